@@ -1,0 +1,74 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "Tidewell/AppCategory.h"
+#include "Tidewell/BusyApp.h"
+#include "Tidewell/NetworkSampler.h"
+#include "Tidewell/Ports/Ports.h"
+#include "Tidewell/ProcessSampler.h"
+#include "Tidewell/TextMap.h"
+#include "Tidewell/Thresholds.h"
+
+namespace tidewell {
+
+/// Turns successive snapshots of all processes into the applications that work hard enough, for
+/// long enough, to keep the machine awake.
+///
+/// Owned by the engine or a diagnostics run; main thread only; the ports must outlive it. Nothing
+/// here fails: what cannot be read counts as no activity.
+class ActivityMonitor {
+ public:
+  explicit ActivityMonitor(Ports& ports);
+
+  /// One sampling step: the applications that have stayed over a threshold for the sustain time,
+  /// the busiest (CPU % + network KB/s) first. Empty when there is nothing to compare with: on
+  /// the first tick, after a reset, and when the last tick was 0.2 s ago or less, or 120 s or more.
+  std::vector<BusyApp> tick(const ActivityThresholds& thresholds);
+
+  /// Forgets the sampling history, but not `assertingApps`.
+  void reset();
+
+  /// The result of the last tick that computed rates.
+  [[nodiscard]] const std::vector<BusyApp>& lastBusy() const { return lastBusy_; }
+  /// Every application over a threshold at that tick, sustained or not, by CPU % downwards.
+  [[nodiscard]] const std::vector<BusyApp>& lastCandidates() const { return lastCandidates_; }
+  /// The programs that hold a sleep assertion of their own, less the ignored ones.
+  [[nodiscard]] const std::vector<std::string>& assertingApps() const { return assertingApps_; }
+
+ private:
+  /// One application's processes taken together.
+  struct Accumulator {
+    std::string display;
+    AppCategory category = AppCategory::other;
+    std::optional<double> cpuFloor;
+    std::uint64_t cpuNanos = 0;  ///< The three sums wrap around.
+    std::uint64_t diskBytes = 0;
+    std::uint64_t netBytes = 0;
+  };
+  using Applications = TextMap<Accumulator>;
+
+  Applications aggregate(const std::vector<RawSample>& samples, const NetworkTotals& netTotals);
+  Accumulator startAccumulator(const RawSample& sample);
+  void judge(const Applications& current, Seconds interval, Date now,
+             const ActivityThresholds& thresholds);
+  std::optional<BusyApp> overThreshold(const std::string& key, const Accumulator& application,
+                                       Seconds interval, const ActivityThresholds& thresholds);
+  void updateAssertingApps(const ActivityThresholds& thresholds);
+
+  Text& text_;
+  Clock& clock_;
+  ProcessSampler processSampler_;
+  NetworkSampler networkSampler_;
+  Applications previous_;           ///< The aggregation of the tick before.
+  std::optional<Date> previousAt_;  ///< Its time.
+  TextMap<Date> busySince_;         ///< When each unbroken over-threshold run began.
+  std::vector<BusyApp> lastBusy_;
+  std::vector<BusyApp> lastCandidates_;
+  std::vector<std::string> assertingApps_;
+};
+
+}  // namespace tidewell

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace tidewell {
+
+/// Creates, names and releases the platform's assertions that keep the machine awake.
+///
+/// Main thread only. An assertion lives until it is released or this process ends in any way; it
+/// never outlives the process.
+class PowerManagement {
+ public:
+  /// `code` is 0 on success, and then `id` is not 0; otherwise the platform's result code
+  /// (on Linux a negative errno).
+  struct Creation {
+    std::int32_t code = 0;
+    std::uint32_t id = 0;
+  };
+
+  virtual ~PowerManagement() = default;
+
+  /// `type` is "PreventUserIdleSystemSleep" or "PreventUserIdleDisplaySleep", `level` 255 for on,
+  /// `name` the reason that the system shows to people.
+  virtual Creation createAssertion(std::string_view type, std::uint32_t level,
+                                   const std::string& name) = 0;
+
+  /// Renames a live assertion; the machine is held without a gap meanwhile.
+  virtual void setAssertionName(std::uint32_t id, const std::string& name) = 0;
+
+  virtual void releaseAssertion(std::uint32_t id) = 0;
+};
+
+}  // namespace tidewell

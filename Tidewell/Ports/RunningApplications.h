@@ -1,0 +1,38 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+
+namespace tidewell {
+
+/// One process that the desktop knows as (part of) an application.
+///
+/// Shared by whoever looks at it; main thread only. Its properties may cost a query the first
+/// time, so they are asked only of processes that matter; they do not change.
+class RunningApplication {
+ public:
+  virtual ~RunningApplication() = default;
+  virtual std::int32_t processIdentifier() const = 0;
+  /// The application's identifier, for example "org.mozilla.firefox"; absent when it has none.
+  virtual const std::optional<std::string>& bundleIdentifier() const = 0;
+  /// The name a person knows it by, in the user's language; absent when it has none.
+  virtual const std::optional<std::string>& localizedName() const = 0;
+};
+
+/// The desktop's running applications. Main thread only; nothing here fails, what is unknown is
+/// absent.
+class RunningApplications {
+ public:
+  virtual ~RunningApplications() = default;
+
+  /// All of them as of now. The span stays valid until the next call of `all`.
+  virtual std::span<const std::shared_ptr<const RunningApplication>> all() = 0;
+
+  /// What names process `pid`, or null for a process that nobody can name.
+  virtual std::shared_ptr<const RunningApplication> withProcessIdentifier(std::int32_t pid) = 0;
+};
+
+}  // namespace tidewell

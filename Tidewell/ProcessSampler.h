@@ -1,0 +1,56 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+#include "Tidewell/Ports/ProcessTable.h"
+#include "Tidewell/Ports/RunningApplications.h"
+#include "Tidewell/RawSample.h"
+
+namespace tidewell {
+
+/// Takes snapshots of every live process. Keeps no history and computes no rates.
+///
+/// Owned by the activity monitor; main thread only. Never fails: a process that cannot be read is
+/// left out. The two ports must outlive it.
+class ProcessSampler {
+ public:
+  ProcessSampler(ProcessTable& table, RunningApplications& applications);
+
+  /// One snapshot, in the order of the kernel's process list. It lies in storage that is used
+  /// again, so that a process that does nothing costs no allocation: valid until the next call.
+  const std::vector<RawSample>& sample();
+
+  /// Nanoseconds for `time` units of `timebase`, exact. An overflow, or a `denom` of 0, ends the
+  /// process.
+  static std::uint64_t nanoseconds(std::uint64_t time, Timebase timebase);
+
+  /// The name of a program by its path: that of the innermost bundle (".app") that it lies in, else
+  /// its file name. Empty only for an empty path.
+  static std::string_view nameFromPath(std::string_view path);
+
+ private:
+  using Application = std::shared_ptr<const RunningApplication>;
+
+  void refreshGUIApps();
+  const RunningApplication* guiApp(std::int32_t pid) const;
+  std::vector<std::int32_t>& livePIDs();
+  std::string_view executableName(std::int32_t pid, std::string_view fallback);
+  bool fill(std::int32_t pid, RawSample& sample);
+  Timebase machTimebase();
+
+  ProcessTable& table_;
+  RunningApplications& applications_;
+  /// By process identifier, ascending: a map that costs no allocation to rebuild every tick.
+  std::vector<Application> guiApps_;
+  std::optional<Timebase> machTimebase_;
+  std::vector<std::int32_t> pids_;
+  std::array<char, ProcessTable::kPathCapacity> path_{};
+  std::vector<RawSample> snapshot_;
+};
+
+}  // namespace tidewell

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <unordered_set>
+
+#include "Tidewell/TextMap.h"
+
+namespace tidewell {
+
+using TextSet = std::unordered_set<std::string, TextHash, std::equal_to<>>;
+
+/// What an application must reach to count as working. Built afresh from the settings each tick.
+struct ActivityThresholds {
+  ActivityThresholds(double cpuPercentOfOneCore, double diskKBPerSecond, double netKBPerSecond,
+                     std::int64_t sustain, TextSet ignoredApps, bool honorAssertions)
+      : cpuPercent(cpuPercentOfOneCore),
+        diskKBps(diskKBPerSecond),
+        netKBps(netKBPerSecond),
+        sustainSeconds(sustain),
+        ignored(std::move(ignoredApps)),
+        honorAppAssertions(honorAssertions) {}
+
+  double cpuPercent;  ///< Of one core; for every application without a CPU floor of its own.
+  double diskKBps;
+  double netKBps;
+  std::int64_t sustainSeconds;  ///< How long it must stay over a threshold to count as busy.
+  TextSet ignored;              ///< Application keys that never count, whatever they do.
+  bool honorAppAssertions;      ///< Whether other programs' own sleep assertions count.
+};
+
+/// When the user wants no hold, whatever works.
+struct PowerPolicy {
+  std::int64_t batteryFloor;  ///< Percent; below it, on battery, there is no hold.
+  bool respectLowPowerMode;
+  bool keepScreenOn;  ///< Also keep the display awake while holding.
+};
+
+}  // namespace tidewell
