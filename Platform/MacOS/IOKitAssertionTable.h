@@ -1,0 +1,14 @@
+#pragma once
+
+#include "Tidewell/Ports/AssertionTable.h"
+
+namespace platform {
+
+/// Every process's assertions as IOKit's power management lists them.
+class IOKitAssertionTable final : public tidewell::AssertionTable {
+ public:
+  std::optional<std::vector<Holder>> assertionsByProcess() override;
+  std::int32_t ownProcessIdentifier() override;
+};
+
+}  // namespace platform

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "Tidewell/Ports/PowerManagement.h"
+
+namespace platform {
+
+/// Assertions of IOKit's power management; the system drops them when this process ends. Names
+/// are cut to the 128 characters that the system allows.
+class IOKitPowerManagement final : public tidewell::PowerManagement {
+ public:
+  Creation createAssertion(std::string_view type, std::uint32_t level,
+                           const std::string& name) override;
+  void setAssertionName(std::uint32_t id, const std::string& name) override;
+  void releaseAssertion(std::uint32_t id) override;
+};
+
+}  // namespace platform

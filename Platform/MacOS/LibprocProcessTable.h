@@ -1,0 +1,16 @@
+#pragma once
+
+#include "Tidewell/Ports/ProcessTable.h"
+
+namespace platform {
+
+/// The process table through libproc. Times are in Mach absolute-time units.
+class LibprocProcessTable final : public tidewell::ProcessTable {
+ public:
+  int listPids(std::span<std::int32_t> buffer) override;
+  bool resourceUsage(std::int32_t pid, tidewell::ResourceUsage& usage) override;
+  int path(std::int32_t pid, std::span<char, kPathCapacity> buffer) override;
+  tidewell::Timebase timebase() override;
+};
+
+}  // namespace platform

@@ -1,0 +1,27 @@
+#pragma once
+
+#import <Foundation/Foundation.h>
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "Platform/MacOS/CFText.h"
+
+namespace platform {
+
+/// `text`, UTF-8, as a string object; broken sequences become U+FFFD.
+inline NSString* nsString(std::string_view text) {
+  return CFBridgingRelease(makeCFString(text).release());
+}
+
+/// `string` as UTF-8; a surrogate without a partner becomes U+FFFD. Empty for nil.
+inline std::string utf8(NSString* string) { return utf8((__bridge CFStringRef)string); }
+
+/// As `utf8`, but absent for nil.
+inline std::optional<std::string> utf8IfAny(NSString* string) {
+  if (string == nil) return std::nullopt;
+  return utf8(string);
+}
+
+}  // namespace platform

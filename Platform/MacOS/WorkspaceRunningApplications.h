@@ -1,0 +1,21 @@
+#pragma once
+
+#include <vector>
+
+#include "Tidewell/Ports/RunningApplications.h"
+
+namespace platform {
+
+/// The running applications as the shared workspace lists them. The workspace brings its list up
+/// to date from the main run loop.
+class WorkspaceRunningApplications final : public tidewell::RunningApplications {
+ public:
+  std::span<const std::shared_ptr<const tidewell::RunningApplication>> all() override;
+  std::shared_ptr<const tidewell::RunningApplication> withProcessIdentifier(
+      std::int32_t pid) override;
+
+ private:
+  std::vector<std::shared_ptr<const tidewell::RunningApplication>> all_;
+};
+
+}  // namespace platform

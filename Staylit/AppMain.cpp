@@ -1,0 +1,28 @@
+#include "Staylit/AppMain.h"
+
+#include <algorithm>
+
+#include "Staylit/AppDelegate.h"
+#include "Staylit/Diagnostics.h"
+#include "Staylit/Prefs.h"
+#include "Tidewell/Log.h"
+
+namespace staylit {
+
+AppMain::AppMain(tidewell::Ports& ports, Application& application)
+    : ports_(ports), application_(application) {}
+
+int AppMain::run(const std::vector<std::string>& arguments) {
+  const tidewell::InstalledPorts installed(ports_);
+  tidewell::Log::setSubsystem("com.staylit.app");
+  if (std::ranges::find(arguments, "--diagnose") != arguments.end()) {
+    Prefs::shared().defaults().setBoolean(keys::verbose, true);
+    Diagnostics::run(ports_);
+    return 0;
+  }
+  AppDelegate delegate(ports_);
+  application_.run(delegate);
+  return 0;
+}
+
+}  // namespace staylit

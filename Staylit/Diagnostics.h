@@ -1,0 +1,27 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "Tidewell/BusyApp.h"
+#include "Tidewell/Ports/Ports.h"
+
+namespace staylit {
+
+/// Watches the machine for a short while and prints what it saw, and whether Staylit would hold
+/// the machine awake, to standard output. Main thread only, before any loop runs.
+class Diagnostics {
+ public:
+  Diagnostics() = delete;
+
+  /// The whole report; takes as long as its first line says. While it samples, a progress line
+  /// stands on standard error if that is a terminal. Takes no assertion and writes no setting.
+  /// `ports` are the installed ones.
+  static void run(tidewell::Ports& ports);
+
+ private:
+  static void report(tidewell::Ports& ports, const std::string& title,
+                     const std::vector<tidewell::BusyApp>& apps, const std::string& empty);
+};
+
+}  // namespace staylit

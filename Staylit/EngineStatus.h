@@ -1,0 +1,53 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <utility>
+#include <variant>
+#include <vector>
+
+namespace staylit {
+
+/// The outcome of the engine's last decision; equal when case and payload are.
+struct EngineStatus {
+  /// Work is going on and the machine is held; what works, by name.
+  struct Holding {
+    std::vector<std::string> names;
+    friend bool operator==(const Holding&, const Holding&) = default;
+  };
+  /// Work stopped and the hold continues until the grace period ends, in so many seconds.
+  struct Winding {
+    std::int64_t secondsLeft;
+    friend bool operator==(const Winding&, const Winding&) = default;
+  };
+  /// The power policy forbids a hold, for this reason.
+  struct Blocked {
+    std::string reason;
+    friend bool operator==(const Blocked&, const Blocked&) = default;
+  };
+  /// Nothing to do; the machine may sleep.
+  struct Idle {
+    friend bool operator==(const Idle&, const Idle&) = default;
+  };
+  /// The user paused the engine.
+  struct Paused {
+    friend bool operator==(const Paused&, const Paused&) = default;
+  };
+
+  std::variant<Holding, Winding, Blocked, Idle, Paused> value;
+
+  static EngineStatus holding(std::vector<std::string> names) {
+    return {Holding{std::move(names)}};
+  }
+  static EngineStatus winding(std::int64_t secondsLeft) { return {Winding{secondsLeft}}; }
+  static EngineStatus blocked(std::string reason) { return {Blocked{std::move(reason)}}; }
+  static EngineStatus idle() { return {Idle{}}; }
+  static EngineStatus paused() { return {Paused{}}; }
+
+  /// The status in one line for people: "Awake for Xcode +2 more".
+  [[nodiscard]] std::string summary() const;
+
+  friend bool operator==(const EngineStatus&, const EngineStatus&) = default;
+};
+
+}  // namespace staylit

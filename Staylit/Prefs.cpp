@@ -1,0 +1,79 @@
+#include "Staylit/Prefs.h"
+
+#include <algorithm>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+#include "Tidewell/Ports/Ports.h"
+
+namespace staylit {
+namespace {
+
+tidewell::PropertyDictionary registeredDefaults() {
+  using Integer = std::int64_t;
+  tidewell::PropertyDictionary defaults;
+  const auto add = [&defaults](std::string_view key, tidewell::PropertyValue value) {
+    defaults.insert_or_assign(std::string(key), std::move(value));
+  };
+  add(keys::graceSeconds, Integer{120});
+  add(keys::batteryThreshold, Integer{20});
+  add(keys::respectLowPower, true);
+  add(keys::allowLidClosed, false);
+  add(keys::keepScreenOn, false);
+  add(keys::ignoredApps, std::vector<std::string>());
+  add(keys::cpuThresholdPercent, 15.0);
+  add(keys::diskThresholdKBps, 500.0);
+  add(keys::netThresholdKBps, 100.0);
+  add(keys::sustainSeconds, Integer{10});
+  add(keys::honorAppAssertions, true);
+  add(keys::launchAtLogin, false);
+  add(keys::verbose, false);
+  return defaults;
+}
+
+}  // namespace
+
+Prefs& Prefs::shared() {
+  static std::mutex mutex;
+  static std::unique_ptr<Prefs> only;
+  static std::uint64_t generation = 0;  // Of the ports whose store it reads.
+  const std::lock_guard lock(mutex);
+  if (!only || generation != tidewell::InstalledPorts::generation()) {
+    only.reset(new Prefs(*tidewell::InstalledPorts::current().defaults));
+    generation = tidewell::InstalledPorts::generation();
+  }
+  return *only;
+}
+
+Prefs::Prefs(tidewell::Defaults& defaults) : defaults_(defaults) {
+  defaults_.registerDefaults(registeredDefaults());
+}
+
+tidewell::ActivityThresholds Prefs::activityThresholds() {
+  return {defaults_.real(keys::cpuThresholdPercent),
+          defaults_.real(keys::diskThresholdKBps),
+          defaults_.real(keys::netThresholdKBps),
+          std::max<std::int64_t>(1, defaults_.integer(keys::sustainSeconds)),
+          ignoredApps(),
+          defaults_.boolean(keys::honorAppAssertions)};
+}
+
+tidewell::PowerPolicy Prefs::powerPolicy() {
+  return {defaults_.integer(keys::batteryThreshold), defaults_.boolean(keys::respectLowPower),
+          defaults_.boolean(keys::keepScreenOn)};
+}
+
+tidewell::TextSet Prefs::ignoredApps() {
+  const auto list = defaults_.stringList(keys::ignoredApps);
+  return list ? tidewell::TextSet(list->begin(), list->end()) : tidewell::TextSet();
+}
+
+void Prefs::setIgnoredApps(const tidewell::TextSet& ignored) {
+  // Bytes of UTF-8 sort as their code points do.
+  std::vector<std::string> list(ignored.begin(), ignored.end());
+  std::ranges::sort(list);
+  defaults_.setStringList(keys::ignoredApps, list);
+}
+
+}  // namespace staylit

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "Tidewell/Ports/Defaults.h"
+#include "Tidewell/Thresholds.h"
+
+namespace staylit {
+
+/// The keys of all settings. Their types and defaults stand in Prefs.cpp.
+namespace keys {
+inline constexpr std::string_view graceSeconds = "graceSeconds";
+inline constexpr std::string_view batteryThreshold = "batteryThreshold";
+inline constexpr std::string_view respectLowPower = "respectLowPower";
+inline constexpr std::string_view allowLidClosed = "allowLidClosed";
+inline constexpr std::string_view keepScreenOn = "keepScreenOn";
+inline constexpr std::string_view ignoredApps = "ignoredApps";
+inline constexpr std::string_view cpuThresholdPercent = "cpuThresholdPercent";
+inline constexpr std::string_view diskThresholdKBps = "diskThresholdKBps";
+inline constexpr std::string_view netThresholdKBps = "netThresholdKBps";
+inline constexpr std::string_view sustainSeconds = "sustainSeconds";
+inline constexpr std::string_view honorAppAssertions = "honorAppAssertions";
+inline constexpr std::string_view launchAtLogin = "launchAtLogin";
+inline constexpr std::string_view verbose = "verbose";
+}  // namespace keys
+
+/// The one access point to the user's settings. Everything is read from the store afresh, so a
+/// change counts at the next tick. Main thread only.
+class Prefs {
+ public:
+  /// The only instance, on the installed ports; made on first use, when it registers the defaults.
+  static Prefs& shared();
+
+  Prefs(const Prefs&) = delete;
+  Prefs& operator=(const Prefs&) = delete;
+
+  [[nodiscard]] tidewell::ActivityThresholds activityThresholds();
+  [[nodiscard]] tidewell::PowerPolicy powerPolicy();
+
+  /// The application keys that the user ignores; stored sorted by code point.
+  [[nodiscard]] tidewell::TextSet ignoredApps();
+  void setIgnoredApps(const tidewell::TextSet& ignored);
+
+  /// The store itself, for the settings that only one place reads.
+  [[nodiscard]] tidewell::Defaults& defaults() { return defaults_; }
+
+ private:
+  explicit Prefs(tidewell::Defaults& defaults);
+
+  tidewell::Defaults& defaults_;
+};
+
+}  // namespace staylit

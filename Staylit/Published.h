@@ -1,0 +1,60 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <utility>
+#include <vector>
+
+namespace staylit {
+
+/// Keeps an observer registered; dropping it ends the observation. May outlive what it observes.
+class Subscription {
+ public:
+  Subscription() = default;
+  explicit Subscription(std::shared_ptr<void> observer) : observer_(std::move(observer)) {}
+
+ private:
+  std::shared_ptr<void> observer_;
+};
+
+/// A property whose observers are told of every assignment, before the value changes, also when
+/// the new value equals the old.
+///
+/// One thread only. An observer may drop its own subscription, or any other, while it is told.
+template <typename Value>
+class Published {
+ public:
+  using Observer = std::function<void(const Value& next)>;
+
+  explicit Published(Value initial) : value_(std::move(initial)) {}
+  Published(const Published&) = delete;
+  Published& operator=(const Published&) = delete;
+
+  [[nodiscard]] const Value& get() const { return value_; }
+
+  void set(Value next) {
+    tellObservers(next);
+    value_ = std::move(next);
+  }
+
+  /// `observer` is told the value that is about to be assigned, until the subscription is dropped.
+  [[nodiscard]] Subscription observe(Observer observer) {
+    auto shared = std::make_shared<Observer>(std::move(observer));
+    observers_.push_back(shared);
+    return Subscription(shared);
+  }
+
+ private:
+  void tellObservers(const Value& next) {
+    std::erase_if(observers_, [](const auto& observer) { return observer.expired(); });
+    const auto observers = observers_;
+    for (const auto& weak : observers) {
+      if (const auto observer = weak.lock()) (*observer)(next);
+    }
+  }
+
+  Value value_;
+  std::vector<std::weak_ptr<Observer>> observers_;
+};
+
+}  // namespace staylit

@@ -1,0 +1,38 @@
+#include "Staylit/SamplingProgress.h"
+
+#include <algorithm>
+#include <cmath>
+#include <string>
+#include <string_view>
+
+namespace staylit {
+namespace {
+
+/// To the first column, and everything behind it cleared.
+constexpr std::string_view kClearLine = "\r\x1b[K";
+constexpr std::size_t kBarWidth = 20;
+
+std::string bar(double fraction) {
+  const auto filled = static_cast<std::size_t>(fraction * static_cast<double>(kBarWidth));
+  return "[" + std::string(filled, '=') + std::string(kBarWidth - filled, ' ') + "]";
+}
+
+}  // namespace
+
+SamplingProgress::SamplingProgress(tidewell::Console& console, tidewell::Seconds duration)
+    : console_(console), duration_(duration), visible_(console.errorIsTerminal()) {}
+
+SamplingProgress::~SamplingProgress() {
+  if (visible_) console_.writeError(kClearLine);
+}
+
+void SamplingProgress::show(tidewell::Seconds elapsed) {
+  if (!visible_) return;
+  // The clock may be set while we look.
+  const double fraction = std::clamp(elapsed / duration_, 0.0, 1.0);
+  const double left = std::ceil((1.0 - fraction) * duration_.count());
+  console_.writeError(std::string(kClearLine) + "Sampling " + bar(fraction) + " " +
+                      std::to_string(static_cast<long long>(left)) + "s left");
+}
+
+}  // namespace staylit

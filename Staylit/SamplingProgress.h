@@ -1,0 +1,25 @@
+#pragma once
+
+#include "Tidewell/Ports/Clock.h"
+#include "Tidewell/Ports/Console.h"
+
+namespace staylit {
+
+/// One line on standard error that tells how far sampling is and how long it still takes. It is
+/// there only if standard error is a terminal, and gone when this is.
+class SamplingProgress {
+ public:
+  SamplingProgress(tidewell::Console& console, tidewell::Seconds duration);
+  ~SamplingProgress();
+  SamplingProgress(const SamplingProgress&) = delete;
+  SamplingProgress& operator=(const SamplingProgress&) = delete;
+
+  void show(tidewell::Seconds elapsed);
+
+ private:
+  tidewell::Console& console_;
+  tidewell::Seconds duration_;
+  bool visible_;
+};
+
+}  // namespace staylit
