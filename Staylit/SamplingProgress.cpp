@@ -29,9 +29,9 @@ SamplingProgress::~SamplingProgress() {
 void SamplingProgress::show(tidewell::Seconds elapsed) {
   if (!visible_) return;
   // The clock may be set while we look.
-  const double fraction = std::clamp(elapsed / duration_, 0.0, 1.0);
-  const double left = std::ceil((1.0 - fraction) * duration_.count());
-  console_.writeError(std::string(kClearLine) + "Sampling " + bar(fraction) + " " +
+  elapsed = std::clamp(elapsed, tidewell::Seconds::zero(), duration_);
+  const double left = std::ceil((duration_ - elapsed).count());
+  console_.writeError(std::string(kClearLine) + "Sampling " + bar(elapsed / duration_) + " " +
                       std::to_string(static_cast<long long>(left)) + "s left");
 }
 

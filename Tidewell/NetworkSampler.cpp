@@ -93,6 +93,7 @@ struct NetworkSampler::Shared {
   void run();
   std::optional<NetworkTotals> runNettop();
   std::optional<std::string> outputOf(Task& task);
+  bool isAbandoned();
   bool publish(Task* task);
 };
 
@@ -168,6 +169,11 @@ std::optional<std::string> NetworkSampler::Shared::outputOf(Task& task) {
   // What it has printed counts, even if it has to be stopped.
   if (task.isRunning()) task.terminate();
   return output;
+}
+
+bool NetworkSampler::Shared::isAbandoned() {
+  const std::lock_guard guard(lock);
+  return abandoned;
 }
 
 /// Makes the task that runs known to the sampler's end; false when that has come already.

@@ -1,43 +1,52 @@
 #include "Tidewell/Utf8.h"
 
-#include <cstddef>
-
 namespace tidewell {
 namespace {
 
-unsigned byteAt(std::string_view bytes, std::size_t index) {
+std::uint32_t byteAt(std::string_view bytes, std::size_t index) {
   return index < bytes.size() ? static_cast<unsigned char>(bytes[index]) : 0;
 }
 
-bool within(unsigned value, unsigned low, unsigned high) {
+bool within(std::uint32_t value, std::uint32_t low, std::uint32_t high) {
   return value >= low && value <= high;
 }
 
-/// The length of the well-formed sequence that begins `bytes`, or 0. The bounds of the second byte
-/// are those of the Unicode standard's table 3-7.
-std::size_t sequenceLength(std::string_view bytes) {
-  const unsigned first = byteAt(bytes, 0);
+/// How many bytes a sequence has that begins with `first`; 0 when none can.
+std::size_t sequenceLength(std::uint32_t first) {
   if (first < 0x80) return 1;
-  const std::size_t length = within(first, 0xC2, 0xDF)   ? 2
-                             : within(first, 0xE0, 0xEF) ? 3
-                             : within(first, 0xF0, 0xF4) ? 4
-                                                         : 0;
-  const unsigned low = first == 0xE0 ? 0xA0 : first == 0xF0 ? 0x90 : 0x80;
-  const unsigned high = first == 0xED ? 0x9F : first == 0xF4 ? 0x8F : 0xBF;
-  if (length == 0 || !within(byteAt(bytes, 1), low, high)) return 0;
-  for (std::size_t index = 2; index < length; ++index) {
-    if (!within(byteAt(bytes, index), 0x80, 0xBF)) return 0;
-  }
-  return length;
+  if (within(first, 0xC2, 0xDF)) return 2;
+  if (within(first, 0xE0, 0xEF)) return 3;
+  return within(first, 0xF0, 0xF4) ? 4 : 0;
+}
+
+/// The bounds of the second byte are those of the Unicode standard's table 3-7.
+bool isSecondByte(std::uint32_t first, std::uint32_t second) {
+  const std::uint32_t low = first == 0xE0 ? 0xA0 : first == 0xF0 ? 0x90 : 0x80;
+  const std::uint32_t high = first == 0xED ? 0x9F : first == 0xF4 ? 0x8F : 0xBF;
+  return within(second, low, high);
 }
 
 }  // namespace
 
+Utf8Piece firstPiece(std::string_view bytes) {
+  const std::uint32_t first = byteAt(bytes, 0);
+  const std::size_t length = sequenceLength(first);
+  if (length == 0) return {1, std::nullopt};
+  std::uint32_t codePoint = length == 1 ? first : first & (0x7FU >> length);
+  for (std::size_t index = 1; index < length; ++index) {
+    const std::uint32_t next = byteAt(bytes, index);
+    const bool fits = index == 1 ? isSecondByte(first, next) : within(next, 0x80, 0xBF);
+    if (!fits) return {index, std::nullopt};
+    codePoint = codePoint << 6 | (next & 0x3FU);
+  }
+  return {length, codePoint};
+}
+
 bool isValidUtf8(std::string_view bytes) {
   while (!bytes.empty()) {
-    const std::size_t length = sequenceLength(bytes);
-    if (length == 0) return false;
-    bytes.remove_prefix(length);
+    const Utf8Piece piece = firstPiece(bytes);
+    if (!piece.codePoint) return false;
+    bytes.remove_prefix(piece.length);
   }
   return true;
 }

@@ -6,15 +6,24 @@
 
 namespace tidewell {
 
-/// Cumulative counters of one process since it started.
+/// Cumulative counters of one process since it started, and what tells it from others.
 ///
-/// The two times are in the table's own units; `ProcessTable::timebase` tells how many nanoseconds
-/// a unit is. On macOS these are Mach absolute-time units, on Linux nanoseconds or clock ticks.
+/// The times are in the table's own units; `ProcessTable::timebase` tells how many nanoseconds a
+/// unit is. On macOS these are Mach absolute-time units, on Linux nanoseconds or clock ticks.
 struct ResourceUsage {
   std::uint64_t userTime = 0;
   std::uint64_t systemTime = 0;
+  /// Where `ProcessTable::diskIncludesReaped`, with those of the children that it has reaped.
   std::uint64_t diskBytesRead = 0;
   std::uint64_t diskBytesWritten = 0;
+  /// User and system time of the children that it has reaped, and of theirs. Read no earlier than
+  /// the list of processes: a child that is missing there is in here, if this process reaped it.
+  std::uint64_t reapedTime = 0;
+  /// Tells a process from an earlier one under the same number; in any unit.
+  std::uint64_t startTime = 0;
+  /// Changes whenever the process's path or application may have changed; 0 where that cannot be
+  /// told.
+  std::uint32_t programVersion = 0;
 };
 
 /// Nanoseconds per unit of `ResourceUsage` time, as the fraction `numer` / `denom`.
@@ -44,6 +53,15 @@ class ProcessTable {
   /// Writes the NUL-terminated path of the process's program and returns its length in bytes
   /// without the NUL, or a number below 1 when it cannot be told. The path is valid UTF-8.
   virtual int path(std::int32_t pid, std::span<char, kPathCapacity> buffer) = 0;
+
+  /// The process that reaps it when it ends, as far as is known now; 0 when that cannot be told.
+  virtual std::int32_t parent([[maybe_unused]] std::int32_t pid) { return 0; }
+
+  /// Whether the process exists at this very moment. One that has ended does until it is reaped.
+  virtual bool isAlive([[maybe_unused]] std::int32_t pid) { return true; }
+
+  /// Whether a process's disk bytes contain those of the children that it has reaped. Constant.
+  virtual bool diskIncludesReaped() { return false; }
 
   /// Constant for the life of the table.
   virtual Timebase timebase() = 0;

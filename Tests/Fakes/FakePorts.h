@@ -1,0 +1,70 @@
+#pragma once
+
+#include <memory>
+
+#include "Tests/Fakes/CallLog.h"
+#include "Tests/Fakes/FakeAssertionTable.h"
+#include "Tests/Fakes/FakeClock.h"
+#include "Tests/Fakes/FakeConsole.h"
+#include "Tests/Fakes/FakeDefaults.h"
+#include "Tests/Fakes/FakeMainLoop.h"
+#include "Tests/Fakes/FakePowerManagement.h"
+#include "Tests/Fakes/FakePowerSources.h"
+#include "Tests/Fakes/FakeProcessTable.h"
+#include "Tests/Fakes/FakeRunningApplications.h"
+#include "Tests/Fakes/FakeSerialQueues.h"
+#include "Tests/Fakes/FakeSleepNotifications.h"
+#include "Tests/Fakes/FakeSystemLog.h"
+#include "Tests/Fakes/FakeTaskLauncher.h"
+#include "Tests/Fakes/FakeText.h"
+#include "Tidewell/Ports/Ports.h"
+
+namespace tidewell {
+
+/// A whole system made of fakes, installed for as long as it lives. What is made on its ports must
+/// go before it.
+struct FakePorts {
+  FakePorts() = default;
+  FakePorts(const FakePorts&) = delete;
+  FakePorts& operator=(const FakePorts&) = delete;
+
+  /// What the fakes were asked, across all of them.
+  std::shared_ptr<CallLog> calls = std::make_shared<CallLog>();
+
+  FakeSystemLog log{calls};
+  FakeClock clock;
+  FakeConsole console;
+  FakeText text;
+  FakeDefaults defaults{calls};
+  FakeMainLoop mainLoop{calls};
+  FakeProcessTable processes{calls};
+  FakeRunningApplications applications{calls};
+  FakeSerialQueues queues{calls};
+  FakeTaskLauncher networkTool;
+  FakePowerSources powerSources{calls};
+  FakePowerManagement power{calls};
+  FakeAssertionTable assertions{calls};
+  FakeSleepNotifications sleepNotifications{calls};
+
+  Ports ports{borrowed(log),          borrowed(clock),
+              borrowed(console),      borrowed(text),
+              borrowed(defaults),     borrowed(mainLoop),
+              borrowed(processes),    borrowed(applications),
+              borrowed(queues),       borrowed(networkTool),
+              borrowed(powerSources), borrowed(power),
+              borrowed(assertions),   borrowed(sleepNotifications)};
+
+  /// What the network tool prints from now on, line by line.
+  void setNetworkOutput(const std::string& output) { networkTool.script.output = output; }
+
+ private:
+  /// A pointer that owns nothing.
+  template <typename Port>
+  static std::shared_ptr<Port> borrowed(Port& port) {
+    return {std::shared_ptr<void>(), &port};
+  }
+
+  InstalledPorts installed_{ports};
+};
+
+}  // namespace tidewell

@@ -1,0 +1,73 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "Tests/Fakes/CallLog.h"
+#include "Tidewell/Ports/PowerManagement.h"
+
+namespace tidewell {
+
+/// Hands out the identifiers 1, 2, 3, … and keeps what is held under each.
+class FakePowerManagement : public PowerManagement {
+ public:
+  struct Assertion {
+    std::string type;
+    std::uint32_t level = 0;
+    std::string name;
+    friend bool operator==(const Assertion&, const Assertion&) = default;
+  };
+
+  explicit FakePowerManagement(std::shared_ptr<CallLog> shared = std::make_shared<CallLog>())
+      : shared_(std::move(shared)) {}
+
+  Creation createAssertion(std::string_view type, std::uint32_t level,
+                           const std::string& name) override {
+    record("create " + std::string(type) + " '" + name + "'");
+    const std::int32_t code = isDisplay(type) ? displayFailure : systemFailure;
+    if (code != 0) return {code, 0};
+    live.emplace(++last_, Assertion{std::string(type), level, name});
+    return {0, last_};
+  }
+
+  void setAssertionName(std::uint32_t id, const std::string& name) override {
+    record("rename " + std::to_string(id) + " '" + name + "'");
+    live.at(id).name = name;
+  }
+
+  void releaseAssertion(std::uint32_t id) override {
+    record("release " + std::to_string(id));
+    live.erase(id);
+  }
+
+  /// The names of what is held now, in the order of creation.
+  [[nodiscard]] std::vector<std::string> liveNames() const {
+    std::vector<std::string> names;
+    for (const auto& [id, assertion] : live)
+      names.push_back(assertion.name);
+    return names;
+  }
+
+  std::int32_t systemFailure = 0;   ///< Other than 0: what creating a system assertion answers.
+  std::int32_t displayFailure = 0;  ///< The same for a display assertion.
+  std::map<std::uint32_t, Assertion> live;
+  std::vector<std::string> calls;
+
+ private:
+  static bool isDisplay(std::string_view type) { return type == "PreventUserIdleDisplaySleep"; }
+
+  void record(const std::string& call) {
+    calls.push_back(call);
+    shared_->add(call);
+  }
+
+  std::shared_ptr<CallLog> shared_;
+  std::uint32_t last_ = 0;
+};
+
+}  // namespace tidewell

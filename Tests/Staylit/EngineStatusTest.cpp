@@ -1,0 +1,63 @@
+#include "Staylit/EngineStatus.h"
+
+#include <gtest/gtest.h>
+
+#include "Tests/Staylit/StatusPrinter.h"
+
+namespace staylit {
+namespace {
+
+TEST(EngineStatus, SumsUpHoldingForNobody) {
+  EXPECT_EQ(EngineStatus::holding({}).summary(), "Holding sleep");
+}
+
+TEST(EngineStatus, SumsUpHoldingForOneByName) {
+  EXPECT_EQ(EngineStatus::holding({"Xcode"}).summary(), "Awake for Xcode");
+}
+
+TEST(EngineStatus, SumsUpHoldingForSeveralByTheFirstNameAndACount) {
+  EXPECT_EQ(EngineStatus::holding({"Xcode", "make"}).summary(), "Awake for Xcode +1 more");
+  EXPECT_EQ(EngineStatus::holding({"Xcode", "make", "curl"}).summary(), "Awake for Xcode +2 more");
+}
+
+TEST(EngineStatus, SumsUpWindingWithItsSeconds) {
+  EXPECT_EQ(EngineStatus::winding(45).summary(), "Work stopped \u2014 releasing in 45s");
+}
+
+TEST(EngineStatus, SumsUpBlockedWithItsReason) {
+  EXPECT_EQ(EngineStatus::blocked("battery below 20%").summary(),
+            "Not holding \u2014 battery below 20%");
+}
+
+TEST(EngineStatus, SumsUpIdle) {
+  EXPECT_EQ(EngineStatus::idle().summary(), "Idle \u2014 your Mac can sleep");
+}
+
+TEST(EngineStatus, SumsUpPaused) {
+  EXPECT_EQ(EngineStatus::paused().summary(), "Paused");
+}
+
+TEST(EngineStatus, EqualsTheSameCaseWithTheSamePayload) {
+  EXPECT_EQ(EngineStatus::holding({"A", "B"}), EngineStatus::holding({"A", "B"}));
+  EXPECT_EQ(EngineStatus::winding(3), EngineStatus::winding(3));
+  EXPECT_EQ(EngineStatus::blocked("R"), EngineStatus::blocked("R"));
+  EXPECT_EQ(EngineStatus::idle(), EngineStatus::idle());
+  EXPECT_EQ(EngineStatus::paused(), EngineStatus::paused());
+}
+
+TEST(EngineStatus, DiffersWithAnyOtherPayload) {
+  EXPECT_NE(EngineStatus::holding({"A", "B"}), EngineStatus::holding({"B", "A"}));
+  EXPECT_NE(EngineStatus::holding({"A"}), EngineStatus::holding({"A", "B"}));
+  EXPECT_NE(EngineStatus::holding({"A"}), EngineStatus::holding({"a"}));
+  EXPECT_NE(EngineStatus::winding(3), EngineStatus::winding(4));
+  EXPECT_NE(EngineStatus::blocked("R"), EngineStatus::blocked("S"));
+}
+
+TEST(EngineStatus, DiffersInAnotherCase) {
+  EXPECT_NE(EngineStatus::idle(), EngineStatus::paused());
+  EXPECT_NE(EngineStatus::holding({}), EngineStatus::idle());
+  EXPECT_NE(EngineStatus::winding(0), EngineStatus::idle());
+}
+
+}  // namespace
+}  // namespace staylit

@@ -1,0 +1,666 @@
+#include "Tidewell/ActivityMonitor.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <string>
+#include <vector>
+
+#include "Tests/Fakes/FakePorts.h"
+
+namespace tidewell {
+namespace {
+
+using namespace std::chrono_literals;
+using Texts = std::vector<std::string>;
+
+constexpr std::uint64_t kLargest = 18446744073709551615U;
+
+Texts ids(const std::vector<BusyApp>& apps) {
+  Texts result;
+  for (const BusyApp& app : apps)
+    result.push_back(app.id);
+  return result;
+}
+
+class ActivityMonitorTest : public testing::Test {
+ protected:
+  /// A process of no application.
+  void startTool(std::int32_t pid, const std::string& name) {
+    fakes.processes.add(pid, "/usr/bin/" + name);
+  }
+
+  void startApp(std::int32_t pid, const std::string& bundleID, const std::string& name) {
+    fakes.processes.add(pid, "/opt/" + name);
+    fakes.applications.add(pid, bundleID, name);
+  }
+
+  void useCPU(std::int32_t pid, Seconds time) {
+    fakes.processes.at(pid).usage.userTime += static_cast<std::uint64_t>(
+        std::chrono::duration_cast<std::chrono::nanoseconds>(time).count());
+  }
+
+  void writeDisk(std::int32_t pid, std::uint64_t kilobytes) {
+    fakes.processes.at(pid).usage.diskBytesWritten += kilobytes * 1024;
+  }
+
+  std::vector<BusyApp> tick() { return monitor.tick(limits); }
+
+  std::vector<BusyApp> tickAfter(Seconds interval) {
+    fakes.clock.advance(interval);
+    return tick();
+  }
+
+  /// Ticks 2 s later, for all of which process `pid` used this share of a core.
+  std::vector<BusyApp> tickWith(std::int32_t pid, double cpuPercent) {
+    useCPU(pid, Seconds(cpuPercent * 2 / 100));
+    return tickAfter(2s);
+  }
+
+  /// Lets the network tool that the last tick asked for print this and end.
+  void finishNetworkRun(const std::string& output) {
+    fakes.setNetworkOutput(output);
+    fakes.queues.runAll();
+  }
+
+  FakePorts fakes;
+  ActivityThresholds limits{15.0, 500.0, 100.0, 0, {}, false};
+  ActivityMonitor monitor{fakes.ports};
+};
+
+// When a tick has nothing to compare with.
+
+TEST_F(ActivityMonitorTest, TheFirstTickOnlyPrimes) {
+  startTool(10, "tool");
+  useCPU(10, 100s);
+  EXPECT_TRUE(tick().empty());
+  EXPECT_TRUE(monitor.lastBusy().empty());
+  EXPECT_TRUE(monitor.lastCandidates().empty());
+}
+
+TEST_F(ActivityMonitorTest, TheFirstTickAfterAResetOnlyPrimes) {
+  startTool(10, "tool");
+  tick();
+  EXPECT_EQ(ids(tickWith(10, 50)), Texts{"tool"});
+  monitor.reset();
+  EXPECT_TRUE(monitor.lastBusy().empty());
+  EXPECT_TRUE(monitor.lastCandidates().empty());
+  EXPECT_TRUE(tickWith(10, 50).empty());
+  EXPECT_TRUE(monitor.lastBusy().empty());
+  EXPECT_TRUE(monitor.lastCandidates().empty());
+  EXPECT_EQ(ids(tickWith(10, 50)), Texts{"tool"});
+}
+
+TEST_F(ActivityMonitorTest, ASecondTickAfterATenthOfASecondReprimes) {
+  startTool(10, "tool");
+  tick();
+  useCPU(10, 10s);
+  EXPECT_TRUE(tickAfter(0.1s).empty());
+  useCPU(10, 1s);
+  const std::vector<BusyApp> busy = tickAfter(2s);
+  ASSERT_EQ(busy.size(), 1U);
+  EXPECT_DOUBLE_EQ(busy[0].cpuPercent, 50) << "what was used before the second tick is forgotten";
+}
+
+TEST_F(ActivityMonitorTest, TicksTwoSecondsApartComputeRates) {
+  startTool(10, "tool");
+  tick();
+  EXPECT_EQ(ids(tickWith(10, 50)), Texts{"tool"});
+}
+
+TEST_F(ActivityMonitorTest, AnIntervalOfExactlyAFifthOfASecondReprimes) {
+  startTool(10, "tool");
+  tick();
+  useCPU(10, 1s);
+  EXPECT_TRUE(tickAfter(0.2s).empty());
+  useCPU(10, 1s);
+  EXPECT_EQ(ids(tickAfter(0.201s)), Texts{"tool"});
+}
+
+TEST_F(ActivityMonitorTest, AnIntervalOfExactlyTwoMinutesReprimes) {
+  startTool(10, "tool");
+  tick();
+  useCPU(10, 120s);
+  EXPECT_TRUE(tickAfter(120s).empty());
+  useCPU(10, 120s);
+  EXPECT_EQ(ids(tickAfter(119.9s)), Texts{"tool"});
+}
+
+TEST_F(ActivityMonitorTest, AClockThatWasSetBackReprimes) {
+  startTool(10, "tool");
+  tick();
+  useCPU(10, 10s);
+  EXPECT_TRUE(tickAfter(-3600s).empty());
+  EXPECT_EQ(ids(tickWith(10, 50)), Texts{"tool"});
+}
+
+TEST_F(ActivityMonitorTest, ReprimingLeavesTheLastResultsUntouched) {
+  limits.honorAppAssertions = true;
+  fakes.assertions.hold(500, "PreventSystemSleep");
+  startTool(10, "tool");
+  tick();
+  tickWith(10, 50);
+  fakes.assertions.holders.clear();
+  fakes.processes.rows.clear();
+  EXPECT_TRUE(tickAfter(0.1s).empty());
+  EXPECT_EQ(ids(monitor.lastBusy()), Texts{"tool"});
+  EXPECT_EQ(ids(monitor.lastCandidates()), Texts{"tool"});
+  EXPECT_EQ(monitor.assertingApps(), Texts{"pid 500"});
+}
+
+TEST_F(ActivityMonitorTest, ARunContinuesAcrossAGapWithItsOldBeginning) {
+  startTool(10, "tool");
+  tick();
+  tickWith(10, 50);
+  EXPECT_TRUE(tickAfter(200s).empty());
+  EXPECT_EQ(tickWith(10, 50).at(0).busyFor, 202);
+}
+
+// Order of one tick.
+
+TEST_F(ActivityMonitorTest, RefreshesTheNetworkBeforeItTakesTheSnapshot) {
+  limits.honorAppAssertions = true;
+  const Texts inOrder = {"submit work to a queue", "list processes", "list assertions"};
+  tick();
+  fakes.calls->clear();
+  finishNetworkRun("");
+  tickAfter(2s);
+  EXPECT_EQ(fakes.calls->only(inOrder), inOrder);
+}
+
+TEST_F(ActivityMonitorTest, ReadsTheClockAfterTheSnapshot) {
+  startTool(10, "tool");
+  tick();
+  fakes.processes.whileListing = [this] { fakes.clock.advance(1s); };
+  useCPU(10, 3s);
+  EXPECT_DOUBLE_EQ(tickAfter(2s).at(0).cpuPercent, 100) << "3 s of 3 s";
+}
+
+TEST_F(ActivityMonitorTest, NeverWaitsForTheNetworkTool) {
+  tick();
+  tickAfter(2s);
+  EXPECT_EQ(fakes.networkTool.launches, 0);
+  EXPECT_EQ(fakes.queues.waiting(), 1U);
+}
+
+// Rates.
+
+TEST_F(ActivityMonitorTest, TwoSecondsOfCPUTimeInTwoSecondsAreAHundredPercent) {
+  startApp(10, "com.example.app", "App");
+  startApp(11, "com.example.app", "App");
+  tick();
+  useCPU(10, 1.5s);
+  useCPU(11, 0.5s);
+  const std::vector<BusyApp> busy = tickAfter(2s);
+  ASSERT_EQ(busy.size(), 1U);
+  EXPECT_DOUBLE_EQ(busy[0].cpuPercent, 100);
+}
+
+TEST_F(ActivityMonitorTest, EightSecondsOfCPUTimeInTwoSecondsAreFourHundredPercent) {
+  startTool(10, "tool");
+  tick();
+  EXPECT_DOUBLE_EQ(tickWith(10, 400).at(0).cpuPercent, 400);
+}
+
+TEST_F(ActivityMonitorTest, DiskAndNetworkCountInKilobytesPerSecond) {
+  startTool(10, "tool");
+  finishNetworkRun("");
+  tick();
+  finishNetworkRun("tool.10,1024,0,\n");
+  tickAfter(2s);
+  finishNetworkRun("tool.10,308224,103424,\n");  // 401 KB more.
+  writeDisk(10, 1001);
+  const std::vector<BusyApp> busy = tickAfter(2s);
+  ASSERT_EQ(busy.size(), 1U);
+  EXPECT_DOUBLE_EQ(busy[0].cpuPercent, 0);
+  EXPECT_DOUBLE_EQ(busy[0].diskKBps, 500.5);
+  EXPECT_DOUBLE_EQ(busy[0].netKBps, 200.5);
+}
+
+TEST_F(ActivityMonitorTest, SumsTheDiskBytesOfAnApplicationsProcesses) {
+  startApp(10, "com.example.app", "App");
+  startApp(11, "com.example.app", "App");
+  tick();
+  writeDisk(10, 900);
+  writeDisk(11, 300);
+  EXPECT_DOUBLE_EQ(tickAfter(2s).at(0).diskKBps, 600);
+}
+
+TEST_F(ActivityMonitorTest, UsesTheTotalsOfTheLastNetworkRunThatEnded) {
+  startTool(10, "tool");
+  tick();
+  finishNetworkRun("tool.10,0,0,\n");
+  tickAfter(2s);
+  fakes.setNetworkOutput("tool.10,2048000,0,\n");
+  EXPECT_TRUE(tickAfter(2s).empty()) << "the run has not ended";
+  fakes.queues.runAll();
+  EXPECT_DOUBLE_EQ(tickAfter(2s).at(0).netKBps, 1000);
+}
+
+TEST_F(ActivityMonitorTest, SumsTheNetworkBytesOfAnApplicationsProcesses) {
+  startApp(10, "com.example.app", "App");
+  startApp(11, "com.example.app", "App");
+  tick();
+  finishNetworkRun("a.10,0,0,\na.11,0,0,\nother.12,9999999,0,\n");
+  tickAfter(2s);
+  finishNetworkRun("a.10,204800,0,\na.11,0,204800,\nother.12,99999999,0,\n");
+  EXPECT_DOUBLE_EQ(tickAfter(2s).at(0).netKBps, 200);
+}
+
+TEST_F(ActivityMonitorTest, AMissingNetworkMeasurementCountsAsNothing) {
+  startTool(10, "tool");
+  tick();
+  finishNetworkRun("other.11,5,5,\n");
+  tickAfter(2s);
+  EXPECT_DOUBLE_EQ(tickWith(10, 50).at(0).netKBps, 0);
+}
+
+TEST_F(ActivityMonitorTest, ASumThatDropsIsNoActivityAndTheOtherSumsStillCount) {
+  startApp(10, "com.example.app", "App");
+  startApp(11, "com.example.app", "App");
+  useCPU(11, 100s);
+  tick();
+  fakes.processes.remove(11);
+  useCPU(10, 2s);
+  writeDisk(10, 2000);
+  const std::vector<BusyApp> busy = tickAfter(2s);
+  ASSERT_EQ(busy.size(), 1U);
+  EXPECT_DOUBLE_EQ(busy[0].cpuPercent, 0);
+  EXPECT_DOUBLE_EQ(busy[0].diskKBps, 1000);
+}
+
+TEST_F(ActivityMonitorTest, SumsWrapAround) {
+  startApp(10, "com.example.app", "App");
+  startApp(11, "com.example.app", "App");
+  fakes.processes.at(10).usage = {kLargest, 0, kLargest, 0};
+  fakes.processes.at(11).usage = {1, 0, 1, 0};
+  tick();
+  useCPU(11, 2s);
+  writeDisk(11, 2000);
+  const std::vector<BusyApp> busy = tickAfter(2s);
+  ASSERT_EQ(busy.size(), 1U);
+  EXPECT_DOUBLE_EQ(busy[0].cpuPercent, 100);
+  EXPECT_DOUBLE_EQ(busy[0].diskKBps, 1000);
+}
+
+TEST_F(ActivityMonitorTest, NetworkSumsWrapAround) {
+  startApp(10, "com.example.app", "App");
+  startApp(11, "com.example.app", "App");
+  tick();
+  finishNetworkRun("a.10,18446744073709551615,0,\na.11,1,0,\n");
+  tickAfter(2s);
+  finishNetworkRun("a.10,18446744073709551615,0,\na.11,409601,0,\n");
+  EXPECT_DOUBLE_EQ(tickAfter(2s).at(0).netKBps, 200);
+}
+
+TEST_F(ActivityMonitorTest, AnApplicationThatAppearedHasRatesFromItsSecondTickOn) {
+  tick();
+  startTool(10, "tool");
+  EXPECT_TRUE(tickWith(10, 50).empty());
+  EXPECT_EQ(ids(tickWith(10, 50)), Texts{"tool"});
+}
+
+// Which application a process belongs to.
+
+TEST_F(ActivityMonitorTest, SumsTwoProcessesWithOneBundleIdentifier) {
+  startApp(10, "com.example.app", "App");
+  startApp(11, "com.example.app", "Helper");
+  tick();
+  useCPU(10, 0.4s);
+  useCPU(11, 0.4s);
+  const std::vector<BusyApp> busy = tickAfter(2s);
+  ASSERT_EQ(busy.size(), 1U);
+  EXPECT_EQ(busy[0].id, "com.example.app");
+  EXPECT_EQ(busy[0].display, "App") << "the first process names the application";
+  EXPECT_DOUBLE_EQ(busy[0].cpuPercent, 40);
+}
+
+TEST_F(ActivityMonitorTest, AProcessWithoutABundleIsItsOwnApplicationUnderItsExecutableName) {
+  startTool(10, "Tool");
+  startApp(11, "com.example.app", "Tool");
+  tick();
+  useCPU(11, 1s);
+  const std::vector<BusyApp> busy = tickWith(10, 80);
+  EXPECT_EQ(ids(busy), (Texts{"Tool", "com.example.app"})) << "case kept";
+}
+
+TEST_F(ActivityMonitorTest, BundleIdentifiersThatDifferInCaseAreTwoApplications) {
+  startApp(10, "com.Example", "A");
+  startApp(11, "com.example", "B");
+  tick();
+  useCPU(11, 1s);
+  EXPECT_EQ(ids(tickWith(10, 80)), (Texts{"com.Example", "com.example"}));
+}
+
+TEST_F(ActivityMonitorTest, ACataloguedApplicationHasTheCataloguesNameAndCategory) {
+  startApp(10, "COM.APPLE.dt.xcode", "Xcode-beta");
+  tick();
+  const BusyApp app = tickWith(10, 50).at(0);
+  EXPECT_EQ(app.id, "COM.APPLE.dt.xcode");
+  EXPECT_EQ(app.display, "Xcode");
+  EXPECT_EQ(app.category, AppCategory::development);
+}
+
+TEST_F(ActivityMonitorTest, AnUnknownApplicationKeepsItsNameAndIsOther) {
+  startApp(10, "com.example.app", "Some App");
+  tick();
+  const BusyApp app = tickWith(10, 50).at(0);
+  EXPECT_EQ(app.display, "Some App");
+  EXPECT_EQ(app.category, AppCategory::other);
+}
+
+TEST_F(ActivityMonitorTest, AKnownToolInAnUnknownBundleTakesTheToolsEntryUnderTheBundlesKey) {
+  fakes.processes.add(10, "/opt/editor/node");
+  fakes.applications.add(10, "com.example.editor", "Editor");
+  tick();
+  const BusyApp app = tickWith(10, 50).at(0);
+  EXPECT_EQ(app.id, "com.example.editor");
+  EXPECT_EQ(app.display, "npm / node");
+  EXPECT_EQ(app.category, AppCategory::development);
+}
+
+TEST_F(ActivityMonitorTest, TheFirstProcessOfAnApplicationDecidesItsEntryAndFloor) {
+  startApp(10, "com.example.editor", "Editor");
+  fakes.processes.add(11, "/opt/editor/node");
+  fakes.applications.add(11, "com.example.editor", "Editor");
+  tick();
+  EXPECT_TRUE(tickWith(11, 10).empty()) << "the floor of node, 8 %, does not count";
+  const BusyApp app = tickWith(11, 20).at(0);
+  EXPECT_EQ(app.display, "Editor");
+  EXPECT_EQ(app.category, AppCategory::other);
+}
+
+// Thresholds.
+
+TEST_F(ActivityMonitorTest, AFloorOf8At6PercentIsNotOverThoughTheUserSays5) {
+  limits.cpuPercent = 5;
+  startTool(10, "make");
+  tick();
+  EXPECT_TRUE(tickWith(10, 6).empty());
+  EXPECT_TRUE(monitor.lastCandidates().empty());
+}
+
+TEST_F(ActivityMonitorTest, AFloorOf3At4PercentIsOverThoughTheUserSays20) {
+  limits.cpuPercent = 20;
+  startTool(10, "claude");
+  tick();
+  EXPECT_EQ(ids(tickWith(10, 4)), Texts{"claude"});
+}
+
+TEST_F(ActivityMonitorTest, WithoutAFloorTheUsersThresholdCounts) {
+  limits.cpuPercent = 20;
+  startTool(10, "curl");
+  startTool(11, "unknown");
+  tick();
+  useCPU(11, 0.39s);
+  EXPECT_TRUE(tickWith(10, 19.5).empty());
+  useCPU(11, 0.42s);
+  EXPECT_EQ(ids(tickWith(10, 20.5)), (Texts{"unknown", "curl"}));
+}
+
+TEST_F(ActivityMonitorTest, AFloorLeavesTheOtherThresholdsAsTheyAre) {
+  startTool(10, "make");
+  tick();
+  writeDisk(10, 1000);
+  EXPECT_EQ(ids(tickAfter(2s)), Texts{"make"});
+}
+
+TEST_F(ActivityMonitorTest, CPUExactlyAtItsThresholdIsOver) {
+  limits.cpuPercent = 50;
+  startTool(10, "tool");
+  tick();
+  useCPU(10, 1s);
+  EXPECT_EQ(ids(tickAfter(2s)), Texts{"tool"});
+  useCPU(10, 0.999999s);
+  EXPECT_TRUE(tickAfter(2s).empty());
+}
+
+TEST_F(ActivityMonitorTest, DiskExactlyAtItsThresholdIsOver) {
+  startTool(10, "tool");
+  tick();
+  writeDisk(10, 1000);
+  EXPECT_EQ(ids(tickAfter(2s)), Texts{"tool"});
+  writeDisk(10, 999);
+  EXPECT_TRUE(tickAfter(2s).empty());
+}
+
+TEST_F(ActivityMonitorTest, NetworkExactlyAtItsThresholdIsOver) {
+  startTool(10, "tool");
+  tick();
+  finishNetworkRun("tool.10,0,0,\n");
+  tickAfter(2s);
+  finishNetworkRun("tool.10,204800,0,\n");
+  EXPECT_EQ(ids(tickAfter(2s)), Texts{"tool"});
+  finishNetworkRun("tool.10,409599,0,\n");
+  EXPECT_TRUE(tickAfter(2s).empty());
+}
+
+TEST_F(ActivityMonitorTest, AThresholdOfZeroFindsEveryApplicationThatWasThereBefore) {
+  limits.cpuPercent = 0;
+  startTool(10, "tool");
+  tick();
+  EXPECT_EQ(ids(tickAfter(2s)), Texts{"tool"});
+}
+
+// Runs.
+
+TEST_F(ActivityMonitorTest, WithoutASustainTimeAnApplicationIsBusyOnItsFirstTickOver) {
+  startTool(10, "tool");
+  tick();
+  EXPECT_EQ(tickWith(10, 50).at(0).busyFor, 0);
+}
+
+TEST_F(ActivityMonitorTest, AnApplicationIsBusyOnTheFirstTickAtWhichTheSustainTimeHasPassed) {
+  limits.sustainSeconds = 5;
+  startTool(10, "tool");
+  tick();
+  EXPECT_TRUE(tickWith(10, 50).empty());
+  EXPECT_EQ(ids(monitor.lastCandidates()), Texts{"tool"});
+  EXPECT_TRUE(tickWith(10, 50).empty());
+  EXPECT_TRUE(tickWith(10, 50).empty());
+  EXPECT_EQ(monitor.lastCandidates().at(0).busyFor, 4);
+  EXPECT_EQ(tickWith(10, 50).at(0).busyFor, 6);
+  EXPECT_EQ(ids(monitor.lastBusy()), Texts{"tool"});
+}
+
+TEST_F(ActivityMonitorTest, AnApplicationBusyForExactlyTheSustainTimeIsBusy) {
+  limits.sustainSeconds = 4;
+  startTool(10, "tool");
+  tick();
+  tickWith(10, 50);
+  EXPECT_TRUE(tickWith(10, 50).empty());
+  EXPECT_EQ(ids(tickWith(10, 50)), Texts{"tool"});
+}
+
+TEST_F(ActivityMonitorTest, BreaksARunAfterOneTickUnderEveryThreshold) {
+  startTool(10, "tool");
+  tick();
+  tickWith(10, 50);
+  tickWith(10, 50);
+  EXPECT_EQ(tickWith(10, 50).at(0).busyFor, 4);
+  EXPECT_TRUE(tickWith(10, 1).empty());
+  EXPECT_EQ(tickWith(10, 50).at(0).busyFor, 0);
+}
+
+TEST_F(ActivityMonitorTest, ARunGoesOnWhenAnotherThresholdTakesOver) {
+  startTool(10, "tool");
+  tick();
+  tickWith(10, 50);
+  writeDisk(10, 5000);
+  EXPECT_EQ(tickAfter(2s).at(0).busyFor, 2);
+}
+
+TEST_F(ActivityMonitorTest, BreaksARunAfterOneTickOfBeingIgnored) {
+  startTool(10, "tool");
+  tick();
+  tickWith(10, 50);
+  limits.ignored = {"tool"};
+  tickWith(10, 50);
+  limits.ignored = {};
+  EXPECT_EQ(tickWith(10, 50).at(0).busyFor, 0);
+}
+
+TEST_F(ActivityMonitorTest, BreaksARunWhenTheApplicationIsGoneForOneTick) {
+  startTool(10, "tool");
+  tick();
+  tickWith(10, 50);
+  fakes.processes.remove(10);
+  EXPECT_TRUE(tickAfter(2s).empty());
+  startTool(12, "tool");
+  EXPECT_TRUE(tickWith(12, 50).empty()) << "it is new";
+  EXPECT_EQ(tickWith(12, 50).at(0).busyFor, 0);
+}
+
+TEST_F(ActivityMonitorTest, AResetBreaksARun) {
+  startTool(10, "tool");
+  tick();
+  tickWith(10, 50);
+  monitor.reset();
+  tickWith(10, 50);
+  EXPECT_EQ(tickWith(10, 50).at(0).busyFor, 0);
+}
+
+// Ignored applications.
+
+TEST_F(ActivityMonitorTest, AnIgnoredApplicationIsNeitherBusyNorACandidate) {
+  limits.ignored = {"tool", "com.example.app"};
+  startTool(10, "tool");
+  startApp(11, "com.example.app", "App");
+  tick();
+  useCPU(11, 2s);
+  EXPECT_TRUE(tickWith(10, 100).empty());
+  EXPECT_TRUE(monitor.lastBusy().empty());
+  EXPECT_TRUE(monitor.lastCandidates().empty());
+}
+
+TEST_F(ActivityMonitorTest, IgnoresKeysOnlyAndExactly) {
+  limits.ignored = {"TOOL", "App", "app", "npm / node"};
+  startTool(10, "tool");
+  startApp(11, "com.example.app", "App");
+  tick();
+  useCPU(11, 1s);
+  EXPECT_EQ(ids(tickWith(10, 80)), (Texts{"tool", "com.example.app"}));
+}
+
+TEST_F(ActivityMonitorTest, AnEmptyIgnoredSetExcludesNothing) {
+  startTool(10, "tool");
+  startTool(11, "another");
+  tick();
+  useCPU(11, 1s);
+  EXPECT_EQ(ids(tickWith(10, 80)), (Texts{"tool", "another"}));
+}
+
+// Order.
+
+TEST_F(ActivityMonitorTest, OrdersBusyByCPUPlusNetworkAndCandidatesByCPU) {
+  startTool(10, "A");
+  startTool(11, "B");
+  tick();
+  finishNetworkRun("B.11,0,0,\n");
+  tickAfter(2s);
+  finishNetworkRun("B.11,81920,0,\n");  // 40 KB/s.
+  useCPU(11, 0.6s);
+  EXPECT_EQ(ids(tickWith(10, 50)), (Texts{"B", "A"}));
+  EXPECT_EQ(ids(monitor.lastBusy()), (Texts{"B", "A"}));
+  EXPECT_EQ(ids(monitor.lastCandidates()), (Texts{"A", "B"}));
+}
+
+TEST_F(ActivityMonitorTest, DiskTakesNoPartInEitherOrder) {
+  startTool(10, "A");
+  startTool(11, "B");
+  tick();
+  useCPU(11, 0.6s);
+  writeDisk(11, 900000);
+  EXPECT_EQ(ids(tickWith(10, 50)), (Texts{"A", "B"}));
+  EXPECT_EQ(ids(monitor.lastCandidates()), (Texts{"A", "B"}));
+}
+
+TEST_F(ActivityMonitorTest, OrdersManyApplicationsTheBusiestFirst) {
+  Texts expected;
+  for (std::int32_t pid = 1; pid <= 30; ++pid) {
+    startTool(pid, "tool" + std::to_string(pid));
+    expected.insert(expected.begin(), "tool" + std::to_string(pid));
+  }
+  tick();
+  for (std::int32_t pid = 1; pid <= 30; ++pid)
+    useCPU(pid, Seconds(pid));
+  EXPECT_EQ(ids(tickAfter(2s)), expected);
+  EXPECT_EQ(ids(monitor.lastCandidates()), expected);
+}
+
+TEST_F(ActivityMonitorTest, ReturnsWhatLastBusyKeeps) {
+  startTool(10, "tool");
+  tick();
+  const std::vector<BusyApp> busy = tickWith(10, 50);
+  EXPECT_EQ(busy, monitor.lastBusy());
+  EXPECT_TRUE(tickWith(10, 1).empty());
+  EXPECT_TRUE(monitor.lastBusy().empty());
+  EXPECT_TRUE(monitor.lastCandidates().empty());
+}
+
+// Applications with assertions of their own.
+
+TEST_F(ActivityMonitorTest, CollectsAssertingApplicationsInTheReadersOrderWhenAsked) {
+  limits.honorAppAssertions = true;
+  fakes.assertions.hold(501, "PreventSystemSleep");
+  fakes.assertions.hold(500, "PreventSystemSleep");
+  tick();
+  EXPECT_EQ(monitor.assertingApps(), Texts{}) << "a tick that only primes asks nobody";
+  EXPECT_EQ(fakes.calls->count("list assertions"), 0U);
+  tickAfter(2s);
+  EXPECT_EQ(monitor.assertingApps(), (Texts{"pid 500", "pid 501"}));
+}
+
+TEST_F(ActivityMonitorTest, AsksNobodyForAssertionsWhenNotAsked) {
+  fakes.assertions.hold(500, "PreventSystemSleep");
+  tick();
+  tickAfter(2s);
+  EXPECT_EQ(monitor.assertingApps(), Texts{});
+  EXPECT_EQ(fakes.calls->count("list assertions"), 0U);
+}
+
+TEST_F(ActivityMonitorTest, EmptiesTheAssertingApplicationsWhenNoLongerAsked) {
+  limits.honorAppAssertions = true;
+  fakes.assertions.hold(500, "PreventSystemSleep");
+  tick();
+  tickAfter(2s);
+  limits.honorAppAssertions = false;
+  tickAfter(2s);
+  EXPECT_EQ(monitor.assertingApps(), Texts{});
+}
+
+TEST_F(ActivityMonitorTest, LeavesIgnoredNamesOutOfTheAssertingApplications) {
+  limits.honorAppAssertions = true;
+  limits.ignored = {"com.example.player", "PID 501"};
+  fakes.assertions.hold(500, "PreventSystemSleep");
+  fakes.assertions.hold(501, "PreventSystemSleep");
+  fakes.applications.add(500, "com.example.player", "Player");
+  tick();
+  tickAfter(2s);
+  EXPECT_EQ(monitor.assertingApps(), Texts{"pid 501"});
+}
+
+TEST_F(ActivityMonitorTest, AResetLeavesTheAssertingApplicationsAsTheyWere) {
+  limits.honorAppAssertions = true;
+  fakes.assertions.hold(500, "PreventSystemSleep");
+  tick();
+  tickAfter(2s);
+  fakes.assertions.holders.clear();
+  monitor.reset();
+  EXPECT_EQ(monitor.assertingApps(), Texts{"pid 500"});
+  tickAfter(2s);
+  EXPECT_EQ(monitor.assertingApps(), Texts{"pid 500"});
+  tickAfter(2s);
+  EXPECT_EQ(monitor.assertingApps(), Texts{}) << "the next tick with rates rewrites it";
+}
+
+TEST_F(ActivityMonitorTest, LogsNothing) {
+  startTool(10, "tool");
+  tick();
+  tickWith(10, 50);
+  monitor.reset();
+  EXPECT_TRUE(fakes.log.lines().empty());
+}
+
+}  // namespace
+}  // namespace tidewell

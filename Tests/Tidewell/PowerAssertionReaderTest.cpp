@@ -1,0 +1,146 @@
+#include "Tidewell/PowerAssertionReader.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "Tests/Fakes/FakePorts.h"
+
+namespace tidewell {
+namespace {
+
+using Texts = std::vector<std::string>;
+
+class PowerAssertionReaderTest : public testing::Test {
+ protected:
+  /// What is read when process 412 holds these assertions.
+  Texts readWith(const std::vector<PropertyDictionary>& assertions) {
+    fakes.assertions.holders = {{412, assertions}};
+    return PowerAssertionReader::appsPreventingSleep();
+  }
+
+  static PropertyDictionary assertion(const std::string& type, const PropertyValue& level) {
+    return FakeAssertionTable::assertion(type, level);
+  }
+
+  FakePorts fakes;
+};
+
+TEST_F(PowerAssertionReaderTest, ListsNobodyWhenNobodyHoldsAnything) {
+  EXPECT_EQ(PowerAssertionReader::appsPreventingSleep(), Texts{});
+}
+
+TEST_F(PowerAssertionReaderTest, ListsAHolderAtLevel255) {
+  EXPECT_EQ(readWith({assertion("PreventUserIdleSystemSleep", std::int64_t{255})}),
+            Texts{"pid 412"});
+}
+
+TEST_F(PowerAssertionReaderTest, LeavesOutAHolderAtLevel0) {
+  EXPECT_EQ(readWith({assertion("PreventUserIdleSystemSleep", std::int64_t{0})}), Texts{});
+}
+
+TEST_F(PowerAssertionReaderTest, KnowsTheThreeTypesThatKeepTheMachineAwake) {
+  EXPECT_EQ(readWith({assertion("NoIdleSleepAssertion", std::int64_t{255})}), Texts{"pid 412"});
+  EXPECT_EQ(readWith({assertion("PreventSystemSleep", std::int64_t{255})}), Texts{"pid 412"});
+}
+
+TEST_F(PowerAssertionReaderTest, LeavesOutAHolderOfTheDisplayOnly) {
+  EXPECT_EQ(readWith({assertion("PreventUserIdleDisplaySleep", std::int64_t{255})}), Texts{});
+}
+
+TEST_F(PowerAssertionReaderTest, ComparesTypesExactly) {
+  EXPECT_EQ(readWith({assertion("preventsystemsleep", std::int64_t{255})}), Texts{});
+}
+
+TEST_F(PowerAssertionReaderTest, CountsAnAssertionWithoutALevel) {
+  EXPECT_EQ(readWith({{{"AssertType", "PreventSystemSleep"}}}), Texts{"pid 412"});
+}
+
+TEST_F(PowerAssertionReaderTest, CountsAnAssertionWithAnOddLevel) {
+  EXPECT_EQ(readWith({assertion("PreventSystemSleep", "0")}), Texts{"pid 412"});
+  EXPECT_EQ(readWith({assertion("PreventSystemSleep", 0.0)}), Texts{"pid 412"});
+  EXPECT_EQ(readWith({assertion("PreventSystemSleep", std::int64_t{-1})}), Texts{"pid 412"});
+}
+
+TEST_F(PowerAssertionReaderTest, LooksBehindAnAssertionThatIsSwitchedOff) {
+  EXPECT_EQ(readWith({assertion("PreventUserIdleSystemSleep", std::int64_t{0}),
+                      assertion("PreventUserIdleSystemSleep", std::int64_t{255})}),
+            Texts{"pid 412"});
+}
+
+TEST_F(PowerAssertionReaderTest, PassesOverAssertionsOfAnyOtherShape) {
+  EXPECT_EQ(readWith({}), Texts{});
+  EXPECT_EQ(readWith({{}, {{"AssertLevel", std::int64_t{255}}}, {{"AssertType", std::int64_t{1}}}}),
+            Texts{});
+  EXPECT_EQ(readWith({{}, assertion("PreventSystemSleep", std::int64_t{255})}), Texts{"pid 412"});
+}
+
+TEST_F(PowerAssertionReaderTest, LeavesOutThisProcessWhateverItHolds) {
+  fakes.assertions.own = 77;
+  fakes.assertions.hold(77, "PreventUserIdleSystemSleep");
+  fakes.assertions.hold(77, "NoIdleSleepAssertion");
+  fakes.assertions.hold(77, "PreventSystemSleep");
+  EXPECT_EQ(PowerAssertionReader::appsPreventingSleep(), Texts{});
+}
+
+TEST_F(PowerAssertionReaderTest, NamesAnApplicationByItsBundleIdentifier) {
+  fakes.assertions.hold(412, "PreventSystemSleep");
+  fakes.applications.add(412, "com.example.player", "Player");
+  EXPECT_EQ(PowerAssertionReader::appsPreventingSleep(), Texts{"com.example.player"});
+}
+
+TEST_F(PowerAssertionReaderTest, NamesAnApplicationWithoutAnIdentifierByItsName) {
+  fakes.assertions.hold(412, "PreventSystemSleep");
+  fakes.applications.add(412, std::nullopt, "Player");
+  EXPECT_EQ(PowerAssertionReader::appsPreventingSleep(), Texts{"Player"});
+}
+
+TEST_F(PowerAssertionReaderTest, NamesWhatHasNoNameByItsNumber) {
+  fakes.assertions.hold(412, "PreventSystemSleep");
+  EXPECT_EQ(PowerAssertionReader::appsPreventingSleep(), Texts{"pid 412"});
+  fakes.applications.add(412, std::nullopt, std::nullopt);
+  EXPECT_EQ(PowerAssertionReader::appsPreventingSleep(), Texts{"pid 412"});
+}
+
+TEST_F(PowerAssertionReaderTest, ListsTwoProcessesOfOneApplicationOnce) {
+  fakes.assertions.hold(10, "PreventSystemSleep");
+  fakes.assertions.hold(11, "PreventSystemSleep");
+  fakes.applications.add(10, "com.a", "A");
+  fakes.applications.add(11, "com.a", "A");
+  EXPECT_EQ(PowerAssertionReader::appsPreventingSleep(), Texts{"com.a"});
+}
+
+TEST_F(PowerAssertionReaderTest, SortsTheNames) {
+  fakes.assertions.hold(7, "PreventSystemSleep");
+  fakes.assertions.hold(8, "PreventSystemSleep");
+  fakes.assertions.hold(9, "PreventSystemSleep");
+  fakes.applications.add(8, "com.b", "B");
+  fakes.applications.add(9, "com.a", "A");
+  EXPECT_EQ(PowerAssertionReader::appsPreventingSleep(), (Texts{"com.a", "com.b", "pid 7"}));
+}
+
+TEST_F(PowerAssertionReaderTest, TruncatesAProcessNumberTo32Bits) {
+  fakes.assertions.hold(4294967296 + 412, "PreventSystemSleep");
+  EXPECT_EQ(PowerAssertionReader::appsPreventingSleep(), Texts{"pid 412"});
+  fakes.assertions.own = 412;
+  EXPECT_EQ(PowerAssertionReader::appsPreventingSleep(), Texts{});
+}
+
+TEST_F(PowerAssertionReaderTest, ListsNobodyWhenTheServiceDoesNotAnswer) {
+  fakes.assertions.hold(412, "PreventSystemSleep");
+  fakes.assertions.answers = false;
+  EXPECT_EQ(PowerAssertionReader::appsPreventingSleep(), Texts{});
+  EXPECT_TRUE(fakes.log.lines().empty());
+}
+
+TEST_F(PowerAssertionReaderTest, AsksTheServiceOnceACall) {
+  fakes.assertions.hold(412, "PreventSystemSleep");
+  fakes.assertions.hold(413, "PreventSystemSleep");
+  PowerAssertionReader::appsPreventingSleep();
+  EXPECT_EQ(fakes.calls->count("list assertions"), 1U);
+}
+
+}  // namespace
+}  // namespace tidewell
