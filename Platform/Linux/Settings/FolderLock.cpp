@@ -1,0 +1,64 @@
+#include "Platform/Linux/Settings/FolderLock.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cerrno>
+#include <chrono>
+#include <cstring>
+#include <thread>
+
+namespace platform {
+namespace {
+
+using SteadyClock = std::chrono::steady_clock;
+
+constexpr auto kPatience = std::chrono::seconds(1);
+constexpr auto kPause = std::chrono::milliseconds(1);
+constexpr auto kCourtesy = 3 * kPause;
+
+/// When this process gave a lock back last.
+std::atomic<SteadyClock::time_point> lastRelease{};
+
+/// Those who wait look only now and then, so one who takes the lock again at once would starve
+/// them.
+void letOthersIn() {
+  std::this_thread::sleep_until(lastRelease.load() + kCourtesy);
+}
+
+/// Never waits in the kernel: the one who holds the lock may have been stopped.
+bool isHeldByAnother(int folder) {
+  return flock(folder, LOCK_EX | LOCK_NB) != 0 && (errno == EWOULDBLOCK || errno == EINTR);
+}
+
+}  // namespace
+
+FolderLock::FolderLock(const std::filesystem::path& folder)
+    : folder_(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
+  if (!folder_) {
+    error_ = std::strerror(errno);
+    return;
+  }
+  letOthersIn();
+  const auto deadline = SteadyClock::now() + kPatience;
+  while (isHeldByAnother(folder_.get())) {
+    if (SteadyClock::now() >= deadline) {
+      error_ = "the folder is locked by another program";
+      folder_.reset();
+      return;
+    }
+    std::this_thread::sleep_for(kPause);
+  }
+}
+
+FolderLock::~FolderLock() {
+  lastRelease = SteadyClock::now();
+}
+
+void FolderLock::synchronize() const {
+  fsync(folder_.get());
+}
+
+}  // namespace platform

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "Tidewell/Ports/SystemLog.h"
+
+namespace platform {
+
+/// The system's journal, with the subsystem and the category as fields of their own; where no
+/// journal listens, standard error. Safe from any thread. Either is given a tenth of a second: what
+/// neither takes by then is lost.
+class JournalLog : public tidewell::SystemLog {
+ public:
+  std::shared_ptr<tidewell::SystemLogger> makeLogger(const std::string& subsystem,
+                                                     const std::string& category) override;
+};
+
+}  // namespace platform

@@ -1,0 +1,16 @@
+#pragma once
+
+#include "Tidewell/Ports/Clock.h"
+
+namespace platform {
+
+/// The machine's clock. Safe from any thread.
+class SystemClock : public tidewell::Clock {
+ public:
+  tidewell::Date now() override;
+  /// Sleeps the whole time, whatever signals arrive; not at all for a negative duration, and for
+  /// no more than some decades.
+  void sleepFor(tidewell::Seconds duration) override;
+};
+
+}  // namespace platform

@@ -1,0 +1,198 @@
+#include "Platform/Linux/Settings/SettingsFile.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <chrono>
+
+#include "Platform/Linux/Settings/FileReplacement.h"
+#include "Tests/Platform/ChildProcess.h"
+#include "Tests/Platform/Settings/SettingsFolder.h"
+
+namespace platform {
+namespace {
+
+using Names = std::vector<std::string>;
+
+unsigned modeOf(const std::string& path) {
+  struct stat status {};
+  return stat(path.c_str(), &status) == 0 ? status.st_mode & 07777U : 0;
+}
+
+TEST(SettingsFile, ReadsAMissingFileAsEmpty) {
+  const SettingsFolder folder;
+  const RegularFile content = SettingsFile(folder.file()).read();
+  EXPECT_EQ(content.text, "");
+  EXPECT_EQ(content.error, "");
+  EXPECT_EQ(content.stamp, FileStamp());
+}
+
+TEST(SettingsFile, StampChangesWithTheContent) {
+  const SettingsFolder folder;
+  const SettingsFile file(folder.file());
+  folder.write("a");
+  const FileStamp first = file.stamp();
+  EXPECT_EQ(file.read().stamp, first);
+  folder.write("ab");
+  EXPECT_NE(file.stamp(), first);
+}
+
+TEST(SettingsFile, StampChangesWithTheFileInItsPlace) {
+  const SettingsFolder folder;
+  const SettingsFile file(folder.file());
+  folder.write("a");
+  const FileStamp first = file.stamp();
+  rename(folder.file().c_str(), folder.path("old").c_str());
+  folder.write("b");
+  EXPECT_NE(file.stamp(), first);
+}
+
+TEST(SettingsFile, StampSettlesAfterAWhile) {
+  const SettingsFolder folder;
+  folder.writeJustNow("a");
+  EXPECT_FALSE(SettingsFile(folder.file()).stamp().isSettled());
+  SettingsFolder::age(folder.file());
+  EXPECT_TRUE(SettingsFile(folder.file()).stamp().isSettled());
+}
+
+TEST(SettingsFile, RefusesAFolder) {
+  const SettingsFolder folder;
+  mkdir(folder.file().c_str(), 0700);
+  EXPECT_EQ(SettingsFile(folder.file()).read().error, "it is a folder");
+}
+
+TEST(SettingsFile, RefusesAPipeWithoutWaitingForAWriter) {
+  const SettingsFolder folder;
+  ASSERT_EQ(mkfifo(folder.file().c_str(), 0600), 0);
+  EXPECT_EQ(SettingsFile(folder.file()).read().error, "it is not a regular file");
+}
+
+TEST(SettingsFile, RefusesADevice) {
+  EXPECT_EQ(SettingsFile("/dev/zero").read().error, "it is not a regular file");
+}
+
+TEST(SettingsFile, RefusesAGigabyte) {
+  const SettingsFolder folder;
+  folder.write("");
+  ASSERT_EQ(truncate(folder.file().c_str(), 1 << 30), 0);
+  EXPECT_EQ(SettingsFile(folder.file()).read().error, "it is too large");
+}
+
+TEST(SettingsFile, ReadsUpToItsCapacity) {
+  const SettingsFolder folder;
+  folder.write(std::string(SettingsFile::kCapacity, '#'));
+  EXPECT_EQ(SettingsFile(folder.file()).read().error, "");
+  folder.write(std::string(SettingsFile::kCapacity + 1, '#'));
+  EXPECT_EQ(SettingsFile(folder.file()).read().error, "it is too large");
+}
+
+TEST(SettingsFile, RefusesALinkToItself) {
+  const SettingsFolder folder;
+  std::filesystem::create_symlink("settings.toml", folder.file());
+  const SettingsFile file(folder.file());
+  EXPECT_EQ(file.read().error, "Too many levels of symbolic links");
+}
+
+TEST(SettingsFile, MakesTheFoldersForItsOwnerAlone) {
+  const SettingsFolder folder;
+  const std::string path = folder.path("config/staylit/settings.toml");
+  const SettingsFile file(path);
+  EXPECT_EQ(file.replace("a", file.lock()).error, "");
+  EXPECT_EQ(SettingsFolder::read(path), "a");
+  EXPECT_EQ(modeOf(folder.path("config")), 0700U);
+  EXPECT_EQ(modeOf(path), 0600U);
+}
+
+TEST(SettingsFile, KeepsTheMode) {
+  const SettingsFolder folder;
+  folder.write("a");
+  chmod(folder.file().c_str(), 0644);
+  const SettingsFile file(folder.file());
+  EXPECT_EQ(file.replace("b", file.lock()).error, "");
+  EXPECT_EQ(folder.read(), "b");
+  EXPECT_EQ(modeOf(folder.file()), 0644U);
+  EXPECT_EQ(folder.names(), Names{"settings.toml"});
+}
+
+TEST(SettingsFile, ReplacesTheFileThatALinkNames) {
+  const SettingsFolder folder;
+  mkdir(folder.path("real").c_str(), 0700);
+  std::filesystem::create_symlink("real/other.toml", folder.path("middle"));
+  std::filesystem::create_symlink(folder.path("middle"), folder.file());
+  const SettingsFile file(folder.file());
+  EXPECT_EQ(file.replace("a", file.lock()).error, "");
+  EXPECT_EQ(file.replace("b", file.lock()).error, "");
+  EXPECT_EQ(SettingsFolder::read(folder.path("real/other.toml")), "b");
+  EXPECT_TRUE(std::filesystem::is_symlink(folder.file()));
+  EXPECT_TRUE(std::filesystem::is_symlink(folder.path("middle")));
+}
+
+TEST(SettingsFile, SetsAsideUnderAFreeName) {
+  const SettingsFolder folder;
+  const SettingsFile file(folder.file());
+  folder.write("first");
+  EXPECT_EQ(file.setAside(file.lock()).path, folder.path("settings.toml.damaged"));
+  folder.write("second");
+  EXPECT_EQ(file.setAside(file.lock()).path, folder.path("settings.toml.damaged-2"));
+  EXPECT_EQ(folder.names(), (Names{"settings.toml.damaged", "settings.toml.damaged-2"}));
+  EXPECT_EQ(SettingsFolder::read(folder.path("settings.toml.damaged")), "first");
+  EXPECT_EQ(SettingsFolder::read(folder.path("settings.toml.damaged-2")), "second");
+}
+
+TEST(SettingsFile, WaitsOnlySoLongForTheLock) {
+  const SettingsFolder folder;
+  const SettingsFile file(folder.file());
+  const FolderLock held = file.lock();
+  EXPECT_EQ(held.error(), "");
+  EXPECT_EQ(file.lock().error(), "the folder is locked by another program");
+}
+
+TEST(SettingsFile, GivesTheLockBack) {
+  const SettingsFolder folder;
+  const SettingsFile file(folder.file());
+  EXPECT_EQ(file.lock().error(), "");
+  EXPECT_EQ(file.lock().error(), "");
+}
+
+TEST(SettingsFile, SaysWhyAFolderCannotBeMade) {
+  const SettingsFolder folder;
+  folder.write("");
+  EXPECT_EQ(SettingsFile(folder.file() + "/sub/settings.toml").lock().error(), "Not a directory");
+}
+
+TEST(FileReplacement, LeavesTheOldFileWholeWhenTheProgramDiesBeforeTheRename) {
+  const SettingsFolder folder;
+  folder.write("a = 1\n");
+  ChildProcess child([&folder] {
+    const FileReplacement replacement(folder.file(), "a = 2\n");
+    _exit(replacement.error().empty() ? 0 : 1);  // The destructor does not run.
+  });
+  ASSERT_TRUE(child.wait());
+  EXPECT_EQ(folder.names().size(), 2U);  // The temporary file is left over, and harms nobody.
+  EXPECT_EQ(folder.read(), "a = 1\n");
+  TomlDefaults defaults(folder.file());
+  EXPECT_EQ(defaults.integer("a"), 1);
+  defaults.setInteger("a", 3);
+  EXPECT_EQ(folder.read(), "a = 3\n");
+  EXPECT_EQ(folder.logged(), Names{});
+}
+
+TEST(FileReplacement, RemovesItsTemporaryFileWhenItIsDropped) {
+  const SettingsFolder folder;
+  folder.write("a");
+  { const FileReplacement replacement(folder.file(), "b"); }
+  EXPECT_EQ(folder.names(), Names{"settings.toml"});
+  EXPECT_EQ(folder.read(), "a");
+}
+
+TEST(FileReplacement, SaysWhyItCannotTakeThePlace) {
+  const SettingsFolder folder;
+  mkdir(folder.file().c_str(), 0700);
+  FileReplacement replacement(folder.file(), "b");
+  EXPECT_FALSE(replacement.commit());
+  EXPECT_EQ(replacement.error(), "Is a directory");
+}
+
+}  // namespace
+}  // namespace platform

@@ -1,0 +1,68 @@
+#include "Platform/Linux/System/Utf8.h"
+
+#include <gtest/gtest.h>
+
+#include "Tidewell/Utf8.h"
+
+namespace platform {
+namespace {
+
+TEST(Utf8, LeavesPlainTextAlone) {
+  EXPECT_EQ(cleaned("Firefox 128.0 ~ (esr)"), "Firefox 128.0 ~ (esr)");
+  EXPECT_EQ(cleaned(""), "");
+}
+
+TEST(Utf8, LeavesValidTextOfAnyScriptAlone) {
+  EXPECT_EQ(cleaned("Größe 日本 👩‍💻 e\u0301"), "Größe 日本 👩‍💻 e\u0301");
+}
+
+TEST(Utf8, ReplacesAStrayByte) {
+  EXPECT_EQ(cleaned("a\xFFz"), "a\uFFFDz");
+  EXPECT_EQ(cleaned("a\x80z"), "a\uFFFDz");
+}
+
+TEST(Utf8, ReplacesACutSequenceOnce) {
+  EXPECT_EQ(cleaned("a\xE2\x82"), "a\uFFFD");
+  EXPECT_EQ(cleaned("\xF0\x9F\x98z"), "\uFFFDz");
+}
+
+TEST(Utf8, ReplacesOverlongFormsAndSurrogatesBytewise) {
+  EXPECT_EQ(cleaned("\xC0\xAF"), "\uFFFD\uFFFD");
+  EXPECT_EQ(cleaned("\xED\xA0\x80"), "\uFFFD\uFFFD\uFFFD");
+}
+
+TEST(Utf8, ReplacesControlCharacters) {
+  EXPECT_EQ(cleaned("a\nb\tc\x1B[31m\x7F"), "a\uFFFDb\uFFFDc\uFFFD[31m\uFFFD");
+  EXPECT_EQ(cleaned("a\u0085b\u009Bc"), "a\uFFFDb\uFFFDc");
+  EXPECT_EQ(cleaned(std::string_view("a\0b", 3)), "a\uFFFDb");
+}
+
+TEST(Utf8, ReplacesWhatBreaksALineOrTurnsIt) {
+  EXPECT_EQ(cleaned("a\u2028b\u2029c"), "a\uFFFDb\uFFFDc");
+  EXPECT_EQ(cleaned("exe.\u202Egpj"), "exe.\uFFFDgpj");
+  EXPECT_EQ(cleaned("\u2066x\u2069"), "\uFFFDx\uFFFD");
+}
+
+TEST(Utf8, ReplacesWhatABusRefuses) {
+  EXPECT_EQ(cleaned("a\xEF\xBF\xBF"
+                    "b"),
+            "a\uFFFDb");
+  EXPECT_EQ(cleaned("\xEF\xB7\x90"), "\uFFFD");
+}
+
+TEST(Utf8, WellFormedKeepsControlCharacters) {
+  EXPECT_EQ(wellFormed("a\nb\xFF"), "a\nb\uFFFD");
+}
+
+TEST(Utf8, IsValidForEveryPairOfBytes) {
+  for (int first = 0; first < 256; ++first) {
+    for (int second = 0; second < 256; ++second) {
+      const char bytes[] = {static_cast<char>(first), static_cast<char>(second), 'z'};
+      ASSERT_TRUE(tidewell::isValidUtf8(cleaned({bytes, 3}))) << first << ' ' << second;
+      ASSERT_TRUE(tidewell::isValidUtf8(wellFormed({bytes, 3}))) << first << ' ' << second;
+    }
+  }
+}
+
+}  // namespace
+}  // namespace platform

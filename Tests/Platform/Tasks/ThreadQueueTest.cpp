@@ -1,0 +1,180 @@
+#include "Platform/Linux/System/ThreadQueue.h"
+
+#include <gtest/gtest.h>
+#include <pthread.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <array>
+#include <atomic>
+#include <chrono>
+#include <csignal>
+#include <cstddef>
+#include <filesystem>
+#include <future>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "Platform/Linux/System/ThreadQueues.h"
+
+namespace platform {
+namespace {
+
+/// Runs one piece of work and waits for it.
+template <typename Work>
+void runOn(tidewell::SerialQueue& queue, Work work) {
+  const auto done = std::make_shared<std::promise<void>>();
+  queue.async([&work, done] {
+    work();
+    done->set_value();
+  });
+  done->get_future().wait();
+}
+
+std::ptrdiff_t threadCount() {
+  const std::filesystem::directory_iterator threads("/proc/self/task");
+  return std::distance(begin(threads), end(threads));
+}
+
+TEST(ThreadQueue, RunsWorkInTheOrderItWasSubmitted) {
+  ThreadQueue queue("order");
+  std::vector<int> order;
+  for (int number = 1; number <= 5; ++number) {
+    queue.async([&order, number] { order.push_back(number); });
+  }
+  runOn(queue, [] {});
+  EXPECT_EQ(order, (std::vector<int>{1, 2, 3, 4, 5}));
+}
+
+TEST(ThreadQueue, RunsWorkOnAnotherThread) {
+  ThreadQueue queue("elsewhere");
+  std::thread::id worker;
+  runOn(queue, [&] { worker = std::this_thread::get_id(); });
+  EXPECT_NE(worker, std::this_thread::get_id());
+}
+
+TEST(ThreadQueue, RunsOnePieceAtATimeWhoeverSubmits) {
+  ThreadQueue queue("one at a time");
+  int unguarded = 0;
+  const auto submitMany = [&] {
+    for (int count = 0; count < 500; ++count) {
+      queue.async([&unguarded] { ++unguarded; });
+    }
+  };
+  std::thread first(submitMany);
+  std::thread second(submitMany);
+  first.join();
+  second.join();
+  int seen = 0;
+  runOn(queue, [&] { seen = unguarded; });
+  EXPECT_EQ(seen, 1000);
+}
+
+TEST(ThreadQueue, StartsItsThreadWithTheFirstWorkOnly) {
+  const std::ptrdiff_t before = threadCount();
+  ThreadQueue queue("lazy");
+  EXPECT_EQ(threadCount(), before);
+  runOn(queue, [] {});
+  EXPECT_EQ(threadCount(), before + 1);
+  runOn(queue, [] {});
+  EXPECT_EQ(threadCount(), before + 1);
+}
+
+TEST(ThreadQueue, NamesItsThreadAfterTheFirst15BytesOfTheLabel) {
+  ThreadQueues queues;
+  const auto queue = queues.make("com.staylit.nettop");
+  std::array<char, 16> name{};
+  runOn(*queue, [&] { pthread_getname_np(pthread_self(), name.data(), name.size()); });
+  EXPECT_STREQ(name.data(), "com.staylit.net");
+}
+
+TEST(ThreadQueue, BlocksEverySignalOnItsThread) {
+  ThreadQueue queue("signals");
+  sigset_t blocked;
+  sigemptyset(&blocked);
+  runOn(queue, [&] { pthread_sigmask(SIG_SETMASK, nullptr, &blocked); });
+  EXPECT_EQ(sigismember(&blocked, SIGTERM), 1);
+  EXPECT_EQ(sigismember(&blocked, SIGCHLD), 1);
+  EXPECT_EQ(sigismember(&blocked, SIGHUP), 1);
+}
+
+TEST(ThreadQueue, LeavesTheSignalsOfItsOwnerAlone) {
+  ThreadQueue queue("signals");
+  runOn(queue, [] {});
+  sigset_t blocked;
+  pthread_sigmask(SIG_SETMASK, nullptr, &blocked);
+  EXPECT_EQ(sigismember(&blocked, SIGTERM), 0);
+}
+
+TEST(ThreadQueue, RunsAtALowerPriorityThanItsOwner) {
+  ThreadQueue queue("nice");
+  int niceness = 0;
+  runOn(queue, [&] { niceness = getpriority(PRIO_PROCESS, static_cast<id_t>(gettid())); });
+  EXPECT_GT(niceness, getpriority(PRIO_PROCESS, static_cast<id_t>(gettid())));
+}
+
+/// Says when the work that holds it is dropped.
+struct DropNotice {
+  explicit DropNotice(std::promise<void>& noticed) : promise(noticed) {}
+  ~DropNotice() { promise.set_value(); }
+  DropNotice(const DropNotice&) = delete;
+  DropNotice& operator=(const DropNotice&) = delete;
+  std::promise<void>& promise;
+};
+
+TEST(ThreadQueue, DropsWorkThatHasNotBegunAndWaitsForWhatIsUnderWay) {
+  auto queue = std::make_unique<ThreadQueue>("end");
+  std::promise<void> begun;
+  std::promise<void> dropped;
+  std::atomic<bool> firstFinished = false;
+  std::atomic<bool> secondRan = false;
+  queue->async([&] {
+    begun.set_value();
+    dropped.get_future().wait();
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    firstFinished = true;
+  });
+  queue->async([&, notice = std::make_shared<DropNotice>(dropped)] { secondRan = true; });
+  begun.get_future().wait();
+  queue.reset();
+  EXPECT_TRUE(firstFinished);
+  EXPECT_FALSE(secondRan);
+}
+
+TEST(ThreadQueue, MayBeEndedByItsOwnWork) {
+  const auto ended = std::make_shared<std::promise<void>>();
+  auto* queue = new ThreadQueue("own end");
+  queue->async([queue, ended] {
+    delete queue;
+    ended->set_value();
+  });
+  ended->get_future().wait();
+}
+
+TEST(ThreadQueue, MayBeEndedByWhatItsOwnWorkHolds) {
+  struct Owner {
+    std::unique_ptr<ThreadQueue> queue = std::make_unique<ThreadQueue>("last owner");
+    std::shared_ptr<std::promise<void>> ended = std::make_shared<std::promise<void>>();
+    ~Owner() {
+      queue.reset();
+      ended->set_value();
+    }
+  };
+  auto owner = std::make_shared<Owner>();
+  const auto ended = owner->ended;
+  std::promise<void> released;
+  auto* queue = owner->queue.get();
+  queue->async([owner, wait = released.get_future().share()] { wait.wait(); });
+  owner.reset();
+  released.set_value();
+  ended->get_future().wait();
+}
+
+TEST(ThreadQueue, EndsWithoutEverHavingRun) {
+  ThreadQueue queue("unused");
+}
+
+}  // namespace
+}  // namespace platform
