@@ -1,0 +1,90 @@
+#include "Platform/Linux/Network/ProcSocketHolders.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <array>
+#include <charconv>
+#include <cstddef>
+#include <functional>
+#include <string_view>
+#include <system_error>
+#include <utility>
+
+#include "Platform/Linux/Network/NumberedEntries.h"
+#include "Platform/Linux/Processes/ProcStat.h"
+
+namespace platform {
+namespace {
+
+std::string pathOf(std::int32_t pid, std::string_view leaf) {
+  return std::to_string(pid).append(leaf);
+}
+
+/// The number out of a link of the form "socket:[123]".
+std::optional<std::uint32_t> socketInode(std::string_view link) {
+  constexpr std::string_view kPrefix = "socket:[";
+  if (!link.starts_with(kPrefix) || !link.ends_with(']')) return std::nullopt;
+  link.remove_prefix(kPrefix.size());
+  link.remove_suffix(1);
+  std::uint32_t inode = 0;
+  const auto [end, error] = std::from_chars(link.data(), link.data() + link.size(), inode);
+  if (error != std::errc() || end != link.data() + link.size()) return std::nullopt;
+  return inode;
+}
+
+std::optional<std::uint32_t> socketInodeOf(int directory, std::int32_t descriptor) {
+  std::array<char, 12> name{};
+  std::to_chars(name.data(), name.data() + name.size() - 1, descriptor);
+  std::array<char, 32> link{};
+  const ssize_t length = readlinkat(directory, name.data(), link.data(), link.size());
+  if (length <= 0) return std::nullopt;
+  return socketInode({link.data(), static_cast<std::size_t>(length)});
+}
+
+}  // namespace
+
+ProcSocketHolders::ProcSocketHolders(const std::string& root)
+    : root_(open(root.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {}
+
+void ProcSocketHolders::listPids(std::vector<std::int32_t>& pids) {
+  pids.clear();
+  lseek(root_.get(), 0, SEEK_SET);
+  visitNumberedEntries(root_.get(), [&pids](std::int32_t pid) {
+    pids.push_back(pid);
+    return true;
+  });
+}
+
+std::optional<std::uint64_t> ProcSocketHolders::cpuTime(std::int32_t pid) {
+  return clock_.nanoseconds(pid);
+}
+
+std::optional<SocketHolders::Identity> ProcSocketHolders::identity(std::int32_t pid) {
+  const Descriptor file(openat(root_.get(), pathOf(pid, "/stat").c_str(), O_RDONLY | O_CLOEXEC));
+  if (!file) return std::nullopt;
+  std::array<char, 1024> text{};
+  const ssize_t length = read(file.get(), text.data(), text.size());
+  if (length <= 0) return std::nullopt;
+  auto stat = parseProcStat({text.data(), static_cast<std::size_t>(length)});
+  if (!stat || stat->state == 'Z' || stat->state == 'X') return std::nullopt;
+  return Identity{stat->startTicks, std::move(stat->comm)};
+}
+
+SocketHolders::Search ProcSocketHolders::visitSockets(
+    std::int32_t pid, const std::function<bool(std::uint32_t inode)>& visit) {
+  const Descriptor folder(
+      openat(root_.get(), pathOf(pid, "/fd").c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (!folder) return Search::refused;
+  bool stopped = false;
+  const auto visitDescriptor = [&](std::int32_t descriptor) {
+    const auto inode = socketInodeOf(folder.get(), descriptor);
+    stopped = inode && !visit(*inode);
+    return !stopped;
+  };
+  const bool complete = visitNumberedEntries(folder.get(), std::ref(visitDescriptor));
+  if (complete) return Search::complete;
+  return stopped ? Search::stopped : Search::refused;
+}
+
+}  // namespace platform

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "Platform/Linux/Network/SocketHolders.h"
+#include "Platform/Linux/Processes/CpuClock.h"
+#include "Platform/Linux/System/Descriptor.h"
+
+namespace platform {
+
+/// The processes as `/proc` shows them, each one's CPU time as its CPU clock does. A process whose
+/// `fd` folder may not be read is refused.
+class ProcSocketHolders : public SocketHolders {
+ public:
+  /// Reads below `root`, a folder that is laid out like `/proc`.
+  explicit ProcSocketHolders(const std::string& root = "/proc");
+
+  void listPids(std::vector<std::int32_t>& pids) override;
+  std::optional<std::uint64_t> cpuTime(std::int32_t pid) override;
+  std::optional<Identity> identity(std::int32_t pid) override;
+  Search visitSockets(std::int32_t pid,
+                      const std::function<bool(std::uint32_t inode)>& visit) override;
+
+ private:
+  Descriptor root_;
+  KernelCpuClock clock_;
+};
+
+}  // namespace platform

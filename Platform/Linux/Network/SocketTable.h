@@ -1,0 +1,73 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include "Platform/Linux/Network/SocketRecord.h"
+
+namespace platform {
+
+/// What is remembered of each living socket.
+///
+/// A socket that a complete listing lacks is kept until a second one lacks it too: the kernel's
+/// walk can skip a socket when its neighbour closes meanwhile, and one that came back as new would
+/// be counted twice. Holds no more entries than sockets were in the last listings, and allocates
+/// nothing while their number does not grow.
+template <typename Value>
+class SocketTable {
+ public:
+  /// Makes the entries those of `sockets`, which is ascending by cookie, each once.
+  void follow(std::span<const SocketRecord> sockets, Coverage coverage) {
+    former_.swap(entries_);
+    entries_.clear();
+    auto former = former_.cbegin();
+    for (const SocketRecord& socket : sockets) {
+      for (; former != former_.cend() && former->cookie < socket.cookie; ++former)
+        carryOver(*former, coverage);
+      const bool isKnown = former != former_.cend() && former->cookie == socket.cookie;
+      entries_.push_back({socket.cookie, true, false, isKnown ? (former++)->value : Value{}});
+    }
+    for (; former != former_.cend(); ++former)
+      carryOver(*former, coverage);
+    giveBackMemory();
+  }
+
+  /// Calls `visit(index, value)` for each of the sockets that `follow` was last given, in order.
+  template <typename Visitor>
+  void visitListed(Visitor visit) {
+    std::size_t index = 0;
+    for (Entry& entry : entries_) {
+      if (entry.isListed) visit(index++, entry.value);
+    }
+  }
+
+  [[nodiscard]] std::size_t size() const { return entries_.size(); }
+
+ private:
+  struct Entry {
+    std::uint64_t cookie = 0;
+    bool isListed = true;
+    bool wasMissed = false;  ///< By a complete listing.
+    Value value;
+  };
+
+  void carryOver(const Entry& entry, Coverage coverage) {
+    const bool isMissed = coverage == Coverage::complete;
+    if (isMissed && entry.wasMissed) return;
+    entries_.push_back({entry.cookie, false, entry.wasMissed || isMissed, entry.value});
+  }
+
+  /// After a time of very many sockets.
+  void giveBackMemory() {
+    constexpr std::size_t kSlack = 1024;
+    if (entries_.capacity() > 4 * entries_.size() + kSlack) entries_.shrink_to_fit();
+    if (former_.capacity() > 4 * entries_.size() + kSlack) std::vector<Entry>().swap(former_);
+  }
+
+  std::vector<Entry> entries_;  ///< Ascending by cookie.
+  std::vector<Entry> former_;
+};
+
+}  // namespace platform

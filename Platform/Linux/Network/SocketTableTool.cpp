@@ -1,0 +1,94 @@
+#include "Platform/Linux/Network/SocketTableTool.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <span>
+#include <system_error>
+#include <utility>
+
+#include "Platform/Linux/Network/PreparedTask.h"
+#include "Platform/Linux/Network/ProcSocketHolders.h"
+#include "Platform/Linux/Network/SocketDiagnostics.h"
+#include "Platform/Linux/Network/ToolName.h"
+
+namespace platform {
+namespace {
+
+SocketTableTool::Parts machineParts() {
+  SocketTableTool::Parts parts;
+  parts.source = std::make_unique<SocketDiagnostics>();
+  parts.holders = std::make_unique<ProcSocketHolders>();
+  parts.interfaces = std::make_unique<InterfaceCounters>();
+  parts.now = std::chrono::steady_clock::now;
+  if (geteuid() != 0) parts.onlyUid = geteuid();
+  return parts;
+}
+
+/// Ascending by cookie, each once, with the higher counts where it came twice.
+void putInOrder(std::vector<SocketRecord>& sockets) {
+  std::ranges::sort(sockets, {}, &SocketRecord::cookie);
+  std::size_t kept = 0;
+  for (const SocketRecord& socket : sockets) {
+    if (kept > 0 && sockets[kept - 1].cookie == socket.cookie) {
+      SocketRecord& same = sockets[kept - 1];
+      same.bytesReceived = std::max(same.bytesReceived, socket.bytesReceived);
+      same.bytesSent = std::max(same.bytesSent, socket.bytesSent);
+    } else {
+      sockets[kept++] = socket;
+    }
+  }
+  sockets.resize(kept);
+}
+
+}  // namespace
+
+SocketTableTool::SocketTableTool() : SocketTableTool(machineParts()) {}
+
+SocketTableTool::SocketTableTool(Parts parts)
+    : parts_(std::move(parts)),
+      processes_(*parts_.holders),
+      owners_(*parts_.holders, processes_, parts_.onlyUid) {}
+
+tidewell::TaskLauncher::Launch SocketTableTool::launch(const std::string&,
+                                                       const std::vector<std::string>&) {
+  const auto interfaceSum = parts_.interfaces->sum();
+  if (!interfaceSum || interfaceSum != interfaceSum_) {
+    const SocketSource::Listing listing = parts_.source->list(sockets_);
+    if (listing.errorNumber != 0) return failed(listing.errorNumber);
+    hasFailed_ = false;
+    measure(listing.coverage);
+    interfaceSum_ = listing.coverage == Coverage::complete ? interfaceSum : std::nullopt;
+  }
+  return {std::make_unique<PreparedTask>(output_), ""};
+}
+
+tidewell::TaskLauncher::Launch SocketTableTool::failed(int errorNumber) {
+  interfaceSum_.reset();
+  if (std::exchange(hasFailed_, true)) return {std::make_unique<PreparedTask>(output_), ""};
+  return {nullptr, "cannot list sockets: " + std::generic_category().message(errorNumber)};
+}
+
+void SocketTableTool::measure(Coverage coverage) {
+  putInOrder(sockets_);
+  processes_.refresh();
+  const auto owners = owners_.find(sockets_, coverage, parts_.now());
+  totals_.update(sockets_, owners, coverage);
+  totals_.keepOnly(processes_.all());
+  writeOutput();
+}
+
+void SocketTableTool::writeOutput() {
+  output_.clear();
+  std::span<const OwnerProcess> processes = processes_.all();
+  for (const SocketTotals::Total& total : totals_.all()) {
+    const auto process = std::ranges::lower_bound(processes, total.pid, {}, &OwnerProcess::pid);
+    appendToolName(output_, process->name);
+    output_.append(".").append(std::to_string(total.pid));
+    output_.append(",").append(std::to_string(total.bytesReceived));
+    output_.append(",").append(std::to_string(total.bytesSent)).append(",\n");
+  }
+}
+
+}  // namespace platform

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <cstdint>
+
+#include "Platform/Linux/System/Descriptor.h"
+#include "Tests/Platform/Network/LoopbackServer.h"
+
+namespace platform {
+
+/// A forked process that talks to a server of the test's, step by step as it is told. Each order
+/// returns once the child has carried it out, or false when it could not. Ends with this object.
+class LoopbackChild {
+ public:
+  explicit LoopbackChild(const LoopbackServer& server);
+  ~LoopbackChild();
+  LoopbackChild(const LoopbackChild&) = delete;
+  LoopbackChild& operator=(const LoopbackChild&) = delete;
+
+  [[nodiscard]] pid_t pid() const { return pid_; }
+
+  /// Opens one connection more, which the next orders are about.
+  bool connect() { return order({Action::connect, 0}); }
+  /// Reads exactly so many bytes. `begin` sends the order, `finish` waits: in between the test
+  /// sends the bytes.
+  void beginReceive(std::uint64_t count) { send({Action::receive, count}); }
+  bool finishReceive() { return receiveResult(); }
+  bool sendBytes(std::uint64_t count) { return order({Action::send, count}); }
+  /// Closes the connection that was opened last.
+  bool close() { return order({Action::close, 0}); }
+  /// Ends the child and reaps it.
+  void end();
+
+ private:
+  enum class Action : char { connect, receive, send, close };
+  struct Order {
+    Action action;
+    std::uint64_t count;
+  };
+  [[noreturn]] static void obey(const LoopbackServer& server, const Descriptor& orders);
+  void send(const Order& order) const;
+  [[nodiscard]] bool receiveResult() const;
+  bool order(const Order& order);
+
+  Descriptor orders_;
+  pid_t pid_ = 0;
+};
+
+}  // namespace platform

@@ -1,0 +1,175 @@
+#include "Platform/Linux/Network/SocketTotals.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <limits>
+#include <optional>
+#include <utility>
+#include <vector>
+
+namespace platform {
+namespace {
+
+constexpr SocketOwner kNobody{0, 0};
+
+/// Received and sent bytes.
+using Bytes = std::pair<std::uint64_t, std::uint64_t>;
+
+class SocketTotalsTest : public testing::Test {
+ protected:
+  struct Row {
+    std::uint64_t cookie;
+    Bytes bytes;
+    SocketOwner owner;
+  };
+
+  void update(const std::vector<Row>& rows, Coverage coverage = Coverage::complete) {
+    std::vector<SocketRecord> sockets;
+    std::vector<SocketOwner> owners;
+    for (const Row& row : rows) {
+      sockets.push_back({row.cookie, 0, 0, row.bytes.first, row.bytes.second});
+      owners.push_back(row.owner);
+    }
+    totals_.update(sockets, owners, coverage);
+  }
+
+  [[nodiscard]] std::optional<Bytes> of(std::int32_t pid) const {
+    for (const SocketTotals::Total& total : totals_.all()) {
+      if (total.pid == pid) return Bytes(total.bytesReceived, total.bytesSent);
+    }
+    return std::nullopt;
+  }
+
+  SocketTotals totals_;
+};
+
+TEST_F(SocketTotalsTest, SumsTheSocketsOfAProcess) {
+  update({{1, {10, 1}, {7, 100}}, {2, {20, 2}, {7, 100}}, {3, {5, 5}, {8, 100}}});
+  EXPECT_EQ(of(7), Bytes(30, 3));
+  EXPECT_EQ(of(8), Bytes(5, 5));
+}
+
+TEST_F(SocketTotalsTest, KnowsNothingOfOthers) {
+  update({{1, {10, 1}, {7, 100}}});
+  EXPECT_EQ(of(8), std::nullopt);
+}
+
+TEST_F(SocketTotalsTest, ListsProcessesAscendingByIdentifier) {
+  update({{1, {1, 1}, {9, 1}}, {2, {1, 1}, {3, 1}}, {3, {1, 1}, {5, 1}}});
+  ASSERT_EQ(totals_.all().size(), 3U);
+  EXPECT_EQ(totals_.all()[0].pid, 3);
+  EXPECT_EQ(totals_.all()[1].pid, 5);
+  EXPECT_EQ(totals_.all()[2].pid, 9);
+}
+
+TEST_F(SocketTotalsTest, CountsAByteOnce) {
+  update({{1, {10, 1}, {7, 100}}});
+  update({{1, {10, 1}, {7, 100}}});
+  update({{1, {15, 3}, {7, 100}}});
+  EXPECT_EQ(of(7), Bytes(15, 3));
+}
+
+TEST_F(SocketTotalsTest, KeepsTheBytesOfAClosedSocket) {
+  update({{1, {10, 1}, {7, 100}}, {2, {20, 2}, {7, 100}}});
+  update({{2, {20, 2}, {7, 100}}});
+  update({{2, {21, 2}, {7, 100}}});
+  EXPECT_EQ(of(7), Bytes(31, 3));
+}
+
+TEST_F(SocketTotalsTest, KeepsAProcessWithoutAnySocketLeft) {
+  update({{1, {10, 1}, {7, 100}}});
+  update({});
+  update({});
+  EXPECT_EQ(of(7), Bytes(10, 1));
+}
+
+TEST_F(SocketTotalsTest, NamesAProcessWhoseSocketsHaveCarriedNothingYet) {
+  update({{1, {0, 0}, {7, 100}}});
+  EXPECT_EQ(of(7), Bytes(0, 0));
+}
+
+TEST_F(SocketTotalsTest, NeverGoesBackwardsWhenASocketDoes) {
+  update({{1, {10, 10}, {7, 100}}});
+  update({{1, {4, 4}, {7, 100}}});
+  EXPECT_EQ(of(7), Bytes(10, 10));
+  update({{1, {11, 10}, {7, 100}}});
+  EXPECT_EQ(of(7), Bytes(11, 10));
+}
+
+TEST_F(SocketTotalsTest, CountsWhatCameBeforeTheOwnerWasKnown) {
+  update({{1, {10, 1}, kNobody}});
+  EXPECT_TRUE(totals_.all().empty());
+  update({{1, {12, 1}, {7, 100}}});
+  EXPECT_EQ(of(7), Bytes(12, 1));
+}
+
+TEST_F(SocketTotalsTest, LeavesEachOwnerWhatTheSocketCarriedForIt) {
+  update({{1, {10, 1}, {7, 100}}});
+  update({{1, {15, 1}, {8, 100}}});
+  EXPECT_EQ(of(7), Bytes(10, 1));
+  EXPECT_EQ(of(8), Bytes(5, 0));
+}
+
+TEST_F(SocketTotalsTest, CountsWhatCameBetweenTwoOwnersForTheSecond) {
+  update({{1, {10, 0}, {7, 100}}});
+  update({{1, {13, 0}, kNobody}});
+  update({{1, {15, 0}, {8, 100}}});
+  EXPECT_EQ(of(8), Bytes(5, 0));
+}
+
+TEST_F(SocketTotalsTest, BeginsAtZeroForALaterProcessOfTheSameIdentifier) {
+  update({{1, {10, 1}, {7, 100}}});
+  update({{2, {3, 3}, {7, 200}}});
+  EXPECT_EQ(of(7), Bytes(3, 3));
+}
+
+TEST_F(SocketTotalsTest, DoesNotCountASocketAgainThatOneListingSkipped) {
+  update({{1, {10, 1}, {7, 100}}, {2, {1, 1}, {7, 100}}});
+  update({{2, {1, 1}, {7, 100}}});
+  update({{1, {12, 1}, {7, 100}}, {2, {1, 1}, {7, 100}}});
+  EXPECT_EQ(of(7), Bytes(13, 2));
+}
+
+TEST_F(SocketTotalsTest, DoesNotCountASocketAgainThatPartialListingsLacked) {
+  update({{1, {10, 1}, {7, 100}}});
+  update({}, Coverage::partial);
+  update({}, Coverage::partial);
+  update({}, Coverage::partial);
+  update({{1, {12, 1}, {7, 100}}});
+  EXPECT_EQ(of(7), Bytes(12, 1));
+}
+
+TEST_F(SocketTotalsTest, ForgetsTheProcessesThatAreNotAmongTheLiving) {
+  update({{1, {10, 1}, {7, 100}}, {2, {10, 1}, {8, 100}}, {3, {10, 1}, {9, 100}}});
+  const std::vector<OwnerProcess> living{{7, 100, 1, "a"}, {9, 300, 1, "c"}};
+  totals_.keepOnly(living);
+  EXPECT_EQ(of(7), Bytes(10, 1));
+  EXPECT_EQ(of(8), std::nullopt);
+  EXPECT_EQ(of(9), std::nullopt);
+}
+
+TEST_F(SocketTotalsTest, ForgetsASocketThatTwoListingsLacked) {
+  update({{1, {10, 1}, {7, 100}}, {2, {10, 1}, {7, 100}}});
+  EXPECT_EQ(totals_.socketCount(), 2U);
+  update({{2, {10, 1}, {7, 100}}});
+  update({{2, {10, 1}, {7, 100}}});
+  EXPECT_EQ(totals_.socketCount(), 1U);
+}
+
+TEST_F(SocketTotalsTest, StaysSmallHoweverManySocketsComeAndGo) {
+  for (std::uint64_t cookie = 1; cookie <= 10'000; ++cookie) {
+    update({{cookie, {1, 0}, {7, 100}}});
+    ASSERT_LE(totals_.socketCount(), 2U);
+  }
+  EXPECT_EQ(of(7), Bytes(10'000, 0));
+}
+
+TEST_F(SocketTotalsTest, StopsBelowWhatTheSumOfBothCountersCanHold) {
+  constexpr std::uint64_t kMax = std::numeric_limits<std::uint64_t>::max();
+  update({{1, {kMax, kMax}, {7, 100}}, {2, {kMax, 5}, {7, 100}}});
+  EXPECT_EQ(of(7), Bytes(0x7FFF'FFFF'FFFF'FFFF, 0x7FFF'FFFF'FFFF'FFFF));
+}
+
+}  // namespace
+}  // namespace platform
