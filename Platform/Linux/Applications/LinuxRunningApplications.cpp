@@ -1,0 +1,54 @@
+#include "Platform/Linux/Applications/LinuxRunningApplications.h"
+
+#include <string>
+#include <utility>
+
+#include "Platform/Linux/Applications/ProductNames.h"
+#include "Platform/Linux/Processes/LinuxApplication.h"
+#include "Platform/Linux/System/Utf8.h"
+#include "Tidewell/ProcessSampler.h"
+
+namespace platform {
+namespace {
+
+std::shared_ptr<const tidewell::RunningApplication> named(std::int32_t pid,
+                                                          ApplicationIdentity identity) {
+  return std::make_shared<LinuxApplication>(
+      pid, std::make_shared<const ApplicationIdentity>(std::move(identity)));
+}
+
+std::shared_ptr<const tidewell::RunningApplication> nameOf(const TrackedProcess& process) {
+  if (process.application) return process.application;
+  std::string name(tidewell::ProcessSampler::nameFromPath(process.path));
+  // Of another user's process, everybody may read this much.
+  if (name.empty()) name = cleaned(process.commText());
+  return name.empty() ? nullptr : named(process.pid, {std::nullopt, std::move(name)});
+}
+
+}  // namespace
+
+LinuxRunningApplications::LinuxRunningApplications(ProcessTracker& tracker,
+                                                   std::shared_ptr<NamedHolders> namedHolders)
+    : tracker_(tracker), namedHolders_(std::move(namedHolders)) {}
+
+std::span<const std::shared_ptr<const tidewell::RunningApplication>>
+LinuxRunningApplications::all() {
+  tracker_.prepare();
+  all_.clear();
+  for (const TrackedProcess& process : tracker_.processes()) {
+    if (process.application) all_.push_back(process.application);
+  }
+  return all_;
+}
+
+std::shared_ptr<const tidewell::RunningApplication> LinuxRunningApplications::withProcessIdentifier(
+    std::int32_t pid) {
+  if (const auto id = namedHolders_->applicationId(pid)) {
+    return named(pid, {bundleIdentifierOf(*id), std::nullopt});
+  }
+  if (const TrackedProcess* process = tracker_.find(pid)) return nameOf(*process);
+  const auto process = tracker_.readNow(pid);
+  return process ? nameOf(*process) : nullptr;
+}
+
+}  // namespace platform

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace platform {
+
+/// The unit of the service manager that a process belongs to, and what its name says of the
+/// application. A value; from text alone.
+///
+/// Desktops start every application in a unit of its own and name the unit after it:
+/// `app-[launcher-]<id>-<random>.scope`, `app-[launcher-]<id>[@instance].service`,
+/// `app-flatpak-<id>-<n>.scope`, `snap.<snap>.<app>-<uuid>.scope` (or with a dot before the uuid),
+/// `dbus-:<n>-<id>@<n>.service`.
+class UnitName {
+ public:
+  /// Empty: a process in no unit.
+  UnitName() = default;
+
+  /// The innermost unit of the unified hierarchy's line in `/proc/<pid>/cgroup`. A group below a
+  /// unit belongs to it; a slice is no unit.
+  static UnitName fromControlGroup(std::string_view file);
+
+  /// As in "app-gnome-firefox-4711.scope". Empty for no unit.
+  [[nodiscard]] std::string_view name() const;
+
+  /// The control group of the unit: what tells two units of the same name apart.
+  [[nodiscard]] const std::string& path() const { return path_; }
+
+  /// The desktop ids that the name may mean, the likeliest first; none for a unit that is no
+  /// application's. The launcher is optional and both it and the id may hold dashes, so the
+  /// first of them for which there is a desktop file is meant. Every one is safe as a file name.
+  [[nodiscard]] std::vector<std::string> applicationIds() const;
+
+  bool operator==(const UnitName&) const = default;
+
+ private:
+  explicit UnitName(std::string_view path) : path_(path) {}
+
+  std::string path_;
+};
+
+}  // namespace platform

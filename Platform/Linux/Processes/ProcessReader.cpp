@@ -1,0 +1,143 @@
+#include "Platform/Linux/Processes/ProcessReader.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <functional>
+#include <string>
+
+#include "Platform/Linux/Processes/LinuxApplication.h"
+#include "Platform/Linux/Processes/ProgramPath.h"
+
+namespace platform {
+namespace {
+
+constexpr std::uint8_t kQuietPassesBeforeClosing = 5;
+/// A program that replaces itself under the same name is rare enough to be noticed a little late.
+constexpr std::uint8_t kActivePassesBetweenLooks = 8;
+
+using Access = TrackedProcess::Access;
+
+bool isPermission(int error) {
+  return error == EACCES || error == EPERM;
+}
+
+void setComm(TrackedProcess& process, std::string_view comm) {
+  process.comm.fill('\0');
+  comm.copy(process.comm.data(), process.comm.size() - 1);
+}
+
+std::size_t hashOf(std::string_view text) {
+  return std::hash<std::string_view>{}(text);
+}
+
+/// Makes `process` a blank page under the same number.
+void startOver(TrackedProcess& process, std::uint64_t startTicks) {
+  const std::int32_t pid = process.pid;
+  const std::uint64_t cpuTime = process.cpuTime;
+  process = TrackedProcess(pid);
+  process.cpuTime = cpuTime;
+  process.startTicks = startTicks;
+}
+
+}  // namespace
+
+ProcessReader::ProcessReader(ProcFileSystem& proc, ApplicationResolver& applications,
+                             tidewell::Text& text)
+    : proc_(proc), applications_(applications), text_(text) {}
+
+bool ProcessReader::readAll(TrackedProcess& process) {
+  const std::optional<ProcStat> stat = this->stat(process.pid);
+  if (!stat) return false;
+  forget(process);
+  if (process.startTicks != stat->startTicks) startOver(process, stat->startTicks);
+  if (process.looks < UINT8_MAX) ++process.looks;
+  process.parentPid = stat->parentPid;
+  process.activePasses = 0;
+  setComm(process, stat->comm);
+  return readProgram(process, *stat);
+}
+
+bool ProcessReader::readProgram(TrackedProcess& process, const ProcStat& stat) {
+  const auto link = proc_.readLink(process.pid, "exe");
+  if (!link) {
+    if (errno == ESRCH) return false;
+    // One that has ended has no program any more; what was known of it still holds.
+    if (isPermission(errno)) process.access = Access::refused;
+    return true;
+  }
+  const std::string program(*link);
+  process.access = Access::readable;
+  if (!readIo(process)) {
+    if (!isPermission(errno)) return false;
+    process.access = Access::refused;
+    return true;
+  }
+  process.linkHash = hashOf(program);
+  process.path = programPath(program, process.commText(), text_);
+  readApplication(process, stat, program);
+  return true;
+}
+
+void ProcessReader::readApplication(TrackedProcess& process, const ProcStat& stat,
+                                    std::string_view program) {
+  const auto cgroup = proc_.read(process.pid, "cgroup");
+  const auto identity = applications_.applicationOf({.pid = process.pid,
+                                                     .startTicks = stat.startTicks,
+                                                     .session = stat.session,
+                                                     .hasTerminal = stat.terminal != 0,
+                                                     .program = program,
+                                                     .cgroup = cgroup.value_or("")});
+  process.application =
+      identity ? std::make_shared<LinuxApplication>(process.pid, identity) : nullptr;
+}
+
+bool ProcessReader::readAfterRun(TrackedProcess& process) {
+  process.quietPasses = 0;
+  if (process.access != Access::readable) return true;
+  keepOpen(process);
+  if (!readIo(process) || programChanged(process)) return readAll(process);
+  return true;
+}
+
+bool ProcessReader::readIo(TrackedProcess& process) {
+  const auto text = process.ioFile ? proc_.read(process.ioFile) : proc_.read(process.pid, "io");
+  if (!text) return false;
+  // A kernel without this accounting leaves the file empty: no traffic that we could know of.
+  process.io = parseProcIo(*text).value_or(ProcIo());
+  return true;
+}
+
+bool ProcessReader::programChanged(TrackedProcess& process) {
+  auto comm = process.commFile ? proc_.read(process.commFile) : proc_.read(process.pid, "comm");
+  if (!comm) return true;
+  if (comm->ends_with('\n')) comm->remove_suffix(1);
+  if (*comm != process.commText()) return true;
+  if (++process.activePasses < kActivePassesBetweenLooks) return false;
+  process.activePasses = 0;
+  const auto link = proc_.readLink(process.pid, "exe");
+  return link && hashOf(*link) != process.linkHash;
+}
+
+void ProcessReader::keepOpen(TrackedProcess& process) {
+  if (process.ioFile || keptOpen_ >= mostKeptOpen_) return;
+  process.ioFile = proc_.open(process.pid, "io");
+  process.commFile = proc_.open(process.pid, "comm");
+  if (process.ioFile) ++keptOpen_;
+}
+
+void ProcessReader::noteQuiet(TrackedProcess& process) {
+  if (process.ioFile && ++process.quietPasses > kQuietPassesBeforeClosing) forget(process);
+}
+
+void ProcessReader::forget(TrackedProcess& process) {
+  if (process.ioFile) --keptOpen_;
+  process.ioFile = Descriptor();
+  process.commFile = Descriptor();
+}
+
+std::optional<ProcStat> ProcessReader::stat(std::int32_t pid) {
+  const auto text = proc_.read(pid, "stat");
+  return text ? parseProcStat(*text) : std::nullopt;
+}
+
+}  // namespace platform

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string_view>
+
+#include "Platform/Linux/Processes/ApplicationResolver.h"
+#include "Platform/Linux/Processes/ProcFileSystem.h"
+#include "Platform/Linux/Processes/ProcStat.h"
+#include "Platform/Linux/Processes/TrackedProcess.h"
+#include "Tidewell/Ports/Text.h"
+
+namespace platform {
+
+/// Reads single processes: once in full when they are new, and as little as possible whenever they
+/// have run. Main thread only; the three arguments must outlive it.
+class ProcessReader {
+ public:
+  ProcessReader(ProcFileSystem& proc, ApplicationResolver& applications, tidewell::Text& text);
+
+  /// How many processes may keep their files open, two each.
+  void setMostKeptOpen(std::size_t processes) { mostKeptOpen_ = processes; }
+
+  /// Reads everything but the CPU time. False when there is no such process any more.
+  bool readAll(TrackedProcess& process);
+
+  /// Reads what changes when a process runs: its I/O, and its name if that has changed. False when
+  /// the process is gone, or another has taken its place.
+  bool readAfterRun(TrackedProcess& process);
+
+  /// Closes the files of a process that has not run for some passes.
+  void noteQuiet(TrackedProcess& process);
+
+  /// Closes its files; to be called before a process is dropped.
+  void forget(TrackedProcess& process);
+
+  std::optional<ProcStat> stat(std::int32_t pid);
+
+ private:
+  bool readProgram(TrackedProcess& process, const ProcStat& stat);
+  bool readIo(TrackedProcess& process);
+  void readApplication(TrackedProcess& process, const ProcStat& stat, std::string_view program);
+  bool programChanged(TrackedProcess& process);
+  void keepOpen(TrackedProcess& process);
+
+  ProcFileSystem& proc_;
+  ApplicationResolver& applications_;
+  tidewell::Text& text_;
+  std::size_t mostKeptOpen_ = 128;
+  std::size_t keptOpen_ = 0;
+};
+
+}  // namespace platform

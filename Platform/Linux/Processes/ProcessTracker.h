@@ -1,0 +1,83 @@
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <vector>
+
+#include "Platform/Linux/Processes/ApplicationResolver.h"
+#include "Platform/Linux/Processes/CpuClock.h"
+#include "Platform/Linux/Processes/ProcFileSystem.h"
+#include "Platform/Linux/Processes/ProcessReader.h"
+#include "Platform/Linux/Processes/TrackedProcess.h"
+#include "Tidewell/Ports/ProcessTable.h"
+#include "Tidewell/Ports/Text.h"
+
+namespace platform {
+
+/// Follows all processes of the machine at the least cost: one clock reading for a process that
+/// did not run, no allocation for it, and files only for those that did.
+///
+/// Where the kernel refuses its CPU clocks, the `stat` file of every process is read instead: the
+/// same facts at several times the cost, and with the resolution of a clock tick.
+/// Main thread only; the arguments must outlive it.
+class ProcessTracker {
+ public:
+  using SteadyTime = std::chrono::steady_clock::time_point;
+
+  struct Sources {
+    ProcFileSystem& proc;
+    CpuClock& clock;
+    ApplicationResolver& applications;
+    tidewell::Text& text;
+    std::function<SteadyTime()> now = std::chrono::steady_clock::now;
+  };
+
+  explicit ProcessTracker(Sources sources);
+
+  /// One pass: after it, `processes` is what is alive and what it has used.
+  void refresh();
+
+  /// As `refresh`, for the first of two readers of one snapshot: the next `refreshUnlessPrepared`
+  /// does nothing then.
+  void prepare();
+  void refreshUnlessPrepared();
+
+  /// Ascending by pid. Valid until the next pass.
+  [[nodiscard]] const std::vector<TrackedProcess>& processes() const { return processes_; }
+
+  /// Null for a process that is not known. Cheapest when asked in ascending order.
+  const TrackedProcess* find(std::int32_t pid);
+
+  /// Reads a process that the last pass did not see, as far as it can be read.
+  std::optional<TrackedProcess> readNow(std::int32_t pid);
+
+  /// Of `TrackedProcess::cpuTime`: nanoseconds per unit.
+  [[nodiscard]] tidewell::Timebase timebase() const;
+
+ private:
+  std::optional<std::uint64_t> cpuTime(std::int32_t pid);
+  bool update(TrackedProcess& process);
+  bool updateReadable(TrackedProcess& process);
+  [[nodiscard]] bool wasGivenOutAgain(std::int32_t pid) const;
+  [[nodiscard]] bool needsScan(std::optional<std::int32_t> newest) const;
+  void scan();
+  void probeNew();
+  [[nodiscard]] bool isAmongFirst(std::size_t count, std::int32_t pid) const;
+  void add(std::int32_t pid);
+  void mergeNew(std::size_t known);
+
+  Sources sources_;
+  ProcessReader reader_;
+  bool clocksWork_;
+  bool prepared_ = false;
+  std::vector<TrackedProcess> processes_;
+  std::size_t cursor_ = 0;  ///< Where the next `find` is likely to hit.
+  std::optional<SteadyTime> lastScan_;
+  std::optional<std::int32_t> newest_;        ///< The newest identifier, as of this pass.
+  std::optional<std::int32_t> formerNewest_;  ///< As of the pass before.
+};
+
+}  // namespace platform

@@ -1,0 +1,295 @@
+// The tracker on the real /proc, with real children.
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <spawn.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <csignal>
+#include <filesystem>
+#include <functional>
+#include <span>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "Platform/Linux/Processes/LinuxProcessTable.h"
+#include "Platform/Linux/Processes/ProcessTracker.h"
+#include "Platform/Linux/Unicode/IcuText.h"
+
+namespace platform {
+namespace {
+
+class NoApplications : public ApplicationResolver {
+ public:
+  std::shared_ptr<const ApplicationIdentity> applicationOf(const ProcessFacts&) override {
+    return nullptr;
+  }
+  void refresh() override {}
+};
+
+/// A child process that does `work`, then waits until it is told to end.
+class Child {
+ public:
+  explicit Child(const std::function<void()>& work) {
+    int ends[2];
+    if (pipe2(ends, O_CLOEXEC) != 0) return;
+    pid_ = fork();
+    if (pid_ == 0) {
+      prctl(PR_SET_PDEATHSIG, SIGKILL);
+      work();
+      const char done = 1;
+      if (write(ends[1], &done, 1) == 1) pause();
+      _exit(0);
+    }
+    close(ends[1]);
+    char done = 0;
+    if (read(ends[0], &done, 1) != 1) ADD_FAILURE() << "the child did not finish its work";
+    close(ends[0]);
+  }
+  ~Child() {
+    if (pid_ > 0) end();
+  }
+  Child(const Child&) = delete;
+  Child& operator=(const Child&) = delete;
+
+  [[nodiscard]] pid_t pid() const { return pid_; }
+
+  /// Kills and reaps it; what the kernel charged it.
+  rusage end() {
+    rusage usage{};
+    kill(pid_, SIGKILL);
+    wait4(pid_, nullptr, 0, &usage);
+    pid_ = 0;
+    return usage;
+  }
+  void killWithoutReaping() const {
+    kill(pid_, SIGKILL);
+    siginfo_t info{};
+    waitid(P_PID, static_cast<id_t>(pid_), &info, WEXITED | WNOWAIT);
+  }
+
+ private:
+  pid_t pid_ = 0;
+};
+
+void burn(double seconds) {
+  timespec time{};
+  do {
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+  } while (static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) / 1e9 < seconds);
+}
+
+double seconds(const timeval& time) {
+  return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / 1e6;
+}
+
+class LiveProcessesTest : public testing::Test {
+ protected:
+  LiveProcessesTest() {
+    std::string pattern = (std::filesystem::temp_directory_path() / "live-XXXXXX").string();
+    folder = mkdtemp(pattern.data());
+  }
+  ~LiveProcessesTest() override { std::filesystem::remove_all(folder); }
+
+  /// Starts a copy of sleep(1) as `name`, waits until it is that program, and returns its pid.
+  pid_t startAs(const std::string& name) {
+    const auto program = folder / name;
+    std::filesystem::copy_file("/bin/sleep", program);
+    std::string path = program;
+    std::string time = "60";
+    char* arguments[] = {path.data(), time.data(), nullptr};
+    pid_t pid = 0;
+    // Returns when the new program has replaced the child.
+    EXPECT_EQ(posix_spawn(&pid, path.c_str(), nullptr, nullptr, arguments, environ), 0);
+    return pid;
+  }
+  static void stop(pid_t pid) {
+    kill(pid, SIGKILL);
+    waitpid(pid, nullptr, 0);
+  }
+
+  std::filesystem::path folder;
+  ProcFileSystem proc;
+  KernelCpuClock clock;
+  NoApplications applications;
+  IcuText text;
+  ProcessTracker tracker{ProcessTracker::Sources{proc, clock, applications, text}};
+};
+
+TEST_F(LiveProcessesTest, SeesItselfAndItsParent) {
+  tracker.refresh();
+  ASSERT_NE(tracker.find(getpid()), nullptr);
+  EXPECT_EQ(tracker.find(getpid())->parentPid, getppid());
+  EXPECT_NE(tracker.find(getppid()), nullptr);
+}
+
+TEST_F(LiveProcessesTest, CountsTheCpuTimeThatTheKernelCharges) {
+  tracker.refresh();
+  Child child([] { burn(0.4); });
+  tracker.refresh();
+  const TrackedProcess* process = tracker.find(child.pid());
+  ASSERT_NE(process, nullptr);
+  const double counted = static_cast<double>(process->cpuTime) *
+                         static_cast<double>(tracker.timebase().numer) /
+                         static_cast<double>(tracker.timebase().denom) / 1e9;
+  const rusage charged = child.end();
+  const double expected = seconds(charged.ru_utime) + seconds(charged.ru_stime);
+  EXPECT_NEAR(counted, expected, expected * 0.1);
+}
+
+TEST_F(LiveProcessesTest, CountsTheBytesThatWentToTheDisk) {
+  const std::string file = std::filesystem::current_path() / "live-processes-test.data";
+  Child child([&] {
+    const int output = open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+    const std::vector<char> block(1 << 20, 'x');
+    for (int count = 0; count < 8; ++count) {
+      if (write(output, block.data(), block.size()) < 0) _exit(1);
+    }
+    fsync(output);
+    close(output);
+  });
+  std::filesystem::remove(file);
+  tracker.refresh();
+  const TrackedProcess* process = tracker.find(child.pid());
+  ASSERT_NE(process, nullptr);
+  if (process->io.writeBytes == 0) GTEST_SKIP() << "this file system charges nobody for writes";
+  EXPECT_NEAR(static_cast<double>(process->io.writeBytes), 8.0 * (1 << 20), 0.1 * (8 << 20));
+}
+
+TEST_F(LiveProcessesTest, NamesProgramsWithOddNames) {
+  const std::vector<std::pair<std::string, std::string>> names = {
+      {"two words", "two words"},
+      {"a) S 1 (b", "a) S 1 (b"},
+      {"line\nfeed",
+       "line\xEF\xBF\xBD"
+       "feed"},
+      {"broken\xff", "broken\xEF\xBF\xBD"},
+      {"it's (deleted)", "it's"},
+  };
+  for (const auto& [name, expected] : names) {
+    const pid_t pid = startAs(name);
+    tracker.refresh();
+    const TrackedProcess* process = tracker.find(pid);
+    ASSERT_NE(process, nullptr) << name;
+    EXPECT_EQ(process->path, (folder / expected).string());
+    stop(pid);
+  }
+}
+
+TEST_F(LiveProcessesTest, NamesAProgramWhoseFileWasDeleted) {
+  const pid_t pid = startAs("tool");
+  std::filesystem::remove(folder / "tool");
+  tracker.refresh();
+  const TrackedProcess* process = tracker.find(pid);
+  ASSERT_NE(process, nullptr);
+  EXPECT_EQ(process->path, (folder / "tool").string());
+  stop(pid);
+}
+
+TEST_F(LiveProcessesTest, DropsAProcessWhenItIsReaped) {
+  Child child([] {});
+  tracker.refresh();
+  ASSERT_NE(tracker.find(child.pid()), nullptr);
+  const pid_t pid = child.pid();
+  child.end();
+  tracker.refresh();
+  EXPECT_EQ(tracker.find(pid), nullptr);
+}
+
+TEST_F(LiveProcessesTest, KeepsTheCountsOfAProcessThatNobodyHasReaped) {
+  Child child([] { burn(0.05); });
+  tracker.refresh();
+  const std::string path = tracker.find(child.pid())->path;
+  child.killWithoutReaping();
+  tracker.refresh();
+  const TrackedProcess* process = tracker.find(child.pid());
+  ASSERT_NE(process, nullptr);
+  EXPECT_GE(process->cpuTime, 50'000'000u);
+  EXPECT_EQ(process->path, path);
+}
+
+TEST_F(LiveProcessesTest, TellsNothingOfAProcessThatEndedBeforeItWasSeen) {
+  tracker.refresh();
+  Child child([] {});
+  child.killWithoutReaping();
+  tracker.refresh();
+  const TrackedProcess* process = tracker.find(child.pid());
+  ASSERT_NE(process, nullptr);
+  EXPECT_TRUE(process->path.empty());
+}
+
+TEST_F(LiveProcessesTest, FindsWhatTheKernelSaysIsThereAndNothingElse) {
+  tracker.refresh();
+  tracker.refresh();
+  const auto listed = proc.pids();
+  ASSERT_TRUE(listed);
+  // Processes come and go meanwhile, so each side may know a few that the other does not.
+  std::size_t common = 0;
+  for (const auto& process : tracker.processes()) {
+    if (std::ranges::binary_search(*listed, process.pid)) ++common;
+  }
+  EXPECT_GE(common + 20, listed->size());
+  EXPECT_GE(common + 20, tracker.processes().size());
+}
+
+TEST_F(LiveProcessesTest, NeverTakesAThreadForAProcess) {
+  KernelCpuClock kernel;
+  EXPECT_TRUE(kernel.nanoseconds(getpid()));
+  std::atomic<int> thread = 0;
+  std::jthread other([&](const std::stop_token& stop) {
+    thread = gettid();
+    while (!stop.stop_requested())
+      std::this_thread::yield();
+  });
+  while (thread == 0)
+    std::this_thread::yield();
+  EXPECT_FALSE(kernel.nanoseconds(thread));
+}
+
+TEST_F(LiveProcessesTest, SeesAnotherUsersProcessAsRefused) {
+  if (getuid() != 0) GTEST_SKIP() << "only root can play two users";
+  // A user of our own looks at a process of root.
+  Child child([] {});
+  const pid_t looker = fork();
+  if (looker == 0) {
+    if (setgid(65534) != 0 || setuid(65534) != 0) _exit(2);
+    ProcessTracker others{ProcessTracker::Sources{proc, clock, applications, text}};
+    others.refresh();
+    const TrackedProcess* process = others.find(child.pid());
+    LinuxProcessTable table(others);
+    tidewell::ResourceUsage usage;
+    _exit(process && process->access == TrackedProcess::Access::refused &&
+                  !table.resourceUsage(child.pid(), usage)
+              ? 0
+              : 1);
+  }
+  int status = 0;
+  waitpid(looker, &status, 0);
+  EXPECT_EQ(WEXITSTATUS(status), 0);
+}
+
+TEST_F(LiveProcessesTest, ListsInTwoCallsLikeTheKernel) {
+  LinuxProcessTable table(tracker);
+  const int bytes = table.listPids({});
+  ASSERT_GE(bytes, 4);
+  std::vector<std::int32_t> pids(static_cast<std::size_t>(bytes) / 4);
+  EXPECT_EQ(table.listPids(pids), bytes);
+  EXPECT_TRUE(std::ranges::is_sorted(pids));
+  EXPECT_EQ(table.listPids(std::span(pids).first(1)), 4);
+
+  std::array<char, tidewell::ProcessTable::kPathCapacity> path{};
+  const int length = table.path(getpid(), path);
+  ASSERT_GT(length, 0);
+  EXPECT_EQ(std::string(path.data()), std::filesystem::read_symlink("/proc/self/exe").string());
+  EXPECT_LT(table.path(-5, path), 1);
+}
+
+}  // namespace
+}  // namespace platform

@@ -1,0 +1,103 @@
+#pragma once
+
+#include <cstdint>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <optional>
+#include <string>
+
+#include "Platform/Linux/Processes/CpuClock.h"
+
+namespace platform {
+
+/// A folder of the shape of `/proc`, and the CPU clocks that go with it. Removed at the end.
+class ProcTree : public CpuClock {
+ public:
+  struct Process {
+    std::int32_t pid = 0;
+    std::string exe;  ///< Empty: a kernel thread.
+    std::string comm = "program";
+    std::uint64_t cpu = 0;
+    std::uint64_t readBytes = 0;
+    std::uint64_t writtenBytes = 0;
+    std::uint64_t start = 1000;
+    std::string cgroup = "0::/user.slice\n";
+    std::int32_t session = 1;
+    std::int32_t terminal = 0;
+    std::string state = "S";
+  };
+
+  ProcTree() {
+    std::string pattern = (std::filesystem::temp_directory_path() / "proc-XXXXXX").string();
+    root_ = mkdtemp(pattern.data());
+    setNewest(0);
+  }
+  ~ProcTree() override { std::filesystem::remove_all(root_); }
+  ProcTree(const ProcTree&) = delete;
+  ProcTree& operator=(const ProcTree&) = delete;
+
+  [[nodiscard]] std::string root() const { return root_.string(); }
+
+  /// Adds the process, or replaces the one under its number.
+  void put(const Process& process) {
+    const auto folder = root_ / std::to_string(process.pid);
+    std::filesystem::remove_all(folder);
+    std::filesystem::create_directory(folder);
+    if (!process.exe.empty()) std::filesystem::create_symlink(process.exe, folder / "exe");
+    write(folder / "stat", std::to_string(process.pid) + " (" + process.comm + ") " +
+                               process.state + " 1 1 " + std::to_string(process.session) + " " +
+                               std::to_string(process.terminal) + " -1 4194304 1 2 3 4 " +
+                               std::to_string(process.cpu) + " 0 0 0 20 0 1 0 " +
+                               std::to_string(process.start) + " 1 1 1\n");
+    write(folder / "comm", process.comm + "\n");
+    write(folder / "cgroup", process.cgroup);
+    write(folder / "io", "rchar: 9\nwchar: 9\nsyscr: 9\nsyscw: 9\nread_bytes: " +
+                             std::to_string(process.readBytes) +
+                             "\nwrite_bytes: " + std::to_string(process.writtenBytes) +
+                             "\ncancelled_write_bytes: 77\n");
+    clocks_[process.pid] = process.cpu;
+  }
+
+  void end(std::int32_t pid) {
+    std::filesystem::remove_all(root_ / std::to_string(pid));
+    clocks_.erase(pid);
+  }
+
+  /// Overwrites or, with no content, removes one file of a process.
+  void setFile(std::int32_t pid, const std::string& name, std::optional<std::string> content) {
+    const auto file = root_ / std::to_string(pid) / name;
+    if (content) {
+      write(file, *content);
+    } else {
+      std::filesystem::remove(file);
+    }
+  }
+
+  void setClock(std::int32_t pid, std::uint64_t nanoseconds) { clocks_[pid] = nanoseconds; }
+  void setNewest(std::int32_t pid) {
+    write(root_ / "loadavg", "0.00 0.01 0.05 1/80 " + std::to_string(pid) + "\n");
+  }
+  void setClocksWork(bool work) { clocksWork_ = work; }
+  [[nodiscard]] int clockReadings() const { return clockReadings_; }
+
+  std::optional<std::uint64_t> nanoseconds(std::int32_t pid) override {
+    ++clockReadings_;
+    const auto found = clocks_.find(pid);
+    return found == clocks_.end() ? std::nullopt : std::optional(found->second);
+  }
+  bool isAvailable() override { return clocksWork_; }
+
+ private:
+  static void write(const std::filesystem::path& file, const std::string& content) {
+    std::ofstream(file, std::ios::binary) << content;
+  }
+
+  std::filesystem::path root_;
+  std::map<std::int32_t, std::uint64_t> clocks_;
+  bool clocksWork_ = true;
+  int clockReadings_ = 0;
+};
+
+}  // namespace platform

@@ -1,0 +1,303 @@
+#include "Platform/Linux/Processes/ProcessTracker.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "Platform/Linux/Unicode/IcuText.h"
+#include "Tests/Platform/Processes/ProcTree.h"
+
+namespace platform {
+namespace {
+
+using namespace std::chrono_literals;
+using Access = TrackedProcess::Access;
+
+/// Every process whose control group names a unit "app-NAME" belongs to the application NAME.
+class UnitsByName : public ApplicationResolver {
+ public:
+  std::shared_ptr<const ApplicationIdentity> applicationOf(const ProcessFacts& facts) override {
+    last = facts;
+    const auto found = facts.cgroup.find("app-");
+    if (found == std::string_view::npos) return nullptr;
+    auto name = facts.cgroup.substr(found + 4);
+    while (name.ends_with('\n'))
+      name.remove_suffix(1);
+    return std::make_shared<ApplicationIdentity>(
+        ApplicationIdentity{std::string(name), std::nullopt});
+  }
+  void refresh() override { ++refreshes; }
+
+  int refreshes = 0;
+  ProcessFacts last{};
+};
+
+class ProcessTrackerTest : public testing::Test {
+ protected:
+  ProcessTracker& tracker() {
+    if (!proc_) {
+      proc_.emplace(tree.root());
+      tracker_.emplace(ProcessTracker::Sources{*proc_, tree, units, text, [this] { return now; }});
+    }
+    return *tracker_;
+  }
+
+  std::vector<std::int32_t> pids() {
+    std::vector<std::int32_t> all;
+    for (const auto& process : tracker().processes())
+      all.push_back(process.pid);
+    return all;
+  }
+
+  const TrackedProcess& process(std::int32_t pid) {
+    const TrackedProcess* found = tracker().find(pid);
+    if (!found) throw std::runtime_error("no such process");
+    return *found;
+  }
+
+  ProcTree tree;
+  UnitsByName units;
+  IcuText text;
+  ProcessTracker::SteadyTime now{};
+
+ private:
+  std::optional<ProcFileSystem> proc_;
+  std::optional<ProcessTracker> tracker_;
+};
+
+TEST_F(ProcessTrackerTest, FindsEveryProcessInTheFirstPass) {
+  tree.put({.pid = 30, .exe = "/usr/bin/b", .cpu = 5, .readBytes = 1, .writtenBytes = 2});
+  tree.put({.pid = 4, .exe = "/usr/bin/a"});
+  tree.setNewest(30);
+  tracker().refresh();
+  EXPECT_EQ(pids(), (std::vector{4, 30}));
+  EXPECT_EQ(process(30).path, "/usr/bin/b");
+  EXPECT_EQ(process(30).cpuTime, 5u);
+  EXPECT_EQ(process(30).io.readBytes, 1u);
+  EXPECT_EQ(process(30).io.writeBytes, 2u);
+}
+
+TEST_F(ProcessTrackerTest, FindsANewProcessByTheNewestNumberWithoutListingTheFolder) {
+  tree.put({.pid = 4, .exe = "/usr/bin/a"});
+  tree.setNewest(4);
+  tracker().refresh();
+  tree.put({.pid = 9, .exe = "/usr/bin/b"});
+  // Not given out by the kernel as far as it says, so only a listing could find it.
+  tree.put({.pid = 50, .exe = "/usr/bin/c"});
+  tree.setNewest(10);
+  tracker().refresh();
+  EXPECT_EQ(pids(), (std::vector{4, 9}));
+}
+
+TEST_F(ProcessTrackerTest, ListsTheFolderAfterHalfAMinute) {
+  tree.put({.pid = 4, .exe = "/usr/bin/a"});
+  tree.setNewest(4);
+  tracker().refresh();
+  tree.put({.pid = 50, .exe = "/usr/bin/c"});
+  now += 29s;
+  tracker().refresh();
+  EXPECT_EQ(pids(), (std::vector{4}));
+  now += 1s;
+  tracker().refresh();
+  EXPECT_EQ(pids(), (std::vector{4, 50}));
+  EXPECT_EQ(units.refreshes, 2);
+}
+
+TEST_F(ProcessTrackerTest, ListsTheFolderWhenTheNumbersBeganAgain) {
+  tree.put({.pid = 4000, .exe = "/usr/bin/a"});
+  tree.setNewest(4000);
+  tracker().refresh();
+  tree.put({.pid = 7, .exe = "/usr/bin/b"});
+  tree.setNewest(7);
+  tracker().refresh();
+  EXPECT_EQ(pids(), (std::vector{7, 4000}));
+}
+
+TEST_F(ProcessTrackerTest, DropsAProcessWhoseClockIsGone) {
+  tree.put({.pid = 4, .exe = "/usr/bin/a"});
+  tree.put({.pid = 5, .exe = "/usr/bin/b"});
+  tree.setNewest(5);
+  tracker().refresh();
+  tree.end(4);
+  tracker().refresh();
+  EXPECT_EQ(pids(), (std::vector{5}));
+  EXPECT_EQ(tracker().find(4), nullptr);
+}
+
+TEST_F(ProcessTrackerTest, DoesNotReadTheFilesOfAProcessThatDidNotRun) {
+  tree.put({.pid = 4, .exe = "/usr/bin/a", .cpu = 10, .readBytes = 100});
+  tree.setNewest(4);
+  tracker().refresh();
+  tracker().refresh();
+  // From here on every pass would see a changed file.
+  tree.setFile(4, "io", "x\nread_bytes: 999\nwrite_bytes: 0\n");
+  tracker().refresh();
+  EXPECT_EQ(process(4).io.readBytes, 100u);
+  tree.setClock(4, 11);
+  tracker().refresh();
+  EXPECT_EQ(process(4).io.readBytes, 999u);
+  EXPECT_EQ(process(4).cpuTime, 11u);
+}
+
+TEST_F(ProcessTrackerTest, AsksOneClockReadingOfAQuietProcess) {
+  for (int pid = 10; pid < 20; ++pid)
+    tree.put({.pid = pid, .exe = "/usr/bin/a"});
+  tree.setNewest(20);
+  tracker().refresh();
+  tracker().refresh();
+  const int before = tree.clockReadings();
+  tracker().refresh();
+  EXPECT_EQ(tree.clockReadings() - before, 10);
+}
+
+TEST_F(ProcessTrackerTest, ReadsTheNameAgainWhenTheCommChanged) {
+  tree.put({.pid = 4, .exe = "/usr/bin/sh", .comm = "sh", .cpu = 1});
+  tree.setNewest(4);
+  tracker().refresh();
+  tracker().refresh();
+  tree.put({.pid = 4, .exe = "/usr/bin/ffmpeg", .comm = "ffmpeg", .cpu = 2});
+  tracker().refresh();
+  EXPECT_EQ(process(4).path, "/usr/bin/ffmpeg");
+}
+
+TEST_F(ProcessTrackerTest, NoticesAProgramReplacedUnderTheSameCommBeforeLong) {
+  tree.put({.pid = 4, .exe = "/opt/old/tool", .comm = "tool", .cpu = 1});
+  tree.setNewest(4);
+  tracker().refresh();
+  tracker().refresh();
+  for (std::uint64_t cpu = 2; cpu < 12; ++cpu) {
+    tree.put({.pid = 4, .exe = "/opt/new/tool", .comm = "tool", .cpu = cpu});
+    tracker().refresh();
+  }
+  EXPECT_EQ(process(4).path, "/opt/new/tool");
+}
+
+TEST_F(ProcessTrackerTest, LooksAtTheUnitOfANewProcessOnASecondPass) {
+  tree.put({.pid = 4, .exe = "/usr/bin/a", .cgroup = "0::/session.scope\n"});
+  tree.setNewest(4);
+  tracker().refresh();
+  EXPECT_EQ(process(4).application, nullptr);
+  tree.setFile(4, "cgroup", "0::/app-player\n");
+  tracker().refresh();
+  ASSERT_NE(process(4).application, nullptr);
+  EXPECT_EQ(process(4).application->bundleIdentifier(), "player");
+}
+
+TEST_F(ProcessTrackerTest, HandsTheResolverWhatItNeedsToKnow) {
+  tree.put({.pid = 4,
+            .exe = "/usr/bin/python3.11",
+            .start = 77,
+            .cgroup = "0::/x\n",
+            .session = 31,
+            .terminal = 34816});
+  tree.setNewest(4);
+  tracker().refresh();
+  EXPECT_EQ(units.last.pid, 4);
+  EXPECT_EQ(units.last.startTicks, 77u);
+  EXPECT_EQ(units.last.session, 31);
+  EXPECT_TRUE(units.last.hasTerminal);
+}
+
+TEST_F(ProcessTrackerTest, TakesAClockThatRunsBackwardsForAnotherProcess) {
+  tree.put({.pid = 4, .exe = "/usr/bin/a", .comm = "same", .cpu = 100, .readBytes = 50});
+  tree.setNewest(4);
+  tracker().refresh();
+  tracker().refresh();
+  tree.put({.pid = 4, .exe = "/usr/bin/b", .comm = "same", .cpu = 3, .start = 2000});
+  tracker().refresh();
+  EXPECT_EQ(process(4).path, "/usr/bin/b");
+  EXPECT_EQ(process(4).startTicks, 2000u);
+  EXPECT_EQ(process(4).cpuTime, 3u);
+  EXPECT_EQ(process(4).io.readBytes, 0u);
+}
+
+TEST_F(ProcessTrackerTest, ReadsAfreshANumberThatWasGivenOutAgain) {
+  tree.put({.pid = 400, .exe = "/usr/bin/a", .comm = "same", .cpu = 100});
+  tree.put({.pid = 900, .exe = "/usr/bin/z"});
+  tree.setNewest(900);
+  tracker().refresh();
+  tracker().refresh();
+  // The numbers began again and passed 400; the newcomer has used more than its predecessor.
+  tree.put({.pid = 400, .exe = "/usr/bin/b", .comm = "same", .cpu = 500, .start = 2000});
+  tree.setNewest(401);
+  tracker().refresh();
+  EXPECT_EQ(process(400).path, "/usr/bin/b");
+  EXPECT_EQ(process(400).cpuTime, 500u);
+}
+
+TEST_F(ProcessTrackerTest, KnowsAKernelThreadButNothingOfIt) {
+  tree.put({.pid = 2, .exe = "", .comm = "kthreadd"});
+  tree.setNewest(2);
+  tracker().refresh();
+  EXPECT_EQ(process(2).access, Access::withoutProgram);
+  EXPECT_TRUE(process(2).path.empty());
+}
+
+TEST_F(ProcessTrackerTest, KeepsWhatItKnowsOfAProcessThatHasEndedAndIsNotYetReaped) {
+  tree.put({.pid = 4, .exe = "/usr/bin/a", .cpu = 10, .readBytes = 5});
+  tree.setNewest(4);
+  tracker().refresh();
+  tree.put({.pid = 4, .exe = "", .cpu = 12, .readBytes = 5, .state = "Z"});
+  tracker().refresh();
+  EXPECT_EQ(process(4).access, Access::readable);
+  EXPECT_EQ(process(4).path, "/usr/bin/a");
+  EXPECT_EQ(process(4).cpuTime, 12u);
+}
+
+TEST_F(ProcessTrackerTest, SkipsAProcessThatVanishesWhileItIsRead) {
+  tree.put({.pid = 4, .exe = "/usr/bin/a"});
+  tree.put({.pid = 5, .exe = "/usr/bin/b"});
+  tree.setFile(5, "stat", std::nullopt);
+  tree.setNewest(5);
+  tracker().refresh();
+  EXPECT_EQ(pids(), (std::vector{4}));
+}
+
+TEST_F(ProcessTrackerTest, CountsNoTrafficWhereTheKernelKeepsNone) {
+  tree.put({.pid = 4, .exe = "/usr/bin/a"});
+  tree.setFile(4, "io", "");
+  tree.setNewest(4);
+  tracker().refresh();
+  EXPECT_EQ(process(4).access, Access::readable);
+  EXPECT_EQ(process(4).io.readBytes, 0u);
+}
+
+TEST_F(ProcessTrackerTest, ReadsTheStatFilesWhereClocksAreRefused) {
+  tree.setClocksWork(false);
+  tree.put({.pid = 4, .exe = "/usr/bin/a", .cpu = 7});
+  tree.setNewest(4);
+  tracker().refresh();
+  EXPECT_EQ(process(4).cpuTime, 7u);
+  EXPECT_EQ(tree.clockReadings(), 0);
+  tree.put({.pid = 4, .exe = "/usr/bin/a", .cpu = 9, .readBytes = 3});
+  tree.put({.pid = 2, .exe = "/usr/bin/b"});
+  tracker().refresh();
+  EXPECT_EQ(process(4).cpuTime, 9u);
+  EXPECT_EQ(process(4).io.readBytes, 3u);
+  EXPECT_EQ(pids(), (std::vector{2, 4}));
+  EXPECT_EQ(tracker().timebase().numer, 1'000'000'000u);
+  EXPECT_EQ(tracker().timebase().denom, 100u);
+}
+
+TEST_F(ProcessTrackerTest, SurvivesAnEmptyFolder) {
+  tree.setFile(0, "../loadavg", std::nullopt);
+  tracker().refresh();
+  tracker().refresh();
+  EXPECT_TRUE(pids().empty());
+}
+
+TEST_F(ProcessTrackerTest, RefreshesOnceForTheTwoReadersOfASnapshot) {
+  tree.put({.pid = 4, .exe = "/usr/bin/a"});
+  tree.setNewest(4);
+  tracker().prepare();
+  tree.put({.pid = 5, .exe = "/usr/bin/a"});
+  tree.setNewest(5);
+  tracker().refreshUnlessPrepared();
+  EXPECT_EQ(pids(), (std::vector{4}));
+  tracker().refreshUnlessPrepared();
+  EXPECT_EQ(pids(), (std::vector{4, 5}));
+}
+
+}  // namespace
+}  // namespace platform
