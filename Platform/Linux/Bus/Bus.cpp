@@ -1,0 +1,334 @@
+#include "Platform/Linux/Bus/Bus.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <utility>
+
+#include "Platform/Linux/Bus/ConnectionWatch.h"
+#include "Platform/Linux/Bus/NameWatch.h"
+#include "Platform/Linux/Bus/SignalSubscription.h"
+
+namespace platform {
+namespace {
+
+constexpr BusMethod kNameHasOwner{"org.freedesktop.DBus", "/org/freedesktop/DBus",
+                                  "org.freedesktop.DBus", "NameHasOwner"};
+constexpr std::chrono::seconds kAsyncLimit{25};
+
+/// At least 1: sd-bus reads 0 as its own default, which is far longer.
+std::uint64_t microsecondsUntil(BusTiming::Point deadline) {
+  const auto left = std::chrono::duration_cast<std::chrono::microseconds>(
+      deadline - std::chrono::steady_clock::now());
+  return static_cast<std::uint64_t>(std::max<std::int64_t>(1, left.count()));
+}
+
+bool isOver(BusTiming::Point deadline) {
+  return std::chrono::steady_clock::now() >= deadline;
+}
+
+int handleReply(sd_bus_message* message, void* data, sd_bus_error* /*error*/) {
+  const Bus::ReplyHandler handler = *static_cast<Bus::ReplyHandler*>(data);
+  BusReply reply;
+  if (const sd_bus_error* error = sd_bus_message_get_error(message)) {
+    reply.error = -std::max(1, sd_bus_message_get_errno(message));
+    reply.errorName = error->name;
+  }
+  reply.message = BusMessage(sd_bus_message_ref(message));
+  handler(std::move(reply));
+  return 0;
+}
+
+void dropHandler(void* data) {
+  delete static_cast<Bus::ReplyHandler*>(data);
+}
+
+}  // namespace
+
+Bus::Bus(EventLoop& loop, Kind kind, BusTiming timing)
+    : loop_(loop),
+      kind_(kind),
+      timing_(std::move(timing)),
+      backoff_(timing_.firstPause, timing_.longestPause) {}
+
+Bus::~Bus() {
+  for (const BusListening& listener : listeners())
+    listener->disconnected();
+}
+
+int Bus::connect() {
+  return connectBefore(std::chrono::steady_clock::now() + timing_.callLimit);
+}
+
+int Bus::connectBefore(BusTiming::Point deadline) {
+  if (isReady_ && sd_bus_is_open(connection_.get()) > 0) return 0;
+  // It died, and the loop has not come round to noticing.
+  if (isReady_) lost(-ECONNRESET);
+  if (const int error = backoff_.remembered(timing_.now()); error < 0) return error;
+  if (!connection_) {
+    if (const int error = open(); error < 0) {
+      lost(error);
+      return error;
+    }
+  }
+  if (const int error = waitUntilReady(deadline); error < 0) {
+    if (connection_) lost(error);
+    return error;
+  }
+  if (!isReady_) becameReady();
+  return 0;
+}
+
+int Bus::open() {
+  sd_bus* bus = nullptr;
+  int result = kind_ == Kind::system ? sd_bus_open_system(&bus) : sd_bus_open_user(&bus);
+  if (result < 0) return result;
+  connection_ = BusConnection(bus);
+  sd_bus_slot* slot = nullptr;
+  result = sd_bus_attach_event(bus, loop_.handle(), SD_EVENT_PRIORITY_NORMAL);
+  if (result >= 0) {
+    result = sd_bus_match_signal_async(bus, &slot, "org.freedesktop.DBus.Local", nullptr,
+                                       "org.freedesktop.DBus.Local", "Disconnected", closed,
+                                       nullptr, this);
+  }
+  if (result < 0) return result;
+  closed_ = BusSlot(slot);
+  if ((result = sd_bus_add_filter(bus, &slot, filter, this)) < 0) return result;
+  filter_ = BusSlot(slot);
+  // Nothing tells the loop when a connection is ready, so that the answer to a question must.
+  result = sd_bus_call_method_async(bus, &slot, "org.freedesktop.DBus", "/org/freedesktop/DBus",
+                                    "org.freedesktop.DBus", "GetId", probed, this, nullptr);
+  if (result < 0) return result;
+  probe_ = BusSlot(slot);
+  return 0;
+}
+
+int Bus::waitUntilReady(BusTiming::Point deadline) {
+  sd_bus* const bus = connection_.get();
+  while (sd_bus_is_ready(bus) <= 0) {
+    const int processed = sd_bus_process(bus, nullptr);
+    if (processed < 0) return processed;
+    if (connection_.get() != bus || sd_bus_is_open(bus) <= 0) return -ECONNRESET;
+    if (processed > 0) continue;
+    if (isOver(deadline)) return -ETIMEDOUT;
+    const int waited = sd_bus_wait(bus, microsecondsUntil(deadline));
+    if (waited < 0 && waited != -EINTR) return waited;
+  }
+  return 0;
+}
+
+void Bus::becameReady() {
+  isReady_ = true;
+  ++number_;
+  backoff_.succeeded();
+  timer_.reset();
+  for (const BusListening& listener : listeners())
+    listener->connected(connection_.get());
+  loop_.wake();
+}
+
+void Bus::lost(int error) {
+  const bool wasReady = std::exchange(isReady_, false);
+  probe_.reset();
+  closed_.reset();
+  filter_.reset();
+  late_.clear();
+  peers_.clear();
+  if (connection_) {
+    retired_.push_back(std::exchange(connection_, {}));
+    loop_.async([weak = std::weak_ptr<bool>(alive_), this] {
+      if (weak.lock()) retired_.clear();
+    });
+  }
+  backoff_.failed(error, timing_.now());
+  if (wasReady) {
+    for (const BusListening& listener : listeners())
+      listener->disconnected();
+  }
+  scheduleRetry();
+}
+
+void Bus::scheduleRetry() {
+  timer_.reset();
+  if (listeners().empty()) return;
+  const tidewell::Seconds pause = backoff_.remaining(timing_.now());
+  timer_ = loop_.scheduleRepeating(pause, [this] { retry(); });
+  timer_->setTolerance(pause / 8);
+}
+
+void Bus::retry() {
+  if (isReady_) return timer_.reset();
+  // Still at the attempt that was begun when this timer was set.
+  if (connection_) return lost(-ETIMEDOUT);
+  if (backoff_.remembered(timing_.now()) < 0) return scheduleRetry();
+  if (const int error = open(); error < 0) return lost(error);
+  timer_ = loop_.scheduleRepeating(timing_.callLimit, [this] { retry(); });
+}
+
+int Bus::probed(sd_bus_message* reply, void* data, sd_bus_error* /*error*/) {
+  auto& self = *static_cast<Bus*>(data);
+  if (sd_bus_message_is_method_error(reply, nullptr) > 0) return 0;
+  if (!self.isReady_) self.becameReady();
+  return 0;
+}
+
+int Bus::closed(sd_bus_message* /*message*/, void* data, sd_bus_error* /*error*/) {
+  static_cast<Bus*>(data)->lost(-ECONNRESET);
+  return 0;
+}
+
+int Bus::filter(sd_bus_message* message, void* data, sd_bus_error* /*error*/) {
+  auto& self = *static_cast<Bus*>(data);
+  std::uint64_t cookie = 0;
+  if (self.late_.empty() || sd_bus_message_get_reply_cookie(message, &cookie) < 0) return 0;
+  const auto found = self.late_.find(cookie);
+  if (found == self.late_.end()) return 0;
+  const LateReply late = std::move(found->second);
+  self.late_.erase(found);
+  if (sd_bus_message_is_method_error(message, nullptr) > 0) return 1;
+  late(BusMessage(sd_bus_message_ref(message)));
+  return 1;
+}
+
+int Bus::remembered(const BusMethod& method) const {
+  const auto now = timing_.now();
+  if (const int error = backoff_.remembered(now); error < 0) return error;
+  const auto peer = peers_.find(method.destination);
+  return peer == peers_.end() ? 0 : peer->second.remembered(now);
+}
+
+void Bus::failedToAnswer(const BusMethod& method) {
+  // Whether the bus hangs or only one service cannot be told apart yet: both are spared. What the
+  // service did is remembered even when the rest of the bus answers in between.
+  const auto now = timing_.now();
+  backoff_.failed(-ETIMEDOUT, now);
+  peers_.try_emplace(method.destination, timing_.firstPause, timing_.longestPause)
+      .first->second.failed(-ETIMEDOUT, now);
+}
+
+void Bus::answered(const BusMethod& method) {
+  backoff_.succeeded();
+  if (const auto peer = peers_.find(method.destination); peer != peers_.end()) peers_.erase(peer);
+}
+
+BusReply Bus::prepare(const BusMethod& method, const Arguments& arguments) {
+  sd_bus_message* raw = nullptr;
+  int result = sd_bus_message_new_method_call(connection_.get(), &raw, method.destination,
+                                              method.path, method.interface, method.member);
+  BusMessage message(raw);
+  if (result >= 0) {
+    result =
+        sd_bus_message_set_auto_start(raw, method.activation == BusActivation::ifNeeded ? 1 : 0);
+  }
+  if (result >= 0 && arguments) result = arguments(raw);
+  if (result < 0) return {result, {}, {}};
+  return {0, {}, std::move(message)};
+}
+
+BusReply Bus::call(const BusMethod& method, const Arguments& arguments, LateReply late) {
+  const auto deadline = std::chrono::steady_clock::now() + timing_.callLimit;
+  if (const int error = connectBefore(deadline); error < 0) return {error, {}, {}};
+  if (const int error = remembered(method); error < 0) return {error, {}, {}};
+  const BusReply request = prepare(method, arguments);
+  if (!request) return {request.error, {}, {}};
+  BusReply reply = exchange(request.message.get(), method, deadline, std::move(late));
+  loop_.wake();
+  return reply;
+}
+
+BusReply Bus::exchange(sd_bus_message* message, const BusMethod& method, BusTiming::Point deadline,
+                       LateReply late) {
+  sd_bus_error error{};
+  sd_bus_message* raw = nullptr;
+  const int result =
+      sd_bus_call(connection_.get(), message, microsecondsUntil(deadline), &error, &raw);
+  BusReply reply{std::min(result, 0), error.name ? error.name : "", BusMessage(raw)};
+  sd_bus_error_free(&error);
+  if (result >= 0) {
+    answered(method);
+  } else if (sd_bus_is_open(connection_.get()) <= 0) {
+    lost(result);
+  } else if (result == -ETIMEDOUT && isOver(deadline)) {
+    failedToAnswer(method);
+    std::uint64_t cookie = 0;
+    if (late && sd_bus_message_get_cookie(message, &cookie) >= 0) late_[cookie] = std::move(late);
+  } else {
+    answered(method);
+  }
+  return reply;
+}
+
+BusSlot Bus::callAsync(const BusMethod& method, const Arguments& arguments, ReplyHandler handler) {
+  if (!isReady_) return {};
+  const BusReply request = prepare(method, arguments);
+  if (!request) return {};
+  auto context = std::make_unique<ReplyHandler>(std::move(handler));
+  sd_bus_slot* raw = nullptr;
+  const auto limit = std::chrono::duration_cast<std::chrono::microseconds>(kAsyncLimit);
+  if (sd_bus_call_async(connection_.get(), &raw, request.message.get(), handleReply, context.get(),
+                        static_cast<std::uint64_t>(limit.count())) < 0) {
+    return {};
+  }
+  BusSlot slot(raw);
+  if (sd_bus_slot_set_destroy_callback(raw, dropHandler) < 0) return {};
+  static_cast<void>(context.release());
+  loop_.wake();
+  return slot;
+}
+
+int Bus::send(const BusMethod& method, const Arguments& arguments) {
+  if (!isReady_) return -ENOTCONN;
+  const BusReply request = prepare(method, arguments);
+  if (!request) return request.error;
+  // Without a place for the cookie the message says that no reply is wanted.
+  return std::min(0, sd_bus_send(connection_.get(), request.message.get(), nullptr));
+}
+
+int Bus::nameHasOwner(const std::string& name) {
+  for (const BusListening& listener : listeners()) {
+    if (const auto owned = listener->isOwned(name)) return *owned ? 1 : 0;
+  }
+  const BusReply reply = call(kNameHasOwner, [&name](sd_bus_message* message) {
+    return sd_bus_message_append(message, "s", name.c_str());
+  });
+  if (!reply) return reply.error;
+  int owned = 0;
+  if (const int result = sd_bus_message_read(reply.message.get(), "b", &owned); result < 0) {
+    return result;
+  }
+  for (const BusListening& listener : listeners())
+    listener->learn(name, owned != 0);
+  return owned != 0 ? 1 : 0;
+}
+
+BusListening Bus::watchName(std::string name, std::function<void(bool owned)> callback) {
+  return listen(std::make_shared<NameWatch>(loop_, std::move(name), std::move(callback)));
+}
+
+BusListening Bus::subscribe(BusSignal signal, std::function<void(sd_bus_message*)> callback) {
+  return listen(std::make_shared<SignalSubscription>(std::move(signal), std::move(callback)));
+}
+
+BusListening Bus::watchConnection(std::function<void(bool connected)> callback) {
+  return listen(std::make_shared<ConnectionWatch>(loop_, std::move(callback)));
+}
+
+BusListening Bus::listen(BusListening listener) {
+  listeners_.push_back(listener);
+  if (isReady_) {
+    listener->connected(connection_.get());
+  } else if (!timer_ && backoff_.remembered(timing_.now()) < 0) {
+    scheduleRetry();
+  }
+  return listener;
+}
+
+std::vector<BusListening> Bus::listeners() {
+  std::erase_if(listeners_, [](const auto& listener) { return listener.expired(); });
+  std::vector<BusListening> result;
+  for (const auto& listener : listeners_)
+    result.push_back(listener.lock());
+  return result;
+}
+
+}  // namespace platform

@@ -1,0 +1,95 @@
+#include "Platform/Linux/Bus/NameWatch.h"
+
+#include <memory>
+#include <utility>
+
+namespace platform {
+namespace {
+
+constexpr const char* kBusName = "org.freedesktop.DBus";
+constexpr const char* kBusPath = "/org/freedesktop/DBus";
+
+int ignoreRefusal(sd_bus_message* /*reply*/, void* /*data*/, sd_bus_error* /*error*/) {
+  return 0;
+}
+
+}  // namespace
+
+NameWatch::NameWatch(tidewell::MainLoop& loop, std::string name, Callback callback)
+    : loop_(loop), name_(std::move(name)), callback_(std::move(callback)) {}
+
+void NameWatch::connected(sd_bus* bus) {
+  const std::string rule = std::string("type='signal',sender='") + kBusName + "',path='" +
+                           kBusPath + "',interface='" + kBusName +
+                           "',member='NameOwnerChanged',arg0='" + name_ + "'";
+  sd_bus_slot* match = nullptr;
+  sd_bus_add_match_async(bus, &match, rule.c_str(), ownerChanged, ignoreRefusal, this);
+  match_ = BusSlot(match);
+  // Asked after the match was sent, so that no change can slip in between.
+  sd_bus_slot* query = nullptr;
+  sd_bus_call_method_async(bus, &query, kBusName, kBusPath, kBusName, "NameHasOwner", ownerTold,
+                           this, "s", name_.c_str());
+  query_ = BusSlot(query);
+}
+
+void NameWatch::disconnected() {
+  match_.reset();
+  query_.reset();
+  known_.reset();
+  if (reported_ != true) return;
+  report(false);
+  loop_.async([weak = weak_from_this(), this] {
+    if (const BusListening keep = weak.lock()) deliver(keep);
+  });
+}
+
+std::optional<bool> NameWatch::isOwned(std::string_view name) const {
+  return name == name_ && match_ ? known_ : std::nullopt;
+}
+
+void NameWatch::learn(std::string_view name, bool owned) {
+  if (name == name_ && match_ && !known_) known_ = owned;
+}
+
+int NameWatch::ownerChanged(sd_bus_message* message, void* data, sd_bus_error* /*error*/) {
+  auto& self = *static_cast<NameWatch*>(data);
+  const BusListening keep = self.shared_from_this();
+  const char* name = nullptr;
+  const char* before = nullptr;
+  const char* after = nullptr;
+  if (sd_bus_message_read(message, "sss", &name, &before, &after) < 0) return 0;
+  self.known_ = after[0] != '\0';
+  // An owner that is replaced took everything with it, as one that left would have.
+  if (before[0] != '\0') self.report(false);
+  if (after[0] != '\0') self.report(true);
+  self.deliver(keep);
+  return 0;
+}
+
+int NameWatch::ownerTold(sd_bus_message* reply, void* data, sd_bus_error* /*error*/) {
+  auto& self = *static_cast<NameWatch*>(data);
+  const BusListening keep = self.shared_from_this();
+  int owned = 0;
+  if (sd_bus_message_is_method_error(reply, nullptr) > 0) return 0;
+  if (sd_bus_message_read(reply, "b", &owned) < 0) return 0;
+  self.known_ = owned != 0;
+  if (self.reported_ != self.known_) self.report(owned != 0);
+  self.deliver(keep);
+  return 0;
+}
+
+void NameWatch::report(bool owned) {
+  reported_ = owned;
+  undelivered_.push_back(owned);
+}
+
+void NameWatch::deliver(const BusListening& keep) {
+  // The callback may give up the watch, and with it all that it would touch when called again.
+  while (!undelivered_.empty() && keep.use_count() > 1) {
+    const bool owned = undelivered_.front();
+    undelivered_.pop_front();
+    if (callback_) callback_(owned);
+  }
+}
+
+}  // namespace platform

@@ -1,0 +1,157 @@
+#include "Platform/Linux/Bus/RemoteProperties.h"
+
+#include <systemd/sd-bus.h>
+
+#include <cstdint>
+#include <optional>
+#include <utility>
+
+namespace platform {
+namespace {
+
+using tidewell::PropertyDictionary;
+using tidewell::PropertyValue;
+
+constexpr const char* kPropertiesInterface = "org.freedesktop.DBus.Properties";
+
+template <class Raw, class Value>
+bool readAs(sd_bus_message* message, char type, PropertyValue& value) {
+  Raw raw{};
+  if (sd_bus_message_read_basic(message, type, &raw) < 0) return false;
+  value.emplace<Value>(raw);
+  return true;
+}
+
+/// Leaves `value` as it is when it is of a type that nobody here reads; false when the message is
+/// broken.
+bool readBasic(sd_bus_message* message, char type, PropertyValue& value) {
+  switch (type) {
+    case SD_BUS_TYPE_BOOLEAN: {
+      int flag = 0;
+      if (sd_bus_message_read_basic(message, type, &flag) < 0) return false;
+      value.emplace<bool>(flag != 0);
+      return true;
+    }
+    case SD_BUS_TYPE_UINT32:
+      return readAs<std::uint32_t, std::int64_t>(message, type, value);
+    case SD_BUS_TYPE_INT32:
+      return readAs<std::int32_t, std::int64_t>(message, type, value);
+    case SD_BUS_TYPE_INT64:
+      return readAs<std::int64_t, std::int64_t>(message, type, value);
+    case SD_BUS_TYPE_DOUBLE:
+      return readAs<double, double>(message, type, value);
+    case SD_BUS_TYPE_STRING:
+      return readAs<const char*, std::string>(message, type, value);
+    default:
+      return sd_bus_message_skip(message, nullptr) >= 0;
+  }
+}
+
+bool readVariant(sd_bus_message* message, PropertyValue& value) {
+  value.emplace<std::monostate>();
+  char type = 0;
+  const char* contents = nullptr;
+  if (sd_bus_message_peek_type(message, &type, &contents) <= 0 || type != SD_BUS_TYPE_VARIANT) {
+    return false;
+  }
+  const bool isBasic = contents[0] != '\0' && contents[1] == '\0';
+  if (!isBasic) return sd_bus_message_skip(message, "v") >= 0;
+  const char basicType = contents[0];
+  return sd_bus_message_enter_container(message, SD_BUS_TYPE_VARIANT, contents) >= 0 &&
+         readBasic(message, basicType, value) && sd_bus_message_exit_container(message) >= 0;
+}
+
+/// Merges an `a{sv}` into `properties`, as far as it can be read.
+void readDictionary(sd_bus_message* message, PropertyDictionary& properties) {
+  if (sd_bus_message_enter_container(message, SD_BUS_TYPE_ARRAY, "{sv}") < 0) return;
+  while (sd_bus_message_enter_container(message, SD_BUS_TYPE_DICT_ENTRY, "sv") > 0) {
+    const char* name = nullptr;
+    if (sd_bus_message_read(message, "s", &name) < 0) return;
+    if (!readVariant(message, properties[name])) return;
+    if (sd_bus_message_exit_container(message) < 0) return;
+  }
+  sd_bus_message_exit_container(message);
+}
+
+}  // namespace
+
+struct RemoteProperties::State {
+  Bus& bus;
+  std::string service;
+  std::string path;
+  std::string interface;
+  BusActivation activation;
+  std::optional<PropertyDictionary> values{};
+  bool wasAsked = false;
+  BusListening changes{};
+  BusListening presence{};
+  BusSlot pending{};
+
+  BusMethod getAll(BusActivation start) const {
+    return {service.c_str(), path.c_str(), kPropertiesInterface, "GetAll", start};
+  }
+
+  int appendInterface(sd_bus_message* message) const {
+    return sd_bus_message_append(message, "s", interface.c_str());
+  }
+
+  void accept(sd_bus_message* reply) {
+    values.emplace();
+    readDictionary(reply, *values);
+  }
+
+  void refresh() {
+    pending = bus.callAsync(
+        getAll(BusActivation::never),
+        [this](sd_bus_message* message) { return appendInterface(message); },
+        [this](BusReply reply) {
+          if (reply) accept(reply.message.get());
+        });
+  }
+
+  void appeared(bool owned) {
+    if (!owned) {
+      values.reset();
+      pending.reset();
+    } else if (!values) {
+      refresh();
+    }
+  }
+
+  void changed(sd_bus_message* message) {
+    const char* changedInterface = nullptr;
+    if (!values || sd_bus_message_read(message, "s", &changedInterface) < 0) return;
+    if (changedInterface != interface) return;
+    readDictionary(message, *values);
+    // Properties that are only said to have changed have to be asked for.
+    if (sd_bus_message_enter_container(message, SD_BUS_TYPE_ARRAY, "s") < 0) return;
+    if (sd_bus_message_at_end(message, 0) == 0) refresh();
+  }
+};
+
+RemoteProperties::RemoteProperties(Bus& bus, std::string service, std::string path,
+                                   std::string interface, BusActivation activation)
+    : state_(std::make_unique<State>(
+          State{bus, std::move(service), std::move(path), std::move(interface), activation})) {
+  State& state = *state_;
+  const BusSignal signal{state.service, state.path, kPropertiesInterface, "PropertiesChanged"};
+  state.changes =
+      bus.subscribe(signal, [&state](sd_bus_message* message) { state.changed(message); });
+  state.presence = bus.watchName(state.service, [&state](bool owned) { state.appeared(owned); });
+}
+
+RemoteProperties::~RemoteProperties() = default;
+
+const tidewell::PropertyDictionary* RemoteProperties::read() {
+  State& state = *state_;
+  if (!state.values && !state.wasAsked) {
+    state.wasAsked = true;
+    const BusReply reply = state.bus.call(
+        state.getAll(state.activation),
+        [&state](sd_bus_message* message) { return state.appendInterface(message); });
+    if (reply) state.accept(reply.message.get());
+  }
+  return state.values ? &*state.values : nullptr;
+}
+
+}  // namespace platform

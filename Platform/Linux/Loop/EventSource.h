@@ -1,0 +1,34 @@
+#pragma once
+
+#include <systemd/sd-event.h>
+
+#include <utility>
+
+namespace platform {
+
+/// The one owner of an event source, which no longer fires once this is gone. Move-only; the
+/// thread of its loop. May be destroyed while the source's own handler runs.
+class EventSource {
+ public:
+  EventSource() = default;
+  /// Takes over the reference.
+  explicit EventSource(sd_event_source* source) : source_(source) {}
+  ~EventSource() { reset(); }
+  EventSource(EventSource&& other) noexcept : source_(std::exchange(other.source_, nullptr)) {}
+  EventSource& operator=(EventSource&& other) noexcept {
+    if (this != &other) {
+      reset();
+      source_ = std::exchange(other.source_, nullptr);
+    }
+    return *this;
+  }
+
+  [[nodiscard]] sd_event_source* get() const { return source_; }
+  explicit operator bool() const { return source_ != nullptr; }
+  void reset() { sd_event_source_disable_unref(std::exchange(source_, nullptr)); }
+
+ private:
+  sd_event_source* source_ = nullptr;
+};
+
+}  // namespace platform

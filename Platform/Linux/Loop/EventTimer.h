@@ -1,0 +1,34 @@
+#pragma once
+
+#include <systemd/sd-event.h>
+
+#include <functional>
+#include <memory>
+
+#include "Tidewell/Ports/MainLoop.h"
+
+namespace platform {
+
+/// A repeating timer on sd-event and the monotonic clock.
+///
+/// Keeps to the grid that its first firing set: a late firing does not shift the later ones, and
+/// firings that were missed while the thread was busy are left out, not made up for. The clock
+/// stands still while the machine sleeps. May be invalidated or destroyed by its own action. Thread
+/// of the loop only.
+class EventTimer : public tidewell::RepeatingTimer {
+ public:
+  /// Ends the process with a message when the kernel gives no timer.
+  EventTimer(sd_event* event, tidewell::Seconds interval, std::function<void()> action);
+  ~EventTimer() override;
+  EventTimer(const EventTimer&) = delete;
+  EventTimer& operator=(const EventTimer&) = delete;
+
+  void setTolerance(tidewell::Seconds tolerance) override;
+  void invalidate() override;
+
+ private:
+  struct State;
+  std::shared_ptr<State> state_;
+};
+
+}  // namespace platform

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "Platform/Linux/Bus/Bus.h"
+#include "Platform/Linux/Bus/BusMethod.h"
+#include "Platform/Linux/Sleep/InhibitMechanism.h"
+
+namespace platform {
+
+/// A wish that a session service granted in exchange for a number (a cookie).
+///
+/// Bound to the very process that granted it: a successor under the same name may have given the
+/// same number to somebody else.
+class CookieInhibition : public Inhibition {
+ public:
+  /// Calls `inhibit`, whose reply is the cookie that `releaseMember` of the same interface takes.
+  /// The method's texts and `bus` must outlive what is taken.
+  static InhibitMechanism::Taken take(Bus& bus, const BusMethod& inhibit,
+                                      const Bus::Arguments& arguments, const char* releaseMember,
+                                      InhibitMechanism::Late late);
+  ~CookieInhibition() override;
+
+ private:
+  CookieInhibition(Bus& bus, const BusMethod& release, std::string granter, std::uint32_t cookie);
+  static InhibitMechanism::Taken fromReply(Bus& bus, const BusMethod& release,
+                                           sd_bus_message* reply);
+
+  Bus& bus_;
+  BusMethod release_;
+  std::string granter_;
+  std::uint32_t cookie_;
+  std::uint64_t connectionNumber_;
+};
+
+}  // namespace platform

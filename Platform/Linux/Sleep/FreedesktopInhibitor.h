@@ -1,0 +1,33 @@
+#pragma once
+
+#include <string>
+
+#include "Platform/Linux/Bus/Bus.h"
+#include "Platform/Linux/Sleep/InhibitMechanism.h"
+
+namespace platform {
+
+/// A session service with the methods `Inhibit(application, reason)` and `UnInhibit(cookie)`.
+class FreedesktopInhibitor : public InhibitMechanism {
+ public:
+  /// org.freedesktop.PowerManagement: keeps the system awake, on KDE and XFCE.
+  static FreedesktopInhibitor powerManagement(Bus& sessionBus);
+  /// org.freedesktop.ScreenSaver: keeps the screen lit.
+  static FreedesktopInhibitor screenSaver(Bus& sessionBus);
+
+  [[nodiscard]] const char* serviceName() const override { return service_; }
+  Taken take(HoldKind kind, const std::string& reason, Late late) override;
+  /// PowerDevil, which stands behind both on KDE, heeds nothing that is younger than five seconds.
+  [[nodiscard]] tidewell::Seconds timeToTakeEffect() const override { return tidewell::Seconds(5); }
+
+ private:
+  FreedesktopInhibitor(Bus& sessionBus, const char* service, const char* path,
+                       const char* interface);
+
+  Bus& sessionBus_;
+  const char* service_;
+  const char* path_;
+  const char* interface_;
+};
+
+}  // namespace platform

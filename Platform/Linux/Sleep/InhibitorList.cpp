@@ -1,0 +1,82 @@
+#include "Platform/Linux/Sleep/InhibitorList.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <set>
+#include <utility>
+
+#include "Platform/Linux/Sleep/ListedInhibitor.h"
+#include "Platform/Linux/Sleep/LogindInhibitors.h"
+#include "Platform/Linux/Sleep/PolicyAgentInhibitors.h"
+#include "Platform/Linux/Sleep/Services.h"
+
+namespace platform {
+namespace {
+
+using Holder = tidewell::AssertionTable::Holder;
+
+tidewell::PropertyDictionary assertion(const ListedInhibitor& inhibitor, const std::string& type) {
+  return {{"AssertType", type}, {"AssertLevel", inhibitor.level}, {"AssertName", inhibitor.why}};
+}
+
+void append(std::vector<Holder>& holders, std::int64_t identifier,
+            const ListedInhibitor& inhibitor) {
+  if (inhibitor.types.empty()) return;
+  auto found = std::find_if(holders.begin(), holders.end(), [identifier](const Holder& holder) {
+    return holder.first == identifier;
+  });
+  if (found == holders.end()) found = holders.insert(holders.end(), Holder{identifier, {}});
+  for (const std::string& type : inhibitor.types) {
+    found->second.push_back(assertion(inhibitor, type));
+  }
+}
+
+bool lists(const std::vector<ListedInhibitor>& inhibitors, const ListedInhibitor& wanted) {
+  return std::any_of(inhibitors.begin(), inhibitors.end(), [&wanted](const auto& inhibitor) {
+    return inhibitor.holder == wanted.holder && inhibitor.why == wanted.why;
+  });
+}
+
+}  // namespace
+
+InhibitorList::InhibitorList(Bus& systemBus, Bus& sessionBus,
+                             std::shared_ptr<NamedHolders> namedHolders)
+    : systemBus_(systemBus),
+      sessionBus_(sessionBus),
+      namedHolders_(std::move(namedHolders)),
+      sessionInhibitors_(sessionBus),
+      // Watched so that asking whether it is there costs nothing.
+      policyAgentPresence_(sessionBus.watchName(services::kPolicyAgent, {})) {}
+
+std::optional<std::vector<InhibitorList::Holder>> InhibitorList::assertionsByProcess() {
+  const auto logind = listLogindInhibitors(systemBus_);
+  const auto session = sessionInhibitors_.list();
+  const auto policyAgent = listPolicyAgentInhibitors(sessionBus_);
+  if (!logind && !session && !policyAgent) return std::nullopt;
+
+  std::vector<Holder> holders;
+  std::set<std::int32_t> named;
+  const auto appendNamed = [&](const ListedInhibitor& inhibitor) {
+    const std::int32_t identifier = namedHolders_->identifierFor(inhibitor.holder);
+    named.insert(identifier);
+    append(holders, identifier, inhibitor);
+  };
+  const std::vector<ListedInhibitor> none;
+  for (const auto& inhibitor : logind.value_or(none)) {
+    append(holders, inhibitor.processIdentifier, inhibitor);
+  }
+  for (const auto& inhibitor : session.value_or(none))
+    appendNamed(inhibitor);
+  for (const auto& inhibitor : policyAgent.value_or(none)) {
+    if (!lists(logind.value_or(none), inhibitor)) appendNamed(inhibitor);
+  }
+  namedHolders_->keepOnly(named);
+  return holders;
+}
+
+std::int32_t InhibitorList::ownProcessIdentifier() {
+  return ::getpid();
+}
+
+}  // namespace platform

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace platform {
+
+/// One entry of a service's list of inhibitors, in the core's terms.
+struct ListedInhibitor {
+  /// 0 where the service tells no process.
+  std::int64_t processIdentifier = 0;
+  /// What the holder calls itself.
+  std::string holder;
+  /// The reason that it gave.
+  std::string why;
+  /// "PreventUserIdleSystemSleep" and the like; none for what does not keep the machine awake.
+  std::vector<std::string> types;
+  /// 255, or 0 for one that only delays.
+  std::int64_t level = 255;
+};
+
+}  // namespace platform

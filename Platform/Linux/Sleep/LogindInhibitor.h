@@ -1,0 +1,24 @@
+#pragma once
+
+#include <string>
+
+#include "Platform/Linux/Bus/Bus.h"
+#include "Platform/Linux/Sleep/InhibitMechanism.h"
+
+namespace platform {
+
+/// logind's `idle` lock: keeps the system from its own idle action, whatever is on the screen.
+/// Never `sleep`, which would stop a person's own suspend as well.
+class LogindInhibitor : public InhibitMechanism {
+ public:
+  /// `systemBus` must outlive this.
+  explicit LogindInhibitor(Bus& systemBus);
+
+  [[nodiscard]] const char* serviceName() const override;
+  Taken take(HoldKind kind, const std::string& reason, Late late) override;
+
+ private:
+  Bus& systemBus_;
+};
+
+}  // namespace platform

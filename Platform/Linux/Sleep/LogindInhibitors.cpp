@@ -1,0 +1,55 @@
+#include "Platform/Linux/Sleep/LogindInhibitors.h"
+
+#include <cstdint>
+#include <string_view>
+#include <utility>
+
+#include "Platform/Linux/Sleep/Services.h"
+
+namespace platform {
+namespace {
+
+/// The reason of the lock by which gnome-session passes on what its own clients asked of it.
+constexpr std::string_view kSessionProxyReason = "user session inhibited";
+
+bool contains(std::string_view list, std::string_view wanted) {
+  while (true) {
+    const auto colon = list.find(':');
+    if (list.substr(0, colon) == wanted) return true;
+    if (colon == std::string_view::npos) return false;
+    list.remove_prefix(colon + 1);
+  }
+}
+
+ListedInhibitor inhibitor(std::string_view what, const char* who, const char* why,
+                          std::string_view mode, std::uint32_t pid) {
+  ListedInhibitor result{pid, who, why, {}, mode == "block" || mode == "block-weak" ? 255 : 0};
+  if (contains(what, "idle")) result.types.emplace_back("PreventUserIdleSystemSleep");
+  if (contains(what, "sleep")) result.types.emplace_back("PreventSystemSleep");
+  return result;
+}
+
+}  // namespace
+
+std::optional<std::vector<ListedInhibitor>> listLogindInhibitors(Bus& systemBus) {
+  const BusReply reply = systemBus.call(
+      {services::kLogind, services::kLogindPath, services::kLogindManager, "ListInhibitors"});
+  if (!reply) return std::nullopt;
+  sd_bus_message* const message = reply.message.get();
+  if (sd_bus_message_enter_container(message, SD_BUS_TYPE_ARRAY, "(ssssuu)") < 0) {
+    return std::nullopt;
+  }
+  std::vector<ListedInhibitor> result;
+  const char* what = nullptr;
+  const char* who = nullptr;
+  const char* why = nullptr;
+  const char* mode = nullptr;
+  std::uint32_t uid = 0;
+  std::uint32_t pid = 0;
+  while (sd_bus_message_read(message, "(ssssuu)", &what, &who, &why, &mode, &uid, &pid) > 0) {
+    if (why != kSessionProxyReason) result.push_back(inhibitor(what, who, why, mode, pid));
+  }
+  return result;
+}
+
+}  // namespace platform

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <functional>
+#include <string>
+
+#include "Platform/Linux/Bus/Bus.h"
+#include "Platform/Linux/System/Descriptor.h"
+
+namespace platform {
+
+/// Either an inhibitor lock of logind, which ends when its descriptor is closed, or a negative
+/// errno. The kernel closes it with the process, whichever way that ends.
+struct LogindLock {
+  int error = 0;
+  Descriptor descriptor;
+};
+
+/// Asks logind for a lock on `what` ("idle", "sleep", "handle-lid-switch") in `mode` ("block" or
+/// "delay"), for the reason `why`. A lock that logind grants only after the call has timed out goes
+/// to `late`.
+LogindLock takeLogindLock(Bus& systemBus, const char* what, const std::string& why,
+                          const char* mode, std::function<void(Descriptor)> late = {});
+
+}  // namespace platform

@@ -1,0 +1,26 @@
+#pragma once
+
+/// The names of the services that have a say in sleep, and those by which they know this program.
+namespace platform::services {
+
+inline constexpr const char* kApplicationId = "com.staylit.app";
+inline constexpr const char* kDisplayName = "Staylit";
+
+inline constexpr const char* kLogind = "org.freedesktop.login1";
+inline constexpr const char* kLogindPath = "/org/freedesktop/login1";
+inline constexpr const char* kLogindManager = "org.freedesktop.login1.Manager";
+
+/// GNOME, MATE, Cinnamon. The name is the interface as well.
+inline constexpr const char* kSessionManager = "org.gnome.SessionManager";
+inline constexpr const char* kSessionManagerPath = "/org/gnome/SessionManager";
+
+/// KDE, XFCE.
+inline constexpr const char* kPowerManagement = "org.freedesktop.PowerManagement";
+inline constexpr const char* kScreenSaver = "org.freedesktop.ScreenSaver";
+
+/// KDE alone.
+inline constexpr const char* kSolid = "org.kde.Solid.PowerManagement";
+inline constexpr const char* kPolicyAgent = "org.kde.Solid.PowerManagement.PolicyAgent";
+inline constexpr const char* kPolicyAgentPath = "/org/kde/Solid/PowerManagement/PolicyAgent";
+
+}  // namespace platform::services

@@ -1,0 +1,100 @@
+#include "Platform/Linux/Sleep/SessionInhibitors.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+#include <utility>
+
+#include "Platform/Linux/Sleep/Services.h"
+
+namespace platform {
+namespace {
+
+constexpr const char* kInhibitorInterface = "org.gnome.SessionManager.Inhibitor";
+constexpr std::uint32_t kSuspendFlag = 4;
+constexpr std::uint32_t kIdleFlag = 8;
+/// The rest of a longer list follows with the next readings.
+constexpr std::size_t kNewDetailsPerReading = 32;
+
+/// Some session managers have methods for this, others properties of another spelling.
+template <class Value>
+bool readDetail(Bus& bus, const std::string& path, const char* method, const char* property,
+                const char* type, Value& value, BusReply& reply) {
+  reply = bus.call({services::kSessionManager, path.c_str(), kInhibitorInterface, method});
+  if (reply) return sd_bus_message_read(reply.message.get(), type, &value) > 0;
+  reply =
+      bus.call({services::kSessionManager, path.c_str(), "org.freedesktop.DBus.Properties", "Get"},
+               [property](sd_bus_message* message) {
+                 return sd_bus_message_append(message, "ss", kInhibitorInterface, property);
+               });
+  return reply && sd_bus_message_read(reply.message.get(), "v", type, &value) > 0;
+}
+
+std::optional<std::vector<std::string>> readPaths(sd_bus_message* message) {
+  std::vector<std::string> result;
+  if (sd_bus_message_enter_container(message, SD_BUS_TYPE_ARRAY, "o") < 0) return std::nullopt;
+  const char* path = nullptr;
+  while (sd_bus_message_read(message, "o", &path) > 0)
+    result.emplace_back(path);
+  return result;
+}
+
+std::string withoutDesktopSuffix(std::string applicationId) {
+  constexpr std::string_view suffix = ".desktop";
+  if (applicationId.size() > suffix.size() && applicationId.ends_with(suffix)) {
+    applicationId.resize(applicationId.size() - suffix.size());
+  }
+  return applicationId;
+}
+
+}  // namespace
+
+SessionInhibitors::SessionInhibitors(Bus& sessionBus)
+    : sessionBus_(sessionBus),
+      presence_(sessionBus.watchName(services::kSessionManager, [this](bool owned) {
+        // A successor counts its objects from the beginning again.
+        if (!owned) detailsByPath_.clear();
+      })) {}
+
+std::optional<std::vector<ListedInhibitor>> SessionInhibitors::list() {
+  if (sessionBus_.nameHasOwner(services::kSessionManager) <= 0) return std::nullopt;
+  const BusReply reply = sessionBus_.call({services::kSessionManager, services::kSessionManagerPath,
+                                           services::kSessionManager, "GetInhibitors"});
+  if (!reply) return std::nullopt;
+  const auto paths = readPaths(reply.message.get());
+  if (!paths) return std::nullopt;
+
+  std::map<std::string, ListedInhibitor> known;
+  std::vector<ListedInhibitor> result;
+  std::size_t asked = 0;
+  for (const std::string& path : *paths) {
+    std::optional<ListedInhibitor> inhibitor;
+    if (auto found = detailsByPath_.find(path); found != detailsByPath_.end()) {
+      inhibitor = found->second;
+    } else if (asked++ < kNewDetailsPerReading) {
+      inhibitor = details(path);
+    }
+    if (!inhibitor) continue;
+    known.emplace(path, *inhibitor);
+    if (inhibitor->holder != services::kApplicationId) result.push_back(std::move(*inhibitor));
+  }
+  detailsByPath_ = std::move(known);
+  return result;
+}
+
+std::optional<ListedInhibitor> SessionInhibitors::details(const std::string& path) {
+  BusReply reply;
+  const char* applicationId = nullptr;
+  if (!readDetail(sessionBus_, path, "GetAppId", "app_id", "s", applicationId, reply)) {
+    return std::nullopt;
+  }
+  ListedInhibitor result;
+  result.holder = withoutDesktopSuffix(applicationId);
+  std::uint32_t flags = 0;
+  if (!readDetail(sessionBus_, path, "GetFlags", "flags", "u", flags, reply)) return std::nullopt;
+  if ((flags & kSuspendFlag) != 0) result.types.emplace_back("PreventUserIdleSystemSleep");
+  if ((flags & kIdleFlag) != 0) result.types.emplace_back("PreventUserIdleDisplaySleep");
+  return result;
+}
+
+}  // namespace platform

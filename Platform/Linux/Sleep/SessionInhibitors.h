@@ -1,0 +1,34 @@
+#pragma once
+
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "Platform/Linux/Bus/Bus.h"
+#include "Platform/Linux/Sleep/ListedInhibitor.h"
+
+namespace platform {
+
+/// What the session manager of GNOME, MATE or Cinnamon lists, less this program's own. Main thread
+/// only.
+///
+/// A reading costs one call; the details of an inhibitor never change and are asked for once.
+class SessionInhibitors {
+ public:
+  /// `sessionBus` must outlive this.
+  explicit SessionInhibitors(Bus& sessionBus);
+
+  /// Absent when there is no such session manager or it cannot be asked. An inhibitor that vanishes
+  /// meanwhile is left out.
+  std::optional<std::vector<ListedInhibitor>> list();
+
+ private:
+  std::optional<ListedInhibitor> details(const std::string& path);
+
+  Bus& sessionBus_;
+  std::map<std::string, ListedInhibitor> detailsByPath_;
+  BusListening presence_;
+};
+
+}  // namespace platform

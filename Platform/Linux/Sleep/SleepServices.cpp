@@ -1,0 +1,72 @@
+#include "Platform/Linux/Sleep/SleepServices.h"
+
+#include <cerrno>
+#include <utility>
+
+#include "Platform/Linux/Sleep/Services.h"
+
+namespace platform {
+namespace {
+
+/// Whether connecting failed because there is no such bus here, rather than a bus in trouble.
+bool saysThereIsNoBus(int error) {
+  switch (error) {
+    case -ENOENT:
+    case -ENOTDIR:
+    case -ECONNREFUSED:
+    case -ENOMEDIUM:
+    case -EINVAL:  // an address such as "disabled:"
+      return true;
+    default:
+      return false;
+  }
+}
+
+}  // namespace
+
+SleepServices::SleepServices(Bus& systemBus, Bus& sessionBus, Changed changed)
+    : systemBus_(systemBus),
+      sessionBus_(sessionBus),
+      logind_(systemBus),
+      sessionManager_(sessionBus),
+      powerManagement_(FreedesktopInhibitor::powerManagement(sessionBus)),
+      screenSaver_(FreedesktopInhibitor::screenSaver(sessionBus)) {
+  const auto watch = [&](Bus& bus, const std::string& name, InhibitMechanism* mechanism) {
+    watches_.push_back(
+        bus.watchName(name, [changed, mechanism](bool present) { changed(mechanism, present); }));
+  };
+  watch(systemBus, logind_.serviceName(), &logind_);
+  // Before those that it decides about, so that a desktop is told apart when they appear with it.
+  watch(sessionBus, services::kSolid, nullptr);
+  watch(sessionBus, sessionManager_.serviceName(), &sessionManager_);
+  watch(sessionBus, powerManagement_.serviceName(), &powerManagement_);
+  watch(sessionBus, screenSaver_.serviceName(), &screenSaver_);
+}
+
+SleepServices::Row SleepServices::row(HoldKind kind) {
+  Row row;
+  if (isPresent(sessionBus_, sessionManager_.serviceName(), row.error)) {
+    row.mechanisms.push_back(&sessionManager_);
+  } else if (isPresent(sessionBus_, powerManagement_.serviceName(), row.error)) {
+    row.mechanisms.push_back(&powerManagement_);
+    if (kind == HoldKind::display &&
+        isPresent(sessionBus_, screenSaver_.serviceName(), row.error)) {
+      row.mechanisms.push_back(&screenSaver_);
+    }
+  }
+  // KDE keeps the screen on for logind's idle lock, which a hold of the system alone must not do.
+  const bool keepsScreenOn = kind == HoldKind::system && !row.mechanisms.empty() &&
+                             isPresent(sessionBus_, services::kSolid, row.error);
+  if (!keepsScreenOn && isPresent(systemBus_, logind_.serviceName(), row.error)) {
+    row.mechanisms.push_back(&logind_);
+  }
+  return row;
+}
+
+bool SleepServices::isPresent(Bus& bus, const std::string& name, int& error) {
+  const int owned = bus.nameHasOwner(name);
+  if (owned < 0 && !saysThereIsNoBus(owned) && error == 0) error = owned;
+  return owned > 0;
+}
+
+}  // namespace platform

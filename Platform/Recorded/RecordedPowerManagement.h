@@ -1,0 +1,36 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <string_view>
+
+#include "Tidewell/Ports/PowerManagement.h"
+
+namespace platform {
+
+/// Power management for a machine that has none: hands out ids and keeps names, so that the program
+/// runs and reports, but nothing is held awake. Says so once in the log. Never fails.
+class RecordedPowerManagement : public tidewell::PowerManagement {
+ public:
+  struct Assertion {
+    std::string type;
+    std::uint32_t level = 0;
+    std::string name;
+  };
+
+  Creation createAssertion(std::string_view type, std::uint32_t level,
+                           const std::string& name) override;
+  void setAssertionName(std::uint32_t id, const std::string& name) override;
+  void releaseAssertion(std::uint32_t id) override;
+
+  /// What is recorded now, by id.
+  [[nodiscard]] const std::map<std::uint32_t, Assertion>& assertions() const { return assertions_; }
+
+ private:
+  std::map<std::uint32_t, Assertion> assertions_;
+  std::uint32_t lastId_ = 0;
+  bool saidSo_ = false;
+};
+
+}  // namespace platform

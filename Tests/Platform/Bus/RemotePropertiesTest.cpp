@@ -1,0 +1,116 @@
+#include "Platform/Linux/Bus/RemoteProperties.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+
+#include "Tests/Platform/Support/BusTest.h"
+#include "Tests/Platform/Support/FakePropertyService.h"
+
+namespace platform {
+namespace {
+
+using namespace testing;  // NOLINT: the fixture's names
+
+constexpr const char* kName = "test.Lamp";
+constexpr const char* kPath = "/lamp";
+
+class RemotePropertiesTest : public BusTest {
+ protected:
+  void SetUp() override {
+    BusTest::SetUp();
+    if (!IsSkipped())
+      properties = std::make_unique<RemoteProperties>(*systemBus, kName, kPath, kName);
+  }
+  void TearDown() override { properties.reset(); }
+
+  std::unique_ptr<FakePropertyService> lamp(const std::string& colour) {
+    auto service = std::make_unique<FakePropertyService>(systemDaemon->address(), kName);
+    service->set(kPath, kName, {{"Colour", colour}});
+    return service;
+  }
+
+  std::string colour() {
+    const tidewell::PropertyDictionary* all = properties->read();
+    if (all == nullptr) return "absent";
+    const auto found = all->find("Colour");
+    return found == all->end() ? "missing" : std::get<std::string>(found->second);
+  }
+
+  std::unique_ptr<RemoteProperties> properties;
+};
+
+TEST_F(RemotePropertiesTest, ReadSimpleValuesAndPassOverOthers) {
+  FakePropertyService service(systemDaemon->address(), kName);
+  service.set(kPath, kName,
+              {{"Colour", std::string("red")}, {"IsOn", true}, {"Level", 0.5}, {"Watts", 60U}});
+  const tidewell::PropertyDictionary expected{
+      {"Colour", std::string("red")}, {"History", std::monostate()}, {"IsOn", true}, {"Level", 0.5},
+      {"Symbol", std::monostate()},   {"Watts", std::int64_t{60}}};
+  ASSERT_NE(properties->read(), nullptr);
+  EXPECT_EQ(*properties->read(), expected);
+}
+
+TEST_F(RemotePropertiesTest, AreReadOnceAndThenFollowed) {
+  const auto service = lamp("red");
+  EXPECT_EQ(colour(), "red");
+  service->change(kPath, kName, "Colour", std::string("green"));
+  EXPECT_TRUE(eventually([&] { return colour() == "green"; }));
+  EXPECT_EQ(service->readings, 1);
+}
+
+TEST_F(RemotePropertiesTest, AreReadAgainWhenOnlyTheChangeIsTold) {
+  const auto service = lamp("red");
+  EXPECT_EQ(colour(), "red");
+  service->invalidate(kPath, kName, "Colour", std::string("green"));
+  EXPECT_TRUE(eventually([&] { return colour() == "green"; }));
+}
+
+TEST_F(RemotePropertiesTest, TakeNoNoticeOfAnotherInterface) {
+  const auto service = lamp("red");
+  EXPECT_EQ(colour(), "red");
+  service->change(kPath, "test.Other", "Colour", std::string("green"));
+  service->change(kPath, kName, "IsOn", true);
+  EXPECT_TRUE(eventually([&] { return properties->read()->contains("IsOn"); }));
+  EXPECT_EQ(colour(), "red");
+}
+
+TEST_F(RemotePropertiesTest, AreAbsentUntilTheServiceAppears) {
+  EXPECT_EQ(colour(), "absent");
+  const auto service = lamp("red");
+  EXPECT_TRUE(eventually([&] { return colour() == "red"; }));
+}
+
+TEST_F(RemotePropertiesTest, AreAbsentWhileTheServiceIsGone) {
+  auto service = lamp("red");
+  EXPECT_EQ(colour(), "red");
+  service.reset();
+  EXPECT_TRUE(eventually([&] { return colour() == "absent"; }));
+  service = lamp("green");
+  EXPECT_TRUE(eventually([&] { return colour() == "green"; }));
+}
+
+TEST_F(RemotePropertiesTest, ComeBackWithTheBus) {
+  auto service = lamp("red");
+  EXPECT_EQ(colour(), "red");
+  systemDaemon->stop();
+  EXPECT_TRUE(eventually([&] { return colour() == "absent"; }));
+  service.reset();
+  systemDaemon->start();
+  service = lamp("green");
+  EXPECT_TRUE(eventually([&] { return colour() == "green"; }));
+}
+
+TEST_F(RemotePropertiesTest, AskOnlyOnceForWhatIsNotThere) {
+  EXPECT_EQ(colour(), "absent");
+  systemDaemon->freeze();
+  EXPECT_EQ(colour(), "absent");
+  EXPECT_EQ(colour(), "absent");
+  systemDaemon->thaw();
+  // A call to the frozen bus would have begun a pause.
+  EXPECT_EQ(systemBus->nameHasOwner("test.Other"), 0);
+}
+
+}  // namespace
+}  // namespace platform

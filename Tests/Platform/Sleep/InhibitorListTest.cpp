@@ -1,0 +1,279 @@
+#include "Platform/Linux/Sleep/InhibitorList.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "Tests/Platform/Support/BusService.h"
+#include "Tests/Platform/Support/BusTest.h"
+#include "Tests/Platform/Support/FakeLogind.h"
+
+namespace platform {
+namespace {
+
+using namespace testing;  // NOLINT: the fixture's names
+using Lines = std::vector<std::string>;
+
+/// The session manager's list. Tells details by methods, or by properties as others do.
+class FakeInhibitorList {
+ public:
+  struct Entry {
+    std::string path, applicationId;
+    std::uint32_t flags;
+  };
+  enum class Details { methods, properties };
+
+  explicit FakeInhibitorList(const std::string& address, Details details = Details::methods)
+      : details_(details),
+        service_(address, {"org.gnome.SessionManager"},
+                 [this](sd_bus_message* call) { answer(call); }) {}
+
+  void list(std::vector<Entry> entries) {
+    const std::lock_guard lock(mutex_);
+    entries_ = std::move(entries);
+  }
+  std::atomic<int> detailCalls = 0;
+
+ private:
+  void answer(sd_bus_message* call) {
+    const std::lock_guard lock(mutex_);
+    const std::string_view member = sd_bus_message_get_member(call);
+    if (member == "GetInhibitors") return answerPaths(call);
+    ++detailCalls;
+    const std::string_view path = sd_bus_message_get_path(call);
+    for (const Entry& entry : entries_) {
+      if (entry.path == path) return answerDetail(call, member, entry);
+    }
+    sd_bus_reply_method_errorf(call, SD_BUS_ERROR_UNKNOWN_OBJECT, "gone");
+  }
+
+  void answerPaths(sd_bus_message* call) {
+    sd_bus_message* reply = nullptr;
+    sd_bus_message_new_method_return(call, &reply);
+    sd_bus_message_open_container(reply, 'a', "o");
+    for (const Entry& entry : entries_)
+      sd_bus_message_append(reply, "o", entry.path.c_str());
+    sd_bus_message_close_container(reply);
+    sd_bus_message_send(reply);
+    sd_bus_message_unref(reply);
+  }
+
+  void answerDetail(sd_bus_message* call, std::string_view member, const Entry& entry) {
+    if (details_ == Details::methods && member == "GetAppId") {
+      sd_bus_reply_method_return(call, "s", entry.applicationId.c_str());
+    } else if (details_ == Details::methods && member == "GetFlags") {
+      sd_bus_reply_method_return(call, "u", entry.flags);
+    } else if (details_ == Details::properties && member == "Get") {
+      const char* interface = nullptr;
+      const char* name = nullptr;
+      sd_bus_message_read(call, "ss", &interface, &name);
+      if (std::string_view(name) == "app_id") {
+        sd_bus_reply_method_return(call, "v", "s", entry.applicationId.c_str());
+      } else {
+        sd_bus_reply_method_return(call, "v", "u", entry.flags);
+      }
+    } else {
+      sd_bus_reply_method_errorf(call, SD_BUS_ERROR_UNKNOWN_METHOD, "unknown");
+    }
+  }
+
+  Details details_;
+  std::mutex mutex_;
+  std::vector<Entry> entries_;
+  BusService service_;
+};
+
+/// Answers every call with a list of application and reason.
+std::unique_ptr<BusService> policyAgent(const std::string& address,
+                                        std::vector<std::pair<std::string, std::string>> entries) {
+  return std::make_unique<BusService>(
+      address, std::vector<std::string>{"org.kde.Solid.PowerManagement.PolicyAgent"},
+      [entries = std::move(entries)](sd_bus_message* call) {
+        sd_bus_message* reply = nullptr;
+        sd_bus_message_new_method_return(call, &reply);
+        sd_bus_message_open_container(reply, 'a', "(ss)");
+        for (const auto& [application, why] : entries) {
+          sd_bus_message_append(reply, "(ss)", application.c_str(), why.c_str());
+        }
+        sd_bus_message_close_container(reply);
+        sd_bus_message_send(reply);
+        sd_bus_message_unref(reply);
+      });
+}
+
+class InhibitorListTest : public BusTest {
+ protected:
+  void SetUp() override {
+    BusTest::SetUp();
+    if (IsSkipped()) return;
+    list = std::make_unique<InhibitorList>(*systemBus, *sessionBus, holders);
+  }
+
+  /// Each assertion as "holder type level", a named holder by its name.
+  Lines assertions() {
+    Lines result;
+    const auto all = list->assertionsByProcess();
+    if (!all) return {"absent"};
+    for (const auto& [identifier, assertions] : *all) {
+      const auto name = holders->applicationId(static_cast<std::int32_t>(identifier));
+      for (const auto& assertion : assertions) {
+        result.push_back(name.value_or(std::to_string(identifier)) + " " +
+                         std::get<std::string>(assertion.at("AssertType")) + " " +
+                         std::to_string(std::get<std::int64_t>(assertion.at("AssertLevel"))));
+      }
+    }
+    return result;
+  }
+
+  std::unique_ptr<FakeLogind> logindListing(std::vector<FakeLogind::Entry> entries) {
+    auto logind = std::make_unique<FakeLogind>(systemDaemon->address());
+    logind->list(std::move(entries));
+    return logind;
+  }
+
+  std::shared_ptr<NamedHolders> holders = std::make_shared<NamedHolders>();
+  std::unique_ptr<InhibitorList> list;
+};
+
+TEST_F(InhibitorListTest, IsAbsentWhereNobodyCanBeAsked) {
+  EXPECT_EQ(list->assertionsByProcess(), std::nullopt);
+}
+
+TEST_F(InhibitorListTest, IsAbsentWithoutABus) {
+  systemDaemon->stop();
+  sessionDaemon->stop();
+  EXPECT_EQ(list->assertionsByProcess(), std::nullopt);
+}
+
+TEST_F(InhibitorListTest, IsEmptyWhereNothingIsHeld) {
+  const auto logind = logindListing({});
+  EXPECT_EQ(assertions(), Lines{});
+}
+
+TEST_F(InhibitorListTest, ReadsWhatABlockingLockBlocks) {
+  const auto logind = logindListing({{"idle", "a", "why", "block", 1000, 1},
+                                     {"sleep", "b", "why", "block", 1000, 2},
+                                     {"shutdown:sleep:idle", "c", "why", "block-weak", 1000, 3}});
+  EXPECT_EQ(assertions(), (Lines{"1 PreventUserIdleSystemSleep 255", "2 PreventSystemSleep 255",
+                                 "3 PreventUserIdleSystemSleep 255", "3 PreventSystemSleep 255"}));
+}
+
+TEST_F(InhibitorListTest, CountsALockThatOnlyDelaysAsSwitchedOff) {
+  const auto logind = logindListing(
+      {{"sleep", "a", "why", "delay", 0, 1}, {"idle", "b", "why", "something new", 0, 2}});
+  EXPECT_EQ(assertions(), (Lines{"1 PreventSystemSleep 0", "2 PreventUserIdleSystemSleep 0"}));
+}
+
+TEST_F(InhibitorListTest, PassesOverLocksThatDoNotKeepTheMachineAwake) {
+  const auto logind =
+      logindListing({{"shutdown", "a", "why", "block", 0, 1},
+                     {"handle-lid-switch:handle-suspend-key", "b", "why", "block", 0, 2},
+                     {"handle-power-key", "c", "why", "block", 0, 3},
+                     {"", "d", "why", "block", 0, 4}});
+  EXPECT_EQ(assertions(), Lines{});
+}
+
+TEST_F(InhibitorListTest, GathersTheLocksOfOneProcess) {
+  const auto logind = logindListing({{"idle", "a", "why", "block", 0, 7},
+                                     {"idle", "b", "why", "block", 0, 8},
+                                     {"sleep", "a", "why", "delay", 0, 7}});
+  const auto all = list->assertionsByProcess();
+  ASSERT_TRUE(all);
+  ASSERT_EQ(all->size(), 2U);
+  EXPECT_EQ(all->at(0).first, 7);
+  EXPECT_EQ(all->at(0).second.size(), 2U);
+  EXPECT_EQ(all->at(1).first, 8);
+}
+
+TEST_F(InhibitorListTest, DropsTheLockByWhichGnomePassesOnItsOwnList) {
+  const auto logind =
+      logindListing({{"sleep:idle", "user", "user session inhibited", "block", 1000, 5},
+                     {"idle", "user", "watching a film", "block", 1000, 6}});
+  EXPECT_EQ(assertions(), Lines{"6 PreventUserIdleSystemSleep 255"});
+}
+
+TEST_F(InhibitorListTest, AddsWhatTheSessionManagerListsByName) {
+  const auto logind = logindListing({{"idle", "a", "why", "block", 1000, 6}});
+  FakeInhibitorList gnome(sessionDaemon->address());
+  gnome.list({{"/org/gnome/SessionManager/Inhibitor1", "org.gnome.Brasero", 4},
+              {"/org/gnome/SessionManager/Inhibitor2", "org.gnome.Totem.desktop", 12},
+              {"/org/gnome/SessionManager/Inhibitor3", "org.gnome.Evince", 8},
+              {"/org/gnome/SessionManager/Inhibitor4", "org.gnome.Software", 1}});
+  EXPECT_EQ(assertions(), (Lines{"6 PreventUserIdleSystemSleep 255",
+                                 "org.gnome.Brasero PreventUserIdleSystemSleep 255",
+                                 "org.gnome.Totem PreventUserIdleSystemSleep 255",
+                                 "org.gnome.Totem PreventUserIdleDisplaySleep 255",
+                                 "org.gnome.Evince PreventUserIdleDisplaySleep 255"}));
+}
+
+TEST_F(InhibitorListTest, GivesANamedHolderANegativeIdentifierThatStays) {
+  FakeInhibitorList gnome(sessionDaemon->address());
+  gnome.list({{"/a", "org.a", 4}});
+  const auto first = list->assertionsByProcess();
+  const auto second = list->assertionsByProcess();
+  ASSERT_TRUE(first && second);
+  ASSERT_EQ(first->size(), 1U);
+  EXPECT_LT(first->front().first, 0);
+  EXPECT_EQ(second->front().first, first->front().first);
+}
+
+TEST_F(InhibitorListTest, LeavesItsOwnEntriesOutOfTheSessionsLists) {
+  FakeInhibitorList gnome(sessionDaemon->address());
+  gnome.list({{"/a", "com.staylit.app", 4}, {"/b", "org.b", 4}});
+  const auto agent = policyAgent(sessionDaemon->address(), {{"Staylit", "x"}, {"vlc", "y"}});
+  EXPECT_EQ(assertions(),
+            (Lines{"org.b PreventUserIdleSystemSleep 255", "vlc PreventUserIdleSystemSleep 255"}));
+}
+
+TEST_F(InhibitorListTest, AsksForTheDetailsOfAnInhibitorOnce) {
+  FakeInhibitorList gnome(sessionDaemon->address());
+  gnome.list({{"/a", "org.a", 4}});
+  assertions();
+  EXPECT_EQ(gnome.detailCalls, 2);
+  assertions();
+  EXPECT_EQ(gnome.detailCalls, 2);
+  gnome.list({{"/a", "org.a", 4}, {"/b", "org.b", 4}});
+  EXPECT_EQ(assertions().size(), 2U);
+  EXPECT_EQ(gnome.detailCalls, 4);
+}
+
+TEST_F(InhibitorListTest, AsksAgainWhenTheSessionManagerRestarted) {
+  auto gnome = std::make_unique<FakeInhibitorList>(sessionDaemon->address());
+  gnome->list({{"/a", "org.before", 4}});
+  EXPECT_EQ(assertions(), Lines{"org.before PreventUserIdleSystemSleep 255"});
+  gnome = nullptr;
+  gnome = std::make_unique<FakeInhibitorList>(sessionDaemon->address());
+  gnome->list({{"/a", "org.after", 4}});
+  EXPECT_TRUE(eventually(
+      [&] { return assertions() == Lines{"org.after PreventUserIdleSystemSleep 255"}; }));
+}
+
+TEST_F(InhibitorListTest, ReadsDetailsThatAreProperties) {
+  FakeInhibitorList cinnamon(sessionDaemon->address(), FakeInhibitorList::Details::properties);
+  cinnamon.list({{"/a", "org.a", 12}});
+  EXPECT_EQ(assertions(), (Lines{"org.a PreventUserIdleSystemSleep 255",
+                                 "org.a PreventUserIdleDisplaySleep 255"}));
+}
+
+TEST_F(InhibitorListTest, AddsWhatThePolicyAgentListsButNotWhatItTakesFromLogind) {
+  const auto logind = logindListing({{"idle", "mpv", "playing", "block", 1000, 9}});
+  const auto agent =
+      policyAgent(sessionDaemon->address(), {{"mpv", "playing"}, {"Dolphin", "copying"}});
+  EXPECT_EQ(assertions(),
+            (Lines{"9 PreventUserIdleSystemSleep 255", "Dolphin PreventUserIdleSystemSleep 255"}));
+}
+
+TEST_F(InhibitorListTest, KnowsItsOwnProcess) {
+  EXPECT_EQ(list->ownProcessIdentifier(), ::getpid());
+}
+
+}  // namespace
+}  // namespace platform

@@ -1,0 +1,48 @@
+#include "Platform/Recorded/RecordedPowerManagement.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "Tests/Fakes/FakePorts.h"
+
+namespace platform {
+namespace {
+
+using Lines = std::vector<std::string>;
+
+class RecordedPowerManagementTest : public ::testing::Test {
+ protected:
+  tidewell::FakePorts ports;
+  RecordedPowerManagement recorded;
+};
+
+TEST_F(RecordedPowerManagementTest, HandsOutIdsAndKeepsNames) {
+  const auto first = recorded.createAssertion("PreventUserIdleSystemSleep", 255, "a");
+  const auto second = recorded.createAssertion("PreventUserIdleDisplaySleep", 255, "b");
+  EXPECT_EQ(first.code, 0);
+  EXPECT_NE(first.id, 0U);
+  EXPECT_NE(first.id, second.id);
+  recorded.setAssertionName(first.id, "c");
+  EXPECT_EQ(recorded.assertions().at(first.id).name, "c");
+  EXPECT_EQ(recorded.assertions().at(first.id).type, "PreventUserIdleSystemSleep");
+  EXPECT_EQ(recorded.assertions().at(second.id).name, "b");
+}
+
+TEST_F(RecordedPowerManagementTest, ForgetsWhatIsReleased) {
+  const auto creation = recorded.createAssertion("PreventUserIdleSystemSleep", 255, "a");
+  recorded.releaseAssertion(creation.id);
+  recorded.setAssertionName(creation.id, "b");
+  EXPECT_TRUE(recorded.assertions().empty());
+}
+
+TEST_F(RecordedPowerManagementTest, SaysOnceThatNothingIsHeld) {
+  EXPECT_EQ(ports.log.lines(), Lines{});
+  recorded.createAssertion("PreventUserIdleSystemSleep", 255, "a");
+  recorded.createAssertion("PreventUserIdleSystemSleep", 255, "b");
+  EXPECT_EQ(ports.log.lines(), Lines{"info: no sleep service here: holds are recorded only"});
+}
+
+}  // namespace
+}  // namespace platform

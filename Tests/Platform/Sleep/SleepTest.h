@@ -1,0 +1,49 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "Platform/Linux/Sleep/SleepInhibitors.h"
+#include "Tests/Fakes/FakePorts.h"
+#include "Tests/Platform/Support/BusTest.h"
+#include "Tests/Platform/Support/FakeLogind.h"
+#include "Tests/Platform/Support/FakeSessionService.h"
+
+namespace platform::testing {
+
+inline constexpr const char* kGnome = "org.gnome.SessionManager";
+inline constexpr const char* kPowerManagement = "org.freedesktop.PowerManagement";
+inline constexpr const char* kScreenSaver = "org.freedesktop.ScreenSaver";
+inline constexpr const char* kSolid = "org.kde.Solid.PowerManagement";
+
+inline constexpr const char* kSystem = "PreventUserIdleSystemSleep";
+inline constexpr const char* kDisplay = "PreventUserIdleDisplaySleep";
+
+using Lines = std::vector<std::string>;
+
+/// The inhibitors on private buses, with whatever services a test puts there.
+class SleepTest : public BusTest {
+ protected:
+  void SetUp() override {
+    BusTest::SetUp();
+    if (IsSkipped()) return;
+    inhibitors = std::make_unique<SleepInhibitors>(*systemBus, *sessionBus, *loop);
+  }
+  void TearDown() override { inhibitors.reset(); }
+
+  std::unique_ptr<FakeSessionService> sessionService(const char* name) {
+    return std::make_unique<FakeSessionService>(sessionDaemon->address(), name);
+  }
+  std::unique_ptr<FakeLogind> fakeLogind() {
+    return std::make_unique<FakeLogind>(systemDaemon->address());
+  }
+  tidewell::PowerManagement::Creation create(const char* type, const std::string& name) {
+    return inhibitors->createAssertion(type, 255, name);
+  }
+
+  tidewell::FakePorts ports;
+  std::unique_ptr<SleepInhibitors> inhibitors;
+};
+
+}  // namespace platform::testing

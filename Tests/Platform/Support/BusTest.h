@@ -1,0 +1,56 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <memory>
+#include <optional>
+
+#include "Platform/Linux/Bus/Bus.h"
+#include "Platform/Linux/Loop/EventLoop.h"
+#include "Tests/Platform/Support/ChildProgram.h"
+#include "Tests/Platform/Support/PrivateBus.h"
+#include "Tests/Platform/Support/RunUntil.h"
+#include "Tests/Platform/Support/ScopedEnvironment.h"
+
+namespace platform::testing {
+
+/// A loop and a private bus of each kind, at which the environment points. Skipped where there is
+/// no dbus-daemon.
+class BusTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    if (!isInstalled("dbus-daemon")) GTEST_SKIP() << "dbus-daemon is not installed";
+    systemDaemon.emplace();
+    sessionDaemon.emplace();
+    systemAddress_.emplace("DBUS_SYSTEM_BUS_ADDRESS", systemDaemon->address());
+    sessionAddress_.emplace("DBUS_SESSION_BUS_ADDRESS", sessionDaemon->address());
+    loop = std::make_unique<EventLoop>();
+    systemBus = std::make_unique<Bus>(*loop, Bus::Kind::system, impatient());
+    sessionBus = std::make_unique<Bus>(*loop, Bus::Kind::session, impatient());
+  }
+
+  /// The call limit is the program's own; pauses are short.
+  static BusTiming impatient() {
+    BusTiming timing;
+    timing.firstPause = std::chrono::milliseconds(20);
+    timing.longestPause = std::chrono::milliseconds(100);
+    return timing;
+  }
+
+  bool eventually(const std::function<bool()>& condition) { return runUntil(*loop, condition); }
+
+  std::optional<PrivateBus> systemDaemon;
+  std::optional<PrivateBus> sessionDaemon;
+
+ private:
+  std::optional<ScopedEnvironment> systemAddress_;
+  std::optional<ScopedEnvironment> sessionAddress_;
+
+ protected:
+  std::unique_ptr<EventLoop> loop;
+  std::unique_ptr<Bus> systemBus;
+  std::unique_ptr<Bus> sessionBus;
+};
+
+}  // namespace platform::testing

@@ -1,0 +1,137 @@
+#pragma once
+
+#include <fcntl.h>
+#include <poll.h>
+#include <systemd/sd-bus.h>
+#include <unistd.h>
+
+#include <array>
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <mutex>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "Platform/Linux/System/Descriptor.h"
+#include "Tests/Platform/Support/BusService.h"
+#include "Tests/Platform/Support/UnansweredCalls.h"
+
+namespace platform::testing {
+
+/// A logind that grants locks, lists what it is told to list and announces sleep when told.
+class FakeLogind {
+ public:
+  struct Entry {
+    std::string what, who, why, mode;
+    std::uint32_t uid, pid;
+  };
+
+  explicit FakeLogind(const std::string& address)
+      : service_(address, {"org.freedesktop.login1"},
+                 [this](sd_bus_message* call) { answer(call); }) {}
+
+  std::atomic<bool> refuses = false;
+  std::atomic<bool> isSilent = false;
+  std::atomic<int> listings = 0;
+
+  void list(std::vector<Entry> entries) {
+    const std::lock_guard lock(mutex_);
+    entries_ = std::move(entries);
+  }
+
+  /// "what|who|why|mode" of each lock that was ever granted.
+  std::vector<std::string> granted() {
+    const std::lock_guard lock(mutex_);
+    std::vector<std::string> result;
+    for (const Lock& granted : locks_)
+      result.push_back(granted.text);
+    return result;
+  }
+  /// The same of those that nobody has let go of.
+  std::vector<std::string> held() {
+    const std::lock_guard lock(mutex_);
+    std::vector<std::string> result;
+    for (const Lock& granted : locks_) {
+      if (!isHungUp(granted.readEnd.get())) result.push_back(granted.text);
+    }
+    return result;
+  }
+
+  void announceSleep(bool isAboutToSleep) {
+    service_.perform([isAboutToSleep](sd_bus* bus) {
+      sd_bus_emit_signal(bus, "/org/freedesktop/login1", "org.freedesktop.login1.Manager",
+                         "PrepareForSleep", "b", isAboutToSleep ? 1 : 0);
+    });
+  }
+
+  /// Grants what was left unanswered.
+  void answerLate() {
+    isSilent = false;
+    service_.perform(
+        [this](sd_bus*) { unanswered_.answer([this](sd_bus_message* call) { answer(call); }); });
+  }
+
+ private:
+  struct Lock {
+    std::string text;
+    Descriptor readEnd;
+  };
+
+  static bool isHungUp(int descriptor) {
+    pollfd poll{descriptor, 0, 0};
+    return ::poll(&poll, 1, 0) == 1 && (poll.revents & POLLHUP) != 0;
+  }
+
+  void answer(sd_bus_message* call) {
+    if (isSilent) return unanswered_.keep(call);
+    const std::string_view member = sd_bus_message_get_member(call);
+    if (member == "Inhibit") return inhibit(call);
+    if (member == "ListInhibitors") return listInhibitors(call);
+    sd_bus_reply_method_errorf(call, SD_BUS_ERROR_UNKNOWN_METHOD, "unknown");
+  }
+
+  void inhibit(sd_bus_message* call) {
+    const char* what = nullptr;
+    const char* who = nullptr;
+    const char* why = nullptr;
+    const char* mode = nullptr;
+    if (sd_bus_message_read(call, "ssss", &what, &who, &why, &mode) < 0 || refuses) {
+      sd_bus_reply_method_errorf(call, SD_BUS_ERROR_ACCESS_DENIED, "refused");
+      return;
+    }
+    std::array<int, 2> ends{};
+    if (::pipe2(ends.data(), O_CLOEXEC) < 0) return;
+    const Descriptor writeEnd(ends[1]);
+    const std::lock_guard lock(mutex_);
+    locks_.push_back({std::string(what) + "|" + who + "|" + why + "|" + mode, Descriptor(ends[0])});
+    sd_bus_reply_method_return(call, "h", writeEnd.get());
+    // The message holds a copy of the writing end until it is sent.
+    sd_bus_flush(sd_bus_message_get_bus(call));
+  }
+
+  void listInhibitors(sd_bus_message* call) {
+    ++listings;
+    const std::lock_guard lock(mutex_);
+    sd_bus_message* reply = nullptr;
+    sd_bus_message_new_method_return(call, &reply);
+    sd_bus_message_open_container(reply, 'a', "(ssssuu)");
+    for (const Entry& entry : entries_) {
+      sd_bus_message_append(reply, "(ssssuu)", entry.what.c_str(), entry.who.c_str(),
+                            entry.why.c_str(), entry.mode.c_str(), entry.uid, entry.pid);
+    }
+    sd_bus_message_close_container(reply);
+    sd_bus_message_send(reply);
+    sd_bus_message_unref(reply);
+  }
+
+  std::mutex mutex_;
+  std::vector<Entry> entries_;
+  std::vector<Lock> locks_;
+  UnansweredCalls unanswered_;
+  BusService service_;
+};
+
+}  // namespace platform::testing

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <systemd/sd-bus.h>
+
+#include <functional>
+#include <utility>
+#include <vector>
+
+#include "Platform/Linux/Bus/BusMessage.h"
+
+namespace platform::testing {
+
+/// Calls that a silent service keeps until it is told to answer them. The service's thread only.
+class UnansweredCalls {
+ public:
+  void keep(sd_bus_message* call) { calls_.emplace_back(sd_bus_message_ref(call)); }
+
+  void answer(const std::function<void(sd_bus_message*)>& answer) {
+    for (const BusMessage& call : std::exchange(calls_, {}))
+      answer(call.get());
+  }
+
+ private:
+  std::vector<BusMessage> calls_;
+};
+
+}  // namespace platform::testing
