@@ -1,0 +1,98 @@
+#include "Platform/Linux/LinuxPorts.h"
+
+#include <type_traits>
+#include <utility>
+
+#include "Platform/Linux/Applications/DesktopApplications.h"
+#include "Platform/Linux/Applications/DesktopFiles.h"
+#include "Platform/Linux/Applications/LinuxRunningApplications.h"
+#include "Platform/Linux/Bus/Bus.h"
+#include "Platform/Linux/Network/SocketTableTool.h"
+#include "Platform/Linux/Power/UPowerSources.h"
+#include "Platform/Linux/Processes/CpuClock.h"
+#include "Platform/Linux/Processes/LinuxProcessTable.h"
+#include "Platform/Linux/Processes/ProcFileSystem.h"
+#include "Platform/Linux/Processes/ProcessTracker.h"
+#include "Platform/Linux/Settings/TomlDefaults.h"
+#include "Platform/Linux/Sleep/InhibitorList.h"
+#include "Platform/Linux/Sleep/LogindSleepNotifications.h"
+#include "Platform/Linux/Sleep/NamedHolders.h"
+#include "Platform/Linux/Sleep/SleepInhibitors.h"
+#include "Platform/Linux/System/JournalLog.h"
+#include "Platform/Linux/System/LazyText.h"
+#include "Platform/Linux/System/Modules.h"
+#include "Platform/Linux/System/SystemClock.h"
+#include "Platform/Linux/System/ThreadQueues.h"
+#include "Platform/Linux/Unicode/UnicodeModule.h"
+#include "Platform/MakePorts.h"
+#include "Platform/Posix/PosixConsole.h"
+
+namespace platform {
+namespace {
+
+std::unique_ptr<tidewell::Text> fetchUnicode() {
+  void* address = loadFromModule(kUnicodeModule, kMakeText);
+  return std::unique_ptr<tidewell::Text>(address ? reinterpret_cast<MakeText>(address)() : nullptr);
+}
+
+/// All adapters and what they stand on, in the order in which they are built.
+struct LinuxSystem {
+  explicit LinuxSystem(std::shared_ptr<EventLoop> eventLoop) : loop(std::move(eventLoop)) {}
+
+  std::shared_ptr<EventLoop> loop;
+  JournalLog log;
+  SystemClock clock;
+  PosixConsole console;
+  LazyText text{fetchUnicode};
+  TomlDefaults defaults{TomlDefaults::defaultPath()};
+  Bus systemBus{*loop, Bus::Kind::system};
+  Bus sessionBus{*loop, Bus::Kind::session};
+
+  ProcFileSystem proc;
+  KernelCpuClock cpuClock;
+  DesktopFiles desktopFiles;
+  DesktopApplications applications{desktopFiles};
+  ProcessTracker tracker{ProcessTracker::Sources{proc, cpuClock, applications, text}};
+  LinuxProcessTable processTable{tracker};
+  std::shared_ptr<NamedHolders> namedHolders = std::make_shared<NamedHolders>();
+  LinuxRunningApplications runningApplications{tracker, namedHolders};
+
+  ThreadQueues serialQueues;
+  SocketTableTool networkTool;
+  UPowerSources powerSources{systemBus};
+  SleepInhibitors powerManagement{systemBus, sessionBus, *loop};
+  InhibitorList assertionTable{systemBus, sessionBus, namedHolders};
+  LogindSleepNotifications sleepNotifications{systemBus, *loop};
+};
+
+}  // namespace
+
+std::unique_ptr<tidewell::Ports> makeLinuxPorts(std::shared_ptr<EventLoop> loop) {
+  const auto system = std::make_shared<LinuxSystem>(loop);
+  // Every port keeps the whole system.
+  const auto port = [&system](auto& adapter) {
+    return std::shared_ptr<std::remove_reference_t<decltype(adapter)>>(system, &adapter);
+  };
+  auto ports = std::make_unique<tidewell::Ports>();
+  ports->log = port(system->log);
+  ports->clock = port(system->clock);
+  ports->console = port(system->console);
+  ports->text = port(system->text);
+  ports->defaults = port(system->defaults);
+  ports->mainLoop = port(*system->loop);
+  ports->processTable = port(system->processTable);
+  ports->runningApplications = port(system->runningApplications);
+  ports->serialQueues = port(system->serialQueues);
+  ports->networkTool = port(system->networkTool);
+  ports->powerSources = port(system->powerSources);
+  ports->powerManagement = port(system->powerManagement);
+  ports->assertionTable = port(system->assertionTable);
+  ports->sleepNotifications = port(system->sleepNotifications);
+  return ports;
+}
+
+std::unique_ptr<tidewell::Ports> makePorts() {
+  return makeLinuxPorts(std::make_shared<EventLoop>());
+}
+
+}  // namespace platform
