@@ -30,7 +30,7 @@ class FakePowerManagement : public PowerManagement {
                            const std::string& name) override {
     record("create " + std::string(type) + " '" + name + "'");
     const std::int32_t code = isDisplay(type) ? displayFailure : systemFailure;
-    if (code != 0) return {code, 0};
+    if (code != 0) return {code, kNoIdentifier};
     live.emplace(++last_, Assertion{std::string(type), level, name});
     return {0, last_};
   }
@@ -59,6 +59,9 @@ class FakePowerManagement : public PowerManagement {
   std::vector<std::string> calls;
 
  private:
+  /// What a failed creation may leave behind; nobody is to use it.
+  static constexpr std::uint32_t kNoIdentifier = 4711;
+
   static bool isDisplay(std::string_view type) { return type == "PreventUserIdleDisplaySleep"; }
 
   void record(const std::string& call) {

@@ -75,15 +75,18 @@ ThreadQueue::~ThreadQueue() {
 void ThreadQueue::async(std::function<void()> work) {
   // Once the lock is free the work may begin and end the queue.
   const std::shared_ptr<State> state = state_;
+  bool hasThread = false;
   {
     const std::lock_guard guard(state->lock);
-    if (state->hasThread || startThread()) {
-      state->pending.push_back(std::move(work));
-      state->changed.notify_one();
-      return;
-    }
+    hasThread = state->hasThread || startThread();
+    if (hasThread) state->pending.push_back(std::move(work));
   }
-  work();
+  // After the lock, or the thread would wake only to wait for it.
+  if (hasThread) {
+    state->changed.notify_one();
+  } else {
+    work();
+  }
 }
 
 bool ThreadQueue::startThread() {

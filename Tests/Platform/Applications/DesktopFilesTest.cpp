@@ -289,17 +289,18 @@ TEST(DesktopFiles, SeeAChangeInTheSameMomentAsTheScan) {
 }
 
 TEST(DesktopFiles, LookWhereTheEnvironmentSays) {
-  const ScopedVariable home("HOME", "/home/ada");
+  const ScopedVariable home("HOME", "/home/user");
   const ScopedVariable own("XDG_DATA_HOME", nullptr);
   const ScopedVariable shared("XDG_DATA_DIRS", "/usr/share/:/var/lib/flatpak/exports/share");
   const ScopedVariable path("PATH", "/a:b:/c");
   const ScopedVariable all("LC_ALL", "de_AT.UTF-8");
   const DesktopFiles::Places places = DesktopFiles::environmentPlaces();
-  EXPECT_EQ(places.applicationFolders,
-            (std::vector<fs::path>{"/home/ada/.local/share/applications", "/usr/share/applications",
-                                   "/var/lib/flatpak/exports/share/applications",
-                                   "/home/ada/.local/share/flatpak/exports/share/applications",
-                                   "/var/lib/snapd/desktop/applications"}));
+  EXPECT_EQ(
+      places.applicationFolders,
+      (std::vector<fs::path>{"/home/user/.local/share/applications", "/usr/share/applications",
+                             "/var/lib/flatpak/exports/share/applications",
+                             "/home/user/.local/share/flatpak/exports/share/applications",
+                             "/var/lib/snapd/desktop/applications"}));
   EXPECT_EQ(places.programFolders, (std::vector<fs::path>{"/a", "/c"}));
   EXPECT_EQ(places.locale, "de_AT.UTF-8");
 }

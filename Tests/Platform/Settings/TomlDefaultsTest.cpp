@@ -13,14 +13,14 @@ namespace {
 using Texts = std::vector<std::string>;
 
 TEST(TomlDefaults, LiesInTheConfigurationFolder) {
-  const ScopedVariable home("HOME", "/home/ada");
+  const ScopedVariable home("HOME", "/home/user");
   {
     const ScopedVariable config("XDG_CONFIG_HOME", "/config");
     EXPECT_EQ(TomlDefaults::defaultPath(), "/config/staylit/settings.toml");
   }
   for (const char* unusable : {"", "relative/config", "~/config"}) {
     const ScopedVariable config("XDG_CONFIG_HOME", unusable);
-    EXPECT_EQ(TomlDefaults::defaultPath(), "/home/ada/.config/staylit/settings.toml") << unusable;
+    EXPECT_EQ(TomlDefaults::defaultPath(), "/home/user/.config/staylit/settings.toml") << unusable;
   }
 }
 

@@ -10,8 +10,8 @@ namespace {
 using Paths = std::vector<std::filesystem::path>;
 
 TEST(XdgFolders, TakesTheHomeFromTheEnvironment) {
-  const ScopedVariable home("HOME", "/home/ada");
-  EXPECT_EQ(homeFolder(), "/home/ada");
+  const ScopedVariable home("HOME", "/home/user");
+  EXPECT_EQ(homeFolder(), "/home/user");
 }
 
 TEST(XdgFolders, TakesTheHomeFromTheUserDatabaseOtherwise) {
@@ -22,10 +22,10 @@ TEST(XdgFolders, TakesTheHomeFromTheUserDatabaseOtherwise) {
 }
 
 TEST(XdgFolders, LooksForDataInTheUsersFolderFirst) {
-  const ScopedVariable home("HOME", "/home/ada");
+  const ScopedVariable home("HOME", "/home/user");
   const ScopedVariable own("XDG_DATA_HOME", nullptr);
   const ScopedVariable shared("XDG_DATA_DIRS", nullptr);
-  EXPECT_EQ(xdgDataFolders(), (Paths{"/home/ada/.local/share", "/usr/local/share", "/usr/share"}));
+  EXPECT_EQ(xdgDataFolders(), (Paths{"/home/user/.local/share", "/usr/local/share", "/usr/share"}));
 }
 
 TEST(XdgFolders, TakesDataFoldersFromTheEnvironment) {
@@ -36,10 +36,11 @@ TEST(XdgFolders, TakesDataFoldersFromTheEnvironment) {
 
 TEST(XdgFolders, IgnoresListsWithoutAnAbsolutePath) {
   const ScopedVariable own("XDG_DATA_HOME", "data");
-  const ScopedVariable home("HOME", "/home/ada");
+  const ScopedVariable home("HOME", "/home/user");
   for (const char* unusable : {"", ":", "a:b"}) {
     const ScopedVariable shared("XDG_DATA_DIRS", unusable);
-    EXPECT_EQ(xdgDataFolders(), (Paths{"/home/ada/.local/share", "/usr/local/share", "/usr/share"}))
+    EXPECT_EQ(xdgDataFolders(),
+              (Paths{"/home/user/.local/share", "/usr/local/share", "/usr/share"}))
         << unusable;
   }
 }

@@ -1,0 +1,69 @@
+#include "Benchmarks/Crowd.h"
+
+#include <netinet/in.h>
+#include <signal.h>
+#include <spawn.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+
+#include <cstdlib>
+#include <stdexcept>
+#include <string>
+
+namespace {
+
+constexpr int kNames = 100;
+
+pid_t start(const std::string& program, const char* mode) {
+  std::string name = program;
+  std::string argument = mode;
+  char* arguments[] = {name.data(), argument.data(), nullptr};
+  pid_t pid = 0;
+  if (posix_spawn(&pid, program.c_str(), nullptr, nullptr, arguments, environ) != 0) {
+    throw std::runtime_error("cannot start " + program);
+  }
+  return pid;
+}
+
+}  // namespace
+
+Crowd::Crowd(int processes, int sockets) {
+  std::string pattern = (std::filesystem::temp_directory_path() / "crowd-XXXXXX").string();
+  folder_ = mkdtemp(pattern.data());
+  for (int name = 0; name < kNames; ++name) {
+    std::filesystem::copy_file(CROWD_MEMBER, folder_ / ("member-" + std::to_string(name)));
+  }
+  for (int index = 0; index < processes; ++index) {
+    const std::string program = folder_ / ("member-" + std::to_string(index % kNames));
+    members_.push_back(start(program, index % 10 == 0 ? "awake" : "quiet"));
+  }
+  connectPairs(sockets / 2);
+}
+
+Crowd::~Crowd() {
+  for (const pid_t pid : members_)
+    kill(pid, SIGKILL);
+  for (const pid_t pid : members_)
+    waitpid(pid, nullptr, 0);
+  std::filesystem::remove_all(folder_);
+}
+
+void Crowd::connectPairs(int pairs) {
+  using platform::Descriptor;
+  const Descriptor listener(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  socklen_t size = sizeof address;
+  auto* generic = reinterpret_cast<sockaddr*>(&address);
+  if (bind(listener.get(), generic, size) != 0 || listen(listener.get(), 128) != 0 ||
+      getsockname(listener.get(), generic, &size) != 0) {
+    throw std::runtime_error("cannot listen on loopback");
+  }
+  for (int pair = 0; pair < pairs; ++pair) {
+    Descriptor client(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    if (connect(client.get(), generic, size) != 0) throw std::runtime_error("cannot connect");
+    sockets_.push_back(std::move(client));
+    sockets_.emplace_back(accept4(listener.get(), nullptr, nullptr, SOCK_CLOEXEC));
+  }
+}

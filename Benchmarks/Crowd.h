@@ -1,0 +1,25 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <filesystem>
+#include <vector>
+
+#include "Platform/Linux/System/Descriptor.h"
+
+/// Many processes under a hundred names, a tenth of them awake, and connections over loopback.
+/// All of it ends with this object.
+class Crowd {
+ public:
+  Crowd(int processes, int sockets);
+  ~Crowd();
+  Crowd(const Crowd&) = delete;
+  Crowd& operator=(const Crowd&) = delete;
+
+ private:
+  void connectPairs(int pairs);
+
+  std::filesystem::path folder_;
+  std::vector<pid_t> members_;
+  std::vector<platform::Descriptor> sockets_;
+};

@@ -1,0 +1,65 @@
+#include <vector>
+
+#include "Platform/Linux/Settings/SettingsText.h"
+#include "Tests/Fuzz/Fuzzer.h"
+
+namespace {
+
+using platform::parseSettings;
+using platform::SettingsValues;
+using tidewell::PropertyDictionary;
+using tidewell::PropertyValue;
+
+/// A "nan" is not equal to itself.
+bool isSame(const PropertyValue& left, const PropertyValue& right) {
+  const auto* real = std::get_if<double>(&left);
+  const auto* other = std::get_if<double>(&right);
+  const bool areBothNan = real != nullptr && other != nullptr && *real != *real && *other != *other;
+  return left == right || areBothNan;
+}
+
+bool isSame(const PropertyDictionary& left, const PropertyDictionary& right) {
+  if (left.size() != right.size()) return false;
+  for (const auto& [key, value] : left) {
+    const auto found = right.find(key);
+    if (found == right.end() || !isSame(value, found->second)) return false;
+  }
+  return true;
+}
+
+/// A change of one key of a sound file must succeed, carry the value, and harm no other.
+void checkChange(std::string_view text, const PropertyDictionary& values, const std::string& key,
+                 const PropertyValue& value) {
+  const auto changed = platform::withSetting(text, key, value);
+  fuzz::require(changed.has_value());
+  const SettingsValues after = parseSettings(*changed);
+  fuzz::require(after.error.empty());
+  PropertyDictionary wanted = values;
+  wanted.insert_or_assign(key, value);
+  fuzz::require(isSame(after.values, wanted));
+}
+
+}  // namespace
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  const std::string_view text = fuzz::textOf(data, size);
+  const SettingsValues settings = parseSettings(text);
+  if (!settings.error.empty()) {
+    fuzz::require(!platform::withSetting(text, "k", true));
+    return 0;
+  }
+  checkChange(text, settings.values, "a new key", std::vector<std::string>{"a\"\n", ""});
+  if (settings.values.empty()) return 0;
+  checkChange(text, settings.values, settings.values.begin()->first, 12.5);
+  checkChange(text, settings.values, settings.values.rbegin()->first,
+              std::vector<std::string>(9, "com.example.application"));
+  for (const auto& [key, value] : settings.values) {
+    const auto* list = std::get_if<std::vector<std::string>>(&value);
+    if (list == nullptr || list->empty()) continue;
+    std::vector<std::string> other = *list;
+    other.erase(other.begin());
+    other.emplace_back("zzz");
+    checkChange(text, settings.values, key, other);
+  }
+  return 0;
+}
