@@ -164,8 +164,9 @@ std::optional<std::string> NetworkSampler::Shared::outputOf(Task& task) {
     return std::nullopt;
   }
   const Date deadline = clock.now() + std::chrono::ceil<std::chrono::nanoseconds>(kTimeAfterOutput);
-  while (task.isRunning() && clock.now() < deadline)
+  while (task.isRunning() && clock.now() < deadline && !isAbandoned()) {
     clock.sleepFor(kPollInterval);
+  }
   // What it has printed counts, even if it has to be stopped.
   if (task.isRunning()) task.terminate();
   return output;
@@ -179,7 +180,7 @@ bool NetworkSampler::Shared::isAbandoned() {
 /// Makes the task that runs known to the sampler's end; false when that has come already.
 bool NetworkSampler::Shared::publish(Task* task) {
   const std::lock_guard guard(lock);
-  running = task;
+  running = abandoned ? nullptr : task;
   return !abandoned;
 }
 

@@ -18,9 +18,13 @@ class DispatchSerialQueue final : public tidewell::SerialQueue {
             dispatch_queue_attr_make_with_qos_class(DISPATCH_QUEUE_SERIAL, QOS_CLASS_UTILITY, 0))) {
   }
 
-  // A dispatch queue outlives its owner until it has run dry: what has not begun finds itself
-  // dropped then.
-  ~DispatchSerialQueue() override { *dropped_ = true; }
+  // What has not begun finds itself dropped; what is under way is waited for, since it may use what
+  // goes away next.
+  ~DispatchSerialQueue() override {
+    *dropped_ = true;
+    dispatch_sync(queue_, ^{
+                  });
+  }
 
   DispatchSerialQueue(const DispatchSerialQueue&) = delete;
   DispatchSerialQueue& operator=(const DispatchSerialQueue&) = delete;

@@ -23,6 +23,7 @@ class FakeTaskLauncher : public TaskLauncher {
     bool exceedsLimit = false;  ///< The output is longer than the reader takes.
     /// How often the tool is seen running after its output ended.
     int seenRunning = 0;
+    bool ignoresTermination = false;
     std::function<void()> whileReading;
   };
 
@@ -66,7 +67,8 @@ class FakeTaskLauncher : public TaskLauncher {
     }
 
     bool isRunning() override {
-      if (record_->terminations > 0 || script_.seenRunning == 0) return false;
+      if (record_->terminations > 0 && !script_.ignoresTermination) return false;
+      if (script_.seenRunning == 0) return false;
       if (script_.seenRunning != kRunsUntilTerminated) --script_.seenRunning;
       return true;
     }

@@ -1,6 +1,7 @@
 #include "Staylit/Published.h"
 
 #include <gtest/gtest.h>
+#include <memory>
 
 #include <string>
 #include <vector>
@@ -100,13 +101,17 @@ TEST(Published, LetsAnObserverAddAnotherWhileItIsTold) {
 }
 
 TEST(Published, MayGoBeforeItsSubscriptions) {
+  const auto captured = std::make_shared<int>(0);
   Subscription subscription;
   {
     Published<int> property(0);
-    subscription = property.observe([](int) {});
+    subscription = property.observe([captured](int) { ++*captured; });
     property.set(1);
   }
+  EXPECT_EQ(*captured, 1);
+  EXPECT_EQ(captured.use_count(), 2);
   subscription = Subscription();
+  EXPECT_EQ(captured.use_count(), 1);
 }
 
 }  // namespace

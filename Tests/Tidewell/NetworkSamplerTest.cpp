@@ -213,6 +213,15 @@ TEST_F(NetworkSamplerTest, TerminatesTheToolWhenItIsDestroyedWhileTheToolRuns) {
   EXPECT_FALSE(fakes.networkTool.tasks[0]->alive);
 }
 
+TEST_F(NetworkSamplerTest, StopsWaitingForAToolThatIgnoresItsEndWhenItIsDestroyed) {
+  script.seenRunning = FakeTaskLauncher::kRunsUntilTerminated;
+  script.ignoresTermination = true;
+  fakes.clock.whileSleeping = [this] { sampler.reset(); };
+  runTool();
+  EXPECT_EQ(fakes.clock.sleeps, std::vector<Seconds>{50ms});
+  EXPECT_FALSE(fakes.networkTool.tasks[0]->alive);
+}
+
 // The lines.
 
 TEST(NetworkSamplerParse, SumsBytesInAndBytesOut) {

@@ -5,7 +5,7 @@
 namespace platform {
 namespace {
 
-constexpr std::size_t kMostUnits = 2048;
+constexpr std::size_t kMostUnits = 8192;
 
 }  // namespace
 

@@ -73,11 +73,14 @@ void EventLoop::stop(int status) {
 }
 
 void EventLoop::watchTerminationSignals(std::function<void()> action) {
-  const bool first = signals_.empty();
+  const bool first = !onTermination_;
   onTermination_ = std::move(action);
   if (!first) return;
   pthread_sigmask(SIG_SETMASK, nullptr, &formerMask_);
   for (const int number : {SIGTERM, SIGINT, SIGHUP}) {
+    // What was ignored from the start stays ignored, as nohup and shells want it.
+    struct sigaction current {};
+    if (sigaction(number, nullptr, &current) == 0 && current.sa_handler == SIG_IGN) continue;
     sd_event_source* source = nullptr;
     if (sd_event_add_signal(event_, &source, number | SD_EVENT_SIGNAL_PROCMASK, terminate, this) <
         0) {

@@ -66,7 +66,14 @@ tidewell::TaskLauncher::Launch SocketTableTool::launch(const std::string&,
 
 tidewell::TaskLauncher::Launch SocketTableTool::failed(int errorNumber) {
   interfaceSum_.reset();
-  if (std::exchange(hasFailed_, true)) return {std::make_unique<PreparedTask>(output_), ""};
+  if (std::exchange(hasFailed_, true)) {
+    // The caller logs every failure. From the second on it gets what was known, less the processes
+    // that have ended since.
+    processes_.refresh();
+    totals_.keepOnly(processes_.all());
+    writeOutput();
+    return {std::make_unique<PreparedTask>(output_), ""};
+  }
   return {nullptr, "cannot list sockets: " + std::generic_category().message(errorNumber)};
 }
 

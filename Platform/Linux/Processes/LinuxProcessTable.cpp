@@ -32,7 +32,12 @@ bool LinuxProcessTable::resourceUsage(std::int32_t pid, tidewell::ResourceUsage&
 int LinuxProcessTable::path(std::int32_t pid, std::span<char, kPathCapacity> buffer) {
   const TrackedProcess* process = tracker_.find(pid);
   if (!process || process->path.empty()) return 0;
-  const std::size_t length = process->path.copy(buffer.data(), buffer.size() - 1);
+  // Of a path that is too long the end matters, from a character on.
+  std::string_view path = process->path;
+  if (path.size() >= buffer.size()) path.remove_prefix(path.size() - buffer.size() + 1);
+  while (path.size() < process->path.size() && (path.front() & 0xC0) == 0x80)
+    path.remove_prefix(1);
+  const std::size_t length = path.copy(buffer.data(), buffer.size() - 1);
   buffer[length] = '\0';
   return static_cast<int>(length);
 }

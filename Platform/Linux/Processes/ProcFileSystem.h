@@ -14,8 +14,9 @@ namespace platform {
 /// Reads the files of `/proc`. Whatever vanishes half-read is absent. One thread at a time.
 class ProcFileSystem {
  public:
-  /// The largest file that is read whole; what is longer is cut.
-  static constexpr std::size_t kFileCapacity = 4096;
+  /// The largest file that is read whole; what is longer is cut. Long control groups of many
+  /// hierarchies fit.
+  static constexpr std::size_t kFileCapacity = 16384;
 
   /// `root` is "/proc", or a folder of the same shape.
   explicit ProcFileSystem(const std::string& root = "/proc");

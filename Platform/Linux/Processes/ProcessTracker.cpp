@@ -138,6 +138,10 @@ void ProcessTracker::scan() {
     reader_.forget(process);
     return true;
   });
+  // Another user's process may have become ours meanwhile.
+  std::erase_if(processes_, [this](TrackedProcess& process) {
+    return process.access == Access::refused && !reader_.readAll(process);
+  });
   const std::size_t known = processes_.size();
   for (const std::int32_t pid : *pids) {
     if (!isAmongFirst(known, pid)) add(pid);

@@ -1,11 +1,13 @@
 #include "Platform/Linux/Sleep/SessionInhibitors.h"
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
 #include <utility>
 
 #include "Platform/Linux/Sleep/Services.h"
+#include "Platform/Linux/System/Utf8.h"
 
 namespace platform {
 namespace {
@@ -67,11 +69,14 @@ std::optional<std::vector<ListedInhibitor>> SessionInhibitors::list() {
   std::map<std::string, ListedInhibitor> known;
   std::vector<ListedInhibitor> result;
   std::size_t asked = 0;
+  // Each answer is bounded, and so is their sum: what is still unknown is asked on the next
+  // reading.
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(500);
   for (const std::string& path : *paths) {
     std::optional<ListedInhibitor> inhibitor;
     if (auto found = detailsByPath_.find(path); found != detailsByPath_.end()) {
       inhibitor = found->second;
-    } else if (asked++ < kNewDetailsPerReading) {
+    } else if (asked++ < kNewDetailsPerReading && std::chrono::steady_clock::now() < deadline) {
       inhibitor = details(path);
     }
     if (!inhibitor) continue;
@@ -89,7 +94,7 @@ std::optional<ListedInhibitor> SessionInhibitors::details(const std::string& pat
     return std::nullopt;
   }
   ListedInhibitor result;
-  result.holder = withoutDesktopSuffix(applicationId);
+  result.holder = cleaned(withoutDesktopSuffix(applicationId));
   std::uint32_t flags = 0;
   if (!readDetail(sessionBus_, path, "GetFlags", "flags", "u", flags, reply)) return std::nullopt;
   if ((flags & kSuspendFlag) != 0) result.types.emplace_back("PreventUserIdleSystemSleep");

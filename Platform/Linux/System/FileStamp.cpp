@@ -1,5 +1,6 @@
 #include "Platform/Linux/System/FileStamp.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <ctime>
 
@@ -9,7 +10,10 @@ namespace {
 constexpr std::int64_t kNanosPerSecond = 1'000'000'000;
 
 std::int64_t nanos(const timespec& time) {
-  return std::int64_t{time.tv_sec} * kNanosPerSecond + time.tv_nsec;
+  // A file may claim to be of any year.
+  constexpr std::int64_t kMostSeconds = INT64_MAX / kNanosPerSecond - 1;
+  const std::int64_t seconds = std::clamp<std::int64_t>(time.tv_sec, -kMostSeconds, kMostSeconds);
+  return seconds * kNanosPerSecond + time.tv_nsec;
 }
 
 }  // namespace
