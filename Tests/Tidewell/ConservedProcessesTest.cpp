@@ -1,0 +1,352 @@
+#include "Tidewell/ConservedProcesses.h"
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "Tests/Fakes/FakeClock.h"
+#include "Tests/Tidewell/SimulatedKernel.h"
+#include "Tidewell/ProcessSampler.h"
+
+namespace tidewell {
+namespace {
+
+using namespace std::chrono_literals;
+
+class ConservedProcessesTest : public testing::Test {
+ protected:
+  /// One pass; what is counted afterwards, by name.
+  const std::map<std::string, Usage>& pass() {
+    clock.advance(2s);
+    table.all();
+    std::vector<std::int32_t> pids(static_cast<std::size_t>(table.listPids({})) / 4);
+    pids.resize(static_cast<std::size_t>(table.listPids(pids)) / 4);
+    counted.clear();
+    total = {};
+    for (const std::int32_t pid : pids) {
+      ResourceUsage usage;
+      std::array<char, ProcessTable::kPathCapacity> path{};
+      if (!table.resourceUsage(pid, usage)) continue;
+      const int length = table.path(pid, path);
+      const Usage used{usage.userTime + usage.systemTime,
+                       usage.diskBytesRead + usage.diskBytesWritten};
+      counted[std::string(ProcessSampler::nameFromPath(
+          {path.data(), static_cast<std::size_t>(std::max(0, length))}))] += used;
+      total += used;
+    }
+    return counted;
+  }
+
+  SimulatedKernel kernel;
+  FakeClock clock;
+  EndedProcesses ended;
+  // Enough processors that no growth in these tests is beyond what they could give.
+  ConservedProcesses table{{kernel, kernel, clock, ended, 1'000'000}};
+  std::map<std::string, Usage> counted;
+  Usage total;
+};
+
+TEST_F(ConservedProcessesTest, KeepsWhatAnEndedProcessHadUsedUnderItsName) {
+  const auto shell = kernel.spawn(1, "/bin/sh");
+  const auto compiler = kernel.spawn(shell, "/bin/cc1");
+  kernel.work(compiler, 6, 60);
+  pass();
+  kernel.endAndReap(compiler);
+  pass();
+  EXPECT_EQ(counted["cc1"], (Usage{6, 60}));
+  EXPECT_EQ(counted["sh"], (Usage{0, 0}));
+}
+
+TEST_F(ConservedProcessesTest, CreditsTheLastStretchToTheParentThatReaped) {
+  const auto shell = kernel.spawn(1, "/bin/sh");
+  const auto compiler = kernel.spawn(shell, "/bin/cc1");
+  kernel.work(compiler, 6, 60);
+  pass();
+  kernel.work(compiler, 2, 20);
+  kernel.endAndReap(compiler);
+  pass();
+  EXPECT_EQ(counted["cc1"], (Usage{6, 60}));
+  EXPECT_EQ(counted["sh"], (Usage{2, 20}));
+}
+
+TEST_F(ConservedProcessesTest, CreditsAProcessThatLivedBetweenTwoPassesToItsParent) {
+  const auto shell = kernel.spawn(1, "/bin/sh");
+  pass();
+  for (int unit = 0; unit < 5; ++unit) {
+    const auto compiler = kernel.spawn(shell, "/bin/cc1");
+    kernel.work(compiler, 1, 7);
+    kernel.endAndReap(compiler);
+  }
+  pass();
+  EXPECT_EQ(counted["sh"], (Usage{5, 35}));
+  EXPECT_FALSE(counted.contains("cc1"));
+}
+
+TEST_F(ConservedProcessesTest, CreditsGrandchildrenThroughADriverThatWasNeverSeen) {
+  const auto make = kernel.spawn(1, "/bin/make");
+  pass();
+  const auto driver = kernel.spawn(make, "/bin/gcc");
+  const auto compiler = kernel.spawn(driver, "/bin/cc1");
+  kernel.work(compiler, 4, 9);
+  kernel.endAndReap(compiler);
+  kernel.endAndReap(driver);
+  pass();
+  EXPECT_EQ(counted["make"], (Usage{4, 9}));
+}
+
+TEST_F(ConservedProcessesTest, CountsNothingTwiceWhenADriverAndItsChildEndTogether) {
+  const auto make = kernel.spawn(1, "/bin/make");
+  const auto driver = kernel.spawn(make, "/bin/gcc");
+  const auto compiler = kernel.spawn(driver, "/bin/cc1");
+  kernel.work(compiler, 4, 40);
+  kernel.work(driver, 1, 10);
+  pass();
+  kernel.work(compiler, 2, 20);
+  kernel.endAndReap(compiler);
+  kernel.endAndReap(driver);
+  pass();
+  EXPECT_EQ(counted["cc1"], (Usage{4, 40}));
+  EXPECT_EQ(counted["gcc"], (Usage{1, 10}));
+  EXPECT_EQ(counted["make"], (Usage{2, 20}));
+}
+
+TEST_F(ConservedProcessesTest, LeavesWhatWasUsedBeforeAnExecUnderTheFormerName) {
+  const auto program = kernel.spawn(1, "/bin/sh");
+  kernel.work(program, 3, 30);
+  pass();
+  kernel.exec(program, "/bin/ffmpeg");
+  kernel.work(program, 2, 20);
+  pass();
+  EXPECT_EQ(counted["sh"], (Usage{3, 30}));
+  EXPECT_EQ(counted["ffmpeg"], (Usage{2, 20}));
+}
+
+TEST_F(ConservedProcessesTest, TakesAnotherProcessUnderTheSameNumberForAnother) {
+  const auto first = kernel.spawn(1, "/bin/a");
+  kernel.work(first, 5);
+  pass();
+  kernel.endAndReap(first);
+  const auto second = kernel.spawn(1, "/bin/b");
+  ASSERT_EQ(first, second);
+  kernel.work(second, 9);
+  pass();
+  EXPECT_EQ(counted["a"].time, 5u);
+  EXPECT_EQ(counted["b"].time, 9u);
+}
+
+TEST_F(ConservedProcessesTest, CountsNothingTwiceWhenAnOrphanIsReapedByItsHeir) {
+  const auto manager = kernel.spawn(1, "/bin/manager");
+  const auto shell = kernel.spawn(manager, "/bin/sh");
+  const auto job = kernel.spawn(shell, "/bin/job");
+  kernel.work(job, 8, 80);
+  pass();
+  kernel.end(shell, manager);
+  kernel.reap(shell);
+  kernel.work(job, 1, 10);
+  kernel.endAndReap(job);
+  pass();
+  EXPECT_EQ(counted["job"], (Usage{8, 80}));
+  EXPECT_EQ(counted["manager"], (Usage{1, 10}));
+  EXPECT_EQ(total.time, 9u);
+}
+
+TEST_F(ConservedProcessesTest, LosesOnlyTheUnseenPartOfWhatNobodyReaps) {
+  const auto daemon = kernel.spawn(1, "/bin/daemon");
+  kernel.processes[daemon].reapsNobody = true;
+  const auto job = kernel.spawn(daemon, "/bin/job");
+  kernel.work(job, 8, 80);
+  pass();
+  kernel.work(job, 1, 10);
+  kernel.end(job);
+  pass();
+  pass();
+  EXPECT_EQ(counted["job"], (Usage{8, 80}));
+  EXPECT_EQ(counted["daemon"], (Usage{0, 0}));
+  // What it later reaps after all is not mistaken for that job.
+  kernel.processes[daemon].reapsNobody = false;
+  const auto other = kernel.spawn(daemon, "/bin/other");
+  kernel.work(other, 3);
+  kernel.endAndReap(other);
+  pass();
+  EXPECT_EQ(counted["daemon"].time, 3u);
+}
+
+TEST_F(ConservedProcessesTest, TakesAChildThatWasReapedDuringThePassForEnded) {
+  const auto shell = kernel.spawn(1, "/bin/sh");
+  const auto job = kernel.spawn(shell, "/bin/job");
+  kernel.work(job, 5, 50);
+  pass();
+  // The list still has the job, and its counters are read; then the shell reaps it and is read.
+  struct LateReaper : ProcessTable {
+    LateReaper(SimulatedKernel& simulated, std::int32_t reaped) : kernel(simulated), job(reaped) {}
+    int listPids(std::span<std::int32_t> buffer) override {
+      const int bytes = kernel.listPids(buffer);
+      std::ranges::reverse(buffer);
+      return bytes;
+    }
+    bool resourceUsage(std::int32_t pid, ResourceUsage& usage) override {
+      return kernel.resourceUsage(pid, usage);
+    }
+    int path(std::int32_t pid, std::span<char, kPathCapacity> buffer) override {
+      return kernel.path(pid, buffer);
+    }
+    std::int32_t parent(std::int32_t pid) override { return kernel.parent(pid); }
+    bool isAlive(std::int32_t pid) override { return kernel.isAlive(pid) && pid != job; }
+    bool diskIncludesReaped() override { return true; }
+    Timebase timebase() override { return kernel.timebase(); }
+    SimulatedKernel& kernel;
+    std::int32_t job;
+  };
+  LateReaper late(kernel, 0);
+  ConservedProcesses conserved({late, kernel, clock, ended, 1000});
+  conserved.all();
+  // From here the shell's counters have the job, which is still listed.
+  kernel.processes[shell].reaped += 5;
+  kernel.processes[shell].disk += 50;
+  late.job = job;
+  clock.advance(2s);
+  conserved.all();
+  ResourceUsage usage;
+  ASSERT_TRUE(conserved.resourceUsage(shell, usage));
+  EXPECT_EQ(usage.userTime, 0u);
+  EXPECT_EQ(usage.diskBytesRead, 0u);
+  EXPECT_FALSE(conserved.resourceUsage(job, usage));
+}
+
+TEST_F(ConservedProcessesTest, DropsTimeThatNoProcessorCouldHaveGivenSinceTheLastPass) {
+  ConservedProcesses two({kernel, kernel, clock, ended, 2});
+  const auto shell = kernel.spawn(1, "/bin/sh");
+  const auto job = kernel.spawn(shell, "/usr/bin/secret");
+  kernel.unreadable = job;
+  clock.advance(2s);
+  two.all();
+  kernel.work(job, 80'000, 8'000);
+  kernel.endAndReap(job);
+  kernel.unreadable = 0;
+  clock.advance(2s);
+  two.all();
+  ResourceUsage usage;
+  ASSERT_TRUE(two.resourceUsage(shell, usage));
+  EXPECT_EQ(usage.userTime, 4u);  // Two processors, two seconds.
+  EXPECT_EQ(usage.diskBytesRead, 0u);
+  clock.advance(2s);
+  two.all();
+  ASSERT_TRUE(two.resourceUsage(shell, usage));
+  EXPECT_EQ(usage.userTime, 4u);
+}
+
+TEST_F(ConservedProcessesTest, ListsAnAccountBehindTheProcessesUnderANumberThatNoneHas) {
+  const auto job = kernel.spawn(1, "/bin/job");
+  pass();
+  kernel.endAndReap(job);
+  pass();
+  std::vector<std::int32_t> pids(static_cast<std::size_t>(table.listPids({})) / 4);
+  table.listPids(pids);
+  EXPECT_EQ(pids, (std::vector<std::int32_t>{1, UsageAccounts::kFirstIdentifier}));
+  EXPECT_EQ(ended.accountOf(job), UsageAccounts::kFirstIdentifier);
+}
+
+TEST_F(ConservedProcessesTest, AnswersInTheTwoCallsOfATable) {
+  kernel.spawn(1, "/bin/a");
+  pass();
+  std::vector<std::int32_t> one(1);
+  EXPECT_EQ(table.listPids(one), 4);
+  EXPECT_EQ(one[0], 1);
+}
+
+/// Random trees of processes that do everything that processes do.
+class RandomLife {
+ public:
+  RandomLife(SimulatedKernel& kernel, unsigned seed) : kernel_(kernel), random_(seed) {}
+
+  void step() {
+    const std::int32_t pid = any();
+    switch (pick(9)) {
+      case 0:
+      case 1:
+        if (kernel_.processes.size() < 40) kernel_.spawn(pid, name());
+        break;
+      case 2:
+      case 3:
+      case 4:
+        // Nothing reaches a disk without some time of a processor.
+        kernel_.work(pid, 1 + pick(20), pick(1000));
+        break;
+      case 5:
+        if (pid != 1) kernel_.exec(pid, name());
+        break;
+      case 6:
+        if (pid != 1) kernel_.end(pid, heirOf(pid));
+        break;
+      default:
+        reapOne();
+    }
+  }
+  void endAll() {
+    while (kernel_.processes.size() > 1) {
+      const auto processes = kernel_.processes;
+      for (const auto& [pid, process] : processes) {
+        if (pid != 1 && !process.zombie) kernel_.end(pid);
+      }
+      reapOne();
+    }
+  }
+
+ private:
+  unsigned pick(unsigned count) { return static_cast<unsigned>(random_() % count); }
+  std::string name() { return "/bin/" + std::string(1, static_cast<char>('a' + pick(6))); }
+  std::int32_t any() {
+    auto live = std::vector<std::int32_t>();
+    for (const auto& [pid, process] : kernel_.processes) {
+      if (!process.zombie) live.push_back(pid);
+    }
+    return live[pick(static_cast<unsigned>(live.size()))];
+  }
+  /// The nearest ancestor but one, as if every third process adopted orphans, else init.
+  std::int32_t heirOf(std::int32_t pid) {
+    const std::int32_t parent = kernel_.processes.at(pid).parent;
+    return parent > 1 && parent % 3 == 0 && !kernel_.processes.at(parent).zombie ? parent : 1;
+  }
+  void reapOne() {
+    for (const auto& [pid, process] : kernel_.processes) {
+      if (!process.zombie || kernel_.processes.at(process.parent).zombie) continue;
+      kernel_.reap(pid);
+      return;
+    }
+  }
+
+  SimulatedKernel& kernel_;
+  std::mt19937 random_;
+};
+
+class ConservationTest : public ConservedProcessesTest, public testing::WithParamInterface<int> {};
+
+TEST_P(ConservationTest, CountsWhatTheKernelChargedOnceAndNeverLess) {
+  RandomLife life(kernel, static_cast<unsigned>(GetParam()));
+  std::map<std::string, Usage> former = pass();
+  for (int tick = 0; tick < 60; ++tick) {
+    for (int count = 0; count < 25; ++count)
+      life.step();
+    pass();
+    EXPECT_LE(total.time, kernel.charged);
+    EXPECT_LE(total.disk, kernel.chargedDisk);
+    for (const auto& [name, usage] : former) {
+      EXPECT_GE(counted[name].time, usage.time) << name;
+      EXPECT_GE(counted[name].disk, usage.disk) << name;
+    }
+    former = counted;
+  }
+  life.endAll();
+  pass();
+  pass();
+  EXPECT_EQ(total.time, kernel.charged);
+  EXPECT_EQ(total.disk, kernel.chargedDisk);
+}
+
+INSTANTIATE_TEST_SUITE_P(RandomTrees, ConservationTest, testing::Range(1, 201));
+
+}  // namespace
+}  // namespace tidewell

@@ -1,0 +1,116 @@
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "Tidewell/Ports/ProcessTable.h"
+#include "Tidewell/Ports/RunningApplications.h"
+
+namespace tidewell {
+
+/// A kernel of the test's own: processes are born, work, replace their program, end, are reaped or
+/// inherited, exactly as a kernel charges for it. One unit of time is a second.
+class SimulatedKernel : public ProcessTable, public RunningApplications {
+ public:
+  struct Process {
+    std::int32_t parent = 0;
+    std::uint64_t start = 0;
+    std::uint64_t own = 0;
+    std::uint64_t reaped = 0;
+    std::uint64_t disk = 0;  ///< With that of its reaped children.
+    std::string path;
+    std::uint32_t version = 1;
+    bool zombie = false;
+    bool reapsNobody = false;  ///< Its children vanish by themselves when they end.
+  };
+
+  SimulatedKernel() { processes[1] = {.path = "/sbin/init"}; }
+
+  std::int32_t spawn(std::int32_t parent, const std::string& path) {
+    std::int32_t pid = 2;
+    while (processes.contains(pid))
+      ++pid;  // Numbers are given out again at once.
+    processes[pid] = {.parent = parent, .start = ++clock, .path = path};
+    return pid;
+  }
+  void work(std::int32_t pid, std::uint64_t time, std::uint64_t disk = 0) {
+    processes.at(pid).own += time;
+    processes.at(pid).disk += disk;
+    charged += time;
+    chargedDisk += disk;
+  }
+  void exec(std::int32_t pid, const std::string& path) {
+    processes.at(pid).path = path;
+    ++processes.at(pid).version;
+  }
+  /// Ends the process; its children go to `heir`.
+  void end(std::int32_t pid, std::int32_t heir = 1) {
+    for (auto& [childPid, child] : processes) {
+      if (child.parent == pid) child.parent = heir;
+    }
+    processes.at(pid).zombie = true;
+    if (processes.at(processes.at(pid).parent).reapsNobody) processes.erase(pid);
+  }
+  void reap(std::int32_t pid) {
+    const Process process = processes.at(pid);
+    processes.erase(pid);
+    Process& parent = processes.at(process.parent);
+    parent.reaped += process.own + process.reaped;
+    parent.disk += process.disk;
+  }
+  void endAndReap(std::int32_t pid) {
+    end(pid);
+    if (processes.contains(pid)) reap(pid);
+  }
+
+  int listPids(std::span<std::int32_t> buffer) override {
+    if (buffer.empty()) return static_cast<int>(processes.size() * 4);
+    std::size_t count = 0;
+    for (const auto& [pid, process] : processes) {
+      if (count < buffer.size()) buffer[count++] = pid;
+    }
+    return static_cast<int>(count * 4);
+  }
+  bool resourceUsage(std::int32_t pid, ResourceUsage& usage) override {
+    const auto found = processes.find(pid);
+    if (found == processes.end() || unreadable == pid) return false;
+    const Process& process = found->second;
+    usage = {};
+    usage.userTime = process.own;
+    usage.diskBytesWritten = process.disk;
+    usage.reapedTime = process.reaped;
+    usage.startTime = process.start;
+    usage.programVersion = process.version;
+    return true;
+  }
+  int path(std::int32_t pid, std::span<char, kPathCapacity> buffer) override {
+    const auto found = processes.find(pid);
+    if (found == processes.end() || found->second.zombie) return 0;
+    found->second.path.copy(buffer.data(), buffer.size());
+    return static_cast<int>(found->second.path.size());
+  }
+  std::int32_t parent(std::int32_t pid) override {
+    const auto found = processes.find(pid);
+    return found == processes.end() ? 0 : found->second.parent;
+  }
+  bool isAlive(std::int32_t pid) override { return processes.contains(pid); }
+  bool diskIncludesReaped() override { return true; }
+  Timebase timebase() override { return {1'000'000'000, 1}; }
+
+  std::span<const std::shared_ptr<const RunningApplication>> all() override { return applications; }
+  std::shared_ptr<const RunningApplication> withProcessIdentifier(std::int32_t) override {
+    return nullptr;
+  }
+
+  std::map<std::int32_t, Process> processes;
+  std::vector<std::shared_ptr<const RunningApplication>> applications;
+  std::uint64_t clock = 0;
+  std::uint64_t charged = 0;  ///< All time that any process ever used.
+  std::uint64_t chargedDisk = 0;
+  std::int32_t unreadable = 0;
+};
+
+}  // namespace tidewell

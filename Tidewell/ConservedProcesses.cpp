@@ -1,0 +1,371 @@
+#include "Tidewell/ConservedProcesses.h"
+
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
+namespace tidewell {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr std::size_t kPidSize = sizeof(std::int32_t);
+/// The user and the system part of a reaped time, each cut to a hundredth of a second.
+constexpr std::uint64_t kToleranceNanos = 20'000'000;
+constexpr int kMostAncestors = 64;
+
+/// Growth of a counter; none if it went backwards, as no counter should.
+std::uint64_t growth(std::uint64_t now, std::uint64_t before) {
+  return now > before ? now - before : 0;
+}
+
+std::uint64_t timeUnits(double nanos, Timebase timebase) {
+  return static_cast<std::uint64_t>(nanos * static_cast<double>(timebase.denom) /
+                                    static_cast<double>(timebase.numer));
+}
+
+std::uint64_t ownTimeOf(const ResourceUsage& usage) {
+  return usage.userTime + usage.systemTime;
+}
+
+std::uint64_t diskOf(const ResourceUsage& usage) {
+  return usage.diskBytesRead + usage.diskBytesWritten;
+}
+
+}  // namespace
+
+ConservedProcesses::ConservedProcesses(Sources sources)
+    : sources_(sources), diskIncludesReaped_(sources.table.diskIncludesReaped()) {}
+
+ConservedProcesses::~ConservedProcesses() = default;
+
+std::span<const std::shared_ptr<const RunningApplication>> ConservedProcesses::all() {
+  const auto current = sources_.applications.all();
+  applications_.assign(current.begin(), current.end());
+  std::ranges::stable_sort(applications_, {}, &RunningApplication::processIdentifier);
+  pass();
+  prepared_ = true;
+
+  listed_.assign(applications_.begin(), applications_.end());
+  for (const UsageAccounts::Account& account : accounts_.accounts()) {
+    if (account.application) listed_.push_back(account.application);
+  }
+  return listed_;
+}
+
+std::shared_ptr<const RunningApplication> ConservedProcesses::withProcessIdentifier(
+    std::int32_t pid) {
+  return sources_.applications.withProcessIdentifier(pid);
+}
+
+int ConservedProcesses::listPids(std::span<std::int32_t> buffer) {
+  if (buffer.empty() && !std::exchange(prepared_, false)) pass();
+  const auto& accounts = accounts_.accounts();
+  const std::size_t count = order_.size() + accounts.size();
+  if (buffer.empty()) return static_cast<int>(count * kPidSize);
+
+  const std::size_t listed = std::min(buffer.size(), order_.size());
+  std::copy_n(order_.begin(), listed, buffer.begin());
+  const std::size_t more = std::min(buffer.size() - listed, accounts.size());
+  std::ranges::transform(accounts.begin(), accounts.begin() + static_cast<std::ptrdiff_t>(more),
+                         buffer.begin() + static_cast<std::ptrdiff_t>(listed),
+                         &UsageAccounts::Account::identifier);
+  return static_cast<int>((listed + more) * kPidSize);
+}
+
+bool ConservedProcesses::resourceUsage(std::int32_t pid, ResourceUsage& usage) {
+  const Usage* counted = nullptr;
+  if (const Process* process = find(pid)) {
+    if (!process->path.empty()) counted = &process->counted;
+  } else if (const auto* account = accounts_.find(pid)) {
+    counted = &account->usage;
+  }
+  if (!counted) return false;
+  usage = {};
+  usage.userTime = counted->time;
+  usage.diskBytesRead = counted->disk;
+  return true;
+}
+
+int ConservedProcesses::path(std::int32_t pid, std::span<char, kPathCapacity> buffer) {
+  const std::string* path = nullptr;
+  if (const Process* process = find(pid)) {
+    path = &process->path;
+  } else if (const auto* account = accounts_.find(pid)) {
+    path = &account->path;
+  }
+  if (!path) return sources_.table.path(pid, buffer);
+  const std::size_t length = path->copy(buffer.data(), buffer.size() - 1);
+  buffer[length] = '\0';
+  return static_cast<int>(length);
+}
+
+std::int32_t ConservedProcesses::parent(std::int32_t pid) {
+  return sources_.table.parent(pid);
+}
+
+bool ConservedProcesses::isAlive(std::int32_t pid) {
+  return sources_.table.isAlive(pid);
+}
+
+Timebase ConservedProcesses::timebase() {
+  return sources_.table.timebase();
+}
+
+void ConservedProcesses::pass() {
+  measureInterval();
+  accounts_.nextPass();
+  readProcesses();
+  findReapedMeanwhile();
+  removeEnded();
+  claimFromReapers();
+  updateOrphans();
+  for (Process& process : processes_) {
+    process.counted += process.reaped.settle(mostTime_, tolerance_);
+  }
+  for (const Process& process : gone_)
+    close(process);
+  gone_.clear();
+  if (accounts_.isCrowded()) foldAccounts();
+  primed_ = true;
+  cursor_ = 0;
+}
+
+void ConservedProcesses::measureInterval() {
+  const Date now = sources_.clock.now();
+  Seconds interval = now - std::exchange(lastPass_, now);
+  // A clock that was set tells nothing; a tick is a fair guess then.
+  if (interval <= Seconds::zero()) interval = 2s;
+  const Timebase timebase = sources_.table.timebase();
+  mostTime_ = timeUnits(interval.count() * 1e9 * sources_.processors, timebase);
+  tolerance_ = timeUnits(kToleranceNanos, timebase);
+}
+
+void ConservedProcesses::readProcesses() {
+  const int needed = sources_.table.listPids({});
+  order_.assign(needed < 1 ? 0 : static_cast<std::size_t>(needed) / kPidSize, 0);
+  const int written = order_.empty() ? 0 : sources_.table.listPids(order_);
+  order_.resize(std::min(order_.size(), static_cast<std::size_t>(std::max(written, 0)) / kPidSize));
+  ascending_ = order_;
+  if (!std::ranges::is_sorted(ascending_)) std::ranges::sort(ascending_);
+
+  static const Application none;
+  auto known = processes_.begin();
+  auto application = applications_.begin();
+  const auto endKnown = processes_.end();
+  for (const std::int32_t pid : ascending_) {
+    while (known != endKnown && known->pid < pid)
+      end(*known++);
+    while (application != applications_.end() && (*application)->processIdentifier() < pid) {
+      ++application;
+    }
+    // Of several with one identifier the last counts.
+    const Application* owner = &none;
+    while (application != applications_.end() && (*application)->processIdentifier() == pid) {
+      owner = &*application++;
+    }
+    const bool isKnown = known != endKnown && known->pid == pid;
+    readProcess(pid, isKnown ? &*known++ : nullptr, *owner);
+  }
+  while (known != endKnown)
+    end(*known++);
+}
+
+void ConservedProcesses::readProcess(std::int32_t pid, Process* known,
+                                     const Application& application) {
+  ResourceUsage usage;
+  const bool readable = sources_.table.resourceUsage(pid, usage);
+  if (known && readable && known->startTime == usage.startTime) {
+    update(*known, usage, application);
+    return;
+  }
+  if (known) end(*known);
+  if (readable) add(pid, usage, application);
+}
+
+void ConservedProcesses::add(std::int32_t pid, const ResourceUsage& usage,
+                             const Application& application) {
+  Process& process = born_.emplace_back();
+  process.pid = pid;
+  process.parent = sources_.table.parent(pid);
+  process.startTime = usage.startTime;
+  process.ownTime = ownTimeOf(usage);
+  process.reapedTime = usage.reapedTime;
+  process.disk = diskOf(usage);
+  readName(process, usage.programVersion, application);
+  if (primed_) {
+    // All that it has used is new, as far as it can be.
+    process.counted.time = std::min(process.ownTime, mostTime_);
+    process.reaped.grow(process.reapedTime, process.disk);
+  } else {
+    process.counted = {process.ownTime, process.disk};
+  }
+}
+
+void ConservedProcesses::update(Process& process, const ResourceUsage& usage,
+                                const Application& application) {
+  const bool mayHaveChanged = usage.programVersion == 0 ||
+                              usage.programVersion != process.programVersion ||
+                              application != process.application;
+  if (mayHaveChanged) readName(process, usage.programVersion, application);
+
+  const std::uint64_t ownTime = ownTimeOf(usage);
+  const std::uint64_t disk = diskOf(usage);
+  process.counted.time += growth(ownTime, process.ownTime);
+  process.reapedSome = usage.reapedTime > process.reapedTime;
+  process.reaped.grow(growth(usage.reapedTime, process.reapedTime), growth(disk, process.disk));
+  process.ownTime = ownTime;
+  process.reapedTime = usage.reapedTime;
+  process.disk = disk;
+}
+
+/// Reads path and application. What was counted so far stays under the former name.
+void ConservedProcesses::readName(Process& process, std::uint32_t version,
+                                  const Application& application) {
+  const int length = sources_.table.path(process.pid, path_);
+  const std::string_view path(path_.data(), static_cast<std::size_t>(std::max(length, 0)));
+  process.programVersion = version;
+  // One that has just ended has no path any more.
+  if (path.empty() && !process.path.empty()) return;
+  if (path == process.path && application == process.application) return;
+  if (process.counted != Usage() &&
+      UsageAccounts::key(path, application.get()) !=
+          UsageAccounts::key(process.path, process.application.get())) {
+    accounts_.add(process.path, process.application.get(), std::exchange(process.counted, {}));
+  }
+  process.path = path;
+  process.application = application;
+}
+
+void ConservedProcesses::end(Process& process) {
+  process.ended = true;
+  process.reapedSome = false;
+}
+
+/// A child that was listed may have been reaped before its parent was read. What had been seen of
+/// it is in both then, so it is taken for ended.
+void ConservedProcesses::findReapedMeanwhile() {
+  std::vector<std::int32_t> reapers;
+  for (const Process& process : processes_) {
+    if (process.reapedSome) reapers.push_back(process.pid);
+  }
+  if (reapers.empty()) return;
+  const auto check = [&](Process& process) {
+    if (process.ended || !std::ranges::binary_search(reapers, process.parent)) return;
+    process.ended = !sources_.table.isAlive(process.pid);
+    if (process.ended) std::erase(order_, process.pid);
+  };
+  std::ranges::for_each(processes_, check);
+  std::ranges::for_each(born_, check);
+}
+
+/// Moves what ended to `gone_`, and what is new among the others.
+void ConservedProcesses::removeEnded() {
+  const auto isLive = [](const Process& process) { return !process.ended; };
+  for (std::vector<Process>* list : {&processes_, &born_}) {
+    const auto ended = std::stable_partition(list->begin(), list->end(), isLive);
+    std::move(ended, list->end(), std::back_inserter(gone_));
+    list->erase(ended, list->end());
+  }
+  std::ranges::stable_sort(gone_, {}, &Process::pid);
+  if (!born_.empty()) {
+    const auto known = static_cast<std::ptrdiff_t>(processes_.size());
+    std::ranges::move(born_, std::back_inserter(processes_));
+    born_.clear();
+    std::ranges::inplace_merge(processes_, processes_.begin() + known, {}, &Process::pid);
+  }
+}
+
+/// After the claims, which go by who was whose child when the ended ones still lived.
+void ConservedProcesses::updateOrphans() {
+  if (gone_.empty()) return;
+  for (Process& process : processes_) {
+    if (std::ranges::binary_search(gone_, process.parent, {}, &Process::pid)) {
+      process.parent = sources_.table.parent(process.pid);
+    }
+  }
+}
+
+/// The parent of a process that ended, if it has not ended as well. Another process may have its
+/// number by now.
+ConservedProcesses::Process* ConservedProcesses::livingParent(const Process& ended) {
+  const bool isGone = std::ranges::binary_search(gone_, ended.parent, {}, &Process::pid);
+  return isGone ? nullptr : find(ended.parent);
+}
+
+/// Takes what had been seen of the ended processes out of what their reapers are charged.
+void ConservedProcesses::claimFromReapers() {
+  // A parent that lives is the reaper. This comes first, for what is left is open to guesses.
+  std::vector<const Process*> unclaimed;
+  for (const Process& process : gone_) {
+    Process* parent = livingParent(process);
+    if (!parent || !parent->reaped.claim(seenOf(process), tolerance_)) {
+      unclaimed.push_back(&process);
+    }
+  }
+  for (const Process* process : unclaimed)
+    claimFromAncestors(process->parent, seenOf(*process));
+  for (Process& process : gone_) {
+    for (const Usage& debt : process.reaped.takeDebts())
+      claimFromAncestors(process.parent, debt);
+  }
+}
+
+/// A process whose parent ended too was reaped by it, or by whoever inherited it. In either case
+/// the charge went up the line of its ancestors, and lies with the first that has it.
+void ConservedProcesses::claimFromAncestors(std::int32_t ancestor, const Usage& seen) {
+  Process* nearest = nullptr;
+  for (int step = 0; ancestor > 0 && step < kMostAncestors; ++step) {
+    const auto gone = std::ranges::lower_bound(gone_, ancestor, {}, &Process::pid);
+    const bool isGone = gone != gone_.end() && gone->pid == ancestor;
+    Process* process = isGone ? &*gone : find(ancestor);
+    if (!process) break;
+    // One that ended may have been read after it reaped and before it ended.
+    const bool mayHaveIt = !isGone || process->reapedSome;
+    if (mayHaveIt && process->reaped.claim(seen, tolerance_)) return;
+    if (!isGone && !nearest) nearest = process;
+    ancestor = process->parent;
+  }
+  // Of one that waits to be reaped it is not known who has inherited its children. In the end they
+  // all fall to the first process.
+  Process* first = find(1);
+  if (first && first->reaped.claim(seen, tolerance_)) return;
+  // Whoever reaped it was read before it did.
+  if (!nearest) nearest = first;
+  if (nearest) nearest->reaped.claimOnNext(seen);
+}
+
+void ConservedProcesses::close(const Process& process) {
+  if (process.path.empty()) return;
+  const std::int32_t account =
+      accounts_.add(process.path, process.application.get(), process.counted);
+  sources_.ended.add(process.pid, account);
+}
+
+void ConservedProcesses::foldAccounts() {
+  TextMap<bool> live;
+  for (const Process& process : processes_) {
+    live.emplace(UsageAccounts::key(process.path, process.application.get()), true);
+  }
+  accounts_.fold(live);
+}
+
+/// What will show in the counters of whoever reaps `process`, less what nobody saw of it. A process
+/// without a name is seen by nobody.
+Usage ConservedProcesses::seenOf(const Process& process) const {
+  if (process.path.empty()) return {};
+  return {process.ownTime + process.reapedTime, diskIncludesReaped_ ? process.disk : 0};
+}
+
+ConservedProcesses::Process* ConservedProcesses::find(std::int32_t pid) {
+  // Ascending questions, each asked several times, hit the same entry or the next.
+  if (cursor_ < processes_.size() && processes_[cursor_].pid < pid) ++cursor_;
+  if (cursor_ >= processes_.size() || processes_[cursor_].pid != pid) {
+    const auto found = std::ranges::lower_bound(processes_, pid, {}, &Process::pid);
+    if (found == processes_.end() || found->pid != pid) return nullptr;
+    cursor_ = static_cast<std::size_t>(found - processes_.begin());
+  }
+  return &processes_[cursor_];
+}
+
+}  // namespace tidewell

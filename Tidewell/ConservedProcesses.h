@@ -1,0 +1,124 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "Tidewell/EndedProcesses.h"
+#include "Tidewell/Ports/Clock.h"
+#include "Tidewell/Ports/ProcessTable.h"
+#include "Tidewell/Ports/RunningApplications.h"
+#include "Tidewell/ReapedUsage.h"
+#include "Tidewell/UsageAccounts.h"
+
+namespace tidewell {
+
+/// A process table in which nothing that was used is lost, whatever happens to the processes that
+/// used it: a build is a build, however many processes it is.
+///
+/// It stands between the core and the system's own table and running applications, and is both
+/// itself. The invariant: **the sum of the counters of everything that it lists only grows, and
+/// grows by what the kernel charged, each nanosecond and byte once and under one name.**
+///
+/// * What a process had used when it ended stays, in an account of its name and application that
+///   is listed like a process (`UsageAccounts`).
+/// * What a process used before it took another name (by exec) stays under the former name.
+/// * What was used unseen, by a process that lived between two passes or in the last stretch of
+///   one, is credited to the process that reaped it: the growth of its reaped children's time,
+///   less what had been seen of the children that ended (`ReapedUsage`).
+///
+/// Left out is what no one reaped (its parent ignores its end), and what cannot have been used
+/// since the last pass: time beyond what all processors could give in that interval. That is older
+/// work, of processes that could not be read, told of all at once when their parent reaps them. It
+/// is dropped rather than spread, for spread it would look like work that goes on.
+///
+/// Main thread only; the arguments must outlive it. A pass costs one look at each process.
+class ConservedProcesses : public ProcessTable, public RunningApplications {
+ public:
+  struct Sources {
+    ProcessTable& table;
+    RunningApplications& applications;
+    Clock& clock;
+    EndedProcesses& ended;  ///< Is told of every process that ends.
+    unsigned processors;    ///< How many can work at once; at least 1.
+  };
+
+  explicit ConservedProcesses(Sources sources);
+  ~ConservedProcesses() override;
+
+  /// Makes a pass over the system's table; the `listPids` that follows answers from it.
+  std::span<const std::shared_ptr<const RunningApplication>> all() override;
+  std::shared_ptr<const RunningApplication> withProcessIdentifier(std::int32_t pid) override;
+
+  /// The processes in the order of the system's table, then the accounts.
+  int listPids(std::span<std::int32_t> buffer) override;
+  /// Of the disk bytes, only the sum is conserved; it is reported as read.
+  bool resourceUsage(std::int32_t pid, ResourceUsage& usage) override;
+  int path(std::int32_t pid, std::span<char, kPathCapacity> buffer) override;
+  std::int32_t parent(std::int32_t pid) override;
+  bool isAlive(std::int32_t pid) override;
+  bool diskIncludesReaped() override { return false; }
+  Timebase timebase() override;
+
+ private:
+  using Application = std::shared_ptr<const RunningApplication>;
+
+  struct Process {
+    std::int32_t pid = 0;
+    std::int32_t parent = 0;
+    std::uint64_t startTime = 0;
+    std::uint64_t ownTime = 0;     ///< As last read, in the table's units.
+    std::uint64_t reapedTime = 0;  ///< Likewise.
+    std::uint64_t disk = 0;        ///< Likewise, read and written.
+    std::uint32_t programVersion = 0;
+    bool ended = false;
+    bool reapedSome = false;  ///< On this pass.
+    Usage counted;            ///< Under its present name.
+    ReapedUsage reaped;
+    std::string path;
+    Application application;  ///< Null for none.
+  };
+
+  void pass();
+  void measureInterval();
+  void readProcesses();
+  void readProcess(std::int32_t pid, Process* known, const Application& application);
+  void add(std::int32_t pid, const ResourceUsage& usage, const Application& application);
+  void update(Process& process, const ResourceUsage& usage, const Application& application);
+  void readName(Process& process, std::uint32_t version, const Application& application);
+  static void end(Process& process);
+  void findReapedMeanwhile();
+  void removeEnded();
+  void updateOrphans();
+  Process* livingParent(const Process& ended);
+  void claimFromReapers();
+  void claimFromAncestors(std::int32_t ancestor, const Usage& seen);
+  void close(const Process& process);
+  void foldAccounts();
+  [[nodiscard]] Usage seenOf(const Process& process) const;
+  Process* find(std::int32_t pid);
+
+  Sources sources_;
+  UsageAccounts accounts_;
+  bool diskIncludesReaped_;
+  bool prepared_ = false;
+  bool primed_ = false;  ///< Whether a pass was made before.
+  Date lastPass_{};
+  std::uint64_t mostTime_ = 0;   ///< What all processors can give since the last pass.
+  std::uint64_t tolerance_ = 0;  ///< How much reaped time may be rounded. Both in table units.
+  std::vector<Application> applications_;  ///< The system's, ascending by pid.
+  std::vector<Application> listed_;        ///< Those and the accounts'.
+  std::vector<std::int32_t> order_;        ///< As the system's table lists them.
+  std::vector<std::int32_t> ascending_;    ///< The same, sorted.
+  std::vector<Process> processes_;         ///< Ascending by pid.
+  std::vector<Process> born_;              ///< New on this pass, ascending.
+  std::vector<Process> gone_;              ///< Ended on this pass, ascending.
+  std::size_t cursor_ = 0;                 ///< Where the next `find` is likely to hit.
+  std::array<char, kPathCapacity> path_{};
+};
+
+}  // namespace tidewell

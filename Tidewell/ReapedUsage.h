@@ -1,0 +1,48 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "Tidewell/UsageAccounts.h"
+
+namespace tidewell {
+
+/// Sorts out what a process gets charged when it reaps children: what had been seen of them is
+/// counted elsewhere already, the rest is the process's to answer for.
+///
+/// A plain value. Times are in the table's units, `tolerance` included: the reaped time may be
+/// rounded by as much, so it is compared in sum, and an error never adds up.
+class ReapedUsage {
+ public:
+  /// What the process's counters grew by: its reaped children's time, and its disk bytes, in which
+  /// those of its reaped children are.
+  void grow(std::uint64_t reapedTime, std::uint64_t disk);
+
+  /// A process ended of which `seen` had been seen. True if that is in here, and is taken out;
+  /// false if the reaped time is too short for it.
+  bool claim(const Usage& seen, std::uint64_t tolerance);
+
+  /// As `claim`, for a child that was reaped between two readings: it is taken out when the next
+  /// growth is settled, or never.
+  void claimOnNext(const Usage& seen);
+
+  /// What the process is to be credited with now: its own disk bytes and all that was used unseen.
+  /// Time beyond `most` is dropped, and the same part of the disk bytes with it.
+  Usage settle(std::uint64_t most, std::uint64_t tolerance);
+
+  /// What is still to be taken out.
+  [[nodiscard]] std::vector<Usage> takeDebts();
+
+ private:
+  struct Debt {
+    Usage seen;
+    bool isOld = false;
+  };
+
+  std::int64_t time_ = 0;          ///< Reaped time that is neither claimed nor credited.
+  std::uint64_t disk_ = 0;         ///< Growth of the disk bytes since the last settlement.
+  std::uint64_t claimedDisk_ = 0;  ///< What of it, or of later growth, is counted elsewhere.
+  std::vector<Debt> debts_;
+};
+
+}  // namespace tidewell

@@ -1,0 +1,79 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "Tidewell/Ports/RunningApplications.h"
+#include "Tidewell/TextMap.h"
+
+namespace tidewell {
+
+/// CPU time and disk bytes that belong together. In whatever units their owner uses.
+struct Usage {
+  std::uint64_t time = 0;
+  std::uint64_t disk = 0;
+
+  Usage& operator+=(const Usage& more) {
+    time += more.time;
+    disk += more.disk;
+    return *this;
+  }
+  friend bool operator==(const Usage&, const Usage&) = default;
+};
+
+/// What ended processes had used, kept under the name and application that they had.
+///
+/// Each account is listed like a process, under an identifier that no process can have. Their
+/// number is bounded: an account that has not grown for a long time, and under whose name nothing
+/// runs, is dropped, which nobody can see. Main thread only.
+class UsageAccounts {
+ public:
+  /// Beyond the identifiers of any system.
+  static constexpr std::int32_t kFirstIdentifier = 0x4000'0000;
+  static constexpr std::size_t kMost = 256;
+
+  struct Account {
+    std::int32_t identifier = 0;
+    std::string key;  ///< As the activity monitor counts it.
+    std::string path;
+    /// Names the account's application; null for none.
+    std::shared_ptr<const RunningApplication> application;
+    Usage usage;
+    std::uint64_t lastGrowth = 0;  ///< The pass of the last addition.
+  };
+
+  /// Adds to the account of the application key that `path` and `application` give, and returns
+  /// its identifier.
+  std::int32_t add(std::string_view path, const RunningApplication* application,
+                   const Usage& usage);
+
+  /// Begins another pass.
+  void nextPass() { ++pass_; }
+
+  /// Whether it is time to `fold`.
+  [[nodiscard]] bool isCrowded() const;
+
+  /// Drops stale accounts, and then, if there are still too many, those that grew longest ago.
+  /// `liveKeys` are the application keys of all processes.
+  void fold(const TextMap<bool>& liveKeys);
+
+  [[nodiscard]] const std::vector<Account>& accounts() const { return accounts_; }
+  /// Null when there is none.
+  [[nodiscard]] const Account* find(std::int32_t identifier) const;
+
+  /// The key under which the activity monitor counts a process.
+  static std::string key(std::string_view path, const RunningApplication* application);
+
+ private:
+  std::uint64_t pass_ = 0;
+  std::uint64_t lastFold_ = 0;
+  std::int32_t nextIdentifier_ = kFirstIdentifier;
+  std::vector<Account> accounts_;  ///< Ascending by identifier.
+};
+
+}  // namespace tidewell
