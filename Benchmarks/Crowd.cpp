@@ -6,9 +6,11 @@
 #include <sys/socket.h>
 #include <sys/wait.h>
 
+#include <chrono>
 #include <cstdlib>
 #include <stdexcept>
 #include <string>
+#include <thread>
 
 namespace {
 
@@ -38,6 +40,8 @@ Crowd::Crowd(int processes, int sockets) {
     members_.push_back(start(program, index % 10 == 0 ? "awake" : "quiet"));
   }
   connectPairs(sockets / 2);
+  // A process that is still starting is none of the quiet ones.
+  std::this_thread::sleep_for(std::chrono::seconds(3));
 }
 
 Crowd::~Crowd() {

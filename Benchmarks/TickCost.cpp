@@ -101,7 +101,6 @@ int main(int argc, char** argv) {
   setenv("XDG_CONFIG_HOME", folder.c_str(), 1);
   {
     const Crowd crowd(processes, 400);
-    std::this_thread::sleep_for(3s);
     Program staylit({STAYLIT});
     Program top({"top", "-b", "-d", "2"});
     std::this_thread::sleep_for(10s);
