@@ -34,8 +34,7 @@ std::uint64_t diskOf(const ResourceUsage& usage) {
 
 }  // namespace
 
-ConservedProcesses::ConservedProcesses(Sources sources)
-    : sources_(sources), diskIncludesReaped_(sources.table.diskIncludesReaped()) {}
+ConservedProcesses::ConservedProcesses(Sources sources) : sources_(sources) {}
 
 ConservedProcesses::~ConservedProcesses() = default;
 
@@ -48,7 +47,7 @@ std::span<const std::shared_ptr<const RunningApplication>> ConservedProcesses::a
 
   listed_.assign(applications_.begin(), applications_.end());
   for (const UsageAccounts::Account& account : accounts_.accounts()) {
-    if (account.application) listed_.push_back(account.application);
+    if (account.isListed && account.application) listed_.push_back(account.application);
   }
   return listed_;
 }
@@ -60,17 +59,15 @@ std::shared_ptr<const RunningApplication> ConservedProcesses::withProcessIdentif
 
 int ConservedProcesses::listPids(std::span<std::int32_t> buffer) {
   if (buffer.empty() && !std::exchange(prepared_, false)) pass();
-  const auto& accounts = accounts_.accounts();
-  const std::size_t count = order_.size() + accounts.size();
+  const std::size_t count = order_.size() + accounts_.listedCount();
   if (buffer.empty()) return static_cast<int>(count * kPidSize);
 
-  const std::size_t listed = std::min(buffer.size(), order_.size());
-  std::copy_n(order_.begin(), listed, buffer.begin());
-  const std::size_t more = std::min(buffer.size() - listed, accounts.size());
-  std::ranges::transform(accounts.begin(), accounts.begin() + static_cast<std::ptrdiff_t>(more),
-                         buffer.begin() + static_cast<std::ptrdiff_t>(listed),
-                         &UsageAccounts::Account::identifier);
-  return static_cast<int>((listed + more) * kPidSize);
+  std::size_t written = std::min(buffer.size(), order_.size());
+  std::copy_n(order_.begin(), written, buffer.begin());
+  for (const UsageAccounts::Account& account : accounts_.accounts()) {
+    if (account.isListed && written < buffer.size()) buffer[written++] = account.identifier;
+  }
+  return static_cast<int>(written * kPidSize);
 }
 
 bool ConservedProcesses::resourceUsage(std::int32_t pid, ResourceUsage& usage) {
@@ -115,13 +112,16 @@ Timebase ConservedProcesses::timebase() {
 void ConservedProcesses::pass() {
   measureInterval();
   accounts_.nextPass();
+  for (const std::int32_t account : sources_.accounts.takeUsed())
+    accounts_.add(account, {});
   readProcesses();
   findReapedMeanwhile();
   removeEnded();
   claimFromReapers();
   updateOrphans();
   for (Process& process : processes_) {
-    process.counted += process.reaped.settle(mostTime_, tolerance_);
+    // What is still to be claimed of one that could not be read waits until it was.
+    if (!process.unread) process.counted += process.reaped.settle(mostTime_, tolerance_);
   }
   for (const Process& process : gone_)
     close(process);
@@ -155,7 +155,7 @@ void ConservedProcesses::readProcesses() {
   const auto endKnown = processes_.end();
   for (const std::int32_t pid : ascending_) {
     while (known != endKnown && known->pid < pid)
-      end(*known++);
+      miss(*known++);
     while (application != applications_.end() && (*application)->processIdentifier() < pid) {
       ++application;
     }
@@ -168,7 +168,15 @@ void ConservedProcesses::readProcesses() {
     readProcess(pid, isKnown ? &*known++ : nullptr, *owner);
   }
   while (known != endKnown)
-    end(*known++);
+    miss(*known++);
+}
+
+/// A process that is not listed has ended, or waits to be reaped where such ones are not listed.
+void ConservedProcesses::miss(Process& process) {
+  process.reapedSome = false;
+  process.unread = true;
+  process.ended = !sources_.table.isAlive(process.pid);
+  if (!process.ended) order_.push_back(process.pid);
 }
 
 void ConservedProcesses::readProcess(std::int32_t pid, Process* known,
@@ -179,7 +187,12 @@ void ConservedProcesses::readProcess(std::int32_t pid, Process* known,
     update(*known, usage, application);
     return;
   }
-  if (known) end(*known);
+  if (known) {
+    // What may no longer be read, but is there, has what it had.
+    known->reapedSome = false;
+    known->unread = true;
+    known->ended = readable || !sources_.table.isAlive(pid);
+  }
   if (readable) add(pid, usage, application);
 }
 
@@ -209,6 +222,7 @@ void ConservedProcesses::update(Process& process, const ResourceUsage& usage,
                               application != process.application;
   if (mayHaveChanged) readName(process, usage.programVersion, application);
 
+  process.unread = false;
   const std::uint64_t ownTime = ownTimeOf(usage);
   const std::uint64_t disk = diskOf(usage);
   process.counted.time += growth(ownTime, process.ownTime);
@@ -228,18 +242,14 @@ void ConservedProcesses::readName(Process& process, std::uint32_t version,
   // One that has just ended has no path any more.
   if (path.empty() && !process.path.empty()) return;
   if (path == process.path && application == process.application) return;
-  if (process.counted != Usage() &&
-      UsageAccounts::key(path, application.get()) !=
-          UsageAccounts::key(process.path, process.application.get())) {
-    accounts_.add(process.path, process.application.get(), std::exchange(process.counted, {}));
-  }
   process.path = path;
   process.application = application;
-}
-
-void ConservedProcesses::end(Process& process) {
-  process.ended = true;
-  process.reapedSome = false;
+  const std::int32_t account = path.empty() ? 0 : accounts_.reserve(path, application.get());
+  if (account == process.account) return;
+  if (process.counted != Usage())
+    accounts_.add(process.account, std::exchange(process.counted, {}));
+  process.account = account;
+  sources_.accounts.assign(process.pid, account);
 }
 
 /// A child that was listed may have been reaped before its parent was read. What had been seen of
@@ -303,6 +313,11 @@ void ConservedProcesses::claimFromReapers() {
       unclaimed.push_back(&process);
     }
   }
+  // Where the parent could not be read, it most likely has it, unseen: such ones guess last.
+  std::ranges::stable_partition(unclaimed, [this](const Process* process) {
+    const Process* parent = livingParent(*process);
+    return !parent || !parent->unread;
+  });
   for (const Process* process : unclaimed)
     claimFromAncestors(process->parent, seenOf(*process));
   for (Process& process : gone_) {
@@ -336,10 +351,9 @@ void ConservedProcesses::claimFromAncestors(std::int32_t ancestor, const Usage& 
 }
 
 void ConservedProcesses::close(const Process& process) {
-  if (process.path.empty()) return;
-  const std::int32_t account =
-      accounts_.add(process.path, process.application.get(), process.counted);
-  sources_.ended.add(process.pid, account);
+  if (process.counted != Usage()) accounts_.add(process.account, process.counted);
+  // Another may have its number already.
+  if (!find(process.pid)) sources_.accounts.noteEnd(process.pid);
 }
 
 void ConservedProcesses::foldAccounts() {
@@ -354,7 +368,8 @@ void ConservedProcesses::foldAccounts() {
 /// without a name is seen by nobody.
 Usage ConservedProcesses::seenOf(const Process& process) const {
   if (process.path.empty()) return {};
-  return {process.ownTime + process.reapedTime, diskIncludesReaped_ ? process.disk : 0};
+  return {process.ownTime + process.reapedTime,
+          sources_.table.diskIncludesReaped() ? process.disk : 0};
 }
 
 ConservedProcesses::Process* ConservedProcesses::find(std::int32_t pid) {

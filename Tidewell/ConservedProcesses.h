@@ -8,10 +8,10 @@
 #include <string>
 #include <vector>
 
-#include "Tidewell/EndedProcesses.h"
 #include "Tidewell/Ports/Clock.h"
 #include "Tidewell/Ports/ProcessTable.h"
 #include "Tidewell/Ports/RunningApplications.h"
+#include "Tidewell/ProcessAccounts.h"
 #include "Tidewell/ReapedUsage.h"
 #include "Tidewell/UsageAccounts.h"
 
@@ -36,6 +36,10 @@ namespace tidewell {
 /// work, of processes that could not be read, told of all at once when their parent reaps them. It
 /// is dropped rather than spread, for spread it would look like work that goes on.
 ///
+/// Where a process that waits to be reaped cannot be read (macOS), it is a guess who reaped the
+/// children of one whose end was not seen to its end either. A wrong guess counts such a child's
+/// time twice or not at all.
+///
 /// Main thread only; the arguments must outlive it. A pass costs one look at each process.
 class ConservedProcesses : public ProcessTable, public RunningApplications {
  public:
@@ -43,8 +47,8 @@ class ConservedProcesses : public ProcessTable, public RunningApplications {
     ProcessTable& table;
     RunningApplications& applications;
     Clock& clock;
-    EndedProcesses& ended;  ///< Is told of every process that ends.
-    unsigned processors;    ///< How many can work at once; at least 1.
+    ProcessAccounts& accounts;  ///< Is told of every process's account.
+    unsigned processors;        ///< How many can work at once; at least 1.
   };
 
   explicit ConservedProcesses(Sources sources);
@@ -75,7 +79,9 @@ class ConservedProcesses : public ProcessTable, public RunningApplications {
     std::uint64_t reapedTime = 0;  ///< Likewise.
     std::uint64_t disk = 0;        ///< Likewise, read and written.
     std::uint32_t programVersion = 0;
+    std::int32_t account = 0;  ///< Of its name and application; 0 without a name.
     bool ended = false;
+    bool unread = false;      ///< On this pass, although it is there.
     bool reapedSome = false;  ///< On this pass.
     Usage counted;            ///< Under its present name.
     ReapedUsage reaped;
@@ -90,7 +96,7 @@ class ConservedProcesses : public ProcessTable, public RunningApplications {
   void add(std::int32_t pid, const ResourceUsage& usage, const Application& application);
   void update(Process& process, const ResourceUsage& usage, const Application& application);
   void readName(Process& process, std::uint32_t version, const Application& application);
-  static void end(Process& process);
+  void miss(Process& process);
   void findReapedMeanwhile();
   void removeEnded();
   void updateOrphans();
@@ -104,7 +110,6 @@ class ConservedProcesses : public ProcessTable, public RunningApplications {
 
   Sources sources_;
   UsageAccounts accounts_;
-  bool diskIncludesReaped_;
   bool prepared_ = false;
   bool primed_ = false;  ///< Whether a pass was made before.
   Date lastPass_{};

@@ -1,6 +1,7 @@
 #include "Tidewell/UsageAccounts.h"
 
 #include <algorithm>
+#include <limits>
 #include <utility>
 
 #include "Tidewell/ProcessSampler.h"
@@ -37,38 +38,53 @@ std::string UsageAccounts::key(std::string_view path, const RunningApplication* 
   return std::string(ProcessSampler::nameFromPath(path));
 }
 
-std::int32_t UsageAccounts::add(std::string_view path, const RunningApplication* application,
-                                const Usage& usage) {
+std::int32_t UsageAccounts::reserve(std::string_view path, const RunningApplication* application) {
   std::string wanted = key(path, application);
-  auto found = std::ranges::find(accounts_, wanted, &Account::key);
-  if (found == accounts_.end()) {
-    Account account;
-    account.identifier = nextIdentifier_++;
-    account.key = std::move(wanted);
-    account.path = path;
-    if (application) {
-      account.application = std::make_shared<AccountApplication>(account.identifier, *application);
-    }
-    found = accounts_.insert(accounts_.end(), std::move(account));
+  const auto found = std::ranges::find(accounts_, wanted, &Account::key);
+  if (found != accounts_.end()) return found->identifier;
+  Account& account = accounts_.emplace_back();
+  account.identifier = nextIdentifier_++;
+  account.key = std::move(wanted);
+  account.path = path;
+  if (application) {
+    account.application = std::make_shared<AccountApplication>(account.identifier, *application);
   }
-  found->usage += usage;
-  found->lastGrowth = pass_;
-  return found->identifier;
+  return account.identifier;
+}
+
+void UsageAccounts::add(std::int32_t identifier, const Usage& usage) {
+  const auto account = std::ranges::lower_bound(accounts_, identifier, {}, &Account::identifier);
+  if (account == accounts_.end() || account->identifier != identifier) return;
+  if (!std::exchange(account->isListed, true)) ++listedCount_;
+  account->usage += usage;
+  account->lastGrowth = pass_;
 }
 
 bool UsageAccounts::isCrowded() const {
-  return accounts_.size() > kMost ||
-         (!accounts_.empty() && pass_ - lastFold_ >= kPassesBetweenFolds);
+  return listedCount_ > kMost || (!accounts_.empty() && pass_ - lastFold_ >= kPassesBetweenFolds);
 }
 
 void UsageAccounts::fold(const TextMap<bool>& liveKeys) {
   lastFold_ = pass_;
   std::erase_if(accounts_, [&](const Account& account) {
-    return pass_ - account.lastGrowth >= kStalePasses && !liveKeys.contains(account.key);
+    const bool isStale = !account.isListed || pass_ - account.lastGrowth >= kStalePasses;
+    return isStale && !liveKeys.contains(account.key);
   });
-  while (accounts_.size() > kMost) {
-    accounts_.erase(std::ranges::min_element(accounts_, {}, &Account::lastGrowth));
+  countListed();
+  while (listedCount_ > kMost) {
+    const auto growth = [](const Account& account) {
+      return account.isListed ? account.lastGrowth : std::numeric_limits<std::uint64_t>::max();
+    };
+    const auto oldest = std::ranges::min_element(accounts_, {}, growth);
+    // Its identifier is still known to others, so it stays, empty.
+    oldest->usage = {};
+    oldest->isListed = false;
+    --listedCount_;
   }
+}
+
+void UsageAccounts::countListed() {
+  listedCount_ = static_cast<std::size_t>(std::ranges::count_if(accounts_, &Account::isListed));
 }
 
 const UsageAccounts::Account* UsageAccounts::find(std::int32_t identifier) const {

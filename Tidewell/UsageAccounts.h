@@ -28,13 +28,14 @@ struct Usage {
 
 /// What ended processes had used, kept under the name and application that they had.
 ///
-/// Each account is listed like a process, under an identifier that no process can have. Their
-/// number is bounded: an account that has not grown for a long time, and under whose name nothing
-/// runs, is dropped, which nobody can see. Main thread only.
+/// An account that was ever used is listed like a process, under an identifier that no process can
+/// have. Their number is bounded: an account that has not grown for a long time, and under whose
+/// name nothing runs, is dropped, which nobody can see. Main thread only.
 class UsageAccounts {
  public:
   /// Beyond the identifiers of any system.
   static constexpr std::int32_t kFirstIdentifier = 0x4000'0000;
+  /// How many are listed at most.
   static constexpr std::size_t kMost = 256;
 
   struct Account {
@@ -45,12 +46,14 @@ class UsageAccounts {
     std::shared_ptr<const RunningApplication> application;
     Usage usage;
     std::uint64_t lastGrowth = 0;  ///< The pass of the last addition.
+    bool isListed = false;         ///< Whether it was ever used.
   };
 
-  /// Adds to the account of the application key that `path` and `application` give, and returns
-  /// its identifier.
-  std::int32_t add(std::string_view path, const RunningApplication* application,
-                   const Usage& usage);
+  /// The account of the application key that `path` and `application` give, made where need be.
+  std::int32_t reserve(std::string_view path, const RunningApplication* application);
+
+  /// Adds to an account, which is listed from then on. Does nothing for one that is not there.
+  void add(std::int32_t identifier, const Usage& usage);
 
   /// Begins another pass.
   void nextPass() { ++pass_; }
@@ -62,7 +65,9 @@ class UsageAccounts {
   /// `liveKeys` are the application keys of all processes.
   void fold(const TextMap<bool>& liveKeys);
 
+  /// All of them, ascending by identifier; also those that are not listed.
   [[nodiscard]] const std::vector<Account>& accounts() const { return accounts_; }
+  [[nodiscard]] std::size_t listedCount() const { return listedCount_; }
   /// Null when there is none.
   [[nodiscard]] const Account* find(std::int32_t identifier) const;
 
@@ -70,10 +75,13 @@ class UsageAccounts {
   static std::string key(std::string_view path, const RunningApplication* application);
 
  private:
+  void countListed();
+
   std::uint64_t pass_ = 0;
   std::uint64_t lastFold_ = 0;
   std::int32_t nextIdentifier_ = kFirstIdentifier;
-  std::vector<Account> accounts_;  ///< Ascending by identifier.
+  std::vector<Account> accounts_;
+  std::size_t listedCount_ = 0;
 };
 
 }  // namespace tidewell

@@ -4,6 +4,8 @@
 #include <mach/mach_time.h>
 
 #include <algorithm>
+#include <cerrno>
+#include <csignal>
 #include <limits>
 #include <string>
 #include <string_view>
@@ -38,7 +40,9 @@ bool LibprocProcessTable::resourceUsage(std::int32_t pid, tidewell::ResourceUsag
   usage = {.userTime = info.ri_user_time,
            .systemTime = info.ri_system_time,
            .diskBytesRead = info.ri_diskio_bytesread,
-           .diskBytesWritten = info.ri_diskio_byteswritten};
+           .diskBytesWritten = info.ri_diskio_byteswritten,
+           .reapedTime = info.ri_child_user_time + info.ri_child_system_time,
+           .startTime = info.ri_proc_start_abstime};
   return true;
 }
 
@@ -48,6 +52,18 @@ int LibprocProcessTable::path(std::int32_t pid, std::span<char, kPathCapacity> b
   if (length < 1 || static_cast<std::size_t>(length) >= buffer.size()) return 0;
   const std::string_view path(buffer.data(), static_cast<std::size_t>(length));
   return tidewell::isValidUtf8(path) ? length : repairPath(buffer, length);
+}
+
+std::int32_t LibprocProcessTable::parent(std::int32_t pid) {
+  // The short record may be read of every user's processes.
+  proc_bsdshortinfo info{};
+  const int length = proc_pidinfo(pid, PROC_PIDT_SHORTBSDINFO, 0, &info, sizeof info);
+  if (length != static_cast<int>(sizeof info)) return 0;
+  return static_cast<std::int32_t>(info.pbsi_ppid);
+}
+
+bool LibprocProcessTable::isAlive(std::int32_t pid) {
+  return kill(pid, 0) == 0 || errno == EPERM;
 }
 
 tidewell::Timebase LibprocProcessTable::timebase() {

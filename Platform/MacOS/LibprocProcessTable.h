@@ -10,6 +10,9 @@ class LibprocProcessTable final : public tidewell::ProcessTable {
   int listPids(std::span<std::int32_t> buffer) override;
   bool resourceUsage(std::int32_t pid, tidewell::ResourceUsage& usage) override;
   int path(std::int32_t pid, std::span<char, kPathCapacity> buffer) override;
+  std::int32_t parent(std::int32_t pid) override;
+  /// Also of a process that waits to be reaped, of which nothing else can be read any more.
+  bool isAlive(std::int32_t pid) override;
   tidewell::Timebase timebase() override;
 };
 

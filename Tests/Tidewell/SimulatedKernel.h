@@ -31,8 +31,12 @@ class SimulatedKernel : public ProcessTable, public RunningApplications {
 
   std::int32_t spawn(std::int32_t parent, const std::string& path) {
     std::int32_t pid = 2;
-    while (processes.contains(pid))
-      ++pid;  // Numbers are given out again at once.
+    if (hidesZombies) {
+      pid = ++latest;  // Whoever has a number now cannot be told by anything else there.
+    } else {
+      while (processes.contains(pid))
+        ++pid;  // Numbers are given out again at once.
+    }
     processes[pid] = {.parent = parent, .start = ++clock, .path = path};
     return pid;
   }
@@ -59,7 +63,7 @@ class SimulatedKernel : public ProcessTable, public RunningApplications {
     processes.erase(pid);
     Process& parent = processes.at(process.parent);
     parent.reaped += process.own + process.reaped;
-    parent.disk += process.disk;
+    if (addsReapedDisk) parent.disk += process.disk;
   }
   void endAndReap(std::int32_t pid) {
     end(pid);
@@ -70,7 +74,8 @@ class SimulatedKernel : public ProcessTable, public RunningApplications {
     if (buffer.empty()) return static_cast<int>(processes.size() * 4);
     std::size_t count = 0;
     for (const auto& [pid, process] : processes) {
-      if (count < buffer.size()) buffer[count++] = pid;
+      const bool isHidden = hidesZombies && process.zombie;
+      if (!isHidden && count < buffer.size()) buffer[count++] = pid;
     }
     return static_cast<int>(count * 4);
   }
@@ -78,6 +83,7 @@ class SimulatedKernel : public ProcessTable, public RunningApplications {
     const auto found = processes.find(pid);
     if (found == processes.end() || unreadable == pid) return false;
     const Process& process = found->second;
+    if (hidesZombies && process.zombie) return false;
     usage = {};
     usage.userTime = process.own;
     usage.diskBytesWritten = process.disk;
@@ -97,7 +103,7 @@ class SimulatedKernel : public ProcessTable, public RunningApplications {
     return found == processes.end() ? 0 : found->second.parent;
   }
   bool isAlive(std::int32_t pid) override { return processes.contains(pid); }
-  bool diskIncludesReaped() override { return true; }
+  bool diskIncludesReaped() override { return addsReapedDisk; }
   Timebase timebase() override { return {1'000'000'000, 1}; }
 
   std::span<const std::shared_ptr<const RunningApplication>> all() override { return applications; }
@@ -107,10 +113,13 @@ class SimulatedKernel : public ProcessTable, public RunningApplications {
 
   std::map<std::int32_t, Process> processes;
   std::vector<std::shared_ptr<const RunningApplication>> applications;
+  std::int32_t latest = 1;
   std::uint64_t clock = 0;
   std::uint64_t charged = 0;  ///< All time that any process ever used.
   std::uint64_t chargedDisk = 0;
   std::int32_t unreadable = 0;
+  bool hidesZombies = false;   ///< Nothing can be read of what waits to be reaped.
+  bool addsReapedDisk = true;  ///< To the bytes of who reaps.
 };
 
 }  // namespace tidewell

@@ -3,6 +3,7 @@
 #include <linux/inet_diag.h>
 #include <linux/netlink.h>
 #include <linux/rtnetlink.h>
+#include <linux/sock_diag.h>
 #include <linux/tcp.h>
 
 #include <algorithm>
@@ -73,6 +74,7 @@ SocketListReader::State SocketListReader::readMessage(const nlmsghdr& header, By
     case NLMSG_ERROR:
       return readEnd(payload);
     case TCPDIAG_GETSOCK:
+    case SOCK_DIAG_BY_FAMILY:
       readSocket(payload);
       return State::more;
     default:

@@ -11,16 +11,18 @@ struct nlmsghdr;
 
 namespace platform {
 
-/// Reads the messages that the kernel answers a socket listing with.
+/// Reads the messages in which the kernel tells of sockets: the answers to a listing, and the
+/// announcements of closed ones.
 ///
-/// Made for one listing; appends what it finds to `sockets`, which must outlive it. Messages that
-/// are cut off or of no known form are skipped and leave the coverage partial; nothing outside the
-/// given bytes is read, whatever lengths they claim.
+/// Made for one listing or announcement; appends what it finds to `sockets`, which must outlive it.
+/// Messages that are cut off or of no known form are skipped and leave the coverage partial;
+/// nothing outside the given bytes is read, whatever lengths they claim.
 class SocketListReader {
  public:
   enum class State { more, finished, failed };
 
-  /// `sequence` is the number of the request; answers to others are not looked at.
+  /// `sequence` is the number of the request, 0 for announcements; answers to others are not looked
+  /// at.
   SocketListReader(std::uint32_t sequence, std::vector<SocketRecord>& sockets);
 
   /// Reads one datagram of any number of messages. Nothing is to be read after the first state

@@ -30,11 +30,16 @@ std::span<const SocketOwner> SocketOwners::find(std::span<const SocketRecord> so
   return owners_;
 }
 
+SocketOwner SocketOwners::lastOwner(std::uint64_t cookie) {
+  const Known* socket = known_.find(cookie);
+  return socket ? socket->owner : SocketOwner();
+}
+
 void SocketOwners::collectWanted(std::span<const SocketRecord> sockets, Time now) {
   wanted_.clear();
   dueCount_ = 0;
   known_.visitListed([&](std::size_t index, Known& socket) {
-    forgetDeadOwner(socket);
+    forgetDeadOwner(sockets[index], socket);
     if (socket.owner.pid != 0 || !mayBeFound(sockets[index])) return;
     // One that is not due is looked for on the way, since the search passes for it as well.
     const bool isDue = now >= socket.nextSearch;
@@ -48,7 +53,9 @@ bool SocketOwners::mayBeFound(const SocketRecord& socket) const {
   return socket.inode != 0 && (!onlyUid_ || socket.uid == *onlyUid_);
 }
 
-void SocketOwners::forgetDeadOwner(Known& socket) const {
+void SocketOwners::forgetDeadOwner(const SocketRecord& record, Known& socket) const {
+  // What nobody holds carries the last of what its owner sent.
+  if (record.inode == 0) return;
   if (socket.owner.pid == 0 || processes_.isAlive(socket.owner.pid, socket.owner.startTime)) return;
   socket = {};
 }

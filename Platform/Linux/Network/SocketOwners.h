@@ -24,7 +24,8 @@ struct SocketOwner {
 /// Finds out whose a socket is, and remembers it for as long as socket and process live.
 ///
 /// A socket that several processes share belongs to whichever is found first; once that one has
-/// ended, to another. A socket that a process has closed stays its own. Sockets that no readable
+/// ended, to another. A socket that a process has closed stays its own, also when the process has
+/// ended since. Sockets that no readable
 /// process holds are looked for again once at the next call and then every 30 seconds. Memory is
 /// bounded by the sockets and processes there are. One thread at a time; `holders` and `processes`
 /// must outlive it.
@@ -37,10 +38,13 @@ class SocketOwners {
   SocketOwners(SocketHolders& holders, OwnerProcesses& processes,
                std::optional<std::uint32_t> onlyUid);
 
-  /// The owners of `sockets`, in the same order, all of them alive as of the last refresh of
-  /// `processes`. `sockets` is ascending by cookie, each once. Valid until the next call.
+  /// The owners of `sockets`, in the same order; those of sockets that no process holds any more
+  /// may have ended. `sockets` is ascending by cookie, each once. Valid until the next call.
   std::span<const SocketOwner> find(std::span<const SocketRecord> sockets, Coverage coverage,
                                     Time now);
+
+  /// Whose a socket was when it was last listed; nobody's if it was not.
+  [[nodiscard]] SocketOwner lastOwner(std::uint64_t cookie);
 
  private:
   struct Known {
@@ -58,7 +62,7 @@ class SocketOwners {
 
   void collectWanted(std::span<const SocketRecord> sockets, Time now);
   [[nodiscard]] bool mayBeFound(const SocketRecord& socket) const;
-  void forgetDeadOwner(Known& socket) const;
+  void forgetDeadOwner(const SocketRecord& record, Known& socket) const;
   void search();
   void searchCandidates(bool owners);
   void searchProcess(std::int32_t pid);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -41,6 +42,14 @@ class SocketTable {
     for (Entry& entry : entries_) {
       if (entry.isListed) visit(index++, entry.value);
     }
+  }
+
+  /// What is remembered of a socket, listed last or not; null when nothing is.
+  Value* find(std::uint64_t cookie) {
+    const auto place = std::lower_bound(
+        entries_.begin(), entries_.end(), cookie,
+        [](const Entry& entry, std::uint64_t wanted) { return entry.cookie < wanted; });
+    return place == entries_.end() || place->cookie != cookie ? nullptr : &place->value;
   }
 
   [[nodiscard]] std::size_t size() const { return entries_.size(); }

@@ -10,14 +10,17 @@
 
 #include "Platform/Linux/Network/PreparedTask.h"
 #include "Platform/Linux/Network/ProcSocketHolders.h"
+#include "Platform/Linux/Network/SocketDestroyNotifications.h"
 #include "Platform/Linux/Network/SocketDiagnostics.h"
 #include "Platform/Linux/Network/ToolName.h"
 
 namespace platform {
 namespace {
 
-SocketTableTool::Parts machineParts() {
+SocketTableTool::Parts machineParts(tidewell::ProcessAccounts* accounts) {
   SocketTableTool::Parts parts;
+  parts.accounts = accounts;
+  parts.closed = std::make_unique<SocketDestroyNotifications>();
   parts.source = std::make_unique<SocketDiagnostics>();
   parts.holders = std::make_unique<ProcSocketHolders>();
   parts.interfaces = std::make_unique<InterfaceCounters>();
@@ -44,12 +47,14 @@ void putInOrder(std::vector<SocketRecord>& sockets) {
 
 }  // namespace
 
-SocketTableTool::SocketTableTool() : SocketTableTool(machineParts()) {}
+SocketTableTool::SocketTableTool(tidewell::ProcessAccounts* accounts)
+    : SocketTableTool(machineParts(accounts)) {}
 
 SocketTableTool::SocketTableTool(Parts parts)
     : parts_(std::move(parts)),
       processes_(*parts_.holders),
-      owners_(*parts_.holders, processes_, parts_.onlyUid) {}
+      owners_(*parts_.holders, processes_, parts_.onlyUid),
+      totals_(parts_.accounts) {}
 
 tidewell::TaskLauncher::Launch SocketTableTool::launch(const std::string&,
                                                        const std::vector<std::string>&) {
@@ -80,19 +85,29 @@ tidewell::TaskLauncher::Launch SocketTableTool::failed(int errorNumber) {
 void SocketTableTool::measure(Coverage coverage) {
   putInOrder(sockets_);
   processes_.refresh();
+  // Before the listing is looked at, in which they are missing, and their owners with them.
+  countClosed();
   const auto owners = owners_.find(sockets_, coverage, parts_.now());
   totals_.update(sockets_, owners, coverage);
   totals_.keepOnly(processes_.all());
   writeOutput();
 }
 
+void SocketTableTool::countClosed() {
+  if (!parts_.closed) return;
+  parts_.closed->take(closed_);
+  for (const SocketRecord& socket : closed_)
+    totals_.countClosed(socket, owners_.lastOwner(socket.cookie));
+}
+
 void SocketTableTool::writeOutput() {
   output_.clear();
   std::span<const OwnerProcess> processes = processes_.all();
   for (const SocketTotals::Total& total : totals_.all()) {
-    const auto process = std::ranges::lower_bound(processes, total.pid, {}, &OwnerProcess::pid);
-    appendToolName(output_, process->name);
-    output_.append(".").append(std::to_string(total.pid));
+    const auto process =
+        std::ranges::lower_bound(processes, total.identifier, {}, &OwnerProcess::pid);
+    appendToolName(output_, SocketTotals::isAccount(total) ? "account" : process->name);
+    output_.append(".").append(std::to_string(total.identifier));
     output_.append(",").append(std::to_string(total.bytesReceived));
     output_.append(",").append(std::to_string(total.bytesSent)).append(",\n");
   }

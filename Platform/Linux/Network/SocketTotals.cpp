@@ -4,45 +4,99 @@
 #include <cstddef>
 #include <limits>
 
+#include "Tidewell/UsageAccounts.h"
+
 namespace platform {
 namespace {
 
 constexpr std::uint64_t kMost = std::numeric_limits<std::uint64_t>::max() / 2;
+/// Far more than are listed; older ones stand for names that nobody has had for long.
+constexpr std::size_t kMostAccounts = 1024;
+
+void add(std::uint64_t more, std::uint64_t& total) {
+  total += std::min(more, kMost - total);
+}
 
 /// Adds to `total` what `now` is beyond `counted`, and counts it.
 void countUp(std::uint64_t now, std::uint64_t& counted, std::uint64_t& total) {
   if (now <= counted) return;
-  total += std::min(now - counted, kMost - total);
+  add(now - counted, total);
   counted = now;
 }
 
 }  // namespace
 
+bool SocketTotals::isAccount(const Total& total) {
+  return total.identifier >= tidewell::UsageAccounts::kFirstIdentifier;
+}
+
 void SocketTotals::update(std::span<const SocketRecord> sockets,
                           std::span<const SocketOwner> owners, Coverage coverage) {
+  moveToAccounts();
   counted_.follow(sockets, coverage);
   counted_.visitListed([&](std::size_t index, Counted& counted) {
-    if (owners[index].pid == 0) return;
-    Total& total = totalOf(owners[index]);
-    countUp(sockets[index].bytesReceived, counted.bytesReceived, total.bytesReceived);
-    countUp(sockets[index].bytesSent, counted.bytesSent, total.bytesSent);
+    if (owners[index].pid != 0) count(sockets[index], owners[index], counted);
   });
 }
 
-SocketTotals::Total& SocketTotals::totalOf(const SocketOwner& owner) {
-  const auto place = std::ranges::lower_bound(totals_, owner.pid, {}, &Total::pid);
-  if (place == totals_.end() || place->pid != owner.pid) {
-    return *totals_.insert(place, {owner.pid, owner.startTime, 0, 0});
+void SocketTotals::countClosed(const SocketRecord& socket, const SocketOwner& owner) {
+  Counted* counted = counted_.find(socket.cookie);
+  if (counted && owner.pid != 0) count(socket, owner, *counted);
+}
+
+void SocketTotals::count(const SocketRecord& socket, const SocketOwner& owner, Counted& counted) {
+  Total& total = totalOf(owner);
+  const std::uint64_t before = total.bytesReceived + total.bytesSent;
+  countUp(socket.bytesReceived, counted.bytesReceived, total.bytesReceived);
+  countUp(socket.bytesSent, counted.bytesSent, total.bytesSent);
+  const bool hasGrown = total.bytesReceived + total.bytesSent > before;
+  if (hasGrown && isAccount(total)) accounts_->noteUse(total.identifier);
+}
+
+/// What was counted before its process had an account.
+void SocketTotals::moveToAccounts() {
+  if (!accounts_) return;
+  std::vector<Total> moved;
+  std::erase_if(totals_, [&](const Total& total) {
+    if (isAccount(total) || !accounts_->accountOf(total.identifier)) return false;
+    moved.push_back(total);
+    return true;
+  });
+  for (const Total& total : moved) {
+    Total& account = totalOf({total.identifier, total.startTime});
+    add(total.bytesReceived, account.bytesReceived);
+    add(total.bytesSent, account.bytesSent);
+    accounts_->noteUse(account.identifier);
   }
-  if (place->startTime != owner.startTime) *place = {owner.pid, owner.startTime, 0, 0};
+}
+
+SocketTotals::Total& SocketTotals::totalOf(const SocketOwner& owner) {
+  const auto account = accounts_ ? accounts_->accountOf(owner.pid) : std::nullopt;
+  return account ? totalUnder(*account, 0) : totalUnder(owner.pid, owner.startTime);
+}
+
+SocketTotals::Total& SocketTotals::totalUnder(std::int32_t identifier, std::uint64_t startTime) {
+  const auto place = std::ranges::lower_bound(totals_, identifier, {}, &Total::identifier);
+  if (place == totals_.end() || place->identifier != identifier) {
+    return *totals_.insert(place, {identifier, startTime, 0, 0});
+  }
+  if (place->startTime != startTime) *place = {identifier, startTime, 0, 0};
   return *place;
 }
 
 void SocketTotals::keepOnly(std::span<const OwnerProcess> living) {
   std::erase_if(totals_, [&](const Total& total) {
-    const auto place = std::ranges::lower_bound(living, total.pid, {}, &OwnerProcess::pid);
-    return place == living.end() || place->pid != total.pid || place->startTime != total.startTime;
+    if (isAccount(total)) return false;
+    const auto place = std::ranges::lower_bound(living, total.identifier, {}, &OwnerProcess::pid);
+    return place == living.end() || place->pid != total.identifier ||
+           place->startTime != total.startTime;
   });
+  const auto firstAccount = std::ranges::find_if(totals_, isAccount);
+  const auto accounts = static_cast<std::size_t>(totals_.end() - firstAccount);
+  if (accounts > kMostAccounts) {
+    totals_.erase(firstAccount,
+                  firstAccount + static_cast<std::ptrdiff_t>(accounts - kMostAccounts));
+  }
 }
 
 }  // namespace platform

@@ -25,7 +25,10 @@ bool LinuxProcessTable::resourceUsage(std::int32_t pid, tidewell::ResourceUsage&
   usage = {.userTime = process->cpuTime,
            .systemTime = 0,
            .diskBytesRead = process->io.readBytes,
-           .diskBytesWritten = process->io.writeBytes};
+           .diskBytesWritten = process->io.writeBytes,
+           .reapedTime = tracker_.fromTicks(process->reapedTicks),
+           .startTime = process->startTicks,
+           .programVersion = process->programVersion};
   return true;
 }
 
@@ -40,6 +43,14 @@ int LinuxProcessTable::path(std::int32_t pid, std::span<char, kPathCapacity> buf
   const std::size_t length = path.copy(buffer.data(), buffer.size() - 1);
   buffer[length] = '\0';
   return static_cast<int>(length);
+}
+
+std::int32_t LinuxProcessTable::parent(std::int32_t pid) {
+  return tracker_.parent(pid);
+}
+
+bool LinuxProcessTable::isAlive(std::int32_t pid) {
+  return tracker_.isAlive(pid);
 }
 
 tidewell::Timebase LinuxProcessTable::timebase() {

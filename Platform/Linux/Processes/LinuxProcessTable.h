@@ -14,6 +14,10 @@ class LinuxProcessTable : public tidewell::ProcessTable {
   int listPids(std::span<std::int32_t> buffer) override;
   bool resourceUsage(std::int32_t pid, tidewell::ResourceUsage& usage) override;
   int path(std::int32_t pid, std::span<char, kPathCapacity> buffer) override;
+  std::int32_t parent(std::int32_t pid) override;
+  bool isAlive(std::int32_t pid) override;
+  /// The kernel adds a child's I/O to that of whoever reaps it.
+  bool diskIncludesReaped() override { return true; }
   tidewell::Timebase timebase() override;
 
  private:

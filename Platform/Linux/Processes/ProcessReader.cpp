@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <functional>
 #include <string>
+#include <utility>
 
 #include "Platform/Linux/Processes/LinuxApplication.h"
 #include "Platform/Linux/Processes/ProgramPath.h"
@@ -52,6 +53,7 @@ bool ProcessReader::readAll(TrackedProcess& process) {
   if (process.startTicks != stat->startTicks) startOver(process, stat->startTicks);
   if (process.looks < UINT8_MAX) ++process.looks;
   process.parentPid = stat->parentPid;
+  takeReaped(process, *stat);
   process.activePasses = 0;
   setComm(process, stat->comm);
   return readProgram(process, *stat);
@@ -72,6 +74,7 @@ bool ProcessReader::readProgram(TrackedProcess& process, const ProcStat& stat) {
     process.access = Access::refused;
     return true;
   }
+  ++process.programVersion;
   process.linkHash = hashOf(program);
   process.path = programPath(program, process.commText(), text_);
   readApplication(process, stat, program);
@@ -91,12 +94,24 @@ void ProcessReader::readApplication(TrackedProcess& process, const ProcStat& sta
       identity ? std::make_shared<LinuxApplication>(process.pid, identity) : nullptr;
 }
 
-bool ProcessReader::readAfterRun(TrackedProcess& process) {
+bool ProcessReader::readAfterRun(TrackedProcess& process, bool mayReap) {
   process.quietPasses = 0;
   if (process.access != Access::readable) return true;
   keepOpen(process);
-  if (!readIo(process) || programChanged(process)) return readAll(process);
+  // The bytes come first: they hold those of reaped children, which must not show before their time
+  // does, by which they are known.
+  if (!readIo(process) || programChanged(process, mayReap)) return readAll(process);
   return true;
+}
+
+void ProcessReader::noteChildren(TrackedProcess& process) {
+  // What is open tells nothing of children.
+  if (!std::exchange(process.reaps, true)) process.nameFile = Descriptor();
+}
+
+void ProcessReader::takeReaped(TrackedProcess& process, const ProcStat& stat) {
+  process.reapedTicks = stat.childUserTicks + stat.childSystemTicks;
+  if (process.reapedTicks > 0) noteChildren(process);
 }
 
 bool ProcessReader::readIo(TrackedProcess& process) {
@@ -107,22 +122,43 @@ bool ProcessReader::readIo(TrackedProcess& process) {
   return true;
 }
 
-bool ProcessReader::programChanged(TrackedProcess& process) {
-  auto comm = process.commFile ? proc_.read(process.commFile) : proc_.read(process.pid, "comm");
-  if (!comm) return true;
-  if (comm->ends_with('\n')) comm->remove_suffix(1);
-  if (*comm != process.commText()) return true;
+bool ProcessReader::programChanged(TrackedProcess& process, bool mayReap) {
+  const bool reaps = process.reaps || mayReap;
+  if (reaps ? !readStatAfterRun(process) : !commIsSame(process)) return true;
   if (++process.activePasses < kActivePassesBetweenLooks) return false;
   process.activePasses = 0;
   const auto link = proc_.readLink(process.pid, "exe");
   return link && hashOf(*link) != process.linkHash;
 }
 
+bool ProcessReader::commIsSame(TrackedProcess& process) {
+  auto comm = process.nameFile ? proc_.read(process.nameFile) : proc_.read(process.pid, "comm");
+  if (!comm) return false;
+  if (comm->ends_with('\n')) comm->remove_suffix(1);
+  return *comm == process.commText();
+}
+
+/// One file tells both of the children's time and whether it is the same process by the same name.
+/// False when it is not.
+bool ProcessReader::readStatAfterRun(TrackedProcess& process) {
+  const auto text = process.reaps && process.nameFile ? proc_.read(process.nameFile)
+                                                      : proc_.read(process.pid, "stat");
+  const auto stat = text ? parseProcStat(*text) : std::nullopt;
+  if (!stat || stat->startTicks != process.startTicks) return false;
+  takeReaped(process, *stat);
+  return stat->comm == process.commText();
+}
+
 void ProcessReader::keepOpen(TrackedProcess& process) {
+  if (process.ioFile && !process.nameFile) openNameFile(process);
   if (process.ioFile || keptOpen_ >= mostKeptOpen_) return;
   process.ioFile = proc_.open(process.pid, "io");
-  process.commFile = proc_.open(process.pid, "comm");
+  openNameFile(process);
   if (process.ioFile) ++keptOpen_;
+}
+
+void ProcessReader::openNameFile(TrackedProcess& process) {
+  process.nameFile = proc_.open(process.pid, process.reaps ? "stat" : "comm");
 }
 
 void ProcessReader::noteQuiet(TrackedProcess& process) {
@@ -132,7 +168,7 @@ void ProcessReader::noteQuiet(TrackedProcess& process) {
 void ProcessReader::forget(TrackedProcess& process) {
   if (process.ioFile) --keptOpen_;
   process.ioFile = Descriptor();
-  process.commFile = Descriptor();
+  process.nameFile = Descriptor();
 }
 
 std::optional<ProcStat> ProcessReader::stat(std::int32_t pid) {

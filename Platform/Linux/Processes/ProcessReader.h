@@ -24,9 +24,9 @@ class ProcessReader {
   /// Reads everything but the CPU time. False when there is no such process any more.
   bool readAll(TrackedProcess& process);
 
-  /// Reads what changes when a process runs: its I/O, and its name if that has changed. False when
-  /// the process is gone, or another has taken its place.
-  bool readAfterRun(TrackedProcess& process);
+  /// Reads what changes when a process runs: its I/O, the time of the children that it has reaped
+  /// if it reaps or `mayReap`, and its name if that has changed. False when the process is gone.
+  bool readAfterRun(TrackedProcess& process, bool mayReap);
 
   /// Closes the files of a process that has not run for some passes.
   void noteQuiet(TrackedProcess& process);
@@ -36,11 +36,18 @@ class ProcessReader {
 
   std::optional<ProcStat> stat(std::int32_t pid);
 
+  /// Notes that a process has children, so that it is read as one that reaps from now on.
+  static void noteChildren(TrackedProcess& process);
+
  private:
   bool readProgram(TrackedProcess& process, const ProcStat& stat);
   bool readIo(TrackedProcess& process);
   void readApplication(TrackedProcess& process, const ProcStat& stat, std::string_view program);
-  bool programChanged(TrackedProcess& process);
+  bool programChanged(TrackedProcess& process, bool mayReap);
+  bool commIsSame(TrackedProcess& process);
+  bool readStatAfterRun(TrackedProcess& process);
+  void openNameFile(TrackedProcess& process);
+  static void takeReaped(TrackedProcess& process, const ProcStat& stat);
   void keepOpen(TrackedProcess& process);
 
   ProcFileSystem& proc_;

@@ -16,10 +16,13 @@ constexpr auto kScanInterval = 30s;
 /// With more new identifiers than this, listing the folder is cheaper than asking for each.
 constexpr std::int32_t kMostProbes = 4096;
 constexpr std::size_t kLooks = 2;
+/// How many processes that are not known to have children are asked for them in one pass.
+constexpr std::size_t kMostSweeps = 64;
 /// Descriptors left to the rest of the program.
 constexpr std::size_t kSpareDescriptors = 128;
 
 using Access = TrackedProcess::Access;
+using Reading = TrackedProcess::Reading;
 
 /// How many processes may keep two files open each.
 std::size_t descriptorBudget() {
@@ -34,23 +37,34 @@ std::size_t descriptorBudget() {
 ProcessTracker::ProcessTracker(Sources sources)
     : sources_(std::move(sources)),
       reader_(sources_.proc, sources_.applications, sources_.text),
-      clocksWork_(sources_.clock.isAvailable()) {
+      clocksWork_(sources_.clock.isAvailable()),
+      ticksPerSecond_(sysconf(_SC_CLK_TCK)) {
   reader_.setMostKeptOpen(descriptorBudget());
 }
 
 void ProcessTracker::refresh() {
   formerNewest_ = std::exchange(newest_, sources_.proc.newestPid());
-  std::erase_if(processes_, [this](TrackedProcess& process) {
-    if (update(process)) return false;
-    reader_.forget(process);
-    return true;
-  });
+  readClocks();
+  findNew();
+  readThoseThatRan();
+  cursor_ = 0;
+}
+
+void ProcessTracker::findNew() {
+  const std::size_t known = processes_.size();
   if (needsScan(newest_)) {
     scan();
   } else {
     probeNew();
   }
-  cursor_ = 0;
+  hadStrangers_ = hadStrangers(processes_.size() - std::min(known, processes_.size()));
+}
+
+/// Whether more identifiers were given out than the `found` new processes have. Threads have some
+/// as well, so this only says that a process may have come and gone.
+bool ProcessTracker::hadStrangers(std::size_t found) const {
+  if (!newest_ || !formerNewest_ || *newest_ < *formerNewest_) return true;
+  return static_cast<std::size_t>(*newest_ - *formerNewest_) > found;
 }
 
 void ProcessTracker::prepare() {
@@ -81,7 +95,29 @@ std::optional<TrackedProcess> ProcessTracker::readNow(std::int32_t pid) {
 
 tidewell::Timebase ProcessTracker::timebase() const {
   if (clocksWork_) return {1, 1};
-  return {1'000'000'000, static_cast<std::uint64_t>(sysconf(_SC_CLK_TCK))};
+  return {1'000'000'000, static_cast<std::uint64_t>(ticksPerSecond_)};
+}
+
+std::uint64_t ProcessTracker::fromTicks(std::uint64_t ticks) const {
+  return clocksWork_ ? ticks * (1'000'000'000 / static_cast<std::uint64_t>(ticksPerSecond_))
+                     : ticks;
+}
+
+std::int32_t ProcessTracker::parent(std::int32_t pid) {
+  TrackedProcess* process = findKnown(pid);
+  if (!process || process->parentPid == 0) return 0;
+  const TrackedProcess* parent = findKnown(process->parentPid);
+  if (!parent || parent->startTicks > process->startTicks) {
+    const auto stat = reader_.stat(pid);
+    if (!stat || stat->startTicks != process->startTicks) return 0;
+    process->parentPid = stat->parentPid;
+    if (TrackedProcess* heir = findKnown(stat->parentPid)) ProcessReader::noteChildren(*heir);
+  }
+  return process->parentPid;
+}
+
+bool ProcessTracker::isAlive(std::int32_t pid) {
+  return cpuTime(pid).has_value();
 }
 
 std::optional<std::uint64_t> ProcessTracker::cpuTime(std::int32_t pid) {
@@ -90,28 +126,57 @@ std::optional<std::uint64_t> ProcessTracker::cpuTime(std::int32_t pid) {
   return stat ? std::optional(stat->userTicks + stat->systemTicks) : std::nullopt;
 }
 
+void ProcessTracker::readClocks() {
+  std::erase_if(processes_, [this](TrackedProcess& process) {
+    process.due = Reading::none;
+    if (readClock(process)) return false;
+    reader_.forget(process);
+    return true;
+  });
+}
+
 /// False when the process is gone.
-bool ProcessTracker::update(TrackedProcess& process) {
+bool ProcessTracker::readClock(TrackedProcess& process) {
   if (wasGivenOutAgain(process.pid)) {
     process.cpuTime = cpuTime(process.pid).value_or(0);
     return reader_.readAll(process);
   }
-  if (process.access == Access::readable) return updateReadable(process);
+  if (process.access == Access::readable) return readOfReadable(process);
   // Neither a kernel thread nor another user's process has anything to tell; whether they are
   // still there shows at the next scan.
   return process.looks >= kLooks || reader_.readAll(process);
 }
 
-bool ProcessTracker::updateReadable(TrackedProcess& process) {
+bool ProcessTracker::readOfReadable(TrackedProcess& process) {
   // The clock comes first: what happens between the two readings shows at the next pass.
   const auto time = cpuTime(process.pid);
   if (!time) return false;
   const std::uint64_t former = std::exchange(process.cpuTime, *time);
   // Time that runs backwards is another process under the same number.
-  if (*time < former || process.looks < kLooks) return reader_.readAll(process);
-  if (*time > former) return reader_.readAfterRun(process);
-  reader_.noteQuiet(process);
+  if (*time < former) process.looks = 0;
+  if (process.looks < kLooks) {
+    process.due = Reading::all;
+  } else if (*time > former) {
+    process.due = Reading::afterRun;
+  } else {
+    reader_.noteQuiet(process);
+  }
   return true;
+}
+
+void ProcessTracker::readThoseThatRan() {
+  // One that reaps is always asked what, any other only where there may be something.
+  std::size_t sweeps = hadStrangers_ ? kMostSweeps : 0;
+  std::int32_t lastSwept = 0;
+  for (TrackedProcess& process : processes_) {
+    // One that is gone by now was there a moment ago: that it ended is the next pass's to see.
+    if (process.due == Reading::all) reader_.readAll(process);
+    if (process.due != Reading::afterRun) continue;
+    const bool isSwept = !process.reaps && sweeps > 0 && process.pid > lastSwept_;
+    if (isSwept && --sweeps == 0) lastSwept = process.pid;
+    reader_.readAfterRun(process, isSwept);
+  }
+  lastSwept_ = lastSwept;
 }
 
 /// Whether the kernel has given `pid` to a process or thread since the last pass.
@@ -168,7 +233,9 @@ void ProcessTracker::add(std::int32_t pid) {
   if (!time) return;
   TrackedProcess process(pid);
   process.cpuTime = *time;
-  if (reader_.readAll(process)) processes_.push_back(std::move(process));
+  if (!reader_.readAll(process)) return;
+  newParents_.push_back(process.parentPid);
+  processes_.push_back(std::move(process));
 }
 
 /// Brings what `add` appended behind the first `known` processes into order.
@@ -176,6 +243,15 @@ void ProcessTracker::mergeNew(std::size_t known) {
   std::inplace_merge(
       processes_.begin(), processes_.begin() + static_cast<std::ptrdiff_t>(known), processes_.end(),
       [](const TrackedProcess& left, const TrackedProcess& right) { return left.pid < right.pid; });
+  for (const std::int32_t pid : newParents_) {
+    if (TrackedProcess* parent = findKnown(pid)) ProcessReader::noteChildren(*parent);
+  }
+  newParents_.clear();
+}
+
+TrackedProcess* ProcessTracker::findKnown(std::int32_t pid) {
+  const auto found = std::ranges::lower_bound(processes_, pid, {}, &TrackedProcess::pid);
+  return found == processes_.end() || found->pid != pid ? nullptr : &*found;
 }
 
 }  // namespace platform

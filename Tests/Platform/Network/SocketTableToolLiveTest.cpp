@@ -10,12 +10,14 @@
 #include <utility>
 #include <vector>
 
+#include "Platform/Linux/Network/SocketDestroyNotifications.h"
 #include "Platform/Linux/Network/SocketDiagnostics.h"
 #include "Platform/Linux/Network/SocketTableTool.h"
 #include "Platform/Linux/System/ThreadQueues.h"
 #include "Tests/Platform/Network/LoopbackChild.h"
 #include "Tests/Platform/Network/LoopbackServer.h"
 #include "Tidewell/NetworkSampler.h"
+#include "Tidewell/UsageAccounts.h"
 
 namespace platform {
 namespace {
@@ -225,6 +227,36 @@ TEST_F(SocketTableToolLive, ReachesTheSamplerThroughAQueueOfItsOwn) {
   const auto totals = sampler.currentTotals();
   ASSERT_TRUE(totals.contains(child.pid()));
   expectBetween(totals.at(child.pid()), 123'456, 123'456 + kMarks);
+}
+
+TEST_F(SocketTableToolLive, KeepsAllThatAProcessMovedBeforeItEnded) {
+  if (!SocketDestroyNotifications().isAvailable()) GTEST_SKIP() << "no announcements here";
+  constexpr std::int32_t kAccount = tidewell::UsageAccounts::kFirstIdentifier;
+  tidewell::ProcessAccounts accounts;
+  SocketTableTool tool(&accounts);
+  const auto bytesReceived = [&] {
+    const auto launched = tool.launch("", {});
+    const std::string lines = launched.task->readToEnd(10'000'000).value_or("");
+    const std::string mark = "account." + std::to_string(kAccount) + ",";
+    const auto found = lines.find(mark);
+    return found == std::string::npos ? 0 : std::stoull(lines.substr(found + mark.size()));
+  };
+  const LoopbackServer server(AF_INET);
+  {
+    LoopbackChild child(server);
+    accounts.assign(child.pid(), kAccount);
+    ASSERT_TRUE(child.connect());
+    const Descriptor serverEnd = server.accept();
+    pull(child, serverEnd, 100'000);
+    EXPECT_EQ(bytesReceived(), 100'000U);
+    pull(child, serverEnd, 23'456);
+  }
+  // The kernel destroys a socket a moment after its process has ended.
+  std::uint64_t bytes = 0;
+  const auto deadline = std::chrono::steady_clock::now() + 10s;
+  while (bytes < 123'456 && std::chrono::steady_clock::now() < deadline)
+    bytes = bytesReceived();
+  expectBetween(bytes, 123'456, 123'456 + kMarks);
 }
 
 }  // namespace

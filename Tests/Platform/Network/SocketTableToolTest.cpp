@@ -8,16 +8,27 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "Tests/Platform/Network/FakeSocketHolders.h"
 #include "Tests/Platform/Network/FakeSocketSource.h"
 #include "Tests/Platform/Tasks/TemporaryFolder.h"
 #include "Tidewell/NetworkSampler.h"
+#include "Tidewell/UsageAccounts.h"
 
 namespace platform {
 namespace {
 
 using namespace std::chrono_literals;
+
+/// Tells what the test sets, once.
+class FakeClosedSockets : public ClosedSockets {
+ public:
+  void take(std::vector<SocketRecord>& taken) override { taken = std::exchange(sockets, {}); }
+
+  std::vector<SocketRecord> sockets;
+};
 
 class SocketTableToolTest : public testing::Test {
  protected:
@@ -31,6 +42,10 @@ class SocketTableToolTest : public testing::Test {
     holders_ = holders.get();
     parts.holders = std::move(holders);
     parts.interfaces = std::make_unique<InterfaceCounters>(folder_.path("dev"));
+    auto closed = std::make_unique<FakeClosedSockets>();
+    closed_ = closed.get();
+    parts.closed = std::move(closed);
+    parts.accounts = &accounts_;
     parts.now = [this] { return now_; };
     tool_ = std::make_unique<SocketTableTool>(std::move(parts));
   }
@@ -56,6 +71,8 @@ class SocketTableToolTest : public testing::Test {
   TemporaryFolder folder_;
   FakeSocketSource* source_ = nullptr;
   FakeSocketHolders* holders_ = nullptr;
+  FakeClosedSockets* closed_ = nullptr;
+  tidewell::ProcessAccounts accounts_;
   SocketOwners::Time now_{1h};
   std::uint64_t interfaceBytes_ = 1;
   std::unique_ptr<SocketTableTool> tool_;
@@ -189,6 +206,43 @@ TEST_F(SocketTableToolTest, ListsAgainAfterAPartialListing) {
   source_->sockets = {{1, 41, 0, 8, 8}, {2, 42, 0, 2, 2}};
   source_->answer.coverage = Coverage::complete;
   EXPECT_EQ(outputWhileQuiet(), "curl.7,10,10,\n");
+}
+
+TEST_F(SocketTableToolTest, PrintsOneLineForAnAccountAndKeepsItWhenItsProcessesEnd) {
+  constexpr std::int32_t kAccount = tidewell::UsageAccounts::kFirstIdentifier;
+  accounts_.assign(7, kAccount);
+  holders_->processes[7] = {100, "curl", 1, {41}};
+  source_->sockets = {{1, 41, 0, 10, 20}};
+  EXPECT_EQ(output(), "account.1073741824,10,20,\n");
+  holders_->processes.clear();
+  accounts_.noteEnd(7);
+  source_->sockets.clear();
+  EXPECT_EQ(output(), "account.1073741824,10,20,\n");
+}
+
+TEST_F(SocketTableToolTest, CountsTheLastBytesOfAProcessThatEndedWithItsSocket) {
+  constexpr std::int32_t kAccount = tidewell::UsageAccounts::kFirstIdentifier;
+  accounts_.assign(7, kAccount);
+  holders_->processes[7] = {100, "curl", 1, {41}};
+  source_->sockets = {{1, 41, 0, 10, 20}};
+  output();
+  holders_->processes.clear();
+  accounts_.noteEnd(7);
+  source_->sockets.clear();
+  closed_->sockets = {{1, 0, 0, 1000, 25}};
+  EXPECT_EQ(output(), "account.1073741824,1000,25,\n");
+}
+
+TEST_F(SocketTableToolTest, CountsWhatAnEndedProcessHadStillToSend) {
+  constexpr std::int32_t kAccount = tidewell::UsageAccounts::kFirstIdentifier;
+  accounts_.assign(7, kAccount);
+  holders_->processes[7] = {100, "curl", 1, {41}};
+  source_->sockets = {{1, 41, 0, 10, 20}};
+  output();
+  holders_->processes.clear();
+  accounts_.noteEnd(7);
+  source_->sockets = {{1, 0, 0, 10, 90}};
+  EXPECT_EQ(output(), "account.1073741824,10,90,\n");
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include <optional>
 #include <utility>
 #include <vector>
+#include "Tidewell/UsageAccounts.h"
 
 namespace platform {
 namespace {
@@ -36,7 +37,7 @@ class SocketTotalsTest : public testing::Test {
 
   [[nodiscard]] std::optional<Bytes> of(std::int32_t pid) const {
     for (const SocketTotals::Total& total : totals_.all()) {
-      if (total.pid == pid) return Bytes(total.bytesReceived, total.bytesSent);
+      if (total.identifier == pid) return Bytes(total.bytesReceived, total.bytesSent);
     }
     return std::nullopt;
   }
@@ -58,9 +59,9 @@ TEST_F(SocketTotalsTest, KnowsNothingOfOthers) {
 TEST_F(SocketTotalsTest, ListsProcessesAscendingByIdentifier) {
   update({{1, {1, 1}, {9, 1}}, {2, {1, 1}, {3, 1}}, {3, {1, 1}, {5, 1}}});
   ASSERT_EQ(totals_.all().size(), 3U);
-  EXPECT_EQ(totals_.all()[0].pid, 3);
-  EXPECT_EQ(totals_.all()[1].pid, 5);
-  EXPECT_EQ(totals_.all()[2].pid, 9);
+  EXPECT_EQ(totals_.all()[0].identifier, 3);
+  EXPECT_EQ(totals_.all()[1].identifier, 5);
+  EXPECT_EQ(totals_.all()[2].identifier, 9);
 }
 
 TEST_F(SocketTotalsTest, CountsAByteOnce) {
@@ -169,6 +170,82 @@ TEST_F(SocketTotalsTest, StopsBelowWhatTheSumOfBothCountersCanHold) {
   constexpr std::uint64_t kMax = std::numeric_limits<std::uint64_t>::max();
   update({{1, {kMax, kMax}, {7, 100}}, {2, {kMax, 5}, {7, 100}}});
   EXPECT_EQ(of(7), Bytes(0x7FFF'FFFF'FFFF'FFFF, 0x7FFF'FFFF'FFFF'FFFF));
+}
+
+class SocketTotalsByAccountTest : public SocketTotalsTest {
+ protected:
+  static constexpr std::int32_t kAccount = tidewell::UsageAccounts::kFirstIdentifier + 5;
+
+  SocketTotalsByAccountTest() { totals_ = SocketTotals(&accounts_); }
+
+  tidewell::ProcessAccounts accounts_;
+};
+
+TEST_F(SocketTotalsByAccountTest, CountsTheProcessesOfAnAccountTogether) {
+  accounts_.assign(7, kAccount);
+  accounts_.assign(8, kAccount);
+  update({{1, {10, 1}, {7, 100}}, {2, {20, 2}, {8, 100}}, {3, {5, 5}, {9, 100}}});
+  EXPECT_EQ(of(kAccount), Bytes(30, 3));
+  EXPECT_EQ(of(9), Bytes(5, 5));
+  EXPECT_EQ(of(7), std::nullopt);
+}
+
+TEST_F(SocketTotalsByAccountTest, NothingChangesWhenAProcessEnds) {
+  accounts_.assign(7, kAccount);
+  update({{1, {10, 1}, {7, 100}}});
+  accounts_.noteEnd(7);
+  totals_.keepOnly({});
+  update({});
+  EXPECT_EQ(of(kAccount), Bytes(10, 1));
+}
+
+TEST_F(SocketTotalsByAccountTest, MovesWhatAProcessHadBeforeItsAccountWasKnown) {
+  accounts_.assign(8, kAccount);
+  update({{1, {10, 1}, {7, 100}}, {2, {1, 1}, {8, 100}}});
+  EXPECT_EQ(of(7), Bytes(10, 1));
+  accounts_.assign(7, kAccount);
+  update({{1, {12, 1}, {7, 100}}, {2, {1, 1}, {8, 100}}});
+  EXPECT_EQ(of(7), std::nullopt);
+  EXPECT_EQ(of(kAccount), Bytes(13, 2));
+}
+
+TEST_F(SocketTotalsByAccountTest, LeavesUnderTheFormerAccountWhatWasCountedThere) {
+  accounts_.assign(7, kAccount);
+  update({{1, {10, 1}, {7, 100}}});
+  accounts_.assign(7, kAccount + 1);
+  update({{1, {15, 1}, {7, 100}}});
+  EXPECT_EQ(of(kAccount), Bytes(10, 1));
+  EXPECT_EQ(of(kAccount + 1), Bytes(5, 0));
+}
+
+TEST_F(SocketTotalsByAccountTest, SaysWhichAccountsAreInUse) {
+  accounts_.assign(7, kAccount);
+  update({{1, {10, 1}, {7, 100}}});
+  EXPECT_EQ(accounts_.takeUsed(), std::vector{kAccount});
+  update({{1, {10, 1}, {7, 100}}});
+  EXPECT_EQ(accounts_.takeUsed(), std::vector<std::int32_t>{}) << "nothing moved";
+}
+
+TEST_F(SocketTotalsByAccountTest, ForgetsTheOldestOfVeryManyAccounts) {
+  for (std::int32_t turn = 0; turn < 1030; ++turn) {
+    accounts_.assign(7, kAccount + turn);
+    const auto bytes = static_cast<std::uint64_t>(turn) + 1;
+    update({{1, {bytes, 0}, {7, 100}}});
+  }
+  totals_.keepOnly({});
+  EXPECT_EQ(totals_.all().size(), 1024U);
+  EXPECT_EQ(of(kAccount + 5), std::nullopt);
+  EXPECT_EQ(of(kAccount + 6), Bytes(1, 0));
+}
+
+TEST_F(SocketTotalsTest, CountsTheLastBytesOfASocketThatWasListed) {
+  update({{1, {10, 1}, {7, 100}}});
+  totals_.countClosed({1, 0, 0, 14, 3}, {7, 100});
+  EXPECT_EQ(of(7), Bytes(14, 3));
+  totals_.countClosed({1, 0, 0, 14, 3}, {7, 100});
+  EXPECT_EQ(of(7), Bytes(14, 3)) << "once";
+  totals_.countClosed({2, 0, 0, 1000, 1000}, {7, 100});
+  EXPECT_EQ(of(7), Bytes(14, 3)) << "never listed";
 }
 
 }  // namespace

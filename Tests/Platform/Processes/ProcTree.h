@@ -27,6 +27,8 @@ class ProcTree : public CpuClock {
     std::int32_t session = 1;
     std::int32_t terminal = 0;
     std::string state = "S";
+    std::int32_t parent = 1;
+    std::uint64_t reapedTicks = 0;
   };
 
   ProcTree() {
@@ -46,11 +48,18 @@ class ProcTree : public CpuClock {
     std::filesystem::remove_all(folder);
     std::filesystem::create_directory(folder);
     if (!process.exe.empty()) std::filesystem::create_symlink(process.exe, folder / "exe");
-    write(folder / "stat", std::to_string(process.pid) + " (" + process.comm + ") " +
-                               process.state + " 1 1 " + std::to_string(process.session) + " " +
-                               std::to_string(process.terminal) + " -1 4194304 1 2 3 4 " +
-                               std::to_string(process.cpu) + " 0 0 0 20 0 1 0 " +
-                               std::to_string(process.start) + " 1 1 1\n");
+    update(process);
+  }
+
+  /// Rewrites the files of the process under its number, so that open ones show it.
+  void update(const Process& process) {
+    const auto folder = root_ / std::to_string(process.pid);
+    write(folder / "stat",
+          std::to_string(process.pid) + " (" + process.comm + ") " + process.state + " " +
+              std::to_string(process.parent) + " 1 " + std::to_string(process.session) + " " +
+              std::to_string(process.terminal) + " -1 4194304 1 2 3 4 " +
+              std::to_string(process.cpu) + " 0 " + std::to_string(process.reapedTicks) +
+              " 0 20 0 1 0 " + std::to_string(process.start) + " 1 1 1\n");
     write(folder / "comm", process.comm + "\n");
     write(folder / "cgroup", process.cgroup);
     write(folder / "io", "rchar: 9\nwchar: 9\nsyscr: 9\nsyscw: 9\nread_bytes: " +

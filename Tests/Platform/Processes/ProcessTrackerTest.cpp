@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -297,6 +298,118 @@ TEST_F(ProcessTrackerTest, RefreshesOnceForTheTwoReadersOfASnapshot) {
   EXPECT_EQ(pids(), (std::vector{4}));
   tracker().refreshUnlessPrepared();
   EXPECT_EQ(pids(), (std::vector{4, 5}));
+}
+
+TEST_F(ProcessTrackerTest, AsksAParentForWhatItsChildrenUsed) {
+  tree.put({.pid = 4, .exe = "/usr/bin/make"});
+  tree.put({.pid = 9, .exe = "/usr/bin/cc", .parent = 4});
+  tree.setNewest(9);
+  tracker().refresh();
+  tracker().refresh();
+  tree.end(9);
+  tree.put({.pid = 4, .exe = "/usr/bin/make", .cpu = 1, .reapedTicks = 70});
+  tracker().refresh();
+  EXPECT_EQ(process(4).reapedTicks, 70u);
+  tree.update({.pid = 4, .exe = "/usr/bin/make", .cpu = 2, .reapedTicks = 90});
+  tracker().refresh();
+  EXPECT_EQ(process(4).reapedTicks, 90u) << "also once its file is kept open";
+}
+
+TEST_F(ProcessTrackerTest, FindsReapedTimeOfChildrenThatNobodySaw) {
+  tree.put({.pid = 4, .exe = "/usr/bin/sh"});
+  tree.setNewest(4);
+  tracker().refresh();
+  tracker().refresh();
+  tree.put({.pid = 4, .exe = "/usr/bin/sh", .cpu = 1, .reapedTicks = 30});
+  tree.setNewest(12);
+  tracker().refresh();
+  EXPECT_EQ(process(4).reapedTicks, 30u);
+}
+
+TEST_F(ProcessTrackerTest, AsksNobodyForChildrenWhileNoneCanHaveBeenBorn) {
+  tree.put({.pid = 4, .exe = "/usr/bin/sh"});
+  tree.setNewest(4);
+  tracker().refresh();
+  tracker().refresh();
+  tree.setClock(4, 1);
+  tree.setFile(4, "stat", std::nullopt);
+  tracker().refresh();
+  EXPECT_EQ(process(4).cpuTime, 1u);
+  EXPECT_EQ(process(4).looks, 2) << "the file that is gone was not missed";
+}
+
+TEST_F(ProcessTrackerTest, SweepsManyProcessesInTurn) {
+  constexpr std::int32_t kProcesses = 150;
+  const auto putAll = [&](std::uint64_t cpu, std::uint64_t reaped) {
+    for (std::int32_t pid = 1; pid <= kProcesses; ++pid)
+      tree.put({.pid = pid, .exe = "/usr/bin/sh", .cpu = cpu, .parent = 0, .reapedTicks = reaped});
+  };
+  const auto asked = [&] {
+    return std::ranges::count_if(tracker().processes(), &TrackedProcess::reaps);
+  };
+  putAll(0, 0);
+  tree.setNewest(kProcesses);
+  tracker().refresh();
+  tracker().refresh();
+  EXPECT_EQ(asked(), 0);
+  std::vector<std::ptrdiff_t> counts;
+  for (std::uint64_t turn = 1; turn <= 3; ++turn) {
+    putAll(turn, 5);
+    tree.setNewest(static_cast<std::int32_t>(kProcesses + turn));
+    tracker().refresh();
+    counts.push_back(asked());
+  }
+  EXPECT_EQ(counts, (std::vector<std::ptrdiff_t>{64, 128, 150}));
+}
+
+TEST_F(ProcessTrackerTest, LooksForTheNewParentOfAnOrphan) {
+  tree.put({.pid = 2, .exe = "/usr/bin/init", .parent = 0});
+  tree.put({.pid = 4, .exe = "/usr/bin/make", .parent = 2});
+  tree.put({.pid = 9, .exe = "/usr/bin/cc", .parent = 4});
+  tree.setNewest(9);
+  tracker().refresh();
+  EXPECT_EQ(tracker().parent(9), 4);
+  EXPECT_EQ(tracker().parent(2), 0);
+  EXPECT_EQ(tracker().parent(77), 0);
+  tree.end(4);
+  tree.put({.pid = 9, .exe = "/usr/bin/cc", .parent = 2});
+  tracker().refresh();
+  EXPECT_EQ(tracker().parent(9), 2);
+}
+
+TEST_F(ProcessTrackerTest, AParentThatIsYoungerThanItsChildIsAnotherProcess) {
+  tree.put({.pid = 2, .exe = "/usr/bin/init", .parent = 0});
+  tree.put({.pid = 9, .exe = "/usr/bin/cc", .start = 500, .parent = 30});
+  tree.put({.pid = 30, .exe = "/usr/bin/other", .start = 900});
+  tree.setNewest(30);
+  tracker().refresh();
+  tree.put({.pid = 9, .exe = "/usr/bin/cc", .start = 500, .parent = 2});
+  EXPECT_EQ(tracker().parent(9), 2);
+}
+
+TEST_F(ProcessTrackerTest, KeepsAProcessThatEndsAfterItsClockWasRead) {
+  tree.put({.pid = 4, .exe = "/usr/bin/a", .readBytes = 7});
+  tree.setNewest(4);
+  tracker().refresh();
+  tracker().refresh();
+  tree.end(4);
+  tree.setClock(4, 8);
+  tracker().refresh();
+  EXPECT_EQ(process(4).cpuTime, 8u);
+  EXPECT_EQ(process(4).path, "/usr/bin/a");
+  EXPECT_EQ(process(4).io.readBytes, 7u);
+  tree.end(4);
+  tracker().refresh();
+  EXPECT_EQ(pids(), std::vector<std::int32_t>{});
+}
+
+TEST_F(ProcessTrackerTest, ReapedTimeIsInTheUnitOfTheCpuTime) {
+  EXPECT_EQ(tracker().fromTicks(3), 30'000'000u);
+}
+
+TEST_F(ProcessTrackerTest, ReapedTimeStaysInTicksWithoutClocks) {
+  tree.setClocksWork(false);
+  EXPECT_EQ(tracker().fromTicks(3), 3u);
 }
 
 }  // namespace

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <cstdint>
+#include <deque>
+#include <mutex>
+#include <optional>
+#include <unordered_map>
+#include <vector>
+
+namespace tidewell {
+
+/// Tells under which account a process is counted, so that what is measured elsewhere and later,
+/// like network traffic, can be counted there from the beginning and stays when the process ends.
+///
+/// Written by whoever keeps the accounts, read by who measures. Safe from any thread.
+class ProcessAccounts {
+ public:
+  /// The process goes by `account` from now on; another may have had its number before.
+  void assign(std::int32_t pid, std::int32_t account);
+
+  /// The process has ended. Its account can be had for a while longer.
+  void noteEnd(std::int32_t pid);
+
+  /// Absent for a process that is not known, or ended long ago.
+  [[nodiscard]] std::optional<std::int32_t> accountOf(std::int32_t pid) const;
+
+  /// Something is counted under `account`, so that it must be listed.
+  void noteUse(std::int32_t account);
+
+  /// The accounts that `noteUse` was told of since the last call, in any order; some may come
+  /// twice.
+  [[nodiscard]] std::vector<std::int32_t> takeUsed();
+
+ private:
+  struct Entry {
+    std::int32_t account = 0;
+    bool hasEnded = false;
+  };
+
+  mutable std::mutex mutex_;
+  std::unordered_map<std::int32_t, Entry> entries_;
+  std::deque<std::int32_t> ended_;  ///< The latest last; some may have been given out again.
+  std::vector<std::int32_t> used_;
+};
+
+}  // namespace tidewell
