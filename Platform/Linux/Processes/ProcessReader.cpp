@@ -8,6 +8,7 @@
 
 #include "Platform/Linux/Processes/LinuxApplication.h"
 #include "Platform/Linux/Processes/ProgramPath.h"
+#include "Platform/Linux/Processes/ShellWork.h"
 
 namespace platform {
 namespace {
@@ -43,8 +44,8 @@ void startOver(TrackedProcess& process, std::uint64_t startTicks) {
 }  // namespace
 
 ProcessReader::ProcessReader(ProcFileSystem& proc, ApplicationResolver& applications,
-                             tidewell::Text& text)
-    : proc_(proc), applications_(applications), text_(text) {}
+                             tidewell::Text& text, Lookup known)
+    : proc_(proc), applications_(applications), text_(text), known_(std::move(known)) {}
 
 bool ProcessReader::readAll(TrackedProcess& process) {
   const std::optional<ProcStat> stat = this->stat(process.pid);
@@ -76,9 +77,26 @@ bool ProcessReader::readProgram(TrackedProcess& process, const ProcStat& stat) {
   }
   ++process.programVersion;
   process.linkHash = hashOf(program);
-  process.path = programPath(program, process.commText(), text_);
+  process.path = readPath(process, program);
   readApplication(process, stat, program);
   return true;
+}
+
+/// The path by which a person knows the process.
+///
+/// A shell is known by the script that it runs. Where it only runs a command for somebody else, as
+/// `make` has them run, the work is somebody else's.
+std::string ProcessReader::readPath(const TrackedProcess& process, const std::string& program) {
+  if (runsShell(program, process.commText())) {
+    const auto arguments = proc_.read(process.pid, "cmdline");
+    const ShellWork work = shellWork(arguments.value_or(""));
+    if (work.kind == ShellWork::Kind::script) return scriptPath(program, work.script);
+    const TrackedProcess* parent = known_(process.parentPid);
+    if (work.kind == ShellWork::Kind::command && parent && !parent->path.empty()) {
+      return parent->path;
+    }
+  }
+  return programPath(program, process.commText(), text_);
 }
 
 void ProcessReader::readApplication(TrackedProcess& process, const ProcStat& stat,

@@ -1,7 +1,10 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
+#include <functional>
 #include <optional>
+#include <string>
 #include <string_view>
 
 #include "Platform/Linux/Processes/ApplicationResolver.h"
@@ -13,10 +16,14 @@
 namespace platform {
 
 /// Reads single processes: once in full when they are new, and as little as possible whenever they
-/// have run. Main thread only; the three arguments must outlive it.
+/// have run. Main thread only; the arguments must outlive it.
 class ProcessReader {
  public:
-  ProcessReader(ProcFileSystem& proc, ApplicationResolver& applications, tidewell::Text& text);
+  /// The process with an identifier, if it is known; null else.
+  using Lookup = std::function<const TrackedProcess*(std::int32_t pid)>;
+
+  ProcessReader(ProcFileSystem& proc, ApplicationResolver& applications, tidewell::Text& text,
+                Lookup known);
 
   /// How many processes may keep their files open, two each.
   void setMostKeptOpen(std::size_t processes) { mostKeptOpen_ = processes; }
@@ -42,6 +49,7 @@ class ProcessReader {
  private:
   bool readProgram(TrackedProcess& process, const ProcStat& stat);
   bool readIo(TrackedProcess& process);
+  std::string readPath(const TrackedProcess& process, const std::string& program);
   void readApplication(TrackedProcess& process, const ProcStat& stat, std::string_view program);
   bool programChanged(TrackedProcess& process, bool mayReap);
   bool commIsSame(TrackedProcess& process);
@@ -53,6 +61,7 @@ class ProcessReader {
   ProcFileSystem& proc_;
   ApplicationResolver& applications_;
   tidewell::Text& text_;
+  Lookup known_;
   std::size_t mostKeptOpen_ = 128;
   std::size_t keptOpen_ = 0;
 };

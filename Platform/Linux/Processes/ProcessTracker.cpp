@@ -36,7 +36,8 @@ std::size_t descriptorBudget() {
 
 ProcessTracker::ProcessTracker(Sources sources)
     : sources_(std::move(sources)),
-      reader_(sources_.proc, sources_.applications, sources_.text),
+      reader_(sources_.proc, sources_.applications, sources_.text,
+              [this](std::int32_t pid) { return findKnown(pid); }),
       clocksWork_(sources_.clock.isAvailable()),
       ticksPerSecond_(sysconf(_SC_CLK_TCK)) {
   reader_.setMostKeptOpen(descriptorBudget());
@@ -128,7 +129,6 @@ std::optional<std::uint64_t> ProcessTracker::cpuTime(std::int32_t pid) {
 
 void ProcessTracker::readClocks() {
   std::erase_if(processes_, [this](TrackedProcess& process) {
-    process.due = Reading::none;
     if (readClock(process)) return false;
     reader_.forget(process);
     return true;
@@ -137,23 +137,20 @@ void ProcessTracker::readClocks() {
 
 /// False when the process is gone.
 bool ProcessTracker::readClock(TrackedProcess& process) {
-  if (wasGivenOutAgain(process.pid)) {
-    process.cpuTime = cpuTime(process.pid).value_or(0);
-    return reader_.readAll(process);
+  process.due = Reading::none;
+  const bool isAnother = wasGivenOutAgain(process.pid);
+  if (process.access != Access::readable && !isAnother) {
+    // Neither a kernel thread nor another user's process has anything to tell; whether they are
+    // still there shows at the next scan.
+    if (process.looks < kLooks) process.due = Reading::all;
+    return true;
   }
-  if (process.access == Access::readable) return readOfReadable(process);
-  // Neither a kernel thread nor another user's process has anything to tell; whether they are
-  // still there shows at the next scan.
-  return process.looks >= kLooks || reader_.readAll(process);
-}
-
-bool ProcessTracker::readOfReadable(TrackedProcess& process) {
   // The clock comes first: what happens between the two readings shows at the next pass.
   const auto time = cpuTime(process.pid);
   if (!time) return false;
   const std::uint64_t former = std::exchange(process.cpuTime, *time);
   // Time that runs backwards is another process under the same number.
-  if (*time < former) process.looks = 0;
+  if (isAnother || *time < former) process.looks = 0;
   if (process.looks < kLooks) {
     process.due = Reading::all;
   } else if (*time > former) {
@@ -170,7 +167,9 @@ void ProcessTracker::readThoseThatRan() {
   std::int32_t lastSwept = 0;
   for (TrackedProcess& process : processes_) {
     // One that is gone by now was there a moment ago: that it ended is the next pass's to see.
-    if (process.due == Reading::all) reader_.readAll(process);
+    if (process.due == Reading::all && !reader_.readAll(process) && process.looks < kLooks) {
+      ++process.looks;
+    }
     if (process.due != Reading::afterRun) continue;
     const bool isSwept = !process.reaps && sweeps > 0 && process.pid > lastSwept_;
     if (isSwept && --sweeps == 0) lastSwept = process.pid;
@@ -204,9 +203,9 @@ void ProcessTracker::scan() {
     return true;
   });
   // Another user's process may have become ours meanwhile.
-  std::erase_if(processes_, [this](TrackedProcess& process) {
-    return process.access == Access::refused && !reader_.readAll(process);
-  });
+  for (TrackedProcess& process : processes_) {
+    if (process.access == Access::refused) process.due = Reading::all;
+  }
   const std::size_t known = processes_.size();
   for (const std::int32_t pid : *pids) {
     if (!isAmongFirst(known, pid)) add(pid);
@@ -217,7 +216,7 @@ void ProcessTracker::scan() {
 void ProcessTracker::probeNew() {
   const std::size_t known = processes_.size();
   for (std::int32_t pid = *formerNewest_ + 1; pid <= *newest_; ++pid) {
-    // What is known already was given out again, and `update` has read it afresh.
+    // What is known already was given out again, and is read afresh.
     if (!isAmongFirst(known, pid)) add(pid);
   }
   mergeNew(known);

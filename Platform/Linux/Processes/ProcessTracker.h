@@ -75,7 +75,6 @@ class ProcessTracker {
   std::optional<std::uint64_t> cpuTime(std::int32_t pid);
   void readClocks();
   bool readClock(TrackedProcess& process);
-  bool readOfReadable(TrackedProcess& process);
   void findNew();
   void readThoseThatRan();
   [[nodiscard]] bool hadStrangers(std::size_t found) const;

@@ -1,5 +1,6 @@
 #include "Platform/Linux/Processes/ProgramPath.h"
 
+#include "Platform/Linux/Processes/ShellWork.h"
 #include "Platform/Linux/System/Utf8.h"
 #include "Tidewell/AppCatalog.h"
 
@@ -8,6 +9,20 @@ namespace {
 
 constexpr std::string_view kDeleted = " (deleted)";
 constexpr std::string_view kDigits = "0123456789";
+/// A program that is a shell when it is called so.
+constexpr std::string_view kManyTools = "busybox";
+
+struct SplitPath {
+  std::string_view folder;  ///< With its slash.
+  std::string_view file;
+};
+
+SplitPath split(std::string_view exeLink) {
+  if (exeLink.ends_with(kDeleted)) exeLink.remove_suffix(kDeleted.size());
+  const std::size_t slash = exeLink.rfind('/');
+  const std::size_t nameBegin = slash == std::string_view::npos ? 0 : slash + 1;
+  return {exeLink.substr(0, nameBegin), exeLink.substr(nameBegin)};
+}
 
 bool isKnownExecutable(std::string_view name, tidewell::Text& text) {
   return !name.empty() && tidewell::AppCatalog::lookup(std::nullopt, name, text) != nullptr;
@@ -33,18 +48,26 @@ std::string_view knownWithoutVersion(std::string_view name, tidewell::Text& text
 }  // namespace
 
 std::string programPath(std::string_view exeLink, std::string_view comm, tidewell::Text& text) {
-  if (exeLink.ends_with(kDeleted)) exeLink.remove_suffix(kDeleted.size());
-  const std::size_t slash = exeLink.rfind('/');
-  const std::size_t nameBegin = slash == std::string_view::npos ? 0 : slash + 1;
-  const std::string_view file = exeLink.substr(nameBegin);
-
+  const auto [folder, file] = split(exeLink);
   std::string_view name = file;
+  const std::string_view firstWord = comm.substr(0, comm.find(' '));
   if (isKnownExecutable(comm, text)) {
     name = comm;
+  } else if (isKnownExecutable(firstWord, text)) {
+    name = firstWord;
   } else if (!isKnownExecutable(file, text)) {
     if (const auto known = knownWithoutVersion(file, text); !known.empty()) name = known;
   }
-  return cleaned(std::string(exeLink.substr(0, nameBegin)) + std::string(name));
+  return cleaned(std::string(folder) + std::string(name));
+}
+
+bool runsShell(std::string_view exeLink, std::string_view comm) {
+  const std::string_view file = split(exeLink).file;
+  return isShell(file) || (file == kManyTools && isShell(comm));
+}
+
+std::string scriptPath(std::string_view exeLink, std::string_view script) {
+  return cleaned(std::string(split(exeLink).folder) + std::string(script));
 }
 
 }  // namespace platform

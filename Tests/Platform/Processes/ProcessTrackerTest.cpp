@@ -412,5 +412,49 @@ TEST_F(ProcessTrackerTest, ReapedTimeStaysInTicksWithoutClocks) {
   EXPECT_EQ(tracker().fromTicks(3), 3u);
 }
 
+class ShellNamesTest : public ProcessTrackerTest {
+ protected:
+  void put(const ProcTree::Process& process, std::string arguments) {
+    tree.put(process);
+    std::ranges::replace(arguments, ' ', '\0');
+    tree.setFile(process.pid, "cmdline", arguments + '\0');
+  }
+};
+
+TEST_F(ShellNamesTest, AScriptIsKnownByItsOwnName) {
+  put({.pid = 4, .exe = "/usr/bin/bash", .comm = "nightly-backup.", .parent = 0},
+      "/bin/bash -eu /home/me/nightly-backup.sh");
+  put({.pid = 5, .exe = "/usr/bin/dash", .comm = "sh", .parent = 0}, "sh build.sh");
+  put({.pid = 6, .exe = "/usr/bin/bash", .comm = "bash", .parent = 0}, "-bash");
+  put({.pid = 7, .exe = "/bin/busybox", .comm = "sh", .parent = 0}, "sh install");
+  tree.setNewest(7);
+  tracker().refresh();
+  EXPECT_EQ(process(4).path, "/usr/bin/nightly-backup.sh");
+  EXPECT_EQ(process(5).path, "/usr/bin/build.sh");
+  EXPECT_EQ(process(6).path, "/usr/bin/bash");
+  EXPECT_EQ(process(7).path, "/bin/install");
+}
+
+TEST_F(ShellNamesTest, ACommandIsTheWorkOfWhoeverHasItRun) {
+  tree.put({.pid = 4, .exe = "/usr/bin/make", .comm = "make", .parent = 0});
+  put({.pid = 5, .exe = "/usr/bin/dash", .comm = "sh", .parent = 4}, "/bin/sh -c cc");
+  put({.pid = 6, .exe = "/usr/bin/dash", .comm = "sh", .parent = 5}, "/bin/sh -c cc");
+  put({.pid = 7, .exe = "/usr/bin/dash", .comm = "sh", .parent = 99}, "/bin/sh -c cc");
+  tree.setNewest(7);
+  tracker().refresh();
+  EXPECT_EQ(process(5).path, "/usr/bin/make");
+  EXPECT_EQ(process(6).path, "/usr/bin/make");
+  EXPECT_EQ(process(7).path, "/usr/bin/dash") << "of which nobody knows who had it run";
+}
+
+TEST_F(ShellNamesTest, TheFirstWordOfAProcessTitleIsEnough) {
+  tree.put({.pid = 4, .exe = "/usr/bin/node", .comm = "npm run build", .parent = 0});
+  tree.put({.pid = 5, .exe = "/usr/bin/node", .comm = "my server", .parent = 0});
+  tree.setNewest(5);
+  tracker().refresh();
+  EXPECT_EQ(process(4).path, "/usr/bin/npm");
+  EXPECT_EQ(process(5).path, "/usr/bin/node");
+}
+
 }  // namespace
 }  // namespace platform

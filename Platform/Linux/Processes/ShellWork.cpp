@@ -1,0 +1,57 @@
+#include "Platform/Linux/Processes/ShellWork.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+
+namespace platform {
+namespace {
+
+constexpr std::array<std::string_view, 8> kShells = {"sh",  "bash", "dash", "zsh",
+                                                     "ksh", "mksh", "ash",  "fish"};
+
+/// Options that a value follows as an argument of its own.
+constexpr std::array<std::string_view, 7> kWithValue = {
+    "-o", "+o", "-O", "+O", "--rcfile", "--init-file", "--init-command"};
+
+/// Takes the first argument off `arguments`.
+std::string_view takeFirst(std::string_view& arguments) {
+  const std::string_view first = arguments.substr(0, arguments.find('\0'));
+  arguments.remove_prefix(std::min(arguments.size(), first.size() + 1));
+  return first;
+}
+
+bool isOption(std::string_view argument) {
+  return argument.size() > 1 && (argument.front() == '-' || argument.front() == '+');
+}
+
+bool asksForCommand(std::string_view option) {
+  if (option == "--command" || option.starts_with("--command=")) return true;
+  return option[0] == '-' && option[1] != '-' && option.find('c') != std::string_view::npos;
+}
+
+}  // namespace
+
+bool isShell(std::string_view file) {
+  return std::ranges::find(kShells, file) != kShells.end();
+}
+
+ShellWork shellWork(std::string_view arguments) {
+  using Kind = ShellWork::Kind;
+  takeFirst(arguments);
+  while (!arguments.empty()) {
+    std::string_view argument = takeFirst(arguments);
+    if (argument == "-" || argument == "--") {
+      argument = takeFirst(arguments);
+    } else if (isOption(argument)) {
+      if (asksForCommand(argument)) return {Kind::command, {}};
+      if (std::ranges::find(kWithValue, argument) != kWithValue.end()) takeFirst(arguments);
+      continue;
+    }
+    const std::string_view name = argument.substr(argument.rfind('/') + 1);
+    return name.empty() ? ShellWork() : ShellWork{Kind::script, name};
+  }
+  return {};
+}
+
+}  // namespace platform
