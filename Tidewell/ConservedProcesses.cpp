@@ -121,7 +121,7 @@ void ConservedProcesses::pass() {
   updateOrphans();
   for (Process& process : processes_) {
     // What is still to be claimed of one that could not be read waits until it was.
-    if (!process.unread) process.counted += process.reaped.settle(mostTime_, tolerance_);
+    if (!process.unread) settle(process);
   }
   for (const Process& process : gone_)
     close(process);
@@ -305,11 +305,18 @@ ConservedProcesses::Process* ConservedProcesses::livingParent(const Process& end
 
 /// Takes what had been seen of the ended processes out of what their reapers are charged.
 void ConservedProcesses::claimFromReapers() {
+  claims_.clear();
+  const auto note = [this](const Process& ended, const Process* reaper) {
+    const auto index = static_cast<std::size_t>(&ended - gone_.data());
+    if (reaper) claims_.push_back({reaper->pid, index});
+  };
   // A parent that lives is the reaper. This comes first, for what is left is open to guesses.
   std::vector<const Process*> unclaimed;
   for (const Process& process : gone_) {
     Process* parent = livingParent(process);
-    if (!parent || !parent->reaped.claim(seenOf(process), tolerance_)) {
+    if (parent && parent->reaped.claim(seenOf(process), tolerance_)) {
+      note(process, parent);
+    } else {
       unclaimed.push_back(&process);
     }
   }
@@ -319,16 +326,40 @@ void ConservedProcesses::claimFromReapers() {
     return !parent || !parent->unread;
   });
   for (const Process* process : unclaimed)
-    claimFromAncestors(process->parent, seenOf(*process));
+    note(*process, claimFromAncestors(process->parent, seenOf(*process)));
   for (Process& process : gone_) {
     for (const Usage& debt : process.reaped.takeDebts())
       claimFromAncestors(process.parent, debt);
   }
+  std::ranges::stable_sort(claims_, {}, &Claim::reaper);
+}
+
+/// Counts what `reaper` was charged beyond all that had been seen: with the children that were
+/// seen, as much again as of each, with itself the rest.
+void ConservedProcesses::settle(Process& reaper) {
+  const Usage unseen = reaper.reaped.settle(mostTime_, tolerance_);
+  Usage rest = unseen;
+  const auto claims = std::ranges::equal_range(claims_, reaper.pid, {}, &Claim::reaper);
+  double seen = 0;
+  for (const Claim& claim : claims)
+    seen += static_cast<double>(seenTimeOf(gone_[claim.ended]));
+  for (const Claim& claim : claims) {
+    Process& ended = gone_[claim.ended];
+    const double share = static_cast<double>(seenTimeOf(ended)) / std::max(seen, 1.0);
+    const double most = std::min(static_cast<double>(unseen.time), seen);
+    Usage stretch = unseen.part(std::min(rest.time, static_cast<std::uint64_t>(most * share)));
+    stretch.disk = std::min(rest.disk, stretch.disk);
+    ended.counted += stretch;
+    rest.time -= stretch.time;
+    rest.disk -= stretch.disk;
+  }
+  reaper.counted += rest;
 }
 
 /// A process whose parent ended too was reaped by it, or by whoever inherited it. In either case
 /// the charge went up the line of its ancestors, and lies with the first that has it.
-void ConservedProcesses::claimFromAncestors(std::int32_t ancestor, const Usage& seen) {
+ConservedProcesses::Process* ConservedProcesses::claimFromAncestors(std::int32_t ancestor,
+                                                                    const Usage& seen) {
   Process* nearest = nullptr;
   for (int step = 0; ancestor > 0 && step < kMostAncestors; ++step) {
     const auto gone = std::ranges::lower_bound(gone_, ancestor, {}, &Process::pid);
@@ -337,17 +368,18 @@ void ConservedProcesses::claimFromAncestors(std::int32_t ancestor, const Usage& 
     if (!process) break;
     // One that ended may have been read after it reaped and before it ended.
     const bool mayHaveIt = !isGone || process->reapedSome;
-    if (mayHaveIt && process->reaped.claim(seen, tolerance_)) return;
+    if (mayHaveIt && process->reaped.claim(seen, tolerance_)) return process;
     if (!isGone && !nearest) nearest = process;
     ancestor = process->parent;
   }
   // Of one that waits to be reaped it is not known who has inherited its children. In the end they
   // all fall to the first process.
   Process* first = find(1);
-  if (first && first->reaped.claim(seen, tolerance_)) return;
+  if (first && first->reaped.claim(seen, tolerance_)) return first;
   // Whoever reaped it was read before it did.
   if (!nearest) nearest = first;
   if (nearest) nearest->reaped.claimOnNext(seen);
+  return nullptr;
 }
 
 void ConservedProcesses::close(const Process& process) {
@@ -370,6 +402,10 @@ Usage ConservedProcesses::seenOf(const Process& process) const {
   if (process.path.empty()) return {};
   return {process.ownTime + process.reapedTime,
           sources_.table.diskIncludesReaped() ? process.disk : 0};
+}
+
+std::uint64_t ConservedProcesses::seenTimeOf(const Process& process) {
+  return process.path.empty() ? 0 : process.ownTime + process.reapedTime;
 }
 
 ConservedProcesses::Process* ConservedProcesses::find(std::int32_t pid) {

@@ -28,8 +28,10 @@ namespace tidewell {
 ///   is listed like a process (`UsageAccounts`).
 /// * What a process used before it took another name (by exec) stays under the former name.
 /// * What was used unseen, by a process that lived between two passes or in the last stretch of
-///   one, is credited to the process that reaped it: the growth of its reaped children's time,
-///   less what had been seen of the children that ended (`ReapedUsage`).
+///   one, is found with the process that reaped it: the growth of its reaped children's time, less
+///   what had been seen of the children that ended (`ReapedUsage`). Of that, a child that had been
+///   seen gets at most as much again as was seen of it, for its last stretch: so a loop of commands
+///   of some seconds each goes on under one name. The rest is credited to who reaped.
 ///
 /// Left out is what no one reaped (its parent ignores its end), and what cannot have been used
 /// since the last pass: time beyond what all processors could give in that interval. That is older
@@ -71,6 +73,12 @@ class ConservedProcesses : public ProcessTable, public RunningApplications {
  private:
   using Application = std::shared_ptr<const RunningApplication>;
 
+  /// What had been seen of an ended process was found in the charge of another.
+  struct Claim {
+    std::int32_t reaper = 0;
+    std::size_t ended = 0;  ///< In `gone_`.
+  };
+
   struct Process {
     std::int32_t pid = 0;
     std::int32_t parent = 0;
@@ -102,10 +110,13 @@ class ConservedProcesses : public ProcessTable, public RunningApplications {
   void updateOrphans();
   Process* livingParent(const Process& ended);
   void claimFromReapers();
-  void claimFromAncestors(std::int32_t ancestor, const Usage& seen);
+  /// Returns the process that has it, or null.
+  Process* claimFromAncestors(std::int32_t ancestor, const Usage& seen);
+  void settle(Process& reaper);
   void close(const Process& process);
   void foldAccounts();
   [[nodiscard]] Usage seenOf(const Process& process) const;
+  static std::uint64_t seenTimeOf(const Process& process);
   Process* find(std::int32_t pid);
 
   Sources sources_;
@@ -122,6 +133,7 @@ class ConservedProcesses : public ProcessTable, public RunningApplications {
   std::vector<Process> processes_;         ///< Ascending by pid.
   std::vector<Process> born_;              ///< New on this pass, ascending.
   std::vector<Process> gone_;              ///< Ended on this pass, ascending.
+  std::vector<Claim> claims_;              ///< Of this pass, by reaper.
   std::size_t cursor_ = 0;                 ///< Where the next `find` is likely to hit.
   std::array<char, kPathCapacity> path_{};
 };

@@ -32,14 +32,10 @@ Usage ReapedUsage::settle(std::uint64_t most, std::uint64_t tolerance) {
   time_ -= static_cast<std::int64_t>(time);
   // The two counters are read one after the other, so a claim may be ahead of the growth.
   const std::uint64_t counted = std::min(disk_, claimedDisk_);
-  std::uint64_t disk = disk_ - counted;
+  const Usage all{time, disk_ - counted};
   claimedDisk_ -= counted;
   disk_ = 0;
-  if (time > most) {
-    disk = static_cast<std::uint64_t>(static_cast<double>(disk) * static_cast<double>(most) /
-                                      static_cast<double>(time));
-  }
-  return {std::min(time, most), disk};
+  return time > most ? all.part(most) : all;
 }
 
 std::vector<Usage> ReapedUsage::takeDebts() {

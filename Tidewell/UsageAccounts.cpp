@@ -33,6 +33,13 @@ class AccountApplication : public RunningApplication {
 
 }  // namespace
 
+Usage Usage::part(std::uint64_t partTime) const {
+  if (partTime == 0) return {};
+  if (partTime >= time) return *this;
+  const double share = static_cast<double>(partTime) / static_cast<double>(time);
+  return {partTime, std::min(disk, static_cast<std::uint64_t>(static_cast<double>(disk) * share))};
+}
+
 std::string UsageAccounts::key(std::string_view path, const RunningApplication* application) {
   if (application && application->bundleIdentifier()) return *application->bundleIdentifier();
   return std::string(ProcessSampler::nameFromPath(path));

@@ -23,6 +23,9 @@ struct Usage {
     disk += more.disk;
     return *this;
   }
+  /// The part that goes with `partTime` of its time: nothing for none, all for all.
+  [[nodiscard]] Usage part(std::uint64_t partTime) const;
+
   friend bool operator==(const Usage&, const Usage&) = default;
 };
 

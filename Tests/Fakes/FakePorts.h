@@ -7,9 +7,14 @@
 #include "Tests/Fakes/FakeClock.h"
 #include "Tests/Fakes/FakeConsole.h"
 #include "Tests/Fakes/FakeDefaults.h"
+#include "Tests/Fakes/FakeFileManager.h"
+#include "Tests/Fakes/FakeLidSwitch.h"
+#include "Tests/Fakes/FakeLoginItem.h"
 #include "Tests/Fakes/FakeMainLoop.h"
 #include "Tests/Fakes/FakePowerManagement.h"
 #include "Tests/Fakes/FakePowerSources.h"
+#include "Tests/Fakes/FakePrivilegedScripts.h"
+#include "Tests/Fakes/FakeProcessInfo.h"
 #include "Tests/Fakes/FakeProcessTable.h"
 #include "Tests/Fakes/FakeRunningApplications.h"
 #include "Tests/Fakes/FakeSerialQueues.h"
@@ -45,6 +50,12 @@ struct FakePorts {
   FakePowerManagement power{calls};
   FakeAssertionTable assertions{calls};
   FakeSleepNotifications sleepNotifications{calls};
+  FakeProcessInfo processInfo;
+  FakeLoginItem loginItem{calls};
+  FakeTaskLauncher tasks{calls};
+  FakePrivilegedScripts scripts{calls};
+  FakeFileManager files{calls};
+  FakeLidSwitch lidSwitch{calls};  ///< Not in use until `useLidSwitch`.
 
   Ports ports{borrowed(log),          borrowed(clock),
               borrowed(console),      borrowed(text),
@@ -52,10 +63,16 @@ struct FakePorts {
               borrowed(processes),    borrowed(applications),
               borrowed(queues),       borrowed(networkTool),
               borrowed(powerSources), borrowed(power),
-              borrowed(assertions),   borrowed(sleepNotifications)};
+              borrowed(assertions),   borrowed(sleepNotifications),
+              borrowed(processInfo),  borrowed(loginItem),
+              borrowed(tasks),        borrowed(scripts),
+              borrowed(files),        nullptr};
 
   /// What the network tool prints from now on, line by line.
   void setNetworkOutput(const std::string& output) { networkTool.script.output = output; }
+
+  /// Makes this a system that has a lid switch.
+  void useLidSwitch() { ports.lidSwitch = borrowed(lidSwitch); }
 
  private:
   /// A pointer that owns nothing.

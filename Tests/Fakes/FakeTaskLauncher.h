@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "Tests/Fakes/CallLog.h"
 #include "Tidewell/Ports/TaskLauncher.h"
 
 namespace tidewell {
@@ -38,8 +39,15 @@ class FakeTaskLauncher : public TaskLauncher {
     bool alive = true;  ///< The task object still exists.
   };
 
+  explicit FakeTaskLauncher(std::shared_ptr<CallLog> calls = std::make_shared<CallLog>())
+      : calls_(std::move(calls)) {}
+
   Launch launch(const std::string& executable, const std::vector<std::string>& arguments) override {
     ++launches;
+    std::string call = "launch " + executable;
+    for (const std::string& argument : arguments)
+      call += ' ' + argument;
+    calls_->add(call);
     if (!script.launchError.empty()) return {nullptr, script.launchError};
     auto record = std::make_shared<Record>();
     record->executable = executable;
@@ -79,6 +87,8 @@ class FakeTaskLauncher : public TaskLauncher {
     Script script_;
     std::shared_ptr<Record> record_;
   };
+
+  std::shared_ptr<CallLog> calls_;
 };
 
 }  // namespace tidewell

@@ -7,9 +7,14 @@
 #include "Tidewell/Ports/Clock.h"
 #include "Tidewell/Ports/Console.h"
 #include "Tidewell/Ports/Defaults.h"
+#include "Tidewell/Ports/FileManager.h"
+#include "Tidewell/Ports/LidSwitch.h"
+#include "Tidewell/Ports/LoginItem.h"
 #include "Tidewell/Ports/MainLoop.h"
 #include "Tidewell/Ports/PowerManagement.h"
 #include "Tidewell/Ports/PowerSources.h"
+#include "Tidewell/Ports/PrivilegedScripts.h"
+#include "Tidewell/Ports/ProcessInfo.h"
 #include "Tidewell/Ports/ProcessTable.h"
 #include "Tidewell/Ports/RunningApplications.h"
 #include "Tidewell/Ports/SerialQueue.h"
@@ -24,7 +29,8 @@ namespace tidewell {
 ///
 /// Made whole by `makePorts`, of which each system has its own, or by a test from fakes. Owned by
 /// the process entry (or the test) and outlives every object that was given it. The members are
-/// destroyed in reverse order, so the ones that others build on come first. All are set.
+/// destroyed in reverse order, so the ones that others build on come first. All are set but
+/// `lidSwitch`, which is null where the system has none.
 struct Ports {
   std::shared_ptr<SystemLog> log;
   std::shared_ptr<Clock> clock;
@@ -40,6 +46,12 @@ struct Ports {
   std::shared_ptr<PowerManagement> powerManagement;
   std::shared_ptr<AssertionTable> assertionTable;
   std::shared_ptr<SleepNotifications> sleepNotifications;
+  std::shared_ptr<ProcessInfo> processInfo;
+  std::shared_ptr<LoginItem> loginItem;
+  std::shared_ptr<TaskLauncher> taskLauncher;  ///< For real tools.
+  std::shared_ptr<PrivilegedScripts> privilegedScripts;
+  std::shared_ptr<FileManager> fileManager;
+  std::shared_ptr<LidSwitch> lidSwitch;
 };
 
 /// Makes the process-wide `Ports` that the static namespaces (`Log`, `BatteryMonitor`,

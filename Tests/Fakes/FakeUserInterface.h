@@ -1,0 +1,130 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "Staylit/AppsView.h"
+#include "Staylit/SettingsView.h"
+#include "Staylit/UserInterface.h"
+#include "Tests/Fakes/CallLog.h"
+
+namespace staylit {
+
+/// A window system that shows nothing and remembers what it was asked to show.
+class FakeUserInterface : public UserInterface {
+ public:
+  /// A window as it was made; kept after its end.
+  struct ShownWindow {
+    WindowStyle style;
+    AppsView* appsView = nullptr;  ///< Exactly one of the two views is set, while it is there.
+    SettingsView* settingsView = nullptr;
+    std::optional<Point> origin;  ///< Absent while nobody has moved it.
+    bool isCentered = false;
+    bool isInFront = false;
+    bool isAlive = true;
+
+    /// What a person does with the button in the corner.
+    void close() { isInFront = false; }
+  };
+
+  explicit FakeUserInterface(
+      std::shared_ptr<tidewell::CallLog> calls = std::make_shared<tidewell::CallLog>())
+      : calls_(std::move(calls)) {}
+
+  std::unique_ptr<StatusItem> makeStatusItem(MenuDelegate& delegate) override {
+    calls_->add("make status item");
+    if (!hasPlaceForStatusItem) return nullptr;
+    menu = &delegate;
+    if (whileMakingStatusItem) whileMakingStatusItem(delegate);
+    return std::make_unique<Item>(*this);
+  }
+
+  std::unique_ptr<Window> makeAppsWindow(const WindowStyle& style, AppsView& view) override {
+    calls_->add("make apps window");
+    return makeWindow({style, &view, nullptr, {}});
+  }
+
+  std::unique_ptr<Window> makeSettingsWindow(const WindowStyle& style,
+                                             SettingsView& view) override {
+    calls_->add("make settings window");
+    return makeWindow({style, nullptr, &view, {}});
+  }
+
+  std::vector<Rect> visibleFrames() override { return frames; }
+  void activate() override { calls_->add("activate"); }
+  void terminate() override { calls_->add("terminate"); }
+
+  bool hasPlaceForStatusItem = true;
+  bool canMakeWindows = true;
+  std::vector<Rect> frames;
+  std::function<void(MenuDelegate&)> whileMakingStatusItem;
+
+  MenuDelegate* menu = nullptr;                       ///< Of the status item, while that is there.
+  std::vector<StatusItemAppearance> shown;            ///< By the status item, in order.
+  std::vector<std::shared_ptr<ShownWindow>> windows;  ///< All that were made, in order.
+
+ private:
+  class Item : public StatusItem {
+   public:
+    explicit Item(FakeUserInterface& owner) : owner_(owner) {}
+    ~Item() override { owner_.menu = nullptr; }
+    Item(const Item&) = delete;
+    Item& operator=(const Item&) = delete;
+
+    void show(const StatusItemAppearance& appearance) override {
+      owner_.shown.push_back(appearance);
+    }
+
+   private:
+    FakeUserInterface& owner_;
+  };
+
+  class Handle : public Window {
+   public:
+    Handle(std::shared_ptr<ShownWindow> window, std::shared_ptr<tidewell::CallLog> calls)
+        : window_(std::move(window)), calls_(std::move(calls)) {}
+
+    /// Reads its view a last time, as a window that is drawn may: it must still be there.
+    ~Handle() override {
+      if (window_->appsView) calls_->add("end of window " + window_->appsView->search());
+      if (window_->settingsView) {
+        calls_->add("end of window " + window_->settingsView->form().front().title);
+      }
+      *window_ = {window_->style,      nullptr, nullptr, window_->origin,
+                  window_->isCentered, false,   false};
+    }
+    Handle(const Handle&) = delete;
+    Handle& operator=(const Handle&) = delete;
+
+    void setFrameOrigin(Point origin) override {
+      calls_->add("set frame origin");
+      window_->origin = origin;
+    }
+    void center() override {
+      calls_->add("center");
+      window_->isCentered = true;
+    }
+    void makeKeyAndOrderFront() override {
+      calls_->add("make key and order front");
+      window_->isInFront = true;
+    }
+
+   private:
+    std::shared_ptr<ShownWindow> window_;
+    std::shared_ptr<tidewell::CallLog> calls_;
+  };
+
+  std::unique_ptr<Window> makeWindow(ShownWindow window) {
+    if (!canMakeWindows) return nullptr;
+    windows.push_back(std::make_shared<ShownWindow>(std::move(window)));
+    return std::make_unique<Handle>(windows.back(), calls_);
+  }
+
+  std::shared_ptr<tidewell::CallLog> calls_;
+};
+
+}  // namespace staylit

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+namespace tidewell {
+
+/// The program's own entry among what the system starts when the user logs in. Main thread only.
+class LoginItem {
+ public:
+  virtual ~LoginItem() = default;
+  /// Both return why it failed, for people to read; absent on success. Registering twice, or
+  /// removing what is not there, is the system's own matter.
+  virtual std::optional<std::string> registerItem() = 0;
+  virtual std::optional<std::string> unregisterItem() = 0;
+};
+
+}  // namespace tidewell
