@@ -1,5 +1,7 @@
 #include "Platform/Linux/LinuxPorts.h"
 
+#include <algorithm>
+#include <thread>
 #include <type_traits>
 #include <utility>
 
@@ -7,25 +9,34 @@
 #include "Platform/Linux/Applications/DesktopFiles.h"
 #include "Platform/Linux/Applications/LinuxRunningApplications.h"
 #include "Platform/Linux/Bus/Bus.h"
+#include "Platform/Linux/Bus/Buses.h"
 #include "Platform/Linux/Network/SocketTableTool.h"
 #include "Platform/Linux/Power/UPowerSources.h"
 #include "Platform/Linux/Processes/CpuClock.h"
 #include "Platform/Linux/Processes/LinuxProcessTable.h"
 #include "Platform/Linux/Processes/ProcFileSystem.h"
 #include "Platform/Linux/Processes/ProcessTracker.h"
+#include "Platform/Linux/Settings/AutostartEntry.h"
 #include "Platform/Linux/Settings/TomlDefaults.h"
 #include "Platform/Linux/Sleep/InhibitorList.h"
+#include "Platform/Linux/Sleep/LidInhibitor.h"
 #include "Platform/Linux/Sleep/LogindSleepNotifications.h"
 #include "Platform/Linux/Sleep/NamedHolders.h"
 #include "Platform/Linux/Sleep/SleepInhibitors.h"
 #include "Platform/Linux/System/JournalLog.h"
 #include "Platform/Linux/System/LazyText.h"
+#include "Platform/Linux/System/LinuxFileManager.h"
+#include "Platform/Linux/System/LinuxProcessInfo.h"
 #include "Platform/Linux/System/Modules.h"
+#include "Platform/Linux/System/NoPrivilegedScripts.h"
+#include "Platform/Linux/System/SpawnedTaskLauncher.h"
 #include "Platform/Linux/System/SystemClock.h"
 #include "Platform/Linux/System/ThreadQueues.h"
 #include "Platform/Linux/Unicode/UnicodeModule.h"
 #include "Platform/MakePorts.h"
 #include "Platform/Posix/PosixConsole.h"
+#include "Tidewell/ConservedProcesses.h"
+#include "Tidewell/ProcessAccounts.h"
 
 namespace platform {
 namespace {
@@ -37,16 +48,18 @@ std::unique_ptr<tidewell::Text> fetchUnicode() {
 
 /// All adapters and what they stand on, in the order in which they are built.
 struct LinuxSystem {
-  explicit LinuxSystem(std::shared_ptr<EventLoop> eventLoop) : loop(std::move(eventLoop)) {}
+  LinuxSystem(std::shared_ptr<EventLoop> eventLoop, std::shared_ptr<Buses> bothBuses)
+      : loop(std::move(eventLoop)), buses(std::move(bothBuses)) {}
 
   std::shared_ptr<EventLoop> loop;
+  std::shared_ptr<Buses> buses;
   JournalLog log;
   SystemClock clock;
   PosixConsole console;
   LazyText text{fetchUnicode};
   TomlDefaults defaults{TomlDefaults::defaultPath()};
-  Bus systemBus{*loop, Bus::Kind::system};
-  Bus sessionBus{*loop, Bus::Kind::session};
+  Bus& systemBus = buses->system;
+  Bus& sessionBus = buses->session;
 
   ProcFileSystem proc;
   KernelCpuClock cpuClock;
@@ -56,19 +69,29 @@ struct LinuxSystem {
   LinuxProcessTable processTable{tracker};
   std::shared_ptr<NamedHolders> namedHolders = std::make_shared<NamedHolders>();
   LinuxRunningApplications runningApplications{tracker, namedHolders};
+  tidewell::ProcessAccounts processAccounts;
+  tidewell::ConservedProcesses conserved{{processTable, runningApplications, clock, processAccounts,
+                                          std::max(1U, std::thread::hardware_concurrency())}};
 
-  ThreadQueues serialQueues;
-  SocketTableTool networkTool;
+  ThreadQueues serialQueues{loop.get()};
+  SocketTableTool networkTool{&processAccounts};
   UPowerSources powerSources{systemBus};
   SleepInhibitors powerManagement{systemBus, sessionBus, *loop};
   InhibitorList assertionTable{systemBus, sessionBus, namedHolders};
   LogindSleepNotifications sleepNotifications{systemBus, *loop};
+  LinuxProcessInfo processInfo;
+  AutostartEntry loginItem{ownProgram()};
+  SpawnedTaskLauncher taskLauncher;
+  NoPrivilegedScripts privilegedScripts;
+  LinuxFileManager fileManager;
+  LidInhibitor lidSwitch{systemBus, *loop};
 };
 
 }  // namespace
 
-std::unique_ptr<tidewell::Ports> makeLinuxPorts(std::shared_ptr<EventLoop> loop) {
-  const auto system = std::make_shared<LinuxSystem>(loop);
+std::unique_ptr<tidewell::Ports> makeLinuxPorts(std::shared_ptr<EventLoop> loop,
+                                                std::shared_ptr<Buses> buses) {
+  const auto system = std::make_shared<LinuxSystem>(std::move(loop), std::move(buses));
   // Every port keeps the whole system.
   const auto port = [&system](auto& adapter) {
     return std::shared_ptr<std::remove_reference_t<decltype(adapter)>>(system, &adapter);
@@ -80,15 +103,26 @@ std::unique_ptr<tidewell::Ports> makeLinuxPorts(std::shared_ptr<EventLoop> loop)
   ports->text = port(system->text);
   ports->defaults = port(system->defaults);
   ports->mainLoop = port(*system->loop);
-  ports->processTable = port(system->processTable);
-  ports->runningApplications = port(system->runningApplications);
+  ports->processTable = port(system->conserved);
+  ports->runningApplications = port(system->conserved);
   ports->serialQueues = port(system->serialQueues);
   ports->networkTool = port(system->networkTool);
   ports->powerSources = port(system->powerSources);
   ports->powerManagement = port(system->powerManagement);
   ports->assertionTable = port(system->assertionTable);
   ports->sleepNotifications = port(system->sleepNotifications);
+  ports->processInfo = port(system->processInfo);
+  ports->loginItem = port(system->loginItem);
+  ports->taskLauncher = port(system->taskLauncher);
+  ports->privilegedScripts = port(system->privilegedScripts);
+  ports->fileManager = port(system->fileManager);
+  ports->lidSwitch = port(system->lidSwitch);
   return ports;
+}
+
+std::unique_ptr<tidewell::Ports> makeLinuxPorts(std::shared_ptr<EventLoop> loop) {
+  auto buses = std::make_shared<Buses>(*loop);
+  return makeLinuxPorts(std::move(loop), std::move(buses));
 }
 
 std::unique_ptr<tidewell::Ports> makePorts() {

@@ -1,12 +1,18 @@
+#include <algorithm>
 #include <memory>
+#include <thread>
 
+#include "Platform/MacOS/AppleScriptRunner.h"
 #include "Platform/MacOS/DispatchSerialQueues.h"
 #include "Platform/MacOS/FoundationClock.h"
+#include "Platform/MacOS/FoundationFileManager.h"
+#include "Platform/MacOS/FoundationProcessInfo.h"
 #include "Platform/MacOS/FoundationText.h"
 #include "Platform/MacOS/IOKitAssertionTable.h"
 #include "Platform/MacOS/IOKitPowerManagement.h"
 #include "Platform/MacOS/IOKitPowerSources.h"
 #include "Platform/MacOS/LibprocProcessTable.h"
+#include "Platform/MacOS/MainAppLoginItem.h"
 #include "Platform/MacOS/NSTaskLauncher.h"
 #include "Platform/MacOS/RunLoopMain.h"
 #include "Platform/MacOS/UnifiedLog.h"
@@ -15,8 +21,24 @@
 #include "Platform/MacOS/WorkspaceSleepNotifications.h"
 #include "Platform/MakePorts.h"
 #include "Platform/Posix/PosixConsole.h"
+#include "Tidewell/ConservedProcesses.h"
+#include "Tidewell/ProcessAccounts.h"
 
 namespace platform {
+namespace {
+
+/// The process table and the running applications, with all that they stand on.
+struct CountedProcesses {
+  LibprocProcessTable table;
+  WorkspaceRunningApplications applications;
+  FoundationClock clock;
+  /// The system's own tool measures the network, process by process, so nobody asks here.
+  tidewell::ProcessAccounts accounts;
+  tidewell::ConservedProcesses conserved{
+      {table, applications, clock, accounts, std::max(1U, std::thread::hardware_concurrency())}};
+};
+
+}  // namespace
 
 std::unique_ptr<tidewell::Ports> makePorts() {
   const auto mainLoop = std::make_shared<RunLoopMain>();
@@ -27,14 +49,20 @@ std::unique_ptr<tidewell::Ports> makePorts() {
   ports->text = std::make_shared<FoundationText>();
   ports->defaults = std::make_shared<UserDefaultsStore>();
   ports->mainLoop = mainLoop;
-  ports->processTable = std::make_shared<LibprocProcessTable>();
-  ports->runningApplications = std::make_shared<WorkspaceRunningApplications>();
+  const auto processes = std::make_shared<CountedProcesses>();
+  ports->processTable = {processes, &processes->conserved};
+  ports->runningApplications = {processes, &processes->conserved};
   ports->serialQueues = std::make_shared<DispatchSerialQueues>();
   ports->networkTool = std::make_shared<NSTaskLauncher>();
   ports->powerSources = std::make_shared<IOKitPowerSources>();
   ports->powerManagement = std::make_shared<IOKitPowerManagement>();
   ports->assertionTable = std::make_shared<IOKitAssertionTable>();
   ports->sleepNotifications = std::make_shared<WorkspaceSleepNotifications>(mainLoop);
+  ports->processInfo = std::make_shared<FoundationProcessInfo>();
+  ports->loginItem = std::make_shared<MainAppLoginItem>();
+  ports->taskLauncher = std::make_shared<NSTaskLauncher>();
+  ports->privilegedScripts = std::make_shared<AppleScriptRunner>();
+  ports->fileManager = std::make_shared<FoundationFileManager>();
   return ports;
 }
 

@@ -16,7 +16,11 @@ inline NSString* nsString(std::string_view text) {
 }
 
 /// `string` as UTF-8; a surrogate without a partner becomes U+FFFD. Empty for nil.
-inline std::string utf8(NSString* string) { return utf8((__bridge CFStringRef)string); }
+inline std::string utf8(NSString* string) {
+  // ARC would be free to drop the object once it is only used as one of Core Foundation.
+  NS_VALID_UNTIL_END_OF_SCOPE NSString* kept = string;
+  return utf8((__bridge CFStringRef)kept);
+}
 
 /// As `utf8`, but absent for nil.
 inline std::optional<std::string> utf8IfAny(NSString* string) {

@@ -220,14 +220,19 @@ BusReply Bus::prepare(const BusMethod& method, const Arguments& arguments) {
     result =
         sd_bus_message_set_auto_start(raw, method.activation == BusActivation::ifNeeded ? 1 : 0);
   }
+  if (result >= 0 && method.approval == BusApproval::mayBeAsked) {
+    result = sd_bus_message_set_allow_interactive_authorization(raw, 1);
+  }
   if (result >= 0 && arguments) result = arguments(raw);
   if (result < 0) return {result, {}, {}};
   return {0, {}, std::move(message)};
 }
 
 BusReply Bus::call(const BusMethod& method, const Arguments& arguments, LateReply late) {
-  const auto deadline = std::chrono::steady_clock::now() + timing_.callLimit;
-  if (const int error = connectBefore(deadline); error < 0) return {error, {}, {}};
+  const auto begin = std::chrono::steady_clock::now();
+  const bool mayAsk = method.approval == BusApproval::mayBeAsked;
+  const auto deadline = begin + (mayAsk ? timing_.approvalLimit : timing_.callLimit);
+  if (const int error = connectBefore(begin + timing_.callLimit); error < 0) return {error, {}, {}};
   if (const int error = remembered(method); error < 0) return {error, {}, {}};
   const BusReply request = prepare(method, arguments);
   if (!request) return {request.error, {}, {}};

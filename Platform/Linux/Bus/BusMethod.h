@@ -4,6 +4,9 @@ namespace platform {
 
 /// Whether a call may make the bus start the service that it is for.
 enum class BusActivation { never, ifNeeded };
+/// Whether the other side may ask the user before it grants a call, which then waits for the
+/// answer.
+enum class BusApproval { mustBeGiven, mayBeAsked };
 
 /// Names a method of an object of a service. The texts belong to the caller and must be valid as
 /// D-Bus names.
@@ -13,6 +16,7 @@ struct BusMethod {
   const char* interface;
   const char* member;
   BusActivation activation = BusActivation::never;
+  BusApproval approval = BusApproval::mustBeGiven;
 };
 
 }  // namespace platform

@@ -55,15 +55,19 @@ int EventLoop::runPosted(sd_event_source* /*source*/, int descriptor, unsigned /
 }
 
 int EventLoop::run() {
-  while (!stopping_) {
+  while (!stopping_ && !handingOver_) {
     if (sd_event_get_state(event_) == SD_EVENT_ARMED) {
       pumpOnce();
     } else if (sd_event_run(event_, UINT64_MAX) < 0) {
       return 1;
     }
   }
-  stopping_ = false;
+  if (!std::exchange(handingOver_, false)) stopping_ = false;
   return status_;
+}
+
+void EventLoop::handOver() {
+  handingOver_ = true;
 }
 
 void EventLoop::stop(int status) {
@@ -106,8 +110,12 @@ void EventLoop::pumpOnce() {
   if (sd_event_get_state(event_) == SD_EVENT_PENDING) sd_event_dispatch(event_);
 }
 
+bool EventLoop::isDispatching() const {
+  return sd_event_get_state(event_) == SD_EVENT_RUNNING;
+}
+
 void EventLoop::pump() {
-  if (sd_event_get_state(event_) == SD_EVENT_RUNNING) return;
+  if (isDispatching()) return;
   pumpOnce();
   while (sd_event_prepare(event_) > 0)
     sd_event_dispatch(event_);

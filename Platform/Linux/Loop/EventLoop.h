@@ -34,6 +34,12 @@ class EventLoop : public tidewell::MainLoop {
   int run();
   void stop(int status = 0);
   [[nodiscard]] bool isStopping() const { return stopping_; }
+  /// Makes `run` return after the action that calls this, for another loop to drive this one from
+  /// then on. A `stop` stays pending meanwhile.
+  void handOver();
+
+  /// Whether one of the loop's own actions is under way.
+  [[nodiscard]] bool isDispatching() const;
 
   /// Runs `action` on SIGTERM, SIGINT and SIGHUP instead of dying of them, until the loop is
   /// destroyed.
@@ -67,6 +73,7 @@ class EventLoop : public tidewell::MainLoop {
   std::function<void()> onTermination_;
   sigset_t formerMask_{};
   bool stopping_ = false;
+  bool handingOver_ = false;
   int status_ = 0;
 };
 

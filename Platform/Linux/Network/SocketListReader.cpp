@@ -100,7 +100,10 @@ void SocketListReader::readSocket(Bytes payload) {
   record.cookie = std::uint64_t{socket->id.idiag_cookie[1]} << 32 | socket->id.idiag_cookie[0];
   record.inode = socket->idiag_inode;
   record.uid = socket->idiag_uid;
-  record.bytesReceived = info->tcpi_bytes_received;
+  // What waits to be read comes in bursts, as the buffer fills; what was read is the work.
+  const std::uint64_t unread =
+      std::min<std::uint64_t>(socket->idiag_rqueue, info->tcpi_bytes_received);
+  record.bytesReceived = info->tcpi_bytes_received - unread;
   record.bytesSent = info->tcpi_bytes_acked;
   sockets_.push_back(record);
 }

@@ -11,8 +11,8 @@ struct SocketRecord {
   std::uint32_t uid = 0;
   /// Payload since the connection began; each end's closing mark counts as one more byte, and so
   /// does the opening mark of the end that connected.
-  std::uint64_t bytesReceived = 0;
-  std::uint64_t bytesSent = 0;  ///< Those that the other end has acknowledged.
+  std::uint64_t bytesReceived = 0;  ///< Less those that wait to be read.
+  std::uint64_t bytesSent = 0;      ///< Those that the other end has acknowledged.
 };
 
 /// Whether a list of sockets holds all there were or may lack some.

@@ -58,6 +58,9 @@ SocketTableTool::SocketTableTool(Parts parts)
 
 tidewell::TaskLauncher::Launch SocketTableTool::launch(const std::string&,
                                                        const std::vector<std::string>&) {
+  // First, since owners of what has closed are forgotten once a listing lacks it. The kernel tells
+  // of an end a while after the last byte, so also while nothing moves.
+  countClosed();
   const auto interfaceSum = parts_.interfaces->sum();
   if (!interfaceSum || interfaceSum != interfaceSum_) {
     const SocketSource::Listing listing = parts_.source->list(sockets_);
@@ -85,8 +88,6 @@ tidewell::TaskLauncher::Launch SocketTableTool::failed(int errorNumber) {
 void SocketTableTool::measure(Coverage coverage) {
   putInOrder(sockets_);
   processes_.refresh();
-  // Before the listing is looked at, in which they are missing, and their owners with them.
-  countClosed();
   const auto owners = owners_.find(sockets_, coverage, parts_.now());
   totals_.update(sockets_, owners, coverage);
   totals_.keepOnly(processes_.all());
@@ -96,8 +97,10 @@ void SocketTableTool::measure(Coverage coverage) {
 void SocketTableTool::countClosed() {
   if (!parts_.closed) return;
   parts_.closed->take(closed_);
+  if (closed_.empty()) return;
   for (const SocketRecord& socket : closed_)
     totals_.countClosed(socket, owners_.lastOwner(socket.cookie));
+  writeOutput();
 }
 
 void SocketTableTool::writeOutput() {

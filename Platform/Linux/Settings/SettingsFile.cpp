@@ -10,7 +10,7 @@
 #include <system_error>
 #include <utility>
 
-#include "Platform/Linux/Settings/FileReplacement.h"
+#include "Platform/Linux/System/FileReplacement.h"
 
 namespace platform {
 namespace {

@@ -18,6 +18,8 @@ struct ListedInhibitor {
   std::vector<std::string> types;
   /// 255, or 0 for one that only delays.
   std::int64_t level = 255;
+  /// What it takes, in the service's own words; empty where the service has none.
+  std::string locks = {};
 };
 
 }  // namespace platform

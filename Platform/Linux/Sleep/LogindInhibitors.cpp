@@ -12,24 +12,25 @@ namespace {
 /// The reason of the lock by which gnome-session passes on what its own clients asked of it.
 constexpr std::string_view kSessionProxyReason = "user session inhibited";
 
-bool contains(std::string_view list, std::string_view wanted) {
-  while (true) {
-    const auto colon = list.find(':');
-    if (list.substr(0, colon) == wanted) return true;
-    if (colon == std::string_view::npos) return false;
-    list.remove_prefix(colon + 1);
-  }
-}
-
 ListedInhibitor inhibitor(std::string_view what, const char* who, const char* why,
                           std::string_view mode, std::uint32_t pid) {
-  ListedInhibitor result{pid, who, why, {}, mode == "block" || mode == "block-weak" ? 255 : 0};
-  if (contains(what, "idle")) result.types.emplace_back("PreventUserIdleSystemSleep");
-  if (contains(what, "sleep")) result.types.emplace_back("PreventSystemSleep");
+  const int level = mode == "block" || mode == "block-weak" ? 255 : 0;
+  ListedInhibitor result{pid, who, why, {}, level, std::string(what)};
+  if (namesLock(what, "idle")) result.types.emplace_back("PreventUserIdleSystemSleep");
+  if (namesLock(what, "sleep")) result.types.emplace_back("PreventSystemSleep");
   return result;
 }
 
 }  // namespace
+
+bool namesLock(std::string_view list, std::string_view lock) {
+  while (true) {
+    const auto colon = list.find(':');
+    if (list.substr(0, colon) == lock) return true;
+    if (colon == std::string_view::npos) return false;
+    list.remove_prefix(colon + 1);
+  }
+}
 
 std::optional<std::vector<ListedInhibitor>> listLogindInhibitors(Bus& systemBus) {
   const BusReply reply = systemBus.call(

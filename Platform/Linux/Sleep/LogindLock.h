@@ -9,16 +9,19 @@
 namespace platform {
 
 /// Either an inhibitor lock of logind, which ends when its descriptor is closed, or a negative
-/// errno. The kernel closes it with the process, whichever way that ends.
+/// errno and, when logind refused it, the D-Bus name of its error. The kernel closes it with the
+/// process, whichever way that ends.
 struct LogindLock {
   int error = 0;
+  std::string errorName;
   Descriptor descriptor;
 };
 
 /// Asks logind for a lock on `what` ("idle", "sleep", "handle-lid-switch") in `mode` ("block" or
 /// "delay"), for the reason `why`. A lock that logind grants only after the call has timed out goes
-/// to `late`.
+/// to `late`. `approval` says whether logind may ask the user.
 LogindLock takeLogindLock(Bus& systemBus, const char* what, const std::string& why,
-                          const char* mode, std::function<void(Descriptor)> late = {});
+                          const char* mode, std::function<void(Descriptor)> late = {},
+                          BusApproval approval = BusApproval::mustBeGiven);
 
 }  // namespace platform

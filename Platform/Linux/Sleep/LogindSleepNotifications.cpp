@@ -46,7 +46,8 @@ void LogindSleepNotifications::listen() {
   takeLock();
   presence_ = systemBus_.watchName(services::kLogind, [this](bool owned) {
     if (owned) {
-      if (!lock_->descriptor || lock_->isDoubtful) takeLock();
+      // While the system falls asleep nobody may be delayed by a new one.
+      if (!lock_->isAsleep && (!lock_->descriptor || lock_->isDoubtful)) takeLock();
       return;
     }
     lock_->isDoubtful = true;

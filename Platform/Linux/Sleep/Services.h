@@ -9,6 +9,8 @@ inline constexpr const char* kDisplayName = "Staylit";
 inline constexpr const char* kLogind = "org.freedesktop.login1";
 inline constexpr const char* kLogindPath = "/org/freedesktop/login1";
 inline constexpr const char* kLogindManager = "org.freedesktop.login1.Manager";
+/// logind's lock on what closing the lid does.
+inline constexpr const char* kLidLock = "handle-lid-switch";
 
 /// GNOME, MATE, Cinnamon. The name is the interface as well.
 inline constexpr const char* kSessionManager = "org.gnome.SessionManager";

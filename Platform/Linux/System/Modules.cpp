@@ -9,16 +9,18 @@
 
 namespace platform {
 
-void* loadFromModule(const std::string& file, const char* symbol) {
+std::filesystem::path moduleFile(const std::string& file) {
   std::error_code error;
   const auto program = std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
-  void* module = nullptr;
   for (const auto& folder : {program, program / "../lib/staylit"}) {
-    const auto path = folder / file;
-    if (!std::filesystem::exists(path, error)) continue;
-    module = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
-    if (module) break;
+    if (std::filesystem::exists(folder / file, error)) return folder / file;
   }
+  return {};
+}
+
+void* loadFromModule(const std::string& file, const char* symbol) {
+  const std::filesystem::path path = moduleFile(file);
+  void* module = path.empty() ? nullptr : dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
   void* address = module ? dlsym(module, symbol) : nullptr;
   if (!address) {
     const char* why = dlerror();

@@ -2,18 +2,29 @@
 
 #include <memory>
 #include <string>
+#include <utility>
 
+#include "Platform/Linux/Loop/EventLoop.h"
+#include "Platform/Linux/System/AfterActionQueue.h"
 #include "Platform/Linux/System/ThreadQueue.h"
 #include "Tidewell/Ports/SerialQueue.h"
 
 namespace platform {
 
-/// Makes serial queues with one lazily started thread each.
+/// Makes serial queues with one lazily started thread each. With a loop, which must outlive them,
+/// they are `AfterActionQueue`s.
 class ThreadQueues : public tidewell::SerialQueues {
  public:
+  explicit ThreadQueues(EventLoop* loop = nullptr) : loop_(loop) {}
+
   std::unique_ptr<tidewell::SerialQueue> make(const std::string& label) override {
-    return std::make_unique<ThreadQueue>(label);
+    auto queue = std::make_unique<ThreadQueue>(label);
+    if (!loop_) return queue;
+    return std::make_unique<AfterActionQueue>(*loop_, std::move(queue));
   }
+
+ private:
+  EventLoop* loop_;
 };
 
 }  // namespace platform

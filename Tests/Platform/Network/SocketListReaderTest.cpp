@@ -4,6 +4,7 @@
 #include <linux/inet_diag.h>
 #include <linux/netlink.h>
 #include <linux/rtnetlink.h>
+#include <linux/sock_diag.h>
 #include <linux/tcp.h>
 
 #include <cerrno>
@@ -61,8 +62,9 @@ Bytes message(std::uint16_t type, const Bytes& payload, std::uint32_t sequence =
   return bytes;
 }
 
-Bytes socketPayload(std::uint32_t inode, const Bytes& attributes) {
+Bytes socketPayload(std::uint32_t inode, const Bytes& attributes, std::uint32_t unread = 0) {
   inet_diag_msg socket{};
+  socket.idiag_rqueue = unread;
   socket.idiag_inode = inode;
   socket.idiag_uid = 1000;
   socket.id.idiag_cookie[0] = inode;
@@ -224,6 +226,23 @@ TEST_F(SocketListReaderTest, StopsAtAnAttributeLengthThatCannotBe) {
     read(message(TCPDIAG_GETSOCK, socketPayload(41, attributes)));
     EXPECT_TRUE(sockets_.empty()) << length;
   }
+}
+
+TEST_F(SocketListReaderTest, CountsWhatWasReadNotWhatWaits) {
+  const Bytes info = attribute(INET_DIAG_INFO, counters(1000, 5));
+  read(message(TCPDIAG_GETSOCK, socketPayload(7, info, 300)) +
+       message(TCPDIAG_GETSOCK, socketPayload(8, info, 5000)));
+  ASSERT_EQ(sockets_.size(), 2U);
+  EXPECT_EQ(sockets_[0].bytesReceived, 700U);
+  EXPECT_EQ(sockets_[1].bytesReceived, 0U);
+}
+
+TEST_F(SocketListReaderTest, ReadsAnnouncementsOfClosedSockets) {
+  SocketListReader announcements(0, sockets_);
+  const Bytes payload = socketPayload(0, attribute(INET_DIAG_INFO, counters(1000, 5)));
+  announcements.read(message(SOCK_DIAG_BY_FAMILY, payload, 0, 0));
+  ASSERT_EQ(sockets_.size(), 1U);
+  EXPECT_EQ(sockets_[0].bytesReceived, 1000U);
 }
 
 }  // namespace

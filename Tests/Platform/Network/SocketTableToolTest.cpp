@@ -245,5 +245,13 @@ TEST_F(SocketTableToolTest, CountsWhatAnEndedProcessHadStillToSend) {
   EXPECT_EQ(output(), "account.1073741824,10,90,\n");
 }
 
+TEST_F(SocketTableToolTest, HearsOfClosedSocketsAlsoWhileTheInterfacesAreQuiet) {
+  holders_->processes[7] = {100, "curl", 1, {41}};
+  source_->sockets = {{1, 41, 0, 10, 20}};
+  output();
+  closed_->sockets = {{1, 0, 0, 1000, 25}};
+  EXPECT_EQ(outputWhileQuiet(), "curl.7,1000,25,\n");
+}
+
 }  // namespace
 }  // namespace platform

@@ -1,6 +1,8 @@
 // Nothing that real processes used is lost, and nothing is counted twice.
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -9,7 +11,7 @@
 #include <chrono>
 #include <csignal>
 #include <cstdint>
-#include <map>
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -17,6 +19,7 @@
 #include "Platform/Linux/Processes/LinuxProcessTable.h"
 #include "Platform/Linux/System/SystemClock.h"
 #include "Platform/Linux/Unicode/IcuText.h"
+#include "Tests/Platform/Tasks/TemporaryFolder.h"
 #include "Tidewell/ConservedProcesses.h"
 
 namespace platform {
@@ -37,36 +40,29 @@ class NoApplications : public ApplicationResolver, public tidewell::RunningAppli
   }
 };
 
-void burn(std::chrono::milliseconds cpu) {
-  timespec time{};
-  const auto used = [&] {
-    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
-    return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
-  };
-  const auto end = used() + cpu;
-  while (used() < end) {
-  }
-}
-
-/// A driver that starts one short worker after the other, each under the name "worker", and ends
-/// by itself after `count` of them.
+/// A driver that starts one worker after the other, all under a name that nobody else has, and then
+/// waits.
 class Driver {
  public:
-  Driver(int count, std::chrono::milliseconds each) : pid_(fork()) {
-    if (pid_ != 0) return;
-    prctl(PR_SET_PDEATHSIG, SIGKILL);
-    prctl(PR_SET_NAME, "driver");
-    for (int worker = 0; worker < count; ++worker) {
-      const pid_t child = fork();
-      if (child == 0) {
-        prctl(PR_SET_PDEATHSIG, SIGKILL);
-        burn(each);
-        _exit(0);
-      }
-      waitpid(child, nullptr, 0);
+  /// Each worker counts up to `steps`.
+  Driver(int workers, int steps) : program_(folder_.path("worker-" + std::to_string(getpid()))) {
+    std::filesystem::copy_file("/bin/sh", program_);
+    int ends[2];
+    if (pipe2(ends, O_CLOEXEC) != 0) return;
+    const std::string work =
+        "j=0; while [ $j -lt " + std::to_string(steps) + " ]; do j=$((j+1)); done";
+    const std::string script = "i=0; while [ $i -lt " + std::to_string(workers) +
+                               " ]; do \"$0\" -c '" + work +
+                               "'; i=$((i+1)); done; echo; exec sleep 1000";
+    pid_ = fork();
+    if (pid_ == 0) {
+      prctl(PR_SET_PDEATHSIG, SIGKILL);
+      dup2(ends[1], STDOUT_FILENO);
+      execl(program_.c_str(), program_.c_str(), "-c", script.c_str(), program_.c_str(), nullptr);
+      _exit(127);
     }
-    pause();
-    _exit(0);
+    close(ends[1]);
+    finished_ = Descriptor(ends[0]);
   }
   ~Driver() {
     kill(pid_, SIGKILL);
@@ -76,26 +72,61 @@ class Driver {
   Driver& operator=(const Driver&) = delete;
 
   [[nodiscard]] pid_t pid() const { return pid_; }
+  [[nodiscard]] const std::string& program() const { return program_; }
+
+  /// Whether all workers have ended, after a wait of `patience` at most.
+  [[nodiscard]] bool hasFinished(std::chrono::milliseconds patience) const {
+    pollfd descriptor{finished_.get(), POLLIN, 0};
+    return poll(&descriptor, 1, static_cast<int>(patience.count())) > 0;
+  }
 
  private:
-  pid_t pid_;
+  TemporaryFolder folder_;
+  std::string program_;
+  Descriptor finished_;
+  pid_t pid_ = 0;
 };
+
+/// What the kernel has charged `pid` and the children that it reaped, in seconds.
+double charged(ProcFileSystem& proc, pid_t pid) {
+  const auto text = proc.read(pid, "stat");
+  const auto stat = text ? parseProcStat(*text) : std::nullopt;
+  if (!stat) return -1;
+  return static_cast<double>(stat->userTicks + stat->systemTicks + stat->childUserTicks +
+                             stat->childSystemTicks) /
+         static_cast<double>(sysconf(_SC_CLK_TCK));
+}
 
 class ConservedProcessesLiveTest : public testing::Test {
  protected:
-  /// The time of all that is counted under this program's path, in seconds.
-  double counted() {
+  /// The time of all that is counted under the driver's path, in seconds.
+  double counted(const std::string& program) {
     conserved.all();
     std::vector<std::int32_t> pids(static_cast<std::size_t>(conserved.listPids({})) / 4);
     conserved.listPids(pids);
-    const std::string own = pathOf(getpid());
     double sum = 0;
     for (const std::int32_t pid : pids) {
       tidewell::ResourceUsage usage;
-      if (pid == getpid() || pathOf(pid) != own || !conserved.resourceUsage(pid, usage)) continue;
+      if (pathOf(pid) != program || !conserved.resourceUsage(pid, usage)) continue;
       sum += static_cast<double>(usage.userTime + usage.systemTime) / 1e9;
     }
     return sum;
+  }
+
+  /// Lets the driver do its work and checks that all of it was counted, once.
+  void countAll(const Driver& driver) {
+    double last = 0;
+    const auto end = Steady::now() + 60s;
+    while (!driver.hasFinished(50ms) && Steady::now() < end) {
+      const double now = counted(driver.program());
+      EXPECT_GE(now, last) << "the sum went backwards";
+      last = now;
+    }
+    counted(driver.program());
+    const double all = charged(proc, driver.pid());
+    EXPECT_GT(all, 0.3) << "too little work to tell";
+    // The kernel tells of ended children in hundredths, cut off.
+    EXPECT_NEAR(counted(driver.program()), all, 0.05);
   }
 
   std::string pathOf(std::int32_t pid) {
@@ -117,47 +148,14 @@ class ConservedProcessesLiveTest : public testing::Test {
   std::array<char, tidewell::ProcessTable::kPathCapacity> path_{};
 };
 
-/// What the kernel has charged `pid` and the children that it reaped, in seconds.
-double charged(ProcFileSystem& proc, pid_t pid) {
-  const auto text = proc.read(pid, "stat");
-  const auto stat = text ? parseProcStat(*text) : std::nullopt;
-  if (!stat) return -1;
-  return static_cast<double>(stat->userTicks + stat->systemTicks + stat->childUserTicks +
-                             stat->childSystemTicks) /
-         static_cast<double>(sysconf(_SC_CLK_TCK));
-}
-
 TEST_F(ConservedProcessesLiveTest, CountsTheWorkOfShortProcessesWhole) {
-  counted();
-  const Driver driver(60, 20ms);
-  const double before = counted();
-  double last = before;
-  const auto end = Steady::now() + 30s;
-  while (charged(proc, driver.pid()) < 1.19 && Steady::now() < end) {
-    usleep(70'000);
-    const double now = counted();
-    EXPECT_GE(now, last) << "the sum went backwards";
-    last = now;
-  }
-  counted();
-  // Both of the kernel's halves are cut to hundredths.
-  EXPECT_NEAR(counted(), charged(proc, driver.pid()), 0.05);
-  EXPECT_GT(counted(), 1.15);
+  counted("");
+  countAll(Driver(60, 20'000));
 }
 
 TEST_F(ConservedProcessesLiveTest, CountsTheWorkOfLongerProcessesOnce) {
-  counted();
-  const Driver driver(4, 300ms);
-  double last = 0;
-  const auto end = Steady::now() + 30s;
-  while (charged(proc, driver.pid()) < 1.19 && Steady::now() < end) {
-    usleep(40'000);
-    const double now = counted();
-    EXPECT_GE(now, last) << "the sum went backwards";
-    last = now;
-  }
-  counted();
-  EXPECT_NEAR(counted(), charged(proc, driver.pid()), 0.05);
+  counted("");
+  countAll(Driver(4, 500'000));
 }
 
 }  // namespace

@@ -6,7 +6,7 @@
 
 #include <chrono>
 
-#include "Platform/Linux/Settings/FileReplacement.h"
+#include "Platform/Linux/System/FileReplacement.h"
 #include "Tests/Platform/ChildProcess.h"
 #include "Tests/Platform/Settings/SettingsFolder.h"
 

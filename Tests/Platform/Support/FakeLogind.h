@@ -29,11 +29,17 @@ class FakeLogind {
     std::uint32_t uid, pid;
   };
 
-  explicit FakeLogind(const std::string& address)
-      : service_(address, {"org.freedesktop.login1"},
+  /// What comes of asking the user, once logind wants an approval.
+  enum class Approval { unneeded, given, declined, nobodyToAsk };
+
+  explicit FakeLogind(const std::string& address, Approval ofLocks = Approval::unneeded)
+      : approval(ofLocks),
+        service_(address, {"org.freedesktop.login1"},
                  [this](sd_bus_message* call) { answer(call); }) {}
 
+  std::atomic<Approval> approval;  ///< Whether a lock wants it, and what comes of that.
   std::atomic<bool> refuses = false;
+  std::atomic<int> prompts = 0;
   std::atomic<bool> isSilent = false;
   std::atomic<int> listings = 0;
 
@@ -102,6 +108,7 @@ class FakeLogind {
       sd_bus_reply_method_errorf(call, SD_BUS_ERROR_ACCESS_DENIED, "refused");
       return;
     }
+    if (!isApproved(call)) return;
     std::array<int, 2> ends{};
     if (::pipe2(ends.data(), O_CLOEXEC) < 0) return;
     const Descriptor writeEnd(ends[1]);
@@ -110,6 +117,20 @@ class FakeLogind {
     sd_bus_reply_method_return(call, "h", writeEnd.get());
     // The message holds a copy of the writing end until it is sent.
     sd_bus_flush(sd_bus_message_get_bus(call));
+  }
+
+  /// Whether the call may go on; answers it otherwise.
+  bool isApproved(sd_bus_message* call) {
+    if (approval == Approval::unneeded) return true;
+    if (sd_bus_message_get_allow_interactive_authorization(call) <= 0 ||
+        approval == Approval::nobodyToAsk) {
+      sd_bus_reply_method_errorf(call, SD_BUS_ERROR_INTERACTIVE_AUTHORIZATION_REQUIRED, "ask");
+      return false;
+    }
+    ++prompts;
+    if (approval == Approval::given) return true;
+    sd_bus_reply_method_errorf(call, SD_BUS_ERROR_ACCESS_DENIED, "declined");
+    return false;
   }
 
   void listInhibitors(sd_bus_message* call) {

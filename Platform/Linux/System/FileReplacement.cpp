@@ -1,4 +1,4 @@
-#include "Platform/Linux/Settings/FileReplacement.h"
+#include "Platform/Linux/System/FileReplacement.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

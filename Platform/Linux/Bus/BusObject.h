@@ -1,0 +1,48 @@
+#pragma once
+
+#include <systemd/sd-bus.h>
+
+#include <cstdint>
+#include <functional>
+#include <string>
+
+#include "Platform/Linux/Bus/Bus.h"
+#include "Platform/Linux/Bus/BusSlot.h"
+
+namespace platform {
+
+/// One interface of an object that the program offers on a bus, over every connection that the bus
+/// makes, for as long as it exists.
+///
+/// Does not connect by itself. Main thread only; the bus, the table and what the table's handlers
+/// are given (`data`) must outlive it.
+class BusObject {
+ public:
+  struct Place {
+    std::string path;
+    std::string interface;
+  };
+
+  BusObject(Bus& bus, Place place, const sd_bus_vtable* table, void* data);
+  BusObject(const BusObject&) = delete;
+  BusObject& operator=(const BusObject&) = delete;
+
+  /// Offers it on a connection that was made just now, without waiting for the loop to tell of it.
+  void offer();
+
+  /// Sends a signal, if there is a connection; it is lost otherwise.
+  void emit(const char* member, const Bus::Arguments& arguments = {});
+  /// Tells the new values of properties, whose names end with a null.
+  void emitPropertiesChanged(const char* const* names);
+
+ private:
+  Bus& bus_;
+  Place place_;
+  const sd_bus_vtable* table_;
+  void* data_;
+  std::uint64_t connection_ = 0;
+  BusSlot slot_;
+  BusListening watch_;
+};
+
+}  // namespace platform

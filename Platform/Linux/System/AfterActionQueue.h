@@ -1,0 +1,34 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <utility>
+
+#include "Platform/Linux/Loop/EventLoop.h"
+#include "Tidewell/Ports/SerialQueue.h"
+
+namespace platform {
+
+/// A serial queue whose work, when one of the main loop's actions submits it, begins after that
+/// action: what the action reads is not changed under it by work that is quicker than itself.
+///
+/// Work from outside of the loop's actions begins at once. To be used on the loop's thread only;
+/// the loop must outlive it.
+class AfterActionQueue : public tidewell::SerialQueue {
+ public:
+  AfterActionQueue(EventLoop& loop, std::shared_ptr<tidewell::SerialQueue> queue)
+      : loop_(loop), queue_(std::move(queue)) {}
+
+  void async(std::function<void()> work) override {
+    if (!loop_.isDispatching()) return queue_->async(std::move(work));
+    loop_.async([weak = std::weak_ptr(queue_), work = std::move(work)]() mutable {
+      if (const auto queue = weak.lock()) queue->async(std::move(work));
+    });
+  }
+
+ private:
+  EventLoop& loop_;
+  std::shared_ptr<tidewell::SerialQueue> queue_;
+};
+
+}  // namespace platform

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "Tidewell/Ports/LoginItem.h"
+
+namespace platform {
+
+/// The application's own entry among the login items that System Settings shows.
+class MainAppLoginItem final : public tidewell::LoginItem {
+ public:
+  std::optional<std::string> registerItem() override;
+  std::optional<std::string> unregisterItem() override;
+};
+
+}  // namespace platform
