@@ -3,17 +3,19 @@
 #include <memory>
 
 #include "Staylit/Application.h"
+#include "Staylit/MenuBarController.h"
 #include "Staylit/StaylitEngine.h"
 #include "Staylit/TerminalReporter.h"
+#include "Staylit/UserInterface.h"
 #include "Tidewell/Ports/Ports.h"
 
 namespace staylit {
 
 /// Owns what lives as long as the running application: the engine, and what shows it. Main thread
-/// only; the ports must outlive it, and be the installed ones.
+/// only; both arguments must outlive it, and the ports be the installed ones.
 class AppDelegate : public ApplicationDelegate {
  public:
-  explicit AppDelegate(tidewell::Ports& ports);
+  AppDelegate(tidewell::Ports& ports, UserInterface& userInterface);
 
   void applicationDidFinishLaunching() override;
 
@@ -21,12 +23,15 @@ class AppDelegate : public ApplicationDelegate {
   /// is. Does nothing before launching has finished.
   void applicationWillTerminate() override;
 
-  /// Null before launching has finished.
+  /// Both are null before launching has finished.
   StaylitEngine* engine() { return engine_.get(); }
+  MenuBarController* menuBar() { return menuBar_.get(); }
 
  private:
   tidewell::Ports& ports_;
+  UserInterface& userInterface_;
   std::unique_ptr<StaylitEngine> engine_;
+  std::unique_ptr<MenuBarController> menuBar_;
   std::unique_ptr<TerminalReporter> terminalReporter_;
 };
 

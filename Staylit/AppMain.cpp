@@ -5,22 +5,25 @@
 #include "Staylit/AppDelegate.h"
 #include "Staylit/Diagnostics.h"
 #include "Staylit/Prefs.h"
+#include "Tidewell/ClamshellController.h"
 #include "Tidewell/Log.h"
 
 namespace staylit {
 
-AppMain::AppMain(tidewell::Ports& ports, Application& application)
-    : ports_(ports), application_(application) {}
+AppMain::AppMain(tidewell::Ports& ports, Application& application, UserInterface& userInterface)
+    : ports_(ports), application_(application), userInterface_(userInterface) {}
 
 int AppMain::run(const std::vector<std::string>& arguments) {
   const tidewell::InstalledPorts installed(ports_);
   tidewell::Log::setSubsystem("com.staylit.app");
+  tidewell::ClamshellController::setOwnerProcessName("Staylit");
+  tidewell::ClamshellController::setWatchdogLabel("com.staylit.clamshell-watchdog");
   if (std::ranges::find(arguments, "--diagnose") != arguments.end()) {
     Prefs::shared().defaults().setBoolean(keys::verbose, true);
     Diagnostics::run(ports_);
     return 0;
   }
-  AppDelegate delegate(ports_);
+  AppDelegate delegate(ports_, userInterface_);
   application_.run(delegate);
   return 0;
 }

@@ -4,16 +4,17 @@
 #include <vector>
 
 #include "Staylit/Application.h"
+#include "Staylit/UserInterface.h"
 #include "Tidewell/Ports/Ports.h"
 
 namespace staylit {
 
 /// The process entry above the system: sets up what everything else relies on, then either prints
-/// the diagnostics report or runs the application. Main thread only; both arguments must outlive
-/// it.
+/// the diagnostics report or runs the application. Main thread only; all arguments must outlive it.
+/// The report asks nothing of the application and the user interface.
 class AppMain {
  public:
-  AppMain(tidewell::Ports& ports, Application& application);
+  AppMain(tidewell::Ports& ports, Application& application, UserInterface& userInterface);
 
   /// `arguments` are all of the process's own. Returns the exit status, which is 0.
   int run(const std::vector<std::string>& arguments);
@@ -21,6 +22,7 @@ class AppMain {
  private:
   tidewell::Ports& ports_;
   Application& application_;
+  UserInterface& userInterface_;
 };
 
 }  // namespace staylit

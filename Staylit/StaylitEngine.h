@@ -52,6 +52,9 @@ class StaylitEngine {
   Published<std::vector<std::string>>& assertingApps() { return assertingApps_; }
   Published<tidewell::PowerState>& powerState() { return powerState_; }
 
+  /// For who wants to know what the decisions rest on: what the last tick saw.
+  [[nodiscard]] const tidewell::ActivityMonitor& monitor() const { return monitor_; }
+
  private:
   static constexpr tidewell::Seconds kInterval{2.0};
   static constexpr tidewell::Seconds kTolerance{0.5};

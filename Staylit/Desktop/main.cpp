@@ -2,16 +2,21 @@
 #include <string>
 #include <vector>
 
+#include "Platform/Linux/Bus/Buses.h"
 #include "Platform/Linux/LinuxPorts.h"
 #include "Platform/Linux/Loop/EventLoop.h"
 #include "Platform/Posix/StandardStreams.h"
 #include "Staylit/AppMain.h"
-#include "Staylit/Desktop/HeadlessApplication.h"
+#include "Staylit/Desktop/DesktopApplication.h"
+#include "Staylit/Desktop/DesktopUserInterface.h"
 
 int main(int argc, char** argv) {
   platform::prepareStandardStreams();
+  const std::vector<std::string> arguments(argv, argv + argc);
   const auto loop = std::make_shared<platform::EventLoop>();
-  const std::unique_ptr<tidewell::Ports> ports = platform::makeLinuxPorts(loop);
-  staylit::HeadlessApplication application(*loop);
-  return staylit::AppMain(*ports, application).run(std::vector<std::string>(argv, argv + argc));
+  const auto buses = std::make_shared<platform::Buses>(*loop);
+  const std::unique_ptr<tidewell::Ports> ports = platform::makeLinuxPorts(loop, buses);
+  staylit::DesktopUserInterface userInterface(*loop, buses->session);
+  staylit::DesktopApplication application(*loop, buses->session, userInterface, arguments);
+  return staylit::AppMain(*ports, application, userInterface).run(arguments);
 }

@@ -3,10 +3,13 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <memory>
 #include <string>
 #include <vector>
 
+#include "Staylit/Prefs.h"
 #include "Tests/Fakes/FakePorts.h"
+#include "Tests/Fakes/FakeUserInterface.h"
 
 namespace staylit {
 namespace {
@@ -18,21 +21,60 @@ class AppDelegateTest : public testing::Test {
   void SetUp() override { ASSERT_EQ(setenv("TZ", "UTC0", 1), 0); }
 
   tidewell::FakePorts fakes;
-  AppDelegate delegate{fakes.ports};
+  FakeUserInterface userInterface{fakes.calls};
+  AppDelegate delegate{fakes.ports, userInterface};
 };
 
-TEST_F(AppDelegateTest, HasNoEngineBeforeLaunchingHasFinished) {
+TEST_F(AppDelegateTest, HasNeitherEngineNorMenuBarBeforeLaunchingHasFinished) {
   EXPECT_EQ(delegate.engine(), nullptr);
+  EXPECT_EQ(delegate.menuBar(), nullptr);
   EXPECT_TRUE(fakes.calls->all().empty());
 }
 
-TEST_F(AppDelegateTest, StartsTheEngineAndThenLogsThatStaylitStarted) {
-  const Texts inOrder = {"observe sleep and wake", "schedule timer", "list processes",
-                         "log Staylit started"};
+TEST_F(AppDelegateTest, MakesTheMenuBarThenStartsTheEngineAndThenLogsThatStaylitStarted) {
+  const Texts inOrder = {"make status item", "observe sleep and wake", "schedule timer",
+                         "list processes", "log Staylit started"};
   delegate.applicationDidFinishLaunching();
   ASSERT_NE(delegate.engine(), nullptr);
+  ASSERT_NE(delegate.menuBar(), nullptr);
+  EXPECT_EQ(userInterface.menu, delegate.menuBar());
   EXPECT_EQ(fakes.calls->only(inOrder), inOrder);
   EXPECT_EQ(fakes.log.lines().back(), "info: Staylit started");
+}
+
+TEST_F(AppDelegateTest, ShowsFirstThatItIsIdleAndThenWhatTheFirstTickFound) {
+  delegate.applicationDidFinishLaunching();
+  EXPECT_TRUE(userInterface.shown.empty()) << "the loop has not run";
+  fakes.mainLoop.runPosted();
+  ASSERT_EQ(userInterface.shown.size(), 2U);
+  EXPECT_EQ(userInterface.shown[0].toolTip, "Idle \u2014 your Mac can sleep");
+  EXPECT_EQ(userInterface.shown[1].toolTip, "Work stopped \u2014 releasing in 120s");
+}
+
+TEST_F(AppDelegateTest, KeepsTheStatusItemAndTheMenuWhenItTerminates) {
+  delegate.applicationDidFinishLaunching();
+  delegate.applicationWillTerminate();
+  EXPECT_NE(userInterface.menu, nullptr);
+  EXPECT_EQ(userInterface.menu->menuNeedsUpdate().size(), 7U);
+}
+
+TEST(AppDelegate, TakesItsWindowsAndTheirObserversWithItBeforeTheEngine) {
+  tidewell::FakePorts fakes;
+  FakeUserInterface userInterface(fakes.calls);
+  auto delegate = std::make_unique<AppDelegate>(fakes.ports, userInterface);
+  delegate->applicationDidFinishLaunching();
+  delegate->menuBar()->openApps();
+  delegate->menuBar()->openSettings();
+  int told = 0;
+  const Subscription apps = userInterface.windows[0]->appsView->observe([&] { ++told; });
+  const Subscription settings = userInterface.windows[1]->settingsView->observe([&] { ++told; });
+  delegate->engine()->tick();
+  fakes.calls->clear();
+  delegate.reset();
+  const Texts inOrder = {"end of window Sleep", "end of window ", "release 1"};
+  EXPECT_EQ(fakes.calls->only(inOrder), inOrder);
+  fakes.mainLoop.runPosted();
+  EXPECT_EQ(told, 0);
 }
 
 TEST_F(AppDelegateTest, ShowsTheFirstTickToAPersonAtATerminal) {
@@ -97,12 +139,28 @@ TEST_F(AppDelegateTest, TerminatingTwiceIsHarmless) {
   EXPECT_TRUE(fakes.calls->all().empty());
 }
 
-TEST_F(AppDelegateTest, LaunchingAgainReplacesTheEngineAndItsHold) {
+TEST_F(AppDelegateTest, LaunchingAgainReplacesTheEngineItsHoldAndItsMenuBar) {
   delegate.applicationDidFinishLaunching();
+  delegate.menuBar()->openApps();
   delegate.applicationDidFinishLaunching();
+  EXPECT_FALSE(userInterface.windows[0]->isAlive);
+  EXPECT_EQ(userInterface.menu, delegate.menuBar());
   EXPECT_EQ(fakes.power.live.size(), 1U);
   EXPECT_FALSE(fakes.mainLoop.timers[0]->valid);
   EXPECT_TRUE(fakes.mainLoop.timers[1]->valid);
+}
+
+TEST_F(AppDelegateTest, TakesTheLidSwitchUpAgainThatAnEarlierProcessHeld) {
+  fakes.useLidSwitch();
+  fakes.defaults.setBoolean(keys::allowLidClosed, true);
+  delegate.applicationDidFinishLaunching();
+  EXPECT_TRUE(fakes.lidSwitch.isHeld());
+}
+
+TEST_F(AppDelegateTest, LeavesTheLidAloneWhileTheSettingIsOff) {
+  fakes.useLidSwitch();
+  delegate.applicationDidFinishLaunching();
+  EXPECT_FALSE(fakes.lidSwitch.isHeld());
 }
 
 }  // namespace

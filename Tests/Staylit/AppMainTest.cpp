@@ -7,6 +7,8 @@
 
 #include "Tests/Fakes/FakeApplication.h"
 #include "Tests/Fakes/FakePorts.h"
+#include "Tests/Fakes/FakeUserInterface.h"
+#include "Tidewell/ClamshellController.h"
 #include "Tidewell/Log.h"
 
 namespace staylit {
@@ -21,19 +23,22 @@ class AppMainTest : public testing::Test {
  protected:
   void TearDown() override { Log::setSubsystem("com.tidewell"); }
 
-  int run(const Texts& arguments) { return AppMain(fakes.ports, application).run(arguments); }
+  int run(const Texts& arguments) {
+    return AppMain(fakes.ports, application, userInterface).run(arguments);
+  }
 
   /// Runs with the one argument and tells which of the two modes it chose.
   std::string modeOf(const std::string& argument) {
     FakePorts own;
     FakeApplication ownApplication;
-    AppMain(own.ports, ownApplication).run({"staylit", argument});
+    AppMain(own.ports, ownApplication, userInterface).run({"staylit", argument});
     const bool reported = own.console.output.starts_with("Staylit diagnostics");
     return std::string(reported ? "report" : "") + (ownApplication.runs == 1 ? "application" : "");
   }
 
   FakePorts fakes;
   FakeApplication application;
+  FakeUserInterface userInterface{fakes.calls};
 };
 
 TEST_F(AppMainTest, RunsTheReportForDiagnoseAtAnyPosition) {
@@ -91,6 +96,46 @@ TEST_F(AppMainTest, NamesTheLogsSubsystemBeforeTheApplicationRuns) {
   application.whileRunning = [&](ApplicationDelegate&) { subsystem = Log::subsystem(); };
   run({"staylit"});
   EXPECT_EQ(subsystem, "com.staylit.app");
+}
+
+TEST_F(AppMainTest, NamesTheOwnerAndTheWatchdogBeforeTheApplicationRuns) {
+  std::string owner;
+  std::string label;
+  application.whileRunning = [&](ApplicationDelegate&) {
+    owner = tidewell::ClamshellController::ownerProcessName();
+    label = tidewell::ClamshellController::watchdogLabel();
+  };
+  run({"staylit"});
+  EXPECT_EQ(owner, "Staylit");
+  EXPECT_EQ(label, "com.staylit.clamshell-watchdog");
+}
+
+TEST_F(AppMainTest, NamesTheOwnerAndTheWatchdogForAReportToo) {
+  std::string owner;
+  std::string label;
+  fakes.processes.whileListing = [&] {
+    owner = tidewell::ClamshellController::ownerProcessName();
+    label = tidewell::ClamshellController::watchdogLabel();
+  };
+  run({"staylit", "--diagnose"});
+  EXPECT_EQ(owner, "Staylit");
+  EXPECT_EQ(label, "com.staylit.clamshell-watchdog");
+}
+
+TEST_F(AppMainTest, ShowsNothingForAReport) {
+  run({"staylit", "--diagnose"});
+  EXPECT_EQ(fakes.calls->count("make status item"), 0U);
+  EXPECT_TRUE(userInterface.windows.empty());
+}
+
+TEST_F(AppMainTest, ShowsTheStatusItemOnceLaunchingHasFinished) {
+  application.whileRunning = [&](ApplicationDelegate& delegate) {
+    EXPECT_EQ(userInterface.menu, nullptr);
+    delegate.applicationDidFinishLaunching();
+    EXPECT_NE(userInterface.menu, nullptr);
+  };
+  run({"staylit"});
+  EXPECT_EQ(userInterface.menu, nullptr) << "after its end";
 }
 
 TEST_F(AppMainTest, SwitchesVerboseOnBeforeTheReport) {

@@ -1,0 +1,46 @@
+# The symbols of the status item: as an icon theme of our own, whose pictures follow the panel's
+# colours, and as pixmaps for hosts that find no icons by name.
+
+set(STAYLIT_STATUS_SYMBOLS cup.and.saucer.fill cup.and.saucer pause.circle)
+set(STAYLIT_PIXMAP_SIZES 16 22 24 32 48)
+set(STAYLIT_SYMBOLS "${CMAKE_CURRENT_LIST_DIR}/symbols")
+
+# staylit_status_theme(FOLDER) writes the icon theme, the dimmed forms made from the full ones.
+function(staylit_status_theme folder)
+  foreach(symbol IN LISTS STAYLIT_STATUS_SYMBOLS)
+    set(drawing "${STAYLIT_SYMBOLS}/${symbol}.svg")
+    set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${drawing}")
+    string(REPLACE "." "-" name "${symbol}")
+    set(beginning "${folder}/hicolor/scalable/status/staylit-${name}")
+    configure_file("${drawing}" "${beginning}-symbolic.svg" COPYONLY)
+    file(READ "${drawing}" text)
+    string(REPLACE "</style>\n" "</style>\n  <g opacity=\".5\">\n" text "${text}")
+    string(REPLACE "</svg>" "  </g>\n</svg>" text "${text}")
+    file(CONFIGURE OUTPUT "${beginning}-dimmed-symbolic.svg" CONTENT "${text}" @ONLY)
+  endforeach()
+endfunction()
+
+# staylit_status_pixmaps(TARGET) gives a target the table `StatusPixmaps.inc`.
+function(staylit_status_pixmaps target)
+  find_program(RSVG_CONVERT rsvg-convert REQUIRED)
+  find_package(PNG REQUIRED)
+  add_executable(pixmap-table "${CMAKE_CURRENT_FUNCTION_LIST_DIR}/tools/PixmapTable.cpp")
+  staylit_target(pixmap-table)
+  target_link_libraries(pixmap-table PRIVATE PNG::PNG)
+  set(folder "${CMAKE_CURRENT_BINARY_DIR}/pixmaps")
+  file(MAKE_DIRECTORY "${folder}")
+  foreach(symbol IN LISTS STAYLIT_STATUS_SYMBOLS)
+    set(drawing "${STAYLIT_SYMBOLS}/${symbol}.svg")
+    foreach(size IN LISTS STAYLIT_PIXMAP_SIZES)
+      set(picture "${folder}/${symbol}-${size}.png")
+      add_custom_command(OUTPUT "${picture}" DEPENDS "${drawing}" VERBATIM
+        COMMAND "${RSVG_CONVERT}" -w ${size} -h ${size} -o "${picture}" "${drawing}")
+      list(APPEND pictures "${picture}")
+      list(APPEND arguments ${symbol} ${size} "${picture}")
+    endforeach()
+  endforeach()
+  add_custom_command(OUTPUT "${folder}/StatusPixmaps.inc" DEPENDS ${pictures} pixmap-table VERBATIM
+    COMMAND pixmap-table "${folder}/StatusPixmaps.inc" ${arguments})
+  target_sources(${target} PRIVATE "${folder}/StatusPixmaps.inc")
+  target_include_directories(${target} PRIVATE "${folder}")
+endfunction()

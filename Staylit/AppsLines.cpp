@@ -1,0 +1,133 @@
+#include "Staylit/AppsLines.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace staylit {
+namespace {
+
+using Edit = AppsLines::Edit;
+
+AppsLine headingOf(const AppsView::Section& section, std::size_t number) {
+  AppsLine line;
+  line.section = number;
+  line.text = section.title;
+  line.detail = section.subtitle;
+  line.symbol = section.symbol;
+  line.count = section.entries.size();
+  return line;
+}
+
+AppsLine emptyLineOf(const AppsView::Section& section, std::size_t number) {
+  AppsLine line;
+  line.kind = AppsLine::Kind::empty;
+  line.section = number;
+  line.text = section.emptyText;
+  return line;
+}
+
+AppsLine entryLineOf(const AppsView::Section& section, std::size_t number,
+                     const AppsView::Entry& entry) {
+  AppsLine line;
+  line.kind = AppsLine::Kind::entry;
+  line.section = number;
+  line.text = entry.name;
+  line.detail = entry.detail.value_or("");
+  line.symbol = entry.symbol;
+  line.id = entry.id;
+  line.isWorking = entry.isWorking;
+  line.moveSymbol = section.moveSymbol;
+  line.moveHint = section.moveHint;
+  return line;
+}
+
+std::vector<AppsLine> linesOf(const std::vector<AppsView::Section>& sections) {
+  std::vector<AppsLine> lines;
+  for (std::size_t number = 0; number < sections.size(); ++number) {
+    const AppsView::Section& section = sections[number];
+    lines.push_back(headingOf(section, number));
+    if (section.entries.empty()) lines.push_back(emptyLineOf(section, number));
+    for (const AppsView::Entry& entry : section.entries)
+      lines.push_back(entryLineOf(section, number, entry));
+  }
+  return lines;
+}
+
+auto same(const AppsLine& line) {
+  return [&line](const AppsLine& other) { return other.isSame(line); };
+}
+
+auto at(std::vector<AppsLine>& lines, std::size_t row) {
+  return lines.begin() + static_cast<std::ptrdiff_t>(row);
+}
+
+}  // namespace
+
+bool AppsLine::isSame(const AppsLine& other) const {
+  if (kind != other.kind) return false;
+  return kind == Kind::entry ? id == other.id : section == other.section;
+}
+
+std::string AppsLine::spoken() const {
+  std::string words = text;
+  if (isWorking) words += ", working now";
+  if (!detail.empty()) words += ", " + detail;
+  return words;
+}
+
+void AppsLines::show(const std::vector<AppsView::Section>& sections, const Edited& edited) {
+  const std::vector<AppsLine> next = linesOf(sections);
+  removeAllBut(next, edited);
+  for (std::size_t row = 0; row < next.size(); ++row)
+    place(row, next[row], edited);
+}
+
+void AppsLines::removeAllBut(const std::vector<AppsLine>& next, const Edited& edited) {
+  for (std::size_t row = lines_.size(); row-- > 0;) {
+    if (std::ranges::any_of(next, same(lines_[row]))) continue;
+    lines_.erase(at(lines_, row));
+    edited({Edit::Kind::remove, row});
+  }
+}
+
+/// Puts `line` at `row`; all above it are where they belong.
+void AppsLines::place(std::size_t row, const AppsLine& line, const Edited& edited) {
+  const auto here = at(lines_, row);
+  const auto found = std::find_if(here, lines_.end(), same(line));
+  if (found == lines_.end()) {
+    lines_.insert(here, line);
+    edited({Edit::Kind::insert, row});
+    return;
+  }
+  if (found != here) {
+    const auto from = static_cast<std::size_t>(found - lines_.begin());
+    std::rotate(here, found, std::next(found));
+    edited({Edit::Kind::move, from, row});
+  }
+  if (lines_[row] == line) return;
+  lines_[row] = line;
+  edited({Edit::Kind::change, row});
+}
+
+bool AppsLines::isEntry(std::size_t row) const {
+  return row < lines_.size() && lines_[row].kind == AppsLine::Kind::entry;
+}
+
+std::optional<std::size_t> AppsLines::rowOf(const std::string& id) const {
+  for (std::size_t row = 0; row < lines_.size(); ++row) {
+    if (isEntry(row) && lines_[row].id == id) return row;
+  }
+  return std::nullopt;
+}
+
+std::optional<std::size_t> AppsLines::entryNear(std::size_t row) const {
+  for (std::size_t below = row; below < lines_.size(); ++below) {
+    if (isEntry(below)) return below;
+  }
+  for (std::size_t above = std::min(row, lines_.size()); above-- > 0;) {
+    if (isEntry(above)) return above;
+  }
+  return std::nullopt;
+}
+
+}  // namespace staylit

@@ -1,0 +1,189 @@
+#include "Staylit/AppsView.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "Staylit/Prefs.h"
+#include "Staylit/WatchList.h"
+#include "Tidewell/AppCatalog.h"
+#include "Tidewell/TextMap.h"
+
+namespace staylit {
+
+using tidewell::AppCatalog;
+using tidewell::AppCategory;
+using Entry = AppsView::Entry;
+
+namespace {
+
+Entry makeEntry(std::string id, std::string name, AppCategory category) {
+  Entry entry;
+  entry.id = std::move(id);
+  entry.name = std::move(name);
+  entry.category = category;
+  entry.symbol = symbol(category);
+  return entry;
+}
+
+/// Entries by their identifiers, in the order in which these came first.
+class EntryTable {
+ public:
+  [[nodiscard]] bool contains(const std::string& id) const { return positions_.contains(id); }
+
+  /// Replaces the entry of the same identifier.
+  void put(Entry entry) {
+    const auto [position, isNew] = positions_.try_emplace(entry.id, entries_.size());
+    if (isNew) {
+      entries_.push_back(std::move(entry));
+    } else {
+      entries_[position->second] = std::move(entry);
+    }
+  }
+
+  std::vector<Entry> take() { return std::move(entries_); }
+
+ private:
+  std::vector<Entry> entries_;
+  tidewell::TextMap<std::size_t> positions_;
+};
+
+void addCatalogued(EntryTable& table) {
+  for (const tidewell::CatalogEntry& known : AppCatalog::entries()) {
+    const std::vector<std::string> identifiers = known.identifiers();
+    if (identifiers.empty()) continue;
+    table.put(makeEntry(identifiers.front(), known.display, known.category));
+  }
+}
+
+void addBusy(EntryTable& table, const std::vector<tidewell::BusyApp>& busyApps) {
+  for (const tidewell::BusyApp& app : busyApps) {
+    Entry entry = makeEntry(app.id, app.display, app.category);
+    entry.detail = app.reason();
+    entry.isWorking = true;
+    table.put(std::move(entry));
+  }
+}
+
+Entry ignoredEntry(const std::string& id, tidewell::Text& text) {
+  if (const tidewell::CatalogEntry* known = AppCatalog::lookup(id, id, text)) {
+    return makeEntry(id, known->display, known->category);
+  }
+  Entry entry = makeEntry(id, id, AppCategory::other);
+  entry.detail = "not in catalogue";
+  return entry;
+}
+
+/// An application that is neither known nor running still has a row, and so a way back.
+void addIgnored(EntryTable& table, tidewell::Text& text) {
+  const tidewell::TextSet ignored = Prefs::shared().ignoredApps();
+  // In a fixed order, so that rows of one name stay where they are.
+  std::vector<std::string> ids(ignored.begin(), ignored.end());
+  std::ranges::sort(ids);
+  for (const std::string& id : ids) {
+    if (!table.contains(id)) table.put(ignoredEntry(id, text));
+  }
+}
+
+std::string_view trimmed(std::string_view text) {
+  constexpr std::string_view kBlanks = " \t";
+  const std::size_t begin = text.find_first_not_of(kBlanks);
+  if (begin == std::string_view::npos) return {};
+  return text.substr(begin, text.find_last_not_of(kBlanks) - begin + 1);
+}
+
+void filter(std::vector<Entry>& entries, std::string_view search, tidewell::Text& text) {
+  const std::string query = text.lowercased(trimmed(search));
+  if (query.empty()) return;
+  std::erase_if(entries, [&](const Entry& entry) {
+    return text.lowercased(entry.name).find(query) == std::string::npos;
+  });
+}
+
+void sort(std::vector<Entry>& entries, tidewell::Text& text) {
+  std::ranges::stable_sort(entries, [&text](const Entry& left, const Entry& right) {
+    if (left.isWorking != right.isWorking) return left.isWorking;
+    return text.localizedCaseInsensitiveCompare(left.name, right.name) < 0;
+  });
+}
+
+}  // namespace
+
+AppsView::AppsView(StaylitEngine& engine, tidewell::Ports& ports)
+    : engine_(engine), ports_(ports), changes_(engine, *ports.mainLoop) {}
+
+AppsView::~AppsView() = default;
+
+AppsView::Header AppsView::header() const {
+  return {"Choose Apps", "Click any app to move it between the two lists.", "magnifyingglass",
+          "Search", "xmark.circle.fill"};
+}
+
+std::vector<AppsView::Section> AppsView::sections() const {
+  return {{"Staying awake for", "These can hold your Mac awake", "cup.and.saucer.fill",
+           "Nothing is being watched — your Mac will sleep normally.", "arrow.down.circle",
+           "Stop staying awake for this", watched()},
+          {"Not watching", "Ignored, however busy they get", "moon.zzz", "Nothing ignored.",
+           "arrow.up.circle", "Stay awake for this again", ignored()}};
+}
+
+AppsView::Footer AppsView::footer() const {
+  const std::size_t count = ignored().size();
+  const std::string text = count == 0 ? "Watching everything" : std::to_string(count) + " ignored";
+  return {text, "Watch everything", count != 0};
+}
+
+void AppsView::setSearch(std::string search) {
+  if (search == search_) return;
+  search_ = std::move(search);
+  changes_.tell();
+}
+
+void AppsView::move(const std::string& id) {
+  const bool isIgnored = Prefs::shared().ignoredApps().contains(id);
+  WatchList::setWatched(id, isIgnored);
+  listsChanged();
+}
+
+void AppsView::watchEverything() {
+  Prefs::shared().setIgnoredApps({});
+  listsChanged();
+}
+
+void AppsView::listsChanged() {
+  ++version_;
+  changes_.tell();
+  engine_.tick();
+}
+
+Subscription AppsView::observe(std::function<void()> changed) {
+  return changes_.observe(std::move(changed));
+}
+
+std::vector<Entry> AppsView::allEntries() const {
+  EntryTable table;
+  addCatalogued(table);
+  addBusy(table, engine_.busyApps().get());
+  addIgnored(table, *ports_.text);
+  std::vector<Entry> entries = table.take();
+  filter(entries, search_, *ports_.text);
+  sort(entries, *ports_.text);
+  return entries;
+}
+
+std::vector<Entry> AppsView::watched() const {
+  return entries(false);
+}
+
+std::vector<Entry> AppsView::ignored() const {
+  return entries(true);
+}
+
+std::vector<Entry> AppsView::entries(bool ignored) const {
+  const tidewell::TextSet ignoredApps = Prefs::shared().ignoredApps();
+  std::vector<Entry> entries = allEntries();
+  std::erase_if(entries,
+                [&](const Entry& entry) { return ignoredApps.contains(entry.id) != ignored; });
+  return entries;
+}
+
+}  // namespace staylit

@@ -1,0 +1,109 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "Staylit/Published.h"
+#include "Staylit/StaylitEngine.h"
+#include "Staylit/ViewChanges.h"
+#include "Tidewell/AppCategory.h"
+#include "Tidewell/Ports/Ports.h"
+
+namespace staylit {
+
+/// What the Choose Apps window shows and does: all applications that are known, in two lists, the
+/// watched and the ignored ones.
+///
+/// Caches nothing but the search text. What a window system needs is virtual, because on Linux the
+/// windows lie in a module that links nothing of the program. Main thread only; the engine and the
+/// ports must outlive it, and the ports be the installed ones.
+class AppsView {
+ public:
+  /// One row.
+  struct Entry {
+    std::string id;  ///< The application key, as in `BusyApp::id`.
+    std::string name;
+    std::optional<std::string> detail;
+    tidewell::AppCategory category = tidewell::AppCategory::other;
+    std::string symbol;  ///< The category's system symbol.
+    bool isWorking = false;
+
+    friend bool operator==(const Entry&, const Entry&) = default;
+  };
+
+  /// One of the two lists. The texts live as long as the program.
+  struct Section {
+    std::string_view title;
+    std::string_view subtitle;
+    std::string_view symbol;
+    std::string_view emptyText;
+    std::string_view moveSymbol;
+    std::string_view moveHint;
+    std::vector<Entry> entries;
+  };
+
+  struct Footer {
+    std::string text;
+    std::string_view button;
+    bool buttonEnabled = false;
+  };
+
+  struct Header {
+    std::string_view title;
+    std::string_view subtitle;
+    std::string_view searchSymbol;
+    std::string_view searchPlaceholder;
+    std::string_view
+        clearSymbol;  ///< Of the button that empties the search, shown while it is not.
+  };
+
+  AppsView(StaylitEngine& engine, tidewell::Ports& ports);
+  virtual ~AppsView();
+  AppsView(const AppsView&) = delete;
+  AppsView& operator=(const AppsView&) = delete;
+
+  [[nodiscard]] virtual Header header() const;
+  /// The watched, then the ignored ones.
+  [[nodiscard]] virtual std::vector<Section> sections() const;
+  /// Speaks of the second list as it is shown, so of what the search lets pass.
+  [[nodiscard]] virtual Footer footer() const;
+
+  [[nodiscard]] virtual const std::string& search() const { return search_; }
+  /// Matches names, whatever their case; blanks and tabs around it do not count.
+  virtual void setSearch(std::string search);
+
+  /// Grows with every change that is made to the lists here.
+  [[nodiscard]] virtual std::int64_t version() const { return version_; }
+
+  /// A row was chosen: moves the application to the other list and lets the engine decide at once.
+  virtual void move(const std::string& id);
+  /// Empties the list of the ignored ones.
+  virtual void watchEverything();
+
+  /// `changed` is called from the main loop, once the new values can be read, after anything may
+  /// have changed that is shown here: once for all that changes in one pass of the loop. Until the
+  /// subscription is dropped or the view is gone.
+  [[nodiscard]] virtual Subscription observe(std::function<void()> changed);
+
+  /// All rows that the search lets pass, in order; then the two halves of them.
+  [[nodiscard]] std::vector<Entry> allEntries() const;
+  [[nodiscard]] std::vector<Entry> watched() const;
+  [[nodiscard]] std::vector<Entry> ignored() const;
+
+ private:
+  /// Those of `allEntries` that the user ignores, or those that the user does not.
+  [[nodiscard]] std::vector<Entry> entries(bool ignored) const;
+  void listsChanged();
+
+  StaylitEngine& engine_;
+  tidewell::Ports& ports_;
+  std::string search_;
+  std::int64_t version_ = 0;
+  ViewChanges changes_;
+};
+
+}  // namespace staylit

@@ -1,0 +1,163 @@
+#include "Staylit/Desktop/ApplicationService.h"
+
+#include <cstdlib>
+#include <utility>
+
+#include "Staylit/Desktop/ActivationToken.h"
+#include "Staylit/Desktop/MessageReading.h"
+#include "Tidewell/Log.h"
+
+namespace staylit {
+namespace {
+
+using platform::BusMethod;
+using platform::BusReply;
+using Service = ApplicationService;
+
+constexpr BusMethod kRequestName{"org.freedesktop.DBus", "/org/freedesktop/DBus",
+                                 "org.freedesktop.DBus", "RequestName"};
+constexpr BusMethod kActivate{Service::kName, Service::kPath, Service::kInterface, "Activate"};
+constexpr BusMethod kActivateAction{Service::kName, Service::kPath, Service::kInterface,
+                                    "ActivateAction"};
+
+// Of the bus's own protocol.
+constexpr std::uint32_t kDoNotQueue = 4;
+constexpr std::uint32_t kExists = 3;
+
+/// A busy machine may take a moment, but one that hangs must not keep the program from starting.
+constexpr tidewell::Seconds kPatience{5};
+
+platform::Bus::Arguments nameWith(std::uint32_t flags) {
+  return [flags](sd_bus_message* call) {
+    return sd_bus_message_append(call, "su", Service::kName, flags);
+  };
+}
+
+const char* startupToken() {
+  const char* token = std::getenv("XDG_ACTIVATION_TOKEN");
+  if (!token || !*token) token = std::getenv("DESKTOP_STARTUP_ID");
+  return token ? token : "";
+}
+
+/// Appends what the window system gave this start, so that it helps the first one.
+int appendPlatformData(sd_bus_message* call) {
+  return sd_bus_message_append(call, "a{sv}", 2, "activation-token", "s", startupToken(),
+                               "desktop-startup-id", "s", startupToken());
+}
+
+int readPlatformData(sd_bus_message* call) {
+  std::string token;
+  const int result = readTextEntry(call, "activation-token", token);
+  if (result >= 0 && !token.empty()) ActivationToken::set(token);
+  return result;
+}
+
+}  // namespace
+
+const sd_bus_vtable ApplicationService::kTable[] = {
+    SD_BUS_VTABLE_START(0),
+    SD_BUS_METHOD("Activate", "a{sv}", "", activate, SD_BUS_VTABLE_UNPRIVILEGED),
+    SD_BUS_METHOD("Open", "asa{sv}", "", open, SD_BUS_VTABLE_UNPRIVILEGED),
+    SD_BUS_METHOD("ActivateAction", "sava{sv}", "", activateAction, SD_BUS_VTABLE_UNPRIVILEGED),
+    SD_BUS_VTABLE_END};
+
+std::optional<MenuItem::Action> ApplicationService::action(std::string_view name) {
+  if (name == "pause") return MenuItem::Action::togglePause;
+  if (name == "choose-apps") return MenuItem::Action::openApps;
+  if (name == "settings") return MenuItem::Action::openSettings;
+  return std::nullopt;
+}
+
+ApplicationService::ApplicationService(platform::EventLoop& loop, platform::Bus& sessionBus,
+                                       std::function<void(MenuItem::Action)> perform)
+    : loop_(loop),
+      bus_(sessionBus),
+      perform_(std::move(perform)),
+      object_(sessionBus, {kPath, kInterface}, kTable, this) {}
+
+ApplicationService::Claim ApplicationService::claim(const std::string& actionName) {
+  for (int attempt = 0; attempt < 3; ++attempt) {
+    const bool isConnected = bus_.connect() >= 0;
+    // Whoever finds the name must find the object as well.
+    object_.offer();
+    std::uint32_t outcome = 0;
+    const BusReply reply =
+        isConnected ? bus_.call(kRequestName, nameWith(kDoNotQueue)) : BusReply{-1, {}, {}};
+    if (reply) sd_bus_message_read(reply.message.get(), "u", &outcome);
+    if (outcome != kExists) {
+      keepName();
+      return Claim::first;
+    }
+    const Answer answer = askOwner(actionName);
+    if (answer == Answer::done) return Claim::second;
+    if (answer == Answer::none) break;
+  }
+  tidewell::Log::error("another Staylit runs in this session and does not answer");
+  keepName();
+  return Claim::besides;
+}
+
+ApplicationService::Answer ApplicationService::askOwner(const std::string& actionName) {
+  std::optional<Answer> answer;
+  const platform::BusSlot call = bus_.callAsync(
+      actionName.empty() ? kActivate : kActivateAction,
+      [&actionName](sd_bus_message* message) {
+        const int result =
+            actionName.empty() ? 0 : sd_bus_message_append(message, "sav", actionName.c_str(), 0);
+        return result < 0 ? result : appendPlatformData(message);
+      },
+      [&](const BusReply& reply) {
+        const bool isGone = reply.errorName == SD_BUS_ERROR_NAME_HAS_NO_OWNER ||
+                            reply.errorName == SD_BUS_ERROR_SERVICE_UNKNOWN ||
+                            reply.errorName == SD_BUS_ERROR_NO_REPLY || !bus_.handle();
+        answer = isGone ? Answer::gone : Answer::done;
+        loop_.handOver();
+      });
+  if (!call) return Answer::gone;
+  const auto limit = loop_.scheduleRepeating(kPatience, [&] {
+    answer = Answer::none;
+    loop_.handOver();
+  });
+  loop_.run();
+  // Without an answer somebody wants this program to end.
+  return answer.value_or(Answer::done);
+}
+
+void ApplicationService::keepName() {
+  // On every connection, in the queue if need be.
+  connection_ = bus_.watchConnection([this](bool) {
+    request_ = bus_.callAsync(kRequestName, nameWith(0), [](const BusReply&) {});
+  });
+}
+
+void ApplicationService::performLater(MenuItem::Action action) {
+  loop_.async([weak = std::weak_ptr<bool>(alive_), this, action] {
+    if (weak.lock()) perform_(action);
+  });
+}
+
+int ApplicationService::activate(sd_bus_message* call, void* data, sd_bus_error* /*error*/) {
+  if (const int result = readPlatformData(call); result < 0) return result;
+  static_cast<ApplicationService*>(data)->performLater(MenuItem::Action::openApps);
+  return sd_bus_reply_method_return(call, "");
+}
+
+int ApplicationService::open(sd_bus_message* call, void* data, sd_bus_error* error) {
+  // It has no use for files, but it can come forward.
+  if (const int result = sd_bus_message_skip(call, "as"); result < 0) return result;
+  return activate(call, data, error);
+}
+
+int ApplicationService::activateAction(sd_bus_message* call, void* data, sd_bus_error* error) {
+  const char* name = nullptr;
+  int result = sd_bus_message_read(call, "s", &name);
+  if (result >= 0) result = sd_bus_message_skip(call, "av");
+  if (result >= 0) result = readPlatformData(call);
+  if (result < 0) return result;
+  const std::optional<MenuItem::Action> wanted = action(name);
+  if (!wanted) return sd_bus_error_setf(error, SD_BUS_ERROR_INVALID_ARGS, "no action '%s'", name);
+  static_cast<ApplicationService*>(data)->performLater(*wanted);
+  return sd_bus_reply_method_return(call, "");
+}
+
+}  // namespace staylit

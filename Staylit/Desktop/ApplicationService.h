@@ -1,0 +1,67 @@
+#pragma once
+
+#include <systemd/sd-bus.h>
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "Platform/Linux/Bus/Bus.h"
+#include "Platform/Linux/Bus/BusObject.h"
+#include "Platform/Linux/Loop/EventLoop.h"
+#include "Staylit/Menu.h"
+
+namespace staylit {
+
+/// The program as one of its kind in the session: it owns the name `com.staylit.app` and serves
+/// `org.freedesktop.Application` there, so that a second start reaches the first.
+///
+/// Main thread only; both arguments must outlive it.
+class ApplicationService {
+ public:
+  static constexpr const char* kName = "com.staylit.app";
+  static constexpr const char* kPath = "/com/staylit/app";
+  static constexpr const char* kInterface = "org.freedesktop.Application";
+
+  /// What the others of a session ask for by these names: "pause", "choose-apps" and "settings".
+  static std::optional<MenuItem::Action> action(std::string_view name);
+
+  /// `perform` does what is asked for; called from the loop, never from within a call.
+  ApplicationService(platform::EventLoop& loop, platform::Bus& sessionBus,
+                     std::function<void(MenuItem::Action)> perform);
+  ApplicationService(const ApplicationService&) = delete;
+  ApplicationService& operator=(const ApplicationService&) = delete;
+
+  /// What is known after `claim` of who runs in this session.
+  enum class Claim {
+    first,    ///< This program has the name, or there is no session bus.
+    second,   ///< Another has the name and has been asked to do what this one was started for.
+    besides,  ///< Another has the name and does not answer; this one gets the name when it goes.
+  };
+  /// Takes the name, or asks its owner for the action of that name (empty: to activate itself),
+  /// waiting for it a few seconds at most. Call it once, before the loop runs.
+  Claim claim(const std::string& actionName);
+
+ private:
+  static int activate(sd_bus_message* call, void* data, sd_bus_error* error);
+  static int open(sd_bus_message* call, void* data, sd_bus_error* error);
+  static int activateAction(sd_bus_message* call, void* data, sd_bus_error* error);
+  static const sd_bus_vtable kTable[];
+
+  enum class Answer { done, gone, none };
+  Answer askOwner(const std::string& actionName);
+  void keepName();
+  void performLater(MenuItem::Action action);
+
+  platform::EventLoop& loop_;
+  platform::Bus& bus_;
+  std::function<void(MenuItem::Action)> perform_;
+  std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);
+  platform::BusObject object_;
+  platform::BusListening connection_;
+  platform::BusSlot request_;
+};
+
+}  // namespace staylit

@@ -1,0 +1,55 @@
+#include "Staylit/Desktop/DesktopApplication.h"
+
+#include <optional>
+#include <utility>
+
+#include "Staylit/Desktop/ApplicationService.h"
+#include "Staylit/Desktop/LoginSession.h"
+#include "Staylit/Desktop/SessionClient.h"
+
+namespace staylit {
+
+DesktopApplication::DesktopApplication(platform::EventLoop& loop, platform::Bus& sessionBus,
+                                       DesktopUserInterface& userInterface,
+                                       std::vector<std::string> arguments)
+    : loop_(loop),
+      sessionBus_(sessionBus),
+      userInterface_(userInterface),
+      arguments_(std::move(arguments)) {}
+
+std::string DesktopApplication::wantedAction() const {
+  for (const std::string& argument : arguments_) {
+    if (!argument.starts_with("--")) continue;
+    if (ApplicationService::action(argument.substr(2))) return argument.substr(2);
+  }
+  return "";
+}
+
+void DesktopApplication::run(ApplicationDelegate& delegate) {
+  const auto end = [this] { loop_.stop(); };
+  // Before any other thread exists, so that the signals come to the loop alone.
+  loop_.watchTerminationSignals(end);
+  ApplicationService service(loop_, sessionBus_,
+                             [this](MenuItem::Action action) { userInterface_.choose(action); });
+  const std::string wanted = wantedAction();
+  if (service.claim(wanted) == ApplicationService::Claim::second) return;
+
+  std::optional<LoginSession> session;
+  if (const auto id = LoginSession::ownGraphical()) session.emplace(loop_, *id, end);
+  const SessionClient client(sessionBus_, end);
+  delegate.applicationDidFinishLaunching();
+  if (const auto action = ApplicationService::action(wanted)) {
+    loop_.async([this, action] { userInterface_.choose(*action); });
+  }
+  runLoop();
+  delegate.applicationWillTerminate();
+}
+
+void DesktopApplication::runLoop() {
+  loop_.run();
+  // The first window makes the loop return, for the window kit to drive it from then on.
+  WindowKit* kit = userInterface_.windowKit();
+  if (kit && !loop_.isStopping()) kit->run();
+}
+
+}  // namespace staylit

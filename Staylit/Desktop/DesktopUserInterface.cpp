@@ -1,0 +1,69 @@
+#include "Staylit/Desktop/DesktopUserInterface.h"
+
+#include <algorithm>
+
+#include "Staylit/Desktop/ActivationToken.h"
+#include "Staylit/Desktop/IconFolder.h"
+#include "Staylit/Desktop/StatusNotifierItem.h"
+
+namespace staylit {
+namespace {
+
+/// Forgets whose menu it is when the item goes.
+class RememberedItem : public StatusNotifierItem {
+ public:
+  RememberedItem(platform::EventLoop& loop, platform::Bus& bus, MenuDelegate& delegate,
+                 std::shared_ptr<MenuDelegate*> memory)
+      : StatusNotifierItem(loop, bus, delegate, iconFolder()), memory_(std::move(memory)) {
+    *memory_ = &delegate;
+  }
+  ~RememberedItem() override { *memory_ = nullptr; }
+
+ private:
+  std::shared_ptr<MenuDelegate*> memory_;
+};
+
+}  // namespace
+
+DesktopUserInterface::DesktopUserInterface(platform::EventLoop& loop, platform::Bus& sessionBus)
+    : loop_(loop), sessionBus_(sessionBus), windowing_(loop, sessionBus) {}
+
+std::unique_ptr<StatusItem> DesktopUserInterface::makeStatusItem(MenuDelegate& delegate) {
+  return std::make_unique<RememberedItem>(loop_, sessionBus_, delegate, delegate_);
+}
+
+std::unique_ptr<Window> DesktopUserInterface::makeAppsWindow(const WindowStyle& style,
+                                                             AppsView& view) {
+  ActivationToken::use();
+  WindowKit* kit = windowing_.kit();
+  return kit ? kit->makeAppsWindow(style, view) : nullptr;
+}
+
+std::unique_ptr<Window> DesktopUserInterface::makeSettingsWindow(const WindowStyle& style,
+                                                                 SettingsView& view) {
+  ActivationToken::use();
+  WindowKit* kit = windowing_.kit();
+  return kit ? kit->makeSettingsWindow(style, view) : nullptr;
+}
+
+std::vector<Rect> DesktopUserInterface::visibleFrames() {
+  return windowKit() ? windowKit()->visibleFrames() : std::vector<Rect>();
+}
+
+void DesktopUserInterface::activate() {
+  ActivationToken::use();
+  if (windowKit()) windowKit()->activate();
+}
+
+void DesktopUserInterface::terminate() {
+  loop_.stop();
+}
+
+void DesktopUserInterface::choose(MenuItem::Action action) {
+  if (!*delegate_) return;
+  const Menu menu = (*delegate_)->menuNeedsUpdate();
+  const auto item = std::ranges::find(menu, action, &MenuItem::action);
+  if (item != menu.end()) (*delegate_)->perform(*item);
+}
+
+}  // namespace staylit

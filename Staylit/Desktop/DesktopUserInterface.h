@@ -1,0 +1,41 @@
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "Platform/Linux/Bus/Bus.h"
+#include "Platform/Linux/Loop/EventLoop.h"
+#include "Staylit/Desktop/Windowing.h"
+#include "Staylit/UserInterface.h"
+
+namespace staylit {
+
+/// The program on a Linux desktop: the status item on the session bus, and windows by the windows
+/// module, which is loaded when the first one is opened. Main thread only; both arguments must
+/// outlive it, and it the windows and items that it makes.
+class DesktopUserInterface : public UserInterface {
+ public:
+  DesktopUserInterface(platform::EventLoop& loop, platform::Bus& sessionBus);
+
+  std::unique_ptr<StatusItem> makeStatusItem(MenuDelegate& delegate) override;
+  std::unique_ptr<Window> makeAppsWindow(const WindowStyle& style, AppsView& view) override;
+  std::unique_ptr<Window> makeSettingsWindow(const WindowStyle& style, SettingsView& view) override;
+  std::vector<Rect> visibleFrames() override;
+  void activate() override;
+  void terminate() override;
+
+  /// Does what the menu's item with this action does. Nothing as long as there is no menu.
+  void choose(MenuItem::Action action);
+
+  /// Null as long as no window has been opened.
+  WindowKit* windowKit() { return windowing_.kitIfAny(); }
+
+ private:
+  platform::EventLoop& loop_;
+  platform::Bus& sessionBus_;
+  Windowing windowing_;
+  /// The status item's, as long as that exists.
+  std::shared_ptr<MenuDelegate*> delegate_ = std::make_shared<MenuDelegate*>(nullptr);
+};
+
+}  // namespace staylit

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <algorithm>
+#include <string>
+#include <string_view>
+
+namespace staylit {
+
+/// The drawings lie in `Packaging/symbols`, named by their system symbol names. In an icon theme a
+/// dot may pass for the beginning of a file's ending, so that there "cup.and.saucer" is called
+/// "staylit-cup-and-saucer-symbolic", and its dimmed form "staylit-cup-and-saucer-dimmed-symbolic".
+inline std::string iconName(std::string_view symbol, bool isDimmed) {
+  std::string name(symbol);
+  std::ranges::replace(name, '.', '-');
+  return "staylit-" + name + (isDimmed ? "-dimmed-symbolic" : "-symbolic");
+}
+
+}  // namespace staylit

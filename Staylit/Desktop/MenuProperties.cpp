@@ -1,0 +1,83 @@
+#include "Staylit/Desktop/MenuProperties.h"
+
+#include "Platform/Linux/System/Utf8.h"
+
+namespace staylit {
+namespace {
+
+/// A single underscore would mark the letter that follows as the item's access key.
+std::string label(const std::string& title) {
+  std::string doubled;
+  for (const char character : platform::cleaned(title)) {
+    doubled += character;
+    if (character == '_') doubled += '_';
+  }
+  return doubled;
+}
+
+int appendValue(sd_bus_message* message, const std::string& text) {
+  return sd_bus_message_append(message, "v", "s", text.c_str());
+}
+
+int appendValue(sd_bus_message* message, bool flag) {
+  return sd_bus_message_append(message, "v", "b", flag ? 1 : 0);
+}
+
+int appendValue(sd_bus_message* message, std::int32_t number) {
+  return sd_bus_message_append(message, "v", "i", number);
+}
+
+/// A list of shortcuts, with one or none.
+int appendValue(sd_bus_message* message, const MenuShortcut& keys) {
+  int result = sd_bus_message_open_container(message, 'v', "aas");
+  if (result >= 0) result = sd_bus_message_open_container(message, 'a', "as");
+  if (result >= 0 && !keys.empty()) {
+    result = sd_bus_message_open_container(message, 'a', "s");
+    for (const std::string& key : keys) {
+      if (result >= 0) result = sd_bus_message_append(message, "s", key.c_str());
+    }
+    if (result >= 0) result = sd_bus_message_close_container(message);
+  }
+  if (result >= 0) result = sd_bus_message_close_container(message);
+  return result < 0 ? result : sd_bus_message_close_container(message);
+}
+
+}  // namespace
+
+MenuProperties menuProperties(const MenuItem& item) {
+  if (item.isSeparator) return {{"type", std::string("separator")}};
+  MenuProperties properties{{"label", label(item.title)}};
+  if (!item.isEnabled) properties.push_back({"enabled", false});
+  if (item.isToggle) {
+    properties.push_back({"toggle-type", std::string("checkmark")});
+    properties.push_back({"toggle-state", std::int32_t{item.isOn ? 1 : 0}});
+  }
+  if (!item.keyEquivalent.empty()) {
+    properties.push_back(
+        {"shortcut", MenuShortcut{"Control", platform::cleaned(item.keyEquivalent)}});
+  }
+  return properties;
+}
+
+MenuProperties rootMenuProperties() {
+  return {{"children-display", std::string("submenu")}};
+}
+
+std::optional<MenuPropertyValue> defaultMenuProperty(std::string_view name) {
+  if (name == "type") return std::string("standard");
+  if (name == "disposition") return std::string("normal");
+  if (name == "enabled" || name == "visible") return true;
+  if (name == "toggle-state") return std::int32_t{-1};
+  if (name == "shortcut") return MenuShortcut{};
+  for (const std::string_view text :
+       {"label", "icon-name", "toggle-type", "children-display", "accessible-desc"}) {
+    if (name == text) return std::string();
+  }
+  return std::nullopt;
+}
+
+int appendVariant(sd_bus_message* message, const MenuPropertyValue& value) {
+  return std::visit([message](const auto& held) { return appendValue(message, held); }, value);
+}
+
+}  // namespace staylit

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "Platform/Linux/Bus/Bus.h"
+
+namespace staylit {
+
+/// The program as a client of the desktop's session manager (`org.gnome.SessionManager`), whose
+/// wish to end the session it never delays. Does not connect the bus by itself. Main thread only;
+/// the bus must outlive it.
+class SessionClient {
+ public:
+  /// `end` runs, from the loop, when the session ends or its manager wants the program to.
+  SessionClient(platform::Bus& sessionBus, std::function<void()> end);
+  SessionClient(const SessionClient&) = delete;
+  SessionClient& operator=(const SessionClient&) = delete;
+
+ private:
+  void registerWithManager();
+  void becameClient(const std::string& path);
+  void agree();
+
+  platform::Bus& bus_;
+  std::function<void()> end_;
+  std::string startupId_;
+  std::string path_;
+  platform::BusSlot registration_;
+  std::vector<platform::BusListening> signals_;
+  platform::BusListening manager_;
+};
+
+}  // namespace staylit

@@ -1,0 +1,219 @@
+#include "Staylit/Desktop/StatusNotifierItem.h"
+
+#include <arpa/inet.h>
+#include <unistd.h>
+
+#include <cstdint>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "Platform/Linux/System/Utf8.h"
+#include "Staylit/Desktop/ActivationToken.h"
+#include "Staylit/Desktop/IconNames.h"
+#include "Staylit/Desktop/StatusPixmaps.h"
+#include "Tidewell/Log.h"
+
+namespace staylit {
+namespace {
+
+using platform::Bus;
+using platform::BusReply;
+
+constexpr const char* kWatcher = "org.kde.StatusNotifierWatcher";
+constexpr platform::BusMethod kRegister{kWatcher, "/StatusNotifierWatcher", kWatcher,
+                                        "RegisterStatusNotifierItem"};
+constexpr platform::BusMethod kRequestName{"org.freedesktop.DBus", "/org/freedesktop/DBus",
+                                           "org.freedesktop.DBus", "RequestName"};
+
+int appendText(sd_bus_message* message, const std::string& text) {
+  return sd_bus_message_append(message, "s", platform::cleaned(text).c_str());
+}
+
+/// Appends `(iiay)`, in network byte order as hosts want it.
+int appendPixmap(sd_bus_message* message, const StatusPixmap& pixmap, bool isDimmed) {
+  std::vector<std::uint32_t> pixels;
+  for (const std::uint8_t opacity : pixmap.opacities) {
+    pixels.push_back(htonl(statusPixel(opacity, isDimmed)));
+  }
+  int result = sd_bus_message_open_container(message, 'r', "iiay");
+  if (result >= 0) result = sd_bus_message_append(message, "ii", pixmap.size, pixmap.size);
+  if (result >= 0) {
+    result =
+        sd_bus_message_append_array(message, 'y', pixels.data(), pixels.size() * sizeof pixels[0]);
+  }
+  return result < 0 ? result : sd_bus_message_close_container(message);
+}
+
+}  // namespace
+
+const sd_bus_vtable StatusNotifierItem::kTable[] = {
+    SD_BUS_VTABLE_START(0),
+    SD_BUS_PROPERTY("Category", "s", property, 0, SD_BUS_VTABLE_PROPERTY_CONST),
+    SD_BUS_PROPERTY("Id", "s", property, 0, SD_BUS_VTABLE_PROPERTY_CONST),
+    SD_BUS_PROPERTY("Title", "s", property, 0, SD_BUS_VTABLE_PROPERTY_CONST),
+    SD_BUS_PROPERTY("Status", "s", property, 0, SD_BUS_VTABLE_PROPERTY_CONST),
+    SD_BUS_PROPERTY("WindowId", "i", property, 0, SD_BUS_VTABLE_PROPERTY_CONST),
+    SD_BUS_PROPERTY("IconThemePath", "s", property, 0, SD_BUS_VTABLE_PROPERTY_CONST),
+    SD_BUS_PROPERTY("IconName", "s", property, 0, SD_BUS_VTABLE_PROPERTY_EMITS_CHANGE),
+    SD_BUS_PROPERTY("IconPixmap", "a(iiay)", property, 0,
+                    SD_BUS_VTABLE_PROPERTY_EMITS_INVALIDATION),
+    SD_BUS_PROPERTY("IconAccessibleDesc", "s", property, 0, SD_BUS_VTABLE_PROPERTY_EMITS_CHANGE),
+    SD_BUS_PROPERTY("OverlayIconName", "s", property, 0, SD_BUS_VTABLE_PROPERTY_CONST),
+    SD_BUS_PROPERTY("OverlayIconPixmap", "a(iiay)", property, 0, SD_BUS_VTABLE_PROPERTY_CONST),
+    SD_BUS_PROPERTY("AttentionIconName", "s", property, 0, SD_BUS_VTABLE_PROPERTY_CONST),
+    SD_BUS_PROPERTY("AttentionIconPixmap", "a(iiay)", property, 0, SD_BUS_VTABLE_PROPERTY_CONST),
+    SD_BUS_PROPERTY("AttentionMovieName", "s", property, 0, SD_BUS_VTABLE_PROPERTY_CONST),
+    SD_BUS_PROPERTY("AttentionAccessibleDesc", "s", property, 0, SD_BUS_VTABLE_PROPERTY_CONST),
+    SD_BUS_PROPERTY("ToolTip", "(sa(iiay)ss)", property, 0, SD_BUS_VTABLE_PROPERTY_EMITS_CHANGE),
+    SD_BUS_PROPERTY("ItemIsMenu", "b", property, 0, SD_BUS_VTABLE_PROPERTY_CONST),
+    SD_BUS_PROPERTY("Menu", "o", property, 0, SD_BUS_VTABLE_PROPERTY_CONST),
+    SD_BUS_METHOD("Activate", "ii", "", ignorePoint, SD_BUS_VTABLE_UNPRIVILEGED),
+    SD_BUS_METHOD("ContextMenu", "ii", "", ignorePoint, SD_BUS_VTABLE_UNPRIVILEGED),
+    SD_BUS_METHOD("SecondaryActivate", "ii", "", ignorePoint, SD_BUS_VTABLE_UNPRIVILEGED),
+    SD_BUS_METHOD("Scroll", "is", "", ignoreScroll, SD_BUS_VTABLE_UNPRIVILEGED),
+    SD_BUS_METHOD("ProvideXdgActivationToken", "s", "", takeToken, SD_BUS_VTABLE_UNPRIVILEGED),
+    SD_BUS_SIGNAL("NewTitle", "", 0),
+    SD_BUS_SIGNAL("NewIcon", "", 0),
+    SD_BUS_SIGNAL("NewAttentionIcon", "", 0),
+    SD_BUS_SIGNAL("NewOverlayIcon", "", 0),
+    SD_BUS_SIGNAL("NewToolTip", "", 0),
+    SD_BUS_SIGNAL("NewStatus", "s", 0),
+    SD_BUS_VTABLE_END};
+
+StatusNotifierItem::StatusNotifierItem(platform::EventLoop& loop, Bus& bus, MenuDelegate& delegate,
+                                       const std::filesystem::path& iconFolder)
+    : bus_(bus),
+      iconFolder_(iconFolder),
+      object_(bus, {kPath, kInterface}, kTable, this),
+      menu_(loop, bus, delegate) {}
+
+void StatusNotifierItem::show(const StatusItemAppearance& appearance) {
+  const StatusItemAppearance former = std::exchange(appearance_, appearance);
+  if (!watcher_) {
+    followWatcher();
+  } else if (former != appearance_) {
+    announce(former);
+  }
+  menu_.refreshIfOpen();
+}
+
+void StatusNotifierItem::announce(const StatusItemAppearance& former) {
+  std::vector<const char*> changed;
+  if (former.symbol != appearance_.symbol ||
+      former.appearsDisabled != appearance_.appearsDisabled) {
+    object_.emit("NewIcon");
+    changed.insert(changed.end(), {"IconName", "IconPixmap"});
+  }
+  if (former.accessibilityDescription != appearance_.accessibilityDescription) {
+    changed.push_back("IconAccessibleDesc");
+  }
+  if (former.toolTip != appearance_.toolTip) {
+    object_.emit("NewToolTip");
+    changed.push_back("ToolTip");
+  }
+  changed.push_back(nullptr);
+  object_.emitPropertiesChanged(changed.data());
+}
+
+std::string StatusNotifierItem::iconName() const {
+  return staylit::iconName(appearance_.symbol, appearance_.appearsDisabled);
+}
+
+void StatusNotifierItem::followWatcher() {
+  // A watcher that is replaced and a bus that is connected anew are both told as an owner that
+  // went and an owner that came.
+  watcher_ = bus_.watchName(kWatcher, [this](bool owned) {
+    nameRequest_.reset();
+    registration_.reset();
+    if (owned) takeName();
+  });
+}
+
+void StatusNotifierItem::takeName() {
+  // Some watchers only know items by such a name. Never given away, so that the flag for "do not
+  // queue" (4) is all there is to say.
+  const std::string name = std::string(kInterface) + "-" + std::to_string(::getpid()) + "-1";
+  nameRequest_ = bus_.callAsync(
+      kRequestName,
+      [&name](sd_bus_message* call) {
+        return sd_bus_message_append(call, "su", name.c_str(), std::uint32_t{4});
+      },
+      [this, name](const BusReply& reply) {
+        std::uint32_t outcome = 0;
+        if (reply) sd_bus_message_read(reply.message.get(), "u", &outcome);
+        // 1: it is ours now; 4: it was before.
+        if (outcome == 1 || outcome == 4) return registerAs(name);
+        const char* unique = nullptr;
+        if (bus_.handle() && sd_bus_get_unique_name(bus_.handle(), &unique) >= 0)
+          registerAs(unique);
+      });
+}
+
+void StatusNotifierItem::registerAs(const std::string& service) {
+  registration_ = bus_.callAsync(
+      kRegister,
+      [&service](sd_bus_message* call) {
+        return sd_bus_message_append(call, "s", service.c_str());
+      },
+      [](const BusReply& reply) {
+        if (reply) return;
+        tidewell::Log::error("the status item was not taken: " +
+                             (reply.errorName.empty() ? "no answer" : reply.errorName));
+      });
+}
+
+int StatusNotifierItem::property(sd_bus* /*bus*/, const char* /*path*/, const char* /*interface*/,
+                                 const char* name, sd_bus_message* reply, void* data,
+                                 sd_bus_error* /*error*/) {
+  return static_cast<StatusNotifierItem*>(data)->appendProperty(name, reply);
+}
+
+int StatusNotifierItem::appendProperty(std::string_view name, sd_bus_message* reply) const {
+  if (name == "Category") return appendText(reply, "ApplicationStatus");
+  if (name == "Id") return appendText(reply, "com.staylit.app");
+  if (name == "Title") return appendText(reply, "Staylit");
+  if (name == "Status") return appendText(reply, "Active");
+  if (name == "WindowId") return sd_bus_message_append(reply, "i", 0);
+  if (name == "IconThemePath") return appendText(reply, iconFolder_);
+  if (name == "IconName") return appendText(reply, iconName());
+  if (name == "IconPixmap") return appendPixmaps(reply);
+  if (name == "IconAccessibleDesc") return appendText(reply, appearance_.accessibilityDescription);
+  if (name == "ToolTip") {
+    const std::string text = platform::cleaned(appearance_.toolTip);
+    return sd_bus_message_append(reply, "(sa(iiay)ss)", "", 0, text.c_str(), "");
+  }
+  if (name == "ItemIsMenu") return sd_bus_message_append(reply, "b", 1);
+  if (name == "Menu") return sd_bus_message_append(reply, "o", DBusMenu::kPath);
+  if (name.ends_with("Pixmap")) return sd_bus_message_append(reply, "a(iiay)", 0);
+  return appendText(reply, "");
+}
+
+int StatusNotifierItem::appendPixmaps(sd_bus_message* reply) const {
+  int result = sd_bus_message_open_container(reply, 'a', "(iiay)");
+  for (const StatusPixmap& pixmap : statusPixmaps()) {
+    if (result < 0 || pixmap.symbol != appearance_.symbol) continue;
+    result = appendPixmap(reply, pixmap, appearance_.appearsDisabled);
+  }
+  return result < 0 ? result : sd_bus_message_close_container(reply);
+}
+
+int StatusNotifierItem::ignorePoint(sd_bus_message* call, void* /*data*/, sd_bus_error* /*error*/) {
+  // The host shows the menu by itself, as `ItemIsMenu` says.
+  return sd_bus_reply_method_return(call, "");
+}
+
+int StatusNotifierItem::ignoreScroll(sd_bus_message* call, void* /*data*/,
+                                     sd_bus_error* /*error*/) {
+  return sd_bus_reply_method_return(call, "");
+}
+
+int StatusNotifierItem::takeToken(sd_bus_message* call, void* /*data*/, sd_bus_error* /*error*/) {
+  const char* token = nullptr;
+  const int result = sd_bus_message_read(call, "s", &token);
+  if (result < 0) return result;
+  ActivationToken::set(token);
+  return sd_bus_reply_method_return(call, "");
+}
+
+}  // namespace staylit

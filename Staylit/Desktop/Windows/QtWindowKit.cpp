@@ -1,0 +1,96 @@
+#include "Staylit/Desktop/Windows/QtWindowKit.h"
+
+#include <QAbstractEventDispatcher>
+#include <QIcon>
+#include <QScreen>
+#include <QSocketNotifier>
+#include <clocale>
+#include <utility>
+
+#include "Staylit/Desktop/Windows/AppsContent.h"
+#include "Staylit/Desktop/Windows/QtWindow.h"
+#include "Staylit/Desktop/Windows/SettingsContent.h"
+
+namespace staylit::windows {
+namespace {
+
+char programName[] = "staylit";
+char platformOption[] = "-platform";
+
+Rect toRect(const QRect& rect) {
+  return {{double(rect.x()), double(rect.y())}, {double(rect.width()), double(rect.height())}};
+}
+
+/// Qt takes the user's locale for the whole process. How numbers are read and written belongs to
+/// the program.
+std::unique_ptr<QApplication> makeApplication(int& argumentCount, char** arguments) {
+  const char* current = std::setlocale(LC_NUMERIC, nullptr);
+  const std::string numbers = current ? current : "C";
+  auto application = std::make_unique<QApplication>(argumentCount, arguments);
+  std::setlocale(LC_NUMERIC, numbers.c_str());
+  return application;
+}
+
+}  // namespace
+
+QtWindowKit::QtWindowKit(DrivenLoop loop, std::string platform)
+    : loop_(std::move(loop)),
+      platform_(std::move(platform)),
+      arguments_{programName, platformOption, platform_.data(), nullptr},
+      argumentCount_(static_cast<int>(arguments_.size()) - 1),
+      application_(makeApplication(argumentCount_, arguments_.data())) {
+  // No display name: Qt would append it to every title.
+  QCoreApplication::setApplicationName(QStringLiteral("Staylit"));
+  QGuiApplication::setDesktopFileName(QStringLiteral("com.staylit.app"));
+  // Nothing that Qt sees come and go ends the program.
+  QGuiApplication::setQuitOnLastWindowClosed(false);
+  QCoreApplication::setQuitLockEnabled(false);
+  QGuiApplication::setWindowIcon(QIcon::fromTheme(QStringLiteral("com.staylit.app")));
+}
+
+void QtWindowKit::run() {
+  QSocketNotifier readable(loop_.descriptor, QSocketNotifier::Read);
+  QObject context;
+  QObject::connect(&readable, &QSocketNotifier::activated, &context, [this] { pump(); });
+  // What was scheduled from a window's event is not told by the descriptor.
+  QObject::connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::aboutToBlock,
+                   &context, [this] { pump(); });
+  pump();
+  if (!loop_.isStopping()) QApplication::exec();
+}
+
+void QtWindowKit::pump() {
+  loop_.pump();
+  if (loop_.isStopping()) QCoreApplication::exit();
+}
+
+std::unique_ptr<Window> QtWindowKit::makeAppsWindow(const WindowStyle& style, AppsView& view) {
+  auto window = std::make_unique<FixedWindow>(style);
+  auto* content = new AppsContent(view, window.get());
+  window->setContent(content);
+  window->setOnEscape([content] { return content->clearSearch(); });
+  return std::make_unique<QtWindow>(std::move(window), key_);
+}
+
+std::unique_ptr<Window> QtWindowKit::makeSettingsWindow(const WindowStyle& style,
+                                                        SettingsView& view) {
+  auto window = std::make_unique<FixedWindow>(style);
+  window->setContent(new SettingsContent(view, window.get()));
+  return std::make_unique<QtWindow>(std::move(window), key_);
+}
+
+std::vector<Rect> QtWindowKit::visibleFrames() {
+  std::vector<Rect> frames;
+  const QScreen* primary = QGuiApplication::primaryScreen();
+  if (primary) frames.push_back(toRect(primary->availableGeometry()));
+  for (const QScreen* screen : QGuiApplication::screens()) {
+    if (screen != primary) frames.push_back(toRect(screen->availableGeometry()));
+  }
+  return frames;
+}
+
+void QtWindowKit::activate() {
+  if (key_) key_->activateWindow();
+}
+
+}  // namespace staylit::windows

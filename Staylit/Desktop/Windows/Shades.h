@@ -1,0 +1,46 @@
+#pragma once
+
+#include <QColor>
+#include <QPalette>
+
+namespace staylit::windows {
+
+/// What text and symbols lie on, in the colours of the desktop's own palette.
+struct Surface {
+  QColor background;
+  QColor text;
+
+  /// The window itself.
+  static Surface window(const QPalette& palette);
+  /// Lists and fields.
+  static Surface base(const QPalette& palette);
+  /// A group of settings, which stands out from the window.
+  static Surface card(const QPalette& palette);
+
+  [[nodiscard]] bool isDark() const;
+};
+
+enum class Tone { primary, secondary, tertiary, error };
+
+/// The least contrast (WCAG) at which text, and at which signs, can be made out.
+inline constexpr double kTextContrast = 4.5;
+inline constexpr double kSignContrast = 3.0;
+
+/// The ratio of the luminances of two opaque colours, 1 to 21.
+double contrast(const QColor& one, const QColor& other);
+
+/// `share` of `top`, the rest of `bottom`.
+QColor mixed(const QColor& top, const QColor& bottom, double share);
+
+/// `wanted`, or the nearest to it, on the way to black or white, that has this contrast.
+QColor legible(const QColor& wanted, const QColor& background, double ratio);
+
+QColor textColor(Tone tone, const Surface& surface);
+/// A sign that says nothing that is not said in words as well.
+QColor faintSignColor(const Surface& surface);
+/// The dot that marks what is working.
+QColor workingColor(const Surface& surface);
+/// A hairline between two parts.
+QColor lineColor(const Surface& surface);
+
+}  // namespace staylit::windows

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <QLabel>
+
+#include "Staylit/Desktop/Windows/Fonts.h"
+#include "Staylit/Desktop/Windows/Shades.h"
+
+namespace staylit::windows {
+
+enum class Ground { window, card };
+
+/// A text in one of the styles and tones of the windows, which follows the desktop's font and
+/// colours when they change.
+class TextLabel : public QLabel {
+ public:
+  TextLabel(TextStyle style, Tone tone, Ground ground, QWidget* parent = nullptr);
+
+ protected:
+  void changeEvent(QEvent* event) override;
+
+ private:
+  void followPalette();
+  void followFont();
+
+  TextStyle style_;
+  Tone tone_;
+  Ground ground_;
+};
+
+}  // namespace staylit::windows

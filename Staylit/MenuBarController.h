@@ -1,0 +1,67 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "Staylit/AppsView.h"
+#include "Staylit/EngineStatus.h"
+#include "Staylit/Menu.h"
+#include "Staylit/Published.h"
+#include "Staylit/SettingsView.h"
+#include "Staylit/StaylitEngine.h"
+#include "Staylit/UserInterface.h"
+#include "Tidewell/Ports/Ports.h"
+
+namespace staylit {
+
+/// The program's only permanent presence on the screen: a status item that follows the engine, its
+/// menu, and the two windows that the menu opens.
+///
+/// The windows and what they show are made when they are first opened and then kept, hidden or
+/// shown. What the status item shows follows the engine through the main loop. Main thread only;
+/// all arguments must outlive it, and the ports be the installed ones.
+class MenuBarController : public MenuDelegate {
+ public:
+  MenuBarController(StaylitEngine& engine, UserInterface& userInterface, tidewell::Ports& ports);
+  ~MenuBarController() override;
+
+  /// What the status item shows for a status.
+  static StatusItemAppearance appearance(const EngineStatus& status);
+  /// The status in one line: tool tip and first line of the menu.
+  static std::string summary(const EngineStatus& status);
+
+  Menu menuNeedsUpdate() override;
+  void perform(const MenuItem& item) override;
+
+  /// Moves the application that the item is about between the watched and the ignored ones and
+  /// lets the engine decide at once. Does nothing for an item that is about none.
+  void toggleApp(const MenuItem& item);
+  void togglePause();
+  /// Both bring their window before all others. Nothing happens when it cannot be made.
+  void openApps();
+  void openSettings();
+
+ private:
+  void followStatus();
+  /// Renders `status` later, on the main loop.
+  void postRender(const EngineStatus& status);
+  void render(const EngineStatus& status);
+  void makeAppsWindow();
+  void makeSettingsWindow();
+  void centerOnMainScreen(Window& window);
+  void bringToFront(Window* window);
+
+  StaylitEngine& engine_;
+  UserInterface& userInterface_;
+  tidewell::Ports& ports_;
+  std::unique_ptr<StatusItem> statusItem_;  ///< Null where there is no place for one.
+  std::unique_ptr<AppsView> appsView_;      ///< Here as long as its window, and after it.
+  std::unique_ptr<Window> appsWindow_;      ///< Null until it is first opened.
+  std::unique_ptr<SettingsView> settingsView_;
+  std::unique_ptr<Window> settingsWindow_;
+  Subscription statusSubscription_;
+  /// What work for later holds instead of the controller: gone when it is.
+  std::shared_ptr<MenuBarController*> self_;
+};
+
+}  // namespace staylit

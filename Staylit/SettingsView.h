@@ -1,0 +1,137 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+#include "Staylit/Published.h"
+#include "Staylit/StaylitEngine.h"
+#include "Staylit/ViewChanges.h"
+#include "Tidewell/Ports/Ports.h"
+
+namespace staylit {
+
+/// What the Settings window shows and does: a form of five sections.
+///
+/// The values are read from the store once, when the view is made; every change is stored at once.
+/// What a window system needs is virtual, because on Linux the windows lie in a module that links
+/// nothing of the program. Main thread only; the arguments must outlive it, and the ports be the
+/// installed ones.
+///
+/// Working with the lid closed and opening at login are done before they are stored. The call
+/// blocks until the system, and the user, have answered; if it fails, the toggle flips back, and
+/// since that is a change like any other, it is acted upon in its turn, later on the main loop.
+class SettingsView {
+ public:
+  /// Names a control, so that a window can tell the view of a change.
+  enum class Control {
+    grace,
+    keepScreenOn,
+    lidClosed,
+    battery,
+    respectLowPower,
+    rightNow,
+    honorAssertions,
+    watching,
+    launchAtLogin,
+  };
+
+  struct Slider {
+    /// Where the knob stands: the stored value, brought into the range. It may lie between two
+    /// steps, and the label tells what is stored.
+    std::int64_t value = 0;
+    std::int64_t minimum = 0;
+    std::int64_t maximum = 0;
+    std::int64_t step = 1;
+    friend bool operator==(const Slider&, const Slider&) = default;
+  };
+  struct Toggle {
+    bool isOn = false;
+    friend bool operator==(const Toggle&, const Toggle&) = default;
+  };
+  /// A label with a value that cannot be changed.
+  struct Value {
+    std::string text;
+    friend bool operator==(const Value&, const Value&) = default;
+  };
+
+  struct Row {
+    Control control;
+    std::string label;
+    std::variant<Slider, Toggle, Value> content;
+    std::string error;    ///< Shown in red under the control; empty for none.
+    std::string caption;  ///< Shown under control and error; empty for none.
+    friend bool operator==(const Row&, const Row&) = default;
+  };
+
+  struct Section {
+    std::string title;  ///< Empty for none.
+    std::vector<Row> rows;
+    friend bool operator==(const Section&, const Section&) = default;
+  };
+
+  SettingsView(StaylitEngine& engine, tidewell::Ports& ports);
+  virtual ~SettingsView();
+  SettingsView(const SettingsView&) = delete;
+  SettingsView& operator=(const SettingsView&) = delete;
+
+  /// The form as it is to be shown now.
+  [[nodiscard]] virtual std::vector<Section> form() const;
+
+  /// The user moved a slider or flipped a toggle. Has no effect on a control of another kind, or
+  /// when the value is what is shown. A value that the slider does not offer becomes the nearest
+  /// that it does.
+  virtual void setValue(Control control, std::int64_t value);
+  virtual void setOn(Control control, bool on);
+
+  /// As `AppsView::observe`.
+  [[nodiscard]] virtual Subscription observe(std::function<void()> changed);
+
+  /// A grace period in words: "45 seconds", "1 minute", "2 minutes".
+  static std::string formatted(std::int64_t seconds);
+
+ private:
+  /// A toggle that is stored only once what it asks for has been done.
+  struct GuardedToggle {
+    bool isOn;
+    std::int64_t changes = 0;  ///< So that work for later sees whether it is still wanted.
+  };
+  using Apply = void (SettingsView::*)(bool on);
+
+  [[nodiscard]] Section sleepSection() const;
+  [[nodiscard]] Section batterySection() const;
+  [[nodiscard]] Slider graceSlider() const;
+  [[nodiscard]] Slider batterySlider() const;
+  [[nodiscard]] std::string rightNow() const;
+
+  void moveSlider(const Slider& slider, std::int64_t& stored, std::string_view key,
+                  std::int64_t value);
+  void flip(bool& stored, std::string_view key, bool on);
+  void flipGuarded(GuardedToggle& toggle, Apply apply, bool on);
+  /// Undoes the change to `on`, which failed.
+  void flipBack(GuardedToggle& toggle, Apply apply, bool on);
+
+  void applyLidSetting(bool on);
+  void applyLaunchAtLogin(bool on);
+
+  StaylitEngine& engine_;
+  tidewell::Ports& ports_;
+  std::int64_t grace_;
+  std::int64_t battery_;
+  bool respectLowPower_;
+  bool keepScreenOn_;
+  bool honorAssertions_;
+  GuardedToggle lidClosed_;
+  GuardedToggle launchAtLogin_;
+  std::optional<std::string> lidError_;
+  ViewChanges changes_;
+  /// What work for later holds instead of the view: gone when it is.
+  std::shared_ptr<SettingsView*> self_;
+};
+
+}  // namespace staylit

@@ -1,0 +1,56 @@
+#include "Staylit/ViewChanges.h"
+
+#include <array>
+#include <utility>
+
+namespace staylit {
+
+/// One observer, kept alive by its subscription alone.
+class ViewChanges::Observer : public std::enable_shared_from_this<Observer> {
+ public:
+  Observer(tidewell::MainLoop& mainLoop, std::weak_ptr<void> view, std::function<void()> changed)
+      : mainLoop_(mainLoop), view_(std::move(view)), changed_(std::move(changed)) {}
+
+  void follow(StaylitEngine& engine, Published<std::int64_t>& own) {
+    const auto post = [this](const auto&) { postOnce(); };
+    subscriptions_ = {engine.status().observe(post), engine.busyApps().observe(post),
+                      engine.assertingApps().observe(post), engine.powerState().observe(post),
+                      own.observe(post)};
+  }
+
+ private:
+  void postOnce() {
+    if (isPosted_) return;
+    isPosted_ = true;
+    mainLoop_.async([weak = weak_from_this()] {
+      if (const auto observer = weak.lock()) observer->callBack();
+    });
+  }
+
+  void callBack() {
+    // Before the call, so that what changes during it is told of as well.
+    isPosted_ = false;
+    if (!view_.expired()) changed_();
+  }
+
+  tidewell::MainLoop& mainLoop_;
+  std::weak_ptr<void> view_;
+  std::function<void()> changed_;
+  bool isPosted_ = false;
+  std::array<Subscription, 5> subscriptions_;
+};
+
+ViewChanges::ViewChanges(StaylitEngine& engine, tidewell::MainLoop& mainLoop)
+    : engine_(engine), mainLoop_(mainLoop), own_(std::make_shared<Published<std::int64_t>>(0)) {}
+
+void ViewChanges::tell() {
+  own_->set(own_->get() + 1);
+}
+
+Subscription ViewChanges::observe(std::function<void()> changed) {
+  auto observer = std::make_shared<Observer>(mainLoop_, own_, std::move(changed));
+  observer->follow(engine_, *own_);
+  return Subscription(std::move(observer));
+}
+
+}  // namespace staylit

@@ -1,0 +1,155 @@
+#include "Staylit/Desktop/ApplicationService.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "Tests/Platform/Support/BusService.h"
+#include "Tests/Platform/Support/BusTest.h"
+#include "Tests/Platform/Support/SilentBus.h"
+#include "Tests/Shell/Support/Host.h"
+
+namespace staylit {
+namespace {
+
+using platform::Bus;
+using platform::testing::BusService;
+using testing::Host;
+using Action = MenuItem::Action;
+using Claim = ApplicationService::Claim;
+
+/// One start of the program, as far as the session sees it.
+struct Start {
+  explicit Start(platform::EventLoop& loop)
+      : bus(loop, Bus::Kind::session, quick()),
+        service(loop, bus, [this](Action action) { performed.push_back(action); }) {}
+
+  static platform::BusTiming quick() {
+    platform::BusTiming timing;
+    timing.firstPause = std::chrono::milliseconds(20);
+    timing.longestPause = std::chrono::milliseconds(100);
+    return timing;
+  }
+
+  std::vector<Action> performed;
+  Bus bus;
+  ApplicationService service;
+};
+
+class ApplicationServiceTest : public platform::testing::BusTest {
+ protected:
+  bool nameIsOwned() { return sessionBus->nameHasOwner("com.staylit.app") == 1; }
+};
+
+TEST_F(ApplicationServiceTest, TakesTheNameAtTheFirstStart) {
+  Start first(*loop);
+  EXPECT_EQ(first.service.claim(""), Claim::first);
+  EXPECT_TRUE(nameIsOwned());
+}
+
+TEST_F(ApplicationServiceTest, ASecondStartMakesTheFirstShowChooseApps) {
+  Start first(*loop);
+  ASSERT_EQ(first.service.claim(""), Claim::first);
+  Start second(*loop);
+  EXPECT_EQ(second.service.claim(""), Claim::second);
+  EXPECT_TRUE(eventually([&] { return !first.performed.empty(); }));
+  EXPECT_EQ(first.performed, (std::vector<Action>{Action::openApps}));
+  EXPECT_TRUE(second.performed.empty());
+}
+
+TEST_F(ApplicationServiceTest, ASecondStartPassesItsActionOn) {
+  Start first(*loop);
+  ASSERT_EQ(first.service.claim(""), Claim::first);
+  for (const char* action : {"pause", "settings", "choose-apps"}) {
+    Start second(*loop);
+    EXPECT_EQ(second.service.claim(action), Claim::second);
+  }
+  EXPECT_TRUE(eventually([&] { return first.performed.size() == 3; }));
+  EXPECT_EQ(first.performed,
+            (std::vector<Action>{Action::togglePause, Action::openSettings, Action::openApps}));
+}
+
+TEST_F(ApplicationServiceTest, ObeysTheDesktopAndRefusesWhatItDoesNotKnow) {
+  Start first(*loop);
+  ASSERT_EQ(first.service.claim("settings"), Claim::first);
+  Host desktop(*loop, "com.staylit.app");
+  const auto call = [&](const char* member, const Bus::Arguments& arguments) {
+    return desktop.call("/com/staylit/app", "org.freedesktop.Application", member, arguments);
+  };
+  EXPECT_EQ(call("Activate",
+                 [](sd_bus_message* message) {
+                   return sd_bus_message_append(message, "a{sv}", 2, "activation-token", "i", 5,
+                                                "other", "as", 1, "x");
+                 }),
+            "");
+  EXPECT_EQ(call("Open",
+                 [](sd_bus_message* message) {
+                   return sd_bus_message_append(message, "asa{sv}", 1, "file:///x", 0);
+                 }),
+            "");
+  const auto action = [](const char* name) {
+    return [name](sd_bus_message* message) {
+      return sd_bus_message_append(message, "sava{sv}", name, 1, "s", "parameter", 0);
+    };
+  };
+  EXPECT_EQ(call("ActivateAction", action("pause")), "");
+  EXPECT_EQ(call("ActivateAction", action("explode")), "<org.freedesktop.DBus.Error.InvalidArgs>");
+  EXPECT_TRUE(eventually([&] { return first.performed.size() == 3; }));
+  EXPECT_EQ(first.performed,
+            (std::vector<Action>{Action::openApps, Action::openApps, Action::togglePause}));
+}
+
+TEST_F(ApplicationServiceTest, IsTheFirstWhereThereIsNoBus) {
+  sessionDaemon->stop();
+  Start start(*loop);
+  EXPECT_EQ(start.service.claim(""), Claim::first);
+}
+
+TEST_F(ApplicationServiceTest, StartsAllTheSameOnABusThatHangs) {
+  const platform::testing::SilentBus silent;
+  const platform::testing::ScopedEnvironment address("DBUS_SESSION_BUS_ADDRESS", silent.address());
+  Start start(*loop);
+  EXPECT_EQ(start.service.claim(""), Claim::first);
+}
+
+TEST_F(ApplicationServiceTest, RunsBesidesAnOwnerThatHangsAndGetsTheNameAfterIt) {
+  std::optional<BusService> hung;
+  hung.emplace(sessionDaemon->address(), std::vector<std::string>{"com.staylit.app"},
+               [](sd_bus_message*) {});
+  Start start(*loop);
+  EXPECT_EQ(start.service.claim(""), Claim::besides);
+  platform::testing::runBriefly(*loop);
+  hung.reset();
+  Host desktop(*loop, "com.staylit.app");
+  EXPECT_TRUE(eventually([&] {
+    return desktop.call("/com/staylit/app", "org.freedesktop.Application", "Activate",
+                        [](sd_bus_message* message) {
+                          return sd_bus_message_append(message, "a{sv}", 0);
+                        }) == "";
+  }));
+}
+
+TEST_F(ApplicationServiceTest, TakesTheNameOfAnOwnerThatDiesInsteadOfAnswering) {
+  std::optional<BusService> dying;
+  dying.emplace(sessionDaemon->address(), std::vector<std::string>{"com.staylit.app"},
+                [](sd_bus_message* call) { sd_bus_close(sd_bus_message_get_bus(call)); });
+  Start start(*loop);
+  EXPECT_EQ(start.service.claim(""), Claim::first);
+  EXPECT_TRUE(nameIsOwned());
+}
+
+TEST_F(ApplicationServiceTest, HasTheNameAgainWhenTheBusWasRestarted) {
+  Start start(*loop);
+  ASSERT_EQ(start.service.claim(""), Claim::first);
+  sessionDaemon->stop();
+  ASSERT_TRUE(eventually([&] { return start.bus.handle() == nullptr; }));
+  sessionDaemon->start();
+  EXPECT_TRUE(eventually([&] { return nameIsOwned(); }));
+}
+
+}  // namespace
+}  // namespace staylit

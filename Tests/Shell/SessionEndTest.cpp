@@ -1,0 +1,198 @@
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "Staylit/Desktop/LoginSession.h"
+#include "Staylit/Desktop/SessionClient.h"
+#include "Tests/Platform/Support/BusService.h"
+#include "Tests/Platform/Support/BusTest.h"
+
+namespace staylit {
+namespace {
+
+using platform::testing::BusService;
+
+/// A session manager with one client.
+class FakeSessionManager {
+ public:
+  explicit FakeSessionManager(const std::string& address)
+      : service_(address, {"org.gnome.SessionManager"},
+                 [this](sd_bus_message* call) { answer(call); }) {}
+
+  /// "Member values" of every call.
+  std::vector<std::string> log() {
+    const std::lock_guard lock(mutex_);
+    return log_;
+  }
+  void tell(const char* member, bool hasFlags = true) {
+    service_.perform([=](sd_bus* bus) {
+      if (hasFlags) {
+        sd_bus_emit_signal(bus, kClient, "org.gnome.SessionManager.ClientPrivate", member, "u", 0U);
+      } else {
+        sd_bus_emit_signal(bus, kClient, "org.gnome.SessionManager.ClientPrivate", member, "");
+      }
+    });
+  }
+
+ private:
+  static constexpr const char* kClient = "/org/gnome/SessionManager/Client7";
+
+  void answer(sd_bus_message* call) {
+    const std::string_view member = sd_bus_message_get_member(call);
+    const std::lock_guard lock(mutex_);
+    if (member == "RegisterClient") {
+      const char* application = nullptr;
+      const char* startup = nullptr;
+      sd_bus_message_read(call, "ss", &application, &startup);
+      log_.push_back(std::string("RegisterClient ") + application + " " + startup);
+      sd_bus_reply_method_return(call, "o", kClient);
+    } else {
+      int isOk = 0;
+      const char* reason = nullptr;
+      sd_bus_message_read(call, "bs", &isOk, &reason);
+      log_.push_back(std::string(member) + (isOk != 0 ? " yes " : " no ") + reason);
+      sd_bus_reply_method_return(call, "");
+    }
+  }
+
+  std::mutex mutex_;
+  std::vector<std::string> log_;
+  BusService service_;
+};
+
+class SessionClientTest : public platform::testing::BusTest {
+ protected:
+  void SetUp() override {
+    BusTest::SetUp();
+    if (IsSkipped()) return;
+    ASSERT_EQ(sessionBus->connect(), 0);
+  }
+  void registerClient() {
+    manager.emplace(sessionDaemon->address());
+    client.emplace(*sessionBus, [this] { ++ended; });
+    ASSERT_TRUE(eventually([this] { return manager->log().size() == 1; }));
+    platform::testing::runBriefly(*loop);
+  }
+
+  std::optional<FakeSessionManager> manager;
+  std::optional<SessionClient> client;
+  int ended = 0;
+};
+
+TEST_F(SessionClientTest, RegistersUnderTheNumberThatItWasStartedWith) {
+  const platform::testing::ScopedEnvironment id("DESKTOP_AUTOSTART_ID", "10abc");
+  registerClient();
+  EXPECT_EQ(manager->log()[0], "RegisterClient com.staylit.app 10abc");
+  EXPECT_EQ(std::getenv("DESKTOP_AUTOSTART_ID"), nullptr);
+}
+
+TEST_F(SessionClientTest, AgreesToTheEndOfTheSessionAndWaitsForIt) {
+  registerClient();
+  manager->tell("QueryEndSession");
+  EXPECT_TRUE(eventually([this] { return manager->log().size() == 2; }));
+  EXPECT_EQ(manager->log()[1], "EndSessionResponse yes ");
+  manager->tell("CancelEndSession", false);
+  platform::testing::runBriefly(*loop);
+  EXPECT_EQ(ended, 0);
+}
+
+TEST_F(SessionClientTest, EndsWithTheSession) {
+  registerClient();
+  manager->tell("EndSession");
+  EXPECT_TRUE(eventually([this] { return ended == 1; }));
+  EXPECT_EQ(manager->log().back(), "EndSessionResponse yes ");
+}
+
+TEST_F(SessionClientTest, EndsWhenItIsStopped) {
+  registerClient();
+  manager->tell("Stop", false);
+  EXPECT_TRUE(eventually([this] { return ended == 1; }));
+}
+
+TEST_F(SessionClientTest, RegistersAgainWithAManagerThatWasRestarted) {
+  registerClient();
+  manager.reset();
+  manager.emplace(sessionDaemon->address());
+  EXPECT_TRUE(eventually([this] { return manager->log().size() == 1; }));
+  platform::testing::runBriefly(*loop);
+  manager->tell("Stop", false);
+  EXPECT_TRUE(eventually([this] { return ended == 1; }));
+}
+
+TEST_F(SessionClientTest, OutlivesItsBus) {
+  registerClient();
+  manager.reset();
+  sessionDaemon->stop();
+  EXPECT_TRUE(eventually([this] { return sessionBus->handle() == nullptr; }));
+  EXPECT_EQ(ended, 0);
+}
+
+/// What logind keeps of its sessions, with one session more. Its folder is the same for all
+/// processes, so that a number is chosen which no real session has.
+class LoginSessionTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    std::error_code error;
+    std::filesystem::create_directories("/run/systemd/sessions", error);
+    write("active");
+    if (!std::filesystem::exists(kFile)) GTEST_SKIP() << "/run/systemd/sessions is not ours";
+  }
+  void TearDown() override {
+    std::error_code error;
+    std::filesystem::remove(kFile, error);
+  }
+  static void write(const std::string& state) {
+    std::ofstream(kFile + "new") << "ACTIVE=1\nSTATE=" << state << "\nTYPE=x11\n";
+    std::error_code error;
+    std::filesystem::rename(kFile + "new", kFile, error);
+  }
+  bool eventually(const std::function<bool()>& condition) {
+    return platform::testing::runUntil(loop, condition);
+  }
+
+  // Several of these tests may run at once.
+  static inline const std::string kSession = "staylittest" + std::to_string(getpid());
+  static inline const std::string kFile = "/run/systemd/sessions/" + kSession;
+  platform::EventLoop loop;
+  int ended = 0;
+};
+
+TEST_F(LoginSessionTest, TellsThatTheSessionIsClosing) {
+  const LoginSession session(loop, kSession, [this] { ++ended; });
+  write("online");
+  platform::testing::runBriefly(loop);
+  EXPECT_EQ(ended, 0);
+  write("closing");
+  EXPECT_TRUE(eventually([this] { return ended == 1; }));
+  std::filesystem::remove(kFile);
+  platform::testing::runBriefly(loop);
+  EXPECT_EQ(ended, 1);
+}
+
+TEST_F(LoginSessionTest, TellsThatTheSessionIsGone) {
+  const LoginSession session(loop, kSession, [this] { ++ended; });
+  std::filesystem::remove(kFile);
+  EXPECT_TRUE(eventually([this] { return ended == 1; }));
+}
+
+TEST_F(LoginSessionTest, MayBeDroppedByWhatItTells) {
+  std::optional<LoginSession> session;
+  session.emplace(loop, kSession, [&] {
+    ++ended;
+    session.reset();
+  });
+  std::filesystem::remove(kFile);
+  EXPECT_TRUE(eventually([this] { return ended == 1; }));
+}
+
+}  // namespace
+}  // namespace staylit

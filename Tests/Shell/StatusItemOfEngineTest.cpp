@@ -1,0 +1,138 @@
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "Staylit/Desktop/DesktopUserInterface.h"
+#include "Staylit/MenuBarController.h"
+#include "Tests/Fakes/FakePorts.h"
+#include "Tests/Platform/Support/BusTest.h"
+#include "Tests/Shell/Support/Host.h"
+
+namespace staylit {
+namespace {
+
+using testing::Host;
+
+struct Look {
+  const char* name;
+  EngineStatus status;
+  bool isPaused;
+  const char* icon;
+  const char* text;
+  const char* pauseItem;
+};
+
+void PrintTo(const Look& look, std::ostream* stream) {
+  *stream << look.name;
+}
+
+/// The whole shell of a real engine, but for its windows.
+class MenuOfEngine : public platform::testing::BusTest {
+ protected:
+  void SetUp() override {
+    BusTest::SetUp();
+    if (IsSkipped()) return;
+    // Looked for by its owner only, since the fakes' loop is not the bus's.
+    ASSERT_EQ(sessionBus->connect(), 0);
+    userInterface.emplace(*loop, *sessionBus);
+    engine.emplace(fakes.ports);
+    controller.emplace(*engine, *userInterface, fakes.ports);
+    const char* name = nullptr;
+    ASSERT_GE(sd_bus_get_unique_name(sessionBus->handle(), &name), 0);
+    host.emplace(*loop, name);
+  }
+  void TearDown() override {
+    host.reset();
+    controller.reset();
+    engine.reset();
+    userInterface.reset();
+  }
+
+  tidewell::FakePorts fakes;
+  std::optional<DesktopUserInterface> userInterface;
+  std::optional<StaylitEngine> engine;
+  std::optional<MenuBarController> controller;
+  std::optional<Host> host;
+};
+
+class StatusItemOfEngine : public MenuOfEngine, public ::testing::WithParamInterface<Look> {};
+
+TEST_P(StatusItemOfEngine, ShowsTheStatus) {
+  const Look& look = GetParam();
+  if (look.isPaused) engine->setPaused(true);
+  engine->status().set(look.status);
+  fakes.mainLoop.runPosted();
+  EXPECT_EQ(host->itemProperty("IconName"), "'" + std::string(look.icon) + "'");
+  EXPECT_EQ(host->itemProperty("ToolTip"), "('' [] '" + std::string(look.text) + "' '')");
+  EXPECT_EQ(host->itemProperty("IconAccessibleDesc"), "'Staylit'");
+  EXPECT_EQ(host->layout(),
+            "1 (0 ['children-display' 'submenu'] "
+            "[(1 ['label' '" +
+                std::string(look.text) +
+                "' 'enabled' false] []) "
+                "(2 ['type' 'separator'] []) "
+                "(3 ['label' '" +
+                std::string(look.pauseItem) +
+                "' 'shortcut' [['Control' 'p']]] []) "
+                "(4 ['label' 'Choose Apps…' 'shortcut' [['Control' 'a']]] []) "
+                "(5 ['label' 'Settings…' 'shortcut' [['Control' ',']]] []) "
+                "(6 ['type' 'separator'] []) "
+                "(7 ['label' 'Quit Staylit' 'shortcut' [['Control' 'q']]] [])])");
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    EachState, StatusItemOfEngine,
+    ::testing::Values(
+        Look{"holding", EngineStatus::holding({"Xcode", "Aider", "Codex"}), false,
+             "staylit-cup-and-saucer-fill-symbolic", "Awake for Xcode +2 more", "Pause"},
+        Look{"winding", EngineStatus::winding(45), false, "staylit-cup-and-saucer-fill-symbolic",
+             "Work stopped — releasing in 45s", "Pause"},
+        Look{"blocked", EngineStatus::blocked("on battery"), false,
+             "staylit-cup-and-saucer-dimmed-symbolic", "Not holding — on battery", "Pause"},
+        Look{"idle", EngineStatus::idle(), false, "staylit-cup-and-saucer-dimmed-symbolic",
+             "Idle — your Mac can sleep", "Pause"},
+        Look{"paused", EngineStatus::paused(), true, "staylit-pause-circle-symbolic", "Paused",
+             "Resume"}),
+    [](const auto& test) { return test.param.name; });
+
+TEST_F(MenuOfEngine, ShowsBusyAndIgnoredAndAskingApplications) {
+  tidewell::BusyApp aider;
+  aider.id = "aider";
+  aider.display = "Aider";
+  aider.cpuPercent = 50;
+  engine->busyApps().set({aider});
+  engine->assertingApps().set({"my_player"});
+  fakes.defaults.setStringList("ignoredApps", {"unknown_tool"});
+  EXPECT_EQ(host->layout(0, -1, {"label", "toggle-state"}),
+            "1 (0 [] [(1 ['label' 'Idle — your Mac can sleep'] []) (2 [] []) "
+            "(3 ['label' 'Staying awake for'] []) "
+            "(4 ['label' 'Aider — 50% CPU' 'toggle-state' 1] []) (5 [] []) "
+            "(6 ['label' 'Not watching'] []) "
+            "(7 ['label' 'unknown__tool' 'toggle-state' 0] []) (8 [] []) "
+            "(9 ['label' 'Asked to stay awake'] []) (10 ['label' '  my__player'] []) (11 [] []) "
+            "(12 ['label' 'Pause'] []) (13 ['label' 'Choose Apps…'] []) "
+            "(14 ['label' 'Settings…'] []) (15 [] []) (16 ['label' 'Quit Staylit'] [])])");
+}
+
+TEST_F(MenuOfEngine, ObeysAClickAndShowsItWhileTheMenuIsOpen) {
+  host->listenToMenu();
+  const std::int32_t pause = host->idOf("Pause");
+  host->event(0, "opened");
+  host->event(pause, "clicked");
+  EXPECT_TRUE(eventually([this] { return engine->isPaused(); }));
+  EXPECT_TRUE(eventually([&] {
+    return !host->signals.empty() &&
+           host->signals.back().find("'label' 'Resume'") != std::string::npos;
+  }));
+}
+
+TEST_F(MenuOfEngine, EndsTheLoopWhenQuitIsChosen) {
+  host->event(host->idOf("Quit Staylit"), "clicked");
+  EXPECT_TRUE(eventually([this] { return loop->isStopping(); }));
+}
+
+}  // namespace
+}  // namespace staylit

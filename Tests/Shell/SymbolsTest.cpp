@@ -1,0 +1,81 @@
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <set>
+#include <sstream>
+#include <string>
+#include <string_view>
+
+#include "Staylit/Desktop/IconNames.h"
+#include "Staylit/Desktop/StatusPixmaps.h"
+#include "Tidewell/AppCategory.h"
+
+namespace staylit {
+namespace {
+
+std::string contents(const std::filesystem::path& file) {
+  std::ifstream stream(file);
+  std::stringstream text;
+  text << stream.rdbuf();
+  return text.str();
+}
+
+TEST(Symbols, HaveADrawingEach) {
+  std::set<std::string> names = {"cup.and.saucer.fill", "cup.and.saucer",    "pause.circle",
+                                 "magnifyingglass",     "xmark.circle.fill", "moon.zzz",
+                                 "arrow.down.circle",   "arrow.up.circle"};
+  for (const tidewell::AppCategory category : tidewell::kAllAppCategories) {
+    names.emplace(tidewell::symbol(category));
+  }
+  for (const std::string& name : names) {
+    const std::string drawing = contents(std::filesystem::path(STAYLIT_SYMBOLS) / (name + ".svg"));
+    EXPECT_NE(drawing.find("viewBox=\"0 0 16 16\""), std::string::npos) << name;
+    // Panels give such shapes their own colour.
+    EXPECT_NE(drawing.find("class=\"ColorScheme-Text\""), std::string::npos) << name;
+    EXPECT_NE(drawing.find("currentColor"), std::string::npos) << name;
+  }
+}
+
+TEST(Symbols, OfTheStatusItemAreIconsByTheirNamesFullAndDimmed) {
+  for (const char* symbol : {"cup.and.saucer.fill", "cup.and.saucer", "pause.circle"}) {
+    for (const bool isDimmed : {false, true}) {
+      const auto file = std::filesystem::path(STAYLIT_ICONS) / "hicolor/scalable/status" /
+                        (iconName(symbol, isDimmed) + ".svg");
+      const std::string drawing = contents(file);
+      EXPECT_NE(drawing.find("</svg>"), std::string::npos) << file;
+      EXPECT_EQ(drawing.find("opacity=\".5\"") != std::string::npos, isDimmed) << file;
+      // Some panels fill whatever they find, lines too.
+      EXPECT_EQ(drawing.find("stroke"), std::string::npos) << file;
+    }
+  }
+}
+
+TEST(Symbols, ArePixmapsThatAreNeitherEmptyNorFull) {
+  EXPECT_EQ(statusPixmaps().size(), 15U);
+  for (const StatusPixmap& pixmap : statusPixmaps()) {
+    ASSERT_EQ(pixmap.opacities.size(), static_cast<std::size_t>(pixmap.size * pixmap.size));
+    std::size_t covered = 0;
+    for (const std::uint8_t opacity : pixmap.opacities)
+      covered += opacity > 127 ? 1 : 0;
+    EXPECT_GT(covered, pixmap.opacities.size() / 10) << pixmap.symbol << pixmap.size;
+    EXPECT_LT(covered, pixmap.opacities.size() * 3 / 4) << pixmap.symbol << pixmap.size;
+  }
+}
+
+TEST(Symbols, AreHalfTransparentWhenDimmed) {
+  EXPECT_EQ(statusPixel(255, false), 0xff8e8e8eU);
+  EXPECT_EQ(statusPixel(255, true), 0x7f8e8e8eU);
+  EXPECT_EQ(statusPixel(0, false), 0x008e8e8eU);
+}
+
+TEST(DesktopFile, IsValid) {
+  if (std::system("command -v desktop-file-validate >/dev/null") != 0) {
+    GTEST_SKIP() << "desktop-file-validate is not installed";
+  }
+  EXPECT_EQ(std::system("desktop-file-validate " STAYLIT_DESKTOP_FILE), 0);
+}
+
+}  // namespace
+}  // namespace staylit

@@ -1,0 +1,153 @@
+// Draws both windows, filled as on a busy afternoon, into PNG files: to be looked at.
+//
+//   staylit-screenshots FOLDER [light|dark] [SCALE]
+
+#include <QApplication>
+#include <QLineEdit>
+#include <QPalette>
+#include <QScrollArea>
+#include <QScrollBar>
+#include <QStyleFactory>
+#include <QTest>
+#include <cstdio>
+#include <string>
+
+#include "Staylit/AppsView.h"
+#include "Staylit/Desktop/Windows/AppsList.h"
+#include "Staylit/Desktop/Windows/Switch.h"
+#include "Staylit/SettingsView.h"
+#include "Tests/Fakes/FakePorts.h"
+#include "Tests/Shell/Windows/WindowSystem.h"
+
+namespace staylit {
+namespace {
+
+QPalette darkPalette() {
+  QPalette palette(QColor(0x32, 0x32, 0x35), QColor(0x32, 0x32, 0x35));
+  palette.setColor(QPalette::Base, QColor(0x24, 0x24, 0x26));
+  palette.setColor(QPalette::ToolTipBase, QColor(0x24, 0x24, 0x26));
+  palette.setColor(QPalette::Highlight, QColor(0x3d, 0x8b, 0xe8));
+  palette.setColor(QPalette::HighlightedText, Qt::white);
+  return palette;
+}
+
+tidewell::BusyApp busy(const char* id, const char* name, tidewell::AppCategory category, double cpu,
+                       double disk, double net) {
+  tidewell::BusyApp app;
+  app.id = id;
+  app.display = name;
+  app.category = category;
+  app.cpuPercent = cpu;
+  app.diskKBps = disk;
+  app.netKBps = net;
+  return app;
+}
+
+class Studio {
+ public:
+  Studio(std::string folder, std::string suffix)
+      : folder_(std::move(folder)), suffix_(std::move(suffix)) {
+    using enum tidewell::AppCategory;
+    fakes_.powerSources.setBattery(64, "Battery Power");
+    fakes_.defaults.stored["ignoredApps"] = std::vector<std::string>{
+        "com.spotify.client", "rsync", "backupd-helper", "com.example.nightly"};
+    engine_.busyApps().set(
+        {busy("blender", "Blender", videoAudio, 1184, 920, 0),
+         busy("make", "make", development, 371, 18240, 0),
+         busy("org.example.long",
+              "The Extraordinarily Long Name of an Application That Goes On and On", other, 12, 0,
+              4096)});
+    engine_.powerState().set({false, 64, false, true});
+  }
+
+  void shootApps() {
+    AppsView view(engine_, fakes_.ports);
+    auto window = WindowSystem::shared().kit().makeAppsWindow({"Choose Apps", {460, 560}}, view);
+    QWidget* widget = show(*window, "Choose Apps");
+    save("apps", *widget);
+    auto* list = widget->findChild<windows::AppsList*>();
+    const QPoint third = list->visualRect(list->model()->index(3, 0)).center();
+    QTest::mouseMove(list->viewport(), third);
+    QTest::qWait(50);
+    save("apps-hover", *widget);
+    QTest::mousePress(list->viewport(), Qt::LeftButton, {}, third);
+    save("apps-pressed", *widget);
+    QTest::mouseMove(list->viewport(), QPoint(1, 1));
+    QTest::mouseRelease(list->viewport(), Qt::LeftButton, {}, QPoint(1, 1));
+    list->setFocus(Qt::TabFocusReason);
+    QTest::keyClick(list, Qt::Key_Down);
+    save("apps-keyboard", *widget);
+    QTest::keyClick(list, Qt::Key_End);
+    save("apps-end", *widget);
+    auto* edit = widget->findChild<QLineEdit*>();
+    edit->setFocus();
+    edit->setText("xcode");
+    save("apps-search", *widget);
+    edit->clear();
+    fakes_.defaults.stored["ignoredApps"] = std::vector<std::string>{};
+    fakes_.mainLoop.runPosted();
+    edit->setText("zzzz");
+    save("apps-empty", *widget);
+  }
+
+  void shootSettings() {
+    SettingsView view(engine_, fakes_.ports);
+    auto window =
+        WindowSystem::shared().kit().makeSettingsWindow({"Staylit Settings", {460, 560}}, view);
+    QWidget* widget = show(*window, "Staylit Settings");
+    save("settings", *widget);
+    auto* area = widget->findChild<QScrollArea*>();
+    area->verticalScrollBar()->setValue(area->verticalScrollBar()->maximum());
+    save("settings-end", *widget);
+    area->verticalScrollBar()->setValue(0);
+    fakes_.scripts.nextOutcomes.push_back(tidewell::FakePrivilegedScripts::declined());
+    const auto switches = widget->findChildren<windows::Switch*>();
+    switches.at(0)->click();
+    switches.at(1)->click();
+    QTest::keyClick(widget, Qt::Key_Tab);
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+    QTest::qWait(200);
+    save("settings-error", *widget);
+  }
+
+ private:
+  static QWidget* show(Window& window, const char* title) {
+    window.makeKeyAndOrderFront();
+    QWidget* widget = findWindow(QString::fromUtf8(title));
+    QTest::qWait(50);
+    return widget;
+  }
+
+  void save(const char* name, QWidget& widget) {
+    const std::string path = folder_ + "/" + name + suffix_ + ".png";
+    QTest::qWait(20);
+    const bool saved = widget.grab().save(QString::fromStdString(path));
+    std::printf("%s%s\n", path.c_str(), saved ? "" : ": cannot be written");
+  }
+
+  std::string folder_;
+  std::string suffix_;
+  tidewell::FakePorts fakes_;
+  StaylitEngine engine_{fakes_.ports};
+};
+
+}  // namespace
+}  // namespace staylit
+
+int main(int argumentCount, char** arguments) {
+  if (argumentCount < 2) {
+    std::fprintf(stderr, "usage: %s FOLDER [light|dark] [SCALE]\n", arguments[0]);
+    return 2;
+  }
+  const std::string look = argumentCount > 2 ? arguments[2] : "light";
+  const std::string scale = argumentCount > 3 ? arguments[3] : "1";
+  if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
+  qputenv("QT_SCALE_FACTOR", scale.c_str());
+  staylit::WindowSystem::shared();
+  QApplication::setStyle(QStyleFactory::create("Fusion"));
+  QApplication::setPalette(look == "dark" ? staylit::darkPalette()
+                                          : QApplication::style()->standardPalette());
+  staylit::Studio studio(arguments[1], "-" + look + "-" + scale);
+  studio.shootApps();
+  studio.shootSettings();
+}

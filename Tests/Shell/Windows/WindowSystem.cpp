@@ -1,0 +1,47 @@
+#include "Tests/Shell/Windows/WindowSystem.h"
+
+#include <sys/eventfd.h>
+#include <unistd.h>
+
+#include <QApplication>
+#include <cstdint>
+#include <cstdlib>
+
+extern "C" staylit::WindowKit* staylitMakeWindowKit(const staylit::DrivenLoop& loop);
+
+namespace staylit {
+
+WindowSystem& WindowSystem::shared() {
+  // Never taken down: Qt is not made to start twice in a process.
+  static auto* system = new WindowSystem;
+  return *system;
+}
+
+WindowSystem::WindowSystem() : descriptor_(eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC)) {
+  kit_.reset(
+      staylitMakeWindowKit({descriptor_, [this] { pump(); }, [this] { return isStopping; }}));
+  if (kit_) return;
+  qCritical("no window kit");
+  std::abort();
+}
+
+void WindowSystem::wake() {
+  const std::uint64_t one = 1;
+  if (write(descriptor_, &one, sizeof one) != sizeof one) std::abort();
+}
+
+void WindowSystem::pump() {
+  ++pumps;
+  std::uint64_t count = 0;
+  const bool isReady = read(descriptor_, &count, sizeof count) == sizeof count;
+  if (isReady && onPump) onPump();
+}
+
+QWidget* findWindow(const QString& title) {
+  for (QWidget* widget : QApplication::topLevelWidgets()) {
+    if (widget->windowTitle() == title) return widget;
+  }
+  return nullptr;
+}
+
+}  // namespace staylit

@@ -1,0 +1,226 @@
+#include "Staylit/AppsLines.h"
+
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <iterator>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace staylit {
+
+void PrintTo(const AppsLines::Edit& edit, std::ostream* stream) {
+  const char* const kinds[] = {"remove", "insert", "move", "change"};
+  *stream << kinds[static_cast<int>(edit.kind)] << " " << edit.row << " -> " << edit.movedTo;
+}
+
+namespace {
+
+using Edit = AppsLines::Edit;
+using Edits = std::vector<Edit>;
+using Texts = std::vector<std::string>;
+
+AppsView::Entry app(std::string id, std::optional<std::string> detail = std::nullopt) {
+  AppsView::Entry entry;
+  entry.name = "The " + id;
+  entry.id = std::move(id);
+  entry.detail = std::move(detail);
+  entry.symbol = "hammer";
+  return entry;
+}
+
+AppsView::Entry working(std::string id) {
+  AppsView::Entry entry = app(std::move(id), "CPU 40%");
+  entry.isWorking = true;
+  return entry;
+}
+
+std::vector<AppsView::Section> lists(std::vector<AppsView::Entry> watched,
+                                     std::vector<AppsView::Entry> ignored) {
+  return {{"Awake", "They may", "cup", "No one.", "down", "Drop", std::move(watched)},
+          {"Asleep", "They may not", "moon", "Nobody.", "up", "Take", std::move(ignored)}};
+}
+
+/// Draws lines as a table does: by doing each step to its own rows.
+class Table {
+ public:
+  Edits show(const std::vector<AppsView::Section>& sections) {
+    Edits edits;
+    lines.show(sections, [&](const Edit& edit) {
+      edits.push_back(edit);
+      apply(edit);
+      if (edit.kind == Edit::Kind::remove) return;
+      // Whoever is told reads the line at once.
+      const std::size_t row = edit.kind == Edit::Kind::move ? edit.movedTo : edit.row;
+      EXPECT_EQ(rows.at(row).text, lines.lines().at(row).text);
+    });
+    return edits;
+  }
+
+  Texts texts() const {
+    Texts result;
+    for (const AppsLine& row : rows)
+      result.push_back(row.text);
+    return result;
+  }
+
+  AppsLines lines;
+  std::vector<AppsLine> rows;
+
+ private:
+  auto at(std::size_t row) { return rows.begin() + static_cast<std::ptrdiff_t>(row); }
+
+  void apply(const Edit& edit) {
+    switch (edit.kind) {
+      case Edit::Kind::remove:
+        rows.erase(at(edit.row));
+        return;
+      case Edit::Kind::insert:
+        rows.insert(at(edit.row), lines.lines().at(edit.row));
+        return;
+      case Edit::Kind::move: {
+        const AppsLine moved = rows.at(edit.row);
+        rows.erase(at(edit.row));
+        rows.insert(at(edit.movedTo), moved);
+        return;
+      }
+      case Edit::Kind::change:
+        rows.at(edit.row) = lines.lines().at(edit.row);
+        return;
+    }
+  }
+};
+
+// Lines.
+
+TEST(AppsLines, AreTheHeadingsWithTheApplicationsBelowThem) {
+  Table table;
+  table.show(lists({app("a"), app("b")}, {app("c")}));
+  EXPECT_EQ(table.texts(), (Texts{"Awake", "The a", "The b", "Asleep", "The c"}));
+  EXPECT_EQ(table.rows[0].count, 2U);
+  EXPECT_EQ(table.rows[0].detail, "They may");
+  EXPECT_EQ(table.rows[0].symbol, "cup");
+  EXPECT_EQ(table.rows[3].count, 1U);
+}
+
+TEST(AppsLines, SayWhatAnEmptyListSays) {
+  Table table;
+  table.show(lists({}, {}));
+  EXPECT_EQ(table.texts(), (Texts{"Awake", "No one.", "Asleep", "Nobody."}));
+  EXPECT_EQ(table.rows[1].kind, AppsLine::Kind::empty);
+  EXPECT_EQ(table.rows[1].section, 0U);
+  EXPECT_EQ(table.rows[2].count, 0U);
+}
+
+TEST(AppsLines, GiveAnApplicationTheWayOutOfItsList) {
+  Table table;
+  table.show(lists({app("a")}, {app("c", "not in catalogue")}));
+  EXPECT_EQ(table.rows[1].moveSymbol, "down");
+  EXPECT_EQ(table.rows[1].moveHint, "Drop");
+  EXPECT_EQ(table.rows[1].symbol, "hammer");
+  EXPECT_EQ(table.rows[1].detail, "");
+  EXPECT_EQ(table.rows[3].moveSymbol, "up");
+  EXPECT_EQ(table.rows[3].detail, "not in catalogue");
+}
+
+TEST(AppsLines, AreSpokenWithAllThatIsSeen) {
+  Table table;
+  table.show(lists({working("a"), app("b")}, {}));
+  EXPECT_EQ(table.rows[1].spoken(), "The a, working now, CPU 40%");
+  EXPECT_EQ(table.rows[2].spoken(), "The b");
+}
+
+// Steps.
+
+TEST(AppsLines, TakeNoStepWhereNothingChanged) {
+  Table table;
+  table.show(lists({app("a")}, {app("c")}));
+  EXPECT_EQ(table.show(lists({app("a")}, {app("c")})), Edits{});
+}
+
+TEST(AppsLines, ChangeALineThatReadsOtherwise) {
+  Table table;
+  table.show(lists({app("a"), app("b")}, {}));
+  EXPECT_EQ(table.show(lists({app("a"), app("b", "busy")}, {})), (Edits{{Edit::Kind::change, 2}}));
+  EXPECT_EQ(table.rows[2].detail, "busy");
+}
+
+TEST(AppsLines, MoveALineThatBeganToWork) {
+  Table table;
+  table.show(lists({app("a"), app("b"), app("c")}, {}));
+  EXPECT_EQ(table.show(lists({working("c"), app("a"), app("b")}, {})),
+            (Edits{{Edit::Kind::move, 3, 1}, {Edit::Kind::change, 1}}));
+  EXPECT_EQ(table.texts(), (Texts{"Awake", "The c", "The a", "The b", "Asleep", "Nobody."}));
+}
+
+TEST(AppsLines, MoveALineToTheOtherList) {
+  Table table;
+  table.show(lists({app("a"), app("b")}, {app("c")}));
+  table.show(lists({app("b")}, {app("a"), app("c")}));
+  EXPECT_EQ(table.texts(), (Texts{"Awake", "The b", "Asleep", "The a", "The c"}));
+  EXPECT_EQ(table.rows[0].count, 1U);
+  EXPECT_EQ(table.rows[3].moveSymbol, "up");
+}
+
+TEST(AppsLines, RemoveFromBelowWhatTheSearchHides) {
+  Table table;
+  table.show(lists({app("a"), app("b"), app("c")}, {}));
+  EXPECT_EQ(table.show(lists({app("b")}, {})),
+            (Edits{{Edit::Kind::remove, 3}, {Edit::Kind::remove, 1}, {Edit::Kind::change, 0}}));
+}
+
+TEST(AppsLines, ReachEveryArrangementFromEveryOther) {
+  const std::vector<std::vector<AppsView::Section>> arrangements{
+      lists({}, {}),
+      lists({app("a"), app("b"), app("c")}, {}),
+      lists({}, {app("c"), app("b"), app("a")}),
+      lists({working("c"), app("a")}, {app("b")}),
+      lists({app("d"), app("a")}, {working("b"), app("e")}),
+  };
+  for (const auto& before : arrangements) {
+    for (const auto& after : arrangements) {
+      Table table;
+      table.show(before);
+      table.show(after);
+      AppsLines fresh;
+      fresh.show(after, [](const Edit&) {});
+      EXPECT_EQ(table.rows, fresh.lines());
+      EXPECT_EQ(table.lines.lines(), fresh.lines());
+    }
+  }
+}
+
+// Places.
+
+TEST(AppsLines, TellApplicationsFromTheRest) {
+  Table table;
+  table.show(lists({app("a")}, {}));
+  EXPECT_FALSE(table.lines.isEntry(0));
+  EXPECT_TRUE(table.lines.isEntry(1));
+  EXPECT_FALSE(table.lines.isEntry(3));
+  EXPECT_FALSE(table.lines.isEntry(4));
+}
+
+TEST(AppsLines, FindAnApplicationWhereverItIs) {
+  Table table;
+  table.show(lists({app("a")}, {app("b"), app("c")}));
+  EXPECT_EQ(table.lines.rowOf("c"), 4U);
+  EXPECT_EQ(table.lines.rowOf("Awake"), std::nullopt);
+  EXPECT_EQ(table.lines.rowOf(""), std::nullopt);
+}
+
+TEST(AppsLines, KnowTheApplicationNearest) {
+  Table table;
+  table.show(lists({app("a")}, {app("b")}));
+  EXPECT_EQ(table.lines.entryNear(0), 1U);
+  EXPECT_EQ(table.lines.entryNear(2), 3U);
+  EXPECT_EQ(table.lines.entryNear(4), 3U);
+  EXPECT_EQ(table.lines.entryNear(99), 3U);
+  table.show(lists({}, {}));
+  EXPECT_EQ(table.lines.entryNear(0), std::nullopt);
+}
+
+}  // namespace
+}  // namespace staylit
