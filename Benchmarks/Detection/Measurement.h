@@ -1,0 +1,61 @@
+#pragma once
+
+#include <chrono>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "Benchmarks/Detection/MachineCpu.h"
+#include "Benchmarks/Detection/Options.h"
+#include "Benchmarks/Detection/WatchedEngine.h"
+#include "Benchmarks/Detection/Workload.h"
+#include "Platform/Linux/Loop/EventLoop.h"
+#include "Tidewell/Ports/Ports.h"
+#include "Tidewell/TextMap.h"
+
+/// One workload, watched by two engines side by side: "whole" is the program as it is, "plain" the
+/// same on a process table that tells of living processes only.
+///
+/// Both start first, and everything that is over a threshold before the workload starts is ignored
+/// from then on. Then the workload runs until it ends or its time is over, and both are watched
+/// until neither holds, or until that has been waited for long enough. Main thread only.
+class Measurement {
+ public:
+  explicit Measurement(Options options);
+  ~Measurement();
+
+  /// False when the workload could not be started or the measurement was broken off.
+  bool run();
+
+  /// All that was measured, as a JSON document.
+  [[nodiscard]] std::string document() const;
+
+ private:
+  using SteadyTime = std::chrono::steady_clock::time_point;
+
+  void step();
+  void startWorkload(SteadyTime now);
+  void ignoreWhatIsBusy();
+  void watchWork(SteadyTime now);
+  void watchRelease(SteadyTime now);
+  [[nodiscard]] tidewell::Seconds longestWait() const;
+  void writeSettings(JsonWriter& json) const;
+  void writeWorkload(JsonWriter& json) const;
+
+  Options options_;
+  std::shared_ptr<platform::EventLoop> loop_;
+  std::unique_ptr<tidewell::Ports> wholePorts_;
+  std::unique_ptr<tidewell::Ports> plainPorts_;
+  tidewell::InstalledPorts installed_;
+  WatchedEngine whole_;
+  WatchedEngine plain_;
+  Workload workload_;
+  MachineCpu machineCpu_;
+  SteadyTime begin_;
+  std::optional<SteadyTime> workBegin_;
+  std::optional<SteadyTime> workEnd_;
+  std::optional<int> exitStatus_;  ///< Absent for a workload that was ended.
+  double cpuBefore_ = 0;           ///< Percent of all processors.
+  double cpuDuring_ = 0;           ///< Likewise.
+  tidewell::TextSet ignored_;
+};
