@@ -28,6 +28,10 @@
   _delegate->applicationWillTerminate();
 }
 
+- (BOOL)applicationSupportsSecureRestorableState:(NSApplication*)__unused application {
+  return YES;
+}
+
 @end
 
 namespace staylit {

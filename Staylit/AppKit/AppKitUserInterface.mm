@@ -1,0 +1,48 @@
+#include "Staylit/AppKit/AppKitUserInterface.h"
+
+#import <AppKit/AppKit.h>
+
+#include "Staylit/AppKit/AppKitStatusItem.h"
+#include "Staylit/AppKit/AppKitWindow.h"
+#import "Staylit/AppKit/StaylitAppsContent.h"
+#import "Staylit/AppKit/StaylitSettingsContent.h"
+
+namespace staylit {
+namespace {
+
+Rect visibleFrame(NSScreen* screen) {
+  const NSRect frame = screen.visibleFrame;
+  return {{NSMinX(frame), NSMinY(frame)}, {NSWidth(frame), NSHeight(frame)}};
+}
+
+}  // namespace
+
+std::unique_ptr<StatusItem> AppKitUserInterface::makeStatusItem(MenuDelegate& delegate) {
+  return std::make_unique<AppKitStatusItem>(delegate);
+}
+
+std::unique_ptr<Window> AppKitUserInterface::makeAppsWindow(const WindowStyle& style,
+                                                            AppsView& view) {
+  return std::make_unique<AppKitWindow>(style, [[StaylitAppsContent alloc] initWithView:view]);
+}
+
+std::unique_ptr<Window> AppKitUserInterface::makeSettingsWindow(const WindowStyle& style,
+                                                                SettingsView& view) {
+  return std::make_unique<AppKitWindow>(style, [[StaylitSettingsContent alloc] initWithView:view]);
+}
+
+std::vector<Rect> AppKitUserInterface::visibleFrames() {
+  std::vector<Rect> frames;
+  NSScreen* main = NSScreen.mainScreen;
+  if (main != nil) frames.push_back(visibleFrame(main));
+  for (NSScreen* screen in NSScreen.screens) {
+    if (![screen isEqual:main]) frames.push_back(visibleFrame(screen));
+  }
+  return frames;
+}
+
+void AppKitUserInterface::activate() { [NSApp activateIgnoringOtherApps:YES]; }
+
+void AppKitUserInterface::terminate() { [NSApp terminate:nil]; }
+
+}  // namespace staylit
