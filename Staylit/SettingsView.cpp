@@ -42,8 +42,8 @@ SettingsView::SettingsView(StaylitEngine& engine, tidewell::Ports& ports)
       respectLowPower_(defaults().boolean(keys::respectLowPower)),
       keepScreenOn_(defaults().boolean(keys::keepScreenOn)),
       honorAssertions_(defaults().boolean(keys::honorAppAssertions)),
-      lidClosed_{defaults().boolean(keys::allowLidClosed)},
-      launchAtLogin_{defaults().boolean(keys::launchAtLogin)},
+      lidClosed_{.isOn = defaults().boolean(keys::allowLidClosed), .repeat = nullptr},
+      launchAtLogin_{.isOn = defaults().boolean(keys::launchAtLogin), .repeat = nullptr},
       changes_(engine, *ports.mainLoop),
       self_(std::make_shared<SettingsView*>(this)) {}
 
@@ -150,6 +150,7 @@ void SettingsView::flipGuarded(GuardedToggle& toggle, Apply apply, bool on) {
   if (toggle.isOn == on) return;
   toggle.isOn = on;
   ++toggle.changes;
+  toggle.settle();
   changes_.tell();
   (this->*apply)(on);
 }
@@ -160,10 +161,13 @@ void SettingsView::flipBack(GuardedToggle& toggle, Apply apply, bool on) {
   changes_.tell();
   // Later, as for every change, and unless the user has changed it again by then: that was acted
   // upon already.
-  ports_.mainLoop->async([weak = std::weak_ptr(self_), &toggle, apply, change = toggle.changes] {
+  const auto again = [weak = std::weak_ptr(self_), &toggle, apply, change = toggle.changes] {
     const auto view = weak.lock();
     if (view && toggle.changes == change) ((*view)->*apply)(toggle.isOn);
-  });
+  };
+  if (++toggle.failures <= kPromptRepeats) return ports_.mainLoop->async(again);
+  // Nobody is asked in between, or somebody declines for ever.
+  toggle.repeat = ports_.mainLoop->scheduleRepeating(kLateRepeat, again);
 }
 
 void SettingsView::applyLidSetting(bool on) {
@@ -171,7 +175,10 @@ void SettingsView::applyLidSetting(bool on) {
       on ? tidewell::ClamshellController::enable() : tidewell::ClamshellController::disable();
   if (done) {
     defaults().setBoolean(keys::allowLidClosed, on);
-    lidError_.reset();
+    // Letting a lid switch go always succeeds, so that of a refused one nothing would be seen.
+    const bool isOnlyUndone = lidClosed_.failures > 0 && ports_.lidSwitch;
+    if (!isOnlyUndone) lidError_.reset();
+    lidClosed_.settle();
     changes_.tell();
   } else {
     flipBack(lidClosed_, &SettingsView::applyLidSetting, on);
@@ -184,6 +191,7 @@ void SettingsView::applyLaunchAtLogin(bool on) {
       on ? ports_.loginItem->registerItem() : ports_.loginItem->unregisterItem();
   if (!error) {
     defaults().setBoolean(keys::launchAtLogin, on);
+    launchAtLogin_.settle();
   } else {
     flipBack(launchAtLogin_, &SettingsView::applyLaunchAtLogin, on);
     tidewell::Log::error("launch at login failed: " + *error);

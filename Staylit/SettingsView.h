@@ -98,9 +98,21 @@ class SettingsView {
  private:
   /// A toggle that is stored only once what it asks for has been done.
   struct GuardedToggle {
+    /// Nothing is to be repeated any more.
+    void settle() {
+      failures = 0;
+      repeat.reset();
+    }
+
     bool isOn;
     std::int64_t changes = 0;  ///< So that work for later sees whether it is still wanted.
+    int failures = 0;          ///< In a row, since the user's own change.
+    std::unique_ptr<tidewell::RepeatingTimer> repeat;
   };
+  /// After so many failures in a row, which a person at a prompt takes time for, the next attempts
+  /// come one interval apart.
+  static constexpr int kPromptRepeats = 4;
+  static constexpr tidewell::Seconds kLateRepeat{30};
   using Apply = void (SettingsView::*)(bool on);
 
   [[nodiscard]] Section sleepSection() const;

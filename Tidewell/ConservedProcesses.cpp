@@ -13,6 +13,8 @@ constexpr std::size_t kPidSize = sizeof(std::int32_t);
 /// The user and the system part of a reaped time, each cut to a hundredth of a second.
 constexpr std::uint64_t kToleranceNanos = 20'000'000;
 constexpr int kMostAncestors = 64;
+/// Processes are read one after the other, so an interval may be longer for one than for another.
+constexpr double kHeadroom = 1.25;
 
 /// Growth of a counter; none if it went backwards, as no counter should.
 std::uint64_t growth(std::uint64_t now, std::uint64_t before) {
@@ -73,7 +75,7 @@ int ConservedProcesses::listPids(std::span<std::int32_t> buffer) {
 bool ConservedProcesses::resourceUsage(std::int32_t pid, ResourceUsage& usage) {
   const Usage* counted = nullptr;
   if (const Process* process = find(pid)) {
-    if (!process->path.empty()) counted = &process->counted;
+    if (process->account != 0) counted = &process->counted;
   } else if (const auto* account = accounts_.find(pid)) {
     counted = &account->usage;
   }
@@ -123,6 +125,9 @@ void ConservedProcesses::pass() {
     // What is still to be claimed of one that could not be read waits until it was.
     if (!process.unread) settle(process);
   }
+  // One that ended may have reaped before, on this very pass.
+  for (Process& process : gone_)
+    settle(process);
   for (const Process& process : gone_)
     close(process);
   gone_.clear();
@@ -136,8 +141,9 @@ void ConservedProcesses::measureInterval() {
   Seconds interval = now - std::exchange(lastPass_, now);
   // A clock that was set tells nothing; a tick is a fair guess then.
   if (interval <= Seconds::zero()) interval = 2s;
+  interval = std::min<Seconds>(interval, 24h);
   const Timebase timebase = sources_.table.timebase();
-  mostTime_ = timeUnits(interval.count() * 1e9 * sources_.processors, timebase);
+  mostTime_ = timeUnits(interval.count() * 1e9 * sources_.processors * kHeadroom, timebase);
   tolerance_ = timeUnits(kToleranceNanos, timebase);
 }
 
@@ -208,8 +214,10 @@ void ConservedProcesses::add(std::int32_t pid, const ResourceUsage& usage,
   readName(process, usage.programVersion, application);
   if (primed_) {
     // All that it has used is new, as far as it can be.
+    process.reapedSome = process.reapedTime > 0;
     process.counted.time = std::min(process.ownTime, mostTime_);
-    process.reaped.grow(process.reapedTime, process.disk);
+    process.reaped.grow(process.reapedTime, 0);
+    growDisk(process, process.disk);
   } else {
     process.counted = {process.ownTime, process.disk};
   }
@@ -227,10 +235,21 @@ void ConservedProcesses::update(Process& process, const ResourceUsage& usage,
   const std::uint64_t disk = diskOf(usage);
   process.counted.time += growth(ownTime, process.ownTime);
   process.reapedSome = usage.reapedTime > process.reapedTime;
-  process.reaped.grow(growth(usage.reapedTime, process.reapedTime), growth(disk, process.disk));
-  process.ownTime = ownTime;
-  process.reapedTime = usage.reapedTime;
-  process.disk = disk;
+  process.reaped.grow(growth(usage.reapedTime, process.reapedTime), 0);
+  growDisk(process, growth(disk, process.disk));
+  // A counter that goes backwards, as none should, is not counted again.
+  process.ownTime = std::max(process.ownTime, ownTime);
+  process.reapedTime = std::max(process.reapedTime, usage.reapedTime);
+  process.disk = std::max(process.disk, disk);
+}
+
+/// Where those of reaped children may be among the bytes, they wait to be sorted out.
+void ConservedProcesses::growDisk(Process& process, std::uint64_t bytes) {
+  if (sources_.table.diskIncludesReaped()) {
+    process.reaped.grow(0, bytes);
+  } else {
+    process.counted.disk += bytes;
+  }
 }
 
 /// Reads path and application. What was counted so far stays under the former name.
@@ -244,7 +263,8 @@ void ConservedProcesses::readName(Process& process, std::uint32_t version,
   if (path == process.path && application == process.application) return;
   process.path = path;
   process.application = application;
-  const std::int32_t account = path.empty() ? 0 : accounts_.reserve(path, application.get());
+  const bool isNamed = !UsageAccounts::key(path, application.get()).empty();
+  const std::int32_t account = isNamed ? accounts_.reserve(path, application.get()) : 0;
   if (account == process.account) return;
   if (process.counted != Usage())
     accounts_.add(process.account, std::exchange(process.counted, {}));
@@ -255,18 +275,27 @@ void ConservedProcesses::readName(Process& process, std::uint32_t version,
 /// A child that was listed may have been reaped before its parent was read. What had been seen of
 /// it is in both then, so it is taken for ended.
 void ConservedProcesses::findReapedMeanwhile() {
-  std::vector<std::int32_t> reapers;
-  for (const Process& process : processes_) {
-    if (process.reapedSome) reapers.push_back(process.pid);
+  // With a process that ended its children may have, and theirs.
+  std::vector<std::int32_t> parents;
+  for (const std::vector<Process>* list : {&processes_, &born_}) {
+    for (const Process& process : *list) {
+      if (process.reapedSome || process.ended) parents.push_back(process.pid);
+    }
   }
-  if (reapers.empty()) return;
-  const auto check = [&](Process& process) {
-    if (process.ended || !std::ranges::binary_search(reapers, process.parent)) return;
-    process.ended = !sources_.table.isAlive(process.pid);
-    if (process.ended) std::erase(order_, process.pid);
-  };
-  std::ranges::for_each(processes_, check);
-  std::ranges::for_each(born_, check);
+  while (!parents.empty()) {
+    std::ranges::sort(parents);
+    std::vector<std::int32_t> ended;
+    for (std::vector<Process>* list : {&processes_, &born_}) {
+      for (Process& process : *list) {
+        if (process.ended || !std::ranges::binary_search(parents, process.parent)) continue;
+        process.ended = !sources_.table.isAlive(process.pid);
+        if (process.ended) ended.push_back(process.pid);
+      }
+    }
+    for (const std::int32_t pid : ended)
+      std::erase(order_, pid);
+    parents = std::move(ended);
+  }
 }
 
 /// Moves what ended to `gone_`, and what is new among the others.
@@ -290,7 +319,8 @@ void ConservedProcesses::removeEnded() {
 void ConservedProcesses::updateOrphans() {
   if (gone_.empty()) return;
   for (Process& process : processes_) {
-    if (std::ranges::binary_search(gone_, process.parent, {}, &Process::pid)) {
+    const bool isKnown = process.parent <= 0 || find(process.parent) != nullptr;
+    if (!isKnown || std::ranges::binary_search(gone_, process.parent, {}, &Process::pid)) {
       process.parent = sources_.table.parent(process.pid);
     }
   }
@@ -383,6 +413,7 @@ ConservedProcesses::Process* ConservedProcesses::claimFromAncestors(std::int32_t
 }
 
 void ConservedProcesses::close(const Process& process) {
+  if (process.account == 0) return;
   if (process.counted != Usage()) accounts_.add(process.account, process.counted);
   // Another may have its number already.
   if (!find(process.pid)) sources_.accounts.noteEnd(process.pid);
@@ -399,13 +430,12 @@ void ConservedProcesses::foldAccounts() {
 /// What will show in the counters of whoever reaps `process`, less what nobody saw of it. A process
 /// without a name is seen by nobody.
 Usage ConservedProcesses::seenOf(const Process& process) const {
-  if (process.path.empty()) return {};
-  return {process.ownTime + process.reapedTime,
-          sources_.table.diskIncludesReaped() ? process.disk : 0};
+  if (process.account == 0) return {};
+  return {seenTimeOf(process), sources_.table.diskIncludesReaped() ? process.disk : 0};
 }
 
 std::uint64_t ConservedProcesses::seenTimeOf(const Process& process) {
-  return process.path.empty() ? 0 : process.ownTime + process.reapedTime;
+  return process.account == 0 ? 0 : process.ownTime + process.reapedTime;
 }
 
 ConservedProcesses::Process* ConservedProcesses::find(std::int32_t pid) {

@@ -22,7 +22,8 @@ namespace tidewell {
 ///
 /// It stands between the core and the system's own table and running applications, and is both
 /// itself. The invariant: **the sum of the counters of everything that it lists only grows, and
-/// grows by what the kernel charged, each nanosecond and byte once and under one name.**
+/// grows by what the kernel charged, each nanosecond and byte once and under one name.** (Accounts
+/// of names that nobody has had for long are dropped, with what they hold.)
 ///
 /// * What a process had used when it ended stays, in an account of its name and application that
 ///   is listed like a process (`UsageAccounts`).
@@ -104,6 +105,7 @@ class ConservedProcesses : public ProcessTable, public RunningApplications {
   void add(std::int32_t pid, const ResourceUsage& usage, const Application& application);
   void update(Process& process, const ResourceUsage& usage, const Application& application);
   void readName(Process& process, std::uint32_t version, const Application& application);
+  void growDisk(Process& process, std::uint64_t bytes);
   void miss(Process& process);
   void findReapedMeanwhile();
   void removeEnded();

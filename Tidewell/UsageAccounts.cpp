@@ -42,7 +42,10 @@ Usage Usage::part(std::uint64_t partTime) const {
 
 std::string UsageAccounts::key(std::string_view path, const RunningApplication* application) {
   if (application && application->bundleIdentifier()) return *application->bundleIdentifier();
-  return std::string(ProcessSampler::nameFromPath(path));
+  if (path.empty() && application && application->localizedName()) {
+    return *application->localizedName();
+  }
+  return path.empty() ? std::string() : std::string(ProcessSampler::nameFromPath(path));
 }
 
 std::int32_t UsageAccounts::reserve(std::string_view path, const RunningApplication* application) {
@@ -79,13 +82,15 @@ void UsageAccounts::fold(const TextMap<bool>& liveKeys) {
   });
   countListed();
   while (listedCount_ > kMost) {
-    const auto growth = [](const Account& account) {
-      return account.isListed ? account.lastGrowth : std::numeric_limits<std::uint64_t>::max();
+    const auto mayGo = [&](const Account& account) {
+      return account.isListed && !liveKeys.contains(account.key);
+    };
+    const auto growth = [&](const Account& account) {
+      return mayGo(account) ? account.lastGrowth : std::numeric_limits<std::uint64_t>::max();
     };
     const auto oldest = std::ranges::min_element(accounts_, {}, growth);
-    // Its identifier is still known to others, so it stays, empty.
-    oldest->usage = {};
-    oldest->isListed = false;
+    if (!mayGo(*oldest)) return;
+    accounts_.erase(oldest);
     --listedCount_;
   }
 }

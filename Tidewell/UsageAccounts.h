@@ -32,13 +32,13 @@ struct Usage {
 /// What ended processes had used, kept under the name and application that they had.
 ///
 /// An account that was ever used is listed like a process, under an identifier that no process can
-/// have. Their number is bounded: an account that has not grown for a long time, and under whose
-/// name nothing runs, is dropped, which nobody can see. Main thread only.
+/// have. Their number is bounded: an account under whose name nothing runs is dropped when it has
+/// not grown for a long time, or when there are too many. Main thread only.
 class UsageAccounts {
  public:
   /// Beyond the identifiers of any system.
   static constexpr std::int32_t kFirstIdentifier = 0x4000'0000;
-  /// How many are listed at most.
+  /// How many are listed at most, beside those under whose names something runs.
   static constexpr std::size_t kMost = 256;
 
   struct Account {

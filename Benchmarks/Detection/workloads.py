@@ -10,10 +10,9 @@ import typing
 
 PROGRAMS = pathlib.Path(__file__).resolve().parent / "programs"
 PYTHON = "/usr/bin/python3"
-# A hold for a compilation may bear the name of any program that takes part, down to the one that
-# waits for it: "detection" is the parent of the whole.
+# A hold for a compilation may bear the name of any program that takes part.
 COMPILER = ["cc1", "cc1plus", "as", "*-as", "collect2", "ld", "*-ld*", "cc", "gcc", "g++", "c++",
-            "*-gcc*", "*-g++*", "detection"]
+            "*-gcc*", "*-g++*"]
 SHELL = ["sh", "dash", "bash"]
 
 
@@ -138,7 +137,7 @@ ALL = [
     ninja("ninja-very-long", 30, 12, "ninja, 30 s a unit", seconds=65),
     Workload("shell-loop", "short compilations in a shell loop", COMPILER + SHELL, shell_loop),
     Workload("make", "make -j2, 0.05 to 6 s a unit", COMPILER + SHELL + ["make"], make),
-    Workload("test-suite", "ctest, tests that fork", ["ctest", "suite-test", "detection"],
+    Workload("test-suite", "ctest, tests that fork", ["ctest", "suite-test"],
              test_suite),
     Workload("encode", "ffmpeg encodes", ["ffmpeg"], encode),
     Workload("download", "curl, from a line of 150 KB/s", ["curl"],
@@ -147,11 +146,11 @@ ALL = [
              lambda materials: download(materials, "endless", "--limit-rate", "150K")),
     Workload("download-fast", "curl at full speed", ["curl"],
              lambda materials: download(materials, "endless")),
-    Workload("rsync", "rsync, 20,000 small files", ["rsync", "detection"] + SHELL, many_files),
-    Workload("backup", "tar into zstd", ["tar", "zstd", "detection"] + SHELL, backup),
-    Workload("clone", "git clone over HTTP", ["git", "git-*", "rm", "detection"] + SHELL, clone),
-    Workload("install", "npm ci, 100 packages", ["npm*", "node", "detection"] + SHELL, install),
-    Workload("workers", "Python, a pool of processes", ["python*", "detection"], workers),
+    Workload("rsync", "rsync, 20,000 small files", ["rsync"] + SHELL, many_files),
+    Workload("backup", "tar into zstd", ["tar", "zstd"] + SHELL, backup),
+    Workload("clone", "git clone over HTTP", ["git", "git-*", "rm"] + SHELL, clone),
+    Workload("install", "npm ci, 100 packages", ["npm*", "node"] + SHELL, install),
+    Workload("workers", "Python, a pool of processes", ["python*"], workers),
     Workload("terminal", "ninja in a terminal's scope", COMPILER + SHELL + ["ninja"], terminal,
              needs_control_groups=True),
     Workload("desktop", "an idle desktop, 65 processes", [], desktop, 40, is_work=False),

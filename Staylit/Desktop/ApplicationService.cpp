@@ -1,8 +1,10 @@
 #include "Staylit/Desktop/ApplicationService.h"
 
 #include <cstdlib>
+#include <string>
 #include <utility>
 
+#include "Platform/Linux/System/Utf8.h"
 #include "Staylit/Desktop/ActivationToken.h"
 #include "Staylit/Desktop/MessageReading.h"
 #include "Tidewell/Log.h"
@@ -33,16 +35,17 @@ platform::Bus::Arguments nameWith(std::uint32_t flags) {
   };
 }
 
-const char* startupToken() {
+std::string startupToken() {
   const char* token = std::getenv("XDG_ACTIVATION_TOKEN");
   if (!token || !*token) token = std::getenv("DESKTOP_STARTUP_ID");
-  return token ? token : "";
+  return platform::cleaned(token ? token : "");
 }
 
 /// Appends what the window system gave this start, so that it helps the first one.
 int appendPlatformData(sd_bus_message* call) {
-  return sd_bus_message_append(call, "a{sv}", 2, "activation-token", "s", startupToken(),
-                               "desktop-startup-id", "s", startupToken());
+  const std::string token = startupToken();
+  return sd_bus_message_append(call, "a{sv}", 2, "activation-token", "s", token.c_str(),
+                               "desktop-startup-id", "s", token.c_str());
 }
 
 int readPlatformData(sd_bus_message* call) {

@@ -105,7 +105,6 @@ const sd_bus_vtable DBusMenu::kTable[] = {
 
 DBusMenu::DBusMenu(platform::EventLoop& loop, platform::Bus& bus, MenuDelegate& delegate)
     : loop_(loop),
-      bus_(bus),
       delegate_(delegate),
       hosts_(loop, [this] { announce(rebuild()); }),
       object_(bus, {kPath, kInterface}, kTable, this) {}
@@ -114,6 +113,13 @@ void DBusMenu::refreshIfOpen() {
   if (!hosts_.isOpen()) return;
   loop_.async([weak = std::weak_ptr<bool>(alive_), this] {
     if (weak.lock() && hosts_.isOpen()) announce(rebuild());
+  });
+}
+
+void DBusMenu::refresh() {
+  if (layout_.revision() == 0) return;
+  loop_.async([weak = std::weak_ptr<bool>(alive_), this] {
+    if (weak.lock()) announce(rebuild());
   });
 }
 

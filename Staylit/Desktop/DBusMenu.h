@@ -19,7 +19,8 @@ namespace staylit {
 /// The status item's menu on the session bus, as `com.canonical.dbusmenu`.
 ///
 /// The delegate is asked for the menu whenever a host is about to show it or wants its layout, and
-/// while a host has it open, every two seconds and at `refreshIfOpen`; hosts hear of what changed.
+/// while a host has it open, every two seconds and at `refreshIfOpen`, and at `refresh` once a host
+/// knows it; hosts hear of what changed.
 /// Choices reach the delegate from the loop, never from within a call. Main thread only; all
 /// arguments must outlive it.
 class DBusMenu {
@@ -33,6 +34,10 @@ class DBusMenu {
 
   /// What the menu shows may have changed. Asks the delegate later, from the loop.
   void refreshIfOpen();
+
+  /// As `refreshIfOpen`, also while it is closed, for a host that knows it: many keep what they
+  /// know and show it at once when they open the menu, in the size that it had.
+  void refresh();
 
  private:
   /// Some properties by their names, or all.
@@ -60,7 +65,6 @@ class DBusMenu {
   void choose(const MenuItem& item);
 
   platform::EventLoop& loop_;
-  platform::Bus& bus_;
   MenuDelegate& delegate_;
   MenuLayout layout_;
   MenuHosts hosts_;

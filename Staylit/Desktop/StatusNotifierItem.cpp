@@ -95,7 +95,13 @@ void StatusNotifierItem::show(const StatusItemAppearance& appearance) {
   } else if (former != appearance_) {
     announce(former);
   }
-  menu_.refreshIfOpen();
+  const bool isAnotherState =
+      former.symbol != appearance_.symbol || former.appearsDisabled != appearance_.appearsDisabled;
+  if (isAnotherState) {
+    menu_.refresh();
+  } else {
+    menu_.refreshIfOpen();
+  }
 }
 
 void StatusNotifierItem::announce(const StatusItemAppearance& former) {

@@ -249,6 +249,17 @@ TEST_F(DBusMenuTest, LeavesAClosedMenuAlone) {
   EXPECT_EQ(delegate.asked, before);
 }
 
+TEST_F(DBusMenuTest, TellsAHostThatKnowsTheClosedMenuOfAnotherLayout) {
+  host->listenToMenu();
+  menu->refresh();
+  platform::testing::runBriefly(*loop);
+  EXPECT_EQ(delegate.asked, 0) << "nobody knows it yet";
+  host->layout();
+  delegate.menu.erase(delegate.menu.begin() + 1, delegate.menu.begin() + 3);
+  menu->refresh();
+  EXPECT_TRUE(eventually([this] { return host->hasSignal("LayoutUpdated 2 0"); }));
+}
+
 TEST_F(DBusMenuTest, TakesAHostThatLeftTheBusForOneThatClosedTheMenu) {
   std::optional<Host> other;
   other.emplace(*loop, service);

@@ -410,12 +410,12 @@ TEST_F(SettingsViewTest, DecliningTheFlipBackFlipsTheToggleOnAgain) {
 }
 
 TEST_F(SettingsViewTest, EveryFlipBackIsActedUponOnceEach) {
-  answer({false, false, false, false, false, true});
+  answer({false, false, false, false, true});
   view->setOn(Control::lidClosed, true);
   fakes.mainLoop.runPosted();
-  EXPECT_EQ(asked(), "101010");
+  EXPECT_EQ(asked(), "10101");
   EXPECT_EQ(fakes.defaults.written, Texts{"allowLidClosed"});
-  EXPECT_EQ(stored("allowLidClosed"), PropertyValue(false));
+  EXPECT_EQ(stored("allowLidClosed"), PropertyValue(true));
 }
 
 TEST_F(SettingsViewTest, ADeclinedSwitchingOffLeavesItStoredAsItWas) {
@@ -435,7 +435,25 @@ TEST_F(SettingsViewTest, AnyFailureOfTheLidSwitchReadsLikeADeclinedApproval) {
   EXPECT_EQ(row(Control::lidClosed).error, kDeclined);
   fakes.mainLoop.runPosted();
   EXPECT_EQ(fakes.calls->only({"hold lid", "release lid"}), (Texts{"hold lid", "release lid"}));
-  EXPECT_EQ(row(Control::lidClosed).error, "") << "letting go succeeds";
+  EXPECT_EQ(row(Control::lidClosed).error, kDeclined) << "that letting go succeeds says nothing";
+  fakes.lidSwitch.holdFailure.reset();
+  view->setOn(Control::lidClosed, true);
+  EXPECT_EQ(row(Control::lidClosed).error, "");
+}
+
+TEST_F(SettingsViewTest, AToggleThatFailsBothWaysForEverIsTriedAtLeisure) {
+  fakes.loginItem.registerFailure = "no";
+  fakes.loginItem.unregisterFailure = "no";
+  view->setOn(Control::launchAtLogin, true);
+  for (int pass = 0; pass < 50; ++pass)
+    fakes.mainLoop.runPosted();
+  const auto attempts = [this] {
+    return fakes.calls->only({"register login item", "unregister login item"}).size();
+  };
+  const std::size_t soon = attempts();
+  EXPECT_EQ(soon, 5U);
+  fakes.mainLoop.fireTimers();
+  EXPECT_EQ(attempts(), soon + 1);
 }
 
 TEST_F(SettingsViewTest, TheMessageStaysWhileOtherSettingsChange) {

@@ -266,12 +266,12 @@ TEST_F(ConservedProcessesTest, DropsTimeThatNoProcessorCouldHaveGivenSinceTheLas
   two.all();
   ResourceUsage usage;
   ASSERT_TRUE(two.resourceUsage(shell, usage));
-  EXPECT_EQ(usage.userTime, 4u);  // Two processors, two seconds.
+  EXPECT_EQ(usage.userTime, 5u);  // Two processors, two seconds, and a margin.
   EXPECT_EQ(usage.diskBytesRead, 0u);
   clock.advance(2s);
   two.all();
   ASSERT_TRUE(two.resourceUsage(shell, usage));
-  EXPECT_EQ(usage.userTime, 4u);
+  EXPECT_EQ(usage.userTime, 5u);
 }
 
 TEST_F(ConservedProcessesTest, ListsAnAccountBehindTheProcessesUnderANumberThatNoneHas) {
@@ -343,6 +343,70 @@ TEST_F(ConservedProcessesTest, KeepsWhatAProcessHadThatMayNoLongerBeRead) {
   pass();
   EXPECT_EQ(counted["job"].time, 7u);
   EXPECT_EQ(counted["sh"].time, 0u);
+}
+
+TEST_F(ConservedProcessesTest, CountsNothingTwiceWhenAChainEndsWhileItIsRead) {
+  const auto first = kernel.spawn(1, "/bin/first");
+  const auto make = kernel.spawn(1, "/bin/make");
+  const auto shell = kernel.spawn(make, "/bin/sh");
+  kernel.endAndReap(first);
+  const auto compiler = kernel.spawn(shell, "/bin/cc1");
+  ASSERT_LT(compiler, make) << "so that it is read first";
+  kernel.work(compiler, 50, 5);
+  pass();
+  kernel.beforeReading = [&](std::int32_t pid) {
+    if (pid != make || !kernel.processes.contains(shell)) return;
+    kernel.endAndReap(compiler);
+    kernel.endAndReap(shell);
+  };
+  pass();
+  pass();
+  EXPECT_EQ(total.time, 50u);
+  EXPECT_EQ(total.disk, 5u);
+}
+
+TEST_F(ConservedProcessesTest, KeepsWhatAProcessReapedInThePassInWhichItEnds) {
+  const auto first = kernel.spawn(1, "/bin/first");
+  const auto make = kernel.spawn(1, "/bin/make");
+  kernel.endAndReap(first);
+  const auto shell = kernel.spawn(make, "/bin/sh");
+  ASSERT_LT(shell, make) << "so that it is read first";
+  pass();
+  const auto compiler = kernel.spawn(shell, "/bin/cc1");
+  kernel.work(compiler, 30, 3);
+  kernel.endAndReap(compiler);
+  kernel.beforeReading = [&](std::int32_t pid) {
+    if (pid == make && kernel.processes.contains(shell)) kernel.endAndReap(shell);
+  };
+  pass();
+  pass();
+  EXPECT_EQ(total.time, 30u);
+  EXPECT_EQ(total.disk, 3u);
+}
+
+TEST_F(ConservedProcessesTest, ACounterThatGoesBackwardsIsNotCountedAgain) {
+  const auto job = kernel.spawn(1, "/bin/job");
+  kernel.work(job, 50, 50);
+  pass();
+  kernel.processes.at(job).own = 10;
+  pass();
+  kernel.processes.at(job).own = 52;
+  pass();
+  EXPECT_EQ(counted["job"].time, 52u);
+}
+
+TEST_F(ConservedProcessesTest, LeavesAProcesssOwnBytesWithItWhereThoseOfChildrenAreApart) {
+  kernel.addsReapedDisk = false;
+  const auto archiver = kernel.spawn(1, "/bin/archiver");
+  const auto helper = kernel.spawn(archiver, "/bin/helper");
+  kernel.work(helper, 10);
+  pass();
+  kernel.work(helper, 5);
+  kernel.work(archiver, 1, 1000);
+  kernel.endAndReap(helper);
+  pass();
+  EXPECT_EQ(counted["archiver"].disk, 1000u);
+  EXPECT_EQ(counted["helper"].disk, 0u);
 }
 
 TEST_F(ConservedProcessesTest, AnswersInTheTwoCallsOfATable) {

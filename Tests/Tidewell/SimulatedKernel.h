@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <string>
 #include <vector>
@@ -80,6 +81,7 @@ class SimulatedKernel : public ProcessTable, public RunningApplications {
     return static_cast<int>(count * 4);
   }
   bool resourceUsage(std::int32_t pid, ResourceUsage& usage) override {
+    if (beforeReading) beforeReading(pid);
     const auto found = processes.find(pid);
     if (found == processes.end() || unreadable == pid) return false;
     const Process& process = found->second;
@@ -117,6 +119,7 @@ class SimulatedKernel : public ProcessTable, public RunningApplications {
   std::uint64_t clock = 0;
   std::uint64_t charged = 0;  ///< All time that any process ever used.
   std::uint64_t chargedDisk = 0;
+  std::function<void(std::int32_t pid)> beforeReading;  ///< What happens during a pass.
   std::int32_t unreadable = 0;
   bool hidesZombies = false;   ///< Nothing can be read of what waits to be reaped.
   bool addsReapedDisk = true;  ///< To the bytes of who reaps.

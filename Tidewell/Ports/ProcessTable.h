@@ -16,8 +16,9 @@ struct ResourceUsage {
   /// Where `ProcessTable::diskIncludesReaped`, with those of the children that it has reaped.
   std::uint64_t diskBytesRead = 0;
   std::uint64_t diskBytesWritten = 0;
-  /// User and system time of the children that it has reaped, and of theirs. Read no earlier than
-  /// the list of processes: a child that is missing there is in here, if this process reaped it.
+  /// User and system time of the children that it has reaped, and of theirs. Best read no earlier
+  /// than the list of processes: a child that is missing there is in here then, if this process
+  /// reaped it, and need not be waited for.
   std::uint64_t reapedTime = 0;
   /// Tells a process from an earlier one under the same number; in any unit.
   std::uint64_t startTime = 0;

@@ -104,6 +104,7 @@ void SocketListReader::readSocket(Bytes payload) {
   const std::uint64_t unread =
       std::min<std::uint64_t>(socket->idiag_rqueue, info->tcpi_bytes_received);
   record.bytesReceived = info->tcpi_bytes_received - unread;
+  record.hasUnread = unread > 0;
   record.bytesSent = info->tcpi_bytes_acked;
   sockets_.push_back(record);
 }

@@ -25,10 +25,9 @@ struct SocketOwner {
 ///
 /// A socket that several processes share belongs to whichever is found first; once that one has
 /// ended, to another. A socket that a process has closed stays its own, also when the process has
-/// ended since. Sockets that no readable
-/// process holds are looked for again once at the next call and then every 30 seconds. Memory is
-/// bounded by the sockets and processes there are. One thread at a time; `holders` and `processes`
-/// must outlive it.
+/// ended since. Sockets that no readable process holds are looked for again once at the next call
+/// and then every 30 seconds. Memory is bounded by the sockets and processes there are. One thread
+/// at a time; `holders` and `processes` must outlive it.
 class SocketOwners {
  public:
   using Time = std::chrono::steady_clock::time_point;

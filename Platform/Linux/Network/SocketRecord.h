@@ -13,6 +13,7 @@ struct SocketRecord {
   /// does the opening mark of the end that connected.
   std::uint64_t bytesReceived = 0;  ///< Less those that wait to be read.
   std::uint64_t bytesSent = 0;      ///< Those that the other end has acknowledged.
+  bool hasUnread = false;           ///< Whether some wait to be read.
 };
 
 /// Whether a list of sockets holds all there were or may lack some.

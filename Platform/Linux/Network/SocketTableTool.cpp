@@ -62,7 +62,7 @@ tidewell::TaskLauncher::Launch SocketTableTool::launch(const std::string&,
   // of an end a while after the last byte, so also while nothing moves.
   countClosed();
   const auto interfaceSum = parts_.interfaces->sum();
-  if (!interfaceSum || interfaceSum != interfaceSum_) {
+  if (!interfaceSum || interfaceSum != interfaceSum_ || hasUnread_) {
     const SocketSource::Listing listing = parts_.source->list(sockets_);
     if (listing.errorNumber != 0) return failed(listing.errorNumber);
     hasFailed_ = false;
@@ -87,6 +87,7 @@ tidewell::TaskLauncher::Launch SocketTableTool::failed(int errorNumber) {
 
 void SocketTableTool::measure(Coverage coverage) {
   putInOrder(sockets_);
+  hasUnread_ = std::ranges::any_of(sockets_, &SocketRecord::hasUnread);
   processes_.refresh();
   const auto owners = owners_.find(sockets_, coverage, parts_.now());
   totals_.update(sockets_, owners, coverage);
@@ -100,6 +101,7 @@ void SocketTableTool::countClosed() {
   if (closed_.empty()) return;
   for (const SocketRecord& socket : closed_)
     totals_.countClosed(socket, owners_.lastOwner(socket.cookie));
+  totals_.keepOnly(processes_.all());
   writeOutput();
 }
 
@@ -109,7 +111,9 @@ void SocketTableTool::writeOutput() {
   for (const SocketTotals::Total& total : totals_.all()) {
     const auto process =
         std::ranges::lower_bound(processes, total.identifier, {}, &OwnerProcess::pid);
-    appendToolName(output_, SocketTotals::isAccount(total) ? "account" : process->name);
+    const bool isAccount = SocketTotals::isAccount(total);
+    if (!isAccount && (process == processes.end() || process->pid != total.identifier)) continue;
+    appendToolName(output_, isAccount ? "account" : process->name);
     output_.append(".").append(std::to_string(total.identifier));
     output_.append(",").append(std::to_string(total.bytesReceived));
     output_.append(",").append(std::to_string(total.bytesSent)).append(",\n");

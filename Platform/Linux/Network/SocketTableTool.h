@@ -63,6 +63,7 @@ class SocketTableTool : public tidewell::TaskLauncher {
   std::vector<SocketRecord> closed_;
   std::optional<std::uint64_t> interfaceSum_;  ///< As of the last complete listing.
   std::string output_;
+  bool hasUnread_ = false;  ///< Whether programs can go on reading while nothing arrives.
   bool hasFailed_ = false;
 };
 

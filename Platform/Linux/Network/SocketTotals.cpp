@@ -10,8 +10,8 @@ namespace platform {
 namespace {
 
 constexpr std::uint64_t kMost = std::numeric_limits<std::uint64_t>::max() / 2;
-/// Far more than are listed; older ones stand for names that nobody has had for long.
-constexpr std::size_t kMostAccounts = 1024;
+/// Far more than are listed.
+constexpr std::ptrdiff_t kMostAccounts = 1024;
 
 void add(std::uint64_t more, std::uint64_t& total) {
   total += std::min(more, kMost - total);
@@ -32,6 +32,7 @@ bool SocketTotals::isAccount(const Total& total) {
 
 void SocketTotals::update(std::span<const SocketRecord> sockets,
                           std::span<const SocketOwner> owners, Coverage coverage) {
+  ++updates_;
   moveToAccounts();
   counted_.follow(sockets, coverage);
   counted_.visitListed([&](std::size_t index, Counted& counted) {
@@ -50,6 +51,7 @@ void SocketTotals::count(const SocketRecord& socket, const SocketOwner& owner, C
   countUp(socket.bytesReceived, counted.bytesReceived, total.bytesReceived);
   countUp(socket.bytesSent, counted.bytesSent, total.bytesSent);
   const bool hasGrown = total.bytesReceived + total.bytesSent > before;
+  if (hasGrown) total.lastGrowth = updates_;
   if (hasGrown && isAccount(total)) accounts_->noteUse(total.identifier);
 }
 
@@ -66,6 +68,7 @@ void SocketTotals::moveToAccounts() {
     Total& account = totalOf({total.identifier, total.startTime});
     add(total.bytesReceived, account.bytesReceived);
     add(total.bytesSent, account.bytesSent);
+    account.lastGrowth = updates_;
     accounts_->noteUse(account.identifier);
   }
 }
@@ -78,9 +81,9 @@ SocketTotals::Total& SocketTotals::totalOf(const SocketOwner& owner) {
 SocketTotals::Total& SocketTotals::totalUnder(std::int32_t identifier, std::uint64_t startTime) {
   const auto place = std::ranges::lower_bound(totals_, identifier, {}, &Total::identifier);
   if (place == totals_.end() || place->identifier != identifier) {
-    return *totals_.insert(place, {identifier, startTime, 0, 0});
+    return *totals_.insert(place, {identifier, startTime});
   }
-  if (place->startTime != startTime) *place = {identifier, startTime, 0, 0};
+  if (place->startTime != startTime) *place = {identifier, startTime};
   return *place;
 }
 
@@ -91,11 +94,13 @@ void SocketTotals::keepOnly(std::span<const OwnerProcess> living) {
     return place == living.end() || place->pid != total.identifier ||
            place->startTime != total.startTime;
   });
-  const auto firstAccount = std::ranges::find_if(totals_, isAccount);
-  const auto accounts = static_cast<std::size_t>(totals_.end() - firstAccount);
-  if (accounts > kMostAccounts) {
-    totals_.erase(firstAccount,
-                  firstAccount + static_cast<std::ptrdiff_t>(accounts - kMostAccounts));
+  // Beyond the limit, those go that have not grown for longest.
+  auto accounts = std::ranges::count_if(totals_, isAccount);
+  for (; accounts > kMostAccounts; --accounts) {
+    const auto growth = [](const Total& total) {
+      return isAccount(total) ? total.lastGrowth : std::numeric_limits<std::uint64_t>::max();
+    };
+    totals_.erase(std::ranges::min_element(totals_, {}, growth));
   }
 }
 

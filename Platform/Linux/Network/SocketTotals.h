@@ -31,6 +31,7 @@ class SocketTotals {
     std::uint64_t startTime = 0;  ///< The process's; 0 for an account.
     std::uint64_t bytesReceived = 0;
     std::uint64_t bytesSent = 0;
+    std::uint64_t lastGrowth = 0;  ///< The update that it last grew with.
   };
 
   /// Without `accounts` no process has one. They must outlive this.
@@ -70,6 +71,7 @@ class SocketTotals {
   tidewell::ProcessAccounts* accounts_;
   SocketTable<Counted> counted_;
   std::vector<Total> totals_;
+  std::uint64_t updates_ = 0;
 };
 
 }  // namespace platform

@@ -54,6 +54,7 @@ bool ProcessReader::readAll(TrackedProcess& process) {
   if (process.startTicks != stat->startTicks) startOver(process, stat->startTicks);
   if (process.looks < UINT8_MAX) ++process.looks;
   process.parentPid = stat->parentPid;
+  process.session = stat->session;
   takeReaped(process, *stat);
   process.activePasses = 0;
   setComm(process, stat->comm);
@@ -85,16 +86,17 @@ bool ProcessReader::readProgram(TrackedProcess& process, const ProcStat& stat) {
 /// The path by which a person knows the process.
 ///
 /// A shell is known by the script that it runs. Where it only runs a command for somebody else, as
-/// `make` has them run, the work is somebody else's.
+/// `make` has them run, the work is somebody else's; but what begins a session of its own, as in a
+/// terminal window, is not the work of who began it.
 std::string ProcessReader::readPath(const TrackedProcess& process, const std::string& program) {
   if (runsShell(program, process.commText())) {
     const auto arguments = proc_.read(process.pid, "cmdline");
     const ShellWork work = shellWork(arguments.value_or(""));
     if (work.kind == ShellWork::Kind::script) return scriptPath(program, work.script);
     const TrackedProcess* parent = known_(process.parentPid);
-    if (work.kind == ShellWork::Kind::command && parent && !parent->path.empty()) {
-      return parent->path;
-    }
+    const bool isForParent = work.kind == ShellWork::Kind::command && parent &&
+                             parent->session == process.session && !parent->path.empty();
+    if (isForParent) return parent->path;
   }
   return programPath(program, process.commText(), text_);
 }

@@ -20,10 +20,10 @@ namespace platform {
 /// Follows all processes of the machine at the least cost: one clock reading for a process that
 /// did not run, no allocation for it, and files only for those that did.
 ///
-/// A pass reads all clocks first and the files afterwards, so that what a process is told of the
-/// children that it reaped is never older than the news of their end. The time of reaped children
-/// lies in a file of its own cost: it is read of the processes that have or had children, and of
-/// some others whenever the kernel gave out identifiers that nobody has any more.
+/// A pass reads the clocks of what it knows first and the files afterwards, so that what a process
+/// was charged for its children is seldom older than the news of their end. The time of reaped
+/// children lies in a file of its own cost: it is read of the processes that have or had children,
+/// and of some others whenever the kernel gave out identifiers that nobody has any more.
 ///
 /// Where the kernel refuses its CPU clocks, the `stat` file of every process is read instead: the
 /// same facts at several times the cost, and with the resolution of a clock tick.

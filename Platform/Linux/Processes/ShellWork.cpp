@@ -10,9 +10,9 @@ namespace {
 constexpr std::array<std::string_view, 8> kShells = {"sh",  "bash", "dash", "zsh",
                                                      "ksh", "mksh", "ash",  "fish"};
 
-/// Options that a value follows as an argument of its own.
-constexpr std::array<std::string_view, 7> kWithValue = {
-    "-o", "+o", "-O", "+O", "--rcfile", "--init-file", "--init-command"};
+/// Long options that a value follows as an argument of its own.
+constexpr std::array<std::string_view, 3> kWithValue = {"--rcfile", "--init-file",
+                                                        "--init-command"};
 
 /// Takes the first argument off `arguments`.
 std::string_view takeFirst(std::string_view& arguments) {
@@ -23,6 +23,15 @@ std::string_view takeFirst(std::string_view& arguments) {
 
 bool isOption(std::string_view argument) {
   return argument.size() > 1 && (argument.front() == '-' || argument.front() == '+');
+}
+
+/// How many arguments of an option's own follow it. Short ones may stand together, as in
+/// "-euo pipefail".
+std::ptrdiff_t valuesAfter(std::string_view option) {
+  if (option.starts_with("--")) {
+    return std::ranges::find(kWithValue, option) != kWithValue.end() ? 1 : 0;
+  }
+  return std::ranges::count(option, 'o') + std::ranges::count(option, 'O');
 }
 
 bool asksForCommand(std::string_view option) {
@@ -45,7 +54,8 @@ ShellWork shellWork(std::string_view arguments) {
       argument = takeFirst(arguments);
     } else if (isOption(argument)) {
       if (asksForCommand(argument)) return {Kind::command, {}};
-      if (std::ranges::find(kWithValue, argument) != kWithValue.end()) takeFirst(arguments);
+      for (auto values = valuesAfter(argument); values > 0; --values)
+        takeFirst(arguments);
       continue;
     }
     const std::string_view name = argument.substr(argument.rfind('/') + 1);

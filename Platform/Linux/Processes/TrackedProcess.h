@@ -28,6 +28,7 @@ struct TrackedProcess {
 
   std::int32_t pid;
   std::int32_t parentPid = 0;
+  std::int32_t session = 0;
   std::uint64_t startTicks = 0;
   std::uint64_t cpuTime = 0;      ///< In the tracker's unit of CPU time.
   std::uint64_t reapedTicks = 0;  ///< CPU time of the children that it has reaped, and theirs.

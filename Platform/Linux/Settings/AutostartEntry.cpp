@@ -54,10 +54,11 @@ std::optional<std::string> AutostartEntry::registerItem() {
 
 std::optional<std::string> AutostartEntry::unregisterItem() {
   const fs::path path = entryPath();
-  if (path.empty()) return kNoHome;
+  // What is not there needs no removal.
+  if (path.empty()) return std::nullopt;
   std::error_code error;
   fs::remove(path, error);
-  if (error) return complaint("remove", path, error.message());
+  if (error && error != std::errc::not_a_directory) return complaint("remove", path, error.message());
   return std::nullopt;
 }
 

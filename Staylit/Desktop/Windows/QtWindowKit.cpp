@@ -2,6 +2,7 @@
 
 #include <QAbstractEventDispatcher>
 #include <QIcon>
+#include <QSessionManager>
 #include <QScreen>
 #include <QSocketNotifier>
 #include <clocale>
@@ -45,7 +46,17 @@ QtWindowKit::QtWindowKit(DrivenLoop loop, std::string platform)
   // Nothing that Qt sees come and go ends the program.
   QGuiApplication::setQuitOnLastWindowClosed(false);
   QCoreApplication::setQuitLockEnabled(false);
-  QGuiApplication::setWindowIcon(QIcon::fromTheme(QStringLiteral("com.staylit.app")));
+  // Whether the program starts with the next session is a setting of its own.
+  const auto neverRestart = [](QSessionManager& manager) {
+    manager.setRestartHint(QSessionManager::RestartNever);
+  };
+  QObject::connect(qGuiApp, &QGuiApplication::commitDataRequest, qGuiApp, neverRestart,
+                   Qt::DirectConnection);
+  QObject::connect(qGuiApp, &QGuiApplication::saveStateRequest, qGuiApp, neverRestart,
+                   Qt::DirectConnection);
+  QGuiApplication::setWindowIcon(
+      QIcon::fromTheme(QStringLiteral("com.staylit.app"),
+                       QIcon(QStringLiteral(":/staylit/symbols/com.staylit.app.svg"))));
 }
 
 void QtWindowKit::run() {

@@ -253,5 +253,30 @@ TEST_F(SocketTableToolTest, HearsOfClosedSocketsAlsoWhileTheInterfacesAreQuiet) 
   EXPECT_EQ(outputWhileQuiet(), "curl.7,1000,25,\n");
 }
 
+TEST_F(SocketTableToolTest, LooksAgainWhileSomethingWaitsToBeRead) {
+  holders_->processes[7] = {100, "curl", 1, {41}};
+  source_->sockets = {{1, 41, 0, 10, 20, true}};
+  output();
+  source_->sockets = {{1, 41, 0, 500, 20, false}};
+  EXPECT_EQ(outputWhileQuiet(), "curl.7,500,20,\n");
+  const int listings = source_->listings;
+  outputWhileQuiet();
+  EXPECT_EQ(source_->listings, listings);
+}
+
+TEST_F(SocketTableToolTest, OutlivesTheLateEndOfASocketWhoseOwnerIsLongGone) {
+  holders_->processes[5] = {100, "sshd", 1, {43}};
+  holders_->processes[7] = {100, "curl", 1, {41}};
+  source_->sockets = {{1, 41, 0, 10, 20}, {3, 43, 0, 1, 2}};
+  output();
+  holders_->processes.erase(7);
+  source_->sockets = {{1, 0, 0, 10, 20}, {3, 43, 0, 1, 2}};
+  output();
+  closed_->sockets = {{1, 0, 0, 99, 99}};
+  EXPECT_EQ(output(), "sshd.5,1,2,\n");
+  closed_->sockets = {{1, 0, 0, 100, 100}};
+  EXPECT_EQ(outputWhileQuiet(), "sshd.5,1,2,\n");
+}
+
 }  // namespace
 }  // namespace platform

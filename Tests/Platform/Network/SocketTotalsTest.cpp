@@ -226,16 +226,19 @@ TEST_F(SocketTotalsByAccountTest, SaysWhichAccountsAreInUse) {
   EXPECT_EQ(accounts_.takeUsed(), std::vector<std::int32_t>{}) << "nothing moved";
 }
 
-TEST_F(SocketTotalsByAccountTest, ForgetsTheOldestOfVeryManyAccounts) {
+TEST_F(SocketTotalsByAccountTest, ForgetsThoseOfVeryManyAccountsThatStoodStillForLongest) {
+  constexpr std::int32_t kBrowser = tidewell::UsageAccounts::kFirstIdentifier;
+  accounts_.assign(6, kBrowser);
   for (std::int32_t turn = 0; turn < 1030; ++turn) {
     accounts_.assign(7, kAccount + turn);
     const auto bytes = static_cast<std::uint64_t>(turn) + 1;
-    update({{1, {bytes, 0}, {7, 100}}});
+    update({{1, {bytes, 0}, {7, 100}}, {2, {bytes, 0}, {6, 100}}});
+    totals_.keepOnly({});
   }
-  totals_.keepOnly({});
   EXPECT_EQ(totals_.all().size(), 1024U);
-  EXPECT_EQ(of(kAccount + 5), std::nullopt);
-  EXPECT_EQ(of(kAccount + 6), Bytes(1, 0));
+  EXPECT_EQ(of(kBrowser), Bytes(1030, 0));
+  EXPECT_EQ(of(kAccount + 6), std::nullopt);
+  EXPECT_EQ(of(kAccount + 7), Bytes(1, 0));
 }
 
 TEST_F(SocketTotalsTest, CountsTheLastBytesOfASocketThatWasListed) {

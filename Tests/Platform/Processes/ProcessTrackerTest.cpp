@@ -440,11 +440,13 @@ TEST_F(ShellNamesTest, ACommandIsTheWorkOfWhoeverHasItRun) {
   put({.pid = 5, .exe = "/usr/bin/dash", .comm = "sh", .parent = 4}, "/bin/sh -c cc");
   put({.pid = 6, .exe = "/usr/bin/dash", .comm = "sh", .parent = 5}, "/bin/sh -c cc");
   put({.pid = 7, .exe = "/usr/bin/dash", .comm = "sh", .parent = 99}, "/bin/sh -c cc");
-  tree.setNewest(7);
+  put({.pid = 8, .exe = "/usr/bin/dash", .comm = "sh", .session = 8, .parent = 4}, "/bin/sh -c cc");
+  tree.setNewest(8);
   tracker().refresh();
   EXPECT_EQ(process(5).path, "/usr/bin/make");
   EXPECT_EQ(process(6).path, "/usr/bin/make");
   EXPECT_EQ(process(7).path, "/usr/bin/dash") << "of which nobody knows who had it run";
+  EXPECT_EQ(process(8).path, "/usr/bin/dash") << "in a session of its own";
 }
 
 TEST_F(ShellNamesTest, TheFirstWordOfAProcessTitleIsEnough) {

@@ -38,6 +38,8 @@ TEST(ShellWorkTest, AScriptIsTheFirstArgumentThatIsNoOption) {
   EXPECT_EQ(work({"bash", "-eux", "/home/me/nightly backup", "all"}), "nightly backup");
   EXPECT_EQ(work({"bash", "-o", "pipefail", "+O", "extglob", "run"}), "run");
   EXPECT_EQ(work({"bash", "--rcfile", "some-file", "--posix", "job"}), "job");
+  EXPECT_EQ(work({"bash", "-euo", "pipefail", "./build.sh"}), "build.sh");
+  EXPECT_EQ(work({"bash", "--noprofile", "--norc", "-eo", "pipefail", "x.sh"}), "x.sh");
   EXPECT_EQ(work({"sh", "--", "-odd"}), "-odd");
   EXPECT_EQ(work({"sh", "-", "job"}), "job");
 }
@@ -46,6 +48,7 @@ TEST(ShellWorkTest, ACommandIsGivenByAnOption) {
   EXPECT_EQ(work({"sh", "-c", "make all"}), "(command)");
   EXPECT_EQ(work({"bash", "-lc", "make"}), "(command)");
   EXPECT_EQ(work({"bash", "-e", "-c", "make"}), "(command)");
+  EXPECT_EQ(work({"bash", "-eo", "pipefail", "-c", "make"}), "(command)");
   EXPECT_EQ(work({"fish", "--command", "make"}), "(command)");
   EXPECT_EQ(work({"fish", "--command=make"}), "(command)");
 }
