@@ -58,7 +58,8 @@ std::optional<std::string> AutostartEntry::unregisterItem() {
   if (path.empty()) return std::nullopt;
   std::error_code error;
   fs::remove(path, error);
-  if (error && error != std::errc::not_a_directory) return complaint("remove", path, error.message());
+  if (error && error != std::errc::not_a_directory)
+    return complaint("remove", path, error.message());
   return std::nullopt;
 }
 

@@ -2,8 +2,8 @@
 
 #include <QAbstractEventDispatcher>
 #include <QIcon>
-#include <QSessionManager>
 #include <QScreen>
+#include <QSessionManager>
 #include <QSocketNotifier>
 #include <clocale>
 #include <utility>
