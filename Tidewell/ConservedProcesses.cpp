@@ -351,7 +351,7 @@ void ConservedProcesses::claimFromReapers() {
     }
   }
   // Where the parent could not be read, it most likely has it, unseen: such ones guess last.
-  std::ranges::stable_partition(unclaimed, [this](const Process* process) {
+  std::stable_partition(unclaimed.begin(), unclaimed.end(), [this](const Process* process) {
     const Process* parent = livingParent(*process);
     return !parent || !parent->unread;
   });
@@ -369,7 +369,10 @@ void ConservedProcesses::claimFromReapers() {
 void ConservedProcesses::settle(Process& reaper) {
   const Usage unseen = reaper.reaped.settle(mostTime_, tolerance_);
   Usage rest = unseen;
-  const auto claims = std::ranges::equal_range(claims_, reaper.pid, {}, &Claim::reaper);
+  // Clang 14 cannot use the `subrange` that `equal_range` gives.
+  const auto first = std::ranges::lower_bound(claims_, reaper.pid, {}, &Claim::reaper);
+  const auto last = std::ranges::upper_bound(claims_, reaper.pid, {}, &Claim::reaper);
+  const std::span<const Claim> claims(first, last);
   double seen = 0;
   for (const Claim& claim : claims)
     seen += static_cast<double>(seenTimeOf(gone_[claim.ended]));

@@ -45,6 +45,12 @@ int appendPixmap(sd_bus_message* message, const StatusPixmap& pixmap, bool isDim
   return result < 0 ? result : sd_bus_message_close_container(message);
 }
 
+/// A status without what counts down in it, which is no other state.
+std::string withoutNumbers(std::string text) {
+  std::erase_if(text, [](char character) { return character >= '0' && character <= '9'; });
+  return text;
+}
+
 }  // namespace
 
 const sd_bus_vtable StatusNotifierItem::kTable[] = {
@@ -95,9 +101,7 @@ void StatusNotifierItem::show(const StatusItemAppearance& appearance) {
   } else if (former != appearance_) {
     announce(former);
   }
-  const bool isAnotherState =
-      former.symbol != appearance_.symbol || former.appearsDisabled != appearance_.appearsDisabled;
-  if (isAnotherState) {
+  if (withoutNumbers(former.toolTip) != withoutNumbers(appearance_.toolTip)) {
     menu_.refresh();
   } else {
     menu_.refreshIfOpen();
