@@ -13,7 +13,8 @@ PYTHON = "/usr/bin/python3"
 # A hold for a compilation may bear the name of any program that takes part.
 COMPILER = ["cc1", "cc1plus", "as", "*-as", "collect2", "ld", "*-ld*", "cc", "gcc", "g++", "c++",
             "*-gcc*", "*-g++*"]
-SHELL = ["sh", "dash", "bash"]
+# A shell goes by the name of the file that it runs, and the workloads that are one by "script".
+SHELL = ["sh", "dash", "bash", "script"]
 
 
 @dataclasses.dataclass

@@ -42,6 +42,11 @@ int appendValue(sd_bus_message* message, const MenuShortcut& keys) {
   return result < 0 ? result : sd_bus_message_close_container(message);
 }
 
+/// Hosts know keys by the names that the toolkits have for them, which for a letter is itself.
+std::string keyName(const std::string& character) {
+  return character == "," ? "comma" : platform::cleaned(character);
+}
+
 }  // namespace
 
 MenuProperties menuProperties(const MenuItem& item) {
@@ -53,8 +58,7 @@ MenuProperties menuProperties(const MenuItem& item) {
     properties.push_back({"toggle-state", std::int32_t{item.isOn ? 1 : 0}});
   }
   if (!item.keyEquivalent.empty()) {
-    properties.push_back(
-        {"shortcut", MenuShortcut{"Control", platform::cleaned(item.keyEquivalent)}});
+    properties.push_back({"shortcut", MenuShortcut{"Control", keyName(item.keyEquivalent)}});
   }
   return properties;
 }

@@ -78,7 +78,7 @@ TEST_P(StatusItemOfEngine, ShowsTheStatus) {
                 std::string(look.pauseItem) +
                 "' 'shortcut' [['Control' 'p']]] []) "
                 "(4 ['label' 'Choose Apps…' 'shortcut' [['Control' 'a']]] []) "
-                "(5 ['label' 'Settings…' 'shortcut' [['Control' ',']]] []) "
+                "(5 ['label' 'Settings…' 'shortcut' [['Control' 'comma']]] []) "
                 "(6 ['type' 'separator'] []) "
                 "(7 ['label' 'Quit Staylit' 'shortcut' [['Control' 'q']]] [])])");
 }
