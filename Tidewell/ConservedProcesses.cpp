@@ -4,6 +4,8 @@
 #include <iterator>
 #include <utility>
 
+#include "Tidewell/ReaperCharges.h"
+
 namespace tidewell {
 namespace {
 
@@ -12,7 +14,6 @@ using namespace std::chrono_literals;
 constexpr std::size_t kPidSize = sizeof(std::int32_t);
 /// The user and the system part of a reaped time, each cut to a hundredth of a second.
 constexpr std::uint64_t kToleranceNanos = 20'000'000;
-constexpr int kMostAncestors = 64;
 /// Processes are read one after the other, so an interval may be longer for one than for another.
 constexpr double kHeadroom = 1.25;
 
@@ -74,7 +75,7 @@ int ConservedProcesses::listPids(std::span<std::int32_t> buffer) {
 
 bool ConservedProcesses::resourceUsage(std::int32_t pid, ResourceUsage& usage) {
   const Usage* counted = nullptr;
-  if (const Process* process = find(pid)) {
+  if (const CountedProcess* process = find(pid)) {
     if (process->account != 0) counted = &process->counted;
   } else if (const auto* account = accounts_.find(pid)) {
     counted = &account->usage;
@@ -88,7 +89,7 @@ bool ConservedProcesses::resourceUsage(std::int32_t pid, ResourceUsage& usage) {
 
 int ConservedProcesses::path(std::int32_t pid, std::span<char, kPathCapacity> buffer) {
   const std::string* path = nullptr;
-  if (const Process* process = find(pid)) {
+  if (const CountedProcess* process = find(pid)) {
     path = &process->path;
   } else if (const auto* account = accounts_.find(pid)) {
     path = &account->path;
@@ -119,16 +120,18 @@ void ConservedProcesses::pass() {
   readProcesses();
   findReapedMeanwhile();
   removeEnded();
-  claimFromReapers();
+  ReaperCharges charges(processes_, gone_,
+                        {mostTime_, tolerance_, sources_.table.diskIncludesReaped()});
+  charges.claim();
   updateOrphans();
-  for (Process& process : processes_) {
+  for (CountedProcess& process : processes_) {
     // What is still to be claimed of one that could not be read waits until it was.
-    if (!process.unread) settle(process);
+    if (!process.unread) charges.settle(process);
   }
   // One that ended may have reaped before, on this very pass.
-  for (Process& process : gone_)
-    settle(process);
-  for (const Process& process : gone_)
+  for (CountedProcess& process : gone_)
+    charges.settle(process);
+  for (const CountedProcess& process : gone_)
     close(process);
   gone_.clear();
   if (accounts_.isCrowded()) foldAccounts();
@@ -178,14 +181,14 @@ void ConservedProcesses::readProcesses() {
 }
 
 /// A process that is not listed has ended, or waits to be reaped where such ones are not listed.
-void ConservedProcesses::miss(Process& process) {
+void ConservedProcesses::miss(CountedProcess& process) {
   process.reapedSome = false;
   process.unread = true;
   process.ended = !sources_.table.isAlive(process.pid);
   if (!process.ended) order_.push_back(process.pid);
 }
 
-void ConservedProcesses::readProcess(std::int32_t pid, Process* known,
+void ConservedProcesses::readProcess(std::int32_t pid, CountedProcess* known,
                                      const Application& application) {
   ResourceUsage usage;
   const bool readable = sources_.table.resourceUsage(pid, usage);
@@ -204,7 +207,7 @@ void ConservedProcesses::readProcess(std::int32_t pid, Process* known,
 
 void ConservedProcesses::add(std::int32_t pid, const ResourceUsage& usage,
                              const Application& application) {
-  Process& process = born_.emplace_back();
+  CountedProcess& process = born_.emplace_back();
   process.pid = pid;
   process.parent = sources_.table.parent(pid);
   process.startTime = usage.startTime;
@@ -223,7 +226,7 @@ void ConservedProcesses::add(std::int32_t pid, const ResourceUsage& usage,
   }
 }
 
-void ConservedProcesses::update(Process& process, const ResourceUsage& usage,
+void ConservedProcesses::update(CountedProcess& process, const ResourceUsage& usage,
                                 const Application& application) {
   const bool mayHaveChanged = usage.programVersion == 0 ||
                               usage.programVersion != process.programVersion ||
@@ -244,7 +247,7 @@ void ConservedProcesses::update(Process& process, const ResourceUsage& usage,
 }
 
 /// Where those of reaped children may be among the bytes, they wait to be sorted out.
-void ConservedProcesses::growDisk(Process& process, std::uint64_t bytes) {
+void ConservedProcesses::growDisk(CountedProcess& process, std::uint64_t bytes) {
   if (sources_.table.diskIncludesReaped()) {
     process.reaped.grow(0, bytes);
   } else {
@@ -253,7 +256,7 @@ void ConservedProcesses::growDisk(Process& process, std::uint64_t bytes) {
 }
 
 /// Reads path and application. What was counted so far stays under the former name.
-void ConservedProcesses::readName(Process& process, std::uint32_t version,
+void ConservedProcesses::readName(CountedProcess& process, std::uint32_t version,
                                   const Application& application) {
   const int length = sources_.table.path(process.pid, path_);
   const std::string_view path(path_.data(), static_cast<std::size_t>(std::max(length, 0)));
@@ -277,16 +280,16 @@ void ConservedProcesses::readName(Process& process, std::uint32_t version,
 void ConservedProcesses::findReapedMeanwhile() {
   // With a process that ended its children may have, and theirs.
   std::vector<std::int32_t> parents;
-  for (const std::vector<Process>* list : {&processes_, &born_}) {
-    for (const Process& process : *list) {
+  for (const std::vector<CountedProcess>* list : {&processes_, &born_}) {
+    for (const CountedProcess& process : *list) {
       if (process.reapedSome || process.ended) parents.push_back(process.pid);
     }
   }
   while (!parents.empty()) {
     std::ranges::sort(parents);
     std::vector<std::int32_t> ended;
-    for (std::vector<Process>* list : {&processes_, &born_}) {
-      for (Process& process : *list) {
+    for (std::vector<CountedProcess>* list : {&processes_, &born_}) {
+      for (CountedProcess& process : *list) {
         if (process.ended || !std::ranges::binary_search(parents, process.parent)) continue;
         process.ended = !sources_.table.isAlive(process.pid);
         if (process.ended) ended.push_back(process.pid);
@@ -300,122 +303,33 @@ void ConservedProcesses::findReapedMeanwhile() {
 
 /// Moves what ended to `gone_`, and what is new among the others.
 void ConservedProcesses::removeEnded() {
-  const auto isLive = [](const Process& process) { return !process.ended; };
-  for (std::vector<Process>* list : {&processes_, &born_}) {
+  const auto isLive = [](const CountedProcess& process) { return !process.ended; };
+  for (std::vector<CountedProcess>* list : {&processes_, &born_}) {
     const auto ended = std::stable_partition(list->begin(), list->end(), isLive);
     std::move(ended, list->end(), std::back_inserter(gone_));
     list->erase(ended, list->end());
   }
-  std::ranges::stable_sort(gone_, {}, &Process::pid);
+  std::ranges::stable_sort(gone_, {}, &CountedProcess::pid);
   if (!born_.empty()) {
     const auto known = static_cast<std::ptrdiff_t>(processes_.size());
     std::ranges::move(born_, std::back_inserter(processes_));
     born_.clear();
-    std::ranges::inplace_merge(processes_, processes_.begin() + known, {}, &Process::pid);
+    std::ranges::inplace_merge(processes_, processes_.begin() + known, {}, &CountedProcess::pid);
   }
 }
 
 /// After the claims, which go by who was whose child when the ended ones still lived.
 void ConservedProcesses::updateOrphans() {
   if (gone_.empty()) return;
-  for (Process& process : processes_) {
+  for (CountedProcess& process : processes_) {
     const bool isKnown = process.parent <= 0 || find(process.parent) != nullptr;
-    if (!isKnown || std::ranges::binary_search(gone_, process.parent, {}, &Process::pid)) {
+    if (!isKnown || std::ranges::binary_search(gone_, process.parent, {}, &CountedProcess::pid)) {
       process.parent = sources_.table.parent(process.pid);
     }
   }
 }
 
-/// The parent of a process that ended, if it has not ended as well. Another process may have its
-/// number by now.
-ConservedProcesses::Process* ConservedProcesses::livingParent(const Process& ended) {
-  const bool isGone = std::ranges::binary_search(gone_, ended.parent, {}, &Process::pid);
-  return isGone ? nullptr : find(ended.parent);
-}
-
-/// Takes what had been seen of the ended processes out of what their reapers are charged.
-void ConservedProcesses::claimFromReapers() {
-  claims_.clear();
-  const auto note = [this](const Process& ended, const Process* reaper) {
-    const auto index = static_cast<std::size_t>(&ended - gone_.data());
-    if (reaper) claims_.push_back({reaper->pid, index});
-  };
-  // A parent that lives is the reaper. This comes first, for what is left is open to guesses.
-  std::vector<const Process*> unclaimed;
-  for (const Process& process : gone_) {
-    Process* parent = livingParent(process);
-    if (parent && parent->reaped.claim(seenOf(process), tolerance_)) {
-      note(process, parent);
-    } else {
-      unclaimed.push_back(&process);
-    }
-  }
-  // Where the parent could not be read, it most likely has it, unseen: such ones guess last.
-  std::stable_partition(unclaimed.begin(), unclaimed.end(), [this](const Process* process) {
-    const Process* parent = livingParent(*process);
-    return !parent || !parent->unread;
-  });
-  for (const Process* process : unclaimed)
-    note(*process, claimFromAncestors(process->parent, seenOf(*process)));
-  for (Process& process : gone_) {
-    for (const Usage& debt : process.reaped.takeDebts())
-      claimFromAncestors(process.parent, debt);
-  }
-  std::ranges::stable_sort(claims_, {}, &Claim::reaper);
-}
-
-/// Counts what `reaper` was charged beyond all that had been seen: with the children that were
-/// seen, as much again as of each, with itself the rest.
-void ConservedProcesses::settle(Process& reaper) {
-  const Usage unseen = reaper.reaped.settle(mostTime_, tolerance_);
-  Usage rest = unseen;
-  // Clang 14 cannot use the `subrange` that `equal_range` gives.
-  const auto first = std::ranges::lower_bound(claims_, reaper.pid, {}, &Claim::reaper);
-  const auto last = std::ranges::upper_bound(claims_, reaper.pid, {}, &Claim::reaper);
-  const std::span<const Claim> claims(first, last);
-  double seen = 0;
-  for (const Claim& claim : claims)
-    seen += static_cast<double>(seenTimeOf(gone_[claim.ended]));
-  for (const Claim& claim : claims) {
-    Process& ended = gone_[claim.ended];
-    const double share = static_cast<double>(seenTimeOf(ended)) / std::max(seen, 1.0);
-    const double most = std::min(static_cast<double>(unseen.time), seen);
-    Usage stretch = unseen.part(std::min(rest.time, static_cast<std::uint64_t>(most * share)));
-    stretch.disk = std::min(rest.disk, stretch.disk);
-    ended.counted += stretch;
-    rest.time -= stretch.time;
-    rest.disk -= stretch.disk;
-  }
-  reaper.counted += rest;
-}
-
-/// A process whose parent ended too was reaped by it, or by whoever inherited it. In either case
-/// the charge went up the line of its ancestors, and lies with the first that has it.
-ConservedProcesses::Process* ConservedProcesses::claimFromAncestors(std::int32_t ancestor,
-                                                                    const Usage& seen) {
-  Process* nearest = nullptr;
-  for (int step = 0; ancestor > 0 && step < kMostAncestors; ++step) {
-    const auto gone = std::ranges::lower_bound(gone_, ancestor, {}, &Process::pid);
-    const bool isGone = gone != gone_.end() && gone->pid == ancestor;
-    Process* process = isGone ? &*gone : find(ancestor);
-    if (!process) break;
-    // One that ended may have been read after it reaped and before it ended.
-    const bool mayHaveIt = !isGone || process->reapedSome;
-    if (mayHaveIt && process->reaped.claim(seen, tolerance_)) return process;
-    if (!isGone && !nearest) nearest = process;
-    ancestor = process->parent;
-  }
-  // Of one that waits to be reaped it is not known who has inherited its children. In the end they
-  // all fall to the first process.
-  Process* first = find(1);
-  if (first && first->reaped.claim(seen, tolerance_)) return first;
-  // Whoever reaped it was read before it did.
-  if (!nearest) nearest = first;
-  if (nearest) nearest->reaped.claimOnNext(seen);
-  return nullptr;
-}
-
-void ConservedProcesses::close(const Process& process) {
+void ConservedProcesses::close(const CountedProcess& process) {
   if (process.account == 0) return;
   if (process.counted != Usage()) accounts_.add(process.account, process.counted);
   // Another may have its number already.
@@ -424,28 +338,17 @@ void ConservedProcesses::close(const Process& process) {
 
 void ConservedProcesses::foldAccounts() {
   TextMap<bool> live;
-  for (const Process& process : processes_) {
+  for (const CountedProcess& process : processes_) {
     live.emplace(UsageAccounts::key(process.path, process.application.get()), true);
   }
   accounts_.fold(live);
 }
 
-/// What will show in the counters of whoever reaps `process`, less what nobody saw of it. A process
-/// without a name is seen by nobody.
-Usage ConservedProcesses::seenOf(const Process& process) const {
-  if (process.account == 0) return {};
-  return {seenTimeOf(process), sources_.table.diskIncludesReaped() ? process.disk : 0};
-}
-
-std::uint64_t ConservedProcesses::seenTimeOf(const Process& process) {
-  return process.account == 0 ? 0 : process.ownTime + process.reapedTime;
-}
-
-ConservedProcesses::Process* ConservedProcesses::find(std::int32_t pid) {
+CountedProcess* ConservedProcesses::find(std::int32_t pid) {
   // Ascending questions, each asked several times, hit the same entry or the next.
   if (cursor_ < processes_.size() && processes_[cursor_].pid < pid) ++cursor_;
   if (cursor_ >= processes_.size() || processes_[cursor_].pid != pid) {
-    const auto found = std::ranges::lower_bound(processes_, pid, {}, &Process::pid);
+    const auto found = std::ranges::lower_bound(processes_, pid, {}, &CountedProcess::pid);
     if (found == processes_.end() || found->pid != pid) return nullptr;
     cursor_ = static_cast<std::size_t>(found - processes_.begin());
   }

@@ -8,11 +8,11 @@
 #include <string>
 #include <vector>
 
+#include "Tidewell/CountedProcess.h"
 #include "Tidewell/Ports/Clock.h"
 #include "Tidewell/Ports/ProcessTable.h"
 #include "Tidewell/Ports/RunningApplications.h"
 #include "Tidewell/ProcessAccounts.h"
-#include "Tidewell/ReapedUsage.h"
 #include "Tidewell/UsageAccounts.h"
 
 namespace tidewell {
@@ -30,7 +30,7 @@ namespace tidewell {
 /// * What a process used before it took another name (by exec) stays under the former name.
 /// * What was used unseen, by a process that lived between two passes or in the last stretch of
 ///   one, is found with the process that reaped it: the growth of its reaped children's time, less
-///   what had been seen of the children that ended (`ReapedUsage`). Of that, a child that had been
+///   what had been seen of the children that ended (`ReaperCharges`). Of that, a child that had been
 ///   seen gets at most as much again as was seen of it, for its last stretch: so a loop of commands
 ///   of some seconds each goes on under one name. The rest is credited to who reaped.
 ///
@@ -74,52 +74,21 @@ class ConservedProcesses : public ProcessTable, public RunningApplications {
  private:
   using Application = std::shared_ptr<const RunningApplication>;
 
-  /// What had been seen of an ended process was found in the charge of another.
-  struct Claim {
-    std::int32_t reaper = 0;
-    std::size_t ended = 0;  ///< In `gone_`.
-  };
-
-  struct Process {
-    std::int32_t pid = 0;
-    std::int32_t parent = 0;
-    std::uint64_t startTime = 0;
-    std::uint64_t ownTime = 0;     ///< As last read, in the table's units.
-    std::uint64_t reapedTime = 0;  ///< Likewise.
-    std::uint64_t disk = 0;        ///< Likewise, read and written.
-    std::uint32_t programVersion = 0;
-    std::int32_t account = 0;  ///< Of its name and application; 0 without a name.
-    bool ended = false;
-    bool unread = false;      ///< On this pass, although it is there.
-    bool reapedSome = false;  ///< On this pass.
-    Usage counted;            ///< Under its present name.
-    ReapedUsage reaped;
-    std::string path;
-    Application application;  ///< Null for none.
-  };
-
   void pass();
   void measureInterval();
   void readProcesses();
-  void readProcess(std::int32_t pid, Process* known, const Application& application);
+  void readProcess(std::int32_t pid, CountedProcess* known, const Application& application);
   void add(std::int32_t pid, const ResourceUsage& usage, const Application& application);
-  void update(Process& process, const ResourceUsage& usage, const Application& application);
-  void readName(Process& process, std::uint32_t version, const Application& application);
-  void growDisk(Process& process, std::uint64_t bytes);
-  void miss(Process& process);
+  void update(CountedProcess& process, const ResourceUsage& usage, const Application& application);
+  void readName(CountedProcess& process, std::uint32_t version, const Application& application);
+  void growDisk(CountedProcess& process, std::uint64_t bytes);
+  void miss(CountedProcess& process);
   void findReapedMeanwhile();
   void removeEnded();
   void updateOrphans();
-  Process* livingParent(const Process& ended);
-  void claimFromReapers();
-  /// Returns the process that has it, or null.
-  Process* claimFromAncestors(std::int32_t ancestor, const Usage& seen);
-  void settle(Process& reaper);
-  void close(const Process& process);
+  void close(const CountedProcess& process);
   void foldAccounts();
-  [[nodiscard]] Usage seenOf(const Process& process) const;
-  static std::uint64_t seenTimeOf(const Process& process);
-  Process* find(std::int32_t pid);
+  CountedProcess* find(std::int32_t pid);
 
   Sources sources_;
   UsageAccounts accounts_;
@@ -132,10 +101,9 @@ class ConservedProcesses : public ProcessTable, public RunningApplications {
   std::vector<Application> listed_;        ///< Those and the accounts'.
   std::vector<std::int32_t> order_;        ///< As the system's table lists them.
   std::vector<std::int32_t> ascending_;    ///< The same, sorted.
-  std::vector<Process> processes_;         ///< Ascending by pid.
-  std::vector<Process> born_;              ///< New on this pass, ascending.
-  std::vector<Process> gone_;              ///< Ended on this pass, ascending.
-  std::vector<Claim> claims_;              ///< Of this pass, by reaper.
+  std::vector<CountedProcess> processes_;  ///< Ascending by pid.
+  std::vector<CountedProcess> born_;       ///< New on this pass, ascending.
+  std::vector<CountedProcess> gone_;       ///< Ended on this pass, ascending.
   std::size_t cursor_ = 0;                 ///< Where the next `find` is likely to hit.
   std::array<char, kPathCapacity> path_{};
 };

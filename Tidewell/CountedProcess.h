@@ -1,0 +1,44 @@
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "Tidewell/Ports/RunningApplications.h"
+#include "Tidewell/ReapedUsage.h"
+#include "Tidewell/UsageAccounts.h"
+
+namespace tidewell {
+
+/// A process as it was last read, and what is counted for it. Times are in the table's units.
+struct CountedProcess {
+  std::int32_t pid = 0;
+  std::int32_t parent = 0;
+  std::uint64_t startTime = 0;
+  std::uint64_t ownTime = 0;
+  std::uint64_t reapedTime = 0;
+  std::uint64_t disk = 0;  ///< Read and written.
+  std::uint32_t programVersion = 0;
+  std::int32_t account = 0;  ///< Of its name and application; 0 without a name.
+  bool ended = false;
+  bool unread = false;      ///< On this pass, although it is there.
+  bool reapedSome = false;  ///< On this pass.
+  Usage counted;            ///< Under its present name.
+  ReapedUsage reaped;
+  std::string path;
+  std::shared_ptr<const RunningApplication> application;  ///< Null for none.
+
+  /// The time that whoever reaps it is charged and that was counted already. A process without a
+  /// name is seen by nobody.
+  [[nodiscard]] std::uint64_t seenTime() const { return account == 0 ? 0 : ownTime + reapedTime; }
+};
+
+/// The process with that identifier, among some that are ascending by it; null when there is none.
+inline CountedProcess* findProcess(std::vector<CountedProcess>& processes, std::int32_t pid) {
+  const auto found = std::ranges::lower_bound(processes, pid, {}, &CountedProcess::pid);
+  return found == processes.end() || found->pid != pid ? nullptr : &*found;
+}
+
+}  // namespace tidewell

@@ -1,0 +1,106 @@
+#include "Tidewell/ReaperCharges.h"
+
+#include <algorithm>
+#include <span>
+
+namespace tidewell {
+namespace {
+
+constexpr int kMostAncestors = 64;
+
+}  // namespace
+
+ReaperCharges::ReaperCharges(std::vector<CountedProcess>& living, std::vector<CountedProcess>& gone,
+                             Terms terms)
+    : living_(living), gone_(gone), terms_(terms) {}
+
+/// The parent of a process that ended, if it has not ended as well. Another process may have its
+/// number by now.
+CountedProcess* ReaperCharges::livingParent(const CountedProcess& ended) {
+  const bool isGone = std::ranges::binary_search(gone_, ended.parent, {}, &CountedProcess::pid);
+  return isGone ? nullptr : findProcess(living_, ended.parent);
+}
+
+void ReaperCharges::claim() {
+  // A parent that lives is the reaper. This comes first, for what is left is open to guesses.
+  std::vector<const CountedProcess*> unclaimed;
+  for (const CountedProcess& process : gone_) {
+    CountedProcess* parent = livingParent(process);
+    if (parent && parent->reaped.claim(seenOf(process), terms_.tolerance)) {
+      note(process, parent);
+    } else {
+      unclaimed.push_back(&process);
+    }
+  }
+  // Where the parent could not be read, it most likely has it, unseen: such ones guess last.
+  std::stable_partition(unclaimed.begin(), unclaimed.end(), [this](const CountedProcess* process) {
+    const CountedProcess* parent = livingParent(*process);
+    return !parent || !parent->unread;
+  });
+  for (const CountedProcess* process : unclaimed)
+    note(*process, claimFromAncestors(process->parent, seenOf(*process)));
+  for (CountedProcess& process : gone_) {
+    for (const Usage& debt : process.reaped.takeDebts())
+      claimFromAncestors(process.parent, debt);
+  }
+  std::ranges::stable_sort(claims_, {}, &Claim::reaper);
+}
+
+void ReaperCharges::settle(CountedProcess& reaper) {
+  const Usage unseen = reaper.reaped.settle(terms_.mostTime, terms_.tolerance);
+  Usage rest = unseen;
+  // Clang 14 cannot use the `subrange` that `equal_range` gives.
+  const auto first = std::ranges::lower_bound(claims_, reaper.pid, {}, &Claim::reaper);
+  const auto last = std::ranges::upper_bound(claims_, reaper.pid, {}, &Claim::reaper);
+  const std::span<const Claim> claims(first, last);
+  double seen = 0;
+  for (const Claim& claim : claims)
+    seen += static_cast<double>(gone_[claim.ended].seenTime());
+  for (const Claim& claim : claims) {
+    CountedProcess& ended = gone_[claim.ended];
+    const double share = static_cast<double>(ended.seenTime()) / std::max(seen, 1.0);
+    const double most = std::min(static_cast<double>(unseen.time), seen);
+    Usage stretch = unseen.part(std::min(rest.time, static_cast<std::uint64_t>(most * share)));
+    stretch.disk = std::min(rest.disk, stretch.disk);
+    ended.counted += stretch;
+    rest.time -= stretch.time;
+    rest.disk -= stretch.disk;
+  }
+  reaper.counted += rest;
+}
+
+/// A process whose parent ended too was reaped by it, or by whoever inherited it. In either case
+/// the charge went up the line of its ancestors, and lies with the first that has it.
+CountedProcess* ReaperCharges::claimFromAncestors(std::int32_t ancestor, const Usage& seen) {
+  CountedProcess* nearest = nullptr;
+  for (int step = 0; ancestor > 0 && step < kMostAncestors; ++step) {
+    const auto gone = std::ranges::lower_bound(gone_, ancestor, {}, &CountedProcess::pid);
+    const bool isGone = gone != gone_.end() && gone->pid == ancestor;
+    CountedProcess* process = isGone ? &*gone : findProcess(living_, ancestor);
+    if (!process) break;
+    // One that ended may have been read after it reaped and before it ended.
+    const bool mayHaveIt = !isGone || process->reapedSome;
+    if (mayHaveIt && process->reaped.claim(seen, terms_.tolerance)) return process;
+    if (!isGone && !nearest) nearest = process;
+    ancestor = process->parent;
+  }
+  // Of one that waits to be reaped it is not known who has inherited its children. In the end they
+  // all fall to the first process.
+  CountedProcess* first = findProcess(living_, 1);
+  if (first && first->reaped.claim(seen, terms_.tolerance)) return first;
+  // Whoever reaped it was read before it did.
+  if (!nearest) nearest = first;
+  if (nearest) nearest->reaped.claimOnNext(seen);
+  return nullptr;
+}
+
+void ReaperCharges::note(const CountedProcess& ended, const CountedProcess* reaper) {
+  if (reaper) claims_.push_back({reaper->pid, static_cast<std::size_t>(&ended - gone_.data())});
+}
+
+Usage ReaperCharges::seenOf(const CountedProcess& process) const {
+  const bool countsDisk = terms_.includesDisk && process.account != 0;
+  return {process.seenTime(), countsDisk ? process.disk : 0};
+}
+
+}  // namespace tidewell

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "Tidewell/CountedProcess.h"
+
+namespace tidewell {
+
+/// Sorts out, on one pass over the processes, what those who reaped were charged for: what had been
+/// seen of the ended ones is counted elsewhere, the rest is still to be counted.
+///
+/// Works on the lists that it is made with, both ascending by identifier, which must outlive it and
+/// keep their places between `claim` and the last `settle`.
+class ReaperCharges {
+ public:
+  struct Terms {
+    std::uint64_t mostTime = 0;   ///< What all processors can have given on this pass.
+    std::uint64_t tolerance = 0;  ///< How much reaped time may be rounded.
+    bool includesDisk = false;    ///< Whether disk bytes are charged like time.
+  };
+
+  /// `gone` are the processes that ended on this pass.
+  ReaperCharges(std::vector<CountedProcess>& living, std::vector<CountedProcess>& gone,
+                Terms terms);
+
+  /// Takes what had been seen of the ended processes out of what their reapers are charged.
+  void claim();
+
+  /// Counts what `reaper`, of either list, was charged beyond all that had been seen: with the
+  /// children that were seen, at most as much again as of each, with itself the rest.
+  void settle(CountedProcess& reaper);
+
+ private:
+  /// What had been seen of an ended process was found in the charge of another.
+  struct Claim {
+    std::int32_t reaper = 0;
+    std::size_t ended = 0;  ///< In `gone_`.
+  };
+
+  void note(const CountedProcess& ended, const CountedProcess* reaper);
+  CountedProcess* livingParent(const CountedProcess& ended);
+  CountedProcess* claimFromAncestors(std::int32_t ancestor, const Usage& seen);
+  [[nodiscard]] Usage seenOf(const CountedProcess& process) const;
+
+  std::vector<CountedProcess>& living_;
+  std::vector<CountedProcess>& gone_;
+  Terms terms_;
+  std::vector<Claim> claims_;  ///< By reaper, once all are made.
+};
+
+}  // namespace tidewell
