@@ -75,38 +75,44 @@ std::string AppsLine::spoken() const {
   return words;
 }
 
-void AppsLines::show(const std::vector<AppsView::Section>& sections, const Edited& edited) {
+void AppsLines::show(const std::vector<AppsView::Section>& sections, const Told& edited,
+                     const Told& aboutTo) {
   const std::vector<AppsLine> next = linesOf(sections);
-  removeAllBut(next, edited);
+  const Audience audience{aboutTo, edited};
+  removeAllBut(next, audience);
   for (std::size_t row = 0; row < next.size(); ++row)
-    place(row, next[row], edited);
+    place(row, next[row], audience);
 }
 
-void AppsLines::removeAllBut(const std::vector<AppsLine>& next, const Edited& edited) {
+void AppsLines::make(const Edit& edit, const Audience& audience,
+                     const std::function<void()>& step) {
+  if (audience.aboutTo) audience.aboutTo(edit);
+  step();
+  audience.edited(edit);
+}
+
+void AppsLines::removeAllBut(const std::vector<AppsLine>& next, const Audience& audience) {
   for (std::size_t row = lines_.size(); row-- > 0;) {
     if (std::ranges::any_of(next, same(lines_[row]))) continue;
-    lines_.erase(at(lines_, row));
-    edited({Edit::Kind::remove, row});
+    make({Edit::Kind::remove, row}, audience, [&] { lines_.erase(at(lines_, row)); });
   }
 }
 
 /// Puts `line` at `row`; all above it are where they belong.
-void AppsLines::place(std::size_t row, const AppsLine& line, const Edited& edited) {
+void AppsLines::place(std::size_t row, const AppsLine& line, const Audience& audience) {
   const auto here = at(lines_, row);
   const auto found = std::find_if(here, lines_.end(), same(line));
   if (found == lines_.end()) {
-    lines_.insert(here, line);
-    edited({Edit::Kind::insert, row});
+    make({Edit::Kind::insert, row}, audience, [&] { lines_.insert(here, line); });
     return;
   }
   if (found != here) {
     const auto from = static_cast<std::size_t>(found - lines_.begin());
-    std::rotate(here, found, std::next(found));
-    edited({Edit::Kind::move, from, row});
+    make({Edit::Kind::move, from, row}, audience,
+         [&] { std::rotate(here, found, std::next(found)); });
   }
   if (lines_[row] == line) return;
-  lines_[row] = line;
-  edited({Edit::Kind::change, row});
+  make({Edit::Kind::change, row}, audience, [&] { lines_[row] = line; });
 }
 
 bool AppsLines::isEntry(std::size_t row) const {

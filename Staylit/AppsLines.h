@@ -51,10 +51,12 @@ class AppsLines {
 
     friend bool operator==(const Edit&, const Edit&) = default;
   };
-  /// Told of each step once it is done, so that the lines are the ones that the step led to.
-  using Edited = std::function<void(const Edit& edit)>;
+  using Told = std::function<void(const Edit& edit)>;
 
-  void show(const std::vector<AppsView::Section>& sections, const Edited& edited);
+  /// `edited` is told of each step once it is done, so that the lines are the ones that the step
+  /// led to; `aboutTo`, if there is one, right before.
+  void show(const std::vector<AppsView::Section>& sections, const Told& edited,
+            const Told& aboutTo = {});
 
   [[nodiscard]] const std::vector<AppsLine>& lines() const { return lines_; }
   [[nodiscard]] bool isEntry(std::size_t row) const;
@@ -65,8 +67,15 @@ class AppsLines {
   [[nodiscard]] std::optional<std::size_t> entryNear(std::size_t row) const;
 
  private:
-  void removeAllBut(const std::vector<AppsLine>& next, const Edited& edited);
-  void place(std::size_t row, const AppsLine& line, const Edited& edited);
+  /// Whom to tell of a step, before and after.
+  struct Audience {
+    const Told& aboutTo;
+    const Told& edited;
+  };
+
+  void removeAllBut(const std::vector<AppsLine>& next, const Audience& audience);
+  void place(std::size_t row, const AppsLine& line, const Audience& audience);
+  static void make(const Edit& edit, const Audience& audience, const std::function<void()>& step);
 
   std::vector<AppsLine> lines_;
 };

@@ -30,9 +30,9 @@ namespace tidewell {
 /// * What a process used before it took another name (by exec) stays under the former name.
 /// * What was used unseen, by a process that lived between two passes or in the last stretch of
 ///   one, is found with the process that reaped it: the growth of its reaped children's time, less
-///   what had been seen of the children that ended (`ReaperCharges`). Of that, a child that had been
-///   seen gets at most as much again as was seen of it, for its last stretch: so a loop of commands
-///   of some seconds each goes on under one name. The rest is credited to who reaped.
+///   what had been seen of the children that ended (`ReaperCharges`). Of that, a child that had
+///   been seen gets at most as much again as was seen of it, for its last stretch: so a loop of
+///   commands of some seconds each goes on under one name. The rest is credited to who reaped.
 ///
 /// Left out is what no one reaped (its parent ignores its end), and what cannot have been used
 /// since the last pass: time beyond what all processors could give in that interval. That is older

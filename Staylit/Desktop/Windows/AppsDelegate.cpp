@@ -49,7 +49,7 @@ QFont fontOf(const QStyleOptionViewItem& option, TextStyle style) {
   return styled(option.font, style);
 }
 
-int headingTop(const AppsModel::Line& line) {
+int headingTop(const AppsLine& line) {
   return line.section == 0 ? kFirstHeadingTop : kHeadingTop;
 }
 
@@ -57,35 +57,35 @@ int titleHeight(const QStyleOptionViewItem& option) {
   return std::max(kSymbolWidth, height(fontOf(option, TextStyle::headline)));
 }
 
-int headingHeight(const QStyleOptionViewItem& option, const AppsModel::Line& line) {
+int headingHeight(const QStyleOptionViewItem& option, const AppsLine& line) {
   return headingTop(line) + titleHeight(option) + kSubtitleGap +
          height(fontOf(option, TextStyle::smallCaption)) + kHeadingBottom;
 }
 
-int textsHeight(const QStyleOptionViewItem& option, const AppsView::Entry& entry) {
+int textsHeight(const QStyleOptionViewItem& option, const AppsLine& entry) {
   const int name = height(option.font);
-  return entry.detail ? name + kDetailGap + height(fontOf(option, TextStyle::caption)) : name;
+  return !entry.detail.empty() ? name + kDetailGap + height(fontOf(option, TextStyle::caption))
+                               : name;
 }
 
-int entryHeight(const QStyleOptionViewItem& option, const AppsView::Entry& entry) {
+int entryHeight(const QStyleOptionViewItem& option, const AppsLine& entry) {
   return std::max(kSymbolWidth, textsHeight(option, entry)) + 2 * kEntryMargin;
 }
 
-int emptyHeight(const QStyleOptionViewItem& option, const AppsModel::Line& line) {
+int emptyHeight(const QStyleOptionViewItem& option, const AppsLine& line) {
   const QRect room(0, 0, option.rect.width() - 2 * kPadding, QWIDGETSIZE_MAX);
   const QFontMetrics metrics(fontOf(option, TextStyle::callout));
-  return metrics.boundingRect(room, Qt::TextWordWrap, qt(line.emptyText)).height() +
-         2 * kEmptyMargin;
+  return metrics.boundingRect(room, Qt::TextWordWrap, qt(line.text)).height() + 2 * kEmptyMargin;
 }
 
-int lineHeight(const QStyleOptionViewItem& option, const AppsModel::Line& line) {
+int lineHeight(const QStyleOptionViewItem& option, const AppsLine& line) {
   switch (line.kind) {
-    case AppsModel::Line::Kind::heading:
+    case AppsLine::Kind::heading:
       return headingHeight(option, line);
-    case AppsModel::Line::Kind::empty:
+    case AppsLine::Kind::empty:
       return emptyHeight(option, line);
-    case AppsModel::Line::Kind::entry:
-      return entryHeight(option, line.entry);
+    case AppsLine::Kind::entry:
+      return entryHeight(option, line);
   }
   return 0;
 }
@@ -135,41 +135,41 @@ void AppsDelegate::paint(QPainter* painter, const QStyleOptionViewItem& given,
   option.rect.adjust(0, 0, 0, -marginBelow(index));
   painter->save();
   painter->setRenderHint(QPainter::Antialiasing);
-  const AppsModel::Line& line = model_.line(index);
+  const AppsLine& line = model_.line(index);
   Canvas canvas{*painter, option, Surface::base(option.palette)};
   canvas.surface.background = plateColor(canvas.surface, index);
   switch (line.kind) {
-    case AppsModel::Line::Kind::heading:
+    case AppsLine::Kind::heading:
       paintHeading(canvas, line);
       break;
-    case AppsModel::Line::Kind::empty:
+    case AppsLine::Kind::empty:
       paintEmpty(canvas, line);
       break;
-    case AppsModel::Line::Kind::entry:
+    case AppsLine::Kind::entry:
       paintEntry(canvas, line, index);
       break;
   }
   painter->restore();
 }
 
-void AppsDelegate::paintHeading(const Canvas& canvas, const AppsModel::Line& line) {
+void AppsDelegate::paintHeading(const Canvas& canvas, const AppsLine& line) {
   QRect title = canvas.content();
   title.setTop(title.top() + headingTop(line));
   title.setHeight(titleHeight(canvas.option));
-  const int end = paintTitle(canvas, line.heading, title);
-  paintBadge(canvas, line.heading.count, end + kHeadingGap, title);
+  const int end = paintTitle(canvas, line, title);
+  paintBadge(canvas, line.count, end + kHeadingGap, title);
 
   QRect subtitle = canvas.content();
   subtitle.setTop(title.bottom() + 1 + kSubtitleGap);
   subtitle.setBottom(canvas.option.rect.bottom() - kHeadingBottom);
   canvas.text(subtitle, fontOf(canvas.option, TextStyle::smallCaption),
-              textColor(Tone::tertiary, canvas.surface), qt(line.heading.subtitle));
+              textColor(Tone::tertiary, canvas.surface), qt(line.detail));
 }
 
-int AppsDelegate::paintTitle(const Canvas& canvas, const AppsModel::Heading& heading, QRect line) {
+int AppsDelegate::paintTitle(const Canvas& canvas, const AppsLine& heading, QRect line) {
   const QFont font = fontOf(canvas.option, TextStyle::headline);
   const QColor color = textColor(Tone::primary, canvas.surface);
-  const QString title = qt(heading.title);
+  const QString title = qt(heading.text);
   canvas.symbol(QRect(line.topLeft(), QSize(kSymbolWidth, line.height())), heading.symbol, color);
   line.setLeft(line.left() + kSymbolWidth + kHeadingGap);
   canvas.text(line, font, color, title);
@@ -196,34 +196,34 @@ void AppsDelegate::paintBadge(const Canvas& canvas, std::size_t count, int left,
   canvas.painter.drawText(badge, Qt::AlignCenter, number);
 }
 
-void AppsDelegate::paintEmpty(const Canvas& canvas, const AppsModel::Line& line) {
+void AppsDelegate::paintEmpty(const Canvas& canvas, const AppsLine& line) {
   canvas.text(canvas.content().adjusted(0, kEmptyMargin, 0, -kEmptyMargin),
               fontOf(canvas.option, TextStyle::callout), textColor(Tone::secondary, canvas.surface),
-              qt(line.emptyText), Qt::TextWordWrap);
+              qt(line.text), Qt::TextWordWrap);
 }
 
-void AppsDelegate::paintEntry(const Canvas& canvas, const AppsModel::Line& line,
+void AppsDelegate::paintEntry(const Canvas& canvas, const AppsLine& line,
                               const QModelIndex& index) const {
   paintPlate(canvas, index);
   const QColor secondary = textColor(Tone::secondary, canvas.surface);
   const bool reacts = index == feedback_.hovered || index == feedback_.ringed;
   QRect rest = canvas.content();
-  canvas.symbol(QRect(rest.left(), rest.top(), kSymbolWidth, rest.height()), line.entry.symbol,
+  canvas.symbol(QRect(rest.left(), rest.top(), kSymbolWidth, rest.height()), line.symbol,
                 secondary);
   const QRect move(rest.right() + 1 - kMoveSymbol, rest.top(), kMoveSymbol, rest.height());
   canvas.symbol(move, line.moveSymbol,
                 reacts ? textColor(Tone::primary, canvas.surface) : faintSignColor(canvas.surface));
 
   rest.adjust(kSymbolWidth + kSymbolGap, 0, -kMoveSymbol - kSymbolGap, 0);
-  const int texts = textsHeight(canvas.option, line.entry);
+  const int texts = textsHeight(canvas.option, line);
   QRect name(rest.left(), rest.top() + (rest.height() - texts) / 2, rest.width(),
              height(canvas.option.font));
-  paintName(canvas, line.entry, name);
-  if (!line.entry.detail) return;
+  paintName(canvas, line, name);
+  if (line.detail.empty()) return;
   const QFont caption = fontOf(canvas.option, TextStyle::caption);
   const QRect detail(rest.left(), name.bottom() + 1 + kDetailGap, rest.width(), height(caption));
   const QString elided =
-      QFontMetrics(caption).elidedText(qt(*line.entry.detail), Qt::ElideRight, detail.width());
+      QFontMetrics(caption).elidedText(qt(line.detail), Qt::ElideRight, detail.width());
   canvas.text(detail, caption, secondary, elided);
 }
 
@@ -247,10 +247,10 @@ void AppsDelegate::paintPlate(const Canvas& canvas, const QModelIndex& index) co
   }
 }
 
-void AppsDelegate::paintName(const Canvas& canvas, const AppsView::Entry& entry, QRect line) {
+void AppsDelegate::paintName(const Canvas& canvas, const AppsLine& entry, QRect line) {
   const QFont& font = canvas.option.font;
   if (entry.isWorking) line.setWidth(line.width() - kDotGap - kDot);
-  const QString name = QFontMetrics(font).elidedText(qt(entry.name), Qt::ElideMiddle, line.width());
+  const QString name = QFontMetrics(font).elidedText(qt(entry.text), Qt::ElideMiddle, line.width());
   canvas.text(line, font, textColor(Tone::primary, canvas.surface), name);
   if (!entry.isWorking) return;
   QRect dot(line.left() + width(font, name) + kDotGap, 0, kDot, kDot);

@@ -31,16 +31,15 @@ class AppsDelegate : public QAbstractItemDelegate {
  private:
   struct Canvas;
 
-  static void paintHeading(const Canvas& canvas, const AppsModel::Line& line);
-  static int paintTitle(const Canvas& canvas, const AppsModel::Heading& heading, QRect line);
+  static void paintHeading(const Canvas& canvas, const AppsLine& line);
+  static int paintTitle(const Canvas& canvas, const AppsLine& heading, QRect line);
   static void paintBadge(const Canvas& canvas, std::size_t count, int left, QRect line);
-  static void paintEmpty(const Canvas& canvas, const AppsModel::Line& line);
-  void paintEntry(const Canvas& canvas, const AppsModel::Line& line,
-                  const QModelIndex& index) const;
+  static void paintEmpty(const Canvas& canvas, const AppsLine& line);
+  void paintEntry(const Canvas& canvas, const AppsLine& line, const QModelIndex& index) const;
   int marginBelow(const QModelIndex& index) const;
   QColor plateColor(const Surface& surface, const QModelIndex& index) const;
   void paintPlate(const Canvas& canvas, const QModelIndex& index) const;
-  static void paintName(const Canvas& canvas, const AppsView::Entry& entry, QRect line);
+  static void paintName(const Canvas& canvas, const AppsLine& entry, QRect line);
 
   const AppsModel& model_;
   Feedback feedback_;

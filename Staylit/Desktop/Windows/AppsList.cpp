@@ -54,8 +54,8 @@ std::vector<AppsList::Anchor> AppsList::anchors() const {
     const QRect place = visualRect(index);
     if (!model_->isEntry(index) || place.top() < 0) continue;
     if (place.top() > viewport()->height()) break;
-    const AppsModel::Line& line = model_->line(index);
-    found.push_back({line.entry.id, line.section, line.entry.isWorking, place.top()});
+    const AppsLine& line = model_->line(index);
+    found.push_back({line.id, line.section, line.isWorking, place.top()});
   }
   return found;
 }
@@ -64,8 +64,8 @@ void AppsList::holdFast(const std::vector<Anchor>& anchors) {
   for (const Anchor& anchor : anchors) {
     const QModelIndex index = model_->indexOf(anchor.id);
     if (!index.isValid()) continue;
-    const AppsModel::Line& line = model_->line(index);
-    if (line.section != anchor.section || line.entry.isWorking != anchor.isWorking) continue;
+    const AppsLine& line = model_->line(index);
+    if (line.section != anchor.section || line.isWorking != anchor.isWorking) continue;
     QScrollBar* bar = verticalScrollBar();
     bar->setValue(bar->value() + visualRect(index).top() - anchor.top);
     return;
@@ -222,7 +222,7 @@ void AppsList::scrollContentsBy(int dx, int dy) {
 
 void AppsList::choose(const QModelIndex& index) {
   if (!model_->isEntry(index) || !onChoose_) return;
-  const std::string id = model_->line(index).entry.id;
+  const std::string id = model_->line(index).id;
   const QPersistentModelIndex next = successor(index);
   onChoose_(id);
   if (!next.isValid()) return;

@@ -48,7 +48,7 @@ class AppsWindowTest : public WindowsTest {
 
   QModelIndex row(const std::string& id) { return list().apps().indexOf(id); }
   std::string idAt(const QModelIndex& index) {
-    return list().apps().isEntry(index) ? list().apps().line(index).entry.id : "";
+    return list().apps().isEntry(index) ? list().apps().line(index).id : "";
   }
   std::string current() { return idAt(list().currentIndex()); }
   Texts rows() {
