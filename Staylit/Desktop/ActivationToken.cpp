@@ -1,25 +1,38 @@
 #include "Staylit/Desktop/ActivationToken.h"
 
+#include <chrono>
 #include <cstdlib>
+#include <string>
 #include <utility>
 
 namespace staylit {
 namespace {
 
-std::string& kept() {
-  static std::string token;
+using Clock = std::chrono::steady_clock;
+
+/// Longer than a click takes to become a request; a token of a click that asked for no window must
+/// not go with a much later one.
+constexpr std::chrono::seconds kLifetime{10};
+
+struct Kept {
+  std::string token;
+  Clock::time_point since;
+};
+
+Kept& kept() {
+  static Kept token;
   return token;
 }
 
 }  // namespace
 
 void ActivationToken::set(const std::string& token) {
-  kept() = token;
+  kept() = {token, Clock::now()};
 }
 
 void ActivationToken::use() {
-  const std::string token = std::exchange(kept(), "");
-  if (token.empty()) return;
+  const auto [token, since] = std::exchange(kept(), {});
+  if (token.empty() || Clock::now() - since > kLifetime) return;
   ::setenv("XDG_ACTIVATION_TOKEN", token.c_str(), 1);
   ::setenv("DESKTOP_STARTUP_ID", token.c_str(), 1);
 }

@@ -10,7 +10,7 @@ class ActivationToken {
  public:
   ActivationToken() = delete;
 
-  /// Keeps it for the next window; an empty one is none.
+  /// Keeps it for a window that is asked for in the next seconds; an empty one is none.
   static void set(const std::string& token);
   /// Puts it into the environment, where toolkits look for it, and forgets it.
   static void use();

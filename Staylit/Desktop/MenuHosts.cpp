@@ -6,6 +6,8 @@ namespace staylit {
 namespace {
 
 constexpr tidewell::Seconds kTick{2};
+/// Five minutes, far longer than anybody reads a menu.
+constexpr int kMostTicks = 150;
 
 }  // namespace
 
@@ -18,8 +20,9 @@ MenuHosts::~MenuHosts() {
 
 void MenuHosts::opened(sd_bus_message* message) {
   follow(sd_bus_message_get_bus(message));
+  ticksLeft_ = kMostTicks;
   if (!track_ || sd_bus_track_add_sender(track_, message) < 0 || timer_) return;
-  timer_ = loop_.scheduleRepeating(kTick, refresh_);
+  timer_ = loop_.scheduleRepeating(kTick, [this] { tick(); });
   timer_->setTolerance(kTick / 4);
 }
 
@@ -27,6 +30,11 @@ void MenuHosts::closed(sd_bus_message* message) {
   if (!track_ || sd_bus_message_get_bus(message) != bus_) return;
   sd_bus_track_remove_sender(track_, message);
   if (sd_bus_track_count(track_) == 0) timer_.reset();
+}
+
+void MenuHosts::tick() {
+  refresh_();
+  if (--ticksLeft_ <= 0) forget();
 }
 
 void MenuHosts::follow(sd_bus* bus) {

@@ -11,7 +11,8 @@
 namespace staylit {
 
 /// Who has the menu open, and a clock that ticks as long as anybody has. A host that leaves the bus
-/// has closed it. Main thread only; the loop must outlive it.
+/// has closed it, and so has one that says nothing for minutes: not all tell that they close it.
+/// Main thread only; the loop must outlive it.
 class MenuHosts {
  public:
   /// `refresh` runs every two seconds while the menu is open.
@@ -26,6 +27,7 @@ class MenuHosts {
   [[nodiscard]] bool isOpen() const { return timer_ != nullptr; }
 
  private:
+  void tick();
   static int allLeft(sd_bus_track* track, void* data);
   void follow(sd_bus* bus);
   void forget();
@@ -35,6 +37,7 @@ class MenuHosts {
   sd_bus* bus_ = nullptr;  ///< That `track_` is on, which keeps it.
   sd_bus_track* track_ = nullptr;
   std::unique_ptr<tidewell::RepeatingTimer> timer_;
+  int ticksLeft_ = 0;
 };
 
 }  // namespace staylit

@@ -5,10 +5,13 @@
 namespace staylit {
 namespace {
 
+/// No panel shows more; a name that another program chose may be of any length.
+constexpr std::size_t kLongestLabel = 200;
+
 /// A single underscore would mark the letter that follows as the item's access key.
 std::string label(const std::string& title) {
   std::string doubled;
-  for (const char character : platform::cleaned(title)) {
+  for (const char character : platform::shortened(platform::cleaned(title), kLongestLabel)) {
     doubled += character;
     if (character == '_') doubled += '_';
   }

@@ -3,6 +3,7 @@
 #include <arpa/inet.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <string_view>
 #include <utility>
@@ -25,6 +26,12 @@ constexpr platform::BusMethod kRegister{kWatcher, "/StatusNotifierWatcher", kWat
                                         "RegisterStatusNotifierItem"};
 constexpr platform::BusMethod kRequestName{"org.freedesktop.DBus", "/org/freedesktop/DBus",
                                            "org.freedesktop.DBus", "RequestName"};
+
+/// A panel that starts may be too busy to take the item at once.
+constexpr tidewell::Seconds kFirstPause{1};
+constexpr tidewell::Seconds kLongestPause{60};
+
+constexpr std::size_t kLongestToolTip = 400;
 
 int appendText(sd_bus_message* message, const std::string& text) {
   return sd_bus_message_append(message, "s", platform::cleaned(text).c_str());
@@ -89,7 +96,8 @@ const sd_bus_vtable StatusNotifierItem::kTable[] = {
 
 StatusNotifierItem::StatusNotifierItem(platform::EventLoop& loop, Bus& bus, MenuDelegate& delegate,
                                        const std::filesystem::path& iconFolder)
-    : bus_(bus),
+    : loop_(loop),
+      bus_(bus),
       iconFolder_(iconFolder),
       object_(bus, {kPath, kInterface}, kTable, this),
       menu_(loop, bus, delegate) {}
@@ -136,6 +144,8 @@ void StatusNotifierItem::followWatcher() {
   watcher_ = bus_.watchName(kWatcher, [this](bool owned) {
     nameRequest_.reset();
     registration_.reset();
+    retry_.reset();
+    pause_ = kFirstPause;
     if (owned) takeName();
   });
 }
@@ -166,11 +176,22 @@ void StatusNotifierItem::registerAs(const std::string& service) {
       [&service](sd_bus_message* call) {
         return sd_bus_message_append(call, "s", service.c_str());
       },
-      [](const BusReply& reply) {
+      [this, service](const BusReply& reply) {
         if (reply) return;
-        tidewell::Log::error("the status item was not taken: " +
-                             (reply.errorName.empty() ? "no answer" : reply.errorName));
+        if (pause_ == kFirstPause) {
+          tidewell::Log::error("the status item was not taken: " +
+                               (reply.errorName.empty() ? "no answer" : reply.errorName));
+        }
+        registerLater(service);
       });
+}
+
+void StatusNotifierItem::registerLater(const std::string& service) {
+  retry_ = loop_.scheduleRepeating(pause_, [this, service] {
+    retry_.reset();
+    registerAs(service);
+  });
+  pause_ = std::min(2 * pause_, kLongestPause);
 }
 
 int StatusNotifierItem::property(sd_bus* /*bus*/, const char* /*path*/, const char* /*interface*/,
@@ -190,7 +211,8 @@ int StatusNotifierItem::appendProperty(std::string_view name, sd_bus_message* re
   if (name == "IconPixmap") return appendPixmaps(reply);
   if (name == "IconAccessibleDesc") return appendText(reply, appearance_.accessibilityDescription);
   if (name == "ToolTip") {
-    const std::string text = platform::cleaned(appearance_.toolTip);
+    const std::string text =
+        platform::shortened(platform::cleaned(appearance_.toolTip), kLongestToolTip);
     return sd_bus_message_append(reply, "(sa(iiay)ss)", "", 0, text.c_str(), "");
   }
   if (name == "ItemIsMenu") return sd_bus_message_append(reply, "b", 1);

@@ -3,6 +3,7 @@
 #include <systemd/sd-bus.h>
 
 #include <filesystem>
+#include <memory>
 #include <string>
 
 #include "Platform/Linux/Bus/Bus.h"
@@ -15,9 +16,9 @@ namespace staylit {
 
 /// The status item on the session bus, as `org.kde.StatusNotifierItem`, with its menu.
 ///
-/// Registers with every `org.kde.StatusNotifierWatcher` that appears, from the first `show` on;
-/// without one it waits. Does not connect the bus by itself. Main thread only; all arguments must
-/// outlive it.
+/// Registers with every `org.kde.StatusNotifierWatcher` that appears, from the first `show` on,
+/// again and again if that one fails at it; without one it waits. Does not connect the bus by
+/// itself. Main thread only; all arguments must outlive it.
 class StatusNotifierItem : public StatusItem {
  public:
   static constexpr const char* kPath = "/StatusNotifierItem";
@@ -44,7 +45,9 @@ class StatusNotifierItem : public StatusItem {
   void followWatcher();
   void takeName();
   void registerAs(const std::string& service);
+  void registerLater(const std::string& service);
 
+  platform::EventLoop& loop_;
   platform::Bus& bus_;
   std::string iconFolder_;
   StatusItemAppearance appearance_;
@@ -53,6 +56,8 @@ class StatusNotifierItem : public StatusItem {
   platform::BusListening watcher_;
   platform::BusSlot nameRequest_;
   platform::BusSlot registration_;
+  std::unique_ptr<tidewell::RepeatingTimer> retry_;
+  tidewell::Seconds pause_{0};
 };
 
 }  // namespace staylit

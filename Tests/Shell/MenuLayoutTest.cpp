@@ -138,6 +138,12 @@ TEST(MenuProperties, DoublesUnderscoresSoThatNoneBecomesAnAccessKey) {
             MenuPropertyValue(std::string("__my____tool")));
 }
 
+TEST(MenuProperties, CutsALabelThatNoPanelCouldShow) {
+  MenuItem item;
+  item.title = std::string(10'000, 'x');
+  EXPECT_EQ(menuProperties(item)[0].value, MenuPropertyValue(std::string(200, 'x') + "…"));
+}
+
 TEST(MenuProperties, MakesWhateverAProcessCallsItselfFitForTheBus) {
   EXPECT_EQ(menuProperties(header("a\xff\nb"))[0].value,
             MenuPropertyValue(std::string("a\uFFFD\uFFFDb")));

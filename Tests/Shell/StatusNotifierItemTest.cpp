@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <optional>
 #include <string>
 #include <vector>
@@ -163,6 +164,27 @@ TEST_F(StatusNotifierItemTest, RegistersAgainWhenTheBusWasRestarted) {
   EXPECT_TRUE(eventually([&] { return watcher->items().size() == 1; }));
   Host byName(*loop, ownName());
   EXPECT_EQ(byName.itemProperty("ToolTip"), "('' [] 'Idle — your Mac can sleep' '')");
+}
+
+TEST_F(StatusNotifierItemTest, AsksAWatcherAgainThatFailsAtFirst) {
+  std::atomic<int> asked = 0;
+  platform::testing::BusService busy(
+      sessionDaemon->address(), {"org.kde.StatusNotifierWatcher"}, [&](sd_bus_message* call) {
+        if (++asked < 3) {
+          sd_bus_reply_method_errorf(call, SD_BUS_ERROR_FAILED, "not yet");
+        } else {
+          sd_bus_reply_method_return(call, "");
+        }
+      });
+  item->show(kHeld);
+  EXPECT_TRUE(eventually([&] { return asked == 3; }));
+}
+
+TEST_F(StatusNotifierItemTest, CutsAToolTipThatNoPanelCouldShow) {
+  StatusItemAppearance endless = kHeld;
+  endless.toolTip = std::string(10'000, 'x');
+  item->show(endless);
+  EXPECT_EQ(host->itemProperty("ToolTip"), "('' [] '" + std::string(400, 'x') + "…' '')");
 }
 
 TEST_F(StatusNotifierItemTest, LivesOnWithAWatcherThatRefuses) {

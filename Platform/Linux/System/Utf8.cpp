@@ -63,4 +63,15 @@ std::string cleaned(std::string_view bytes) {
   return copied(bytes, isSafe);
 }
 
+std::string shortened(std::string text, std::size_t mostCharacters) {
+  std::size_t characters = 0;
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    const bool isContinued = (static_cast<unsigned char>(text[at]) & 0xC0U) == 0x80U;
+    if (isContinued || ++characters <= mostCharacters) continue;
+    text.resize(at);
+    return text + "…";
+  }
+  return text;
+}
+
 }  // namespace platform

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -14,5 +15,8 @@ namespace platform {
 /// direction of writing, and the code points that D-Bus refuses become one U+FFFD each. A process
 /// may call itself anything, so what it calls itself passes here first.
 [[nodiscard]] std::string cleaned(std::string_view bytes);
+
+/// `text`, which is valid UTF-8, with an ellipsis for what it has beyond so many characters.
+[[nodiscard]] std::string shortened(std::string text, std::size_t mostCharacters);
 
 }  // namespace platform

@@ -54,6 +54,14 @@ TEST(Utf8, WellFormedKeepsControlCharacters) {
   EXPECT_EQ(wellFormed("a\nb\xFF"), "a\nb\uFFFD");
 }
 
+TEST(Utf8, ShortensAtTheBorderOfACharacter) {
+  EXPECT_EQ(shortened("", 0), "");
+  EXPECT_EQ(shortened("abc", 3), "abc");
+  EXPECT_EQ(shortened("abcd", 3), "abc…");
+  EXPECT_EQ(shortened("äöü", 3), "äöü");
+  EXPECT_EQ(shortened("äöüß", 3), "äöü…");
+}
+
 TEST(Utf8, IsValidForEveryPairOfBytes) {
   for (int first = 0; first < 256; ++first) {
     for (int second = 0; second < 256; ++second) {
