@@ -6,6 +6,7 @@
 
 #include "Platform/Linux/System/Utf8.h"
 #include "Staylit/Desktop/ActivationToken.h"
+#include "Staylit/Desktop/Display.h"
 #include "Staylit/Desktop/MessageReading.h"
 #include "Tidewell/Log.h"
 
@@ -41,17 +42,44 @@ std::string startupToken() {
   return platform::cleaned(token ? token : "");
 }
 
+/// Where the display is, for one that was started without; a key of our own.
+constexpr const char* kDisplayKey = "com.staylit.display";
+
+int appendDisplay(sd_bus_message* call) {
+  int result = sd_bus_message_open_container(call, 'e', "sv");
+  if (result >= 0) result = sd_bus_message_append(call, "s", kDisplayKey);
+  if (result >= 0) result = sd_bus_message_open_container(call, 'v', "as");
+  if (result >= 0) result = sd_bus_message_open_container(call, 'a', "s");
+  for (const std::string& variable : Display::variables()) {
+    if (result < 0) return result;
+    result = sd_bus_message_append(call, "s", platform::cleaned(variable).c_str());
+  }
+  for (int level = 0; level < 3 && result >= 0; ++level)
+    result = sd_bus_message_close_container(call);
+  return result;
+}
+
 /// Appends what the window system gave this start, so that it helps the first one.
 int appendPlatformData(sd_bus_message* call) {
   const std::string token = startupToken();
-  return sd_bus_message_append(call, "a{sv}", 2, "activation-token", "s", token.c_str(),
-                               "desktop-startup-id", "s", token.c_str());
+  int result = sd_bus_message_open_container(call, 'a', "{sv}");
+  for (const char* key : {"activation-token", "desktop-startup-id"}) {
+    if (result >= 0) result = sd_bus_message_append(call, "{sv}", key, "s", token.c_str());
+  }
+  if (result >= 0) result = appendDisplay(call);
+  return result < 0 ? result : sd_bus_message_close_container(call);
 }
 
 int readPlatformData(sd_bus_message* call) {
   std::string token;
-  const int result = readTextEntry(call, "activation-token", token);
-  if (result >= 0 && !token.empty()) ActivationToken::set(token);
+  std::vector<std::string> display;
+  const int result = readEntries(call, [&](const std::string& key) {
+    if (key == "activation-token") return readTextValue(call, token);
+    return key == kDisplayKey ? readTextsValue(call, display) : 0;
+  });
+  if (result < 0) return result;
+  if (!token.empty()) ActivationToken::set(token);
+  Display::learn(display);
   return result;
 }
 
@@ -68,6 +96,7 @@ std::optional<MenuItem::Action> ApplicationService::action(std::string_view name
   if (name == "pause") return MenuItem::Action::togglePause;
   if (name == "choose-apps") return MenuItem::Action::openApps;
   if (name == "settings") return MenuItem::Action::openSettings;
+  if (name == "quit") return MenuItem::Action::terminate;
   return std::nullopt;
 }
 
@@ -78,7 +107,7 @@ ApplicationService::ApplicationService(platform::EventLoop& loop, platform::Bus&
       perform_(std::move(perform)),
       object_(sessionBus, {kPath, kInterface}, kTable, this) {}
 
-ApplicationService::Claim ApplicationService::claim(const std::string& actionName) {
+ApplicationService::Claim ApplicationService::claim(const Request& request) {
   for (int attempt = 0; attempt < 3; ++attempt) {
     const bool isConnected = bus_.connect() >= 0;
     // Whoever finds the name must find the object as well.
@@ -91,7 +120,8 @@ ApplicationService::Claim ApplicationService::claim(const std::string& actionNam
       keepName();
       return Claim::first;
     }
-    const Answer answer = askOwner(actionName);
+    if (request.isBackground) return Claim::second;
+    const Answer answer = askOwner(request);
     if (answer == Answer::done) return Claim::second;
     if (answer == Answer::none) break;
   }
@@ -100,7 +130,8 @@ ApplicationService::Claim ApplicationService::claim(const std::string& actionNam
   return Claim::besides;
 }
 
-ApplicationService::Answer ApplicationService::askOwner(const std::string& actionName) {
+ApplicationService::Answer ApplicationService::askOwner(const Request& request) {
+  const std::string& actionName = request.action;
   std::optional<Answer> answer;
   const platform::BusSlot call = bus_.callAsync(
       actionName.empty() ? kActivate : kActivateAction,

@@ -25,7 +25,8 @@ class ApplicationService {
   static constexpr const char* kPath = "/com/staylit/app";
   static constexpr const char* kInterface = "org.freedesktop.Application";
 
-  /// What the others of a session ask for by these names: "pause", "choose-apps" and "settings".
+  /// What the others of a session ask for by these names: "pause", "choose-apps", "settings" and
+  /// "quit".
   static std::optional<MenuItem::Action> action(std::string_view name);
 
   /// `perform` does what is asked for; called from the loop, never from within a call.
@@ -34,15 +35,21 @@ class ApplicationService {
   ApplicationService(const ApplicationService&) = delete;
   ApplicationService& operator=(const ApplicationService&) = delete;
 
+  /// What a start of the program wants of the one that runs in the session already.
+  struct Request {
+    std::string action;         ///< A name that `action` knows; empty: that it shows itself.
+    bool isBackground = false;  ///< Nothing at all; it only wants that one runs.
+  };
+
   /// What is known after `claim` of who runs in this session.
   enum class Claim {
     first,    ///< This program has the name, or there is no session bus.
     second,   ///< Another has the name and has been asked to do what this one was started for.
     besides,  ///< Another has the name and does not answer; this one gets the name when it goes.
   };
-  /// Takes the name, or asks its owner for the action of that name (empty: to activate itself),
-  /// waiting for it a few seconds at most. Call it once, before the loop runs.
-  Claim claim(const std::string& actionName);
+  /// Takes the name, or makes the request of its owner, waiting for it a few seconds at most. Call
+  /// it once, before the loop runs.
+  Claim claim(const Request& request);
 
  private:
   static int activate(sd_bus_message* call, void* data, sd_bus_error* error);
@@ -51,7 +58,7 @@ class ApplicationService {
   static const sd_bus_vtable kTable[];
 
   enum class Answer { done, gone, none };
-  Answer askOwner(const std::string& actionName);
+  Answer askOwner(const Request& request);
   void keepName();
   void performLater(MenuItem::Action action);
 

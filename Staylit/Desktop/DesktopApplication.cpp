@@ -3,27 +3,21 @@
 #include <optional>
 #include <utility>
 
-#include "Staylit/Desktop/ApplicationService.h"
+#include "Staylit/Desktop/DesktopNotification.h"
 #include "Staylit/Desktop/LoginSession.h"
 #include "Staylit/Desktop/SessionClient.h"
+#include "Staylit/Prefs.h"
+#include "Tidewell/ClamshellController.h"
 
 namespace staylit {
 
 DesktopApplication::DesktopApplication(platform::EventLoop& loop, platform::Bus& sessionBus,
                                        DesktopUserInterface& userInterface,
-                                       std::vector<std::string> arguments)
+                                       ApplicationService::Request request)
     : loop_(loop),
       sessionBus_(sessionBus),
       userInterface_(userInterface),
-      arguments_(std::move(arguments)) {}
-
-std::string DesktopApplication::wantedAction() const {
-  for (const std::string& argument : arguments_) {
-    if (!argument.starts_with("--")) continue;
-    if (ApplicationService::action(argument.substr(2))) return argument.substr(2);
-  }
-  return "";
-}
+      request_(std::move(request)) {}
 
 void DesktopApplication::run(ApplicationDelegate& delegate) {
   const auto end = [this] { loop_.stop(); };
@@ -31,14 +25,17 @@ void DesktopApplication::run(ApplicationDelegate& delegate) {
   loop_.watchTerminationSignals(end);
   ApplicationService service(loop_, sessionBus_,
                              [this](MenuItem::Action action) { userInterface_.choose(action); });
-  const std::string wanted = wantedAction();
-  if (service.claim(wanted) == ApplicationService::Claim::second) return;
+  const auto action = ApplicationService::action(request_.action);
+  if (service.claim(request_) == ApplicationService::Claim::second) return;
+  // There is nothing to end but this start.
+  if (action == MenuItem::Action::terminate) return;
 
   std::optional<LoginSession> session;
   if (const auto id = LoginSession::ownGraphical()) session.emplace(loop_, *id, end);
   const SessionClient client(sessionBus_, end);
   delegate.applicationDidFinishLaunching();
-  if (const auto action = ApplicationService::action(wanted)) {
+  tellOfLid();
+  if (action) {
     loop_.async([this, action] { userInterface_.choose(*action); });
   }
   runLoop();
@@ -50,6 +47,15 @@ void DesktopApplication::runLoop() {
   // The first window makes the loop return, for the window kit to drive it from then on.
   WindowKit* kit = userInterface_.windowKit();
   if (kit && !loop_.isStopping()) kit->run();
+}
+
+void DesktopApplication::tellOfLid() {
+  // Asked for in an earlier run: nobody looks at the Settings window, which shows a failure, now.
+  if (!Prefs::shared().defaults().boolean(keys::allowLidClosed)) return;
+  if (tidewell::ClamshellController::isDisabled()) return;
+  showNotification(sessionBus_,
+                   {"With its lid closed the computer will sleep",
+                    "Staylit could not switch \"Work with the lid closed\" on again."});
 }
 
 }  // namespace staylit

@@ -1,8 +1,20 @@
 #include "Staylit/Desktop/MessageReading.h"
 
+#include <set>
+#include <string_view>
+
 #include "Platform/Linux/Bus/BusMessage.h"
 
 namespace staylit {
+namespace {
+
+/// Whether a variant of that type comes next.
+bool holds(sd_bus_message* message, std::string_view wanted) {
+  const char* type = nullptr;
+  return sd_bus_message_peek_type(message, nullptr, &type) > 0 && type && wanted == type;
+}
+
+}  // namespace
 
 int readTexts(sd_bus_message* message, std::vector<std::string>& texts) {
   int result = sd_bus_message_enter_container(message, 'a', "s");
@@ -15,8 +27,10 @@ int readTexts(sd_bus_message* message, std::vector<std::string>& texts) {
 int readNumbers(sd_bus_message* message, std::vector<std::int32_t>& numbers) {
   int result = sd_bus_message_enter_container(message, 'a', "i");
   std::int32_t number = 0;
-  while (result >= 0 && (result = sd_bus_message_read(message, "i", &number)) > 0)
-    numbers.push_back(number);
+  std::set<std::int32_t> seen;
+  while (result >= 0 && (result = sd_bus_message_read(message, "i", &number)) > 0) {
+    if (seen.insert(number).second) numbers.push_back(number);
+  }
   return result < 0 ? result : sd_bus_message_exit_container(message);
 }
 
@@ -31,23 +45,32 @@ int replyWithNumbers(sd_bus_message* call, const std::vector<std::vector<std::in
   return result < 0 ? result : sd_bus_send(nullptr, raw, nullptr);
 }
 
-int readTextEntry(sd_bus_message* message, const std::string& key, std::string& text) {
+int readEntries(sd_bus_message* message, const EntryReader& read) {
   int result = sd_bus_message_enter_container(message, 'a', "{sv}");
   while (result >= 0 && (result = sd_bus_message_enter_container(message, 'e', "sv")) > 0) {
-    const char* name = nullptr;
-    const char* type = nullptr;
-    const char* value = nullptr;
-    if ((result = sd_bus_message_read(message, "s", &name)) < 0) break;
-    if ((result = sd_bus_message_peek_type(message, nullptr, &type)) < 0) break;
-    if (key == name && std::string(type) == "s") {
-      result = sd_bus_message_read(message, "v", "s", &value);
-      if (result >= 0) text = value;
-    } else {
-      result = sd_bus_message_skip(message, "v");
-    }
+    const char* key = nullptr;
+    if ((result = sd_bus_message_read(message, "s", &key)) < 0) break;
+    result = read(key);
+    if (result == 0) result = sd_bus_message_skip(message, "v");
     if (result >= 0) result = sd_bus_message_exit_container(message);
   }
   return result < 0 ? result : sd_bus_message_exit_container(message);
+}
+
+int readTextValue(sd_bus_message* message, std::string& text) {
+  if (!holds(message, "s")) return 0;
+  const char* value = nullptr;
+  const int result = sd_bus_message_read(message, "v", "s", &value);
+  if (result >= 0) text = value;
+  return result < 0 ? result : 1;
+}
+
+int readTextsValue(sd_bus_message* message, std::vector<std::string>& texts) {
+  if (!holds(message, "as")) return 0;
+  int result = sd_bus_message_enter_container(message, 'v', "as");
+  if (result >= 0) result = readTexts(message, texts);
+  if (result >= 0) result = sd_bus_message_exit_container(message);
+  return result < 0 ? result : 1;
 }
 
 }  // namespace staylit

@@ -3,6 +3,7 @@
 #include <systemd/sd-bus.h>
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -12,11 +13,17 @@ namespace staylit {
 
 /// Reads `as`.
 int readTexts(sd_bus_message* message, std::vector<std::string>& texts);
-/// Reads `ai`.
+/// Reads `ai`, each number once.
 int readNumbers(sd_bus_message* message, std::vector<std::int32_t>& numbers);
 /// Answers a call with as many `ai` as there are lists.
 int replyWithNumbers(sd_bus_message* call, const std::vector<std::vector<std::int32_t>>& lists);
-/// Reads `a{sv}` and gives the text of the entry `key`; empty when there is none.
-int readTextEntry(sd_bus_message* message, const std::string& key, std::string& text);
+
+/// Reads the value of the entry whose key it is given: 1 when it has, 0 when it is not interested.
+using EntryReader = std::function<int(const std::string& key)>;
+/// Reads `a{sv}`, skipping what `read` does not read.
+int readEntries(sd_bus_message* message, const EntryReader& read);
+/// Reads a variant if it holds `s`, or `as`: 1 when it has, 0 when it holds something else.
+int readTextValue(sd_bus_message* message, std::string& text);
+int readTextsValue(sd_bus_message* message, std::vector<std::string>& texts);
 
 }  // namespace staylit

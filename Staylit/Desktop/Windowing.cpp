@@ -1,24 +1,11 @@
 #include "Staylit/Desktop/Windowing.h"
 
-#include <cstdlib>
-
 #include "Platform/Linux/System/Modules.h"
 #include "Staylit/Desktop/DesktopNotification.h"
+#include "Staylit/Desktop/Display.h"
 #include "Tidewell/Log.h"
 
 namespace staylit {
-namespace {
-
-bool isSet(const char* variable) {
-  const char* value = std::getenv(variable);
-  return value && *value;
-}
-
-bool hasDisplay() {
-  return isSet("WAYLAND_DISPLAY") || isSet("DISPLAY");
-}
-
-}  // namespace
 
 Windowing::Windowing(platform::EventLoop& loop, platform::Bus& sessionBus)
     : loop_(loop), sessionBus_(sessionBus) {}
@@ -29,7 +16,8 @@ WindowKit* Windowing::kit() {
 }
 
 void Windowing::makeKit() {
-  if (!hasDisplay()) {
+  if (!Display::isKnown()) Display::learnFromServiceManager(sessionBus_);
+  if (!Display::isKnown()) {
     return cannotShow("there is no display", "Start Staylit within a desktop session.");
   }
   if (platform::moduleFile(kWindowsModule).empty()) {

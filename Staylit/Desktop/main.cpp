@@ -1,3 +1,4 @@
+#include <iostream>
 #include <memory>
 #include <string>
 #include <vector>
@@ -7,16 +8,23 @@
 #include "Platform/Linux/Loop/EventLoop.h"
 #include "Platform/Posix/StandardStreams.h"
 #include "Staylit/AppMain.h"
+#include "Staylit/Desktop/CommandLine.h"
 #include "Staylit/Desktop/DesktopApplication.h"
 #include "Staylit/Desktop/DesktopUserInterface.h"
 
 int main(int argc, char** argv) {
   platform::prepareStandardStreams();
   const std::vector<std::string> arguments(argv, argv + argc);
+  const staylit::CommandLine commandLine(arguments);
+  if (const auto information = commandLine.information()) {
+    std::cout << *information;
+    return 0;
+  }
   const auto loop = std::make_shared<platform::EventLoop>();
   const auto buses = std::make_shared<platform::Buses>(*loop);
   const std::unique_ptr<tidewell::Ports> ports = platform::makeLinuxPorts(loop, buses);
   staylit::DesktopUserInterface userInterface(*loop, buses->session);
-  staylit::DesktopApplication application(*loop, buses->session, userInterface, arguments);
+  staylit::DesktopApplication application(*loop, buses->session, userInterface,
+                                          commandLine.request());
   return staylit::AppMain(*ports, application, userInterface).run(arguments);
 }

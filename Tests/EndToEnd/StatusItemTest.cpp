@@ -107,6 +107,29 @@ TEST_F(StatusItemTest, IsNotInTheWayOfTheDiagnosticsReport) {
   EXPECT_TRUE(shows("staylit-cup-and-saucer-fill-symbolic"));
 }
 
+TEST_F(StatusItemTest, IsEndedByASecondStartThatIsToldTo) {
+  const ChildProgram staylit = start();
+  showItem();
+  EXPECT_EQ(wait(start({"--quit"})), 0);
+  EXPECT_EQ(wait(staylit), 0);
+  EXPECT_EQ(wait(start({"--quit"})), 0) << "nothing runs";
+}
+
+TEST_F(StatusItemTest, IsLeftAloneByASecondStartInTheBackground) {
+  const ChildProgram staylit = start({"--background"});
+  showItem();
+  ASSERT_TRUE(host);
+  EXPECT_EQ(wait(start({"--background"})), 0);
+  EXPECT_EQ(output("err").find("window"), std::string::npos);
+  EXPECT_EQ(watcher->items().size(), 1U);
+}
+
+TEST_F(StatusItemTest, TellsItsVersionWithoutABus) {
+  sessionDaemon->stop();
+  EXPECT_EQ(wait(start({"--version"})), 0);
+  EXPECT_TRUE(output().starts_with("Staylit "));
+}
+
 TEST_F(StatusItemTest, PausesAFirstStartThatIsToldTo) {
   const ChildProgram staylit = start({"--pause"});
   showItem();

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <cstdlib>
 #include <memory>
 #include <optional>
 #include <string>
@@ -18,6 +19,7 @@ namespace {
 
 using platform::Bus;
 using platform::testing::BusService;
+using platform::testing::ScopedEnvironment;
 using testing::Host;
 using Action = MenuItem::Action;
 using Claim = ApplicationService::Claim;
@@ -47,15 +49,15 @@ class ApplicationServiceTest : public platform::testing::BusTest {
 
 TEST_F(ApplicationServiceTest, TakesTheNameAtTheFirstStart) {
   Start first(*loop);
-  EXPECT_EQ(first.service.claim(""), Claim::first);
+  EXPECT_EQ(first.service.claim({}), Claim::first);
   EXPECT_TRUE(nameIsOwned());
 }
 
 TEST_F(ApplicationServiceTest, ASecondStartMakesTheFirstShowChooseApps) {
   Start first(*loop);
-  ASSERT_EQ(first.service.claim(""), Claim::first);
+  ASSERT_EQ(first.service.claim({}), Claim::first);
   Start second(*loop);
-  EXPECT_EQ(second.service.claim(""), Claim::second);
+  EXPECT_EQ(second.service.claim({}), Claim::second);
   EXPECT_TRUE(eventually([&] { return !first.performed.empty(); }));
   EXPECT_EQ(first.performed, (std::vector<Action>{Action::openApps}));
   EXPECT_TRUE(second.performed.empty());
@@ -63,19 +65,58 @@ TEST_F(ApplicationServiceTest, ASecondStartMakesTheFirstShowChooseApps) {
 
 TEST_F(ApplicationServiceTest, ASecondStartPassesItsActionOn) {
   Start first(*loop);
-  ASSERT_EQ(first.service.claim(""), Claim::first);
-  for (const char* action : {"pause", "settings", "choose-apps"}) {
+  ASSERT_EQ(first.service.claim({}), Claim::first);
+  for (const char* action : {"pause", "settings", "choose-apps", "quit"}) {
     Start second(*loop);
-    EXPECT_EQ(second.service.claim(action), Claim::second);
+    EXPECT_EQ(second.service.claim({action}), Claim::second);
   }
-  EXPECT_TRUE(eventually([&] { return first.performed.size() == 3; }));
-  EXPECT_EQ(first.performed,
-            (std::vector<Action>{Action::togglePause, Action::openSettings, Action::openApps}));
+  EXPECT_TRUE(eventually([&] { return first.performed.size() == 4; }));
+  EXPECT_EQ(first.performed, (std::vector<Action>{Action::togglePause, Action::openSettings,
+                                                  Action::openApps, Action::terminate}));
+}
+
+TEST_F(ApplicationServiceTest, AStartInTheBackgroundLeavesTheFirstAlone) {
+  Start first(*loop);
+  ASSERT_EQ(first.service.claim({}), Claim::first);
+  Start second(*loop);
+  EXPECT_EQ(second.service.claim({"", true}), Claim::second);
+  platform::testing::runBriefly(*loop);
+  EXPECT_TRUE(first.performed.empty());
+}
+
+TEST_F(ApplicationServiceTest, LearnsWhereTheDisplayIsFromALaterStart) {
+  const ScopedEnvironment wayland("WAYLAND_DISPLAY", std::nullopt);
+  const ScopedEnvironment x("DISPLAY", std::nullopt);
+  Start first(*loop);
+  ASSERT_EQ(first.service.claim({}), Claim::first);
+  Host later(*loop, "com.staylit.app");
+  EXPECT_EQ(later.call("/com/staylit/app", "org.freedesktop.Application", "Activate",
+                       [](sd_bus_message* message) {
+                         return sd_bus_message_append(message, "a{sv}", 2, "com.staylit.display",
+                                                      "as", 2, "HOME=/tmp", "DISPLAY=:7",
+                                                      "activation-token", "s", "token");
+                       }),
+            "");
+  EXPECT_STREQ(std::getenv("DISPLAY"), ":7");
+}
+
+TEST_F(ApplicationServiceTest, TellsTheFirstWhereTheDisplayIs) {
+  const ScopedEnvironment wayland("WAYLAND_DISPLAY", "wayland-4");
+  std::string call;
+  const BusService first(sessionDaemon->address(), {"com.staylit.app"},
+                         [&call](sd_bus_message* message) {
+                           call = testing::textOf(message);
+                           sd_bus_reply_method_return(message, "");
+                         });
+  Start second(*loop);
+  EXPECT_EQ(second.service.claim({}), Claim::second);
+  EXPECT_NE(call.find("'com.staylit.display' ["), std::string::npos) << call;
+  EXPECT_NE(call.find("'WAYLAND_DISPLAY=wayland-4'"), std::string::npos) << call;
 }
 
 TEST_F(ApplicationServiceTest, ObeysTheDesktopAndRefusesWhatItDoesNotKnow) {
   Start first(*loop);
-  ASSERT_EQ(first.service.claim("settings"), Claim::first);
+  ASSERT_EQ(first.service.claim({"settings"}), Claim::first);
   Host desktop(*loop, "com.staylit.app");
   const auto call = [&](const char* member, const Bus::Arguments& arguments) {
     return desktop.call("/com/staylit/app", "org.freedesktop.Application", member, arguments);
@@ -106,14 +147,14 @@ TEST_F(ApplicationServiceTest, ObeysTheDesktopAndRefusesWhatItDoesNotKnow) {
 TEST_F(ApplicationServiceTest, IsTheFirstWhereThereIsNoBus) {
   sessionDaemon->stop();
   Start start(*loop);
-  EXPECT_EQ(start.service.claim(""), Claim::first);
+  EXPECT_EQ(start.service.claim({}), Claim::first);
 }
 
 TEST_F(ApplicationServiceTest, StartsAllTheSameOnABusThatHangs) {
   const platform::testing::SilentBus silent;
-  const platform::testing::ScopedEnvironment address("DBUS_SESSION_BUS_ADDRESS", silent.address());
+  const ScopedEnvironment address("DBUS_SESSION_BUS_ADDRESS", silent.address());
   Start start(*loop);
-  EXPECT_EQ(start.service.claim(""), Claim::first);
+  EXPECT_EQ(start.service.claim({}), Claim::first);
 }
 
 TEST_F(ApplicationServiceTest, RunsBesidesAnOwnerThatHangsAndGetsTheNameAfterIt) {
@@ -121,7 +162,7 @@ TEST_F(ApplicationServiceTest, RunsBesidesAnOwnerThatHangsAndGetsTheNameAfterIt)
   hung.emplace(sessionDaemon->address(), std::vector<std::string>{"com.staylit.app"},
                [](sd_bus_message*) {});
   Start start(*loop);
-  EXPECT_EQ(start.service.claim(""), Claim::besides);
+  EXPECT_EQ(start.service.claim({}), Claim::besides);
   platform::testing::runBriefly(*loop);
   hung.reset();
   Host desktop(*loop, "com.staylit.app");
@@ -138,13 +179,13 @@ TEST_F(ApplicationServiceTest, TakesTheNameOfAnOwnerThatDiesInsteadOfAnswering) 
   dying.emplace(sessionDaemon->address(), std::vector<std::string>{"com.staylit.app"},
                 [](sd_bus_message* call) { sd_bus_close(sd_bus_message_get_bus(call)); });
   Start start(*loop);
-  EXPECT_EQ(start.service.claim(""), Claim::first);
+  EXPECT_EQ(start.service.claim({}), Claim::first);
   EXPECT_TRUE(nameIsOwned());
 }
 
 TEST_F(ApplicationServiceTest, HasTheNameAgainWhenTheBusWasRestarted) {
   Start start(*loop);
-  ASSERT_EQ(start.service.claim(""), Claim::first);
+  ASSERT_EQ(start.service.claim({}), Claim::first);
   sessionDaemon->stop();
   ASSERT_TRUE(eventually([&] { return start.bus.handle() == nullptr; }));
   sessionDaemon->start();

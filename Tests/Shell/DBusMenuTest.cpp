@@ -77,7 +77,7 @@ TEST_F(DBusMenuTest, GivesOnlyThePropertiesThatAreAskedFor) {
 }
 
 TEST_F(DBusMenuTest, ServesAHostThatOnlyAsksForGroupsOfProperties) {
-  EXPECT_EQ(host->groupProperties({3, 99, 0}, {"label", "children-display"}),
+  EXPECT_EQ(host->groupProperties({3, 99, 0, 3, 99}, {"label", "children-display"}),
             "[(3 ['label' 'Aider — 50% CPU']) (0 ['children-display' 'submenu'])]");
   EXPECT_EQ(host->groupProperties({}, {"type"}),
             "[(0 []) (1 []) (2 ['type' 'separator']) (3 []) (4 ['type' 'separator']) (5 []) "

@@ -81,7 +81,7 @@ std::string autostartText(std::string_view command) {
          "Comment=Keeps the computer awake while it works\n"
          "Exec=" +
          std::string(command) +
-         "\n"
+         " --background\n"
          "Icon=com.staylit.app\n"
          "Terminal=false\n"
          "StartupNotify=false\n";

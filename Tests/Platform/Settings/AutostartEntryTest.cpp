@@ -66,7 +66,7 @@ TEST_F(AutostartEntryTest, IsADesktopFileThatStartsTheProgram) {
             "Type=Application\n"
             "Name=Staylit\n"
             "Comment=Keeps the computer awake while it works\n"
-            "Exec=\"/opt/staylit/bin/staylit\"\n"
+            "Exec=\"/opt/staylit/bin/staylit\" --background\n"
             "Icon=com.staylit.app\n"
             "Terminal=false\n"
             "StartupNotify=false\n");
@@ -80,7 +80,7 @@ TEST_F(AutostartEntryTest, LiesInTheHomeFolderUnlessTheUserHasMovedIt) {
 
 TEST_F(AutostartEntryTest, NamesAProgramThatEverySessionFindsByItsNameAlone) {
   EXPECT_EQ(AutostartEntry(program("bin/staylit")).registerItem(), std::nullopt);
-  EXPECT_EQ(command(), Words{"staylit"});
+  EXPECT_EQ(command(), (Words{"staylit", "--background"}));
 }
 
 TEST_F(AutostartEntryTest, FollowsALinkToTheProgram) {
@@ -88,21 +88,21 @@ TEST_F(AutostartEntryTest, FollowsALinkToTheProgram) {
   fs::create_directory(folder.path() / "bin");
   fs::create_symlink(real, folder.path() / "bin/staylit");
   EXPECT_EQ(AutostartEntry(real).registerItem(), std::nullopt);
-  EXPECT_EQ(command(), Words{"staylit"});
+  EXPECT_EQ(command(), (Words{"staylit", "--background"}));
 }
 
 TEST_F(AutostartEntryTest, NamesThePathOfAProgramThatAnotherHides) {
   program("bin/staylit");
   const fs::path built = program("build/staylit");
   EXPECT_EQ(AutostartEntry(built).registerItem(), std::nullopt);
-  EXPECT_EQ(command(), Words{built.string()});
+  EXPECT_EQ(command(), (Words{built.string(), "--background"}));
 }
 
 TEST_F(AutostartEntryTest, NamesThePathOfAProgramInTheUsersOwnFolders) {
   const fs::path own = program("home/.local/bin/staylit");
   const ScopedEnvironment shell("PATH", own.parent_path().string());
   EXPECT_EQ(AutostartEntry(own).registerItem(), std::nullopt);
-  EXPECT_EQ(command(), Words{own.string()});
+  EXPECT_EQ(command(), (Words{own.string(), "--background"}));
 }
 
 TEST_F(AutostartEntryTest, LeavesAFileAloneThatIsRightAlready) {
@@ -118,7 +118,7 @@ TEST_F(AutostartEntryTest, LeavesAFileAloneThatIsRightAlready) {
 TEST_F(AutostartEntryTest, ReplacesAnyOtherFile) {
   folder.write("config/autostart/com.staylit.app.desktop", "[Desktop Entry]\nHidden=true\n");
   EXPECT_EQ(AutostartEntry("/a").registerItem(), std::nullopt);
-  EXPECT_EQ(command(), Words{"/a"});
+  EXPECT_EQ(command(), (Words{"/a", "--background"}));
   EXPECT_EQ(textOf(file()).find("Hidden"), std::string::npos);
 }
 

@@ -1,0 +1,49 @@
+#include "Staylit/Desktop/CommandLine.h"
+
+#include <algorithm>
+
+namespace staylit {
+namespace {
+
+constexpr const char* kHelp =
+    "Usage: staylit [OPTION]\n"
+    "\n"
+    "Keeps the computer awake while real work is going on. Without an option it starts;\n"
+    "where it runs already, that one shows its Choose Apps window.\n"
+    "\n"
+    "  --diagnose     watch for a quarter of a minute, report what works, and end\n"
+    "  --pause        pause, or resume\n"
+    "  --choose-apps  show the window in which applications are chosen\n"
+    "  --settings     show the settings\n"
+    "  --background   start, or do nothing where it runs already\n"
+    "  --quit         end the Staylit that runs\n"
+    "  --help         print this\n"
+    "  --version      print the version\n"
+    "\n"
+    "staylit(1) says more.\n";
+
+constexpr const char* kVersion = "Staylit " STAYLIT_VERSION "\n";
+
+}  // namespace
+
+bool CommandLine::has(const char* option) const {
+  return std::ranges::find(arguments_, option) != arguments_.end();
+}
+
+std::optional<std::string> CommandLine::information() const {
+  if (has("--diagnose")) return std::nullopt;
+  if (has("--help")) return kHelp;
+  if (has("--version")) return kVersion;
+  return std::nullopt;
+}
+
+ApplicationService::Request CommandLine::request() const {
+  for (const std::string& argument : arguments_) {
+    if (!argument.starts_with("--")) continue;
+    const std::string name = argument.substr(2);
+    if (ApplicationService::action(name)) return {name, false};
+  }
+  return {"", has("--background")};
+}
+
+}  // namespace staylit
