@@ -6,6 +6,8 @@
 #include <utility>
 
 #include "Platform/Linux/Bus/BusMessage.h"
+#include "Staylit/Desktop/MenuChoice.h"
+#include "Staylit/Desktop/MenuMessages.h"
 #include "Staylit/Desktop/MessageReading.h"
 
 namespace staylit {
@@ -17,49 +19,6 @@ constexpr const char* kItem = "ia{sv}av";
 
 int unknownItem(sd_bus_error* error, std::int32_t id) {
   return sd_bus_error_setf(error, SD_BUS_ERROR_INVALID_ARGS, "the menu has no item %d", id);
-}
-
-/// Appends `a{sv}`, of the properties that are wanted.
-int appendProperties(sd_bus_message* message, const MenuProperties& properties,
-                     const std::vector<std::string>& names) {
-  int result = sd_bus_message_open_container(message, 'a', "{sv}");
-  for (const MenuProperty& property : properties) {
-    const bool wanted = names.empty() || std::ranges::find(names, property.name) != names.end();
-    if (!wanted || result < 0) continue;
-    result = sd_bus_message_open_container(message, 'e', "sv");
-    if (result >= 0) result = sd_bus_message_append(message, "s", property.name);
-    if (result >= 0) result = appendVariant(message, property.value);
-    if (result >= 0) result = sd_bus_message_close_container(message);
-  }
-  return result < 0 ? result : sd_bus_message_close_container(message);
-}
-
-int appendUpdated(sd_bus_message* message, const std::vector<MenuLayout::ItemChange>& items) {
-  int result = sd_bus_message_open_container(message, 'a', "(ia{sv})");
-  for (const MenuLayout::ItemChange& item : items) {
-    if (item.updated.empty() || result < 0) continue;
-    result = sd_bus_message_open_container(message, 'r', "ia{sv}");
-    if (result >= 0) result = sd_bus_message_append(message, "i", item.id);
-    if (result >= 0) result = appendProperties(message, item.updated, {});
-    if (result >= 0) result = sd_bus_message_close_container(message);
-  }
-  return result < 0 ? result : sd_bus_message_close_container(message);
-}
-
-int appendRemoved(sd_bus_message* message, const std::vector<MenuLayout::ItemChange>& items) {
-  int result = sd_bus_message_open_container(message, 'a', "(ias)");
-  for (const MenuLayout::ItemChange& item : items) {
-    if (item.removed.empty() || result < 0) continue;
-    result = sd_bus_message_open_container(message, 'r', "ias");
-    if (result >= 0) result = sd_bus_message_append(message, "i", item.id);
-    if (result >= 0) result = sd_bus_message_open_container(message, 'a', "s");
-    for (const char* name : item.removed) {
-      if (result >= 0) result = sd_bus_message_append(message, "s", name);
-    }
-    if (result >= 0) result = sd_bus_message_close_container(message);
-    if (result >= 0) result = sd_bus_message_close_container(message);
-  }
-  return result < 0 ? result : sd_bus_message_close_container(message);
 }
 
 int version(sd_bus*, const char*, const char*, const char*, sd_bus_message* reply, void*,
@@ -123,8 +82,21 @@ void DBusMenu::refresh() {
   });
 }
 
+void DBusMenu::chooseLater(MenuItem::Action action) {
+  loop_.async([weak = std::weak_ptr<bool>(alive_), this, action] {
+    if (weak.lock()) staylit::choose(delegate_, action);
+  });
+}
+
 MenuLayout::Change DBusMenu::rebuild() {
   return layout_.update(delegate_.menuNeedsUpdate());
+}
+
+MenuLayout::Change DBusMenu::rebuildToShow() {
+  hosts_.surelyClosed();
+  MenuLayout::Change change = rebuild();
+  change.isLayout = change.isLayout || isLayoutNews_;
+  return change;
 }
 
 void DBusMenu::rebuildIfNew() {
@@ -138,7 +110,10 @@ void DBusMenu::announce(const MenuLayout::Change& change) {
       return result < 0 ? result : appendRemoved(message, change.items);
     });
   }
-  if (!change.isLayout) return;
+  isLayoutNews_ = isLayoutNews_ || change.isLayout;
+  // The menus of some hosts cannot grow while they are open.
+  if (!isLayoutNews_ || hosts_.isOnlyGuessed()) return;
+  isLayoutNews_ = false;
   object_.emit("LayoutUpdated", [this](sd_bus_message* message) {
     return sd_bus_message_append(message, "ui", layout_.revision(), MenuLayout::kRoot);
   });
@@ -268,8 +243,11 @@ void DBusMenu::choose(const MenuItem& item) {
   // The host is answered first: what is chosen may take its time, or end the program.
   loop_.async([weak = std::weak_ptr<bool>(alive_), this, item] {
     if (!weak.lock()) return;
+    hosts_.surelyClosed();
     delegate_.perform(item);
-    if (weak.lock()) refreshIfOpen();
+    if (!weak.lock()) return;
+    if (isLayoutNews_) announce({});
+    refreshIfOpen();
   });
 }
 
@@ -308,11 +286,12 @@ int DBusMenu::aboutToShow(sd_bus_message* call, void* data, sd_bus_error* error)
   int result = sd_bus_message_read(call, "i", &id);
   if (result < 0) return result;
   MenuLayout::Change change;
-  if (id == MenuLayout::kRoot) change = self.rebuild();
+  if (id == MenuLayout::kRoot) change = self.rebuildToShow();
   self.rebuildIfNew();
   if (!self.propertiesOf(id)) return unknownItem(error, id);
   result = sd_bus_reply_method_return(call, "b", change ? 1 : 0);
   self.announce(change);
+  if (id == MenuLayout::kRoot) self.hosts_.mayHaveOpened();
   return result;
 }
 
@@ -322,7 +301,8 @@ int DBusMenu::aboutToShowGroup(sd_bus_message* call, void* data, sd_bus_error* e
   int result = readNumbers(call, ids);
   if (result < 0) return result;
   MenuLayout::Change change;
-  if (std::ranges::find(ids, MenuLayout::kRoot) != ids.end()) change = self.rebuild();
+  const bool isRoot = std::ranges::find(ids, MenuLayout::kRoot) != ids.end();
+  if (isRoot) change = self.rebuildToShow();
   self.rebuildIfNew();
   std::vector<std::int32_t> unknown;
   std::ranges::copy_if(ids, std::back_inserter(unknown),
@@ -332,6 +312,7 @@ int DBusMenu::aboutToShowGroup(sd_bus_message* call, void* data, sd_bus_error* e
   if (change) changed.push_back(MenuLayout::kRoot);
   result = replyWithNumbers(call, {changed, unknown});
   self.announce(change);
+  if (isRoot) self.hosts_.mayHaveOpened();
   return result;
 }
 

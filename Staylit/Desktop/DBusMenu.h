@@ -39,6 +39,9 @@ class DBusMenu {
   /// know and show it at once when they open the menu, in the size that it had.
   void refresh();
 
+  /// Does what the item with that action does, later, from the loop.
+  void chooseLater(MenuItem::Action action);
+
  private:
   /// Some properties by their names, or all.
   using Names = std::vector<std::string>;
@@ -53,6 +56,7 @@ class DBusMenu {
   static const sd_bus_vtable kTable[];
 
   MenuLayout::Change rebuild();
+  MenuLayout::Change rebuildToShow();
   void rebuildIfNew();
   void announce(const MenuLayout::Change& change);
   /// Null for an item that is not in the menu.
@@ -68,6 +72,8 @@ class DBusMenu {
   MenuDelegate& delegate_;
   MenuLayout layout_;
   MenuHosts hosts_;
+  /// Whether hosts have yet to hear of another layout.
+  bool isLayoutNews_ = false;
   /// What work for later holds instead of the menu: gone when it is.
   std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);
   platform::BusObject object_;

@@ -8,6 +8,8 @@ namespace {
 constexpr tidewell::Seconds kTick{2};
 /// Five minutes, far longer than anybody reads a menu.
 constexpr int kMostTicks = 150;
+/// Half a minute.
+constexpr int kGuessedTicks = 15;
 
 }  // namespace
 
@@ -20,21 +22,44 @@ MenuHosts::~MenuHosts() {
 
 void MenuHosts::opened(sd_bus_message* message) {
   follow(sd_bus_message_get_bus(message));
-  ticksLeft_ = kMostTicks;
-  if (!track_ || sd_bus_track_add_sender(track_, message) < 0 || timer_) return;
-  timer_ = loop_.scheduleRepeating(kTick, [this] { tick(); });
-  timer_->setTolerance(kTick / 4);
+  if (!track_ || sd_bus_track_add_sender(track_, message) < 0) return;
+  trackedTicks_ = kMostTicks;
+  guessedTicks_ = 0;
+  startClock();
 }
 
 void MenuHosts::closed(sd_bus_message* message) {
   if (!track_ || sd_bus_message_get_bus(message) != bus_) return;
   sd_bus_track_remove_sender(track_, message);
-  if (sd_bus_track_count(track_) == 0) timer_.reset();
+  stopClockIfIdle();
+}
+
+void MenuHosts::mayHaveOpened() {
+  if (isTracking()) return;
+  guessedTicks_ = kGuessedTicks;
+  startClock();
+}
+
+void MenuHosts::surelyClosed() {
+  guessedTicks_ = 0;
+  stopClockIfIdle();
+}
+
+void MenuHosts::startClock() {
+  if (timer_) return;
+  timer_ = loop_.scheduleRepeating(kTick, [this] { tick(); });
+  timer_->setTolerance(kTick / 4);
+}
+
+void MenuHosts::stopClockIfIdle() {
+  if (!isTracking() && guessedTicks_ == 0) timer_.reset();
 }
 
 void MenuHosts::tick() {
+  if (guessedTicks_ > 0) --guessedTicks_;
+  if (track_ && --trackedTicks_ <= 0) forget();
+  stopClockIfIdle();
   refresh_();
-  if (--ticksLeft_ <= 0) forget();
 }
 
 void MenuHosts::follow(sd_bus* bus) {
@@ -46,14 +71,13 @@ void MenuHosts::follow(sd_bus* bus) {
 void MenuHosts::forget() {
   sd_bus_track_unref(std::exchange(track_, nullptr));
   bus_ = nullptr;
-  timer_.reset();
 }
 
-int MenuHosts::allLeft(sd_bus_track* track, void* data) {
-  auto& self = *static_cast<MenuHosts*>(data);
+int MenuHosts::allLeft(sd_bus_track* /*track*/, void* data) {
   // Told late: somebody may have opened the menu in between.
-  if (sd_bus_track_count(track) == 0) self.timer_.reset();
-  return 0;
+  static_cast<MenuHosts*>(data)->stopClockIfIdle();
+  // With 0 the bus would ask again at once, and for ever, instead of reading its messages.
+  return 1;
 }
 
 }  // namespace staylit

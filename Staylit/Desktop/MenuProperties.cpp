@@ -18,33 +18,6 @@ std::string label(const std::string& title) {
   return doubled;
 }
 
-int appendValue(sd_bus_message* message, const std::string& text) {
-  return sd_bus_message_append(message, "v", "s", text.c_str());
-}
-
-int appendValue(sd_bus_message* message, bool flag) {
-  return sd_bus_message_append(message, "v", "b", flag ? 1 : 0);
-}
-
-int appendValue(sd_bus_message* message, std::int32_t number) {
-  return sd_bus_message_append(message, "v", "i", number);
-}
-
-/// A list of shortcuts, with one or none.
-int appendValue(sd_bus_message* message, const MenuShortcut& keys) {
-  int result = sd_bus_message_open_container(message, 'v', "aas");
-  if (result >= 0) result = sd_bus_message_open_container(message, 'a', "as");
-  if (result >= 0 && !keys.empty()) {
-    result = sd_bus_message_open_container(message, 'a', "s");
-    for (const std::string& key : keys) {
-      if (result >= 0) result = sd_bus_message_append(message, "s", key.c_str());
-    }
-    if (result >= 0) result = sd_bus_message_close_container(message);
-  }
-  if (result >= 0) result = sd_bus_message_close_container(message);
-  return result < 0 ? result : sd_bus_message_close_container(message);
-}
-
 /// Hosts know keys by the names that the toolkits have for them, which for a letter is itself.
 std::string keyName(const std::string& character) {
   return character == "," ? "comma" : platform::cleaned(character);
@@ -81,10 +54,6 @@ std::optional<MenuPropertyValue> defaultMenuProperty(std::string_view name) {
     if (name == text) return std::string();
   }
   return std::nullopt;
-}
-
-int appendVariant(sd_bus_message* message, const MenuPropertyValue& value) {
-  return std::visit([message](const auto& held) { return appendValue(message, held); }, value);
 }
 
 }  // namespace staylit

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <systemd/sd-bus.h>
-
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -37,8 +35,5 @@ MenuProperties rootMenuProperties();
 
 /// What a property is when nothing is said of it; absent for one that does not exist.
 std::optional<MenuPropertyValue> defaultMenuProperty(std::string_view name);
-
-/// Appends a value as a variant; a negative errno when the message takes no more.
-int appendVariant(sd_bus_message* message, const MenuPropertyValue& value);
 
 }  // namespace staylit

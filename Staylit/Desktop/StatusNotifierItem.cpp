@@ -52,10 +52,9 @@ int appendPixmap(sd_bus_message* message, const StatusPixmap& pixmap, bool isDim
   return result < 0 ? result : sd_bus_message_close_container(message);
 }
 
-/// A status without what counts down in it, which is no other state.
-std::string withoutNumbers(std::string text) {
-  std::erase_if(text, [](char character) { return character >= '0' && character <= '9'; });
-  return text;
+/// Whether it is another state, in which other items are in the menu.
+bool isOtherState(const StatusItemAppearance& one, const StatusItemAppearance& other) {
+  return one.symbol != other.symbol || one.appearsDisabled != other.appearsDisabled;
 }
 
 }  // namespace
@@ -81,7 +80,7 @@ const sd_bus_vtable StatusNotifierItem::kTable[] = {
     SD_BUS_PROPERTY("ToolTip", "(sa(iiay)ss)", property, 0, SD_BUS_VTABLE_PROPERTY_EMITS_CHANGE),
     SD_BUS_PROPERTY("ItemIsMenu", "b", property, 0, SD_BUS_VTABLE_PROPERTY_CONST),
     SD_BUS_PROPERTY("Menu", "o", property, 0, SD_BUS_VTABLE_PROPERTY_CONST),
-    SD_BUS_METHOD("Activate", "ii", "", ignorePoint, SD_BUS_VTABLE_UNPRIVILEGED),
+    SD_BUS_METHOD("Activate", "ii", "", activate, SD_BUS_VTABLE_UNPRIVILEGED),
     SD_BUS_METHOD("ContextMenu", "ii", "", ignorePoint, SD_BUS_VTABLE_UNPRIVILEGED),
     SD_BUS_METHOD("SecondaryActivate", "ii", "", ignorePoint, SD_BUS_VTABLE_UNPRIVILEGED),
     SD_BUS_METHOD("Scroll", "is", "", ignoreScroll, SD_BUS_VTABLE_UNPRIVILEGED),
@@ -109,7 +108,7 @@ void StatusNotifierItem::show(const StatusItemAppearance& appearance) {
   } else if (former != appearance_) {
     announce(former);
   }
-  if (withoutNumbers(former.toolTip) != withoutNumbers(appearance_.toolTip)) {
+  if (isOtherState(former, appearance_)) {
     menu_.refresh();
   } else {
     menu_.refreshIfOpen();
@@ -118,8 +117,7 @@ void StatusNotifierItem::show(const StatusItemAppearance& appearance) {
 
 void StatusNotifierItem::announce(const StatusItemAppearance& former) {
   std::vector<const char*> changed;
-  if (former.symbol != appearance_.symbol ||
-      former.appearsDisabled != appearance_.appearsDisabled) {
+  if (isOtherState(former, appearance_)) {
     object_.emit("NewIcon");
     changed.insert(changed.end(), {"IconName", "IconPixmap"});
   }
@@ -228,6 +226,12 @@ int StatusNotifierItem::appendPixmaps(sd_bus_message* reply) const {
     result = appendPixmap(reply, pixmap, appearance_.appearsDisabled);
   }
   return result < 0 ? result : sd_bus_message_close_container(reply);
+}
+
+int StatusNotifierItem::activate(sd_bus_message* call, void* data, sd_bus_error* /*error*/) {
+  // From hosts that take no notice of `ItemIsMenu` and show the menu by the other button only.
+  static_cast<StatusNotifierItem*>(data)->menu_.chooseLater(MenuItem::Action::openApps);
+  return sd_bus_reply_method_return(call, "");
 }
 
 int StatusNotifierItem::ignorePoint(sd_bus_message* call, void* /*data*/, sd_bus_error* /*error*/) {

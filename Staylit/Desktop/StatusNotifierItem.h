@@ -33,6 +33,7 @@ class StatusNotifierItem : public StatusItem {
  private:
   static int property(sd_bus* bus, const char* path, const char* interface, const char* name,
                       sd_bus_message* reply, void* data, sd_bus_error* error);
+  static int activate(sd_bus_message* call, void* data, sd_bus_error* error);
   static int ignorePoint(sd_bus_message* call, void* data, sd_bus_error* error);
   static int ignoreScroll(sd_bus_message* call, void* data, sd_bus_error* error);
   static int takeToken(sd_bus_message* call, void* data, sd_bus_error* error);

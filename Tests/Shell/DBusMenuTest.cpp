@@ -279,6 +279,65 @@ TEST_F(DBusMenuTest, TakesAHostThatLeftTheBusForOneThatClosedTheMenu) {
   }));
 }
 
+TEST_F(DBusMenuTest, AnswersOnWhenTheLastHostHasClosedTheMenu) {
+  host->event(0, "opened");
+  EXPECT_EQ(host->event(0, "closed"), "");
+  EXPECT_NE(host->layout().find("Aider"), std::string::npos);
+  std::optional<Host> other;
+  other.emplace(*loop, service);
+  other->event(0, "opened");
+  other.reset();
+  for (int round = 0; round < 3; ++round)
+    EXPECT_NE(host->layout().find("Aider"), std::string::npos);
+}
+
+TEST_F(DBusMenuTest, LeavesTheBusInPeaceWhenTheMenuIsClosed) {
+  host->event(0, "opened");
+  host->event(0, "closed");
+  host->layout();
+  const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(200);
+  int passes = 0;
+  while (std::chrono::steady_clock::now() < end) {
+    sd_event_run(loop->handle(), 50'000);
+    ++passes;
+  }
+  EXPECT_LT(passes, 100) << "a loop that never waits";
+}
+
+TEST_F(DBusMenuTest, KeepsAMenuFreshForAHostThatOnlyAsksBeforeItShowsIt) {
+  host->layout();
+  host->aboutToShow(0);
+  host->listenToMenu();
+  delegate.menu[0].title = "Paused";
+  EXPECT_TRUE(eventually(
+      [this] { return host->hasSignal("ItemsPropertiesUpdated [(1 ['label' 'Paused'])] []"); }));
+}
+
+TEST_F(DBusMenuTest, DoesNotRebuildAMenuUnderTheEyesOfAHostThatCannotGrowIt) {
+  host->layout();
+  host->aboutToShow(0);
+  host->listenToMenu();
+  delegate.menu.erase(delegate.menu.begin() + 1, delegate.menu.begin() + 3);
+  menu->refresh();
+  platform::testing::runBriefly(*loop);
+  EXPECT_FALSE(host->hasSignal("LayoutUpdated 2 0"));
+  EXPECT_EQ(host->aboutToShow(0), "true") << "it gets the new one before it shows it again";
+  EXPECT_TRUE(eventually([this] { return host->hasSignal("LayoutUpdated 2 0"); }));
+}
+
+TEST_F(DBusMenuTest, TellsTheLayoutThatItHeldBackOnceSomethingIsChosen) {
+  host->layout();
+  host->aboutToShow(0);
+  host->listenToMenu();
+  const std::int32_t pause = host->idOf("Pause");
+  delegate.menu.erase(delegate.menu.begin() + 1, delegate.menu.begin() + 3);
+  menu->refresh();
+  platform::testing::runBriefly(*loop);
+  ASSERT_FALSE(host->hasSignal("LayoutUpdated 2 0"));
+  host->event(pause, "clicked");
+  EXPECT_TRUE(eventually([this] { return host->hasSignal("LayoutUpdated 2 0"); }));
+}
+
 TEST_F(DBusMenuTest, StaysOpenUntilTheLastHostClosesIt) {
   Host other(*loop, service);
   host->event(0, "opened");

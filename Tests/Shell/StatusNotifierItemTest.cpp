@@ -180,6 +180,17 @@ TEST_F(StatusNotifierItemTest, AsksAWatcherAgainThatFailsAtFirst) {
   EXPECT_TRUE(eventually([&] { return asked == 3; }));
 }
 
+TEST_F(StatusNotifierItemTest, OpensChooseAppsForAHostThatDoesNotShowTheMenuOnAClick) {
+  delegate.menu.push_back(testing::command("Choose Apps…", "", MenuItem::Action::openApps));
+  item->show(kHeld);
+  EXPECT_EQ(
+      host->call("/StatusNotifierItem", "org.kde.StatusNotifierItem", "Activate",
+                 [](sd_bus_message* call) { return sd_bus_message_append(call, "ii", 3, 4); }),
+      "");
+  EXPECT_TRUE(eventually([this] { return !delegate.performed.empty(); }));
+  EXPECT_EQ(delegate.performedTitles(), (std::vector<std::string>{"Choose Apps…"}));
+}
+
 TEST_F(StatusNotifierItemTest, CutsAToolTipThatNoPanelCouldShow) {
   StatusItemAppearance endless = kHeld;
   endless.toolTip = std::string(10'000, 'x');
