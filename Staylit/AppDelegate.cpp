@@ -19,17 +19,27 @@ void AppDelegate::applicationDidFinishLaunching() {
     terminalReporter_ =
         std::make_unique<TerminalReporter>(*engine_, *ports_.console, *ports_.clock);
   }
-  if (Prefs::shared().defaults().boolean(keys::allowLidClosed)) {
-    tidewell::ClamshellController::resume();
-  }
+  resumeLidClosed();
   engine_->start();
   tidewell::Log::info("Staylit started");
+}
+
+void AppDelegate::resumeLidClosed() {
+  if (!Prefs::shared().defaults().boolean(keys::allowLidClosed)) return;
+  if (tidewell::ClamshellController::resume()) return;
+  // Asked for in an earlier run: nobody looks at the Settings window, which shows failures, now.
+  userInterface_.tell("With its lid closed the computer will sleep",
+                      "\"Work with the lid closed\" could not be switched on again.");
 }
 
 void AppDelegate::applicationWillTerminate() {
   if (!engine_) return;
   engine_->stopTimer();
   engine_->releaseHold();
+}
+
+void AppDelegate::applicationShouldHandleReopen() {
+  if (menuBar_) menuBar_->openApps();
 }
 
 }  // namespace staylit

@@ -23,11 +23,16 @@ class AppDelegate : public ApplicationDelegate {
   /// is. Does nothing before launching has finished.
   void applicationWillTerminate() override;
 
+  /// Shows Choose Apps. Does nothing before launching has finished.
+  void applicationShouldHandleReopen() override;
+
   /// Both are null before launching has finished.
   StaylitEngine* engine() { return engine_.get(); }
   MenuBarController* menuBar() { return menuBar_.get(); }
 
  private:
+  void resumeLidClosed();
+
   tidewell::Ports& ports_;
   UserInterface& userInterface_;
   std::unique_ptr<StaylitEngine> engine_;

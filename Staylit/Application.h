@@ -8,6 +8,8 @@ class ApplicationDelegate {
   virtual ~ApplicationDelegate() = default;
   virtual void applicationDidFinishLaunching() = 0;
   virtual void applicationWillTerminate() = 0;
+  /// The program was started once more while it runs. The one that runs is to show itself.
+  virtual void applicationShouldHandleReopen() = 0;
 };
 
 /// The running program as the system sees it: it has an event loop, starts, and is asked to end.

@@ -98,6 +98,9 @@ class UserInterface {
   /// Brings the program before all others.
   virtual void activate() = 0;
 
+  /// Tells the user, who may be elsewhere, of something that no window shows. Does not wait.
+  virtual void tell(const std::string& summary, const std::string& body) = 0;
+
   /// Ends the program in order.
   virtual void terminate() = 0;
 };

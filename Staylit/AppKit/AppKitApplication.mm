@@ -28,6 +28,13 @@
   _delegate->applicationWillTerminate();
 }
 
+/// Opened again in the Finder, or by another start. There is no window to bring back as it was.
+- (BOOL)applicationShouldHandleReopen:(NSApplication*)__unused application
+                    hasVisibleWindows:(BOOL)__unused hasVisibleWindows {
+  _delegate->applicationShouldHandleReopen();
+  return NO;
+}
+
 - (BOOL)applicationSupportsSecureRestorableState:(NSApplication*)__unused application {
   return YES;
 }

@@ -13,6 +13,7 @@ class AppKitUserInterface final : public UserInterface {
   std::unique_ptr<Window> makeSettingsWindow(const WindowStyle& style, SettingsView& view) override;
   std::vector<Rect> visibleFrames() override;
   void activate() override;
+  void tell(const std::string& summary, const std::string& body) override;
   void terminate() override;
 };
 

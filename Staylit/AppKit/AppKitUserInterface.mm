@@ -2,6 +2,7 @@
 
 #import <AppKit/AppKit.h>
 
+#include "Platform/MacOS/NSText.h"
 #include "Staylit/AppKit/AppKitStatusItem.h"
 #include "Staylit/AppKit/AppKitWindow.h"
 #import "Staylit/AppKit/StaylitAppsContent.h"
@@ -42,6 +43,16 @@ std::vector<Rect> AppKitUserInterface::visibleFrames() {
 }
 
 void AppKitUserInterface::activate() { [NSApp activateIgnoringOtherApps:YES]; }
+
+void AppKitUserInterface::tell(const std::string& summary, const std::string& body) {
+  NSAlert* alert = [[NSAlert alloc] init];
+  alert.messageText = platform::nsString(summary);
+  alert.informativeText = platform::nsString(body);
+  dispatch_async(dispatch_get_main_queue(), ^{
+    [NSApp activateIgnoringOtherApps:YES];
+    [alert runModal];
+  });
+}
 
 void AppKitUserInterface::terminate() { [NSApp terminate:nil]; }
 

@@ -19,9 +19,8 @@ using Service = ApplicationService;
 
 constexpr BusMethod kRequestName{"org.freedesktop.DBus", "/org/freedesktop/DBus",
                                  "org.freedesktop.DBus", "RequestName"};
-constexpr BusMethod kActivate{Service::kName, Service::kPath, Service::kInterface, "Activate"};
-constexpr BusMethod kActivateAction{Service::kName, Service::kPath, Service::kInterface,
-                                    "ActivateAction"};
+constexpr BusMethod kGetNameOwner{"org.freedesktop.DBus", "/org/freedesktop/DBus",
+                                  "org.freedesktop.DBus", "GetNameOwner"};
 
 // Of the bus's own protocol.
 constexpr std::uint32_t kDoNotQueue = 4;
@@ -107,7 +106,8 @@ ApplicationService::ApplicationService(platform::EventLoop& loop, platform::Bus&
       perform_(std::move(perform)),
       object_(sessionBus, {kPath, kInterface}, kTable, this) {}
 
-ApplicationService::Claim ApplicationService::claim(const Request& request) {
+ApplicationService::Claim ApplicationService::claim(const Request& request,
+                                                    std::function<void()> leave) {
   for (int attempt = 0; attempt < 3; ++attempt) {
     const bool isConnected = bus_.connect() >= 0;
     // Whoever finds the name must find the object as well.
@@ -121,40 +121,68 @@ ApplicationService::Claim ApplicationService::claim(const Request& request) {
       return Claim::first;
     }
     if (request.isBackground) return Claim::second;
-    const Answer answer = askOwner(request);
+    const Answer answer = findOwner() ? askOwner(request) : Answer::gone;
     if (answer == Answer::done) return Claim::second;
     if (answer == Answer::none) break;
   }
+  return goOnBeside(request, std::move(leave));
+}
+
+ApplicationService::Claim ApplicationService::goOnBeside(const Request& request,
+                                                         std::function<void()> leave) {
   tidewell::Log::error("another Staylit runs in this session and does not answer");
+  if (!request.action.empty()) return Claim::second;
+  leave_ = std::move(leave);
   keepName();
   return Claim::besides;
 }
 
+bool ApplicationService::findOwner() {
+  const BusReply reply = bus_.call(
+      kGetNameOwner, [](sd_bus_message* call) { return sd_bus_message_append(call, "s", kName); });
+  const char* owner = nullptr;
+  if (!reply || sd_bus_message_read(reply.message.get(), "s", &owner) < 0) return false;
+  owner_ = owner;
+  return true;
+}
+
 ApplicationService::Answer ApplicationService::askOwner(const Request& request) {
-  const std::string& actionName = request.action;
-  std::optional<Answer> answer;
-  const platform::BusSlot call = bus_.callAsync(
-      actionName.empty() ? kActivate : kActivateAction,
-      [&actionName](sd_bus_message* message) {
+  if (!ask(request)) return Answer::gone;
+  const auto limit = loop_.scheduleRepeating(kPatience, [this] { loop_.handOver(); });
+  loop_.run();
+  // Without an answer, somebody may want this program to end.
+  return answer_.value_or(loop_.isStopping() ? Answer::done : Answer::none);
+}
+
+bool ApplicationService::ask(const Request& request) {
+  answer_.reset();
+  const bool isPlain = request.action.empty();
+  question_ = bus_.callAsync(
+      {owner_.c_str(), kPath, kInterface, isPlain ? "Activate" : "ActivateAction"},
+      [&](sd_bus_message* message) {
         const int result =
-            actionName.empty() ? 0 : sd_bus_message_append(message, "sav", actionName.c_str(), 0);
+            isPlain ? 0 : sd_bus_message_append(message, "sav", request.action.c_str(), 0);
         return result < 0 ? result : appendPlatformData(message);
       },
-      [&](const BusReply& reply) {
-        const bool isGone = reply.errorName == SD_BUS_ERROR_NAME_HAS_NO_OWNER ||
-                            reply.errorName == SD_BUS_ERROR_SERVICE_UNKNOWN ||
-                            reply.errorName == SD_BUS_ERROR_NO_REPLY || !bus_.handle();
-        answer = isGone ? Answer::gone : Answer::done;
-        loop_.handOver();
-      });
-  if (!call) return Answer::gone;
-  const auto limit = loop_.scheduleRepeating(kPatience, [&] {
-    answer = Answer::none;
+      [this](const BusReply& reply) { answered(reply); });
+  return static_cast<bool>(question_);
+}
+
+void ApplicationService::answered(const BusReply& reply) {
+  const bool isGone = reply.errorName == SD_BUS_ERROR_NAME_HAS_NO_OWNER ||
+                      reply.errorName == SD_BUS_ERROR_SERVICE_UNKNOWN || !bus_.handle();
+  const bool isSilent = reply.errorName == SD_BUS_ERROR_NO_REPLY;
+  if (!reply && !isGone && !isSilent) {
+    tidewell::Log::error("the running Staylit refused: " + reply.errorName);
+  }
+  if (!leave_) {
+    answer_ = isGone || isSilent ? Answer::gone : Answer::done;
     loop_.handOver();
-  });
-  loop_.run();
-  // Without an answer somebody wants this program to end.
-  return answer.value_or(Answer::done);
+  } else if (isSilent) {
+    ask({});
+  } else if (!isGone) {
+    leave_();
+  }
 }
 
 void ApplicationService::keepName() {

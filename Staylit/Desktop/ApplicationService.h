@@ -47,9 +47,11 @@ class ApplicationService {
     second,   ///< Another has the name and has been asked to do what this one was started for.
     besides,  ///< Another has the name and does not answer; this one gets the name when it goes.
   };
-  /// Takes the name, or makes the request of its owner, waiting for it a few seconds at most. Call
+  /// Takes the name, or makes the request of its owner, waiting for it a few seconds at most. Only
+  /// a start that wants nothing but to run goes on beside an owner that does not answer, and
+  /// should that answer after all, `leave` is called from the loop: there is to be one only. Call
   /// it once, before the loop runs.
-  Claim claim(const Request& request);
+  Claim claim(const Request& request, std::function<void()> leave);
 
  private:
   static int activate(sd_bus_message* call, void* data, sd_bus_error* error);
@@ -58,7 +60,11 @@ class ApplicationService {
   static const sd_bus_vtable kTable[];
 
   enum class Answer { done, gone, none };
+  bool findOwner();
   Answer askOwner(const Request& request);
+  bool ask(const Request& request);
+  void answered(const platform::BusReply& reply);
+  Claim goOnBeside(const Request& request, std::function<void()> leave);
   void keepName();
   void performLater(MenuItem::Action action);
 
@@ -69,6 +75,10 @@ class ApplicationService {
   platform::BusObject object_;
   platform::BusListening connection_;
   platform::BusSlot request_;
+  std::string owner_;  ///< The one that was asked, by its unique name.
+  platform::BusSlot question_;
+  std::optional<Answer> answer_;
+  std::function<void()> leave_;  ///< Set while this one runs beside the owner.
 };
 
 }  // namespace staylit

@@ -3,11 +3,8 @@
 #include <optional>
 #include <utility>
 
-#include "Staylit/Desktop/DesktopNotification.h"
 #include "Staylit/Desktop/LoginSession.h"
 #include "Staylit/Desktop/SessionClient.h"
-#include "Staylit/Prefs.h"
-#include "Tidewell/ClamshellController.h"
 
 namespace staylit {
 
@@ -26,7 +23,7 @@ void DesktopApplication::run(ApplicationDelegate& delegate) {
   ApplicationService service(loop_, sessionBus_,
                              [this](MenuItem::Action action) { userInterface_.choose(action); });
   const auto action = ApplicationService::action(request_.action);
-  if (service.claim(request_) == ApplicationService::Claim::second) return;
+  if (service.claim(request_, end) == ApplicationService::Claim::second) return;
   // There is nothing to end but this start.
   if (action == MenuItem::Action::terminate) return;
 
@@ -34,7 +31,6 @@ void DesktopApplication::run(ApplicationDelegate& delegate) {
   if (const auto id = LoginSession::ownGraphical()) session.emplace(loop_, *id, end);
   const SessionClient client(sessionBus_, end);
   delegate.applicationDidFinishLaunching();
-  tellOfLid();
   if (action) {
     loop_.async([this, action] { userInterface_.choose(*action); });
   }
@@ -47,15 +43,6 @@ void DesktopApplication::runLoop() {
   // The first window makes the loop return, for the window kit to drive it from then on.
   WindowKit* kit = userInterface_.windowKit();
   if (kit && !loop_.isStopping()) kit->run();
-}
-
-void DesktopApplication::tellOfLid() {
-  // Asked for in an earlier run: nobody looks at the Settings window, which shows a failure, now.
-  if (!Prefs::shared().defaults().boolean(keys::allowLidClosed)) return;
-  if (tidewell::ClamshellController::isDisabled()) return;
-  showNotification(sessionBus_,
-                   {"With its lid closed the computer will sleep",
-                    "Staylit could not switch \"Work with the lid closed\" on again."});
 }
 
 }  // namespace staylit

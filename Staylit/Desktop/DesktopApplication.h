@@ -23,7 +23,6 @@ class DesktopApplication : public Application {
 
  private:
   void runLoop();
-  void tellOfLid();
 
   platform::EventLoop& loop_;
   platform::Bus& sessionBus_;

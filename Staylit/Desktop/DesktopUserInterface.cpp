@@ -1,9 +1,9 @@
 #include "Staylit/Desktop/DesktopUserInterface.h"
 
-#include <algorithm>
-
 #include "Staylit/Desktop/ActivationToken.h"
+#include "Staylit/Desktop/DesktopNotification.h"
 #include "Staylit/Desktop/IconFolder.h"
+#include "Staylit/Desktop/MenuChoice.h"
 #include "Staylit/Desktop/StatusNotifierItem.h"
 
 namespace staylit {
@@ -60,10 +60,11 @@ void DesktopUserInterface::terminate() {
 }
 
 void DesktopUserInterface::choose(MenuItem::Action action) {
-  if (!*delegate_) return;
-  const Menu menu = (*delegate_)->menuNeedsUpdate();
-  const auto item = std::ranges::find(menu, action, &MenuItem::action);
-  if (item != menu.end()) (*delegate_)->perform(*item);
+  if (*delegate_) staylit::choose(**delegate_, action);
+}
+
+void DesktopUserInterface::tell(const std::string& summary, const std::string& body) {
+  showNotification(sessionBus_, {summary, body});
 }
 
 }  // namespace staylit

@@ -22,6 +22,7 @@ class DesktopUserInterface : public UserInterface {
   std::unique_ptr<Window> makeSettingsWindow(const WindowStyle& style, SettingsView& view) override;
   std::vector<Rect> visibleFrames() override;
   void activate() override;
+  void tell(const std::string& summary, const std::string& body) override;
   void terminate() override;
 
   /// Does what the menu's item with this action does. Nothing as long as there is no menu.

@@ -16,6 +16,11 @@ constexpr std::array kNames{"DISPLAY",          "WAYLAND_DISPLAY",     "XAUTHORI
 constexpr platform::BusMethod kGetProperty{"org.freedesktop.systemd1", "/org/freedesktop/systemd1",
                                            "org.freedesktop.DBus.Properties", "Get"};
 
+std::vector<const char*>& learnt() {
+  static std::vector<const char*> names;
+  return names;
+}
+
 bool isSet(const char* name) {
   const char* value = std::getenv(name);
   return value && *value;
@@ -26,6 +31,7 @@ void learnOne(std::string_view variable) {
     const std::string prefix = std::string(name) + "=";
     if (!variable.starts_with(prefix) || isSet(name)) continue;
     ::setenv(name, std::string(variable.substr(prefix.size())).c_str(), 1);
+    learnt().push_back(name);
   }
 }
 
@@ -47,6 +53,12 @@ void Display::learn(const std::vector<std::string>& variables) {
   if (isKnown()) return;
   for (const std::string& variable : variables)
     learnOne(variable);
+}
+
+void Display::forget() {
+  for (const char* name : learnt())
+    ::unsetenv(name);
+  learnt().clear();
 }
 
 void Display::learnFromServiceManager(platform::Bus& sessionBus) {

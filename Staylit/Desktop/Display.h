@@ -21,6 +21,8 @@ class Display {
   static std::vector<std::string> variables();
   /// Takes those over that are about it, unless a display is known already.
   static void learn(const std::vector<std::string>& variables);
+  /// Forgets what was learnt, which is no use any more.
+  static void forget();
   /// Learns it from the user's service manager, where desktops leave it. Waits for the answer.
   static void learnFromServiceManager(platform::Bus& sessionBus);
 };

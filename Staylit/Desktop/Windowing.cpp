@@ -32,7 +32,11 @@ void Windowing::makeKit() {
   const DrivenLoop driven{loop_.descriptor(), [this] { loop_.pump(); },
                           [this] { return loop_.isStopping(); }};
   kit_.reset(reinterpret_cast<MakeWindowKit>(make)(driven));
-  if (!kit_) return cannotShow("the display cannot be used", "See the log for the reason.");
+  if (!kit_) {
+    // Perhaps of a desktop that has ended since.
+    Display::forget();
+    return cannotShow("the display cannot be used", "See the log for the reason.");
+  }
   loop_.handOver();
 }
 

@@ -56,6 +56,9 @@ class FakeUserInterface : public UserInterface {
 
   std::vector<Rect> visibleFrames() override { return frames; }
   void activate() override { calls_->add("activate"); }
+  void tell(const std::string& summary, const std::string& /*body*/) override {
+    calls_->add("tell: " + summary);
+  }
   void terminate() override { calls_->add("terminate"); }
 
   bool hasPlaceForStatusItem = true;

@@ -7,6 +7,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "Tests/Platform/Support/BusService.h"
@@ -37,6 +38,11 @@ struct Start {
     return timing;
   }
 
+  Claim claim(const ApplicationService::Request& request) {
+    return service.claim(request, [this] { hasLeft = true; });
+  }
+
+  bool hasLeft = false;
   std::vector<Action> performed;
   Bus bus;
   ApplicationService service;
@@ -49,15 +55,15 @@ class ApplicationServiceTest : public platform::testing::BusTest {
 
 TEST_F(ApplicationServiceTest, TakesTheNameAtTheFirstStart) {
   Start first(*loop);
-  EXPECT_EQ(first.service.claim({}), Claim::first);
+  EXPECT_EQ(first.claim({}), Claim::first);
   EXPECT_TRUE(nameIsOwned());
 }
 
 TEST_F(ApplicationServiceTest, ASecondStartMakesTheFirstShowChooseApps) {
   Start first(*loop);
-  ASSERT_EQ(first.service.claim({}), Claim::first);
+  ASSERT_EQ(first.claim({}), Claim::first);
   Start second(*loop);
-  EXPECT_EQ(second.service.claim({}), Claim::second);
+  EXPECT_EQ(second.claim({}), Claim::second);
   EXPECT_TRUE(eventually([&] { return !first.performed.empty(); }));
   EXPECT_EQ(first.performed, (std::vector<Action>{Action::openApps}));
   EXPECT_TRUE(second.performed.empty());
@@ -65,10 +71,10 @@ TEST_F(ApplicationServiceTest, ASecondStartMakesTheFirstShowChooseApps) {
 
 TEST_F(ApplicationServiceTest, ASecondStartPassesItsActionOn) {
   Start first(*loop);
-  ASSERT_EQ(first.service.claim({}), Claim::first);
+  ASSERT_EQ(first.claim({}), Claim::first);
   for (const char* action : {"pause", "settings", "choose-apps", "quit"}) {
     Start second(*loop);
-    EXPECT_EQ(second.service.claim({action}), Claim::second);
+    EXPECT_EQ(second.claim({action}), Claim::second);
   }
   EXPECT_TRUE(eventually([&] { return first.performed.size() == 4; }));
   EXPECT_EQ(first.performed, (std::vector<Action>{Action::togglePause, Action::openSettings,
@@ -77,9 +83,9 @@ TEST_F(ApplicationServiceTest, ASecondStartPassesItsActionOn) {
 
 TEST_F(ApplicationServiceTest, AStartInTheBackgroundLeavesTheFirstAlone) {
   Start first(*loop);
-  ASSERT_EQ(first.service.claim({}), Claim::first);
+  ASSERT_EQ(first.claim({}), Claim::first);
   Start second(*loop);
-  EXPECT_EQ(second.service.claim({"", true}), Claim::second);
+  EXPECT_EQ(second.claim({"", true}), Claim::second);
   platform::testing::runBriefly(*loop);
   EXPECT_TRUE(first.performed.empty());
 }
@@ -88,7 +94,7 @@ TEST_F(ApplicationServiceTest, LearnsWhereTheDisplayIsFromALaterStart) {
   const ScopedEnvironment wayland("WAYLAND_DISPLAY", std::nullopt);
   const ScopedEnvironment x("DISPLAY", std::nullopt);
   Start first(*loop);
-  ASSERT_EQ(first.service.claim({}), Claim::first);
+  ASSERT_EQ(first.claim({}), Claim::first);
   Host later(*loop, "com.staylit.app");
   EXPECT_EQ(later.call("/com/staylit/app", "org.freedesktop.Application", "Activate",
                        [](sd_bus_message* message) {
@@ -109,14 +115,14 @@ TEST_F(ApplicationServiceTest, TellsTheFirstWhereTheDisplayIs) {
                            sd_bus_reply_method_return(message, "");
                          });
   Start second(*loop);
-  EXPECT_EQ(second.service.claim({}), Claim::second);
+  EXPECT_EQ(second.claim({}), Claim::second);
   EXPECT_NE(call.find("'com.staylit.display' ["), std::string::npos) << call;
   EXPECT_NE(call.find("'WAYLAND_DISPLAY=wayland-4'"), std::string::npos) << call;
 }
 
 TEST_F(ApplicationServiceTest, ObeysTheDesktopAndRefusesWhatItDoesNotKnow) {
   Start first(*loop);
-  ASSERT_EQ(first.service.claim({"settings"}), Claim::first);
+  ASSERT_EQ(first.claim({"settings"}), Claim::first);
   Host desktop(*loop, "com.staylit.app");
   const auto call = [&](const char* member, const Bus::Arguments& arguments) {
     return desktop.call("/com/staylit/app", "org.freedesktop.Application", member, arguments);
@@ -147,14 +153,14 @@ TEST_F(ApplicationServiceTest, ObeysTheDesktopAndRefusesWhatItDoesNotKnow) {
 TEST_F(ApplicationServiceTest, IsTheFirstWhereThereIsNoBus) {
   sessionDaemon->stop();
   Start start(*loop);
-  EXPECT_EQ(start.service.claim({}), Claim::first);
+  EXPECT_EQ(start.claim({}), Claim::first);
 }
 
 TEST_F(ApplicationServiceTest, StartsAllTheSameOnABusThatHangs) {
   const platform::testing::SilentBus silent;
   const ScopedEnvironment address("DBUS_SESSION_BUS_ADDRESS", silent.address());
   Start start(*loop);
-  EXPECT_EQ(start.service.claim({}), Claim::first);
+  EXPECT_EQ(start.claim({}), Claim::first);
 }
 
 TEST_F(ApplicationServiceTest, RunsBesidesAnOwnerThatHangsAndGetsTheNameAfterIt) {
@@ -162,7 +168,7 @@ TEST_F(ApplicationServiceTest, RunsBesidesAnOwnerThatHangsAndGetsTheNameAfterIt)
   hung.emplace(sessionDaemon->address(), std::vector<std::string>{"com.staylit.app"},
                [](sd_bus_message*) {});
   Start start(*loop);
-  EXPECT_EQ(start.service.claim({}), Claim::besides);
+  EXPECT_EQ(start.claim({}), Claim::besides);
   platform::testing::runBriefly(*loop);
   hung.reset();
   Host desktop(*loop, "com.staylit.app");
@@ -174,18 +180,36 @@ TEST_F(ApplicationServiceTest, RunsBesidesAnOwnerThatHangsAndGetsTheNameAfterIt)
   }));
 }
 
+TEST_F(ApplicationServiceTest, LeavesTheFieldToAnOwnerThatAnswersAfterAll) {
+  const BusService slow(sessionDaemon->address(), {"com.staylit.app"}, [](sd_bus_message* call) {
+    // Longer than a start waits.
+    std::this_thread::sleep_for(std::chrono::seconds(6));
+    sd_bus_reply_method_return(call, "");
+  });
+  Start start(*loop);
+  ASSERT_EQ(start.claim({}), Claim::besides);
+  EXPECT_FALSE(start.hasLeft);
+  EXPECT_TRUE(eventually([&] { return start.hasLeft; }));
+}
+
+TEST_F(ApplicationServiceTest, DoesNotStartForARequestThatNobodyHears) {
+  const BusService hung(sessionDaemon->address(), {"com.staylit.app"}, [](sd_bus_message*) {});
+  Start start(*loop);
+  EXPECT_EQ(start.claim({"quit"}), Claim::second);
+}
+
 TEST_F(ApplicationServiceTest, TakesTheNameOfAnOwnerThatDiesInsteadOfAnswering) {
   std::optional<BusService> dying;
   dying.emplace(sessionDaemon->address(), std::vector<std::string>{"com.staylit.app"},
                 [](sd_bus_message* call) { sd_bus_close(sd_bus_message_get_bus(call)); });
   Start start(*loop);
-  EXPECT_EQ(start.service.claim({}), Claim::first);
+  EXPECT_EQ(start.claim({}), Claim::first);
   EXPECT_TRUE(nameIsOwned());
 }
 
 TEST_F(ApplicationServiceTest, HasTheNameAgainWhenTheBusWasRestarted) {
   Start start(*loop);
-  ASSERT_EQ(start.service.claim({}), Claim::first);
+  ASSERT_EQ(start.claim({}), Claim::first);
   sessionDaemon->stop();
   ASSERT_TRUE(eventually([&] { return start.bus.handle() == nullptr; }));
   sessionDaemon->start();

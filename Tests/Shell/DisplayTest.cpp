@@ -67,6 +67,16 @@ TEST_F(DisplayTest, LearnsOnlyWhatIsAboutItAndIsNotSet) {
   EXPECT_EQ(std::getenv("WAYLAND_DISPLAY"), nullptr) << "it has one already";
 }
 
+TEST_F(DisplayTest, ForgetsWhatItLearntAndNothingElse) {
+  Display::learn({"DISPLAY=:5"});
+  Display::forget();
+  EXPECT_FALSE(Display::isKnown());
+  EXPECT_STREQ(std::getenv("XAUTHORITY"), "/home/x");
+  const ScopedEnvironment own("DISPLAY", ":1");
+  Display::forget();
+  EXPECT_TRUE(Display::isKnown());
+}
+
 TEST_F(DisplayTest, TellsWhatAnotherProcessNeeds) {
   const ScopedEnvironment set("DISPLAY", ":3");
   const std::vector<std::string> variables = Display::variables();

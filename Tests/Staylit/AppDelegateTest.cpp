@@ -139,6 +139,27 @@ TEST_F(AppDelegateTest, TerminatingTwiceIsHarmless) {
   EXPECT_TRUE(fakes.calls->all().empty());
 }
 
+TEST_F(AppDelegateTest, StartedOnceMoreItShowsChooseApps) {
+  delegate.applicationDidFinishLaunching();
+  fakes.calls->clear();
+  delegate.applicationShouldHandleReopen();
+  ASSERT_EQ(userInterface.windows.size(), 1U);
+  EXPECT_NE(userInterface.windows[0]->appsView, nullptr);
+  EXPECT_TRUE(userInterface.windows[0]->isInFront);
+  EXPECT_EQ(fakes.calls->all(),
+            (Texts{"make apps window", "make key and order front", "activate"}));
+  userInterface.windows[0]->close();
+  delegate.applicationShouldHandleReopen();
+  EXPECT_TRUE(userInterface.windows[0]->isInFront) << "the same one again";
+  EXPECT_EQ(userInterface.windows.size(), 1U);
+}
+
+TEST_F(AppDelegateTest, StartedOnceMoreBeforeLaunchingHasFinishedItDoesNothing) {
+  delegate.applicationShouldHandleReopen();
+  EXPECT_TRUE(fakes.calls->all().empty());
+  EXPECT_TRUE(userInterface.windows.empty());
+}
+
 TEST_F(AppDelegateTest, LaunchingAgainReplacesTheEngineItsHoldAndItsMenuBar) {
   delegate.applicationDidFinishLaunching();
   delegate.menuBar()->openApps();
@@ -155,6 +176,14 @@ TEST_F(AppDelegateTest, TakesTheLidSwitchUpAgainThatAnEarlierProcessHeld) {
   fakes.defaults.setBoolean(keys::allowLidClosed, true);
   delegate.applicationDidFinishLaunching();
   EXPECT_TRUE(fakes.lidSwitch.isHeld());
+}
+
+TEST_F(AppDelegateTest, TellsTheUserWhenTheLidCannotBeHeldAgain) {
+  fakes.useLidSwitch();
+  fakes.lidSwitch.holdFailure = tidewell::LidSwitch::Failure{false, "the desktop handles it"};
+  fakes.defaults.setBoolean(keys::allowLidClosed, true);
+  delegate.applicationDidFinishLaunching();
+  EXPECT_EQ(fakes.calls->count("tell: With its lid closed the computer will sleep"), 1U);
 }
 
 TEST_F(AppDelegateTest, LeavesTheLidAloneWhileTheSettingIsOff) {
