@@ -68,11 +68,12 @@ bool AppsLine::isSame(const AppsLine& other) const {
   return kind == Kind::entry ? id == other.id : section == other.section;
 }
 
+std::string AppsLine::spokenName() const {
+  return isWorking ? text + ", working now" : text;
+}
+
 std::string AppsLine::spoken() const {
-  std::string words = text;
-  if (isWorking) words += ", working now";
-  if (!detail.empty()) words += ", " + detail;
-  return words;
+  return detail.empty() ? spokenName() : spokenName() + ", " + detail;
 }
 
 void AppsLines::show(const std::vector<AppsView::Section>& sections, const Told& edited,

@@ -29,6 +29,8 @@ struct AppsLine {
   /// Whether both lines are about the same thing, whatever they say of it.
   [[nodiscard]] bool isSame(const AppsLine& other) const;
 
+  /// An application's name and whether it works, to somebody who hears it.
+  [[nodiscard]] std::string spokenName() const;
   /// All that an application's line shows, to somebody who hears it.
   [[nodiscard]] std::string spoken() const;
 

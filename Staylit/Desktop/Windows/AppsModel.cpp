@@ -11,7 +11,7 @@ using Edit = AppsLines::Edit;
 QString spoken(const AppsLine& line) {
   if (line.kind == Kind::heading)
     return QStringLiteral("%1, %2").arg(qt(line.text)).arg(line.count);
-  return line.isWorking ? qt(line.text) + QStringLiteral(", working now") : qt(line.text);
+  return qt(line.spokenName());
 }
 
 QString described(const AppsLine& line) {

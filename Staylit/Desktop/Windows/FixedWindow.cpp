@@ -1,8 +1,10 @@
 #include "Staylit/Desktop/Windows/FixedWindow.h"
 
 #include <QKeyEvent>
+#include <QScreen>
 #include <QShortcut>
 #include <QVBoxLayout>
+#include <algorithm>
 
 #include "Staylit/Desktop/Windows/Texts.h"
 
@@ -12,15 +14,24 @@ namespace {
 constexpr Qt::WindowFlags kFlags = Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
                                    Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint;
 
+/// Of any desktop's title bar and frame, about.
+constexpr int kFrame = 48;
+
 QSize rounded(Size size) {
   return {qRound(size.width), qRound(size.height)};
 }
 
 }  // namespace
 
+QSize fittingSize(QSize wanted, QSize room) {
+  return {std::min(wanted.width(), room.width()),
+          std::min(wanted.height(), std::max(room.height() - kFrame, kFrame))};
+}
+
 FixedWindow::FixedWindow(const WindowStyle& style) : QWidget(nullptr, kFlags) {
   setWindowTitle(qt(style.title));
-  setFixedSize(rounded(style.contentSize));
+  const QSize wanted = rounded(style.contentSize);
+  setFixedSize(screen() ? fittingSize(wanted, screen()->availableSize()) : wanted);
   connect(new QShortcut(QKeySequence::Close, this), &QShortcut::activated, this, &QWidget::close);
 }
 

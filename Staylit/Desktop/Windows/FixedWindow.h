@@ -7,6 +7,10 @@
 
 namespace staylit::windows {
 
+/// The size of a window's content that is to have the size `wanted`, on a screen with that much
+/// room for windows: smaller only where it would not fit, and then with its title bar in sight.
+QSize fittingSize(QSize wanted, QSize room);
+
 /// A window with a title and a close button, of one size. Escape and Ctrl+W close it, which only
 /// hides it.
 class FixedWindow : public QWidget {

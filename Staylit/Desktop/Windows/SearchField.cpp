@@ -27,7 +27,8 @@ SearchField::SearchField(const AppsView::Header& texts, QWidget* parent)
   auto* layout = new QHBoxLayout(this);
   layout->setContentsMargins(kPadding, kPadding, kPadding, kPadding);
   layout->setSpacing(kSpacing);
-  layout->addSpacing(kSymbol);
+  // A layout puts no space of its own beside such a one.
+  layout->addSpacing(kSymbol + kSpacing);
   layout->addWidget(edit_);
   layout->addWidget(clear_);
 

@@ -49,8 +49,9 @@ bool Surface::isDark() const {
 }
 
 double contrast(const QColor& one, const QColor& other) {
-  const auto [darker, brighter] = std::minmax(luminance(one), luminance(other));
-  return (brighter + 0.05) / (darker + 0.05);
+  const double first = luminance(one);
+  const double second = luminance(other);
+  return (std::max(first, second) + 0.05) / (std::min(first, second) + 0.05);
 }
 
 QColor mixed(const QColor& top, const QColor& bottom, double share) {

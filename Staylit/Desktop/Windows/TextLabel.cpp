@@ -13,10 +13,15 @@ TextLabel::TextLabel(TextStyle style, Tone tone, Ground ground, QWidget* parent)
   followPalette();
 }
 
+bool TextLabel::event(QEvent* event) {
+  // This one does not come as a change event.
+  if (event->type() == QEvent::ApplicationFontChange) followFont();
+  return QLabel::event(event);
+}
+
 void TextLabel::changeEvent(QEvent* event) {
   QLabel::changeEvent(event);
   if (event->type() == QEvent::PaletteChange) followPalette();
-  if (event->type() == QEvent::ApplicationFontChange) followFont();
 }
 
 void TextLabel::followPalette() {

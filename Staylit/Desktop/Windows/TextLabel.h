@@ -16,6 +16,7 @@ class TextLabel : public QLabel {
   TextLabel(TextStyle style, Tone tone, Ground ground, QWidget* parent = nullptr);
 
  protected:
+  bool event(QEvent* event) override;
   void changeEvent(QEvent* event) override;
 
  private:

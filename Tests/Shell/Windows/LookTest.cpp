@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "Staylit/AppsView.h"
+#include "Staylit/Desktop/Windows/FixedWindow.h"
 #include "Staylit/Desktop/Windows/Fonts.h"
 #include "Staylit/Desktop/Windows/Shades.h"
 #include "Staylit/Desktop/Windows/Symbols.h"
@@ -88,6 +89,25 @@ TEST_F(TextLabelTest, FollowsTheDesktopsColoursWhenTheyChange) {
     EXPECT_EQ(label.palette().color(label.foregroundRole()),
               textColor(Tone::secondary, Surface::card(each)));
   }
+}
+
+TEST_F(TextLabelTest, FollowsTheDesktopsFontWhenItChanges) {
+  const QFont former = QApplication::font();
+  TextLabel label(TextStyle::caption, Tone::primary, Ground::window);
+  label.show();
+  const double before = label.font().pointSizeF();
+  QFont larger = former;
+  larger.setPointSizeF(former.pointSizeF() * 2);
+  QApplication::setFont(larger);
+  QApplication::processEvents();
+  EXPECT_NEAR(label.font().pointSizeF(), 2 * before, 0.5);
+  QApplication::setFont(former);
+}
+
+TEST(FixedWindow, IsSmallerOnlyWhereItWouldNotFit) {
+  EXPECT_EQ(fittingSize({460, 560}, {1366, 768}), QSize(460, 560));
+  EXPECT_EQ(fittingSize({460, 560}, {683, 384}), QSize(460, 336)) << "1366 by 768 at 200 %";
+  EXPECT_EQ(fittingSize({460, 560}, {300, 10}), QSize(300, 48));
 }
 
 TEST(Fonts, GrowAndShrinkWithTheDesktopsFont) {
