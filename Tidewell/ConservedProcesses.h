@@ -1,18 +1,18 @@
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <span>
-#include <string>
 #include <vector>
 
-#include "Tidewell/CountedProcess.h"
+#include "Tidewell/CountedProcesses.h"
 #include "Tidewell/Ports/Clock.h"
 #include "Tidewell/Ports/ProcessTable.h"
 #include "Tidewell/Ports/RunningApplications.h"
 #include "Tidewell/ProcessAccounts.h"
+#include "Tidewell/ProcessCounter.h"
+#include "Tidewell/ReaperCharges.h"
 #include "Tidewell/UsageAccounts.h"
 
 namespace tidewell {
@@ -22,11 +22,12 @@ namespace tidewell {
 ///
 /// It stands between the core and the system's own table and running applications, and is both
 /// itself. The invariant: **the sum of the counters of everything that it lists only grows, and
-/// grows by what the kernel charged, each nanosecond and byte once and under one name.** (Accounts
-/// of names that nobody has had for long are dropped, with what they hold.)
+/// grows by what the kernel charged, each nanosecond and byte once and under one name.**
 ///
 /// * What a process had used when it ended stays, in an account of its name and application that
-///   is listed like a process (`UsageAccounts`).
+///   is listed like a process (`UsageAccounts`). What the accounts of names that nobody has had for
+///   long hold goes into one without a name, which is in the sum and of which the core sees
+///   nothing.
 /// * What a process used before it took another name (by exec) stays under the former name.
 /// * What was used unseen, by a process that lived between two passes or in the last stretch of
 ///   one, is found with the process that reaped it: the growth of its reaped children's time, less
@@ -34,14 +35,20 @@ namespace tidewell {
 ///   been seen gets at most as much again as was seen of it, for its last stretch: so a loop of
 ///   commands of some seconds each goes on under one name. The rest is credited to who reaped.
 ///
-/// Left out is what no one reaped (its parent ignores its end), and what cannot have been used
-/// since the last pass: time beyond what all processors could give in that interval. That is older
-/// work, of processes that could not be read, told of all at once when their parent reaps them. It
-/// is dropped rather than spread, for spread it would look like work that goes on.
+/// Left out is
+/// * what no one reaped (its parent ignores its end);
+/// * of what is told all at once, by one who reaped or was not read before, that which cannot have
+///   been used since the last pass: time beyond what all processors could give in that interval
+///   (and the same part of the bytes), and bytes beyond what the fastest drive could carry in it,
+///   16 GB/s, both with a margin of a quarter. That is older work, of processes that could not be
+///   read. It is dropped rather than spread, for spread it would look like work that goes on. What
+///   a process was seen to use itself from one pass to the next is never cut for its amount alone.
 ///
-/// Where a process that waits to be reaped cannot be read (macOS), it is a guess who reaped the
-/// children of one whose end was not seen to its end either. A wrong guess counts such a child's
-/// time twice or not at all.
+/// Some things are guessed, and a wrong guess counts a child's usage twice or not at all:
+/// * where a process that waits to be reaped cannot be read (macOS), who reaped the children of one
+///   whose end was not seen to its end either;
+/// * where a process that cannot be read stands between one that can and its reaper, whether it
+///   reaped the child itself. It is taken to have done so while it lives.
 ///
 /// Main thread only; the arguments must outlive it. A pass costs one look at each process.
 class ConservedProcesses : public ProcessTable, public RunningApplications {
@@ -75,37 +82,19 @@ class ConservedProcesses : public ProcessTable, public RunningApplications {
   using Application = std::shared_ptr<const RunningApplication>;
 
   void pass();
-  void measureInterval();
-  void readProcesses();
-  void readProcess(std::int32_t pid, CountedProcess* known, const Application& application);
-  void add(std::int32_t pid, const ResourceUsage& usage, const Application& application);
-  void update(CountedProcess& process, const ResourceUsage& usage, const Application& application);
-  void readName(CountedProcess& process, std::uint32_t version, const Application& application);
-  void growDisk(CountedProcess& process, std::uint64_t bytes);
-  void miss(CountedProcess& process);
-  void findReapedMeanwhile();
-  void removeEnded();
-  void updateOrphans();
-  void close(const CountedProcess& process);
+  ReaperCharges::Terms nextTerms();
+  void settleCharges(const ReaperCharges::Terms& terms);
+  void closeGone();
   void foldAccounts();
-  CountedProcess* find(std::int32_t pid);
 
   Sources sources_;
   UsageAccounts accounts_;
+  ProcessCounter counter_;
+  CountedProcesses processes_;
   bool prepared_ = false;
-  bool primed_ = false;  ///< Whether a pass was made before.
   Date lastPass_{};
-  std::uint64_t mostTime_ = 0;   ///< What all processors can give since the last pass.
-  std::uint64_t tolerance_ = 0;  ///< How much reaped time may be rounded. Both in table units.
   std::vector<Application> applications_;  ///< The system's, ascending by pid.
   std::vector<Application> listed_;        ///< Those and the accounts'.
-  std::vector<std::int32_t> order_;        ///< As the system's table lists them.
-  std::vector<std::int32_t> ascending_;    ///< The same, sorted.
-  std::vector<CountedProcess> processes_;  ///< Ascending by pid.
-  std::vector<CountedProcess> born_;       ///< New on this pass, ascending.
-  std::vector<CountedProcess> gone_;       ///< Ended on this pass, ascending.
-  std::size_t cursor_ = 0;                 ///< Where the next `find` is likely to hit.
-  std::array<char, kPathCapacity> path_{};
 };
 
 }  // namespace tidewell

@@ -16,7 +16,7 @@ namespace tidewell {
 struct CountedProcess {
   std::int32_t pid = 0;
   std::int32_t parent = 0;
-  std::uint64_t startTime = 0;
+  std::uint64_t startTime = 0;  ///< 0 if it cannot be told, of a hidden one.
   std::uint64_t ownTime = 0;
   std::uint64_t reapedTime = 0;
   std::uint64_t disk = 0;  ///< Read and written.
@@ -24,6 +24,7 @@ struct CountedProcess {
   std::int32_t account = 0;  ///< Of its name and application; 0 without a name.
   bool ended = false;
   bool unread = false;      ///< On this pass, although it is there.
+  bool hidden = false;      ///< Was never read; is known as the parent of one that was.
   bool reapedSome = false;  ///< On this pass.
   Usage counted;            ///< Under its present name.
   ReapedUsage reaped;

@@ -3,28 +3,24 @@
 #include <utility>
 
 namespace tidewell {
-namespace {
-
-/// Far more than end between two measurements.
-constexpr std::size_t kMostEnded = 2048;
-
-}  // namespace
 
 void ProcessAccounts::assign(std::int32_t pid, std::int32_t account) {
   const std::lock_guard lock(mutex_);
-  entries_[pid] = {account, false};
+  entries_[pid] = {account, 0};
 }
 
 void ProcessAccounts::noteEnd(std::int32_t pid) {
   const std::lock_guard lock(mutex_);
   const auto entry = entries_.find(pid);
   if (entry == entries_.end()) return;
-  entry->second.hasEnded = true;
-  ended_.push_back(pid);
+  entry->second.end = ++ends_;
+  ended_.push_back({pid, ends_});
   if (ended_.size() <= kMostEnded) return;
-  const auto oldest = entries_.find(ended_.front());
-  if (oldest != entries_.end() && oldest->second.hasEnded) entries_.erase(oldest);
+  const End oldest = ended_.front();
   ended_.pop_front();
+  // Its number may have been given out again, and that process may have ended as well.
+  const auto former = entries_.find(oldest.pid);
+  if (former != entries_.end() && former->second.end == oldest.number) entries_.erase(former);
 }
 
 std::optional<std::int32_t> ProcessAccounts::accountOf(std::int32_t pid) const {

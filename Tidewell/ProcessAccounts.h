@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <deque>
 #include <mutex>
@@ -15,10 +16,14 @@ namespace tidewell {
 /// Written by whoever keeps the accounts, read by who measures. Safe from any thread.
 class ProcessAccounts {
  public:
+  /// Far more than end between two measurements.
+  static constexpr std::size_t kMostEnded = 2048;
+
   /// The process goes by `account` from now on; another may have had its number before.
   void assign(std::int32_t pid, std::int32_t account);
 
-  /// The process has ended. Its account can be had for a while longer.
+  /// The process has ended. Its account can be had for a while longer: until `kMostEnded` others
+  /// have ended, or the number is another process's.
   void noteEnd(std::int32_t pid);
 
   /// Absent for a process that is not known, or ended long ago.
@@ -34,12 +39,17 @@ class ProcessAccounts {
  private:
   struct Entry {
     std::int32_t account = 0;
-    bool hasEnded = false;
+    std::uint64_t end = 0;  ///< Which of all ends was its; 0 while it lives.
+  };
+  struct End {
+    std::int32_t pid = 0;
+    std::uint64_t number = 0;
   };
 
   mutable std::mutex mutex_;
   std::unordered_map<std::int32_t, Entry> entries_;
-  std::deque<std::int32_t> ended_;  ///< The latest last; some may have been given out again.
+  std::uint64_t ends_ = 0;
+  std::deque<End> ended_;  ///< The latest last; the numbers of some may have been given out again.
   std::vector<std::int32_t> used_;
 };
 

@@ -10,16 +10,21 @@ namespace tidewell {
 /// Sorts out what a process gets charged when it reaps children: what had been seen of them is
 /// counted elsewhere already, the rest is the process's to answer for.
 ///
-/// A plain value. Times are in the table's units, `tolerance` included: the reaped time may be
-/// rounded by as much, so it is compared in sum, and an error never adds up.
+/// A plain value of bounded size. Times are in the table's units, `tolerance` included: the reaped
+/// time may be rounded by as much, so it is compared in sum, and an error never adds up.
 class ReapedUsage {
  public:
   /// What the process's counters grew by: its reaped children's time, and its disk bytes, in which
   /// those of its reaped children are.
   void grow(std::uint64_t reapedTime, std::uint64_t disk);
 
+  /// As `grow`, for a process that is read for the first time: any of it may be old, and what was
+  /// to be claimed on the next growth is in here.
+  void begin(std::uint64_t reapedTime, std::uint64_t disk);
+
   /// A process ended of which `seen` had been seen. True if that is in here, and is taken out;
-  /// false if the reaped time is too short for it.
+  /// false if the reaped time is too short for it. Its bytes are waited for until the settlement
+  /// after the next, and then no longer.
   bool claim(const Usage& seen, std::uint64_t tolerance);
 
   /// As `claim`, for a child that was reaped between two readings: it is taken out when the next
@@ -27,10 +32,11 @@ class ReapedUsage {
   void claimOnNext(const Usage& seen);
 
   /// What the process is to be credited with now: its own disk bytes and all that was used unseen.
-  /// Time beyond `most` is dropped, and the same part of the disk bytes with it.
-  Usage settle(std::uint64_t most, std::uint64_t tolerance);
+  /// Time beyond `most` is dropped, and the same part of the disk bytes with it. Bytes beyond
+  /// `most` are dropped where some may be those of reaped children; its own never are.
+  Usage settle(const Usage& most, std::uint64_t tolerance);
 
-  /// What is still to be taken out.
+  /// What is still to be taken out. Of very many, those that were there first come as one.
   [[nodiscard]] std::vector<Usage> takeDebts();
 
  private:
@@ -39,9 +45,13 @@ class ReapedUsage {
     bool isOld = false;
   };
 
+  std::uint64_t takeUnclaimedDisk();
+
   std::int64_t time_ = 0;          ///< Reaped time that is neither claimed nor credited.
   std::uint64_t disk_ = 0;         ///< Growth of the disk bytes since the last settlement.
-  std::uint64_t claimedDisk_ = 0;  ///< What of it, or of later growth, is counted elsewhere.
+  std::uint64_t claimedDisk_ = 0;  ///< What of it, or of the next growth, is counted elsewhere.
+  std::uint64_t formerClaimedDisk_ = 0;  ///< The same, left from the settlement before.
+  int settlementsWithOthers_ = 0;        ///< For how many there may be others' bytes in `disk_`.
   std::vector<Debt> debts_;
 };
 

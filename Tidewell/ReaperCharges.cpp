@@ -47,7 +47,7 @@ void ReaperCharges::claim() {
 }
 
 void ReaperCharges::settle(CountedProcess& reaper) {
-  const Usage unseen = reaper.reaped.settle(terms_.mostTime, terms_.tolerance);
+  const Usage unseen = reaper.reaped.settle(terms_.most, terms_.tolerance);
   Usage rest = unseen;
   // Clang 14 cannot use the `subrange` that `equal_range` gives.
   const auto first = std::ranges::lower_bound(claims_, reaper.pid, {}, &Claim::reaper);

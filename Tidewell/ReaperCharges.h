@@ -16,7 +16,7 @@ namespace tidewell {
 class ReaperCharges {
  public:
   struct Terms {
-    std::uint64_t mostTime = 0;   ///< What all processors can have given on this pass.
+    Usage most;                   ///< What can have been used since the last pass.
     std::uint64_t tolerance = 0;  ///< How much reaped time may be rounded.
     bool includesDisk = false;    ///< Whether disk bytes are charged like time.
   };

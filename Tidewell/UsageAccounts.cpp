@@ -40,6 +40,10 @@ Usage Usage::part(std::uint64_t partTime) const {
   return {partTime, std::min(disk, static_cast<std::uint64_t>(static_cast<double>(disk) * share))};
 }
 
+UsageAccounts::UsageAccounts() {
+  accounts_.emplace_back().identifier = kFolded;
+}
+
 std::string UsageAccounts::key(std::string_view path, const RunningApplication* application) {
   if (application && application->bundleIdentifier()) return *application->bundleIdentifier();
   if (path.empty() && application && application->localizedName()) {
@@ -70,33 +74,48 @@ void UsageAccounts::add(std::int32_t identifier, const Usage& usage) {
   account->lastGrowth = pass_;
 }
 
+std::size_t UsageAccounts::listedByName() const {
+  return listedCount_ - (accounts_.front().isListed ? 1 : 0);
+}
+
 bool UsageAccounts::isCrowded() const {
-  return listedCount_ > kMost || (!accounts_.empty() && pass_ - lastFold_ >= kPassesBetweenFolds);
+  return listedByName() > kMost || pass_ - lastFold_ >= kPassesBetweenFolds;
 }
 
 void UsageAccounts::fold(const TextMap<bool>& liveKeys) {
   lastFold_ = pass_;
+  Usage folded = takeStale(liveKeys);
+  folded += takeOldest(liveKeys);
+  if (folded != Usage()) add(kFolded, folded);
+}
+
+Usage UsageAccounts::takeStale(const TextMap<bool>& liveKeys) {
+  Usage taken;
   std::erase_if(accounts_, [&](const Account& account) {
     const bool isStale = !account.isListed || pass_ - account.lastGrowth >= kStalePasses;
-    return isStale && !liveKeys.contains(account.key);
+    if (!isStale || account.identifier == kFolded || liveKeys.contains(account.key)) return false;
+    taken += account.usage;
+    listedCount_ -= account.isListed ? 1 : 0;
+    return true;
   });
-  countListed();
-  while (listedCount_ > kMost) {
-    const auto mayGo = [&](const Account& account) {
-      return account.isListed && !liveKeys.contains(account.key);
-    };
-    const auto growth = [&](const Account& account) {
-      return mayGo(account) ? account.lastGrowth : std::numeric_limits<std::uint64_t>::max();
-    };
+  return taken;
+}
+
+Usage UsageAccounts::takeOldest(const TextMap<bool>& liveKeys) {
+  constexpr std::uint64_t kNever = std::numeric_limits<std::uint64_t>::max();
+  const auto growth = [&](const Account& account) {
+    const bool mayGo = account.isListed && account.identifier != kFolded;
+    return mayGo && !liveKeys.contains(account.key) ? account.lastGrowth : kNever;
+  };
+  Usage taken;
+  while (listedByName() > kMost) {
     const auto oldest = std::ranges::min_element(accounts_, {}, growth);
-    if (!mayGo(*oldest)) return;
+    if (growth(*oldest) == kNever) break;
+    taken += oldest->usage;
     accounts_.erase(oldest);
     --listedCount_;
   }
-}
-
-void UsageAccounts::countListed() {
-  listedCount_ = static_cast<std::size_t>(std::ranges::count_if(accounts_, &Account::isListed));
+  return taken;
 }
 
 const UsageAccounts::Account* UsageAccounts::find(std::int32_t identifier) const {

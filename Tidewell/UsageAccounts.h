@@ -32,18 +32,21 @@ struct Usage {
 /// What ended processes had used, kept under the name and application that they had.
 ///
 /// An account that was ever used is listed like a process, under an identifier that no process can
-/// have. Their number is bounded: an account under whose name nothing runs is dropped when it has
-/// not grown for a long time, or when there are too many. Main thread only.
+/// have. Their number is bounded: an account under whose name nothing runs is folded into one
+/// without a name, `kFolded`, when it has not grown for a long time, or when there are too many. So
+/// the sum over all accounts never shrinks. Main thread only.
 class UsageAccounts {
  public:
   /// Beyond the identifiers of any system.
   static constexpr std::int32_t kFirstIdentifier = 0x4000'0000;
-  /// How many are listed at most, beside those under whose names something runs.
+  /// The account of what was folded.
+  static constexpr std::int32_t kFolded = kFirstIdentifier;
+  /// How many are listed at most, beside that and those under whose names something runs.
   static constexpr std::size_t kMost = 256;
 
   struct Account {
     std::int32_t identifier = 0;
-    std::string key;  ///< As the activity monitor counts it.
+    std::string key;  ///< As the activity monitor counts it; empty only for what was folded.
     std::string path;
     /// Names the account's application; null for none.
     std::shared_ptr<const RunningApplication> application;
@@ -52,7 +55,10 @@ class UsageAccounts {
     bool isListed = false;         ///< Whether it was ever used.
   };
 
+  UsageAccounts();
+
   /// The account of the application key that `path` and `application` give, made where need be.
+  /// There must be such a key.
   std::int32_t reserve(std::string_view path, const RunningApplication* application);
 
   /// Adds to an account, which is listed from then on. Does nothing for one that is not there.
@@ -64,8 +70,8 @@ class UsageAccounts {
   /// Whether it is time to `fold`.
   [[nodiscard]] bool isCrowded() const;
 
-  /// Drops stale accounts, and then, if there are still too many, those that grew longest ago.
-  /// `liveKeys` are the application keys of all processes.
+  /// Folds stale accounts, and then, if there are still too many, those that grew longest ago.
+  /// `liveKeys` are the application keys of all processes, whose accounts stay.
   void fold(const TextMap<bool>& liveKeys);
 
   /// All of them, ascending by identifier; also those that are not listed.
@@ -78,12 +84,14 @@ class UsageAccounts {
   static std::string key(std::string_view path, const RunningApplication* application);
 
  private:
-  void countListed();
+  Usage takeStale(const TextMap<bool>& liveKeys);
+  Usage takeOldest(const TextMap<bool>& liveKeys);
+  [[nodiscard]] std::size_t listedByName() const;
 
   std::uint64_t pass_ = 0;
   std::uint64_t lastFold_ = 0;
-  std::int32_t nextIdentifier_ = kFirstIdentifier;
-  std::vector<Account> accounts_;
+  std::int32_t nextIdentifier_ = kFolded + 1;
+  std::vector<Account> accounts_;  ///< That of what was folded comes first.
   std::size_t listedCount_ = 0;
 };
 

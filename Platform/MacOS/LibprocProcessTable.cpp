@@ -35,6 +35,7 @@ int LibprocProcessTable::listPids(std::span<std::int32_t> buffer) {
 
 bool LibprocProcessTable::resourceUsage(std::int32_t pid, tidewell::ResourceUsage& usage) {
   rusage_info_v4 info{};
+  usage = {};
   if (proc_pid_rusage(pid, RUSAGE_INFO_V4, reinterpret_cast<rusage_info_t*>(&info)) != 0)
     return false;
   usage = {.userTime = info.ri_user_time,

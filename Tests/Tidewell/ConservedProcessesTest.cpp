@@ -2,58 +2,20 @@
 
 #include <gtest/gtest.h>
 
-#include <map>
-#include <random>
+#include <algorithm>
+#include <memory>
 #include <string>
 #include <vector>
 
-#include "Tests/Fakes/FakeClock.h"
-#include "Tests/Tidewell/SimulatedKernel.h"
-#include "Tidewell/ProcessSampler.h"
+#include "Tests/Fakes/FakeRunningApplications.h"
+#include "Tests/Tidewell/ConservedTable.h"
 
 namespace tidewell {
 namespace {
 
 using namespace std::chrono_literals;
 
-class ConservedProcessesTest : public testing::Test {
- protected:
-  /// One pass; what is counted afterwards, by name.
-  const std::map<std::string, Usage>& pass() {
-    clock.advance(2s);
-    table.all();
-    std::vector<std::int32_t> pids(static_cast<std::size_t>(table.listPids({})) / 4);
-    pids.resize(static_cast<std::size_t>(table.listPids(pids)) / 4);
-    counted.clear();
-    total = {};
-    for (const std::int32_t pid : pids) {
-      ResourceUsage usage;
-      std::array<char, ProcessTable::kPathCapacity> path{};
-      if (!table.resourceUsage(pid, usage)) continue;
-      const int length = table.path(pid, path);
-      const Usage used{usage.userTime + usage.systemTime,
-                       usage.diskBytesRead + usage.diskBytesWritten};
-      counted[std::string(ProcessSampler::nameFromPath(
-          {path.data(), static_cast<std::size_t>(std::max(0, length))}))] += used;
-      total += used;
-    }
-    return counted;
-  }
-
-  std::vector<std::int32_t> listed() {
-    std::vector<std::int32_t> pids(static_cast<std::size_t>(table.listPids({})) / 4);
-    table.listPids(pids);
-    return pids;
-  }
-
-  SimulatedKernel kernel;
-  FakeClock clock;
-  ProcessAccounts accounts;
-  // Enough processors that no growth in these tests is beyond what they could give.
-  ConservedProcesses table{{kernel, kernel, clock, accounts, 1'000'000}};
-  std::map<std::string, Usage> counted;
-  Usage total;
-};
+using ConservedProcessesTest = ConservedTable;
 
 TEST_F(ConservedProcessesTest, KeepsWhatAnEndedProcessHadUsedUnderItsName) {
   const auto shell = kernel.spawn(1, "/bin/sh");
@@ -310,6 +272,44 @@ TEST_F(ConservedProcessesTest, AProcessThatTakesAnotherNameTakesAnotherAccount) 
   EXPECT_EQ(accounts.accountOf(job), accounts.accountOf(other)) << "one account per name";
 }
 
+TEST_F(ConservedProcessesTest, ManyNamesLeaveABoundedNumberOfAccountsAndTheWholeSum) {
+  const auto shell = kernel.spawn(1, "/bin/sh");
+  for (int number = 0; number < 400; ++number) {
+    const auto job = kernel.spawn(shell, "/bin/job" + std::to_string(number));
+    kernel.work(job, 3, 30);
+    pass();
+    kernel.endAndReap(job);
+  }
+  pass();
+  EXPECT_EQ(total, (Usage{1200, 12'000}));
+  // The last fold was on pass 360 of 401, and left what had come since pass 211: job 209.
+  EXPECT_EQ(listed().size(), 2u + 191u + 1u) << "and that of what was folded";
+  EXPECT_TRUE(counted.contains("job209"));
+  EXPECT_FALSE(counted.contains("job208"));
+  EXPECT_EQ(counted["job399"], (Usage{3, 30}));
+}
+
+TEST_F(ConservedProcessesTest, KeepsWhatAnApplicationsProcessHadUsedUnderTheApplication) {
+  const auto helper = kernel.spawn(1, "/opt/editor/helper");
+  const auto properties = std::make_shared<int>(0);
+  kernel.applications.push_back(
+      std::make_shared<FakeRunningApplication>(helper, "org.example.Editor", "Editor", properties));
+  kernel.work(helper, 6, 60);
+  pass();
+  kernel.endAndReap(helper);
+  kernel.applications.clear();
+  clock.advance(2s);
+  const auto applications = table.all();
+  ASSERT_EQ(applications.size(), 1u);
+  EXPECT_EQ(applications[0]->processIdentifier(), accounts.accountOf(helper));
+  EXPECT_EQ(applications[0]->bundleIdentifier(), "org.example.Editor");
+  EXPECT_EQ(applications[0]->localizedName(), "Editor");
+  ResourceUsage usage;
+  ASSERT_TRUE(table.resourceUsage(applications[0]->processIdentifier(), usage));
+  EXPECT_EQ(usage.userTime, 6u);
+  EXPECT_EQ(usage.diskBytesRead, 60u);
+}
+
 TEST_F(ConservedProcessesTest, CountsNothingTwiceOfAChildThatWaitsLongToBeReaped) {
   kernel.hidesZombies = true;
   const auto shell = kernel.spawn(1, "/bin/sh");
@@ -416,113 +416,6 @@ TEST_F(ConservedProcessesTest, AnswersInTheTwoCallsOfATable) {
   EXPECT_EQ(table.listPids(one), 4);
   EXPECT_EQ(one[0], 1);
 }
-
-/// Random trees of processes that do everything that processes do.
-class RandomLife {
- public:
-  RandomLife(SimulatedKernel& kernel, unsigned seed) : kernel_(kernel), random_(seed) {}
-
-  void step() {
-    const std::int32_t pid = any();
-    switch (pick(9)) {
-      case 0:
-      case 1:
-        if (kernel_.processes.size() < 40) kernel_.spawn(pid, name());
-        break;
-      case 2:
-      case 3:
-      case 4:
-        // Nothing reaches a disk without some time of a processor.
-        kernel_.work(pid, 1 + pick(20), pick(1000));
-        break;
-      case 5:
-        if (pid != 1) kernel_.exec(pid, name());
-        break;
-      case 6:
-        if (pid != 1) kernel_.end(pid, heirOf(pid));
-        break;
-      default:
-        reapOne();
-    }
-  }
-  void endAll() {
-    while (kernel_.processes.size() > 1) {
-      const auto processes = kernel_.processes;
-      for (const auto& [pid, process] : processes) {
-        if (pid != 1 && !process.zombie) kernel_.end(pid);
-      }
-      reapOne();
-    }
-  }
-
- private:
-  unsigned pick(unsigned count) { return static_cast<unsigned>(random_() % count); }
-  std::string name() { return "/bin/" + std::string(1, static_cast<char>('a' + pick(6))); }
-  std::int32_t any() {
-    auto live = std::vector<std::int32_t>();
-    for (const auto& [pid, process] : kernel_.processes) {
-      if (!process.zombie) live.push_back(pid);
-    }
-    return live[pick(static_cast<unsigned>(live.size()))];
-  }
-  /// The nearest ancestor but one, as if every third process adopted orphans, else init.
-  std::int32_t heirOf(std::int32_t pid) {
-    const std::int32_t parent = kernel_.processes.at(pid).parent;
-    return parent > 1 && parent % 3 == 0 && !kernel_.processes.at(parent).zombie ? parent : 1;
-  }
-  void reapOne() {
-    for (const auto& [pid, process] : kernel_.processes) {
-      if (!process.zombie || kernel_.processes.at(process.parent).zombie) continue;
-      kernel_.reap(pid);
-      return;
-    }
-  }
-
-  SimulatedKernel& kernel_;
-  std::mt19937 random_;
-};
-
-class ConservationTest : public ConservedProcessesTest, public testing::WithParamInterface<int> {
- protected:
-  /// A whole life, in which no more may be counted than was charged and a part of it, for guesses.
-  void live(double guessed = 0);
-};
-
-void ConservationTest::live(double guessed) {
-  RandomLife life(kernel, static_cast<unsigned>(GetParam()));
-  std::map<std::string, Usage> former = pass();
-  for (int tick = 0; tick < 60; ++tick) {
-    for (int count = 0; count < 25; ++count)
-      life.step();
-    pass();
-    const auto charged = static_cast<double>(kernel.charged);
-    EXPECT_LE(static_cast<double>(total.time), charged * (1 + guessed));
-    EXPECT_LE(total.disk, kernel.chargedDisk);
-    for (const auto& [name, usage] : former) {
-      EXPECT_GE(counted[name].time, usage.time) << name;
-      EXPECT_GE(counted[name].disk, usage.disk) << name;
-    }
-    former = counted;
-  }
-  life.endAll();
-  pass();
-  pass();
-  const auto charged = static_cast<double>(kernel.charged);
-  EXPECT_NEAR(static_cast<double>(total.time), charged, charged * guessed);
-}
-
-TEST_P(ConservationTest, CountsWhatTheKernelChargedOnceAndNeverLess) {
-  live();
-  EXPECT_EQ(total.disk, kernel.chargedDisk);
-}
-
-TEST_P(ConservationTest, GuessesLittleWrongWhereWhatWaitsToBeReapedCannotBeRead) {
-  kernel.hidesZombies = true;
-  kernel.addsReapedDisk = false;
-  live(0.03);
-}
-
-INSTANTIATE_TEST_SUITE_P(RandomTrees, ConservationTest, testing::Range(1, 201));
 
 }  // namespace
 }  // namespace tidewell

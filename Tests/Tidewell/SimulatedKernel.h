@@ -26,6 +26,7 @@ class SimulatedKernel : public ProcessTable, public RunningApplications {
     std::uint32_t version = 1;
     bool zombie = false;
     bool reapsNobody = false;  ///< Its children vanish by themselves when they end.
+    bool hidden = false;       ///< Its counters may not be read: another user's.
   };
 
   SimulatedKernel() { processes[1] = {.path = "/sbin/init"}; }
@@ -83,10 +84,12 @@ class SimulatedKernel : public ProcessTable, public RunningApplications {
   bool resourceUsage(std::int32_t pid, ResourceUsage& usage) override {
     if (beforeReading) beforeReading(pid);
     const auto found = processes.find(pid);
-    if (found == processes.end() || unreadable == pid) return false;
+    usage = {};
+    if (found == processes.end()) return false;
     const Process& process = found->second;
     if (hidesZombies && process.zombie) return false;
-    usage = {};
+    if (tellsStart) usage.startTime = process.start;
+    if (process.hidden || unreadable == pid) return false;
     usage.userTime = process.own;
     usage.diskBytesWritten = process.disk;
     usage.reapedTime = process.reaped;
@@ -121,6 +124,7 @@ class SimulatedKernel : public ProcessTable, public RunningApplications {
   std::uint64_t chargedDisk = 0;
   std::function<void(std::int32_t pid)> beforeReading;  ///< What happens during a pass.
   std::int32_t unreadable = 0;
+  bool tellsStart = true;      ///< Also of what cannot be read.
   bool hidesZombies = false;   ///< Nothing can be read of what waits to be reaped.
   bool addsReapedDisk = true;  ///< To the bytes of who reaps.
 };

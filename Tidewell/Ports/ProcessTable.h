@@ -48,7 +48,8 @@ class ProcessTable {
   /// per identifier; processes that do not fit are left out. Less than 1 means failure.
   virtual int listPids(std::span<std::int32_t> buffer) = 0;
 
-  /// Fills `usage`. False when the process is gone or may not be read.
+  /// Fills `usage`. False when the process is gone or may not be read; of one that is there, its
+  /// start time may be told even so, and is 0 otherwise.
   virtual bool resourceUsage(std::int32_t pid, ResourceUsage& usage) = 0;
 
   /// Writes the NUL-terminated path of the process's program and returns its length in bytes

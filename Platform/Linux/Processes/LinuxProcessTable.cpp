@@ -21,7 +21,10 @@ int LinuxProcessTable::listPids(std::span<std::int32_t> buffer) {
 
 bool LinuxProcessTable::resourceUsage(std::int32_t pid, tidewell::ResourceUsage& usage) {
   const TrackedProcess* process = tracker_.find(pid);
-  if (!process || process->access != TrackedProcess::Access::readable) return false;
+  usage = {};
+  if (!process) return false;
+  usage.startTime = process->startTicks;
+  if (process->access != TrackedProcess::Access::readable) return false;
   usage = {.userTime = process->cpuTime,
            .systemTime = 0,
            .diskBytesRead = process->io.readBytes,

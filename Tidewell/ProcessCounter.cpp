@@ -1,0 +1,104 @@
+#include "Tidewell/ProcessCounter.h"
+
+#include <algorithm>
+#include <string_view>
+#include <utility>
+
+namespace tidewell {
+namespace {
+
+/// Growth of a counter; none if it went backwards, as no counter should.
+std::uint64_t growth(std::uint64_t now, std::uint64_t before) {
+  return now > before ? now - before : 0;
+}
+
+std::uint64_t ownTimeOf(const ResourceUsage& usage) {
+  return usage.userTime + usage.systemTime;
+}
+
+std::uint64_t diskOf(const ResourceUsage& usage) {
+  return usage.diskBytesRead + usage.diskBytesWritten;
+}
+
+}  // namespace
+
+ProcessCounter::ProcessCounter(ProcessTable& table, UsageAccounts& accounts,
+                               ProcessAccounts& processAccounts)
+    : table_(table), accounts_(accounts), processAccounts_(processAccounts) {}
+
+void ProcessCounter::begin(CountedProcess& process, const ResourceUsage& usage,
+                           const Application& application) {
+  process.parent = table_.parent(process.pid);
+  process.startTime = usage.startTime;
+  process.ownTime = ownTimeOf(usage);
+  process.reapedTime = usage.reapedTime;
+  process.disk = diskOf(usage);
+  readName(process, usage.programVersion, application);
+}
+
+void ProcessCounter::beginWithAll(CountedProcess& process, const ResourceUsage& usage,
+                                  const Application& application) {
+  begin(process, usage, application);
+  process.counted = {process.ownTime, process.disk};
+}
+
+void ProcessCounter::beginWithMost(CountedProcess& process, const ResourceUsage& usage,
+                                   const Application& application, const Usage& most) {
+  begin(process, usage, application);
+  process.reapedSome = process.reapedTime > 0;
+  process.counted.time = std::min(process.ownTime, most.time);
+  if (table_.diskIncludesReaped()) {
+    process.reaped.begin(process.reapedTime, process.disk);
+  } else {
+    process.reaped.begin(process.reapedTime, 0);
+    process.counted.disk = std::min(process.disk, most.disk);
+  }
+}
+
+void ProcessCounter::update(CountedProcess& process, const ResourceUsage& usage,
+                            const Application& application) {
+  const bool mayHaveChanged = usage.programVersion == 0 ||
+                              usage.programVersion != process.programVersion ||
+                              application != process.application;
+  if (mayHaveChanged) readName(process, usage.programVersion, application);
+
+  process.unread = false;
+  const std::uint64_t disk = growth(diskOf(usage), process.disk);
+  // Where those of reaped children may be among the bytes, they wait to be sorted out.
+  const bool isMixed = table_.diskIncludesReaped();
+  process.counted += {growth(ownTimeOf(usage), process.ownTime), isMixed ? 0 : disk};
+  process.reapedSome = usage.reapedTime > process.reapedTime;
+  process.reaped.grow(growth(usage.reapedTime, process.reapedTime), isMixed ? disk : 0);
+  // A counter that goes backwards, as none should, is not counted again.
+  process.ownTime = std::max(process.ownTime, ownTimeOf(usage));
+  process.reapedTime = std::max(process.reapedTime, usage.reapedTime);
+  process.disk += disk;
+}
+
+/// Reads path and application. What was counted so far stays under the former name.
+void ProcessCounter::readName(CountedProcess& process, std::uint32_t version,
+                              const Application& application) {
+  const int length = table_.path(process.pid, path_);
+  const std::string_view path(path_.data(), static_cast<std::size_t>(std::max(length, 0)));
+  process.programVersion = version;
+  // One that has just ended has no path any more.
+  if (path.empty() && !process.path.empty()) return;
+  if (path == process.path && application == process.application) return;
+  process.path = path;
+  process.application = application;
+  const bool isNamed = !UsageAccounts::key(path, application.get()).empty();
+  const std::int32_t account = isNamed ? accounts_.reserve(path, application.get()) : 0;
+  if (account == process.account) return;
+  if (process.counted != Usage())
+    accounts_.add(process.account, std::exchange(process.counted, {}));
+  process.account = account;
+  processAccounts_.assign(process.pid, account);
+}
+
+void ProcessCounter::close(const CountedProcess& process) {
+  if (process.account != 0 && process.counted != Usage()) {
+    accounts_.add(process.account, process.counted);
+  }
+}
+
+}  // namespace tidewell
