@@ -68,17 +68,14 @@ DBusMenu::DBusMenu(platform::EventLoop& loop, platform::Bus& bus, MenuDelegate& 
       hosts_(loop, [this] { announce(rebuild()); }),
       object_(bus, {kPath, kInterface}, kTable, this) {}
 
-void DBusMenu::refreshIfOpen() {
-  if (!hosts_.isOpen()) return;
-  loop_.async([weak = std::weak_ptr<bool>(alive_), this] {
-    if (weak.lock() && hosts_.isOpen()) announce(rebuild());
-  });
-}
-
 void DBusMenu::refresh() {
   if (layout_.revision() == 0) return;
   loop_.async([weak = std::weak_ptr<bool>(alive_), this] {
-    if (weak.lock()) announce(rebuild());
+    if (!weak.lock()) return;
+    const MenuLayout::Change change = rebuild();
+    if (hosts_.isOpen() || layout_.entries().size() != toldCount_) return announce(change);
+    announceItems(change);
+    isLayoutNews_ = isLayoutNews_ || change.isLayout;
   });
 }
 
@@ -104,16 +101,23 @@ void DBusMenu::rebuildIfNew() {
 }
 
 void DBusMenu::announce(const MenuLayout::Change& change) {
-  if (!change.items.empty()) {
-    object_.emit("ItemsPropertiesUpdated", [&change](sd_bus_message* message) {
-      const int result = appendUpdated(message, change.items);
-      return result < 0 ? result : appendRemoved(message, change.items);
-    });
-  }
+  announceItems(change);
   isLayoutNews_ = isLayoutNews_ || change.isLayout;
   // The menus of some hosts cannot grow while they are open.
-  if (!isLayoutNews_ || hosts_.isOnlyGuessed()) return;
+  if (isLayoutNews_ && !hosts_.isOnlyGuessed()) announceLayout();
+}
+
+void DBusMenu::announceItems(const MenuLayout::Change& change) {
+  if (change.items.empty()) return;
+  object_.emit("ItemsPropertiesUpdated", [&change](sd_bus_message* message) {
+    const int result = appendUpdated(message, change.items);
+    return result < 0 ? result : appendRemoved(message, change.items);
+  });
+}
+
+void DBusMenu::announceLayout() {
   isLayoutNews_ = false;
+  toldCount_ = layout_.entries().size();
   object_.emit("LayoutUpdated", [this](sd_bus_message* message) {
     return sd_bus_message_append(message, "ui", layout_.revision(), MenuLayout::kRoot);
   });
@@ -163,6 +167,7 @@ int DBusMenu::getLayout(sd_bus_message* call, void* data, sd_bus_error* error) {
     const bool isNew = self.layout_.revision() == 0;
     change = self.rebuild();
     if (isNew) change = {};
+    self.toldCount_ = self.layout_.entries().size();
   }
   self.rebuildIfNew();
   if (!self.propertiesOf(parent)) return unknownItem(error, parent);
@@ -245,9 +250,7 @@ void DBusMenu::choose(const MenuItem& item) {
     if (!weak.lock()) return;
     hosts_.surelyClosed();
     delegate_.perform(item);
-    if (!weak.lock()) return;
-    if (isLayoutNews_) announce({});
-    refreshIfOpen();
+    if (weak.lock() && (isLayoutNews_ || hosts_.isOpen())) announce(rebuild());
   });
 }
 

@@ -19,10 +19,9 @@ namespace staylit {
 /// The status item's menu on the session bus, as `com.canonical.dbusmenu`.
 ///
 /// The delegate is asked for the menu whenever a host is about to show it or wants its layout, and
-/// while a host has it open, every two seconds and at `refreshIfOpen`, and at `refresh` once a host
-/// knows it; hosts hear of what changed.
-/// Choices reach the delegate from the loop, never from within a call. Main thread only; all
-/// arguments must outlive it.
+/// while a host has it open, every two seconds, and at `refresh` once a host knows it; hosts hear
+/// of what changed. Choices reach the delegate from the loop, never from within a call. Main thread
+/// only; all arguments must outlive it.
 class DBusMenu {
  public:
   static constexpr const char* kPath = "/MenuBar";
@@ -32,11 +31,9 @@ class DBusMenu {
   DBusMenu(const DBusMenu&) = delete;
   DBusMenu& operator=(const DBusMenu&) = delete;
 
-  /// What the menu shows may have changed. Asks the delegate later, from the loop.
-  void refreshIfOpen();
-
-  /// As `refreshIfOpen`, also while it is closed, for a host that knows it: many keep what they
-  /// know and show it at once when they open the menu, in the size that it had.
+  /// What the menu shows may have changed. Asks the delegate later, from the loop, if a host knows
+  /// the menu. While it is closed, hosts hear of other items only if there are more or fewer: many
+  /// show at once what they know when they open the menu, in the size that it had.
   void refresh();
 
   /// Does what the item with that action does, later, from the loop.
@@ -59,6 +56,8 @@ class DBusMenu {
   MenuLayout::Change rebuildToShow();
   void rebuildIfNew();
   void announce(const MenuLayout::Change& change);
+  void announceItems(const MenuLayout::Change& change);
+  void announceLayout();
   /// Null for an item that is not in the menu.
   [[nodiscard]] const MenuProperties* propertiesOf(std::int32_t id) const;
   int appendItem(sd_bus_message* reply, std::int32_t id, std::int32_t depth,
@@ -72,8 +71,10 @@ class DBusMenu {
   MenuDelegate& delegate_;
   MenuLayout layout_;
   MenuHosts hosts_;
-  /// Whether hosts have yet to hear of another layout.
+  /// Whether hosts have yet to hear of another layout, and how many items the one had that they
+  /// heard of.
   bool isLayoutNews_ = false;
+  std::size_t toldCount_ = 0;
   /// What work for later holds instead of the menu: gone when it is.
   std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);
   platform::BusObject object_;

@@ -52,11 +52,6 @@ int appendPixmap(sd_bus_message* message, const StatusPixmap& pixmap, bool isDim
   return result < 0 ? result : sd_bus_message_close_container(message);
 }
 
-/// Whether it is another state, in which other items are in the menu.
-bool isOtherState(const StatusItemAppearance& one, const StatusItemAppearance& other) {
-  return one.symbol != other.symbol || one.appearsDisabled != other.appearsDisabled;
-}
-
 }  // namespace
 
 const sd_bus_vtable StatusNotifierItem::kTable[] = {
@@ -108,16 +103,13 @@ void StatusNotifierItem::show(const StatusItemAppearance& appearance) {
   } else if (former != appearance_) {
     announce(former);
   }
-  if (isOtherState(former, appearance_)) {
-    menu_.refresh();
-  } else {
-    menu_.refreshIfOpen();
-  }
+  menu_.refresh();
 }
 
 void StatusNotifierItem::announce(const StatusItemAppearance& former) {
   std::vector<const char*> changed;
-  if (isOtherState(former, appearance_)) {
+  if (former.symbol != appearance_.symbol ||
+      former.appearsDisabled != appearance_.appearsDisabled) {
     object_.emit("NewIcon");
     changed.insert(changed.end(), {"IconName", "IconPixmap"});
   }
