@@ -17,8 +17,13 @@ tidewell::Defaults& defaults() {
   return Prefs::shared().defaults();
 }
 
+/// Without its text.
 Slider slider(std::int64_t stored, std::int64_t minimum, std::int64_t maximum, std::int64_t step) {
-  return {std::clamp(stored, minimum, maximum), minimum, maximum, step};
+  return {std::clamp(stored, minimum, maximum), minimum, maximum, step, ""};
+}
+
+std::string percent(std::int64_t value) {
+  return std::to_string(value) + "%";
 }
 
 /// The nearest to `value` of all that the slider offers.
@@ -42,10 +47,11 @@ SettingsView::SettingsView(StaylitEngine& engine, tidewell::Ports& ports)
       respectLowPower_(defaults().boolean(keys::respectLowPower)),
       keepScreenOn_(defaults().boolean(keys::keepScreenOn)),
       honorAssertions_(defaults().boolean(keys::honorAppAssertions)),
-      lidClosed_{.isOn = defaults().boolean(keys::allowLidClosed), .repeat = nullptr},
-      launchAtLogin_{.isOn = defaults().boolean(keys::launchAtLogin), .repeat = nullptr},
-      changes_(engine, *ports.mainLoop),
-      self_(std::make_shared<SettingsView*>(this)) {}
+      lidClosed_(defaults().boolean(keys::allowLidClosed), *ports.mainLoop,
+                 [this](bool on) { applyLidSetting(on); }),
+      launchAtLogin_(defaults().boolean(keys::launchAtLogin), *ports.mainLoop,
+                     [this](bool on) { applyLaunchAtLogin(on); }),
+      changes_(engine, *ports.mainLoop) {}
 
 SettingsView::~SettingsView() = default;
 
@@ -59,7 +65,7 @@ std::vector<SettingsView::Section> SettingsView::form() const {
       {"Apps",
        {{Control::watching, "Watching", Value{watching()}, "",
          "Choose which apps may keep your Mac awake from the menu bar icon → Choose Apps."}}},
-      {"", {{Control::launchAtLogin, "Open at login", Toggle{launchAtLogin_.isOn}, "", ""}}},
+      {"", {{Control::launchAtLogin, "Open at login", Toggle{launchAtLogin_.isOn()}, "", ""}}},
   };
 }
 
@@ -69,31 +75,34 @@ SettingsView::Section SettingsView::sleepSection() const {
             "A short pause between build steps won't drop the hold."},
            {Control::keepScreenOn, "Keep the screen on too", Toggle{keepScreenOn_}, "",
             "Off by default — the display sleeps on its own while work continues."},
-           {Control::lidClosed, "Work with the lid closed", Toggle{lidClosed_.isOn},
+           {Control::lidClosed, "Work with the lid closed", Toggle{lidClosed_.isOn()},
             lidError_.value_or(""),
             "Needs your admin password once. Restored automatically if Staylit stops."}}};
 }
 
 SettingsView::Section SettingsView::batterySection() const {
   return {"Battery",
-          {{Control::battery, "Stop holding below " + std::to_string(battery_) + "%",
-            batterySlider(), "", ""},
+          {{Control::battery, "Stop holding below " + percent(battery_), batterySlider(), "", ""},
            {Control::respectLowPower, "Respect Low Power Mode", Toggle{respectLowPower_}, "", ""},
            {Control::rightNow, "Right now", Value{rightNow()}, "", ""}}};
 }
 
 Slider SettingsView::graceSlider() const {
-  return slider(grace_, 30, 600, 30);
+  Slider made = slider(grace_, 30, 600, 30);
+  made.text = formatted(grace_);
+  return made;
 }
 
 Slider SettingsView::batterySlider() const {
-  return slider(battery_, 0, 50, 5);
+  Slider made = slider(battery_, 0, 50, 5);
+  made.text = percent(battery_);
+  return made;
 }
 
 std::string SettingsView::rightNow() const {
   const tidewell::PowerState& power = engine_.powerState().get();
   if (!power.hasBattery) return "plugged in";
-  return std::to_string(power.percentage) + "% · " + (power.onAC ? "plugged in" : "on battery");
+  return percent(power.percentage) + " · " + (power.onAC ? "plugged in" : "on battery");
 }
 
 std::string SettingsView::formatted(std::int64_t seconds) {
@@ -128,9 +137,9 @@ void SettingsView::setOn(Control control, bool on) {
     case Control::honorAssertions:
       return flip(honorAssertions_, keys::honorAppAssertions, on);
     case Control::lidClosed:
-      return flipGuarded(lidClosed_, &SettingsView::applyLidSetting, on);
+      return flipGuarded(lidClosed_, on);
     case Control::launchAtLogin:
-      return flipGuarded(launchAtLogin_, &SettingsView::applyLaunchAtLogin, on);
+      return flipGuarded(launchAtLogin_, on);
     case Control::grace:
     case Control::battery:
     case Control::rightNow:
@@ -146,28 +155,27 @@ void SettingsView::flip(bool& stored, std::string_view key, bool on) {
   changes_.tell();
 }
 
-void SettingsView::flipGuarded(GuardedToggle& toggle, Apply apply, bool on) {
-  if (toggle.isOn == on) return;
-  toggle.isOn = on;
-  ++toggle.changes;
-  toggle.settle();
+void SettingsView::flipGuarded(GuardedToggle& toggle, bool on) {
+  if (toggle.isOn() == on) return;
+  toggle.change(on);
   changes_.tell();
-  (this->*apply)(on);
+  toggle.act();
 }
 
-void SettingsView::flipBack(GuardedToggle& toggle, Apply apply, bool on) {
-  toggle.isOn = !on;
-  ++toggle.changes;
+void SettingsView::flipBack(GuardedToggle& toggle, bool on) {
+  // First, so that it is shown before it is acted upon.
   changes_.tell();
-  // Later, as for every change, and unless the user has changed it again by then: that was acted
-  // upon already.
-  const auto again = [weak = std::weak_ptr(self_), &toggle, apply, change = toggle.changes] {
-    const auto view = weak.lock();
-    if (view && toggle.changes == change) ((*view)->*apply)(toggle.isOn);
-  };
-  if (++toggle.failures <= kPromptRepeats) return ports_.mainLoop->async(again);
-  // Nobody is asked in between, or somebody declines for ever.
-  toggle.repeat = ports_.mainLoop->scheduleRepeating(kLateRepeat, again);
+  toggle.failed(on);
+}
+
+void SettingsView::windowClosed() {
+  giveUp(lidClosed_, keys::allowLidClosed);
+  giveUp(launchAtLogin_, keys::launchAtLogin);
+}
+
+void SettingsView::giveUp(GuardedToggle& toggle, std::string_view key) {
+  if (toggle.isWaiting()) changes_.tell();
+  toggle.giveUp(defaults().boolean(key));
 }
 
 void SettingsView::applyLidSetting(bool on) {
@@ -176,12 +184,12 @@ void SettingsView::applyLidSetting(bool on) {
   if (done) {
     defaults().setBoolean(keys::allowLidClosed, on);
     // Letting a lid switch go always succeeds, so that of a refused one nothing would be seen.
-    const bool isOnlyUndone = lidClosed_.failures > 0 && ports_.lidSwitch;
+    const bool isOnlyUndone = lidClosed_.hasFailed() && ports_.lidSwitch;
     if (!isOnlyUndone) lidError_.reset();
-    lidClosed_.settle();
+    lidClosed_.succeeded();
     changes_.tell();
   } else {
-    flipBack(lidClosed_, &SettingsView::applyLidSetting, on);
+    flipBack(lidClosed_, on);
     lidError_ = "Administrator approval was declined.";
   }
 }
@@ -191,9 +199,9 @@ void SettingsView::applyLaunchAtLogin(bool on) {
       on ? ports_.loginItem->registerItem() : ports_.loginItem->unregisterItem();
   if (!error) {
     defaults().setBoolean(keys::launchAtLogin, on);
-    launchAtLogin_.settle();
+    launchAtLogin_.succeeded();
   } else {
-    flipBack(launchAtLogin_, &SettingsView::applyLaunchAtLogin, on);
+    flipBack(launchAtLogin_, on);
     tidewell::Log::error("launch at login failed: " + *error);
   }
 }

@@ -2,13 +2,13 @@
 
 #include <cstdint>
 #include <functional>
-#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <variant>
 #include <vector>
 
+#include "Staylit/GuardedToggle.h"
 #include "Staylit/Published.h"
 #include "Staylit/StaylitEngine.h"
 #include "Staylit/ViewChanges.h"
@@ -26,6 +26,8 @@ namespace staylit {
 /// Working with the lid closed and opening at login are done before they are stored. The call
 /// blocks until the system, and the user, have answered; if it fails, the toggle flips back, and
 /// since that is a change like any other, it is acted upon in its turn, later on the main loop.
+/// What goes on failing in both directions is tried at leisure, and no longer once the window is
+/// closed.
 class SettingsView {
  public:
   /// Names a control, so that a window can tell the view of a change.
@@ -48,6 +50,7 @@ class SettingsView {
     std::int64_t minimum = 0;
     std::int64_t maximum = 0;
     std::int64_t step = 1;
+    std::string text;  ///< The stored value in words: "2 minutes", "20%".
     friend bool operator==(const Slider&, const Slider&) = default;
   };
   struct Toggle {
@@ -89,6 +92,10 @@ class SettingsView {
   virtual void setValue(Control control, std::int64_t value);
   virtual void setOn(Control control, bool on);
 
+  /// The user closed the window. A toggle that still waits for its next attempt is given up, and
+  /// shows what is stored.
+  virtual void windowClosed();
+
   /// As `AppsView::observe`.
   [[nodiscard]] virtual Subscription observe(std::function<void()> changed);
 
@@ -96,25 +103,6 @@ class SettingsView {
   static std::string formatted(std::int64_t seconds);
 
  private:
-  /// A toggle that is stored only once what it asks for has been done.
-  struct GuardedToggle {
-    /// Nothing is to be repeated any more.
-    void settle() {
-      failures = 0;
-      repeat.reset();
-    }
-
-    bool isOn;
-    std::int64_t changes = 0;  ///< So that work for later sees whether it is still wanted.
-    int failures = 0;          ///< In a row, since the user's own change.
-    std::unique_ptr<tidewell::RepeatingTimer> repeat;
-  };
-  /// After so many failures in a row, which a person at a prompt takes time for, the next attempts
-  /// come one interval apart.
-  static constexpr int kPromptRepeats = 4;
-  static constexpr tidewell::Seconds kLateRepeat{30};
-  using Apply = void (SettingsView::*)(bool on);
-
   [[nodiscard]] Section sleepSection() const;
   [[nodiscard]] Section batterySection() const;
   [[nodiscard]] Slider graceSlider() const;
@@ -124,9 +112,10 @@ class SettingsView {
   void moveSlider(const Slider& slider, std::int64_t& stored, std::string_view key,
                   std::int64_t value);
   void flip(bool& stored, std::string_view key, bool on);
-  void flipGuarded(GuardedToggle& toggle, Apply apply, bool on);
+  void flipGuarded(GuardedToggle& toggle, bool on);
   /// Undoes the change to `on`, which failed.
-  void flipBack(GuardedToggle& toggle, Apply apply, bool on);
+  void flipBack(GuardedToggle& toggle, bool on);
+  void giveUp(GuardedToggle& toggle, std::string_view key);
 
   void applyLidSetting(bool on);
   void applyLaunchAtLogin(bool on);
@@ -142,8 +131,6 @@ class SettingsView {
   GuardedToggle launchAtLogin_;
   std::optional<std::string> lidError_;
   ViewChanges changes_;
-  /// What work for later holds instead of the view: gone when it is.
-  std::shared_ptr<SettingsView*> self_;
 };
 
 }  // namespace staylit

@@ -24,18 +24,20 @@ function(staylit_app_icon target)
   set_target_properties(${target} PROPERTIES MACOSX_BUNDLE_ICON_FILE Staylit)
 endfunction()
 
-# staylit_sign(TARGET) signs the application TARGET with the hardened runtime once all of it is
-# there, and again whenever any of it was made anew.
+# staylit_sign(TARGET) signs the application TARGET once all of it is there, and again whenever any
+# of it was made anew. With the hardened runtime, but for a debug build of this machine's own: no
+# debugger and no sanitizer gets along with that.
 function(staylit_sign target)
   set(stamp "${CMAKE_CURRENT_BINARY_DIR}/${target}.signed")
-  set(time --timestamp)
+  set(how --timestamp --options runtime)
   if(STAYLIT_SIGNING_IDENTITY STREQUAL "-")
-    set(time --timestamp=none)
+    set(how --timestamp=none "$<$<NOT:$<CONFIG:Debug>>:--options;runtime>")
   endif()
-  add_custom_command(OUTPUT "${stamp}" VERBATIM
+  # CMake writes the property list itself, before anything is built, and only when it differs.
+  add_custom_command(OUTPUT "${stamp}" VERBATIM COMMAND_EXPAND_LISTS
     DEPENDS ${target} "${CMAKE_CURRENT_BINARY_DIR}/Staylit.icns" "${STAYLIT_ENTITLEMENTS}"
-      "${PROJECT_SOURCE_DIR}/Packaging/macOS/Info.plist.in"
-    COMMAND codesign --force --sign "${STAYLIT_SIGNING_IDENTITY}" ${time} --options runtime
+      "$<TARGET_BUNDLE_CONTENT_DIR:${target}>/Info.plist"
+    COMMAND codesign --force --sign "${STAYLIT_SIGNING_IDENTITY}" "${how}"
       --entitlements "${STAYLIT_ENTITLEMENTS}" "$<TARGET_BUNDLE_DIR:${target}>"
     COMMAND "${CMAKE_COMMAND}" -E touch "${stamp}")
   add_custom_target(${target}-signed ALL DEPENDS "${stamp}")

@@ -27,7 +27,8 @@
 namespace platform {
 namespace {
 
-/// The process table and the running applications, with all that they stand on.
+/// The process table and the running applications, with all that they stand on. What the work of
+/// ended processes gains over the plain table was measured on Linux only.
 struct CountedProcesses {
   LibprocProcessTable table;
   WorkspaceRunningApplications applications;

@@ -21,6 +21,7 @@ NSTask* makeTask(const std::string& executable, const std::vector<std::string>& 
   NSTask* task = [[NSTask alloc] init];
   task.executableURL = [NSURL fileURLWithPath:nsString(executable) isDirectory:NO];
   task.arguments = nsStrings(arguments);
+  task.standardInput = NSFileHandle.fileHandleWithNullDevice;
   task.standardOutput = output;
   task.standardError = NSFileHandle.fileHandleWithNullDevice;
   return task;

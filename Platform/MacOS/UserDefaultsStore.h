@@ -1,12 +1,17 @@
 #pragma once
 
+#import <Foundation/Foundation.h>
+
 #include "Tidewell/Ports/Defaults.h"
 
 namespace platform {
 
-/// The application's standard user defaults.
+/// User defaults: the application's standard ones unless others are given.
 class UserDefaultsStore final : public tidewell::Defaults {
  public:
+  explicit UserDefaultsStore(NSUserDefaults* store = NSUserDefaults.standardUserDefaults)
+      : store_(store) {}
+
   void registerDefaults(const tidewell::PropertyDictionary& defaults) override;
 
   std::int64_t integer(std::string_view key) override;
@@ -18,6 +23,9 @@ class UserDefaultsStore final : public tidewell::Defaults {
   void setReal(std::string_view key, double value) override;
   void setBoolean(std::string_view key, bool value) override;
   void setStringList(std::string_view key, const std::vector<std::string>& value) override;
+
+ private:
+  NSUserDefaults* const store_;
 };
 
 }  // namespace platform

@@ -1,13 +1,9 @@
 #include "Platform/MacOS/UserDefaultsStore.h"
 
-#import <Foundation/Foundation.h>
-
 #include "Platform/MacOS/NSText.h"
 
 namespace platform {
 namespace {
-
-NSUserDefaults* store() { return NSUserDefaults.standardUserDefaults; }
 
 /// One property value as an object of the store; nil for what the store cannot hold.
 struct StoredObject {
@@ -25,8 +21,6 @@ struct StoredObject {
   }
 };
 
-void setObject(std::string_view key, id object) { [store() setObject:object forKey:nsString(key)]; }
-
 }  // namespace
 
 void UserDefaultsStore::registerDefaults(const tidewell::PropertyDictionary& defaults) {
@@ -35,31 +29,31 @@ void UserDefaultsStore::registerDefaults(const tidewell::PropertyDictionary& def
     for (const auto& [key, value] : defaults) {
       registered[nsString(key)] = std::visit(StoredObject{}, value);
     }
-    [store() registerDefaults:registered];
+    [store_ registerDefaults:registered];
   }
 }
 
 std::int64_t UserDefaultsStore::integer(std::string_view key) {
   @autoreleasepool {
-    return [store() integerForKey:nsString(key)];
+    return [store_ integerForKey:nsString(key)];
   }
 }
 
 double UserDefaultsStore::real(std::string_view key) {
   @autoreleasepool {
-    return [store() doubleForKey:nsString(key)];
+    return [store_ doubleForKey:nsString(key)];
   }
 }
 
 bool UserDefaultsStore::boolean(std::string_view key) {
   @autoreleasepool {
-    return [store() boolForKey:nsString(key)];
+    return [store_ boolForKey:nsString(key)];
   }
 }
 
 std::optional<std::vector<std::string>> UserDefaultsStore::stringList(std::string_view key) {
   @autoreleasepool {
-    NSArray<NSString*>* list = [store() stringArrayForKey:nsString(key)];
+    NSArray<NSString*>* list = [store_ stringArrayForKey:nsString(key)];
     if (list == nil) return std::nullopt;
     std::vector<std::string> texts;
     for (NSString* text in list) {
@@ -71,25 +65,25 @@ std::optional<std::vector<std::string>> UserDefaultsStore::stringList(std::strin
 
 void UserDefaultsStore::setInteger(std::string_view key, std::int64_t value) {
   @autoreleasepool {
-    setObject(key, @(value));
+    [store_ setObject:@(value) forKey:nsString(key)];
   }
 }
 
 void UserDefaultsStore::setReal(std::string_view key, double value) {
   @autoreleasepool {
-    setObject(key, @(value));
+    [store_ setObject:@(value) forKey:nsString(key)];
   }
 }
 
 void UserDefaultsStore::setBoolean(std::string_view key, bool value) {
   @autoreleasepool {
-    setObject(key, @(value));
+    [store_ setObject:@(value) forKey:nsString(key)];
   }
 }
 
 void UserDefaultsStore::setStringList(std::string_view key, const std::vector<std::string>& value) {
   @autoreleasepool {
-    setObject(key, StoredObject{}(value));
+    [store_ setObject:StoredObject{}(value) forKey:nsString(key)];
   }
 }
 

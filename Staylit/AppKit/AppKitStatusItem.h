@@ -2,6 +2,8 @@
 
 #import <AppKit/AppKit.h>
 
+#include <optional>
+
 #import "Staylit/AppKit/StaylitStatusMenu.h"
 #include "Staylit/UserInterface.h"
 
@@ -15,11 +17,13 @@ class AppKitStatusItem final : public StatusItem {
   AppKitStatusItem(const AppKitStatusItem&) = delete;
   AppKitStatusItem& operator=(const AppKitStatusItem&) = delete;
 
+  /// Touches only what is different, so that the menu bar is not drawn anew with every tick.
   void show(const StatusItemAppearance& appearance) override;
 
  private:
   NSStatusItem* const item_;
   StaylitStatusMenu* const menu_;
+  std::optional<StatusItemAppearance> shown_;
 };
 
 }  // namespace staylit

@@ -4,6 +4,16 @@
 #include "Staylit/AppKit/Drawing.h"
 
 namespace staylit {
+namespace {
+
+NSImage* imageOf(const StatusItemAppearance& appearance) {
+  NSImage* image =
+      symbolNamed(appearance.symbol, platform::nsString(appearance.accessibilityDescription));
+  [image setTemplate:YES];
+  return image;
+}
+
+}  // namespace
 
 AppKitStatusItem::AppKitStatusItem(MenuDelegate& delegate)
     : item_([NSStatusBar.systemStatusBar statusItemWithLength:NSVariableStatusItemLength]),
@@ -19,12 +29,14 @@ AppKitStatusItem::~AppKitStatusItem() {
 void AppKitStatusItem::show(const StatusItemAppearance& appearance) {
   NSStatusBarButton* button = item_.button;
   if (button == nil) return;
-  NSImage* image =
-      symbolNamed(appearance.symbol, platform::nsString(appearance.accessibilityDescription));
-  [image setTemplate:YES];
-  button.image = image;
-  button.appearsDisabled = appearance.appearsDisabled;
-  button.toolTip = platform::nsString(appearance.toolTip);
+  const auto isNew = [&](auto part) { return !shown_ || (*shown_).*part != appearance.*part; };
+  using Appearance = StatusItemAppearance;
+  if (isNew(&Appearance::symbol) || isNew(&Appearance::accessibilityDescription)) {
+    button.image = imageOf(appearance);
+  }
+  if (isNew(&Appearance::appearsDisabled)) button.appearsDisabled = appearance.appearsDisabled;
+  if (isNew(&Appearance::toolTip)) button.toolTip = platform::nsString(appearance.toolTip);
+  shown_ = appearance;
 }
 
 }  // namespace staylit

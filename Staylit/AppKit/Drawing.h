@@ -37,7 +37,7 @@ NSBox* makeDivider();
 /// Something that takes all the room that a row has left.
 NSView* makeSpacer();
 
-/// Makes `inner` fill `outer`, whose only view it becomes, but for `insets`.
+/// Puts `inner` into `outer`, over what is there already, and makes it fill that but for `insets`.
 void fill(NSView* outer, NSView* inner, NSEdgeInsets insets);
 
 /// For what is spoken of elsewhere, or only decorates.

@@ -44,7 +44,8 @@ NSImageView* makeSymbolView(NSFontTextStyle style, NSColor* color) {
   NSImageView* view = [[NSImageView alloc] init];
   view.symbolConfiguration = [NSImageSymbolConfiguration configurationWithTextStyle:style];
   view.contentTintColor = color;
-  [view setContentHuggingPriority:NSLayoutPriorityRequired
+  // Less than what gives a view a width of its own.
+  [view setContentHuggingPriority:NSLayoutPriorityDefaultHigh
                    forOrientation:NSLayoutConstraintOrientationHorizontal];
   hideFromAccessibility(view);
   return view;

@@ -3,6 +3,7 @@
 #include "Platform/MacOS/NSText.h"
 #include "Staylit/AppKit/Drawing.h"
 #import "Staylit/AppKit/StaylitRoundedView.h"
+#import "Staylit/AppKit/StaylitRowButton.h"
 
 namespace {
 
@@ -21,9 +22,8 @@ void fixSize(NSView* view, CGFloat width, CGFloat height) {
 
 /// A button that is not seen, and as large as what it lies over.
 NSButton* makeButton(id target, SEL action) {
-  NSButton* button = [NSButton buttonWithTitle:@"" target:target action:action];
+  NSButton* button = [StaylitRowButton buttonWithTitle:@"" target:target action:action];
   button.bordered = NO;
-  button.transparent = YES;
   for (const auto orientation :
        {NSLayoutConstraintOrientationHorizontal, NSLayoutConstraintOrientationVertical}) {
     [button setContentHuggingPriority:1 forOrientation:orientation];
@@ -32,11 +32,6 @@ NSButton* makeButton(id target, SEL action) {
   // The keyboard moves through the list, not through the buttons in it.
   button.refusesFirstResponder = YES;
   return button;
-}
-
-/// Whether the event that is handled now is a later click of several in one place.
-bool isFurtherClick(NSEvent* event) {
-  return event.type == NSEventTypeLeftMouseUp && event.clickCount > 1;
 }
 
 }  // namespace
@@ -65,6 +60,8 @@ bool isFurtherClick(NSEvent* event) {
 
 - (void)makeViews {
   _symbol = staylit::makeSymbolView(NSFontTextStyleBody, NSColor.secondaryLabelColor);
+  // Symbols are of different widths; what is behind them begins at one line.
+  _symbol.imageScaling = NSImageScaleNone;
   [_symbol.widthAnchor constraintEqualToConstant:kSymbolWidth].active = YES;
   _name = staylit::makeLabel(NSFontTextStyleBody, NSColor.labelColor);
   _name.lineBreakMode = NSLineBreakByTruncatingMiddle;
@@ -104,9 +101,7 @@ bool isFurtherClick(NSEvent* event) {
 }
 
 - (void)press {
-  // The first click has brought another application under the mouse, which nobody meant.
-  if (isFurtherClick(NSApp.currentEvent) || self.pressed == nil) return;
-  self.pressed(self);
+  if (self.pressed != nil) self.pressed(self);
 }
 
 @end

@@ -1,11 +1,10 @@
 #import "Staylit/AppKit/StaylitAppsList.h"
 
-#include <map>
 #include <optional>
-#include <string>
-#include <tuple>
 
 #include "Platform/MacOS/NSText.h"
+#include "Staylit/AppKit/LineHeights.h"
+#include "Staylit/AppKit/ScrollPlace.h"
 #import "Staylit/AppKit/StaylitAppCell.h"
 #import "Staylit/AppKit/StaylitAppsTable.h"
 #include "Staylit/AppsLines.h"
@@ -15,23 +14,6 @@ using staylit::AppsLines;
 using Edit = AppsLines::Edit;
 
 namespace {
-
-/// An application that is looked at, and how far below the upper edge of what is seen.
-struct Anchor {
-  std::string id;
-  std::size_t section;
-  bool isWorking;
-  CGFloat top;
-};
-
-/// What the height of a line depends on: its kind, whether it has a detail, and for a text that may
-/// be broken into lines, which one it is.
-using Shape = std::tuple<AppsLine::Kind, bool, std::size_t>;
-
-Shape shapeOf(const AppsLine& line) {
-  const bool isBroken = line.kind == AppsLine::Kind::empty;
-  return {line.kind, line.detail.empty(), isBroken ? line.section : 0};
-}
 
 NSUserInterfaceItemIdentifier identifierOf(AppsLine::Kind kind) {
   switch (kind) {
@@ -46,8 +28,8 @@ NSUserInterfaceItemIdentifier identifierOf(AppsLine::Kind kind) {
 
 NSTableColumn* makeColumn() {
   NSTableColumn* column = [[NSTableColumn alloc] initWithIdentifier:@"lines"];
-  // About what the table has for it, which stretches it from there.
-  column.width = 420;
+  // Less than the table has for it, which stretches it from there and is never wider than it.
+  column.width = 100;
   column.resizingMask = NSTableColumnAutoresizingMask;
   return column;
 }
@@ -59,7 +41,7 @@ NSIndexSet* rowSet(std::size_t row) { return [NSIndexSet indexSetWithIndex:row];
 @implementation StaylitAppsList {
   StaylitAppsTable* _table;
   AppsLines _lines;
-  std::map<Shape, CGFloat> _heights;
+  staylit::LineHeights _heights;
 }
 
 - (instancetype)initWithFrame:(NSRect)frame {
@@ -67,6 +49,7 @@ NSIndexSet* rowSet(std::size_t row) { return [NSIndexSet indexSetWithIndex:row];
   if (self == nil) return nil;
   self.borderType = NSNoBorder;
   self.hasVerticalScroller = YES;
+  self.horizontalScrollElasticity = NSScrollElasticityNone;
   self.documentView = [self makeTable];
   return self;
 }
@@ -77,14 +60,23 @@ NSIndexSet* rowSet(std::size_t row) { return [NSIndexSet indexSetWithIndex:row];
   _table.headerView = nil;
   _table.style = NSTableViewStyleInset;
   _table.rowSizeStyle = NSTableViewRowSizeStyleCustom;
-  _table.columnAutoresizingStyle = NSTableViewUniformColumnAutoresizingStyle;
+  _table.columnAutoresizingStyle = NSTableViewLastColumnOnlyAutoresizingStyle;
   _table.dataSource = self;
   _table.delegate = self;
+  // A row is more than its cell: there is room on either side.
+  _table.target = self;
+  _table.action = @selector(chooseClicked);
   __weak StaylitAppsList* weakSelf = self;
   _table.chosen = ^(NSInteger row) {
     [weakSelf chooseByKeyboard:row];
   };
   return _table;
+}
+
+/// A scroll bar that comes or goes changes what there is for the column.
+- (void)tile {
+  [super tile];
+  [_table sizeLastColumnToFit];
 }
 
 - (NSView*)keyView {
@@ -100,7 +92,7 @@ NSIndexSet* rowSet(std::size_t row) { return [NSIndexSet indexSetWithIndex:row];
 
 - (void)showSections:(const std::vector<staylit::AppsView::Section>&)sections {
   if (_lines.lines().empty()) return [self fillWith:sections];
-  const std::vector<Anchor> anchors = [self anchors];
+  const staylit::ScrollPlace place(_table, _lines);
   bool isEdited = false;
   // At once: rows that glide would be clicked for others, and the place could not be kept.
   [NSAnimationContext beginGrouping];
@@ -110,7 +102,7 @@ NSIndexSet* rowSet(std::size_t row) { return [NSIndexSet indexSetWithIndex:row];
     isEdited = true;
   });
   [NSAnimationContext endGrouping];
-  if (isEdited) [self holdFast:anchors];
+  if (isEdited) place.restore(_table, _lines);
 }
 
 /// A table has to know its rows before any can be inserted or removed.
@@ -145,47 +137,6 @@ NSIndexSet* rowSet(std::size_t row) { return [NSIndexSet indexSetWithIndex:row];
                                            row:static_cast<NSInteger>(row)
                                makeIfNecessary:NO];
   [cell show:_lines.lines()[row]];
-}
-
-// The place in the list.
-
-/// None at the very top, where one wants to see what appears.
-- (std::vector<Anchor>)anchors {
-  std::vector<Anchor> anchors;
-  const NSRect seen = _table.visibleRect;
-  if (NSMinY(seen) <= 0) return anchors;
-  const NSRange rows = [_table rowsInRect:seen];
-  for (NSUInteger row = rows.location; row < NSMaxRange(rows); ++row) {
-    const CGFloat top = [self topOf:row] - NSMinY(seen);
-    if (!_lines.isEntry(row) || top < 0) continue;
-    const AppsLine& line = _lines.lines()[row];
-    anchors.push_back({line.id, line.section, line.isWorking, top});
-  }
-  return anchors;
-}
-
-- (CGFloat)topOf:(std::size_t)row {
-  return NSMinY([_table rectOfRow:static_cast<NSInteger>(row)]);
-}
-
-/// Scrolls so that the first of `anchors` that is still in its place is where it was seen.
-- (void)holdFast:(const std::vector<Anchor>&)anchors {
-  for (const Anchor& anchor : anchors) {
-    const std::optional<std::size_t> row = _lines.rowOf(anchor.id);
-    if (!row) continue;
-    const AppsLine& line = _lines.lines()[*row];
-    if (line.section != anchor.section || line.isWorking != anchor.isWorking) continue;
-    [self scrollTo:[self topOf:*row] - anchor.top];
-    return;
-  }
-}
-
-- (void)scrollTo:(CGFloat)top {
-  NSClipView* clip = self.contentView;
-  NSRect bounds = clip.bounds;
-  bounds.origin.y = top;
-  [clip scrollToPoint:[clip constrainBoundsRect:bounds].origin];
-  [self reflectScrolledClipView:clip];
 }
 
 - (void)select:(std::optional<std::size_t>)row {
@@ -240,15 +191,12 @@ NSIndexSet* rowSet(std::size_t row) { return [NSIndexSet indexSetWithIndex:row];
   [self choose:[_table rowForView:cell]];
 }
 
+- (void)chooseClicked {
+  [self choose:_table.clickedRow];
+}
+
 - (CGFloat)tableView:(NSTableView*)__unused tableView heightOfRow:(NSInteger)row {
-  const AppsLine& line = _lines.lines()[static_cast<std::size_t>(row)];
-  const auto [height, isNew] = _heights.try_emplace(shapeOf(line), 0);
-  if (isNew) {
-    StaylitLineCell* sample = [StaylitLineCell cellForKind:line.kind];
-    [sample show:line];
-    height->second = sample.fittingSize.height;
-  }
-  return height->second;
+  return _heights.of(_lines.lines()[static_cast<std::size_t>(row)]);
 }
 
 - (BOOL)tableView:(NSTableView*)__unused tableView shouldSelectRow:(NSInteger)row {

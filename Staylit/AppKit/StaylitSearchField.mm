@@ -14,6 +14,7 @@ NSTextField* makePlainField(NSString* placeholder) {
   NSTextField* field = [NSTextField textFieldWithString:@""];
   field.font = [NSFont preferredFontForTextStyle:NSFontTextStyleBody options:@{}];
   field.placeholderString = placeholder;
+  field.bezeled = NO;
   field.bordered = NO;
   field.drawsBackground = NO;
   field.focusRingType = NSFocusRingTypeNone;

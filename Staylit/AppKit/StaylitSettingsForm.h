@@ -8,7 +8,8 @@
 #include "Staylit/SettingsView.h"
 
 /// The settings form: its sections one below the other, each with its rows on a ground of their
-/// own. 620 points high, and higher where larger text or an error needs it. Main thread only.
+/// own. 620 points high, which is meant to be enough for text of the standard size, and higher
+/// where larger text or an error needs it. Main thread only.
 @interface StaylitSettingsForm : NSView
 
 /// `actions` is held weakly.

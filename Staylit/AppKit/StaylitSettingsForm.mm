@@ -10,9 +10,10 @@ using staylit::SettingsView;
 namespace {
 
 constexpr CGFloat kHeight = 620;
-constexpr CGFloat kMargin = 20;
+constexpr CGFloat kSide = 20;
+constexpr CGFloat kMargin = 14;
 constexpr CGFloat kTitleSpacing = 6;
-constexpr CGFloat kSectionSpacing = 16;
+constexpr CGFloat kSectionSpacing = 12;
 constexpr CGFloat kCornerRadius = 6;
 
 /// The ground of a section, with `rows` on it; a group to whoever hears it.
@@ -53,8 +54,8 @@ NSView* makeGround(NSString* title, NSView* rows) {
   [self addSubview:_column];
   [NSLayoutConstraint activateConstraints:@[
     [_column.topAnchor constraintEqualToAnchor:self.topAnchor constant:kMargin],
-    [_column.leadingAnchor constraintEqualToAnchor:self.leadingAnchor constant:kMargin],
-    [self.trailingAnchor constraintEqualToAnchor:_column.trailingAnchor constant:kMargin],
+    [_column.leadingAnchor constraintEqualToAnchor:self.leadingAnchor constant:kSide],
+    [self.trailingAnchor constraintEqualToAnchor:_column.trailingAnchor constant:kSide],
     [self.bottomAnchor constraintGreaterThanOrEqualToAnchor:_column.bottomAnchor constant:kMargin],
     [self.heightAnchor constraintGreaterThanOrEqualToConstant:kHeight],
   ]];

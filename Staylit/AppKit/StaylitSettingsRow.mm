@@ -13,7 +13,7 @@ using staylit::SettingsView;
 namespace {
 
 constexpr CGFloat kSpacing = 4;
-constexpr CGFloat kVertical = 9;
+constexpr CGFloat kVertical = 7;
 constexpr CGFloat kHorizontal = 12;
 /// What a row has at the least, with a scroll bar beside the form.
 constexpr CGFloat kNoteWidth = 376;

@@ -8,7 +8,7 @@
 
 namespace {
 
-constexpr CGFloat kSpacing = 6;
+constexpr CGFloat kSpacing = 4;
 
 }  // namespace
 
@@ -35,6 +35,7 @@ constexpr CGFloat kSpacing = 6;
   _slider.numberOfTickMarks = (slider.maximum - slider.minimum) / slider.step + 1;
   _slider.doubleValue = static_cast<double>(slider.value);
   _slider.accessibilityLabel = platform::nsString(row.label);
+  _slider.accessibilityValueDescription = platform::nsString(slider.text);
   _slider.accessibilityHelp = platform::nsString(row.caption);
 }
 

@@ -52,6 +52,11 @@ SEL commandFor(NSEvent* event) {
   return self;
 }
 
+- (void)close {
+  [super close];
+  [_content windowClosed];
+}
+
 - (void)cancelOperation:(id)sender {
   if (![_content cancel]) [self performClose:sender];
 }

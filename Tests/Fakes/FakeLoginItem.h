@@ -18,21 +18,26 @@ class FakeLoginItem : public LoginItem {
 
   std::optional<std::string> registerItem() override {
     calls_->add("register login item");
-    if (!registerFailure) registered = true;
-    return registerFailure;
+    return change(true, registerFailure);
   }
 
   std::optional<std::string> unregisterItem() override {
     calls_->add("unregister login item");
-    if (!unregisterFailure) registered = false;
-    return unregisterFailure;
+    return change(false, unregisterFailure);
   }
 
   bool registered = false;
+  /// What each answers where there is something to change.
   std::optional<std::string> registerFailure;
   std::optional<std::string> unregisterFailure;
 
  private:
+  std::optional<std::string> change(bool wanted, const std::optional<std::string>& failure) {
+    if (registered == wanted) return std::nullopt;
+    if (!failure) registered = wanted;
+    return failure;
+  }
+
   std::shared_ptr<CallLog> calls_;
 };
 

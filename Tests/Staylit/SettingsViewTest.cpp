@@ -102,13 +102,14 @@ TEST_F(SettingsViewTest, ShowsTheDefaultsInFiveSections) {
       view->form(),
       (std::vector<Section>{
           {"Sleep",
-           {{Control::grace, "Wait 2 minutes after work stops", Slider{120, 30, 600, 30}, "",
+           {{Control::grace, "Wait 2 minutes after work stops",
+             Slider{120, 30, 600, 30, "2 minutes"}, "",
              "A short pause between build steps won't drop the hold."},
             {Control::keepScreenOn, "Keep the screen on too", Toggle{false}, "",
              "Off by default \u2014 the display sleeps on its own while work continues."},
             {Control::lidClosed, "Work with the lid closed", Toggle{false}, "", kLidCaption}}},
           {"Battery",
-           {{Control::battery, "Stop holding below 20%", Slider{20, 0, 50, 5}, "", ""},
+           {{Control::battery, "Stop holding below 20%", Slider{20, 0, 50, 5, "20%"}, "", ""},
             {Control::respectLowPower, "Respect Low Power Mode", Toggle{true}, "", ""},
             {Control::rightNow, "Right now", Value{"64% \u00B7 on battery"}, "", ""}}},
           {"Detection",
@@ -244,6 +245,18 @@ TEST_F(SettingsViewTest, BringsAValueToTheNearestThatTheSliderOffers) {
   EXPECT_EQ(knob(Control::battery), 0);
 }
 
+TEST_F(SettingsViewTest, ASliderHasItsValueInWords) {
+  const auto words = [this](Control control) {
+    return std::get<Slider>(row(control).content).text;
+  };
+  view->setValue(Control::grace, 30);
+  view->setValue(Control::battery, 0);
+  EXPECT_EQ(words(Control::grace), "30 seconds");
+  EXPECT_EQ(words(Control::battery), "0%");
+  open("batteryThreshold", Integer{-3});
+  EXPECT_EQ(words(Control::battery), "-3%") << "what is stored, as in the label";
+}
+
 TEST_F(SettingsViewTest, ASliderThatStaysWhereItIsStoresNothing) {
   view->setValue(Control::grace, 120);
   view->setValue(Control::grace, 125);
@@ -254,7 +267,7 @@ TEST_F(SettingsViewTest, ASliderThatStaysWhereItIsStoresNothing) {
 TEST_F(SettingsViewTest, ShowsAValueOutOfRangeAtTheNearestEndAndTellsItAsItIs) {
   open("graceSeconds", Integer{7});
   EXPECT_EQ(row(Control::grace).content,
-            (std::variant<Slider, Toggle, Value>(Slider{30, 30, 600, 30})));
+            (std::variant<Slider, Toggle, Value>(Slider{30, 30, 600, 30, "7 seconds"})));
   EXPECT_EQ(label(Control::grace), "Wait 7 seconds after work stops");
   open("graceSeconds", Integer{10000});
   EXPECT_EQ(knob(Control::grace), 600);
@@ -441,19 +454,69 @@ TEST_F(SettingsViewTest, AnyFailureOfTheLidSwitchReadsLikeADeclinedApproval) {
   EXPECT_EQ(row(Control::lidClosed).error, "");
 }
 
-TEST_F(SettingsViewTest, AToggleThatFailsBothWaysForEverIsTriedAtLeisure) {
-  fakes.loginItem.registerFailure = "no";
-  fakes.loginItem.unregisterFailure = "no";
-  view->setOn(Control::launchAtLogin, true);
+TEST_F(SettingsViewTest, WhatIsAlwaysDeclinedIsAskedForAtLeisure) {
+  answer(std::vector<bool>(7, false));
+  view->setOn(Control::lidClosed, true);
   for (int pass = 0; pass < 50; ++pass)
     fakes.mainLoop.runPosted();
-  const auto attempts = [this] {
-    return fakes.calls->only({"register login item", "unregister login item"}).size();
-  };
-  const std::size_t soon = attempts();
-  EXPECT_EQ(soon, 5U);
+  EXPECT_EQ(asked(), "10101");
   fakes.mainLoop.fireTimers();
-  EXPECT_EQ(attempts(), soon + 1);
+  fakes.mainLoop.fireTimers();
+  EXPECT_EQ(asked(), "1010101");
+  EXPECT_EQ(fakes.mainLoop.timers.back()->interval, tidewell::Seconds(30));
+}
+
+TEST_F(SettingsViewTest, ClosingTheWindowEndsWhatIsAskedForAtLeisure) {
+  answer(std::vector<bool>(7, false));
+  view->setOn(Control::lidClosed, true);
+  fakes.mainLoop.runPosted();
+  fakes.mainLoop.fireTimers();
+  EXPECT_TRUE(isOn(Control::lidClosed));
+  view->windowClosed();
+  fakes.mainLoop.fireTimers();
+  fakes.mainLoop.runPosted();
+  EXPECT_EQ(asked(), "101010");
+  EXPECT_FALSE(isOn(Control::lidClosed)) << "as it is stored";
+  EXPECT_EQ(row(Control::lidClosed).error, kDeclined);
+  EXPECT_TRUE(fakes.defaults.written.empty());
+}
+
+TEST_F(SettingsViewTest, ClosingTheWindowLeavesTheFlipBacksThatComeAtOnce) {
+  answer(std::vector<bool>(7, false));
+  view->setOn(Control::lidClosed, true);
+  view->windowClosed();
+  fakes.mainLoop.runPosted();
+  EXPECT_EQ(asked(), "10101");
+  fakes.mainLoop.fireTimers();
+  EXPECT_EQ(asked(), "10101");
+  EXPECT_FALSE(isOn(Control::lidClosed));
+}
+
+TEST_F(SettingsViewTest, AChangeInTheReopenedWindowIsActedUponAsTheFirst) {
+  answer(std::vector<bool>(11, false));
+  view->setOn(Control::lidClosed, true);
+  fakes.mainLoop.runPosted();
+  view->windowClosed();
+  view->setOn(Control::lidClosed, true);
+  fakes.mainLoop.runPosted();
+  fakes.mainLoop.fireTimers();
+  EXPECT_EQ(asked(),
+            "10101"
+            "10101"
+            "0");
+}
+
+TEST_F(SettingsViewTest, ClosingTheWindowChangesNothingWhereNothingWaits) {
+  view->setOn(Control::lidClosed, true);
+  view->setOn(Control::launchAtLogin, true);
+  fakes.mainLoop.runPosted();
+  int told = 0;
+  const Subscription subscription = view->observe([&] { ++told; });
+  view->windowClosed();
+  fakes.mainLoop.runPosted();
+  EXPECT_EQ(told, 0);
+  EXPECT_TRUE(isOn(Control::lidClosed));
+  EXPECT_TRUE(isOn(Control::launchAtLogin));
 }
 
 TEST_F(SettingsViewTest, TheMessageStaysWhileOtherSettingsChange) {
@@ -552,10 +615,11 @@ TEST_F(SettingsViewTest, TheFlipBackOfARegistrationIsActedUpon) {
 
 TEST_F(SettingsViewTest, AFailedRemovalFlipsTheToggleOnAgainAndRegistersAgain) {
   open("launchAtLogin", true);
-  fakes.loginItem.unregisterFailure = "not there";
+  fakes.loginItem.registered = true;
+  fakes.loginItem.unregisterFailure = "not now";
   view->setOn(Control::launchAtLogin, false);
   EXPECT_TRUE(isOn(Control::launchAtLogin));
-  EXPECT_EQ(fakes.log.lines(), Texts{"error: launch at login failed: not there"});
+  EXPECT_EQ(fakes.log.lines(), Texts{"error: launch at login failed: not now"});
   fakes.mainLoop.runPosted();
   EXPECT_EQ(loginCalls(), (Texts{"unregister login item", "register login item"}));
   EXPECT_EQ(stored("launchAtLogin"), PropertyValue(true));

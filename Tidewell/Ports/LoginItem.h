@@ -9,8 +9,8 @@ namespace tidewell {
 class LoginItem {
  public:
   virtual ~LoginItem() = default;
-  /// Both return why it failed, for people to read; absent on success. Registering twice, or
-  /// removing what is not there, is the system's own matter.
+  /// Both return why it failed, for people to read; absent on success. To register what is
+  /// registered already, and to remove what is not there, is success.
   virtual std::optional<std::string> registerItem() = 0;
   virtual std::optional<std::string> unregisterItem() = 0;
 };

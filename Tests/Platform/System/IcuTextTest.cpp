@@ -2,8 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <thread>
-#include <vector>
+#include "Tests/Platform/System/TextContract.h"
 
 namespace platform {
 namespace {
@@ -12,30 +11,7 @@ std::weak_ordering compare(const char* locale, std::string_view left, std::strin
   return IcuText(locale).localizedCaseInsensitiveCompare(left, right);
 }
 
-TEST(IcuText, LowersPlainLetters) {
-  EXPECT_EQ(IcuText().lowercased("COM.Apple.Safari-1_[Z]@"), "com.apple.safari-1_[z]@");
-  EXPECT_EQ(IcuText().lowercased(""), "");
-}
-
-TEST(IcuText, LowersLettersOfAnyScript) {
-  EXPECT_EQ(IcuText().lowercased("ÄÖÜ ÉCLAIR ДОМ ΣΊΣΥΦΟΣ"), "äöü éclair дом σίσυφος");
-  EXPECT_EQ(IcuText().lowercased("日本"), "日本");
-}
-
-TEST(IcuText, LowersALetterToSeveral) {
-  EXPECT_EQ(IcuText().lowercased("\u0130"), "i\u0307");
-}
-
-TEST(IcuText, LowersTextThatGrows) {
-  std::string capitals;
-  std::string small;
-  for (int count = 0; count < 1000; ++count) {
-    capitals += "\u0130";  // Two bytes, and three when lowered.
-    capitals += "\u023A";  // Likewise.
-    small += "i\u0307\u2C65";
-  }
-  EXPECT_EQ(IcuText().lowercased(capitals), small);
-}
+INSTANTIATE_TYPED_TEST_SUITE_P(Icu, TextContract, IcuText);
 
 TEST(IcuText, LowersIndependentlyOfTheLanguage) {
   EXPECT_EQ(IcuText("tr_TR.UTF-8").lowercased("TITLE Ä"), "title ä");
@@ -77,52 +53,12 @@ TEST(IcuText, ComparesBrokenAndEmptyText) {
   EXPECT_EQ(compare("", "", "a"), std::weak_ordering::less);
 }
 
-TEST(IcuText, PadsAndCutsPlainText) {
-  IcuText text;
-  EXPECT_EQ(text.padded("abc", 5), "abc  ");
-  EXPECT_EQ(text.padded("abc", 3), "abc");
-  EXPECT_EQ(text.padded("abc", 2), "ab");
-  EXPECT_EQ(text.padded("abc", 0), "");
-  EXPECT_EQ(text.padded("", 2), "  ");
-}
-
-TEST(IcuText, PadsByCharactersAsAReaderCountsThem) {
-  IcuText text;
-  EXPECT_EQ(text.padded("Größe", 6), "Größe ");
-  EXPECT_EQ(text.padded("e\u0301a", 3), "e\u0301a ");
-  EXPECT_EQ(text.padded("👩‍💻x", 3), "👩‍💻x ");
-  EXPECT_EQ(text.padded("🇩🇪🇫🇷", 3), "🇩🇪🇫🇷 ");
-  EXPECT_EQ(text.padded("\r\nx", 3), "\r\nx ");
-}
-
-TEST(IcuText, CutsBetweenCharacters) {
-  IcuText text;
-  EXPECT_EQ(text.padded("e\u0301a", 1), "e\u0301");
-  EXPECT_EQ(text.padded("👩‍💻x", 1), "👩‍💻");
-  EXPECT_EQ(text.padded("日本語", 2), "日本");
-  EXPECT_EQ(text.padded("é", 0), "");
+TEST(IcuText, CountsALineEndAsOneCharacter) {
+  EXPECT_EQ(IcuText().padded("\r\nx", 3), "\r\nx ");
 }
 
 TEST(IcuText, PadsBrokenText) {
   EXPECT_EQ(IcuText().padded("a\xFF\xE2\x82", 4), "a\uFFFD\uFFFD ");
-}
-
-TEST(IcuText, IsSafeFromAnyThread) {
-  IcuText text("de_DE.UTF-8");
-  std::vector<std::thread> threads;
-  std::vector<int> wrong(4, 0);
-  for (int& errors : wrong) {
-    threads.emplace_back([&text, &errors] {
-      for (int round = 0; round < 200; ++round) {
-        if (text.padded("é👩‍💻", 3) != "é👩‍💻 ") ++errors;
-        if (text.lowercased("ÄB") != "äb") ++errors;
-        if (text.localizedCaseInsensitiveCompare("ä", "Z") >= 0) ++errors;
-      }
-    });
-  }
-  for (std::thread& thread : threads)
-    thread.join();
-  EXPECT_EQ(wrong, std::vector<int>(4, 0));
 }
 
 }  // namespace

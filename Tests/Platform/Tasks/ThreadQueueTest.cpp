@@ -15,62 +15,19 @@
 #include <memory>
 #include <string>
 #include <thread>
-#include <vector>
 
 #include "Platform/Linux/System/ThreadQueues.h"
+#include "Tests/Platform/Tasks/SerialQueueContract.h"
 
 namespace platform {
 namespace {
-
-/// Runs one piece of work and waits for it.
-template <typename Work>
-void runOn(tidewell::SerialQueue& queue, Work work) {
-  const auto done = std::make_shared<std::promise<void>>();
-  queue.async([&work, done] {
-    work();
-    done->set_value();
-  });
-  done->get_future().wait();
-}
 
 std::ptrdiff_t threadCount() {
   const std::filesystem::directory_iterator threads("/proc/self/task");
   return std::distance(begin(threads), end(threads));
 }
 
-TEST(ThreadQueue, RunsWorkInTheOrderItWasSubmitted) {
-  ThreadQueue queue("order");
-  std::vector<int> order;
-  for (int number = 1; number <= 5; ++number) {
-    queue.async([&order, number] { order.push_back(number); });
-  }
-  runOn(queue, [] {});
-  EXPECT_EQ(order, (std::vector<int>{1, 2, 3, 4, 5}));
-}
-
-TEST(ThreadQueue, RunsWorkOnAnotherThread) {
-  ThreadQueue queue("elsewhere");
-  std::thread::id worker;
-  runOn(queue, [&] { worker = std::this_thread::get_id(); });
-  EXPECT_NE(worker, std::this_thread::get_id());
-}
-
-TEST(ThreadQueue, RunsOnePieceAtATimeWhoeverSubmits) {
-  ThreadQueue queue("one at a time");
-  int unguarded = 0;
-  const auto submitMany = [&] {
-    for (int count = 0; count < 500; ++count) {
-      queue.async([&unguarded] { ++unguarded; });
-    }
-  };
-  std::thread first(submitMany);
-  std::thread second(submitMany);
-  first.join();
-  second.join();
-  int seen = 0;
-  runOn(queue, [&] { seen = unguarded; });
-  EXPECT_EQ(seen, 1000);
-}
+INSTANTIATE_TYPED_TEST_SUITE_P(Threads, SerialQueueContract, ThreadQueues);
 
 TEST(ThreadQueue, StartsItsThreadWithTheFirstWorkOnly) {
   const std::ptrdiff_t before = threadCount();
@@ -170,10 +127,6 @@ TEST(ThreadQueue, MayBeEndedByWhatItsOwnWorkHolds) {
   owner.reset();
   released.set_value();
   ended->get_future().wait();
-}
-
-TEST(ThreadQueue, EndsWithoutEverHavingRun) {
-  ThreadQueue queue("unused");
 }
 
 }  // namespace

@@ -92,16 +92,16 @@ TEST_F(TextLabelTest, FollowsTheDesktopsColoursWhenTheyChange) {
 }
 
 TEST_F(TextLabelTest, FollowsTheDesktopsFontWhenItChanges) {
-  const QFont former = QApplication::font();
+  const QFont usual = QApplication::font();
   TextLabel label(TextStyle::caption, Tone::primary, Ground::window);
   label.show();
   const double before = label.font().pointSizeF();
-  QFont larger = former;
-  larger.setPointSizeF(former.pointSizeF() * 2);
+  QFont larger = usual;
+  larger.setPointSizeF(usual.pointSizeF() * 2);
   QApplication::setFont(larger);
   QApplication::processEvents();
   EXPECT_NEAR(label.font().pointSizeF(), 2 * before, 0.5);
-  QApplication::setFont(former);
+  QApplication::setFont(usual);
 }
 
 TEST(FixedWindow, IsSmallerOnlyWhereItWouldNotFit) {

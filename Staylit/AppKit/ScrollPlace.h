@@ -1,0 +1,36 @@
+#pragma once
+
+#import <AppKit/AppKit.h>
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "Staylit/AppsLines.h"
+
+namespace staylit {
+
+/// Which applications are looked at in a list that is about to change, and where, so that they can
+/// be put there again. Main thread only.
+class ScrollPlace {
+ public:
+  /// Of `table`, which shows `lines`. At the very top it is no place: there one wants to see what
+  /// appears.
+  ScrollPlace(NSTableView* table, const AppsLines& lines);
+
+  /// Scrolls so that the first application that has not moved within the list is where it was seen.
+  void restore(NSTableView* table, const AppsLines& lines) const;
+
+ private:
+  /// An application, and how far below the upper edge of what is seen.
+  struct Anchor {
+    std::string id;
+    std::size_t section;
+    bool isWorking;
+    CGFloat top;
+  };
+
+  std::vector<Anchor> anchors_;
+};
+
+}  // namespace staylit

@@ -1,0 +1,18 @@
+#include "Platform/MacOS/FoundationText.h"
+
+#include <gtest/gtest.h>
+
+#include "Tests/Platform/System/TextContract.h"
+
+namespace platform {
+namespace {
+
+INSTANTIATE_TYPED_TEST_SUITE_P(Foundation, TextContract, FoundationText);
+
+TEST(FoundationText, TreatsEachByteOfABrokenSequenceAsACharacter) {
+  EXPECT_EQ(FoundationText().lowercased("A\xE2\x82"), "a\uFFFD\uFFFD");
+  EXPECT_EQ(FoundationText().padded("a\xE2\x82", 4), "a\uFFFD\uFFFD ");
+}
+
+}  // namespace
+}  // namespace platform

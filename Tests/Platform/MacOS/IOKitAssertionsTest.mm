@@ -1,0 +1,87 @@
+// Real assertions of this process, as the system lists them.
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "Platform/MacOS/IOKitAssertionTable.h"
+#include "Platform/MacOS/IOKitPowerManagement.h"
+
+namespace platform {
+namespace {
+
+using tidewell::PropertyValue;
+using Texts = std::vector<std::string>;
+
+constexpr std::uint32_t kOn = 255;
+
+/// An assertion that is given back at the end.
+class Held {
+ public:
+  Held(std::string_view type, const std::string& name)
+      : creation_(power_.createAssertion(type, kOn, name)) {}
+  ~Held() { power_.releaseAssertion(creation_.id); }
+  Held(const Held&) = delete;
+  Held& operator=(const Held&) = delete;
+
+  [[nodiscard]] std::int32_t code() const { return creation_.code; }
+  [[nodiscard]] std::uint32_t id() const { return creation_.id; }
+  void rename(const std::string& name) { power_.setAssertionName(creation_.id, name); }
+
+ private:
+  IOKitPowerManagement power_;
+  tidewell::PowerManagement::Creation creation_;
+};
+
+/// What the system lists under `key` of the assertions that this process holds of `type`.
+std::vector<PropertyValue> listed(const std::string& type, const std::string& key) {
+  std::vector<PropertyValue> values;
+  const auto table = IOKitAssertionTable().assertionsByProcess();
+  EXPECT_TRUE(table.has_value());
+  if (!table) return values;
+  for (const auto& [pid, assertions] : *table) {
+    if (pid != getpid()) continue;
+    for (const tidewell::PropertyDictionary& assertion : assertions) {
+      if (assertion.at("AssertType") == PropertyValue(type)) values.push_back(assertion.at(key));
+    }
+  }
+  return values;
+}
+
+using Values = std::vector<PropertyValue>;
+
+TEST(IOKitAssertions, AreListedWithTypeNameAndLevelWhileTheyAreHeld) {
+  for (const char* type : {"PreventUserIdleSystemSleep", "PreventUserIdleDisplaySleep"}) {
+    {
+      const Held held(type, "a test is working");
+      EXPECT_EQ(held.code(), 0);
+      EXPECT_NE(held.id(), 0U);
+      EXPECT_EQ(listed(type, "AssertName"), Values{std::string("a test is working")});
+      EXPECT_EQ(listed(type, "AssertLevel"), Values{std::int64_t{kOn}});
+    }
+    EXPECT_EQ(listed(type, "AssertName"), Values{});
+  }
+}
+
+TEST(IOKitAssertions, CanBeRenamedWhileTheyAreHeld) {
+  Held held("PreventUserIdleSystemSleep", "a test is working");
+  held.rename("é and 2 more are working");
+  EXPECT_EQ(listed("PreventUserIdleSystemSleep", "AssertName"),
+            Values{std::string("é and 2 more are working")});
+}
+
+TEST(IOKitAssertions, HaveTheirNamesCutToWhatTheSystemTakes) {
+  const Held held("PreventUserIdleSystemSleep", std::string(200, 'x'));
+  EXPECT_EQ(held.code(), 0);
+  EXPECT_EQ(listed("PreventUserIdleSystemSleep", "AssertName"), Values{std::string(128, 'x')});
+}
+
+TEST(IOKitAssertions, KnowThisProcess) {
+  EXPECT_EQ(IOKitAssertionTable().ownProcessIdentifier(), getpid());
+}
+
+}  // namespace
+}  // namespace platform
