@@ -2,7 +2,6 @@
 
 #include "Staylit/Desktop/ActivationToken.h"
 #include "Staylit/Desktop/DesktopNotification.h"
-#include "Staylit/Desktop/IconFolder.h"
 #include "Staylit/Desktop/MenuChoice.h"
 #include "Staylit/Desktop/StatusNotifierItem.h"
 
@@ -14,7 +13,8 @@ class RememberedItem : public StatusNotifierItem {
  public:
   RememberedItem(platform::EventLoop& loop, platform::Bus& bus, MenuDelegate& delegate,
                  std::shared_ptr<MenuDelegate*> memory)
-      : StatusNotifierItem(loop, bus, delegate, iconFolder()), memory_(std::move(memory)) {
+      : StatusNotifierItem(loop, bus, delegate, StatusIcons::ofThisProgram()),
+        memory_(std::move(memory)) {
     *memory_ = &delegate;
   }
   ~RememberedItem() override { *memory_ = nullptr; }

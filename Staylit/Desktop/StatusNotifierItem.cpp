@@ -1,7 +1,6 @@
 #include "Staylit/Desktop/StatusNotifierItem.h"
 
 #include <arpa/inet.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cstdint>
@@ -24,8 +23,6 @@ using platform::BusReply;
 constexpr const char* kWatcher = "org.kde.StatusNotifierWatcher";
 constexpr platform::BusMethod kRegister{kWatcher, "/StatusNotifierWatcher", kWatcher,
                                         "RegisterStatusNotifierItem"};
-constexpr platform::BusMethod kRequestName{"org.freedesktop.DBus", "/org/freedesktop/DBus",
-                                           "org.freedesktop.DBus", "RequestName"};
 
 /// A panel that starts may be too busy to take the item at once.
 constexpr tidewell::Seconds kFirstPause{1};
@@ -89,10 +86,10 @@ const sd_bus_vtable StatusNotifierItem::kTable[] = {
     SD_BUS_VTABLE_END};
 
 StatusNotifierItem::StatusNotifierItem(platform::EventLoop& loop, Bus& bus, MenuDelegate& delegate,
-                                       const std::filesystem::path& iconFolder)
+                                       StatusIcons icons)
     : loop_(loop),
       bus_(bus),
-      iconFolder_(iconFolder),
+      icons_(std::move(icons)),
       object_(bus, {kPath, kInterface}, kTable, this),
       menu_(loop, bus, delegate) {}
 
@@ -125,6 +122,8 @@ void StatusNotifierItem::announce(const StatusItemAppearance& former) {
 }
 
 std::string StatusNotifierItem::iconName() const {
+  // Without a name, hosts take the pixmaps.
+  if (!icons_.areThere) return "";
   return staylit::iconName(appearance_.symbol, appearance_.appearsDisabled);
 }
 
@@ -132,54 +131,32 @@ void StatusNotifierItem::followWatcher() {
   // A watcher that is replaced and a bus that is connected anew are both told as an owner that
   // went and an owner that came.
   watcher_ = bus_.watchName(kWatcher, [this](bool owned) {
-    nameRequest_.reset();
     registration_.reset();
     retry_.reset();
     pause_ = kFirstPause;
-    if (owned) takeName();
+    if (owned) registerItem();
   });
 }
 
-void StatusNotifierItem::takeName() {
-  // Some watchers only know items by such a name. Never given away, so that the flag for "do not
-  // queue" (4) is all there is to say.
-  const std::string name = std::string(kInterface) + "-" + std::to_string(::getpid()) + "-1";
-  nameRequest_ = bus_.callAsync(
-      kRequestName,
-      [&name](sd_bus_message* call) {
-        return sd_bus_message_append(call, "su", name.c_str(), std::uint32_t{4});
-      },
-      [this, name](const BusReply& reply) {
-        std::uint32_t outcome = 0;
-        if (reply) sd_bus_message_read(reply.message.get(), "u", &outcome);
-        // 1: it is ours now; 4: it was before.
-        if (outcome == 1 || outcome == 4) return registerAs(name);
-        const char* unique = nullptr;
-        if (bus_.handle() && sd_bus_get_unique_name(bus_.handle(), &unique) >= 0)
-          registerAs(unique);
-      });
-}
-
-void StatusNotifierItem::registerAs(const std::string& service) {
+void StatusNotifierItem::registerItem() {
+  // By its path: every watcher knows that form, which most items use, and some do not cope with an
+  // item that has a well-known name.
   registration_ = bus_.callAsync(
-      kRegister,
-      [&service](sd_bus_message* call) {
-        return sd_bus_message_append(call, "s", service.c_str());
-      },
-      [this, service](const BusReply& reply) {
+      kRegister, [](sd_bus_message* call) { return sd_bus_message_append(call, "s", kPath); },
+      [this](const BusReply& reply) {
         if (reply) return;
         if (pause_ == kFirstPause) {
           tidewell::Log::error("the status item was not taken: " +
                                (reply.errorName.empty() ? "no answer" : reply.errorName));
         }
-        registerLater(service);
+        registerLater();
       });
 }
 
-void StatusNotifierItem::registerLater(const std::string& service) {
-  retry_ = loop_.scheduleRepeating(pause_, [this, service] {
+void StatusNotifierItem::registerLater() {
+  retry_ = loop_.scheduleRepeating(pause_, [this] {
     retry_.reset();
-    registerAs(service);
+    registerItem();
   });
   pause_ = std::min(2 * pause_, kLongestPause);
 }
@@ -196,7 +173,7 @@ int StatusNotifierItem::appendProperty(std::string_view name, sd_bus_message* re
   if (name == "Title") return appendText(reply, "Staylit");
   if (name == "Status") return appendText(reply, "Active");
   if (name == "WindowId") return sd_bus_message_append(reply, "i", 0);
-  if (name == "IconThemePath") return appendText(reply, iconFolder_);
+  if (name == "IconThemePath") return appendText(reply, icons_.folder);
   if (name == "IconName") return appendText(reply, iconName());
   if (name == "IconPixmap") return appendPixmaps(reply);
   if (name == "IconAccessibleDesc") return appendText(reply, appearance_.accessibilityDescription);

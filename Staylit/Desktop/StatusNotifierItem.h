@@ -2,7 +2,6 @@
 
 #include <systemd/sd-bus.h>
 
-#include <filesystem>
 #include <memory>
 #include <string>
 
@@ -10,6 +9,7 @@
 #include "Platform/Linux/Bus/BusObject.h"
 #include "Platform/Linux/Loop/EventLoop.h"
 #include "Staylit/Desktop/DBusMenu.h"
+#include "Staylit/Desktop/StatusIcons.h"
 #include "Staylit/UserInterface.h"
 
 namespace staylit {
@@ -24,9 +24,8 @@ class StatusNotifierItem : public StatusItem {
   static constexpr const char* kPath = "/StatusNotifierItem";
   static constexpr const char* kInterface = "org.kde.StatusNotifierItem";
 
-  /// `iconFolder` is where an icon theme with the symbols lies; may be empty.
   StatusNotifierItem(platform::EventLoop& loop, platform::Bus& bus, MenuDelegate& delegate,
-                     const std::filesystem::path& iconFolder);
+                     StatusIcons icons);
 
   void show(const StatusItemAppearance& appearance) override;
 
@@ -44,18 +43,16 @@ class StatusNotifierItem : public StatusItem {
   [[nodiscard]] std::string iconName() const;
   void announce(const StatusItemAppearance& former);
   void followWatcher();
-  void takeName();
-  void registerAs(const std::string& service);
-  void registerLater(const std::string& service);
+  void registerItem();
+  void registerLater();
 
   platform::EventLoop& loop_;
   platform::Bus& bus_;
-  std::string iconFolder_;
+  StatusIcons icons_;
   StatusItemAppearance appearance_;
   platform::BusObject object_;
   DBusMenu menu_;
   platform::BusListening watcher_;
-  platform::BusSlot nameRequest_;
   platform::BusSlot registration_;
   std::unique_ptr<tidewell::RepeatingTimer> retry_;
   tidewell::Seconds pause_{0};

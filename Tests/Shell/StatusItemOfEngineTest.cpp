@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
@@ -37,6 +38,9 @@ class MenuOfEngine : public platform::testing::BusTest {
     if (IsSkipped()) return;
     // Looked for by its owner only, since the fakes' loop is not the bus's.
     ASSERT_EQ(sessionBus->connect(), 0);
+    // As if it were installed.
+    dataFolders.emplace("XDG_DATA_DIRS",
+                        std::filesystem::path(STAYLIT_ICONS).parent_path().string());
     userInterface.emplace(*loop, *sessionBus);
     engine.emplace(fakes.ports);
     controller.emplace(*engine, *userInterface, fakes.ports);
@@ -52,6 +56,7 @@ class MenuOfEngine : public platform::testing::BusTest {
   }
 
   tidewell::FakePorts fakes;
+  std::optional<platform::testing::ScopedEnvironment> dataFolders;
   std::optional<DesktopUserInterface> userInterface;
   std::optional<StaylitEngine> engine;
   std::optional<MenuBarController> controller;

@@ -19,7 +19,7 @@ class FakeWatcher {
       : service_(address, {"org.kde.StatusNotifierWatcher"},
                  [this](sd_bus_message* call) { answer(call); }) {}
 
-  /// What was registered, in order.
+  /// The bus names of what was registered, in order.
   std::vector<std::string> items() {
     const std::lock_guard lock(mutex_);
     return items_;
@@ -35,7 +35,8 @@ class FakeWatcher {
     }
     sd_bus_reply_method_return(call, "");
     const std::lock_guard lock(mutex_);
-    items_.emplace_back(service);
+    // Items that give only a path are their senders'.
+    items_.emplace_back(*service == '/' ? sd_bus_message_get_sender(call) : service);
   }
 
   std::mutex mutex_;
