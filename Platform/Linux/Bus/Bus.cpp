@@ -201,7 +201,9 @@ void Bus::failedToAnswer(const BusMethod& method) {
   // Whether the bus hangs or only one service cannot be told apart yet: both are spared. What the
   // service did is remembered even when the rest of the bus answers in between.
   const auto now = timing_.now();
-  backoff_.failed(-ETIMEDOUT, now);
+  // A service that is started first takes its time, and the bus is well.
+  const bool mayBeStarting = method.activation == BusActivation::ifNeeded;
+  if (!mayBeStarting) backoff_.failed(-ETIMEDOUT, now);
   peers_.try_emplace(method.destination, timing_.firstPause, timing_.longestPause)
       .first->second.failed(-ETIMEDOUT, now);
 }

@@ -26,7 +26,8 @@ namespace platform {
 /// Opened at the first use, at the address that libsystemd finds in the environment. No call blocks
 /// its caller for longer than the timing's limits, whatever state the bus and the other side are
 /// in, and after a call or a connection failed for want of an answer the next ones fail at once,
-/// with the same error, until a growing pause is over. A lost connection is made again at the next
+/// with the same error, until a growing pause is over; where the call may have started its service,
+/// only the next ones to that service do. A lost connection is made again at the next
 /// use after the pause, and without any use while somebody listens.
 ///
 /// Callbacks come from the loop only, never from inside a call. Main thread only. Must outlive its

@@ -1,5 +1,6 @@
 #include "Platform/Linux/Sleep/LogindSleepNotifications.h"
 
+#include <cerrno>
 #include <cstddef>
 #include <utility>
 
@@ -8,6 +9,13 @@
 #include "Platform/Linux/System/Descriptor.h"
 
 namespace platform {
+namespace {
+
+/// How long until a lock is asked for again that logind did not answer for, as it may be when the
+/// system starts.
+constexpr tidewell::Seconds kPause{5};
+
+}  // namespace
 
 /// Shared with a request that may be answered late.
 struct LogindSleepNotifications::Lock {
@@ -46,8 +54,7 @@ void LogindSleepNotifications::listen() {
   takeLock();
   presence_ = systemBus_.watchName(services::kLogind, [this](bool owned) {
     if (owned) {
-      // While the system falls asleep nobody may be delayed by a new one.
-      if (!lock_->isAsleep && (!lock_->descriptor || lock_->isDoubtful)) takeLock();
+      if (wantsLock()) takeLock();
       return;
     }
     lock_->isDoubtful = true;
@@ -71,7 +78,13 @@ void LogindSleepNotifications::prepareForSleep(bool isAboutToSleep) {
   });
 }
 
+bool LogindSleepNotifications::wantsLock() const {
+  // While the system falls asleep nobody may be delayed by a new one.
+  return !lock_->isAsleep && (!lock_->descriptor || lock_->isDoubtful);
+}
+
 void LogindSleepNotifications::takeLock() {
+  retry_.reset();
   const auto late = [weak = std::weak_ptr<Lock>(lock_)](Descriptor descriptor) {
     if (const auto lock = weak.lock()) lock->accept(std::move(descriptor));
   };
@@ -79,6 +92,11 @@ void LogindSleepNotifications::takeLock() {
       takeLogindLock(systemBus_, "sleep", "Lets go of its holds before sleep", "delay", late);
   // Only a new one replaces the old one, which may have outlived logind's restart.
   if (taken.descriptor) lock_->accept(std::move(taken.descriptor));
+  if (taken.error != -ETIMEDOUT) return;
+  retry_ = loop_.scheduleRepeating(kPause, [this] {
+    retry_.reset();
+    if (wantsLock()) takeLock();
+  });
 }
 
 }  // namespace platform

@@ -32,6 +32,7 @@ class LogindSleepNotifications : public tidewell::SleepNotifications {
   };
 
   struct Lock;
+  [[nodiscard]] bool wantsLock() const;
 
   void listen();
   void prepareForSleep(bool isAboutToSleep);
@@ -43,6 +44,7 @@ class LogindSleepNotifications : public tidewell::SleepNotifications {
   std::shared_ptr<Lock> lock_;
   BusListening announcements_;
   BusListening presence_;
+  std::unique_ptr<tidewell::RepeatingTimer> retry_;
 };
 
 }  // namespace platform

@@ -188,6 +188,18 @@ TEST_F(ImpatientBusTest, SparesTheWholeBusForAPauseAfterACallTimedOut) {
   EXPECT_EQ(bus.nameHasOwner("test.Echo"), 1);
 }
 
+TEST_F(ImpatientBusTest, SparesOnlyAServiceThatMayBeStarting) {
+  EchoService service(sessionDaemon->address());
+  Bus bus(*loop, Bus::Kind::session, clocked());
+  service.isSilent = true;
+  BusMethod starting = kEcho;
+  starting.activation = BusActivation::ifNeeded;
+  EXPECT_EQ(bus.call(starting).error, -ETIMEDOUT);
+  EXPECT_EQ(bus.nameHasOwner("test.Echo"), 1);
+  EXPECT_EQ(bus.call(starting).error, -ETIMEDOUT);
+  EXPECT_EQ(service.calls, 1);
+}
+
 TEST_F(ImpatientBusTest, PausesTwiceAsLongForAServiceThatHangsStillThoughOthersAnswer) {
   EchoService silent(sessionDaemon->address());
   Bus bus(*loop, Bus::Kind::session, clocked());

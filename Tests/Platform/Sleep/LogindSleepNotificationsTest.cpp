@@ -116,6 +116,13 @@ TEST_F(SleepNotificationsTest, KeepALockThatIsGrantedLate) {
   EXPECT_EQ(logind->held(), Lines{kDelayLock});
 }
 
+TEST_F(SleepNotificationsTest, AskAgainForALockThatNobodyAnsweredFor) {
+  logind->isSilent = true;
+  observe();
+  logind->isSilent = false;
+  EXPECT_TRUE(eventually([&] { return logind->held() == Lines{kDelayLock}; }));
+}
+
 TEST_F(SleepNotificationsTest, LetGoOfTheLockWhenTheyGo) {
   observe();
   notifications.reset();
