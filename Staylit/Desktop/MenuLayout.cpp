@@ -10,14 +10,17 @@ namespace {
 /// Far more than a menu ever holds; what was on it longer ago is forgotten.
 constexpr std::size_t kMostRemembered = 256;
 
-/// Tells an item from all that are not the same, but for how often it occurs.
-std::string keyOf(const MenuItem& item, bool isFirst) {
+/// Tells the item at `place` from all that are not the same, but for how often it occurs.
+std::string keyOf(const Menu& menu, std::size_t place) {
+  if (place >= menu.size()) return "end";
+  const MenuItem& item = menu[place];
   if (item.action != MenuItem::Action::none) {
     return "action " + std::to_string(static_cast<int>(item.action)) + " " +
            item.representedObject.value_or("");
   }
-  if (item.isSeparator) return "separator";
-  return isFirst ? "first" : "text " + item.title;
+  // One that stays before the same item never moves: not every host moves them well.
+  if (item.isSeparator) return "before " + keyOf(menu, place + 1);
+  return place == 0 ? "first" : "text " + item.title;
 }
 
 bool holds(const MenuProperties& properties, std::string_view name) {
@@ -62,8 +65,9 @@ MenuLayout::Change MenuLayout::update(const Menu& menu) {
 std::vector<MenuLayout::Entry> MenuLayout::numbered(const Menu& menu) {
   std::vector<Entry> entries;
   std::map<std::string, int> occurrences;
-  for (const MenuItem& item : menu) {
-    const std::string key = keyOf(item, entries.empty());
+  for (std::size_t place = 0; place < menu.size(); ++place) {
+    const MenuItem& item = menu[place];
+    const std::string key = keyOf(menu, place);
     const int occurrence = occurrences[key]++;
     entries.push_back({number(std::to_string(occurrence) + " " + key), item, menuProperties(item)});
   }

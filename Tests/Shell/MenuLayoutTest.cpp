@@ -90,6 +90,20 @@ TEST(MenuLayout, GivesEachItemOfAMenuANumberOfItsOwn) {
   EXPECT_FALSE(ids.contains(MenuLayout::kRoot));
 }
 
+TEST(MenuLayout, KeepsASeparatorBeforeItsItem) {
+  MenuLayout layout;
+  Menu menu = testing::smallMenu();
+  layout.update(menu);
+  const std::int32_t beforePause = layout.entries()[3].id;
+  const std::int32_t beforeApp = layout.entries()[1].id;
+  menu.erase(menu.begin() + 1, menu.begin() + 3);
+  layout.update(menu);
+  EXPECT_EQ(layout.entries()[1].id, beforePause);
+  layout.update(testing::smallMenu());
+  EXPECT_EQ(layout.entries()[1].id, beforeApp);
+  EXPECT_EQ(layout.entries()[3].id, beforePause);
+}
+
 TEST(MenuLayout, NeverGivesTheNumberOfAnItemThatWentToAnother) {
   MenuLayout layout;
   layout.update({header("Idle"), appItem("A", "a", true)});
