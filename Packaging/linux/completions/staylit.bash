@@ -1,5 +1,6 @@
 # Completion of staylit's options in bash.
 _staylit() {
-  COMPREPLY=($(compgen -W '--choose-apps --diagnose --pause --settings' -- "${COMP_WORDS[COMP_CWORD]}"))
+  local options='--background --choose-apps --diagnose --help --pause --quit --settings --version'
+  mapfile -t COMPREPLY < <(compgen -W "$options" -- "${COMP_WORDS[COMP_CWORD]}")
 }
 complete -F _staylit staylit
