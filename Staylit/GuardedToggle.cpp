@@ -21,7 +21,7 @@ void GuardedToggle::settle() {
 }
 
 void GuardedToggle::change(bool on) {
-  isGivenUp_ = false;
+  givenUp_.reset();
   set(on);
   settle();
 }
@@ -29,8 +29,12 @@ void GuardedToggle::change(bool on) {
 void GuardedToggle::failed(bool on) {
   set(!on);
   if (++failures_ <= kPromptRepeats) return mainLoop_.async(actLater());
+  if (givenUp_) {
+    settle();
+    return set(*givenUp_);
+  }
   // Nobody is asked in between, or somebody declines for ever.
-  repeat_ = isGivenUp_ ? nullptr : mainLoop_.scheduleRepeating(kLateRepeat, actLater());
+  repeat_ = mainLoop_.scheduleRepeating(kLateRepeat, actLater());
 }
 
 /// Unless the user has changed it again by then: that was acted upon already.
@@ -42,9 +46,10 @@ std::function<void()> GuardedToggle::actLater() {
 }
 
 void GuardedToggle::giveUp(bool stored) {
-  isGivenUp_ = true;
+  givenUp_ = stored;
   if (!isWaiting()) return;
-  settle();
+  // Its failures stay counted: an attempt may be under way.
+  repeat_.reset();
   set(stored);
 }
 

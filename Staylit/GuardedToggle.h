@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 
 #include "Tidewell/Ports/MainLoop.h"
 
@@ -18,6 +19,8 @@ class GuardedToggle {
   /// `apply` does what a change to `on` asks for, and then calls `succeeded` or `failed`.
   using Apply = std::function<void(bool on)>;
   GuardedToggle(bool isOn, tidewell::MainLoop& mainLoop, Apply apply);
+  GuardedToggle(const GuardedToggle&) = delete;
+  GuardedToggle& operator=(const GuardedToggle&) = delete;
 
   [[nodiscard]] bool isOn() const { return isOn_; }
   /// Whether an attempt has failed since the user changed it.
@@ -48,9 +51,9 @@ class GuardedToggle {
   [[nodiscard]] std::function<void()> actLater();
 
   bool isOn_;
-  bool isGivenUp_ = false;
-  std::int64_t changes_ = 0;  ///< So that work for later sees whether it is still wanted.
-  int failures_ = 0;          ///< In a row, since the user's own change.
+  std::optional<bool> givenUp_;  ///< What is stored, once it was given up.
+  std::int64_t changes_ = 0;     ///< So that work for later sees whether it is still wanted.
+  int failures_ = 0;             ///< In a row, since the user's own change.
   tidewell::MainLoop& mainLoop_;
   Apply apply_;
   std::unique_ptr<tidewell::RepeatingTimer> repeat_;

@@ -20,6 +20,20 @@ void fixSize(NSView* view, CGFloat width, CGFloat height) {
   ]];
 }
 
+/// A place of one size for symbols of different sizes; a wider one stands out on both sides.
+NSView* makeSymbolPlace(NSImageView* symbol) {
+  NSView* place = [[NSView alloc] init];
+  place.clipsToBounds = NO;
+  fixSize(place, kSymbolWidth, kSymbolWidth);
+  symbol.translatesAutoresizingMaskIntoConstraints = NO;
+  [place addSubview:symbol];
+  [NSLayoutConstraint activateConstraints:@[
+    [symbol.centerXAnchor constraintEqualToAnchor:place.centerXAnchor],
+    [symbol.centerYAnchor constraintEqualToAnchor:place.centerYAnchor],
+  ]];
+  return place;
+}
+
 /// A button that is not seen, and as large as what it lies over.
 NSButton* makeButton(id target, SEL action) {
   NSButton* button = [StaylitRowButton buttonWithTitle:@"" target:target action:action];
@@ -51,8 +65,8 @@ NSButton* makeButton(id target, SEL action) {
   [self makeViews];
   NSStackView* names = staylit::makeRow(@[ _name, _dot ], kDotSpacing);
   NSStackView* texts = staylit::makeColumn(@[ names, _detail ], 1);
-  NSStackView* row =
-      staylit::makeRow(@[ _symbol, texts, staylit::makeSpacer(), _moveSymbol ], kSpacing);
+  NSStackView* row = staylit::makeRow(
+      @[ makeSymbolPlace(_symbol), texts, staylit::makeSpacer(), _moveSymbol ], kSpacing);
   staylit::fill(self, row, NSEdgeInsetsMake(kMargin, 0, kMargin, 0));
   staylit::fill(self, _button, NSEdgeInsetsMake(0, 0, 0, 0));
   return self;
@@ -60,9 +74,6 @@ NSButton* makeButton(id target, SEL action) {
 
 - (void)makeViews {
   _symbol = staylit::makeSymbolView(NSFontTextStyleBody, NSColor.secondaryLabelColor);
-  // Symbols are of different widths; what is behind them begins at one line.
-  _symbol.imageScaling = NSImageScaleNone;
-  [_symbol.widthAnchor constraintEqualToConstant:kSymbolWidth].active = YES;
   _name = staylit::makeLabel(NSFontTextStyleBody, NSColor.labelColor);
   _name.lineBreakMode = NSLineBreakByTruncatingMiddle;
   _dot = [[StaylitRoundedView alloc] initWithColor:NSColor.systemGreenColor

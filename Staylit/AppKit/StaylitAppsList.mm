@@ -192,7 +192,10 @@ NSIndexSet* rowSet(std::size_t row) { return [NSIndexSet indexSetWithIndex:row];
 }
 
 - (void)chooseClicked {
-  [self choose:_table.clickedRow];
+  const NSInteger row = _table.clickedRow;
+  // As a click on the button does, which selects nothing.
+  if (row >= 0) [_table deselectRow:row];
+  [self choose:row];
 }
 
 - (CGFloat)tableView:(NSTableView*)__unused tableView heightOfRow:(NSInteger)row {

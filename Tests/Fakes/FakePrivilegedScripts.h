@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <deque>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -28,6 +29,7 @@ class FakePrivilegedScripts : public PrivilegedScripts {
   Outcome run(const std::string& source) override {
     calls_->add("run script " + source);
     sources.push_back(source);
+    if (whileRunning) whileRunning();
     if (nextOutcomes.empty()) return outcome;
     Outcome next = std::move(nextOutcomes.front());
     nextOutcomes.pop_front();
@@ -37,6 +39,7 @@ class FakePrivilegedScripts : public PrivilegedScripts {
   std::deque<Outcome> nextOutcomes;  ///< For the next runs, in order.
   Outcome outcome;                   ///< For all later ones. At first: it ran well.
   std::vector<std::string> sources;  ///< Of every run, in order.
+  std::function<void()> whileRunning;
 
  private:
   std::shared_ptr<CallLog> calls_;

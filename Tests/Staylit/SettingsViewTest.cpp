@@ -492,6 +492,18 @@ TEST_F(SettingsViewTest, ClosingTheWindowLeavesTheFlipBacksThatComeAtOnce) {
   EXPECT_FALSE(isOn(Control::lidClosed));
 }
 
+TEST_F(SettingsViewTest, ClosingTheWindowWhileALatePromptIsUpEndsWithWhatIsStored) {
+  answer(std::vector<bool>(6, false));
+  view->setOn(Control::lidClosed, true);
+  fakes.mainLoop.runPosted();
+  fakes.scripts.whileRunning = [this] { view->windowClosed(); };
+  fakes.mainLoop.fireTimers();
+  fakes.mainLoop.runPosted();
+  fakes.mainLoop.fireTimers();
+  EXPECT_EQ(asked(), "101010");
+  EXPECT_FALSE(isOn(Control::lidClosed)) << "as it is stored";
+}
+
 TEST_F(SettingsViewTest, AChangeInTheReopenedWindowIsActedUponAsTheFirst) {
   answer(std::vector<bool>(11, false));
   view->setOn(Control::lidClosed, true);

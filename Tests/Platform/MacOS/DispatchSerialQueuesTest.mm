@@ -3,7 +3,11 @@
 #include <pthread.h>
 #include <pthread/qos.h>
 
-#include <string>
+#include <atomic>
+#include <chrono>
+#include <future>
+#include <memory>
+#include <thread>
 
 #include "Tests/Platform/Tasks/SerialQueueContract.h"
 

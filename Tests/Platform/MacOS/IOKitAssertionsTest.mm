@@ -14,7 +14,6 @@ namespace platform {
 namespace {
 
 using tidewell::PropertyValue;
-using Texts = std::vector<std::string>;
 
 constexpr std::uint32_t kOn = 255;
 
@@ -45,7 +44,10 @@ std::vector<PropertyValue> listed(const std::string& type, const std::string& ke
   for (const auto& [pid, assertions] : *table) {
     if (pid != getpid()) continue;
     for (const tidewell::PropertyDictionary& assertion : assertions) {
-      if (assertion.at("AssertType") == PropertyValue(type)) values.push_back(assertion.at(key));
+      const auto kind = assertion.find("AssertType");
+      const auto value = assertion.find(key);
+      if (kind == assertion.end() || value == assertion.end()) continue;
+      if (kind->second == PropertyValue(type)) values.push_back(value->second);
     }
   }
   return values;

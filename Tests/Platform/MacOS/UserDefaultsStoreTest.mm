@@ -7,18 +7,28 @@
 namespace platform {
 namespace {
 
-/// A suite of the test's own, removed with all it holds. What is registered belongs to the whole
+/// One name a test, for ever: the system may keep the empty file of a suite.
+NSString* suiteName() {
+  const ::testing::TestInfo* test = ::testing::UnitTest::GetInstance()->current_test_info();
+  NSString* name =
+      [NSString stringWithFormat:@"com.staylit.tests.%s.%s", test->test_suite_name(), test->name()];
+  return [name stringByReplacingOccurrencesOfString:@"/" withString:@"."];
+}
+
+/// A suite of the test's own, emptied before and after it. What is registered belongs to the whole
 /// process, so it is forgotten as well.
 struct OwnSuite {
-  OwnSuite() { [store removeVolatileDomainForName:NSRegistrationDomain]; }
-  ~OwnSuite() {
-    [store removePersistentDomainForName:name];
-    [store removeVolatileDomainForName:NSRegistrationDomain];
-  }
+  OwnSuite() { forget(); }
+  ~OwnSuite() { forget(); }
   OwnSuite(const OwnSuite&) = delete;
   OwnSuite& operator=(const OwnSuite&) = delete;
 
-  NSString* const name = [@"com.staylit.tests." stringByAppendingString:NSUUID.UUID.UUIDString];
+  void forget() const {
+    [store removePersistentDomainForName:name];
+    [store removeVolatileDomainForName:NSRegistrationDomain];
+  }
+
+  NSString* const name = suiteName();
   NSUserDefaults* const store = [[NSUserDefaults alloc] initWithSuiteName:name];
   UserDefaultsStore defaults{store};
 };
