@@ -42,9 +42,9 @@ class AppsWindowTest : public WindowsTest {
     turn();
   }
 
-  AppsList& list() { return find<AppsList>(*widget); }
-  QLineEdit& search() { return find<QLineEdit>(*widget); }
-  QPushButton& button() { return find<QPushButton>(*widget); }
+  AppsList& list() { return childOf<AppsList>(*widget); }
+  QLineEdit& search() { return childOf<QLineEdit>(*widget); }
+  QPushButton& button() { return childOf<QPushButton>(*widget); }
 
   QModelIndex row(const std::string& id) { return list().apps().indexOf(id); }
   std::string idAt(const QModelIndex& index) {
@@ -167,7 +167,7 @@ TEST_F(AppsWindowTest, ShowsTheTextsForEmptyListsWhenNothingIsFound) {
 }
 
 TEST_F(AppsWindowTest, ShowsTheClearButtonOnlyWhileThereIsText) {
-  auto* clear = &find<windows::SymbolButton>(*widget);
+  auto* clear = &childOf<windows::SymbolButton>(*widget);
   EXPECT_FALSE(clear->isVisible());
   type("xcode");
   EXPECT_TRUE(clear->isVisible());
@@ -233,7 +233,7 @@ TEST_F(AppsWindowTest, HeadingsAndOtherButtonsDoNothing) {
 }
 
 TEST_F(AppsWindowTest, TheFooterSaysHowManyAreIgnoredAndItsButtonTakesAllBack) {
-  const auto labels = widget->findChildren<windows::TextLabel*>();
+  const auto labels = childrenOf<windows::TextLabel>(*widget);
   const auto says = [&labels](const char* text) {
     return std::ranges::any_of(labels, [text](const auto* label) { return label->text() == text; });
   };
@@ -486,7 +486,7 @@ TEST_F(AppsWindowTest, EveryLineAndEveryControlHasAName) {
   EXPECT_EQ(name(search()), "Search");
   EXPECT_EQ(name(list()), "Choose Apps");
   EXPECT_EQ(name(button()), "Watch everything");
-  EXPECT_EQ(name(find<windows::SymbolButton>(*widget)), "Clear search");
+  EXPECT_EQ(name(childOf<windows::SymbolButton>(*widget)), "Clear search");
 }
 
 TEST_F(AppsWindowTest, RowsAreReadThroughTheListsInterface) {

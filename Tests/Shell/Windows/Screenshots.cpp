@@ -17,6 +17,7 @@
 #include "Staylit/Desktop/Windows/Switch.h"
 #include "Staylit/SettingsView.h"
 #include "Tests/Fakes/FakePorts.h"
+#include "Tests/Shell/Windows/Children.h"
 #include "Tests/Shell/Windows/WindowSystem.h"
 
 namespace staylit {
@@ -65,7 +66,7 @@ class Studio {
     auto window = WindowSystem::shared().kit().makeAppsWindow({"Choose Apps", {460, 560}}, view);
     QWidget* widget = show(*window, "Choose Apps");
     save("apps", *widget);
-    auto* list = widget->findChild<windows::AppsList*>();
+    auto* list = &childOf<windows::AppsList>(*widget);
     const QPoint third = list->visualRect(list->model()->index(3, 0)).center();
     QTest::mouseMove(list->viewport(), third);
     QTest::qWait(50);
@@ -101,7 +102,7 @@ class Studio {
     save("settings-end", *widget);
     area->verticalScrollBar()->setValue(0);
     fakes_.scripts.nextOutcomes.push_back(tidewell::FakePrivilegedScripts::declined());
-    const auto switches = widget->findChildren<windows::Switch*>();
+    const auto switches = childrenOf<windows::Switch>(*widget);
     switches.at(0)->click();
     switches.at(1)->click();
     QTest::keyClick(widget, Qt::Key_Tab);

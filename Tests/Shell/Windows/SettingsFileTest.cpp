@@ -51,10 +51,10 @@ TEST_F(SettingsFileTest, HoldsWhatTheSettingsWindowIsToldAndKeepsComments) {
   SettingsView view(*engine, fakes.ports);
   const auto window =
       WindowSystem::shared().kit().makeSettingsWindow({"Staylit Settings", {460, 560}}, view);
-  auto& form = find<SettingsForm>(*shown(*window, "Staylit Settings"));
-  find<StepSlider>(*form.row(Control::grace)).setFocus(Qt::TabFocusReason);
+  auto& form = childOf<SettingsForm>(*shown(*window, "Staylit Settings"));
+  childOf<StepSlider>(*form.row(Control::grace)).setFocus(Qt::TabFocusReason);
   press(Qt::Key_End);
-  QTest::mouseClick(&find<Switch>(*form.row(Control::keepScreenOn)), Qt::LeftButton);
+  QTest::mouseClick(&childOf<Switch>(*form.row(Control::keepScreenOn)), Qt::LeftButton);
   turn();
   EXPECT_TRUE(says("# mine"));
   EXPECT_TRUE(says("graceSeconds = 600"));
@@ -65,7 +65,7 @@ TEST_F(SettingsFileTest, HoldsWhichApplicationsAreIgnored) {
   AppsView view(*engine, fakes.ports);
   const auto window =
       WindowSystem::shared().kit().makeAppsWindow({"Choose Apps", {460, 560}}, view);
-  auto& list = find<AppsList>(*shown(*window, "Choose Apps"));
+  auto& list = childOf<AppsList>(*shown(*window, "Choose Apps"));
   type("xcode");
   turn();
   press(Qt::Key_Down);

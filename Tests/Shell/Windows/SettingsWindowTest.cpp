@@ -37,14 +37,14 @@ class SettingsWindowTest : public WindowsTest {
     ASSERT_TRUE(QTest::qWaitForWindowActive(widget));
   }
 
-  SettingsForm& form() { return find<SettingsForm>(*widget); }
-  QScrollArea& area() { return find<QScrollArea>(*widget); }
-  StepSlider& slider(Control control) { return find<StepSlider>(*form().row(control)); }
-  Switch& toggle(Control control) { return find<Switch>(*form().row(control)); }
+  SettingsForm& form() { return childOf<SettingsForm>(*widget); }
+  QScrollArea& area() { return childOf<QScrollArea>(*widget); }
+  StepSlider& slider(Control control) { return childOf<StepSlider>(*form().row(control)); }
+  Switch& toggle(Control control) { return childOf<Switch>(*form().row(control)); }
 
   /// What stands in a row, from top to bottom, as far as it is visible.
   Texts texts(Control control) {
-    auto labels = form().row(control)->findChildren<windows::TextLabel*>();
+    auto labels = childrenOf<windows::TextLabel>(*form().row(control));
     std::ranges::stable_sort(labels, {}, [](const auto* label) { return label->y(); });
     Texts result;
     for (const auto* label : labels) {
@@ -84,7 +84,7 @@ TEST_F(SettingsWindowTest, IsOfOneSizeAndScrollsAHigherForm) {
 }
 
 TEST_F(SettingsWindowTest, LeavesRoomBetweenTheCardsAndTheScrollBar) {
-  const auto& card = find<windows::Card>(form());
+  const auto& card = childOf<windows::Card>(form());
   const int right = card.mapTo(widget, QPoint(card.width(), 0)).x();
   for (const auto* bar : area().findChildren<QScrollBar*>()) {
     if (bar->isVisible() && bar->orientation() == Qt::Vertical) {
@@ -119,7 +119,7 @@ TEST_F(SettingsWindowTest, ShowsTheFormOfTheView) {
 }
 
 TEST_F(SettingsWindowTest, NoTextIsCutOff) {
-  for (const auto* text : form().findChildren<windows::TextLabel*>()) {
+  for (const auto* text : childrenOf<windows::TextLabel>(form())) {
     if (!text->isVisible()) continue;
     const int needed =
         text->wordWrap() ? text->heightForWidth(text->width()) : text->sizeHint().height();
@@ -274,7 +274,7 @@ TEST_F(SettingsWindowTest, TheErrorGoesWithTheNextSuccess) {
 TEST_F(SettingsWindowTest, TheErrorIsRedOnItsGround) {
   answer(false);
   click(toggle(Control::lidClosed));
-  for (const auto* text : form().findChildren<windows::TextLabel*>()) {
+  for (const auto* text : childrenOf<windows::TextLabel>(form())) {
     if (text->text() != kDeclined) continue;
     const QColor color = text->palette().color(text->foregroundRole());
     EXPECT_GT(color.red(), 2 * color.green());

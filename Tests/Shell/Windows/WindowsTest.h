@@ -14,6 +14,7 @@
 #include "Staylit/SettingsView.h"
 #include "Staylit/StaylitEngine.h"
 #include "Tests/Fakes/FakePorts.h"
+#include "Tests/Shell/Windows/Children.h"
 #include "Tests/Shell/Windows/WindowSystem.h"
 
 namespace staylit {
@@ -32,15 +33,6 @@ class WindowsTest : public testing::Test {
   void turn() {
     fakes.mainLoop.runPosted();
     QApplication::processEvents();
-  }
-
-  /// The first of its kind. The windows' own classes are unknown to `findChild`.
-  template <typename Kind>
-  static Kind& find(const QWidget& parent) {
-    for (QWidget* child : parent.findChildren<QWidget*>()) {
-      if (auto* found = dynamic_cast<Kind*>(child)) return *found;
-    }
-    qFatal("no such widget");
   }
 
   static QWidget* focus() { return QApplication::focusWidget(); }
