@@ -8,6 +8,7 @@
 
 #include "Platform/MacOS/CFCast.h"
 #include "Platform/MacOS/CFText.h"
+#include "Tidewell/ForeignText.h"
 
 namespace platform {
 namespace {
@@ -28,7 +29,7 @@ tidewell::PropertyValue listValue(CFArrayRef list) {
   for (CFIndex index = 0; index < CFArrayGetCount(list); ++index) {
     const CFStringRef text = asString(CFArrayGetValueAtIndex(list, index));
     if (text == nullptr) return std::monostate{};
-    texts.push_back(utf8(text));
+    texts.push_back(tidewell::cleaned(utf8(text)));
   }
   return texts;
 }
@@ -36,7 +37,9 @@ tidewell::PropertyValue listValue(CFArrayRef list) {
 }  // namespace
 
 tidewell::PropertyValue propertyValue(CFTypeRef object) {
-  if (const CFStringRef text = asString(object)) return utf8(text);
+  if (const CFStringRef text = asString(object)) {
+    return tidewell::cleaned(utf8(text));
+  }
   if (const CFBooleanRef truth = asBoolean(object)) return CFBooleanGetValue(truth) != 0;
   if (const CFNumberRef number = asNumber(object)) return numberValue(number);
   if (const CFArrayRef list = asArray(object)) return listValue(list);
@@ -54,7 +57,7 @@ std::optional<tidewell::PropertyDictionary> propertyDictionary(CFTypeRef object)
   for (std::size_t index = 0; index < count; ++index) {
     const CFStringRef key = asString(keys[index]);
     if (key == nullptr) return std::nullopt;
-    properties.insert_or_assign(utf8(key), propertyValue(values[index]));
+    properties.insert_or_assign(tidewell::cleaned(utf8(key)), propertyValue(values[index]));
   }
   return properties;
 }

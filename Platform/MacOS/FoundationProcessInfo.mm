@@ -3,12 +3,13 @@
 #import <Foundation/Foundation.h>
 
 #include "Platform/MacOS/NSText.h"
+#include "Tidewell/ForeignText.h"
 
 namespace platform {
 
 std::string FoundationProcessInfo::processName() {
   @autoreleasepool {
-    return utf8(NSProcessInfo.processInfo.processName);
+    return tidewell::cleaned(utf8(NSProcessInfo.processInfo.processName));
   }
 }
 

@@ -11,15 +11,17 @@
 #include <string_view>
 
 #include "Platform/MacOS/Unicode.h"
+#include "Tidewell/ForeignText.h"
 
 namespace platform {
 namespace {
 
-/// Replaces the path of `length` bytes that `buffer` holds by a well-formed one that fits as well.
-int repairPath(std::span<char> buffer, int length) {
-  const std::string repaired =
-      repairedUtf8(std::string_view(buffer.data(), static_cast<std::size_t>(length)));
-  const std::string_view fitting = cutToBytes(repaired, buffer.size() - 1);
+/// Replaces the path of `length` bytes that `buffer` holds by a clean one that fits as well.
+int cleanPath(std::span<char> buffer, int length) {
+  const std::string_view path(buffer.data(), static_cast<std::size_t>(length));
+  const std::string clean = tidewell::cleaned(path, buffer.size());
+  if (clean == path) return length;
+  const std::string_view fitting = cutToBytes(clean, buffer.size() - 1);
   *std::copy(fitting.begin(), fitting.end(), buffer.begin()) = '\0';
   return static_cast<int>(fitting.size());
 }
@@ -51,8 +53,7 @@ int LibprocProcessTable::path(std::int32_t pid, std::span<char, kPathCapacity> b
   static_assert(kPathCapacity == PROC_PIDPATHINFO_MAXSIZE);
   const int length = proc_pidpath(pid, buffer.data(), static_cast<std::uint32_t>(buffer.size()));
   if (length < 1 || static_cast<std::size_t>(length) >= buffer.size()) return 0;
-  const std::string_view path(buffer.data(), static_cast<std::size_t>(length));
-  return tidewell::isValidUtf8(path) ? length : repairPath(buffer, length);
+  return cleanPath(buffer, length);
 }
 
 std::int32_t LibprocProcessTable::parent(std::int32_t pid) {

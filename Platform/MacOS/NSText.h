@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "Platform/MacOS/CFText.h"
+#include "Tidewell/ForeignText.h"
 
 namespace platform {
 
@@ -22,10 +23,10 @@ inline std::string utf8(NSString* string) {
   return utf8((__bridge CFStringRef)kept);
 }
 
-/// As `utf8`, but absent for nil.
-inline std::optional<std::string> utf8IfAny(NSString* string) {
+/// What others call themselves, safe to show; absent for nil.
+inline std::optional<std::string> cleanedIfAny(NSString* string) {
   if (string == nil) return std::nullopt;
-  return utf8(string);
+  return tidewell::cleaned(utf8(string));
 }
 
 }  // namespace platform

@@ -16,14 +16,16 @@ class WorkspaceApplication final : public tidewell::RunningApplication {
 
   const std::optional<std::string>& bundleIdentifier() const override {
     @autoreleasepool {
-      if (!bundleIdentifier_) bundleIdentifier_.emplace(utf8IfAny(application_.bundleIdentifier));
+      if (!bundleIdentifier_) {
+        bundleIdentifier_.emplace(cleanedIfAny(application_.bundleIdentifier));
+      }
     }
     return *bundleIdentifier_;
   }
 
   const std::optional<std::string>& localizedName() const override {
     @autoreleasepool {
-      if (!localizedName_) localizedName_.emplace(utf8IfAny(application_.localizedName));
+      if (!localizedName_) localizedName_.emplace(cleanedIfAny(application_.localizedName));
     }
     return *localizedName_;
   }

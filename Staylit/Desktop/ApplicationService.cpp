@@ -4,10 +4,10 @@
 #include <string>
 #include <utility>
 
-#include "Platform/Linux/System/Utf8.h"
 #include "Staylit/Desktop/ActivationToken.h"
 #include "Staylit/Desktop/Display.h"
 #include "Staylit/Desktop/MessageReading.h"
+#include "Tidewell/ForeignText.h"
 #include "Tidewell/Log.h"
 
 namespace staylit {
@@ -38,7 +38,7 @@ platform::Bus::Arguments nameWith(std::uint32_t flags) {
 std::string startupToken() {
   const char* token = std::getenv("XDG_ACTIVATION_TOKEN");
   if (!token || !*token) token = std::getenv("DESKTOP_STARTUP_ID");
-  return platform::cleaned(token ? token : "");
+  return tidewell::cleaned(token ? token : "");
 }
 
 /// Where the display is, for one that was started without; a key of our own.
@@ -51,7 +51,7 @@ int appendDisplay(sd_bus_message* call) {
   if (result >= 0) result = sd_bus_message_open_container(call, 'a', "s");
   for (const std::string& variable : Display::variables()) {
     if (result < 0) return result;
-    result = sd_bus_message_append(call, "s", platform::cleaned(variable).c_str());
+    result = sd_bus_message_append(call, "s", tidewell::cleaned(variable).c_str());
   }
   for (int level = 0; level < 3 && result >= 0; ++level)
     result = sd_bus_message_close_container(call);

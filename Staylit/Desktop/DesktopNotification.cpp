@@ -1,5 +1,7 @@
 #include "Staylit/Desktop/DesktopNotification.h"
 
+#include "Tidewell/ForeignText.h"
+
 namespace staylit {
 namespace {
 
@@ -10,11 +12,14 @@ constexpr platform::BusMethod kNotify{
 }  // namespace
 
 void showNotification(platform::Bus& sessionBus, const DesktopNotification& notification) {
-  sessionBus.send(kNotify, [&notification](sd_bus_message* call) {
+  const std::string summary = tidewell::cleaned(notification.summary);
+  // Most servers read markup in the body, and some do not.
+  const std::string body = tidewell::withoutMarkup(tidewell::cleaned(notification.body));
+  sessionBus.send(kNotify, [&](sd_bus_message* call) {
     // -1: for as long as the desktop usually shows such a thing.
     return sd_bus_message_append(call, "susssasa{sv}i", "Staylit", 0U, "com.staylit.app",
-                                 notification.summary.c_str(), notification.body.c_str(), 0, 1,
-                                 "desktop-entry", "s", "com.staylit.app", -1);
+                                 summary.c_str(), body.c_str(), 0, 1, "desktop-entry", "s",
+                                 "com.staylit.app", -1);
   });
 }
 

@@ -8,7 +8,7 @@ namespace staylit {
 
 struct DesktopNotification {
   std::string summary;  ///< One line.
-  std::string body;     ///< Without markup.
+  std::string body;     ///< What looks like markup in it is shown as it stands.
 };
 
 /// Asks the desktop to show something to the user. Nothing happens where nobody can; nobody waits

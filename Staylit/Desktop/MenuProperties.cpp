@@ -1,6 +1,6 @@
 #include "Staylit/Desktop/MenuProperties.h"
 
-#include "Platform/Linux/System/Utf8.h"
+#include "Tidewell/ForeignText.h"
 
 namespace staylit {
 namespace {
@@ -11,7 +11,7 @@ constexpr std::size_t kLongestLabel = 200;
 /// A single underscore would mark the letter that follows as the item's access key.
 std::string label(const std::string& title) {
   std::string doubled;
-  for (const char character : platform::shortened(platform::cleaned(title), kLongestLabel)) {
+  for (const char character : tidewell::cleaned(title, kLongestLabel)) {
     doubled += character;
     if (character == '_') doubled += '_';
   }
@@ -20,7 +20,7 @@ std::string label(const std::string& title) {
 
 /// Hosts know keys by the names that the toolkits have for them, which for a letter is itself.
 std::string keyName(const std::string& character) {
-  return character == "," ? "comma" : platform::cleaned(character);
+  return character == "," ? "comma" : tidewell::cleaned(character);
 }
 
 }  // namespace

@@ -8,10 +8,10 @@
 #include <utility>
 #include <vector>
 
-#include "Platform/Linux/System/Utf8.h"
 #include "Staylit/Desktop/ActivationToken.h"
 #include "Staylit/Desktop/IconNames.h"
 #include "Staylit/Desktop/StatusPixmaps.h"
+#include "Tidewell/ForeignText.h"
 #include "Tidewell/Log.h"
 
 namespace staylit {
@@ -31,7 +31,7 @@ constexpr tidewell::Seconds kLongestPause{60};
 constexpr std::size_t kLongestToolTip = 400;
 
 int appendText(sd_bus_message* message, const std::string& text) {
-  return sd_bus_message_append(message, "s", platform::cleaned(text).c_str());
+  return sd_bus_message_append(message, "s", tidewell::cleaned(text).c_str());
 }
 
 /// Appends `(iiay)`, in network byte order as hosts want it.
@@ -178,8 +178,9 @@ int StatusNotifierItem::appendProperty(std::string_view name, sd_bus_message* re
   if (name == "IconPixmap") return appendPixmaps(reply);
   if (name == "IconAccessibleDesc") return appendText(reply, appearance_.accessibilityDescription);
   if (name == "ToolTip") {
+    // Some hosts take the title for markup, some do not, and some make it harmless themselves.
     const std::string text =
-        platform::shortened(platform::cleaned(appearance_.toolTip), kLongestToolTip);
+        tidewell::withoutMarkup(tidewell::cleaned(appearance_.toolTip, kLongestToolTip));
     return sd_bus_message_append(reply, "(sa(iiay)ss)", "", 0, text.c_str(), "");
   }
   if (name == "ItemIsMenu") return sd_bus_message_append(reply, "b", 1);

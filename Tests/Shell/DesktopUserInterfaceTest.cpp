@@ -88,6 +88,12 @@ TEST_F(DesktopUserInterfaceTest, TellsTheUserAtEachAttemptAndTheLogOnce) {
   userInterface->activate();
 }
 
+TEST_F(DesktopUserInterfaceTest, TellsWhatLooksLikeMarkupAsItStands) {
+  userInterface->tell("Kept \x1B[31mawake", "by <a href='x'>that</a> & more");
+  EXPECT_TRUE(eventually([this] { return notifications->shown().size() == 1; }));
+  EXPECT_EQ(notifications->shown()[0], "Kept \uFFFD[31mawake|by ‹a href='x'›that‹/a› ＆ more");
+}
+
 TEST_F(DesktopUserInterfaceTest, ChoosesFromTheMenuByActionAsLongAsThereIsOne) {
   FakeMenu menu;
   menu.menu = testing::smallMenu();

@@ -89,6 +89,11 @@ TEST_F(StatusNotifierItemTest, TakesTextThatTheBusWouldRefuse) {
   EXPECT_EQ(host->itemProperty("ToolTip"), "('' [] 'Awake for \uFFFD' '')");
 }
 
+TEST_F(StatusNotifierItemTest, ShowsANameThatLooksLikeMarkupOnEveryHost) {
+  item->show({"pause.circle", "Staylit", false, "Awake for <img src='/etc/x'> & more"});
+  EXPECT_EQ(host->itemProperty("ToolTip"), "('' [] 'Awake for ‹img src='/etc/x'› ＆ more' '')");
+}
+
 TEST_F(StatusNotifierItemTest, TellsOnlyWhatChanged) {
   item->show(kHeld);
   host->listen("/StatusNotifierItem", "org.kde.StatusNotifierItem",

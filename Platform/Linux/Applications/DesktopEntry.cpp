@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 
-#include "Platform/Linux/System/Utf8.h"
+#include "Tidewell/ForeignText.h"
 
 namespace platform {
 namespace {
@@ -79,7 +79,7 @@ class Reader {
     }
     if (value.empty() || rank >= nameRank_) return;
     nameRank_ = rank;
-    entry_.name = cleaned(unescaped(value));
+    entry_.name = tidewell::cleaned(unescaped(value));
   }
 
   const std::vector<std::string>& localeVariants_;

@@ -5,7 +5,7 @@
 
 #include "Platform/Linux/Applications/ProductNames.h"
 #include "Platform/Linux/Processes/LinuxApplication.h"
-#include "Platform/Linux/System/Utf8.h"
+#include "Tidewell/ForeignText.h"
 #include "Tidewell/ProcessSampler.h"
 
 namespace platform {
@@ -21,7 +21,7 @@ std::shared_ptr<const tidewell::RunningApplication> nameOf(const TrackedProcess&
   if (process.application) return process.application;
   std::string name(tidewell::ProcessSampler::nameFromPath(process.path));
   // Of another user's process, everybody may read this much.
-  if (name.empty()) name = cleaned(process.commText());
+  if (name.empty()) name = tidewell::cleaned(process.commText());
   return name.empty() ? nullptr : named(process.pid, {std::nullopt, std::move(name)});
 }
 

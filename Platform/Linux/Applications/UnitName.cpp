@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <optional>
 
-#include "Platform/Linux/System/Utf8.h"
+#include "Tidewell/ForeignText.h"
 
 namespace platform {
 namespace {
@@ -61,7 +61,7 @@ std::string unescaped(std::string_view text) {
 void add(Ids& ids, std::string_view escaped) {
   const std::string id = unescaped(escaped);
   const bool isFileName = !id.empty() && id[0] != '.' && id.find('/') == std::string::npos;
-  if (!isFileName || id != cleaned(id) || std::ranges::find(ids, id) != ids.end()) return;
+  if (!isFileName || id != tidewell::cleaned(id) || std::ranges::find(ids, id) != ids.end()) return;
   ids.push_back(id);
 }
 

@@ -1,8 +1,8 @@
 #include "Platform/Linux/Processes/ProgramPath.h"
 
 #include "Platform/Linux/Processes/ShellWork.h"
-#include "Platform/Linux/System/Utf8.h"
 #include "Tidewell/AppCatalog.h"
+#include "Tidewell/ForeignText.h"
 
 namespace platform {
 namespace {
@@ -26,6 +26,12 @@ SplitPath split(std::string_view exeLink) {
 
 bool isKnownExecutable(std::string_view name, tidewell::Text& text) {
   return !name.empty() && tidewell::AppCatalog::lookup(std::nullopt, name, text) != nullptr;
+}
+
+/// Of a path the end matters, and the system bounds its length.
+std::string cleanPath(std::string_view folder, std::string_view name) {
+  const std::string path = std::string(folder) + std::string(name);
+  return tidewell::cleaned(path, path.size());
 }
 
 /// `name` less its last group of digits and the dot or dash before it; empty when nothing is left
@@ -58,7 +64,7 @@ std::string programPath(std::string_view exeLink, std::string_view comm, tidewel
   } else if (!isKnownExecutable(file, text)) {
     if (const auto known = knownWithoutVersion(file, text); !known.empty()) name = known;
   }
-  return cleaned(std::string(folder) + std::string(name));
+  return cleanPath(folder, name);
 }
 
 bool runsShell(std::string_view exeLink, std::string_view comm) {
@@ -67,7 +73,7 @@ bool runsShell(std::string_view exeLink, std::string_view comm) {
 }
 
 std::string scriptPath(std::string_view exeLink, std::string_view script) {
-  return cleaned(std::string(split(exeLink).folder) + std::string(script));
+  return cleanPath(split(exeLink).folder, script);
 }
 
 }  // namespace platform

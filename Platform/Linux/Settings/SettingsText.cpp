@@ -27,7 +27,7 @@
 
 #include "Platform/Linux/Settings/ListEdit.h"
 #include "Platform/Linux/Settings/TomlLiteral.h"
-#include "Platform/Linux/System/Utf8.h"
+#include "Tidewell/ForeignText.h"
 
 namespace platform {
 namespace {
@@ -40,7 +40,8 @@ std::optional<toml::table> parsed(std::string_view text) {
 }
 
 std::string describe(const toml::parse_error& error) {
-  return "line " + std::to_string(error.source().begin.line) + ": " + cleaned(error.description());
+  return "line " + std::to_string(error.source().begin.line) + ": " +
+         tidewell::cleaned(error.description());
 }
 
 tidewell::PropertyValue valueOf(const toml::array& array) {

@@ -7,7 +7,7 @@
 #include <cstdio>
 #include <vector>
 
-#include "Platform/Linux/System/Utf8.h"
+#include "Tidewell/ForeignText.h"
 
 namespace platform {
 namespace {
@@ -41,7 +41,7 @@ std::string escaped(char character) {
 
 std::string quoted(std::string_view text) {
   std::string literal = "\"";
-  for (const char character : wellFormed(text))
+  for (const char character : tidewell::wellFormed(text))
     literal += escaped(character);
   return literal + '"';
 }

@@ -4,7 +4,7 @@
 
 #include "Platform/Linux/Sleep/CookieInhibition.h"
 #include "Platform/Linux/Sleep/Services.h"
-#include "Platform/Linux/System/Utf8.h"
+#include "Tidewell/ForeignText.h"
 
 namespace platform {
 
@@ -24,7 +24,7 @@ FreedesktopInhibitor FreedesktopInhibitor::screenSaver(Bus& sessionBus) {
 
 InhibitMechanism::Taken FreedesktopInhibitor::take(HoldKind /*kind*/, const std::string& reason,
                                                    Late late) {
-  const std::string text = cleaned(reason);
+  const std::string text = tidewell::cleaned(reason);
   return CookieInhibition::take(
       sessionBus_, {service_, path_, interface_, "Inhibit"},
       [&text](sd_bus_message* message) {

@@ -6,7 +6,6 @@
 
 #include "Platform/Linux/Sleep/LogindInhibitors.h"
 #include "Platform/Linux/Sleep/Services.h"
-#include "Platform/Linux/System/Utf8.h"
 
 namespace platform {
 namespace {
@@ -26,7 +25,7 @@ std::optional<std::string> lidHandler(const ListedInhibitor& inhibitor) {
   const bool blocksLid = inhibitor.level > 0 && namesLock(inhibitor.locks, services::kLidLock);
   if (!blocksLid) return std::nullopt;
   if (!takesKeys(inhibitor.locks) && inhibitor.holder != kXfce) return std::nullopt;
-  return cleaned(inhibitor.holder);
+  return inhibitor.holder;
 }
 
 }  // namespace platform

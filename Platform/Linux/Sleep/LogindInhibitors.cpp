@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "Platform/Linux/Sleep/Services.h"
+#include "Tidewell/ForeignText.h"
 
 namespace platform {
 namespace {
@@ -15,7 +16,8 @@ constexpr std::string_view kSessionProxyReason = "user session inhibited";
 ListedInhibitor inhibitor(std::string_view what, const char* who, const char* why,
                           std::string_view mode, std::uint32_t pid) {
   const int level = mode == "block" || mode == "block-weak" ? 255 : 0;
-  ListedInhibitor result{pid, who, why, {}, level, std::string(what)};
+  ListedInhibitor result{pid,   tidewell::cleaned(who), tidewell::cleaned(why), {},
+                         level, std::string(what)};
   if (namesLock(what, "idle")) result.types.emplace_back("PreventUserIdleSystemSleep");
   if (namesLock(what, "sleep")) result.types.emplace_back("PreventSystemSleep");
   return result;

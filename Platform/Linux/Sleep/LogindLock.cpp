@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "Platform/Linux/Sleep/Services.h"
-#include "Platform/Linux/System/Utf8.h"
+#include "Tidewell/ForeignText.h"
 
 namespace platform {
 namespace {
@@ -34,7 +34,7 @@ LogindLock takeLogindLock(Bus& systemBus, const char* what, const std::string& w
       }
     };
   }
-  const std::string reason = cleaned(why);
+  const std::string reason = tidewell::cleaned(why);
   const BusReply reply = systemBus.call(
       {services::kLogind, services::kLogindPath, services::kLogindManager, "Inhibit",
        BusActivation::never, approval},

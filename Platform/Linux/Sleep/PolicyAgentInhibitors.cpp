@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "Platform/Linux/Sleep/Services.h"
-#include "Platform/Linux/System/Utf8.h"
+#include "Tidewell/ForeignText.h"
 
 namespace platform {
 
@@ -20,7 +20,11 @@ std::optional<std::vector<ListedInhibitor>> listPolicyAgentInhibitors(Bus& sessi
   const char* why = nullptr;
   while (sd_bus_message_read(message, "(ss)", &application, &why) > 0) {
     if (std::string_view(application) == services::kDisplayName) continue;
-    result.push_back({0, cleaned(application), cleaned(why), {"PreventUserIdleSystemSleep"}, 255});
+    result.push_back({0,
+                      tidewell::cleaned(application),
+                      tidewell::cleaned(why),
+                      {"PreventUserIdleSystemSleep"},
+                      255});
   }
   return result;
 }

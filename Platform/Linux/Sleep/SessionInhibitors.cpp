@@ -7,7 +7,7 @@
 #include <utility>
 
 #include "Platform/Linux/Sleep/Services.h"
-#include "Platform/Linux/System/Utf8.h"
+#include "Tidewell/ForeignText.h"
 
 namespace platform {
 namespace {
@@ -94,7 +94,7 @@ std::optional<ListedInhibitor> SessionInhibitors::details(const std::string& pat
     return std::nullopt;
   }
   ListedInhibitor result;
-  result.holder = cleaned(withoutDesktopSuffix(applicationId));
+  result.holder = tidewell::cleaned(withoutDesktopSuffix(applicationId));
   std::uint32_t flags = 0;
   if (!readDetail(sessionBus_, path, "GetFlags", "flags", "u", flags, reply)) return std::nullopt;
   if ((flags & kSuspendFlag) != 0) result.types.emplace_back("PreventUserIdleSystemSleep");

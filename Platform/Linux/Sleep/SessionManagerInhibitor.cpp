@@ -5,7 +5,7 @@
 
 #include "Platform/Linux/Sleep/CookieInhibition.h"
 #include "Platform/Linux/Sleep/Services.h"
-#include "Platform/Linux/System/Utf8.h"
+#include "Tidewell/ForeignText.h"
 
 namespace platform {
 namespace {
@@ -26,7 +26,7 @@ InhibitMechanism::Taken SessionManagerInhibitor::take(HoldKind kind, const std::
                                                       Late late) {
   const std::uint32_t flags = kind == HoldKind::display ? kSuspendFlag | kIdleFlag : kSuspendFlag;
   // An empty reason is refused.
-  const std::string text = reason.empty() ? services::kDisplayName : cleaned(reason);
+  const std::string text = reason.empty() ? services::kDisplayName : tidewell::cleaned(reason);
   return CookieInhibition::take(
       sessionBus_,
       {services::kSessionManager, services::kSessionManagerPath, services::kSessionManager,

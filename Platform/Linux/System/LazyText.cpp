@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "Platform/Linux/System/Utf8.h"
+#include "Tidewell/ForeignText.h"
 #include "Tidewell/Utf8.h"
 
 namespace platform {
@@ -39,7 +39,7 @@ LazyText::LazyText(std::function<Expert()> fetch) : fetch_(std::move(fetch)) {}
 std::string LazyText::lowercased(std::string_view text) {
   if (isAscii(text)) return lowercasedAscii(text);
   tidewell::Text* unicode = expert();
-  return unicode ? unicode->lowercased(text) : lowercasedAscii(wellFormed(text));
+  return unicode ? unicode->lowercased(text) : lowercasedAscii(tidewell::wellFormed(text));
 }
 
 std::weak_ordering LazyText::localizedCaseInsensitiveCompare(std::string_view left,
@@ -57,7 +57,8 @@ std::string LazyText::padded(std::string_view text, std::size_t length) {
     return paddedCodePoints(text, length);
   }
   tidewell::Text* unicode = expert();
-  return unicode ? unicode->padded(text, length) : paddedCodePoints(wellFormed(text), length);
+  return unicode ? unicode->padded(text, length)
+                 : paddedCodePoints(tidewell::wellFormed(text), length);
 }
 
 tidewell::Text* LazyText::expert() {

@@ -3,7 +3,7 @@
 #include <fstream>
 #include <system_error>
 
-#include "Platform/Linux/System/Utf8.h"
+#include "Tidewell/ForeignText.h"
 
 namespace platform {
 
@@ -14,7 +14,7 @@ std::string LinuxProcessInfo::processName() {
   std::ifstream file("/proc/self/comm");
   std::string name;
   std::getline(file, name);
-  return wellFormed(name);
+  return tidewell::cleaned(name);
 }
 
 fs::path ownProgram() {

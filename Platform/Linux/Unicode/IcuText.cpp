@@ -10,7 +10,7 @@
 #include <cstdint>
 #include <utility>
 
-#include "Platform/Linux/System/Utf8.h"
+#include "Tidewell/ForeignText.h"
 
 namespace platform {
 namespace {
@@ -81,7 +81,7 @@ std::string IcuText::lowercased(std::string_view text) {
     lowerAscii(lower);
     return lower;
   }
-  const std::string clean = wellFormed(text);
+  const std::string clean = tidewell::wellFormed(text);
   std::string lower(clean.size() + clean.size() / 2 + 8, '\0');
   for (int attempt = 0; attempt < 2 && caseMap() != nullptr; ++attempt) {
     UErrorCode error = U_ZERO_ERROR;
@@ -127,7 +127,7 @@ std::string IcuText::padded(std::string_view text, std::size_t length) {
     return filledUp(kept, length - kept.size());
   }
   const std::lock_guard lock(charactersMutex_);
-  return paddedClusters(wellFormed(text), length);
+  return paddedClusters(tidewell::wellFormed(text), length);
 }
 
 std::string IcuText::paddedClusters(const std::string& text, std::size_t length) {

@@ -200,6 +200,16 @@ TEST_F(InhibitorListTest, DropsTheLockByWhichGnomePassesOnItsOwnList) {
   EXPECT_EQ(assertions(), Lines{"6 PreventUserIdleSystemSleep 255"});
 }
 
+TEST_F(InhibitorListTest, CleansWhatAHolderCallsItselfAndItsReason) {
+  const auto logind = logindListing({{"idle", "a\x1B[2J", "why\a", "block", 1000, 6}});
+  const auto agent = policyAgent(sessionDaemon->address(), {{"a\x1B[2J", "why\a"}});
+  // The agent's is the same once more.
+  const auto all = list->assertionsByProcess();
+  ASSERT_TRUE(all);
+  ASSERT_EQ(all->size(), 1U);
+  EXPECT_EQ(std::get<std::string>(all->front().second.front().at("AssertName")), "why\uFFFD");
+}
+
 TEST_F(InhibitorListTest, AddsWhatTheSessionManagerListsByName) {
   const auto logind = logindListing({{"idle", "a", "why", "block", 1000, 6}});
   FakeInhibitorList gnome(sessionDaemon->address());

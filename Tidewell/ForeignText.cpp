@@ -1,11 +1,11 @@
-#include "Platform/Linux/System/Utf8.h"
+#include "Tidewell/ForeignText.h"
 
 #include <algorithm>
 #include <cstdint>
 
 #include "Tidewell/Utf8.h"
 
-namespace platform {
+namespace tidewell {
 namespace {
 
 constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
@@ -17,7 +17,7 @@ std::string copied(std::string_view bytes, Predicate isAllowed) {
   std::string copy;
   copy.reserve(bytes.size());
   while (!bytes.empty()) {
-    const tidewell::Utf8Piece piece = tidewell::firstPiece(bytes);
+    const Utf8Piece piece = firstPiece(bytes);
     const bool isKept = piece.codePoint && isAllowed(*piece.codePoint);
     copy.append(isKept ? bytes.substr(0, piece.length) : kReplacement);
     bytes.remove_prefix(piece.length);
@@ -57,13 +57,36 @@ std::string wellFormed(std::string_view bytes) {
   return copied(bytes, [](std::uint32_t) { return true; });
 }
 
-std::string cleaned(std::string_view bytes) {
+std::string cleaned(std::string_view bytes, std::size_t mostCharacters) {
+  // No character has more bytes; what lies beyond need not even be looked at.
+  constexpr std::size_t kMostBytes = 4;
+  if (bytes.size() / kMostBytes > mostCharacters) {
+    bytes = bytes.substr(0, (mostCharacters + 1) * kMostBytes);
+  }
   // Nearly every name is plain, and names are cleaned by the hundred.
-  if (std::ranges::all_of(bytes, isPrintableAscii)) return std::string(bytes);
-  return copied(bytes, isSafe);
+  const bool isPlain = std::ranges::all_of(bytes, isPrintableAscii);
+  return shortened(isPlain ? std::string(bytes) : copied(bytes, isSafe), mostCharacters);
+}
+
+std::string withoutMarkup(std::string_view text) {
+  std::string harmless;
+  harmless.reserve(text.size());
+  for (const char character : text) {
+    if (character == '<') {
+      harmless += "‹";
+    } else if (character == '>') {
+      harmless += "›";
+    } else if (character == '&') {
+      harmless += "＆";
+    } else {
+      harmless += character;
+    }
+  }
+  return harmless;
 }
 
 std::string shortened(std::string text, std::size_t mostCharacters) {
+  if (text.size() <= mostCharacters) return text;
   std::size_t characters = 0;
   for (std::size_t at = 0; at < text.size(); ++at) {
     const bool isContinued = (static_cast<unsigned char>(text[at]) & 0xC0U) == 0x80U;
@@ -74,4 +97,4 @@ std::string shortened(std::string text, std::size_t mostCharacters) {
   return text;
 }
 
-}  // namespace platform
+}  // namespace tidewell
