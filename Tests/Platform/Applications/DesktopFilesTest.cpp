@@ -68,6 +68,53 @@ std::string idOf(const std::optional<DesktopApplication>& application) {
   return application ? application->id : "(none)";
 }
 
+TEST(DesktopFiles, CleanAnIdThatIsNoText) {
+  Desktop desktop;
+  const std::string program = desktop.addProgram("bin/tool");
+  desktop.addEntry("system/a\x1B]0;x\x07\xFF.desktop", "Tool", "Exec=" + program + "\n");
+  DesktopFiles files = desktop.files();
+  EXPECT_EQ(idOf(files.findByProgram(program)), "a\uFFFD]0;x\uFFFD\uFFFD");
+}
+
+TEST(DesktopFiles, WalkAFolderWithLinksToItselfOnce) {
+  Desktop desktop;
+  desktop.addEntry("system/tool.desktop", "Tool");
+  for (const char* link : {"a", "b", "c", "d", "e", "f"}) {
+    desktop.addLink(std::string("system/") + link, ".");
+  }
+  DesktopFolders folders({desktop.path("system")});
+  folders.scan();
+  EXPECT_EQ(folders.fileById().size(), 1U);
+  EXPECT_TRUE(folders.fileById().contains("tool"));
+}
+
+TEST(DesktopFiles, WalkARealFolderByItsOwnNameThoughALinkComesFirst) {
+  Desktop desktop;
+  desktop.addEntry("system/kde/okular.desktop", "Okular");
+  desktop.addLink("user/a", desktop.path("system"));
+  desktop.addLink("user/b", desktop.path("system/kde"));
+  DesktopFiles files = desktop.files();
+  EXPECT_EQ(nameOf(files.find("kde-okular")), "Okular");
+  EXPECT_EQ(nameOf(files.find("b-okular")), "(none)");
+}
+
+TEST(DesktopFiles, FollowALinkToAFolderThatLiesElsewhere) {
+  Desktop desktop;
+  desktop.addEntry("elsewhere/okular.desktop", "Okular");
+  desktop.addLink("user/kde", desktop.path("elsewhere"));
+  EXPECT_EQ(nameOf(desktop.files().find("kde-okular")), "Okular");
+}
+
+TEST(DesktopFiles, StopWalkingWhereThereAreFarTooMany) {
+  Desktop desktop;
+  for (int number = 0; number < 1100; ++number) {
+    fs::create_directories(desktop.path("system/" + std::to_string(number)));
+  }
+  DesktopFolders folders({desktop.path("system")});
+  folders.scan();
+  EXPECT_EQ(folders.folderCount(), 1000U);
+}
+
 TEST(DesktopFiles, FindAnApplicationByItsId) {
   Desktop desktop;
   desktop.addEntry("system/org.gnome.Nautilus.desktop", "Files");
