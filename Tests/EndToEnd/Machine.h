@@ -20,6 +20,7 @@
 #include "Platform/Linux/Loop/EventLoop.h"
 #include "Tests/Platform/Support/ChildProgram.h"
 #include "Tests/Platform/Support/PrivateBus.h"
+#include "Tests/Platform/Support/ProcessNamespace.h"
 #include "Tests/Platform/Support/RealLogind.h"
 #include "Tests/Platform/Support/ScopedEnvironment.h"
 #include "Tests/Platform/Support/TemporaryFolder.h"
@@ -28,15 +29,18 @@ namespace staylit::testing {
 
 using platform::testing::ChildProgram;
 using platform::testing::PrivateBus;
+using platform::testing::ProcessNamespace;
 using platform::testing::RealLogind;
 using platform::testing::ScopedEnvironment;
 using platform::testing::TemporaryFolder;
 
-/// A machine of the test's own: a system bus with the real logind, a session bus with nothing on
-/// it, and an empty settings folder. Programs that are started see no other.
+/// A machine of the test's own: no processes but the test's, a system bus with the real logind, a
+/// session bus with nothing on it, and an empty settings folder. Programs that are started see no
+/// other.
 class Machine : public ::testing::Test {
  protected:
   void SetUp() override {
+    if (const auto obstacle = ProcessNamespace::obstacle()) GTEST_SKIP() << *obstacle;
     if (const auto obstacle = RealLogind::obstacle()) GTEST_SKIP() << *obstacle;
     if (!platform::testing::isInstalled("dbus-daemon")) GTEST_SKIP() << "no dbus-daemon here";
     systemDaemon.emplace();

@@ -1,0 +1,104 @@
+#pragma once
+
+#include <sched.h>
+#include <sys/mount.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <optional>
+#include <string>
+
+namespace platform::testing {
+
+/// Namespaces in which a test program meets no processes but its own: whatever else works on the
+/// machine is not there for it, nor for the programs that it starts. There its /proc tells of these
+/// processes alone, no system manager is to be found, no battery, and no desktop's unit around it.
+///
+/// Who may not open such namespaces as they are opens them in a user namespace, where they are
+/// root. Where that is not allowed either, `run` runs the tests among all processes, and
+/// `obstacle` tells why.
+class ProcessNamespace {
+ public:
+  /// Runs `tests` and returns their status. Called once, by `main`, before any thread starts. All
+  /// that the tests leave running is killed when they end, or when this process does.
+  static int run(const std::function<int()>& tests) {
+    if (!isAllowed()) {
+      reason() = "no process namespace may be opened here";
+      return tests();
+    }
+    reason().reset();
+    return runInside(tests);
+  }
+
+  /// Why the tests see other processes than their own, if they do.
+  static std::optional<std::string> obstacle() { return reason(); }
+
+ private:
+  static std::optional<std::string>& reason() {
+    static std::optional<std::string> reason = "the test program opened no process namespace";
+    return reason;
+  }
+
+  /// Tried by a child, for there is no way back.
+  static bool isAllowed() {
+    return statusOf([] { return runInside([] { return 0; }); }) == 0;
+  }
+
+  static int runInside(const std::function<int()>& tests) {
+    if (!enter()) return 1;
+    // The first process of a namespace gets all orphans and no signals, so the tests are another.
+    return statusOf([&tests] { return furnish() ? statusOf(tests) : 1; });
+  }
+
+  /// Opens the namespaces. The next child is the first process there.
+  static bool enter() {
+    constexpr int kNamespaces = CLONE_NEWPID | CLONE_NEWNS | CLONE_NEWCGROUP;
+    if (::unshare(kNamespaces) == 0) return true;
+    const std::string user = std::to_string(::geteuid());
+    const std::string group = std::to_string(::getegid());
+    return ::unshare(kNamespaces | CLONE_NEWUSER) == 0 && write("setgroups", "deny") &&
+           write("uid_map", "0 " + user + " 1") && write("gid_map", "0 " + group + " 1");
+  }
+  static bool write(const std::string& file, const std::string& text) {
+    std::ofstream stream("/proc/self/" + file);
+    return static_cast<bool>(stream << text << std::flush);
+  }
+
+  static bool furnish() {
+    return ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
+           ::mount("proc", "/proc", "proc", MS_NOSUID | MS_NODEV | MS_NOEXEC, nullptr) == 0 &&
+           empty("/run/systemd") && empty("/sys/class/power_supply");
+  }
+  static bool empty(const char* folder) {
+    return !std::filesystem::is_directory(folder) ||
+           ::mount("tmpfs", folder, "tmpfs", MS_NOSUID | MS_NODEV, "mode=755") == 0;
+  }
+
+  static pid_t child(const std::function<int()>& body) {
+    std::fflush(nullptr);
+    const pid_t pid = ::fork();
+    if (pid != 0) return pid;
+    ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+    const int status = body();
+    std::fflush(nullptr);
+    ::_exit(status);
+  }
+
+  static int reapUntilEndOf(pid_t wanted) {
+    int status = 0;
+    for (pid_t ended = 0; ended != wanted;) {
+      ended = ::wait(&status);
+      if (ended < 0) return 1;
+    }
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+  }
+  static int statusOf(const std::function<int()>& body) { return reapUntilEndOf(child(body)); }
+};
+
+}  // namespace platform::testing
