@@ -42,6 +42,9 @@ class FakeSerialQueues : public SerialQueues {
 
   [[nodiscard]] std::size_t waiting() const { return shared_->waiting.size(); }
 
+  /// From now on work is done before submitting it returns, as on a queue that is very quick.
+  void runAtOnce() { shared_->runsAtOnce = true; }
+
   /// As if the work of a queue that is destroyed had always just begun.
   void keepWorkOfDestroyedQueues() { shared_->keepsWork = true; }
 
@@ -53,6 +56,7 @@ class FakeSerialQueues : public SerialQueues {
         waiting;  ///< With its queue's number.
     std::shared_ptr<CallLog> calls;
     bool keepsWork = false;
+    bool runsAtOnce = false;
   };
 
   class Queue : public SerialQueue {
@@ -65,6 +69,7 @@ class FakeSerialQueues : public SerialQueues {
     }
     void async(std::function<void()> work) override {
       shared_->calls->add("submit work to a queue");
+      if (shared_->runsAtOnce) return work();
       shared_->waiting.emplace_back(number_, std::move(work));
     }
 

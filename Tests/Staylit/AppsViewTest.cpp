@@ -188,6 +188,18 @@ TEST_F(AppsViewTest, RowsOfOneNameStayInTheirOrder) {
   EXPECT_EQ(Texts({entries[0].id, entries[1].id, entries[2].id}), (Texts{"3", "1", "2"}));
 }
 
+TEST_F(AppsViewTest, ManyRowsOfOneNameStayInTheirOrder) {
+  std::vector<BusyApp> apps;
+  Texts expected;
+  for (int number = 0; number < 40; ++number) {
+    expected.push_back(std::to_string(number));
+    apps.push_back(busy(expected.back(), number % 2 == 0 ? "same" : "SAME", 1));
+  }
+  engine->busyApps().set(apps);
+  const Texts listed = ids(view->watched());
+  EXPECT_EQ(Texts(listed.begin(), listed.begin() + 40), expected);
+}
+
 TEST_F(AppsViewTest, IgnoredRowsOfOneNameStandByIdentifier) {
   ignore({"python3", "PYTHON3", "Python3", "pYTHON3", "PYthon3"});
   EXPECT_EQ(ids(view->ignored()), (Texts{"PYTHON3", "PYthon3", "Python3", "pYTHON3", "python3"}));

@@ -173,6 +173,33 @@ TEST_F(EngineTest, TellsItsObserversBeforeTheStatusChanges) {
   EXPECT_EQ(next, std::vector<EngineStatus>{EngineStatus::winding(120)});
 }
 
+TEST_F(EngineTest, HoldsAndReleasesBeforeItTellsOfIt) {
+  Texts told;
+  const Subscription subscription = engine->status().observe([&](const EngineStatus& next) {
+    const Texts held = fakes.power.liveNames();
+    told.push_back(next.summary() + ": " + (held.empty() ? "nothing" : held.front()));
+  });
+  work(10, "A", 80);
+  tickUntilBusy();
+  setBattery(19);
+  tickAfter(2s);
+  setBattery(80);
+  stopWork();
+  tickAfter(2s);
+  tickAfter(120s);
+  engine->setPaused(true);
+  engine->setPaused(false);
+  engine->setPaused(true);
+  EXPECT_EQ(told, (Texts{"Work stopped — releasing in 120s: waiting for work to resume",
+                         "Work stopped — releasing in 118s: waiting for work to resume",
+                         "Awake for A: A is working", "Not holding — battery below 20%: nothing",
+                         "Work stopped — releasing in 120s: waiting for work to resume",
+                         "Idle — your Mac can sleep: nothing", "Paused: nothing",
+                         "Idle — your Mac can sleep: nothing",
+                         "Work stopped — releasing in 120s: waiting for work to resume",
+                         "Paused: nothing"}));
+}
+
 TEST_F(EngineTest, PublishesWhatItFoundOnATick) {
   work(10, "A", 80);
   assertOwn(500, "C");

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
 #include <string>
 #include <vector>
@@ -166,6 +167,17 @@ TEST_F(ActivityMonitorTest, RefreshesTheNetworkBeforeItTakesTheSnapshot) {
   finishNetworkRun("");
   tickAfter(2s);
   EXPECT_EQ(fakes.calls->only(inOrder), inOrder);
+}
+
+TEST_F(ActivityMonitorTest, TakesTheTotalsAfterItAskedForARunSoThatAQuickOneCountsAtOnce) {
+  fakes.queues.runAtOnce();
+  startTool(10, "tool");
+  fakes.setNetworkOutput("tool.10,0,0,\n");
+  tick();
+  fakes.setNetworkOutput("tool.10,2048000,0,\n");
+  const std::vector<BusyApp> busy = tickAfter(2s);
+  ASSERT_EQ(busy.size(), 1U);
+  EXPECT_DOUBLE_EQ(busy[0].netKBps, 1000);
 }
 
 TEST_F(ActivityMonitorTest, ReadsTheClockAfterTheSnapshot) {
@@ -586,6 +598,27 @@ TEST_F(ActivityMonitorTest, OrdersManyApplicationsTheBusiestFirst) {
     useCPU(pid, Seconds(pid));
   EXPECT_EQ(ids(tickAfter(2s)), expected);
   EXPECT_EQ(ids(monitor.lastCandidates()), expected);
+}
+
+TEST_F(ActivityMonitorTest, ManyEquallyBusyApplicationsKeepTheOrderInWhichTheyAreVisited) {
+  for (std::int32_t pid = 1; pid <= 40; ++pid)
+    startTool(pid, "tool" + std::to_string(pid));
+  tick();
+  const auto tickWithTwoKinds = [this](Seconds even, Seconds odd) {
+    for (std::int32_t pid = 1; pid <= 40; ++pid)
+      useCPU(pid, pid % 2 == 0 ? even : odd);
+    tickAfter(2s);
+  };
+  const auto isEven = [](const std::string& id) { return std::stoi(id.substr(4)) % 2 == 0; };
+  tickWithTwoKinds(1s, 1s);
+  Texts busy = ids(monitor.lastBusy());
+  Texts candidates = ids(monitor.lastCandidates());
+  // Nobody knows in which order they are visited, but it is the same the next time.
+  tickWithTwoKinds(1.5s, 1s);
+  std::ranges::stable_partition(busy, isEven);
+  std::ranges::stable_partition(candidates, isEven);
+  EXPECT_EQ(ids(monitor.lastBusy()), busy);
+  EXPECT_EQ(ids(monitor.lastCandidates()), candidates);
 }
 
 TEST_F(ActivityMonitorTest, ReturnsWhatLastBusyKeeps) {

@@ -220,6 +220,11 @@ TEST_F(ProcessSamplerTest, IgnoresEmptyPiecesOfAPath) {
   EXPECT_EQ(nameFor("/usr/bin/bar//"), "bar");
 }
 
+TEST_F(ProcessSamplerTest, NamesTheRootFolderWithASlash) {
+  EXPECT_EQ(nameFor("/"), "/");
+  EXPECT_EQ(nameFor("//"), "/");
+}
+
 TEST_F(ProcessSamplerTest, ReadsAPathThatFillsTheWholeBuffer) {
   const std::string longName(4000, 'n');
   EXPECT_EQ(nameFor("/opt/" + longName), longName);
@@ -234,6 +239,21 @@ TEST_F(ProcessSamplerTest, FallsBackToTheExecutableNameForDisplay) {
   EXPECT_EQ(snapshot[0].bundleID, "com.example.film");
 }
 
+TEST_F(ProcessSamplerTest, ShowsAnEmptyLocalizedNameAsItIs) {
+  processes.add(10, "/opt/bin/film");
+  applications.add(10, "com.example.film", "");
+  const std::vector<RawSample>& snapshot = sampler.sample();
+  ASSERT_EQ(snapshot.size(), 1U);
+  EXPECT_EQ(snapshot[0].executable, "film");
+  EXPECT_EQ(snapshot[0].displayName, "");
+}
+
+TEST_F(ProcessSamplerTest, LeavesOutAnApplicationWithoutAPathWhoseNameIsEmpty) {
+  processes.add(10, std::nullopt);
+  applications.add(10, "com.example.film", "");
+  EXPECT_TRUE(sampler.sample().empty());
+}
+
 // The applications.
 
 TEST_F(ProcessSamplerTest, LetsALaterApplicationWithTheSameIdentifierReplaceAnEarlierOne) {
@@ -246,6 +266,14 @@ TEST_F(ProcessSamplerTest, LetsALaterApplicationWithTheSameIdentifierReplaceAnEa
   ASSERT_EQ(snapshot.size(), 2U);
   EXPECT_EQ(snapshot[0].bundleID, "com.second");
   EXPECT_EQ(snapshot[1].bundleID, "com.b");
+}
+
+TEST_F(ProcessSamplerTest, TakesTheLastOfManyApplicationsWithTheSameIdentifier) {
+  processes.add(10, "/bin/a");
+  applications.add(20, "com.b", "B");
+  for (int number = 0; number < 100; ++number)
+    applications.add(10, "com." + std::to_string(number), std::nullopt);
+  EXPECT_EQ(sampler.sample().at(0).bundleID, "com.99");
 }
 
 TEST_F(ProcessSamplerTest, ForgetsApplicationsThatEnded) {
