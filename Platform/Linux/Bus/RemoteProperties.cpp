@@ -2,8 +2,11 @@
 
 #include <systemd/sd-bus.h>
 
+#include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <optional>
+#include <string_view>
 #include <utility>
 
 namespace platform {
@@ -12,6 +15,7 @@ namespace {
 using tidewell::PropertyDictionary;
 using tidewell::PropertyValue;
 
+constexpr std::size_t kLongestText = 256;
 constexpr const char* kPropertiesInterface = "org.freedesktop.DBus.Properties";
 
 template <class Raw, class Value>
@@ -19,6 +23,13 @@ bool readAs(sd_bus_message* message, char type, PropertyValue& value) {
   Raw raw{};
   if (sd_bus_message_read_basic(message, type, &raw) < 0) return false;
   value.emplace<Value>(raw);
+  return true;
+}
+
+bool readText(sd_bus_message* message, PropertyValue& value) {
+  const char* text = nullptr;
+  if (sd_bus_message_read_basic(message, SD_BUS_TYPE_STRING, &text) < 0) return false;
+  if (std::strlen(text) <= kLongestText) value.emplace<std::string>(text);
   return true;
 }
 
@@ -41,7 +52,7 @@ bool readBasic(sd_bus_message* message, char type, PropertyValue& value) {
     case SD_BUS_TYPE_DOUBLE:
       return readAs<double, double>(message, type, value);
     case SD_BUS_TYPE_STRING:
-      return readAs<const char*, std::string>(message, type, value);
+      return readText(message, value);
     default:
       return sd_bus_message_skip(message, nullptr) >= 0;
   }
@@ -61,16 +72,30 @@ bool readVariant(sd_bus_message* message, PropertyValue& value) {
          readBasic(message, basicType, value) && sd_bus_message_exit_container(message) >= 0;
 }
 
-/// Merges an `a{sv}` into `properties`, as far as it can be read.
-void readDictionary(sd_bus_message* message, PropertyDictionary& properties) {
+/// Merges what is wanted of an `a{sv}` into `properties`, as far as it can be read.
+void readDictionary(sd_bus_message* message, const RemoteProperties::Names& wanted,
+                    PropertyDictionary& properties) {
   if (sd_bus_message_enter_container(message, SD_BUS_TYPE_ARRAY, "{sv}") < 0) return;
   while (sd_bus_message_enter_container(message, SD_BUS_TYPE_DICT_ENTRY, "sv") > 0) {
     const char* name = nullptr;
     if (sd_bus_message_read(message, "s", &name) < 0) return;
-    if (!readVariant(message, properties[name])) return;
+    const bool isRead = wanted.contains(std::string_view(name))
+                            ? readVariant(message, properties[name])
+                            : sd_bus_message_skip(message, "v") >= 0;
+    if (!isRead) return;
     if (sd_bus_message_exit_container(message) < 0) return;
   }
   sd_bus_message_exit_container(message);
+}
+
+/// Whether an `as` names anything that is wanted.
+bool namesAny(sd_bus_message* message, const RemoteProperties::Names& wanted) {
+  const char* name = nullptr;
+  if (sd_bus_message_enter_container(message, SD_BUS_TYPE_ARRAY, "s") < 0) return false;
+  while (sd_bus_message_read(message, "s", &name) > 0) {
+    if (wanted.contains(std::string_view(name))) return true;
+  }
+  return false;
 }
 
 }  // namespace
@@ -80,6 +105,7 @@ struct RemoteProperties::State {
   std::string service;
   std::string path;
   std::string interface;
+  Names wanted;
   BusActivation activation;
   std::optional<PropertyDictionary> values{};
   bool wasAsked = false;
@@ -97,7 +123,7 @@ struct RemoteProperties::State {
 
   void accept(sd_bus_message* reply) {
     values.emplace();
-    readDictionary(reply, *values);
+    readDictionary(reply, wanted, *values);
   }
 
   void refresh() {
@@ -122,17 +148,16 @@ struct RemoteProperties::State {
     const char* changedInterface = nullptr;
     if (!values || sd_bus_message_read(message, "s", &changedInterface) < 0) return;
     if (changedInterface != interface) return;
-    readDictionary(message, *values);
+    readDictionary(message, wanted, *values);
     // Properties that are only said to have changed have to be asked for.
-    if (sd_bus_message_enter_container(message, SD_BUS_TYPE_ARRAY, "s") < 0) return;
-    if (sd_bus_message_at_end(message, 0) == 0) refresh();
+    if (namesAny(message, wanted)) refresh();
   }
 };
 
 RemoteProperties::RemoteProperties(Bus& bus, std::string service, std::string path,
-                                   std::string interface, BusActivation activation)
-    : state_(std::make_unique<State>(
-          State{bus, std::move(service), std::move(path), std::move(interface), activation})) {
+                                   std::string interface, Names wanted, BusActivation activation)
+    : state_(std::make_unique<State>(State{bus, std::move(service), std::move(path),
+                                           std::move(interface), std::move(wanted), activation})) {
   State& state = *state_;
   const BusSignal signal{state.service, state.path, kPropertiesInterface, "PropertiesChanged"};
   state.changes =

@@ -70,13 +70,15 @@ class Snapshot : public tidewell::PowerSourcesSnapshot {
 
 UPowerSources::UPowerSources(Bus& systemBus, std::filesystem::path supplies)
     : supplies_(std::move(supplies)),
-      daemon_(systemBus, kUPower, "/org/freedesktop/UPower", kUPower, BusActivation::ifNeeded),
+      daemon_(systemBus, kUPower, "/org/freedesktop/UPower", kUPower, {"OnBattery"},
+              BusActivation::ifNeeded),
       displayDevice_(systemBus, kUPower, "/org/freedesktop/UPower/devices/DisplayDevice",
-                     "org.freedesktop.UPower.Device"),
+                     "org.freedesktop.UPower.Device", {"Type", "IsPresent", "Percentage"}),
       profiles_(systemBus, "org.freedesktop.UPower.PowerProfiles",
-                "/org/freedesktop/UPower/PowerProfiles", "org.freedesktop.UPower.PowerProfiles"),
+                "/org/freedesktop/UPower/PowerProfiles", "org.freedesktop.UPower.PowerProfiles",
+                {"ActiveProfile"}),
       olderProfiles_(systemBus, "net.hadess.PowerProfiles", "/net/hadess/PowerProfiles",
-                     "net.hadess.PowerProfiles") {}
+                     "net.hadess.PowerProfiles", {"ActiveProfile"}) {}
 
 bool UPowerSources::isLowPowerModeEnabled() {
   if (const PropertyDictionary* profiles = profiles_.read()) return savesPower(*profiles);

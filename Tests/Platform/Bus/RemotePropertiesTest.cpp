@@ -16,12 +16,14 @@ using namespace testing;  // NOLINT: the fixture's names
 constexpr const char* kName = "test.Lamp";
 constexpr const char* kPath = "/lamp";
 
+const RemoteProperties::Names kWanted{"Colour", "History", "IsOn", "Level", "Symbol", "Watts"};
+
 class RemotePropertiesTest : public BusTest {
  protected:
   void SetUp() override {
     BusTest::SetUp();
     if (!IsSkipped())
-      properties = std::make_unique<RemoteProperties>(*systemBus, kName, kPath, kName);
+      properties = std::make_unique<RemoteProperties>(*systemBus, kName, kPath, kName, kWanted);
   }
   void TearDown() override { properties.reset(); }
 
@@ -65,6 +67,44 @@ TEST_F(RemotePropertiesTest, AreReadAgainWhenOnlyTheChangeIsTold) {
   EXPECT_EQ(colour(), "red");
   service->invalidate(kPath, kName, "Colour", std::string("green"));
   EXPECT_TRUE(eventually([&] { return colour() == "green"; }));
+}
+
+TEST_F(RemotePropertiesTest, KeepOnlyWhatIsWanted) {
+  FakePropertyService service(systemDaemon->address(), kName);
+  FakePropertyService::Properties many{{"Colour", std::string("red")}};
+  for (int count = 0; count < 1000; ++count)
+    many["Key" + std::to_string(count)] = true;
+  service.set(kPath, kName, many);
+  EXPECT_EQ(colour(), "red");
+  service.change(kPath, kName, "Another", std::string("text"));
+  service.change(kPath, kName, "Colour", std::string("green"));
+  EXPECT_TRUE(eventually([&] { return colour() == "green"; }));
+  const tidewell::PropertyDictionary expected{{"Colour", std::string("green")},
+                                              {"History", std::monostate()},
+                                              {"Symbol", std::monostate()}};
+  EXPECT_EQ(*properties->read(), expected);
+}
+
+TEST_F(RemotePropertiesTest, KeepNoTextThatIsTooLongForAName) {
+  const auto service = lamp("red");
+  EXPECT_EQ(colour(), "red");
+  service->change(kPath, kName, "Colour", std::string(257, 'x'));
+  EXPECT_TRUE(eventually([&] {
+    return properties->read()->at("Colour") == tidewell::PropertyValue(std::monostate());
+  }));
+  service->change(kPath, kName, "Colour", std::string(256, 'x'));
+  EXPECT_TRUE(eventually([&] {
+    return properties->read()->at("Colour") == tidewell::PropertyValue(std::string(256, 'x'));
+  }));
+}
+
+TEST_F(RemotePropertiesTest, AreNotReadAgainForWhatNobodyWants) {
+  const auto service = lamp("red");
+  EXPECT_EQ(colour(), "red");
+  service->invalidate(kPath, kName, "Another", true);
+  service->change(kPath, kName, "Colour", std::string("green"));
+  EXPECT_TRUE(eventually([&] { return colour() == "green"; }));
+  EXPECT_EQ(service->readings, 1);
 }
 
 TEST_F(RemotePropertiesTest, TakeNoNoticeOfAnotherInterface) {
