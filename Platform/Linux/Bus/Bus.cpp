@@ -27,20 +27,28 @@ bool isOver(BusTiming::Point deadline) {
   return std::chrono::steady_clock::now() >= deadline;
 }
 
+/// What waits for a reply.
+struct Question {
+  std::string destination;
+  Bus::ReplyHandler handler;
+};
+
 int handleReply(sd_bus_message* message, void* data, sd_bus_error* /*error*/) {
-  const Bus::ReplyHandler handler = *static_cast<Bus::ReplyHandler*>(data);
+  const Question question = *static_cast<Question*>(data);
   BusReply reply;
-  if (const sd_bus_error* error = sd_bus_message_get_error(message)) {
+  if (!BusTrust::mayBeReplyOf(question.destination, message)) {
+    reply.error = -EBADMSG;
+  } else if (const sd_bus_error* error = sd_bus_message_get_error(message)) {
     reply.error = -std::max(1, sd_bus_message_get_errno(message));
     reply.errorName = error->name;
   }
   reply.message = BusMessage(sd_bus_message_ref(message));
-  handler(std::move(reply));
+  question.handler(std::move(reply));
   return 0;
 }
 
-void dropHandler(void* data) {
-  delete static_cast<Bus::ReplyHandler*>(data);
+void dropQuestion(void* data) {
+  delete static_cast<Question*>(data);
 }
 
 }  // namespace
@@ -49,7 +57,8 @@ Bus::Bus(EventLoop& loop, Kind kind, BusTiming timing)
     : loop_(loop),
       kind_(kind),
       timing_(std::move(timing)),
-      backoff_(timing_.firstPause, timing_.longestPause) {}
+      backoff_(timing_.firstPause, timing_.longestPause),
+      trust_(kind == Kind::session ? BusTrust::Calls::ofOwnUser : BusTrust::Calls::ofNobody) {}
 
 Bus::~Bus() {
   for (const BusListening& listener : listeners())
@@ -134,6 +143,7 @@ void Bus::lost(int error) {
   filter_.reset();
   late_.clear();
   peers_.clear();
+  trust_.forget();
   if (connection_) {
     retired_.push_back(std::exchange(connection_, {}));
     loop_.async([weak = std::weak_ptr<bool>(alive_), this] {
@@ -179,6 +189,7 @@ int Bus::closed(sd_bus_message* /*message*/, void* data, sd_bus_error* /*error*/
 
 int Bus::filter(sd_bus_message* message, void* data, sd_bus_error* /*error*/) {
   auto& self = *static_cast<Bus*>(data);
+  if (self.trust_.refuses(message)) return 1;
   std::uint64_t cookie = 0;
   if (self.late_.empty() || sd_bus_message_get_reply_cookie(message, &cookie) < 0) return 0;
   const auto found = self.late_.find(cookie);
@@ -251,6 +262,7 @@ BusReply Bus::exchange(sd_bus_message* message, const BusMethod& method, BusTimi
       sd_bus_call(connection_.get(), message, microsecondsUntil(deadline), &error, &raw);
   BusReply reply{std::min(result, 0), error.name ? error.name : "", BusMessage(raw)};
   sd_bus_error_free(&error);
+  if (result >= 0 && !BusTrust::mayBeReplyOf(method.destination, raw)) return {-EBADMSG, {}, {}};
   if (result >= 0) {
     answered(method);
   } else if (sd_bus_is_open(connection_.get()) <= 0) {
@@ -269,16 +281,16 @@ BusSlot Bus::callAsync(const BusMethod& method, const Arguments& arguments, Repl
   if (!isReady_) return {};
   const BusReply request = prepare(method, arguments);
   if (!request) return {};
-  auto context = std::make_unique<ReplyHandler>(std::move(handler));
+  auto question = std::make_unique<Question>(Question{method.destination, std::move(handler)});
   sd_bus_slot* raw = nullptr;
   const auto limit = std::chrono::duration_cast<std::chrono::microseconds>(kAsyncLimit);
-  if (sd_bus_call_async(connection_.get(), &raw, request.message.get(), handleReply, context.get(),
+  if (sd_bus_call_async(connection_.get(), &raw, request.message.get(), handleReply, question.get(),
                         static_cast<std::uint64_t>(limit.count())) < 0) {
     return {};
   }
   BusSlot slot(raw);
-  if (sd_bus_slot_set_destroy_callback(raw, dropHandler) < 0) return {};
-  static_cast<void>(context.release());
+  if (sd_bus_slot_set_destroy_callback(raw, dropQuestion) < 0) return {};
+  static_cast<void>(question.release());
   loop_.wake();
   return slot;
 }
@@ -313,7 +325,20 @@ BusListening Bus::watchName(std::string name, std::function<void(bool owned)> ca
 }
 
 BusListening Bus::subscribe(BusSignal signal, std::function<void(sd_bus_message*)> callback) {
-  return listen(std::make_shared<SignalSubscription>(std::move(signal), std::move(callback)));
+  auto sender = ownerWatch(signal.sender);
+  return listen(std::make_shared<SignalSubscription>(std::move(signal), std::move(sender),
+                                                     std::move(callback)));
+}
+
+std::shared_ptr<NameWatch> Bus::ownerWatch(const std::string& name) {
+  std::erase_if(ownerWatches_, [](const auto& entry) { return entry.second.expired(); });
+  if (const auto found = ownerWatches_.find(name); found != ownerWatches_.end()) {
+    return found->second.lock();
+  }
+  auto watch = std::make_shared<NameWatch>(loop_, name, nullptr);
+  ownerWatches_[name] = watch;
+  listen(watch);
+  return watch;
 }
 
 BusListening Bus::watchConnection(std::function<void(bool connected)> callback) {

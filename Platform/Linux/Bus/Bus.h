@@ -17,9 +17,12 @@
 #include "Platform/Linux/Bus/BusSignal.h"
 #include "Platform/Linux/Bus/BusSlot.h"
 #include "Platform/Linux/Bus/BusTiming.h"
+#include "Platform/Linux/Bus/BusTrust.h"
 #include "Platform/Linux/Loop/EventLoop.h"
 
 namespace platform {
+
+class NameWatch;
 
 /// The program's one connection to the system bus or to the session bus.
 ///
@@ -29,6 +32,8 @@ namespace platform {
 /// with the same error, until a growing pause is over; where the call may have started its service,
 /// only the next ones to that service do. A lost connection is made again at the next
 /// use after the pause, and without any use while somebody listens.
+///
+/// Whom it believes, and who may call what the program offers on it, is said by `BusTrust`.
 ///
 /// Callbacks come from the loop only, never from inside a call. Main thread only. Must outlive its
 /// listeners' use and must not be destroyed by one of its callbacks.
@@ -74,6 +79,7 @@ class Bus {
   /// Tells who owns `name`: once when it is first known, then at every change. An owner that is
   /// replaced by another, and a connection that is lost, count as a loss.
   [[nodiscard]] BusListening watchName(std::string name, std::function<void(bool owned)> callback);
+  /// Calls back for each such signal of whoever owns the sender's name when the signal is sent.
   [[nodiscard]] BusListening subscribe(BusSignal signal,
                                        std::function<void(sd_bus_message*)> callback);
   [[nodiscard]] BusListening watchConnection(std::function<void(bool connected)> callback);
@@ -92,6 +98,7 @@ class Bus {
                     LateReply late);
   BusReply prepare(const BusMethod& method, const Arguments& arguments);
   BusListening listen(BusListening listener);
+  std::shared_ptr<NameWatch> ownerWatch(const std::string& name);
   std::vector<BusListening> listeners();
   void scheduleRetry();
   void retry();
@@ -107,6 +114,9 @@ class Bus {
   std::map<std::string, Backoff, std::less<>> peers_;
   std::vector<std::weak_ptr<BusListener>> listeners_;
   std::map<std::uint64_t, LateReply> late_;
+  /// Who may send the signals that are subscribed to, by the names that these are to come from.
+  std::map<std::string, std::weak_ptr<NameWatch>> ownerWatches_;
+  BusTrust trust_;
 
   BusConnection connection_;
   /// Given up, but perhaps still on the call stack; swept from the loop.

@@ -3,6 +3,8 @@
 #include <memory>
 #include <utility>
 
+#include "Platform/Linux/Bus/BusTrust.h"
+
 namespace platform {
 namespace {
 
@@ -27,7 +29,7 @@ void NameWatch::connected(sd_bus* bus) {
   match_ = BusSlot(match);
   // Asked after the match was sent, so that no change can slip in between.
   sd_bus_slot* query = nullptr;
-  sd_bus_call_method_async(bus, &query, kBusName, kBusPath, kBusName, "NameHasOwner", ownerTold,
+  sd_bus_call_method_async(bus, &query, kBusName, kBusPath, kBusName, "GetNameOwner", ownerTold,
                            this, "s", name_.c_str());
   query_ = BusSlot(query);
 }
@@ -35,6 +37,7 @@ void NameWatch::connected(sd_bus* bus) {
 void NameWatch::disconnected() {
   match_.reset();
   query_.reset();
+  owner_.clear();
   known_.reset();
   if (reported_ != true) return;
   report(false);
@@ -51,6 +54,10 @@ void NameWatch::learn(std::string_view name, bool owned) {
   if (name == name_ && match_ && !known_) known_ = owned;
 }
 
+bool NameWatch::isOwner(const char* sender) const {
+  return sender != nullptr && !owner_.empty() && owner_ == sender;
+}
+
 int NameWatch::ownerChanged(sd_bus_message* message, void* data, sd_bus_error* /*error*/) {
   auto& self = *static_cast<NameWatch*>(data);
   const BusListening keep = self.shared_from_this();
@@ -58,6 +65,7 @@ int NameWatch::ownerChanged(sd_bus_message* message, void* data, sd_bus_error* /
   const char* before = nullptr;
   const char* after = nullptr;
   if (sd_bus_message_read(message, "sss", &name, &before, &after) < 0) return 0;
+  self.owner_ = after;
   self.known_ = after[0] != '\0';
   // An owner that is replaced took everything with it, as one that left would have.
   if (before[0] != '\0') self.report(false);
@@ -69,11 +77,14 @@ int NameWatch::ownerChanged(sd_bus_message* message, void* data, sd_bus_error* /
 int NameWatch::ownerTold(sd_bus_message* reply, void* data, sd_bus_error* /*error*/) {
   auto& self = *static_cast<NameWatch*>(data);
   const BusListening keep = self.shared_from_this();
-  int owned = 0;
-  if (sd_bus_message_is_method_error(reply, nullptr) > 0) return 0;
-  if (sd_bus_message_read(reply, "b", &owned) < 0) return 0;
-  self.known_ = owned != 0;
-  if (self.reported_ != self.known_) self.report(owned != 0);
+  if (!BusTrust::isFromBus(reply)) return 0;
+  const char* owner = "";
+  const bool isFree = sd_bus_message_is_method_error(reply, SD_BUS_ERROR_NAME_HAS_NO_OWNER) > 0;
+  if (!isFree && sd_bus_message_is_method_error(reply, nullptr) > 0) return 0;
+  if (!isFree && sd_bus_message_read(reply, "s", &owner) < 0) return 0;
+  self.owner_ = owner;
+  self.known_ = !isFree;
+  if (self.reported_ != self.known_) self.report(!isFree);
   self.deliver(keep);
   return 0;
 }

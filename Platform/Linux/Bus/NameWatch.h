@@ -12,7 +12,7 @@
 
 namespace platform {
 
-/// Follows whether a well-known name has an owner. See `Bus::watchName`.
+/// Follows who owns a name, which only the bus itself may tell. See `Bus::watchName`.
 class NameWatch : public BusListener {
  public:
   using Callback = std::function<void(bool owned)>;
@@ -25,6 +25,10 @@ class NameWatch : public BusListener {
   [[nodiscard]] std::optional<bool> isOwned(std::string_view name) const override;
   void learn(std::string_view name, bool owned) override;
 
+  /// Whether `sender`, a unique name or null, is the owner. While one message is handled that is
+  /// whoever was it when the bus handed the message over.
+  [[nodiscard]] bool isOwner(const char* sender) const;
+
  private:
   static int ownerChanged(sd_bus_message* message, void* data, sd_bus_error* error);
   static int ownerTold(sd_bus_message* reply, void* data, sd_bus_error* error);
@@ -36,6 +40,7 @@ class NameWatch : public BusListener {
   Callback callback_;
   BusSlot match_;
   BusSlot query_;
+  std::string owner_;  ///< Empty: nobody, or not known yet.
   std::optional<bool> known_;
   std::optional<bool> reported_;
   std::deque<bool> undelivered_;

@@ -12,8 +12,9 @@ int ignoreRefusal(sd_bus_message* /*reply*/, void* /*data*/, sd_bus_error* /*err
 
 }  // namespace
 
-SignalSubscription::SignalSubscription(BusSignal signal, Callback callback)
-    : signal_(std::move(signal)), callback_(std::move(callback)) {}
+SignalSubscription::SignalSubscription(BusSignal signal, std::shared_ptr<const NameWatch> sender,
+                                       Callback callback)
+    : signal_(std::move(signal)), sender_(std::move(sender)), callback_(std::move(callback)) {}
 
 void SignalSubscription::connected(sd_bus* bus) {
   sd_bus_slot* slot = nullptr;
@@ -29,6 +30,7 @@ void SignalSubscription::disconnected() {
 
 int SignalSubscription::received(sd_bus_message* message, void* data, sd_bus_error* /*error*/) {
   auto& self = *static_cast<SignalSubscription*>(data);
+  if (!self.sender_->isOwner(sd_bus_message_get_sender(message))) return 0;
   const BusListening keep = self.shared_from_this();
   self.callback_(message);
   return 0;

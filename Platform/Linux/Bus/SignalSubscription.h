@@ -1,20 +1,24 @@
 #pragma once
 
 #include <functional>
-#include <string>
+#include <memory>
 
 #include "Platform/Linux/Bus/BusListener.h"
 #include "Platform/Linux/Bus/BusSignal.h"
 #include "Platform/Linux/Bus/BusSlot.h"
+#include "Platform/Linux/Bus/NameWatch.h"
 
 namespace platform {
 
-/// Hears one signal. See `Bus::subscribe`.
+/// Hears one signal, of the present owner of its sender's name and of nobody else. See
+/// `Bus::subscribe`.
 class SignalSubscription : public BusListener {
  public:
   using Callback = std::function<void(sd_bus_message*)>;
 
-  SignalSubscription(BusSignal signal, Callback callback);
+  /// `sender` watches the name that the signal is to come from, and hears of a connection first: so
+  /// that no signal can come before its sender is known.
+  SignalSubscription(BusSignal signal, std::shared_ptr<const NameWatch> sender, Callback callback);
 
   void connected(sd_bus* bus) override;
   void disconnected() override;
@@ -23,6 +27,7 @@ class SignalSubscription : public BusListener {
   static int received(sd_bus_message* message, void* data, sd_bus_error* error);
 
   BusSignal signal_;
+  std::shared_ptr<const NameWatch> sender_;
   Callback callback_;
   BusSlot match_;
 };

@@ -21,8 +21,8 @@ class BusTest : public ::testing::Test {
  protected:
   void SetUp() override {
     if (!isInstalled("dbus-daemon")) GTEST_SKIP() << "dbus-daemon is not installed";
-    systemDaemon.emplace();
-    sessionDaemon.emplace();
+    systemDaemon.emplace(systemPolicy);
+    sessionDaemon.emplace(sessionPolicy);
     systemAddress_.emplace("DBUS_SYSTEM_BUS_ADDRESS", systemDaemon->address());
     sessionAddress_.emplace("DBUS_SESSION_BUS_ADDRESS", sessionDaemon->address());
     loop = std::make_unique<EventLoop>();
@@ -40,6 +40,8 @@ class BusTest : public ::testing::Test {
 
   bool eventually(const std::function<bool()>& condition) { return runUntil(*loop, condition); }
 
+  PrivateBus::Policy systemPolicy = PrivateBus::Policy::own;
+  PrivateBus::Policy sessionPolicy = PrivateBus::Policy::own;
   std::optional<PrivateBus> systemDaemon;
   std::optional<PrivateBus> sessionDaemon;
 

@@ -7,6 +7,9 @@
 #include <chrono>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <regex>
 #include <string>
 #include <thread>
 
@@ -16,19 +19,26 @@
 
 namespace platform::testing {
 
-/// A message bus of the test's own, which lets everybody do everything. Its address stays the same
-/// when it is stopped and started again.
+/// A message bus of the test's own. Its address stays the same when it is stopped and started
+/// again.
 class PrivateBus {
  public:
-  PrivateBus() {
-    folder_.write("bus.conf", "<busconfig><type>custom</type><listen>" + address() +
-                                  "</listen><auth>EXTERNAL</auth><servicedir>" +
-                                  (folder_.path() / "services").string() +
-                                  "</servicedir><policy context=\"default\">"
-                                  "<allow send_destination=\"*\" eavesdrop=\"true\"/>"
-                                  "<allow eavesdrop=\"true\"/><allow own=\"*\"/>"
-                                  "</policy></busconfig>");
+  /// Whom it lets do what.
+  enum class Policy {
+    own,        ///< As a session's bus: everything to this user, and nothing to another.
+    everybody,  ///< Everything to everybody.
+    careless,   ///< The same, and hands over replies that nobody asked for.
+    system,     ///< What the machine's own system bus has by default, and root may own any name.
+  };
+  static constexpr const char* kSystemPolicy = "/usr/share/dbus-1/system.conf";
+
+  explicit PrivateBus(Policy policy = Policy::own) {
+    folder_.write("bus.conf",
+                  policy == Policy::system ? systemConfiguration() : configuration(policy));
     std::filesystem::create_directory(folder_.path() / "services");
+    if (policy != Policy::own) {
+      std::filesystem::permissions(folder_.path(), std::filesystem::perms(0755));
+    }
     start();
   }
 
@@ -56,6 +66,39 @@ class PrivateBus {
   void thaw() { ::kill(daemon_.pid(), SIGCONT); }
 
  private:
+  [[nodiscard]] std::string configuration(Policy policy) const {
+    const std::string users = policy == Policy::own ? "" : "<allow user=\"*\"/>";
+    const std::string replies = policy == Policy::careless
+                                    ? "<allow send_requested_reply=\"false\"/>"
+                                      "<allow receive_requested_reply=\"false\"/>"
+                                    : "";
+    return "<busconfig><type>custom</type><listen>" + address() +
+           "</listen><auth>EXTERNAL</auth><servicedir>" + (folder_.path() / "services").string() +
+           "</servicedir><policy context=\"default\">" + users +
+           "<allow send_destination=\"*\" eavesdrop=\"true\"/>"
+           "<allow eavesdrop=\"true\"/><allow own=\"*\"/>" +
+           replies + "</policy></busconfig>";
+  }
+
+  /// The machine's own, except for what would make it leave the test: user, process, place, and the
+  /// services that it could start.
+  [[nodiscard]] std::string systemConfiguration() const {
+    std::ifstream file(kSystemPolicy);
+    std::string text{std::istreambuf_iterator<char>(file), {}};
+    text = std::regex_replace(text, std::regex("<!--[^]*?-->"), "");
+    text = std::regex_replace(
+        text,
+        std::regex("<(user|pidfile|servicehelper|listen)>[^<]*</[a-z]*>|"
+                   "<(fork|syslog|standard_system_servicedirs)/>|<include [^>]*>[^<]*</include>"),
+        "");
+    text = std::regex_replace(text, std::regex("<includedir>system.d</includedir>"),
+                              "<includedir>/usr/share/dbus-1/system.d</includedir>");
+    return std::regex_replace(text, std::regex("</busconfig>"),
+                              "<listen>" + address() +
+                                  "</listen><policy user=\"root\"><allow own=\"*\"/>"
+                                  "<allow send_type=\"method_call\"/></policy></busconfig>");
+  }
+
   [[nodiscard]] std::filesystem::path socketPath() const { return folder_.path() / "bus"; }
 
   [[nodiscard]] bool answers() const {

@@ -1,0 +1,350 @@
+// What another user of the machine can do by messages that he addresses to the program.
+
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "Platform/Linux/Bus/BusObject.h"
+#include "Platform/Linux/Bus/RemoteProperties.h"
+#include "Platform/Linux/Power/UPowerSources.h"
+#include "Platform/Linux/Sleep/LogindSleepNotifications.h"
+#include "Tests/Platform/Support/BusTest.h"
+#include "Tests/Platform/Support/FakeLogind.h"
+#include "Tests/Platform/Support/FakePropertyService.h"
+#include "Tests/Platform/Support/Stranger.h"
+
+namespace platform {
+namespace {
+
+using namespace testing;  // NOLINT: the fixture's names
+
+constexpr const char* kLogind = "org.freedesktop.login1";
+constexpr const char* kUPower = "org.freedesktop.UPower";
+constexpr const char* kUPowerPath = "/org/freedesktop/UPower";
+
+/// A system bus with its usual policy, and on it somebody else.
+class ForgedMessagesTest : public BusTest {
+ protected:
+  ForgedMessagesTest() { systemPolicy = PrivateBus::Policy::system; }
+
+  void SetUp() override {
+    if (const auto obstacle = Stranger::obstacle()) GTEST_SKIP() << *obstacle;
+    BusTest::SetUp();
+    if (IsSkipped()) return;
+    ASSERT_EQ(systemBus->connect(), 0);
+    me = uniqueName(*systemBus);
+  }
+
+  /// Lets the stranger act, and the program handle what came of it.
+  void strangerActs(const std::function<bool(sd_bus*)>& act) {
+    ASSERT_TRUE(Stranger::acts(systemDaemon->address(), act));
+    handleEverything(*loop, *systemBus);
+  }
+
+  /// The same signal many times.
+  template <class... Arguments>
+  void strangerSends(const char* path, const char* interface, const char* member, const char* types,
+                     Arguments... arguments) {
+    strangerActs([=, this](sd_bus* bus) {
+      for (int count = 0; count < 100; ++count) {
+        if (!Stranger::sendSignal(bus, me, path, interface, member, types, arguments...))
+          return false;
+      }
+      return true;
+    });
+  }
+
+  std::string me;
+};
+
+TEST_F(ForgedMessagesTest, NobodySleepsOrWakesBySomebodyElsesWord) {
+  FakeLogind logind(systemDaemon->address());
+  LogindSleepNotifications notifications(*systemBus, *loop);
+  std::string log;
+  notifications.observe([&] { log += "sleep "; }, [&] { log += "wake "; });
+  handleEverything(*loop, *systemBus);
+  strangerSends("/org/freedesktop/login1", "org.freedesktop.login1.Manager", "PrepareForSleep", "b",
+                1);
+  EXPECT_EQ(log, "");
+  EXPECT_EQ(logind.held().size(), 1U);
+  strangerSends("/org/freedesktop/login1", "org.freedesktop.login1.Manager", "PrepareForSleep", "b",
+                0);
+  EXPECT_EQ(log, "");
+  EXPECT_EQ(logind.granted().size(), 1U);
+  logind.announceSleep(true);
+  EXPECT_TRUE(eventually([&] { return log == "sleep "; }));
+}
+
+TEST_F(ForgedMessagesTest, NoServiceGoesBySomebodyElsesWord) {
+  FakeLogind logind(systemDaemon->address());
+  std::string log;
+  const BusListening watch =
+      systemBus->watchName(kLogind, [&](bool owned) { log += owned ? "+" : "-"; });
+  handleEverything(*loop, *systemBus);
+  ASSERT_EQ(log, "+");
+  strangerSends("/org/freedesktop/DBus", "org.freedesktop.DBus", "NameOwnerChanged", "sss", kLogind,
+                ":1.0", "");
+  EXPECT_EQ(log, "+");
+  EXPECT_EQ(systemBus->nameHasOwner(kLogind), 1);
+}
+
+TEST_F(ForgedMessagesTest, NobodyBecomesTheOwnerOfANameBySayingSo) {
+  FakeLogind logind(systemDaemon->address());
+  int heard = 0;
+  const BusListening subscription = systemBus->subscribe(
+      {kLogind, "/org/freedesktop/login1", "org.freedesktop.login1.Manager", "PrepareForSleep"},
+      [&](sd_bus_message*) { ++heard; });
+  handleEverything(*loop, *systemBus);
+  strangerActs([this](sd_bus* bus) {
+    const char* own = nullptr;
+    return sd_bus_get_unique_name(bus, &own) >= 0 &&
+           Stranger::sendSignal(bus, me, "/org/freedesktop/DBus", "org.freedesktop.DBus",
+                                "NameOwnerChanged", "sss", kLogind, ":1.0", own) &&
+           Stranger::sendSignal(bus, me, "/org/freedesktop/login1",
+                                "org.freedesktop.login1.Manager", "PrepareForSleep", "b", 1);
+  });
+  EXPECT_EQ(heard, 0);
+}
+
+TEST_F(ForgedMessagesTest, NoPropertyChangesBySomebodyElsesWord) {
+  FakePropertyService service(systemDaemon->address(), kUPower);
+  service.set(kUPowerPath, kUPower, {{"OnBattery", false}});
+  RemoteProperties properties(*systemBus, kUPower, kUPowerPath, kUPower, {"OnBattery"});
+  ASSERT_NE(properties.read(), nullptr);
+  handleEverything(*loop, *systemBus);
+  strangerSends(kUPowerPath, "org.freedesktop.DBus.Properties", "PropertiesChanged", "sa{sv}as",
+                kUPower, 1, "OnBattery", "b", 1, 0);
+  EXPECT_EQ(properties.read()->at("OnBattery"), tidewell::PropertyValue(false));
+  strangerSends(kUPowerPath, "org.freedesktop.DBus.Properties", "PropertiesChanged", "sa{sv}as",
+                kUPower, 0, 1, "OnBattery");
+  EXPECT_EQ(service.readings, 1);
+}
+
+TEST_F(ForgedMessagesTest, AServiceSpeaksForNoOtherService) {
+  FakePropertyService upower(systemDaemon->address(), kUPower);
+  upower.set(kUPowerPath, kUPower, {{"OnBattery", false}});
+  FakePropertyService other(systemDaemon->address(), "test.Other");
+  RemoteProperties properties(*systemBus, kUPower, kUPowerPath, kUPower, {"OnBattery"});
+  RemoteProperties others(*systemBus, "test.Other", kUPowerPath, kUPower, {"OnBattery"});
+  ASSERT_NE(properties.read(), nullptr);
+  ASSERT_NE(others.read(), nullptr);
+  other.change(kUPowerPath, kUPower, "OnBattery", true);
+  EXPECT_TRUE(eventually([&] { return others.read()->contains("OnBattery"); }));
+  EXPECT_EQ(properties.read()->at("OnBattery"), tidewell::PropertyValue(false));
+}
+
+TEST_F(ForgedMessagesTest, NobodyEndsTheConnectionBySayingThatItEnded) {
+  std::string log;
+  const BusListening watch =
+      systemBus->watchConnection([&](bool connected) { log += connected ? "+" : "-"; });
+  handleEverything(*loop, *systemBus);
+  Stranger::acts(systemDaemon->address(), [this](sd_bus* bus) {
+    return Stranger::sendSignal(bus, me, "/org/freedesktop/DBus/Local",
+                                "org.freedesktop.DBus.Local", "Disconnected", "");
+  });
+  handleEverything(*loop, *systemBus);
+  EXPECT_EQ(log, "+");
+  EXPECT_NE(systemBus->handle(), nullptr);
+}
+
+/// Sends `to` a reply to each of its first calls, whoever they were made to.
+bool answerEverything(sd_bus* bus, const std::string& to) {
+  for (std::uint64_t number = 1; number < 200; ++number) {
+    // sd-bus makes replies to calls only, so that the stranger makes calls up.
+    sd_bus_message* call = nullptr;
+    sd_bus_message* reply = nullptr;
+    const bool isSent =
+        sd_bus_message_new_method_call(bus, &call, to.c_str(), "/", "test.Silent", "Ask") >= 0 &&
+        sd_bus_message_set_sender(call, to.c_str()) >= 0 &&
+        sd_bus_message_seal(call, number, 0) >= 0 &&
+        sd_bus_message_new_method_return(call, &reply) >= 0 &&
+        sd_bus_send_to(bus, reply, to.c_str(), nullptr) >= 0;
+    sd_bus_message_unref(call);
+    sd_bus_message_unref(reply);
+    if (!isSent) return false;
+  }
+  return true;
+}
+
+TEST_F(ForgedMessagesTest, NobodyAnswersForAnother) {
+  BusService silent(systemDaemon->address(), {"test.Silent"}, [](sd_bus_message*) {});
+  int answers = 0;
+  const BusSlot question = systemBus->callAsync({"test.Silent", "/", "test.Silent", "Ask"}, {},
+                                                [&](const BusReply&) { ++answers; });
+  handleEverything(*loop, *systemBus);
+  strangerActs([this](sd_bus* bus) { return answerEverything(bus, me); });
+  EXPECT_EQ(answers, 0);
+}
+
+class CarelessBusTest : public ForgedMessagesTest {
+ protected:
+  CarelessBusTest() { systemPolicy = PrivateBus::Policy::careless; }
+};
+
+TEST_F(CarelessBusTest, AnAnswerOfAnotherThanWasAskedIsNone) {
+  BusService silent(systemDaemon->address(), {}, [](sd_bus_message*) {});
+  std::string whom;
+  silent.perform([&](sd_bus* bus) {
+    const char* name = nullptr;
+    if (sd_bus_get_unique_name(bus, &name) >= 0) whom = name;
+  });
+  std::vector<int> errors;
+  const BusSlot question =
+      systemBus->callAsync({whom.c_str(), "/", "test.Silent", "Ask"}, {},
+                           [&](const BusReply& reply) { errors.push_back(reply.error); });
+  handleEverything(*loop, *systemBus);
+  strangerActs([this](sd_bus* bus) { return answerEverything(bus, me); });
+  EXPECT_EQ(errors, std::vector<int>{-EBADMSG});
+}
+
+/// Sends a signal with a number, and waits until the bus has it.
+void say(sd_bus* bus, int number) {
+  sd_bus_emit_signal(bus, "/", "test.Speaker", "Said", "i", number);
+  askTheBus(bus);
+}
+
+class SpeakerTest : public BusTest {
+ protected:
+  BusListening listen() {
+    return systemBus->subscribe({"test.Speaker", "/", "test.Speaker", "Said"},
+                                [this](sd_bus_message* message) {
+                                  int number = 0;
+                                  sd_bus_message_read(message, "i", &number);
+                                  heard.push_back(number);
+                                });
+  }
+  std::unique_ptr<BusService> speaker() {
+    return std::make_unique<BusService>(systemDaemon->address(), std::vector<std::string>{},
+                                        [](sd_bus_message*) {});
+  }
+
+  std::vector<int> heard;
+};
+
+TEST_F(SpeakerTest, IsHeardFromTheFirstWordAfterItTookTheNameOver) {
+  ASSERT_EQ(systemBus->connect(), 0);
+  const BusListening listening = listen();
+  handleEverything(*loop, *systemBus);
+  std::vector<int> all;
+  // No turn of the loop between a name's change and the first word of its new owner.
+  for (int restart = 0; restart < 20; ++restart) {
+    const auto service = speaker();
+    service->perform([restart](sd_bus* bus) {
+      sd_bus_request_name(bus, "test.Speaker", 0);
+      say(bus, restart);
+    });
+    all.push_back(restart);
+  }
+  handleEverything(*loop, *systemBus);
+  EXPECT_EQ(heard, all);
+}
+
+TEST_F(SpeakerTest, IsHeardFromTheFirstWordAfterSomebodyListens) {
+  const auto service = speaker();
+  service->perform([](sd_bus* bus) { sd_bus_request_name(bus, "test.Speaker", 0); });
+  ASSERT_EQ(systemBus->connect(), 0);
+  const BusListening listening = listen();
+  // The bus has taken the question up, and the program has read none of the answers.
+  ASSERT_EQ(systemBus->nameHasOwner("test.Other"), 0);
+  service->perform([](sd_bus* bus) { say(bus, 1); });
+  handleEverything(*loop, *systemBus);
+  EXPECT_EQ(heard, std::vector<int>{1});
+}
+
+TEST_F(SpeakerTest, IsNotHeardBeforeItHasTheNameOrAfterItGaveItUp) {
+  ASSERT_EQ(systemBus->connect(), 0);
+  const std::string me = uniqueName(*systemBus);
+  const BusListening listening = listen();
+  const auto service = speaker();
+  const auto sayToMe = [&me](sd_bus* bus, int number) {
+    Stranger::sendSignal(bus, me, "/", "test.Speaker", "Said", "i", number);
+  };
+  service->perform([&](sd_bus* bus) {
+    sayToMe(bus, 1);
+    sd_bus_request_name(bus, "test.Speaker", 0);
+    sayToMe(bus, 2);
+    sd_bus_release_name(bus, "test.Speaker");
+    sayToMe(bus, 3);
+    sd_bus_request_name(bus, "test.Speaker", 0);
+    sayToMe(bus, 4);
+    askTheBus(bus);
+  });
+  handleEverything(*loop, *systemBus);
+  EXPECT_EQ(heard, (std::vector<int>{2, 4}));
+}
+
+/// An object with one method, on a session bus that lets everybody in.
+class CalledByStrangersTest : public BusTest {
+ protected:
+  CalledByStrangersTest() { sessionPolicy = PrivateBus::Policy::everybody; }
+
+  void SetUp() override {
+    if (const auto obstacle = Stranger::obstacle()) GTEST_SKIP() << *obstacle;
+    BusTest::SetUp();
+    if (IsSkipped()) return;
+    object.emplace(*sessionBus, BusObject::Place{"/object", "test.Object"}, kTable, this);
+    me = uniqueName(*sessionBus);
+    object->offer();
+  }
+
+  static int called(sd_bus_message* call, void* data, sd_bus_error* /*error*/) {
+    ++static_cast<CalledByStrangersTest*>(data)->calls;
+    return sd_bus_reply_method_return(call, "");
+  }
+  static const sd_bus_vtable kTable[];
+
+  std::optional<BusObject> object;
+  std::string me;
+  int calls = 0;
+};
+
+const sd_bus_vtable CalledByStrangersTest::kTable[] = {
+    SD_BUS_VTABLE_START(0), SD_BUS_METHOD("Call", "", "", called, SD_BUS_VTABLE_UNPRIVILEGED),
+    SD_BUS_VTABLE_END};
+
+TEST_F(CalledByStrangersTest, AnswersItsOwnUser) {
+  BusService friendly(sessionDaemon->address(), {}, [](sd_bus_message*) {});
+  for (int count = 1; count <= 3; ++count) {
+    friendly.perform([this](sd_bus* bus) {
+      sd_bus_call_method_async(bus, nullptr, me.c_str(), "/object", "test.Object", "Call", nullptr,
+                               nullptr, "");
+    });
+    EXPECT_TRUE(eventually([&] { return calls == count; }));
+  }
+}
+
+TEST_F(CalledByStrangersTest, RefusesAnotherUser) {
+  // The test's own loop must run for the stranger to be answered.
+  const pid_t child = ::fork();
+  if (child == 0) {
+    sd_bus* bus = Stranger::become() ? Stranger::connect(sessionDaemon->address()) : nullptr;
+    bool isRefused = bus != nullptr;
+    for (const auto& [interface, member] :
+         {std::pair{"test.Object", "Call"},
+          std::pair{"org.freedesktop.DBus.Introspectable", "Introspect"},
+          std::pair{"org.freedesktop.DBus.Peer", "Ping"}}) {
+      sd_bus_error error{};
+      isRefused = isRefused &&
+                  sd_bus_call_method(bus, me.c_str(), "/object", interface, member, &error, nullptr,
+                                     "") == -EACCES &&
+                  sd_bus_error_has_name(&error, SD_BUS_ERROR_ACCESS_DENIED) > 0;
+    }
+    ::_exit(isRefused ? 0 : 1);
+  }
+  int status = -1;
+  EXPECT_TRUE(eventually([&] { return ::waitpid(child, &status, WNOHANG) == child; }));
+  EXPECT_EQ(status, 0);
+  EXPECT_EQ(calls, 0);
+}
+
+}  // namespace
+}  // namespace platform

@@ -1,0 +1,98 @@
+#pragma once
+
+#include <grp.h>
+#include <gtest/gtest.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <systemd/sd-bus.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <functional>
+#include <optional>
+#include <string>
+
+#include "Platform/Linux/Bus/Bus.h"
+#include "Tests/Platform/Support/PrivateBus.h"
+#include "Tests/Platform/Support/RunUntil.h"
+
+namespace platform::testing {
+
+/// Waits until the bus has taken all that was sent on this connection.
+inline bool askTheBus(sd_bus* bus) {
+  return sd_bus_call_method(bus, "org.freedesktop.DBus", "/org/freedesktop/DBus",
+                            "org.freedesktop.DBus", "GetId", nullptr, nullptr, nullptr) >= 0;
+}
+
+/// Another user of the machine, who sends to a bus whatever the test makes him send.
+class Stranger {
+ public:
+  /// The user and group `nobody` of every Linux.
+  static constexpr unsigned kIdentifier = 65534;
+
+  /// Why there can be none here, if there can be none.
+  static std::optional<std::string> obstacle() {
+    if (::geteuid() != 0) return "only root can act as another user";
+    if (::access(PrivateBus::kSystemPolicy, R_OK) != 0) return "the system bus has no policy here";
+    return std::nullopt;
+  }
+
+  /// Makes the calling process his. False when it may not.
+  static bool become() {
+    return ::setgroups(0, nullptr) == 0 &&
+           ::setresgid(kIdentifier, kIdentifier, kIdentifier) == 0 &&
+           ::setresuid(kIdentifier, kIdentifier, kIdentifier) == 0 &&
+           ::prctl(PR_SET_PDEATHSIG, SIGKILL) == 0;
+  }
+
+  /// Null when the bus does not let him in.
+  static sd_bus* connect(const std::string& address) {
+    sd_bus* bus = nullptr;
+    const bool isConnected = sd_bus_new(&bus) >= 0 &&
+                             sd_bus_set_address(bus, address.c_str()) >= 0 &&
+                             sd_bus_set_bus_client(bus, 1) >= 0 && sd_bus_start(bus) >= 0;
+    return isConnected && askTheBus(bus) ? bus : nullptr;
+  }
+
+  /// Runs `act` in a process of his, on a connection of its own, and waits until the bus has taken
+  /// all that it sent. What `act` says, or false when he was not let in.
+  static bool acts(const std::string& address, const std::function<bool(sd_bus*)>& act) {
+    const pid_t child = ::fork();
+    if (child == 0) {
+      sd_bus* bus = become() ? connect(address) : nullptr;
+      ::_exit(bus != nullptr && act(bus) && askTheBus(bus) ? 0 : 1);
+    }
+    int status = 1;
+    return ::waitpid(child, &status, 0) == child && status == 0;
+  }
+
+  /// Sends a signal to one connection alone.
+  template <class... Arguments>
+  static bool sendSignal(sd_bus* bus, const std::string& to, const char* path,
+                         const char* interface, const char* member, const char* types,
+                         Arguments... arguments) {
+    sd_bus_message* signal = nullptr;
+    const bool isSent = sd_bus_message_new_signal(bus, &signal, path, interface, member) >= 0 &&
+                        sd_bus_message_append(signal, types, arguments...) >= 0 &&
+                        sd_bus_send_to(bus, signal, to.c_str(), nullptr) >= 0;
+    sd_bus_message_unref(signal);
+    return isSent;
+  }
+};
+
+/// Handles all that had reached the bus for this connection.
+inline void handleEverything(EventLoop& loop, Bus& bus) {
+  bool isHandled = false;
+  const BusSlot slot = bus.callAsync(
+      {"org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "GetId"}, {},
+      [&](const BusReply&) { isHandled = true; });
+  EXPECT_TRUE(slot && runUntil(loop, [&] { return isHandled; }));
+}
+
+/// The name by which the bus knows a connection.
+inline std::string uniqueName(Bus& bus) {
+  const char* name = nullptr;
+  return bus.connect() >= 0 && sd_bus_get_unique_name(bus.handle(), &name) >= 0 ? name : "";
+}
+
+}  // namespace platform::testing
