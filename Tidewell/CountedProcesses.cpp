@@ -7,7 +7,7 @@
 namespace tidewell {
 namespace {
 
-constexpr std::size_t kPidSize = sizeof(std::int32_t);
+constexpr std::size_t kPidBytes = sizeof(std::int32_t);
 
 bool isGoneFrom(const std::vector<CountedProcess>& gone, std::int32_t pid) {
   return std::ranges::binary_search(gone, pid, {}, &CountedProcess::pid);
@@ -31,9 +31,10 @@ void CountedProcesses::read(std::span<const Application> applications, const Usa
 
 void CountedProcesses::list() {
   const int needed = table_.listPids({});
-  order_.assign(needed < 1 ? 0 : static_cast<std::size_t>(needed) / kPidSize, 0);
+  order_.assign(needed < 1 ? 0 : static_cast<std::size_t>(needed) / kPidBytes, 0);
   const int written = order_.empty() ? 0 : table_.listPids(order_);
-  order_.resize(std::min(order_.size(), static_cast<std::size_t>(std::max(written, 0)) / kPidSize));
+  order_.resize(
+      std::min(order_.size(), static_cast<std::size_t>(std::max(written, 0)) / kPidBytes));
   ascending_ = order_;
   if (!std::ranges::is_sorted(ascending_)) std::ranges::sort(ascending_);
 }

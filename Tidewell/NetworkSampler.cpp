@@ -16,7 +16,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr Seconds kPollInterval = 50ms;
+constexpr Seconds kToolPollInterval = 50ms;
 constexpr Seconds kTimeAfterOutput = 8s;
 
 /// A whole number in base 10 with an optional sign, and nothing else.
@@ -165,7 +165,7 @@ std::optional<std::string> NetworkSampler::Shared::outputOf(Task& task) {
   }
   const Date deadline = clock.now() + std::chrono::ceil<std::chrono::nanoseconds>(kTimeAfterOutput);
   while (task.isRunning() && clock.now() < deadline && !isAbandoned()) {
-    clock.sleepFor(kPollInterval);
+    clock.sleepFor(kToolPollInterval);
   }
   // What it has printed counts, even if it has to be stopped.
   if (task.isRunning()) task.terminate();

@@ -8,7 +8,7 @@ namespace tidewell {
 namespace {
 
 /// Growth of a counter; none if it went backwards, as no counter should.
-std::uint64_t growth(std::uint64_t now, std::uint64_t before) {
+std::uint64_t increase(std::uint64_t now, std::uint64_t before) {
   return now > before ? now - before : 0;
 }
 
@@ -63,12 +63,12 @@ void ProcessCounter::update(CountedProcess& process, const ResourceUsage& usage,
   if (mayHaveChanged) readName(process, usage.programVersion, application);
 
   process.unread = false;
-  const std::uint64_t disk = growth(diskOf(usage), process.disk);
+  const std::uint64_t disk = increase(diskOf(usage), process.disk);
   // Where those of reaped children may be among the bytes, they wait to be sorted out.
   const bool isMixed = table_.diskIncludesReaped();
-  process.counted += {growth(ownTimeOf(usage), process.ownTime), isMixed ? 0 : disk};
+  process.counted += {increase(ownTimeOf(usage), process.ownTime), isMixed ? 0 : disk};
   process.reapedSome = usage.reapedTime > process.reapedTime;
-  process.reaped.grow(growth(usage.reapedTime, process.reapedTime), isMixed ? disk : 0);
+  process.reaped.grow(increase(usage.reapedTime, process.reapedTime), isMixed ? disk : 0);
   // A counter that goes backwards, as none should, is not counted again.
   process.ownTime = std::max(process.ownTime, ownTimeOf(usage));
   process.reapedTime = std::max(process.reapedTime, usage.reapedTime);

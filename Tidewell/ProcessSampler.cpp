@@ -10,7 +10,7 @@
 namespace tidewell {
 namespace {
 
-constexpr std::size_t kPidSize = sizeof(std::int32_t);
+constexpr std::size_t kIdentifierBytes = sizeof(std::int32_t);
 
 /// The last piece between slashes that is not empty.
 std::string_view lastComponent(std::string_view path) {
@@ -80,9 +80,9 @@ std::vector<std::int32_t>& ProcessSampler::livePIDs() {
   const int needed = table_.listPids({});
   if (needed < 1) return pids_;
   // Exactly as large as that answer: what starts in between is seen by the next snapshot.
-  pids_.assign(static_cast<std::size_t>(needed) / kPidSize, 0);
+  pids_.assign(static_cast<std::size_t>(needed) / kIdentifierBytes, 0);
   const int written = table_.listPids(pids_);
-  const std::size_t listed = written < 1 ? 0 : static_cast<std::size_t>(written) / kPidSize;
+  const std::size_t listed = written < 1 ? 0 : static_cast<std::size_t>(written) / kIdentifierBytes;
   pids_.resize(std::min(pids_.size(), listed));
   std::erase_if(pids_, [](std::int32_t pid) { return pid < 1; });
   return pids_;

@@ -36,7 +36,7 @@ using Integer = std::int64_t;
 using Texts = std::vector<std::string>;
 using tidewell::BusyApp;
 
-BusyApp busy(std::string id, std::string display, double cpuPercent = 50) {
+BusyApp busyApp(std::string id, std::string display, double cpuPercent = 50) {
   BusyApp app;
   app.id = std::move(id);
   app.display = std::move(display);
@@ -48,7 +48,7 @@ BusyApp busy(std::string id, std::string display, double cpuPercent = 50) {
 std::vector<BusyApp> busyApps(int count) {
   std::vector<BusyApp> apps;
   for (int number = 0; number < count; ++number) {
-    apps.push_back(busy("app" + std::to_string(number), "App " + std::to_string(number)));
+    apps.push_back(busyApp("app" + std::to_string(number), "App " + std::to_string(number)));
   }
   return apps;
 }
@@ -322,7 +322,8 @@ TEST_F(MenuBarControllerTest, APausedEngineCanBeResumed) {
 
 TEST_F(MenuBarControllerTest, ListsWhatWorksThenWhatIsIgnoredThenWhatAsked) {
   engine->status().set(EngineStatus::holding({"Xcode", "Transcoder"}));
-  engine->busyApps().set({busy("com.apple.dt.Xcode", "Xcode", 112), busy("node", "npm / node")});
+  engine->busyApps().set(
+      {busyApp("com.apple.dt.Xcode", "Xcode", 112), busyApp("node", "npm / node")});
   engine->assertingApps().set({"Keynote"});
   ignore({"com.apple.Safari"});
   EXPECT_EQ(titles(menu()),
@@ -333,7 +334,7 @@ TEST_F(MenuBarControllerTest, ListsWhatWorksThenWhatIsIgnoredThenWhatAsked) {
 }
 
 TEST_F(MenuBarControllerTest, ABusyAppHasItsReasonACheckMarkAndItsIdentifier) {
-  BusyApp app = busy("com.example.app", "Example", 12);
+  BusyApp app = busyApp("com.example.app", "Example", 12);
   app.netKBps = 40;
   engine->busyApps().set({app});
   EXPECT_EQ(under(menu(), "Staying awake for"),
@@ -342,7 +343,7 @@ TEST_F(MenuBarControllerTest, ABusyAppHasItsReasonACheckMarkAndItsIdentifier) {
 }
 
 TEST_F(MenuBarControllerTest, ABusyAppThatIsIgnoredHasNoCheckMark) {
-  engine->busyApps().set({busy("a", "A", 0), busy("b", "B", 0)});
+  engine->busyApps().set({busyApp("a", "A", 0), busyApp("b", "B", 0)});
   ignore({"b"});
   EXPECT_EQ(under(menu(), "Staying awake for"),
             (Menu{toggle("A \u2014 active", "a", true, "Stop staying awake for A"),
@@ -351,7 +352,7 @@ TEST_F(MenuBarControllerTest, ABusyAppThatIsIgnoredHasNoCheckMark) {
 }
 
 TEST_F(MenuBarControllerTest, BusyAppsAreComparedWithTheIgnoredOnesToTheLetter) {
-  engine->busyApps().set({busy("node", "npm / node", 0)});
+  engine->busyApps().set({busyApp("node", "npm / node", 0)});
   ignore({"Node"});
   EXPECT_TRUE(under(menu(), "Staying awake for")[0].isOn);
 }
@@ -427,7 +428,7 @@ TEST_F(MenuBarControllerTest, OfSixAskingAppsFiveAreListedInTheirOrderAndNoMoreI
 
 TEST_F(MenuBarControllerTest, ShowsOddTextsAsTheyAre) {
   engine->status().set(EngineStatus::holding({"a&b_c\nd"}));
-  engine->busyApps().set({busy("", "", 0), busy("x", "\u202EZalgo &\t", 0)});
+  engine->busyApps().set({busyApp("", "", 0), busyApp("x", "\u202EZalgo &\t", 0)});
   engine->assertingApps().set({"", "\xFF"});
   ignore({"  ", "a\nb"});
   EXPECT_EQ(menu()[0].title, "Awake for a&b_c\nd");
@@ -497,7 +498,7 @@ TEST_F(MenuBarControllerTest, AThousandMenusAreWellFormedWhileTheStateChanges) {
 
 TEST_F(MenuBarControllerTest, ChoosingAWatchedAppIgnoresItAndTicksAtOnce) {
   const Texts inOrder = {"write ignoredApps", "list processes"};
-  engine->busyApps().set({busy("z", "Z"), busy("a", "A")});
+  engine->busyApps().set({busyApp("z", "Z"), busyApp("a", "A")});
   ignore({"m"});
   controller->perform(item("A \u2014 50% CPU"));
   EXPECT_EQ(ignored(), (Texts{"a", "m"}));
@@ -506,7 +507,7 @@ TEST_F(MenuBarControllerTest, ChoosingAWatchedAppIgnoresItAndTicksAtOnce) {
 
 TEST_F(MenuBarControllerTest, ChoosingABusyAppThatIsIgnoredWatchesItAgainAndTicksAtOnce) {
   const Texts inOrder = {"write ignoredApps", "list processes"};
-  engine->busyApps().set({busy("b", "B")});
+  engine->busyApps().set({busyApp("b", "B")});
   ignore({"b"});
   const MenuItem chosen = item("B \u2014 50% CPU");
   EXPECT_FALSE(chosen.isOn);
@@ -524,7 +525,7 @@ TEST_F(MenuBarControllerTest, ChoosingAnIgnoredAppWatchesItAgain) {
 }
 
 TEST_F(MenuBarControllerTest, AnOldItemDoesWhatTheStoreAsksForNotWhatItShowed) {
-  engine->busyApps().set({busy("a", "A")});
+  engine->busyApps().set({busyApp("a", "A")});
   const MenuItem shownAsWatched = item("A \u2014 50% CPU");
   ignore({"a"});
   controller->toggleApp(shownAsWatched);

@@ -8,7 +8,7 @@
 namespace tidewell {
 namespace {
 
-constexpr std::uint64_t kLargest = std::numeric_limits<std::uint64_t>::max();
+constexpr std::uint64_t kLargestUnsigned = std::numeric_limits<std::uint64_t>::max();
 constexpr std::int64_t kSmallestSigned = std::numeric_limits<std::int64_t>::min();
 
 TEST(CheckedArithmetic, AddsUpToTheLargestNumber) {
@@ -18,11 +18,11 @@ TEST(CheckedArithmetic, AddsUpToTheLargestNumber) {
 
 TEST(CheckedArithmetic, MultipliesUpToTheLargestNumber) {
   EXPECT_EQ(checkedMultiply<std::uint64_t>(4294967295U, 4294967297U), 18446744073709551615U);
-  EXPECT_EQ(checkedMultiply<std::uint64_t>(0, kLargest), 0U);
+  EXPECT_EQ(checkedMultiply<std::uint64_t>(0, kLargestUnsigned), 0U);
 }
 
 TEST(CheckedArithmeticDeathTest, EndsTheProcessWhenAnAdditionOverflows) {
-  EXPECT_DEATH(static_cast<void>(checkedAdd<std::uint64_t>(kLargest, 1)),
+  EXPECT_DEATH(static_cast<void>(checkedAdd<std::uint64_t>(kLargestUnsigned, 1)),
                "fatal error: arithmetic overflow in an addition");
   EXPECT_DEATH(static_cast<void>(checkedAdd<std::int64_t>(kSmallestSigned, -1)),
                "fatal error: arithmetic overflow in an addition");

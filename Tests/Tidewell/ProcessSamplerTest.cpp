@@ -14,7 +14,7 @@ namespace {
 
 using Pids = std::vector<std::int32_t>;
 
-constexpr std::uint64_t kLargest = 18446744073709551615U;
+constexpr std::uint64_t kLargestCounter = 18446744073709551615U;
 
 class ProcessSamplerTest : public testing::Test {
  protected:
@@ -331,24 +331,24 @@ TEST_F(ProcessSamplerTest, DoesNotAskForTheTimeBaseBeforeItIsNeeded) {
 }
 
 TEST_F(ProcessSamplerTest, WrapsTheSumOfTheTwoTimes) {
-  processes.add(10, "/bin/a").usage = {kLargest, 3, 0, 0};
+  processes.add(10, "/bin/a").usage = {kLargestCounter, 3, 0, 0};
   EXPECT_EQ(sampler.sample().at(0).cpuNanos, 2U);
 }
 
 TEST_F(ProcessSamplerTest, WrapsTheSumOfTheDiskBytes) {
-  processes.add(10, "/bin/a").usage = {0, 0, 5, kLargest};
+  processes.add(10, "/bin/a").usage = {0, 0, 5, kLargestCounter};
   EXPECT_EQ(sampler.sample().at(0).diskBytes, 4U);
 }
 
 TEST(ProcessSamplerDeathTest, EndsTheProcessWhenTheTimeOverflows) {
-  EXPECT_DEATH(ProcessSampler::nanoseconds(kLargest, {2, 1}),
+  EXPECT_DEATH(ProcessSampler::nanoseconds(kLargestCounter, {2, 1}),
                "fatal error: arithmetic overflow in a multiplication");
-  EXPECT_DEATH(ProcessSampler::nanoseconds(kLargest, {kLargest, kLargest - 1}),
+  EXPECT_DEATH(ProcessSampler::nanoseconds(kLargestCounter, {kLargestCounter, kLargestCounter - 1}),
                "fatal error: arithmetic overflow in an addition");
 }
 
 TEST(ProcessSamplerDeathTest, EndsTheProcessWhenTheRemainderOverflows) {
-  EXPECT_DEATH(ProcessSampler::nanoseconds(3, {kLargest, 4}),
+  EXPECT_DEATH(ProcessSampler::nanoseconds(3, {kLargestCounter, 4}),
                "fatal error: arithmetic overflow in a multiplication");
 }
 

@@ -46,7 +46,7 @@ int hexDigit(char character) {
 }
 
 /// Undoes the service manager's "\x2d".
-std::string unescaped(std::string_view text) {
+std::string withoutHexEscapes(std::string_view text) {
   std::string plain;
   for (std::size_t at = 0; at < text.size(); ++at) {
     const std::string_view rest = text.substr(at);
@@ -59,7 +59,7 @@ std::string unescaped(std::string_view text) {
 }
 
 void add(Ids& ids, std::string_view escaped) {
-  const std::string id = unescaped(escaped);
+  const std::string id = withoutHexEscapes(escaped);
   const bool isFileName = !id.empty() && id[0] != '.' && id.find('/') == std::string::npos;
   if (!isFileName || id != tidewell::cleaned(id) || std::ranges::find(ids, id) != ids.end()) return;
   ids.push_back(id);

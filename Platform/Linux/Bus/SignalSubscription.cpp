@@ -6,7 +6,7 @@ namespace platform {
 namespace {
 
 /// Without a handler of its own a refused match would cost the whole connection.
-int ignoreRefusal(sd_bus_message* /*reply*/, void* /*data*/, sd_bus_error* /*error*/) {
+int ignoreMatchRefusal(sd_bus_message* /*reply*/, void* /*data*/, sd_bus_error* /*error*/) {
   return 0;
 }
 
@@ -20,7 +20,7 @@ void SignalSubscription::connected(sd_bus* bus) {
   sd_bus_slot* slot = nullptr;
   sd_bus_match_signal_async(bus, &slot, signal_.sender.c_str(), signal_.path.c_str(),
                             signal_.interface.c_str(), signal_.member.c_str(), received,
-                            ignoreRefusal, this);
+                            ignoreMatchRefusal, this);
   match_ = BusSlot(slot);
 }
 

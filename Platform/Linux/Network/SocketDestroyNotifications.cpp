@@ -15,8 +15,8 @@ namespace platform {
 namespace {
 
 /// Announcements answer no question.
-constexpr std::uint32_t kSequence = 0;
-constexpr std::size_t kBufferBytes = 4096;
+constexpr std::uint32_t kNoSequence = 0;
+constexpr std::size_t kAnnouncementBytes = 4096;
 /// No more are taken at once, however fast they come.
 constexpr int kMostAtOnce = 10'000;
 
@@ -43,7 +43,7 @@ SocketDestroyNotifications::SocketDestroyNotifications() : socket_(subscribed())
 void SocketDestroyNotifications::take(std::vector<SocketRecord>& sockets) {
   sockets.clear();
   if (!socket_) return;
-  alignas(nlmsghdr) std::array<std::byte, kBufferBytes> buffer;
+  alignas(nlmsghdr) std::array<std::byte, kAnnouncementBytes> buffer;
   for (int message = 0; message < kMostAtOnce; ++message) {
     sockaddr_nl sender{};
     socklen_t senderLength = sizeof sender;
@@ -53,7 +53,7 @@ void SocketDestroyNotifications::take(std::vector<SocketRecord>& sockets) {
     if (count <= 0) return;
     // Any process may send to a netlink socket; only the kernel announces.
     if (sender.nl_pid != 0) continue;
-    SocketListReader(kSequence, sockets)
+    SocketListReader(kNoSequence, sockets)
         .read(std::span(buffer).first(static_cast<std::size_t>(count)));
   }
 }

@@ -23,7 +23,7 @@ using namespace std::chrono_literals;
 using SteadyTime = std::chrono::steady_clock::time_point;
 
 constexpr std::uint32_t kSequence = 1;
-constexpr std::size_t kBufferBytes = std::size_t{16} << 10;
+constexpr std::size_t kListingBytes = std::size_t{16} << 10;
 constexpr timeval kReceiveTimeout{1, 0};
 constexpr auto kListingTimeout = 5s;
 
@@ -72,7 +72,7 @@ bool ask(const Descriptor& socket) {
   return sendmsg(socket.get(), &message, 0) == static_cast<ssize_t>(sizeof request);
 }
 
-using Buffer = std::array<std::byte, kBufferBytes>;
+using Buffer = std::array<std::byte, kListingBytes>;
 
 enum class Received { datagram, nothing, retry };
 

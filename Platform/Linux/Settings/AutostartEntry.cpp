@@ -15,7 +15,7 @@ namespace {
 namespace fs = std::filesystem;
 
 /// More than any entry of ours has.
-constexpr std::size_t kCapacity = 64 << 10;
+constexpr std::size_t kMostBytes = 64 << 10;
 constexpr const char* kNoHome = "there is no home folder";
 
 /// Empty without a home.
@@ -26,7 +26,7 @@ fs::path entryPath() {
 }
 
 bool holds(const fs::path& path, const std::string& text) {
-  const RegularFile file = readRegularFile(path, kCapacity);
+  const RegularFile file = readRegularFile(path, kMostBytes);
   return file.error.empty() && file.exists && file.text == text;
 }
 

@@ -15,9 +15,9 @@ namespace {
 
 using SteadyClock = std::chrono::steady_clock;
 
-constexpr auto kPatience = std::chrono::seconds(1);
-constexpr auto kPause = std::chrono::milliseconds(1);
-constexpr auto kCourtesy = 3 * kPause;
+constexpr auto kLockPatience = std::chrono::seconds(1);
+constexpr auto kRetryPause = std::chrono::milliseconds(1);
+constexpr auto kCourtesy = 3 * kRetryPause;
 
 /// When this process gave a lock back last.
 std::atomic<SteadyClock::time_point> lastRelease{};
@@ -42,14 +42,14 @@ FolderLock::FolderLock(const std::filesystem::path& folder)
     return;
   }
   letOthersIn();
-  const auto deadline = SteadyClock::now() + kPatience;
+  const auto deadline = SteadyClock::now() + kLockPatience;
   while (isHeldByAnother(folder_.get())) {
     if (SteadyClock::now() >= deadline) {
       error_ = "the folder is locked by another program";
       folder_.reset();
       return;
     }
-    std::this_thread::sleep_for(kPause);
+    std::this_thread::sleep_for(kRetryPause);
   }
 }
 

@@ -39,7 +39,7 @@ std::string escaped(char character) {
   return digits;
 }
 
-std::string quoted(std::string_view text) {
+std::string quotedText(std::string_view text) {
   std::string literal = "\"";
   for (const char character : tidewell::wellFormed(text))
     literal += escaped(character);
@@ -62,7 +62,7 @@ std::string joined(const std::vector<std::string>& list, std::string_view before
   std::string literal = "[" + std::string(before);
   for (std::size_t index = 0; index < list.size(); ++index) {
     if (index > 0) literal += between;
-    literal += quoted(list[index]);
+    literal += quotedText(list[index]);
   }
   return literal.append(after) + "]";
 }
@@ -76,14 +76,14 @@ std::string listLiteral(const std::vector<std::string>& list) {
 
 std::string tomlKey(std::string_view key) {
   const bool isBare = !key.empty() && std::ranges::all_of(key, isBareKeyCharacter);
-  return isBare ? std::string(key) : quoted(key);
+  return isBare ? std::string(key) : quotedText(key);
 }
 
 std::string tomlLiteral(const tidewell::PropertyValue& value) {
   if (const auto* boolean = std::get_if<bool>(&value)) return *boolean ? "true" : "false";
   if (const auto* integer = std::get_if<std::int64_t>(&value)) return std::to_string(*integer);
   if (const auto* real = std::get_if<double>(&value)) return realLiteral(*real);
-  if (const auto* text = std::get_if<std::string>(&value)) return quoted(*text);
+  if (const auto* text = std::get_if<std::string>(&value)) return quotedText(*text);
   if (const auto* list = std::get_if<std::vector<std::string>>(&value)) return listLiteral(*list);
   return {};
 }

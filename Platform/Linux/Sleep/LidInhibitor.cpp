@@ -21,7 +21,7 @@ constexpr std::string_view kWantsApproval =
 constexpr std::string_view kRefused = "org.freedesktop.DBus.Error.AccessDenied";
 constexpr std::string_view kCancelled = "org.freedesktop.PolicyKit1.Error.Cancelled";
 /// How long until a lock is asked for again that a restarted logind did not grant.
-constexpr tidewell::Seconds kPause{7};
+constexpr tidewell::Seconds kRetakePause{7};
 
 std::string describe(const LogindLock& failed) {
   if (failed.errorName == kWantsApproval)
@@ -116,7 +116,7 @@ void LidInhibitor::takeAgain() {
   }
   const bool isFinal = taken.errorName == kWantsApproval || taken.errorName == kRefused;
   if (isFinal) return tidewell::Log::error("the lid is no longer held: " + describe(taken));
-  retry_ = loop_.scheduleRepeating(kPause, [this] { takeAgain(); });
+  retry_ = loop_.scheduleRepeating(kRetakePause, [this] { takeAgain(); });
 }
 
 }  // namespace platform

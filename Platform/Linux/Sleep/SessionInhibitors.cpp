@@ -13,8 +13,8 @@ namespace platform {
 namespace {
 
 constexpr const char* kInhibitorInterface = "org.gnome.SessionManager.Inhibitor";
-constexpr std::uint32_t kSuspendFlag = 4;
-constexpr std::uint32_t kIdleFlag = 8;
+constexpr std::uint32_t kSuspendInhibited = 4;
+constexpr std::uint32_t kIdleInhibited = 8;
 /// The rest of a longer list follows with the next readings.
 constexpr std::size_t kNewDetailsPerReading = 32;
 
@@ -97,8 +97,8 @@ std::optional<ListedInhibitor> SessionInhibitors::details(const std::string& pat
   result.holder = tidewell::cleaned(withoutDesktopSuffix(applicationId));
   std::uint32_t flags = 0;
   if (!readDetail(sessionBus_, path, "GetFlags", "flags", "u", flags, reply)) return std::nullopt;
-  if ((flags & kSuspendFlag) != 0) result.types.emplace_back("PreventUserIdleSystemSleep");
-  if ((flags & kIdleFlag) != 0) result.types.emplace_back("PreventUserIdleDisplaySleep");
+  if ((flags & kSuspendInhibited) != 0) result.types.emplace_back("PreventUserIdleSystemSleep");
+  if ((flags & kIdleInhibited) != 0) result.types.emplace_back("PreventUserIdleDisplaySleep");
   return result;
 }
 

@@ -18,7 +18,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr auto kPatience = 250ms;
+constexpr auto kKillPatience = 250ms;
 constexpr std::size_t kChunkBytes = std::size_t{16} << 10;
 
 }  // namespace
@@ -83,7 +83,7 @@ void SpawnedTask::wakeReader() const {
 }
 
 bool SpawnedTask::endsSoon() {
-  const auto deadline = std::chrono::steady_clock::now() + kPatience;
+  const auto deadline = std::chrono::steady_clock::now() + kKillPatience;
   for (auto pause = 1ms; isRunning(); pause *= 2) {
     if (std::chrono::steady_clock::now() >= deadline) return false;
     std::this_thread::sleep_for(pause);

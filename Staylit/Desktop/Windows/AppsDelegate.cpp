@@ -14,8 +14,8 @@ namespace staylit::windows {
 namespace {
 
 // All in points.
-constexpr int kPadding = 16;    ///< From the window's edge to what is drawn.
-constexpr int kPlateInset = 8;  ///< From the window's edge to the plate behind a row.
+constexpr int kRowPadding = 16;  ///< From the window's edge to what is drawn.
+constexpr int kPlateInset = 8;   ///< From the window's edge to the plate behind a row.
 constexpr int kPlateRadius = 6;
 constexpr int kSymbolWidth = 17;
 constexpr int kSymbolGap = 9;
@@ -73,7 +73,7 @@ int entryHeight(const QStyleOptionViewItem& option, const AppsLine& entry) {
 }
 
 int emptyHeight(const QStyleOptionViewItem& option, const AppsLine& line) {
-  const QRect room(0, 0, option.rect.width() - 2 * kPadding, QWIDGETSIZE_MAX);
+  const QRect room(0, 0, option.rect.width() - 2 * kRowPadding, QWIDGETSIZE_MAX);
   const QFontMetrics metrics(fontOf(option, TextStyle::callout));
   return metrics.boundingRect(room, Qt::TextWordWrap, qt(line.text)).height() + 2 * kEmptyMargin;
 }
@@ -98,7 +98,9 @@ struct AppsDelegate::Canvas {
   const QStyleOptionViewItem& option;
   Surface surface;
 
-  [[nodiscard]] QRect content() const { return option.rect.adjusted(kPadding, 0, -kPadding, 0); }
+  [[nodiscard]] QRect content() const {
+    return option.rect.adjusted(kRowPadding, 0, -kRowPadding, 0);
+  }
 
   [[nodiscard]] QRect placed(const QRect& rect) const {
     return QStyle::visualRect(option.direction, option.rect, rect);

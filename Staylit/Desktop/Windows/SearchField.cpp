@@ -12,9 +12,9 @@
 namespace staylit::windows {
 namespace {
 
-constexpr int kPadding = 7;
+constexpr int kFieldPadding = 7;
 constexpr int kSpacing = 6;
-constexpr int kRadius = 7;
+constexpr int kFieldRadius = 7;
 constexpr int kSymbol = 16;
 
 }  // namespace
@@ -25,7 +25,7 @@ SearchField::SearchField(const AppsView::Header& texts, QWidget* parent)
       edit_(new QLineEdit(this)),
       clear_(new SymbolButton(qt(texts.clearSymbol), QStringLiteral("Clear search"), this)) {
   auto* layout = new QHBoxLayout(this);
-  layout->setContentsMargins(kPadding, kPadding, kPadding, kPadding);
+  layout->setContentsMargins(kFieldPadding, kFieldPadding, kFieldPadding, kFieldPadding);
   layout->setSpacing(kSpacing);
   // A layout puts no space of its own beside such a one.
   layout->addSpacing(kSymbol + kSpacing);
@@ -59,10 +59,10 @@ void SearchField::paintEvent(QPaintEvent*) {
   const double half = pen.widthF() / 2;
   painter.setPen(pen);
   painter.setBrush(surface.background);
-  painter.drawRoundedRect(QRectF(rect()).adjusted(half, half, -half, -half), kRadius - half,
-                          kRadius - half);
+  painter.drawRoundedRect(QRectF(rect()).adjusted(half, half, -half, -half), kFieldRadius - half,
+                          kFieldRadius - half);
   const QRect symbol =
-      QStyle::visualRect(layoutDirection(), rect(), QRect(kPadding, 0, kSymbol, height()));
+      QStyle::visualRect(layoutDirection(), rect(), QRect(kFieldPadding, 0, kSymbol, height()));
   symbols::draw(painter, symbol_, symbol, textColor(Tone::secondary, surface));
 }
 

@@ -11,9 +11,9 @@
 namespace staylit::windows {
 namespace {
 
-constexpr int kSide = 12;
-constexpr int kMargin = 9;
-constexpr int kSpacing = 4;
+constexpr int kRowSide = 12;
+constexpr int kRowMargin = 9;
+constexpr int kRowSpacing = 4;
 
 TextLabel* makeNote(Tone tone, QWidget* parent) {
   auto* note = new TextLabel(TextStyle::caption, tone, Ground::card, parent);
@@ -48,8 +48,8 @@ SettingsRow::SettingsRow(const SettingsView::Row& row, QWidget* parent)
       column_(new QVBoxLayout(this)),
       error_(makeNote(Tone::error, this)),
       caption_(makeNote(Tone::secondary, this)) {
-  column_->setContentsMargins(kSide, kMargin, kSide, kMargin);
-  column_->setSpacing(kSpacing);
+  column_->setContentsMargins(kRowSide, kRowMargin, kRowSide, kRowMargin);
+  column_->setSpacing(kRowSpacing);
 }
 
 void SettingsRow::addNotes() {

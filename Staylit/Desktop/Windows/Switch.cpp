@@ -14,7 +14,7 @@ constexpr QSizeF kTrack(36, 20);
 constexpr double kThumbOff = 12;
 constexpr double kThumbOn = 14;
 constexpr double kOffShare = 0.06;
-constexpr double kHoverShare = 0.12;
+constexpr double kSwitchHoverShare = 0.12;
 constexpr double kOutlineShare = 0.5;
 constexpr int kMilliseconds = 120;
 
@@ -73,13 +73,13 @@ void Switch::paintTrack(QPainter& painter, const QRectF& track) const {
     const QColor accent =
         legible(palette().color(QPalette::Highlight), card.background, kSignContrast);
     painter.setPen(Qt::NoPen);
-    painter.setBrush(underMouse() ? mixed(card.text, accent, kHoverShare) : accent);
+    painter.setBrush(underMouse() ? mixed(card.text, accent, kSwitchHoverShare) : accent);
     painter.drawRoundedRect(track, track.height() / 2, track.height() / 2);
     return;
   }
   const QColor outline = mixed(card.text, card.background, kOutlineShare);
   painter.setPen(QPen(legible(outline, card.background, kSignContrast), 1));
-  painter.setBrush(mixed(card.text, card.background, underMouse() ? kHoverShare : kOffShare));
+  painter.setBrush(mixed(card.text, card.background, underMouse() ? kSwitchHoverShare : kOffShare));
   const QRectF inside = track.adjusted(0.5, 0.5, -0.5, -0.5);
   painter.drawRoundedRect(inside, inside.height() / 2, inside.height() / 2);
 }

@@ -8,7 +8,7 @@
 namespace staylit::windows {
 namespace {
 
-constexpr int kSide = 16;
+constexpr int kButtonSide = 16;
 
 }  // namespace
 
@@ -21,7 +21,7 @@ SymbolButton::SymbolButton(const QString& symbol, const QString& accessibleName,
 }
 
 QSize SymbolButton::sizeHint() const {
-  return {kSide, kSide};
+  return {kButtonSide, kButtonSide};
 }
 
 void SymbolButton::paintEvent(QPaintEvent*) {

@@ -18,23 +18,23 @@
 namespace platform {
 namespace {
 
-using Bytes = std::vector<std::byte>;
+using Message = std::vector<std::byte>;
 using State = SocketListReader::State;
 
 constexpr std::uint32_t kSequence = 77;
 
 template <typename Structure>
-void append(Bytes& bytes, const Structure& structure) {
+void append(Message& bytes, const Structure& structure) {
   const auto raw = std::as_bytes(std::span(&structure, 1));
   bytes.insert(bytes.end(), raw.begin(), raw.end());
 }
 
-void pad(Bytes& bytes) {
+void pad(Message& bytes) {
   bytes.resize((bytes.size() + 3) & ~std::size_t{3});
 }
 
-Bytes attribute(std::uint16_t type, const Bytes& value) {
-  Bytes bytes;
+Message attribute(std::uint16_t type, const Message& value) {
+  Message bytes;
   append(bytes, rtattr{static_cast<std::uint16_t>(sizeof(rtattr) + value.size()), type});
   bytes.insert(bytes.end(), value.begin(), value.end());
   pad(bytes);
@@ -42,19 +42,20 @@ Bytes attribute(std::uint16_t type, const Bytes& value) {
 }
 
 /// The counters as a kernel whose structure has `length` bytes gives them.
-Bytes counters(std::uint64_t received, std::uint64_t acked, std::size_t length = sizeof(tcp_info)) {
+Message counters(std::uint64_t received, std::uint64_t acked,
+                 std::size_t length = sizeof(tcp_info)) {
   tcp_info info{};
   info.tcpi_bytes_received = received;
   info.tcpi_bytes_acked = acked;
-  Bytes bytes;
+  Message bytes;
   append(bytes, info);
   bytes.resize(length);
   return bytes;
 }
 
-Bytes message(std::uint16_t type, const Bytes& payload, std::uint32_t sequence = kSequence,
-              std::uint16_t flags = NLM_F_MULTI) {
-  Bytes bytes;
+Message message(std::uint16_t type, const Message& payload, std::uint32_t sequence = kSequence,
+                std::uint16_t flags = NLM_F_MULTI) {
+  Message bytes;
   append(bytes, nlmsghdr{static_cast<std::uint32_t>(sizeof(nlmsghdr) + payload.size()), type, flags,
                          sequence, 0});
   bytes.insert(bytes.end(), payload.begin(), payload.end());
@@ -62,38 +63,38 @@ Bytes message(std::uint16_t type, const Bytes& payload, std::uint32_t sequence =
   return bytes;
 }
 
-Bytes socketPayload(std::uint32_t inode, const Bytes& attributes, std::uint32_t unread = 0) {
+Message socketPayload(std::uint32_t inode, const Message& attributes, std::uint32_t unread = 0) {
   inet_diag_msg socket{};
   socket.idiag_rqueue = unread;
   socket.idiag_inode = inode;
   socket.idiag_uid = 1000;
   socket.id.idiag_cookie[0] = inode;
   socket.id.idiag_cookie[1] = 2;
-  Bytes bytes;
+  Message bytes;
   append(bytes, socket);
   bytes.insert(bytes.end(), attributes.begin(), attributes.end());
   return bytes;
 }
 
-Bytes socketMessage(std::uint32_t inode, std::uint64_t received, std::uint64_t acked) {
+Message socketMessage(std::uint32_t inode, std::uint64_t received, std::uint64_t acked) {
   return message(TCPDIAG_GETSOCK,
                  socketPayload(inode, attribute(INET_DIAG_INFO, counters(received, acked))));
 }
 
-Bytes status(std::uint16_t type, int number) {
-  Bytes payload;
+Message status(std::uint16_t type, int number) {
+  Message payload;
   append(payload, number);
   return message(type, payload);
 }
 
-Bytes operator+(Bytes left, const Bytes& right) {
+Message operator+(Message left, const Message& right) {
   left.insert(left.end(), right.begin(), right.end());
   return left;
 }
 
 class SocketListReaderTest : public testing::Test {
  protected:
-  State read(const Bytes& datagram) { return reader_.read(datagram); }
+  State read(const Message& datagram) { return reader_.read(datagram); }
 
   std::vector<SocketRecord> sockets_;
   SocketListReader reader_{kSequence, sockets_};
@@ -118,15 +119,15 @@ TEST_F(SocketListReaderTest, ReadsSeveralSocketsOfOneDatagramUpToTheEnd) {
 }
 
 TEST_F(SocketListReaderTest, FindsTheCountersAmongOtherAttributes) {
-  read(message(TCPDIAG_GETSOCK, socketPayload(41, attribute(INET_DIAG_SHUTDOWN, Bytes(1)) +
+  read(message(TCPDIAG_GETSOCK, socketPayload(41, attribute(INET_DIAG_SHUTDOWN, Message(1)) +
                                                       attribute(INET_DIAG_INFO, counters(8, 9)) +
-                                                      attribute(INET_DIAG_CGROUP_ID, Bytes(8)))));
+                                                      attribute(INET_DIAG_CGROUP_ID, Message(8)))));
   ASSERT_EQ(sockets_.size(), 1U);
   EXPECT_EQ(sockets_[0].bytesReceived, 8U);
 }
 
 TEST_F(SocketListReaderTest, ReadsTheLongerCountersOfANewerKernel) {
-  const Bytes longer = counters(8, 9, sizeof(tcp_info) + 64);
+  const Message longer = counters(8, 9, sizeof(tcp_info) + 64);
   read(message(TCPDIAG_GETSOCK, socketPayload(41, attribute(INET_DIAG_INFO, longer))));
   ASSERT_EQ(sockets_.size(), 1U);
   EXPECT_EQ(sockets_[0].bytesReceived, 8U);
@@ -134,7 +135,7 @@ TEST_F(SocketListReaderTest, ReadsTheLongerCountersOfANewerKernel) {
 }
 
 TEST_F(SocketListReaderTest, ReadsZeroFromTheShorterCountersOfAnOlderKernel) {
-  const Bytes shorter = counters(8, 9, offsetof(tcp_info, tcpi_bytes_received));
+  const Message shorter = counters(8, 9, offsetof(tcp_info, tcpi_bytes_received));
   read(message(TCPDIAG_GETSOCK, socketPayload(41, attribute(INET_DIAG_INFO, shorter))));
   ASSERT_EQ(sockets_.size(), 1U);
   EXPECT_EQ(sockets_[0].bytesReceived, 0U);
@@ -162,16 +163,16 @@ TEST_F(SocketListReaderTest, TakesAnEndWithoutStatusForSuccess) {
 }
 
 TEST_F(SocketListReaderTest, IsPartialWhenTheTableChangedMeanwhile) {
-  const Bytes payload = socketPayload(41, attribute(INET_DIAG_INFO, counters(8, 9)));
+  const Message payload = socketPayload(41, attribute(INET_DIAG_INFO, counters(8, 9)));
   read(message(TCPDIAG_GETSOCK, payload, kSequence, NLM_F_MULTI | NLM_F_DUMP_INTR));
   EXPECT_EQ(sockets_.size(), 1U);
   EXPECT_EQ(reader_.coverage(), Coverage::partial);
 }
 
 TEST_F(SocketListReaderTest, DoesNotLookAtAnswersToOtherRequests) {
-  const Bytes payload = socketPayload(41, attribute(INET_DIAG_INFO, counters(8, 9)));
+  const Message payload = socketPayload(41, attribute(INET_DIAG_INFO, counters(8, 9)));
   EXPECT_EQ(read(message(TCPDIAG_GETSOCK, payload, kSequence + 1) +
-                 message(NLMSG_DONE, Bytes(4), kSequence + 1)),
+                 message(NLMSG_DONE, Message(4), kSequence + 1)),
             State::more);
   EXPECT_TRUE(sockets_.empty());
 }
@@ -182,19 +183,19 @@ TEST_F(SocketListReaderTest, PassesOverMessagesOfOtherKinds) {
 }
 
 TEST_F(SocketListReaderTest, SurvivesEveryCutOfADatagram) {
-  const Bytes whole = socketMessage(1, 10, 10) + socketMessage(2, 20, 20) + status(NLMSG_DONE, 0);
+  const Message whole = socketMessage(1, 10, 10) + socketMessage(2, 20, 20) + status(NLMSG_DONE, 0);
   for (std::size_t length = 0; length < whole.size(); ++length) {
     std::vector<SocketRecord> sockets;
     SocketListReader reader(kSequence, sockets);
     // A buffer of exactly this length, so that reading beyond it is noticed.
-    const Bytes cut(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(length));
+    const Message cut(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(length));
     EXPECT_EQ(reader.read(cut), State::more) << length;
     EXPECT_LE(sockets.size(), 2U);
   }
 }
 
 TEST_F(SocketListReaderTest, IsPartialWhenAMessageIsCutOff) {
-  Bytes datagram = socketMessage(1, 10, 10) + socketMessage(2, 20, 20);
+  Message datagram = socketMessage(1, 10, 10) + socketMessage(2, 20, 20);
   datagram.resize(datagram.size() - 8);
   EXPECT_EQ(read(datagram), State::more);
   EXPECT_EQ(sockets_.size(), 1U);
@@ -202,14 +203,14 @@ TEST_F(SocketListReaderTest, IsPartialWhenAMessageIsCutOff) {
 }
 
 TEST_F(SocketListReaderTest, IsPartialWhenASocketIsTooShort) {
-  read(message(TCPDIAG_GETSOCK, Bytes(12)) + socketMessage(2, 20, 20));
+  read(message(TCPDIAG_GETSOCK, Message(12)) + socketMessage(2, 20, 20));
   EXPECT_EQ(sockets_.size(), 1U);
   EXPECT_EQ(reader_.coverage(), Coverage::partial);
 }
 
 TEST_F(SocketListReaderTest, StopsAtALengthThatCannotBe) {
   for (const std::uint32_t length : {0U, 1U, 15U, 1'000'000U, 0xFFFF'FFFFU}) {
-    Bytes datagram = socketMessage(1, 10, 10);
+    Message datagram = socketMessage(1, 10, 10);
     std::memcpy(datagram.data(), &length, sizeof length);
     std::vector<SocketRecord> sockets;
     SocketListReader reader(kSequence, sockets);
@@ -221,7 +222,7 @@ TEST_F(SocketListReaderTest, StopsAtALengthThatCannotBe) {
 
 TEST_F(SocketListReaderTest, StopsAtAnAttributeLengthThatCannotBe) {
   for (const std::uint16_t length : std::vector<std::uint16_t>{0, 1, 3, 60'000, 65'535}) {
-    Bytes attributes = attribute(INET_DIAG_INFO, counters(8, 9));
+    Message attributes = attribute(INET_DIAG_INFO, counters(8, 9));
     std::memcpy(attributes.data(), &length, sizeof length);
     read(message(TCPDIAG_GETSOCK, socketPayload(41, attributes)));
     EXPECT_TRUE(sockets_.empty()) << length;
@@ -229,7 +230,7 @@ TEST_F(SocketListReaderTest, StopsAtAnAttributeLengthThatCannotBe) {
 }
 
 TEST_F(SocketListReaderTest, CountsWhatWasReadNotWhatWaits) {
-  const Bytes info = attribute(INET_DIAG_INFO, counters(1000, 5));
+  const Message info = attribute(INET_DIAG_INFO, counters(1000, 5));
   read(message(TCPDIAG_GETSOCK, socketPayload(7, info, 300)) +
        message(TCPDIAG_GETSOCK, socketPayload(8, info, 5000)));
   ASSERT_EQ(sockets_.size(), 2U);
@@ -239,7 +240,7 @@ TEST_F(SocketListReaderTest, CountsWhatWasReadNotWhatWaits) {
 
 TEST_F(SocketListReaderTest, ReadsAnnouncementsOfClosedSockets) {
   SocketListReader announcements(0, sockets_);
-  const Bytes payload = socketPayload(0, attribute(INET_DIAG_INFO, counters(1000, 5)));
+  const Message payload = socketPayload(0, attribute(INET_DIAG_INFO, counters(1000, 5)));
   announcements.read(message(SOCK_DIAG_BY_FAMILY, payload, 0, 0));
   ASSERT_EQ(sockets_.size(), 1U);
   EXPECT_EQ(sockets_[0].bytesReceived, 1000U);

@@ -25,7 +25,7 @@ namespace {
 using namespace std::chrono_literals;
 
 /// Received and sent bytes.
-using Bytes = std::pair<std::uint64_t, std::uint64_t>;
+using Transferred = std::pair<std::uint64_t, std::uint64_t>;
 
 /// How many bytes the opening and the closing mark of a connection may add to what it sent.
 constexpr std::uint64_t kMarks = 2;
@@ -46,7 +46,7 @@ class SocketTableToolLive : public testing::Test {
   }
 
   /// What one run tells of a process, without the help of the sampler's parser.
-  std::optional<Bytes> bytesOf(pid_t pid) {
+  std::optional<Transferred> bytesOf(pid_t pid) {
     const std::string lines = output();
     const std::string mark = "." + std::to_string(pid) + ",";
     const std::size_t found = lines.find(mark);
@@ -54,7 +54,7 @@ class SocketTableToolLive : public testing::Test {
     std::size_t length = 0;
     const std::string rest = lines.substr(found + mark.size());
     const std::uint64_t received = std::stoull(rest, &length);
-    return Bytes(received, std::stoull(rest.substr(length + 1)));
+    return Transferred(received, std::stoull(rest.substr(length + 1)));
   }
 
   /// Lets the child pull `count` bytes through its last connection.
@@ -77,11 +77,11 @@ TEST_F(SocketTableToolLive, CountsExactlyWhatAnotherProcessReceives) {
   LoopbackChild child(server);
   ASSERT_TRUE(child.connect());
   const Descriptor serverEnd = server.accept();
-  EXPECT_EQ(bytesOf(child.pid()).value_or(Bytes(9, 9)).first, 0U);
+  EXPECT_EQ(bytesOf(child.pid()).value_or(Transferred(9, 9)).first, 0U);
   pull(child, serverEnd, 1'000'000);
-  EXPECT_EQ(bytesOf(child.pid()).value_or(Bytes()).first, 1'000'000U);
+  EXPECT_EQ(bytesOf(child.pid()).value_or(Transferred()).first, 1'000'000U);
   pull(child, serverEnd, 234'567);
-  EXPECT_EQ(bytesOf(child.pid()).value_or(Bytes()).first, 1'234'567U);
+  EXPECT_EQ(bytesOf(child.pid()).value_or(Transferred()).first, 1'234'567U);
 }
 
 TEST_F(SocketTableToolLive, CountsWhatAnotherProcessSends) {
@@ -93,10 +93,10 @@ TEST_F(SocketTableToolLive, CountsWhatAnotherProcessSends) {
   ASSERT_TRUE(child.sendBytes(500'000));
   reader.join();
   // The last acknowledgement may come a moment after the data.
-  Bytes bytes;
+  Transferred bytes;
   const auto deadline = std::chrono::steady_clock::now() + 10s;
   while (bytes.second < 500'000 && std::chrono::steady_clock::now() < deadline) {
-    bytes = bytesOf(child.pid()).value_or(Bytes());
+    bytes = bytesOf(child.pid()).value_or(Transferred());
   }
   expectBetween(bytes.second, 500'000, 500'000 + kMarks);
 }
@@ -108,7 +108,7 @@ TEST_F(SocketTableToolLive, CountsIPv6AsWell) {
   ASSERT_TRUE(child.connect());
   const Descriptor serverEnd = server.accept();
   pull(child, serverEnd, 77'777);
-  EXPECT_EQ(bytesOf(child.pid()).value_or(Bytes()).first, 77'777U);
+  EXPECT_EQ(bytesOf(child.pid()).value_or(Transferred()).first, 77'777U);
 }
 
 TEST_F(SocketTableToolLive, KeepsBothEndsOfAConnectionApart) {
@@ -117,7 +117,7 @@ TEST_F(SocketTableToolLive, KeepsBothEndsOfAConnectionApart) {
   ASSERT_TRUE(child.connect());
   const Descriptor serverEnd = server.accept();
   pull(child, serverEnd, 40'000);
-  const Bytes own = bytesOf(getpid()).value_or(Bytes());
+  const Transferred own = bytesOf(getpid()).value_or(Transferred());
   EXPECT_EQ(own.first, 0U);
   expectBetween(own.second, 40'000, 40'000 + kMarks);
 }
@@ -128,14 +128,14 @@ TEST_F(SocketTableToolLive, KeepsTheBytesOfAClosedConnection) {
   ASSERT_TRUE(child.connect());
   Descriptor first = server.accept();
   pull(child, first, 30'000);
-  ASSERT_EQ(bytesOf(child.pid()).value_or(Bytes()).first, 30'000U);
+  ASSERT_EQ(bytesOf(child.pid()).value_or(Transferred()).first, 30'000U);
   ASSERT_TRUE(child.close());
   first.reset();
-  EXPECT_GE(bytesOf(child.pid()).value_or(Bytes()).first, 30'000U);
+  EXPECT_GE(bytesOf(child.pid()).value_or(Transferred()).first, 30'000U);
   ASSERT_TRUE(child.connect());
   const Descriptor second = server.accept();
   pull(child, second, 5'000);
-  expectBetween(bytesOf(child.pid()).value_or(Bytes()).first, 35'000, 35'000 + kMarks);
+  expectBetween(bytesOf(child.pid()).value_or(Transferred()).first, 35'000, 35'000 + kMarks);
 }
 
 TEST_F(SocketTableToolLive, LosesNoneOfAHundredConnectionsThatItSaw) {
@@ -148,7 +148,8 @@ TEST_F(SocketTableToolLive, LosesNoneOfAHundredConnectionsThatItSaw) {
     output();
     ASSERT_TRUE(child.close());
   }
-  expectBetween(bytesOf(child.pid()).value_or(Bytes()).first, 100'000, 100'000 + 100 * kMarks);
+  expectBetween(bytesOf(child.pid()).value_or(Transferred()).first, 100'000,
+                100'000 + 100 * kMarks);
 }
 
 TEST_F(SocketTableToolLive, SeesAHundredConnectionsAtOnce) {
@@ -160,7 +161,7 @@ TEST_F(SocketTableToolLive, SeesAHundredConnectionsAtOnce) {
     serverEnds.push_back(server.accept());
     pull(child, serverEnds.back(), 1'000);
   }
-  EXPECT_EQ(bytesOf(child.pid()).value_or(Bytes()).first, 100'000U);
+  EXPECT_EQ(bytesOf(child.pid()).value_or(Transferred()).first, 100'000U);
 }
 
 TEST_F(SocketTableToolLive, DoesNotSeeAConnectionThatOpensAndClosesBetweenTwoRuns) {
@@ -169,13 +170,13 @@ TEST_F(SocketTableToolLive, DoesNotSeeAConnectionThatOpensAndClosesBetweenTwoRun
   ASSERT_TRUE(child.connect());
   const Descriptor lasting = server.accept();
   pull(child, lasting, 1'000);
-  ASSERT_EQ(bytesOf(child.pid()).value_or(Bytes()).first, 1'000U);
+  ASSERT_EQ(bytesOf(child.pid()).value_or(Transferred()).first, 1'000U);
   ASSERT_TRUE(child.connect());
   Descriptor brief = server.accept();
   pull(child, brief, 64'000);
   ASSERT_TRUE(child.close());
   brief.reset();
-  EXPECT_EQ(bytesOf(child.pid()).value_or(Bytes()).first, 1'000U);
+  EXPECT_EQ(bytesOf(child.pid()).value_or(Transferred()).first, 1'000U);
 }
 
 TEST_F(SocketTableToolLive, DropsAProcessThatHasEnded) {
@@ -203,7 +204,7 @@ TEST_F(SocketTableToolLive, FindsTheConnectionsOfAProcessThatWasAtRestBefore) {
   ASSERT_TRUE(child.connect());
   const Descriptor serverEnd = server.accept();
   pull(child, serverEnd, 2'222);
-  EXPECT_EQ(bytesOf(child.pid()).value_or(Bytes()).first, 2'222U);
+  EXPECT_EQ(bytesOf(child.pid()).value_or(Transferred()).first, 2'222U);
 }
 
 TEST_F(SocketTableToolLive, ReachesTheSamplerThroughAQueueOfItsOwn) {

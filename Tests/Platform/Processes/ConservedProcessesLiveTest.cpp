@@ -28,7 +28,7 @@ namespace {
 using namespace std::chrono_literals;
 using Steady = std::chrono::steady_clock;
 
-class NoApplications : public ApplicationResolver, public tidewell::RunningApplications {
+class NoRunningApplications : public ApplicationResolver, public tidewell::RunningApplications {
  public:
   std::shared_ptr<const ApplicationIdentity> applicationOf(const ProcessFacts&) override {
     return nullptr;
@@ -136,7 +136,7 @@ class ConservedProcessesLiveTest : public testing::Test {
 
   ProcFileSystem proc;
   KernelCpuClock cpuClock;
-  NoApplications applications;
+  NoRunningApplications applications;
   IcuText text;
   ProcessTracker tracker{ProcessTracker::Sources{proc, cpuClock, applications, text}};
   LinuxProcessTable table{tracker};

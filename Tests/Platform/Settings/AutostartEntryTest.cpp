@@ -25,7 +25,6 @@ namespace {
 
 namespace fs = std::filesystem;
 using testing::ScopedEnvironment;
-using testing::TemporaryFolder;
 using Words = std::vector<std::string>;
 
 std::string textOf(const fs::path& path) {
@@ -53,7 +52,7 @@ class AutostartEntryTest : public ::testing::Test {
     return entry ? execWords(entry->exec) : Words{};
   }
 
-  TemporaryFolder folder;
+  testing::TemporaryFolder folder;
   ScopedEnvironment home{"HOME", (folder.path() / "home").string()};
   ScopedEnvironment configuration{"XDG_CONFIG_HOME", (folder.path() / "config").string()};
   ScopedEnvironment path{"PATH", (folder.path() / "bin").string()};

@@ -13,7 +13,7 @@ namespace platform {
 
 /// What every store of settings promises. A `Store` has an empty one as its `defaults`.
 template <typename Store>
-class DefaultsContract : public testing::Test {
+class DefaultsContract : public ::testing::Test {
  protected:
   Store store_;
   tidewell::Defaults& defaults_ = store_.defaults;

@@ -16,7 +16,7 @@ struct TomlStore {
   TomlDefaults defaults{folder.file()};
 };
 
-using Stores = testing::Types<FakeStore, TomlStore>;
+using Stores = ::testing::Types<FakeStore, TomlStore>;
 INSTANTIATE_TYPED_TEST_SUITE_P(FakeAndToml, DefaultsContract, Stores);
 
 }  // namespace

@@ -20,7 +20,7 @@ namespace {
 
 using namespace testing;  // NOLINT: the fixture's names
 
-constexpr auto kMayAsk = tidewell::LidSwitch::Approval::mayBeAsked;
+constexpr auto kAskUser = tidewell::LidSwitch::Approval::mayBeAsked;
 
 class RealLogindLidTest : public BusTest {
  protected:
@@ -56,7 +56,7 @@ class RealLogindLidTest : public BusTest {
 
 TEST_F(RealLogindLidTest, ListsTheHoldAndForgetsItOnRelease) {
   EXPECT_FALSE(lid->isHeld());
-  ASSERT_FALSE(lid->hold(kMayAsk));
+  ASSERT_FALSE(lid->hold(kAskUser));
   EXPECT_TRUE(lid->isHeld());
   const auto listed = listLogindInhibitors(*observer);
   ASSERT_TRUE(listed);
@@ -72,7 +72,7 @@ TEST_F(RealLogindLidTest, ListsTheHoldAndForgetsItOnRelease) {
 }
 
 TEST_F(RealLogindLidTest, IsNotAmongTheRequestsToStayAwake) {
-  ASSERT_FALSE(lid->hold(kMayAsk));
+  ASSERT_FALSE(lid->hold(kAskUser));
   const auto listed = listLogindInhibitors(*observer);
   ASSERT_TRUE(listed);
   ASSERT_EQ(listed->size(), 1U);
@@ -91,7 +91,7 @@ TEST_F(RealLogindLidTest, LeavesTheLidToADesktopThatHandlesIt) {
   const LogindLock desktop = takeLogindLock(
       *observer, "handle-power-key:handle-suspend-key:handle-lid-switch", "why", "block");
   ASSERT_TRUE(desktop.descriptor) << desktop.errorName;
-  const auto failure = lid->hold(kMayAsk);
+  const auto failure = lid->hold(kAskUser);
   ASSERT_TRUE(failure);
   EXPECT_FALSE(failure->wasDeclined);
   EXPECT_EQ(failure->description.substr(0, 45), "the desktop (Staylit) handles the lid itself:");
@@ -99,7 +99,7 @@ TEST_F(RealLogindLidTest, LeavesTheLidToADesktopThatHandlesIt) {
 }
 
 TEST_F(RealLogindLidTest, IsHeldOnceAfterLogindRestarted) {
-  ASSERT_FALSE(lid->hold(kMayAsk));
+  ASSERT_FALSE(lid->hold(kAskUser));
   logind->stop();
   runBriefly(*loop);
   logind->start();
@@ -109,7 +109,7 @@ TEST_F(RealLogindLidTest, IsHeldOnceAfterLogindRestarted) {
 }
 
 TEST_F(RealLogindLidTest, IsHeldAgainAfterLogindForgotEverything) {
-  ASSERT_FALSE(lid->hold(kMayAsk));
+  ASSERT_FALSE(lid->hold(kAskUser));
   logind->stop();
   logind->forget();
   runBriefly(*loop);
@@ -124,7 +124,7 @@ TEST_F(RealLogindLidTest, EndsWithTheProcessHoweverThatEnds) {
     EventLoop childLoop;
     Bus system(childLoop, Bus::Kind::system);
     LidInhibitor childLid(system, childLoop);
-    const bool isHeld = !childLid.hold(kMayAsk);
+    const bool isHeld = !childLid.hold(kAskUser);
     if (isHeld && ::write(ends[1], "x", 1) == 1) ::pause();
     return false;
   });

@@ -20,7 +20,7 @@ using windows::StepSlider;
 using windows::Switch;
 using Control = SettingsView::Control;
 
-constexpr const char* kTitle = "Staylit Settings";
+constexpr const char* kSettingsTitle = "Staylit Settings";
 constexpr const char* kDeclined = "Administrator approval was declined.";
 
 class SettingsWindowTest : public WindowsTest {
@@ -30,8 +30,8 @@ class SettingsWindowTest : public WindowsTest {
   void open() {
     window.reset();
     view = std::make_unique<SettingsView>(*engine, fakes.ports);
-    window = WindowSystem::shared().kit().makeSettingsWindow({kTitle, {460, 560}}, *view);
-    widget = findWindow(kTitle);
+    window = WindowSystem::shared().kit().makeSettingsWindow({kSettingsTitle, {460, 560}}, *view);
+    widget = findWindow(kSettingsTitle);
     window->makeKeyAndOrderFront();
     turn();
     ASSERT_TRUE(QTest::qWaitForWindowActive(widget));
