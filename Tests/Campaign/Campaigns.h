@@ -1,0 +1,12 @@
+#pragma once
+
+#include <span>
+
+#include "Tests/Campaign/Campaign.h"
+
+namespace staylit::campaign {
+
+/// All campaigns, in the order in which they are run and listed.
+std::span<const Campaign> campaigns();
+
+}  // namespace staylit::campaign
