@@ -85,8 +85,9 @@ class UserInterface {
   /// `delegate` must outlive the item. Null where the system has no place for one.
   virtual std::unique_ptr<StatusItem> makeStatusItem(MenuDelegate& delegate) = 0;
 
-  /// Null when no window can be shown; the system has told the user why then. The view must outlive
-  /// the window.
+  /// Null when no window can be shown; the system tells the user why then. Null as well when that
+  /// is not known yet; the menu's item is chosen once more as soon as a window can be made. The
+  /// view must outlive the window.
   virtual std::unique_ptr<Window> makeAppsWindow(const WindowStyle& style, AppsView& view) = 0;
   virtual std::unique_ptr<Window> makeSettingsWindow(const WindowStyle& style,
                                                      SettingsView& view) = 0;

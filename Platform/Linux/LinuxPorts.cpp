@@ -42,7 +42,7 @@ namespace platform {
 namespace {
 
 std::unique_ptr<tidewell::Text> fetchUnicode() {
-  void* address = loadFromModule(kUnicodeModule, kMakeText);
+  void* address = loadFromModule(kUnicodeModule, kMakeText).address;
   return std::unique_ptr<tidewell::Text>(address ? reinterpret_cast<MakeText>(address)() : nullptr);
 }
 

@@ -35,14 +35,14 @@ std::unique_ptr<StatusItem> DesktopUserInterface::makeStatusItem(MenuDelegate& d
 std::unique_ptr<Window> DesktopUserInterface::makeAppsWindow(const WindowStyle& style,
                                                              AppsView& view) {
   ActivationToken::use();
-  WindowKit* kit = windowing_.kit();
+  WindowKit* kit = windowing_.kit([this] { choose(MenuItem::Action::openApps); });
   return kit ? kit->makeAppsWindow(style, view) : nullptr;
 }
 
 std::unique_ptr<Window> DesktopUserInterface::makeSettingsWindow(const WindowStyle& style,
                                                                  SettingsView& view) {
   ActivationToken::use();
-  WindowKit* kit = windowing_.kit();
+  WindowKit* kit = windowing_.kit([this] { choose(MenuItem::Action::openSettings); });
   return kit ? kit->makeSettingsWindow(style, view) : nullptr;
 }
 

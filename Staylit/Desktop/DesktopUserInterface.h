@@ -17,6 +17,8 @@ class DesktopUserInterface : public UserInterface {
  public:
   DesktopUserInterface(platform::EventLoop& loop, platform::Bus& sessionBus);
 
+  /// The first window comes a moment after it is asked for: where none can be made yet, the
+  /// windows' functions return null, and choose the menu's item for it once more when one can.
   std::unique_ptr<StatusItem> makeStatusItem(MenuDelegate& delegate) override;
   std::unique_ptr<Window> makeAppsWindow(const WindowStyle& style, AppsView& view) override;
   std::unique_ptr<Window> makeSettingsWindow(const WindowStyle& style, SettingsView& view) override;

@@ -1,10 +1,17 @@
 #include "Staylit/Desktop/Display.h"
 
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
 #include <array>
+#include <cstddef>
 #include <cstdlib>
 #include <string_view>
 
 #include "Staylit/Desktop/MessageReading.h"
+#include "Tidewell/ForeignText.h"
+#include "Tidewell/Log.h"
 
 namespace staylit {
 namespace {
@@ -16,6 +23,8 @@ constexpr std::array kNames{"DISPLAY",          "WAYLAND_DISPLAY",     "XAUTHORI
 constexpr platform::BusMethod kGetProperty{"org.freedesktop.systemd1", "/org/freedesktop/systemd1",
                                            "org.freedesktop.DBus.Properties", "Get"};
 
+constexpr std::size_t kLongestLogged = 100;
+
 std::vector<const char*>& learnt() {
   static std::vector<const char*> names;
   return names;
@@ -26,11 +35,64 @@ bool isSet(const char* name) {
   return value && *value;
 }
 
+bool isDigits(std::string_view text) {
+  return !text.empty() && text.size() <= 5 &&
+         std::ranges::all_of(text, [](char c) { return c >= '0' && c <= '9'; });
+}
+
+/// ":0", ":0.1" and "unix:0": whatever has a host before the colon is reached over a network.
+bool isLocalX(std::string_view display) {
+  if (display.starts_with("unix:")) display.remove_prefix(4);
+  if (!display.starts_with(':')) return false;
+  display.remove_prefix(1);
+  const std::size_t dot = display.find('.');
+  const bool hasScreen = dot != std::string_view::npos;
+  return isDigits(display.substr(0, dot)) && (!hasScreen || isDigits(display.substr(dot + 1)));
+}
+
+/// Whether `path` is a file of that type which nobody but this user or the administrator made.
+bool isOwn(const std::string& path, mode_t type) {
+  struct stat status {};
+  return path.starts_with('/') && stat(path.c_str(), &status) == 0 &&
+         (status.st_mode & S_IFMT) == type && (status.st_uid == geteuid() || status.st_uid == 0);
+}
+
+/// A name within the user's own folder for sockets, or a socket of the user's.
+bool isOwnWayland(const std::string& display) {
+  if (display.starts_with('/')) return isOwn(display, S_IFSOCK);
+  return display.find('/') == std::string::npos && !display.starts_with('.');
+}
+
+/// A word, or some with marks between them, such as name types and desktops.
+bool isPlainName(std::string_view text) {
+  constexpr std::string_view kMarks = "-_.:;,+= ";
+  return text.size() <= 100 && std::ranges::all_of(text, [kMarks](char c) {
+           const bool isLetter = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+           return isLetter || (c >= '0' && c <= '9') || kMarks.find(c) != std::string_view::npos;
+         });
+}
+
+/// Whether what somebody else says of the display may be believed: it is of this machine, and makes
+/// the libraries open nothing that is not the user's.
+bool isCredible(std::string_view name, const std::string& value) {
+  if (value.empty()) return false;
+  if (name == "DISPLAY") return isLocalX(value);
+  if (name == "WAYLAND_DISPLAY") return isOwnWayland(value);
+  if (name == "XAUTHORITY") return isOwn(value, S_IFREG);
+  return isPlainName(value);
+}
+
 void learnOne(std::string_view variable) {
   for (const char* name : kNames) {
     const std::string prefix = std::string(name) + "=";
     if (!variable.starts_with(prefix) || isSet(name)) continue;
-    ::setenv(name, std::string(variable.substr(prefix.size())).c_str(), 1);
+    const std::string value(variable.substr(prefix.size()));
+    if (!isCredible(name, value)) {
+      tidewell::Log::error("not taken over from another program: " +
+                           tidewell::cleaned(variable, kLongestLogged));
+      continue;
+    }
+    ::setenv(name, value.c_str(), 1);
     learnt().push_back(name);
   }
 }

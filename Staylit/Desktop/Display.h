@@ -19,7 +19,9 @@ class Display {
 
   /// The variables of this process that are about it, as "NAME=value".
   static std::vector<std::string> variables();
-  /// Takes those over that are about it, unless a display is known already.
+  /// Takes those over that are about it, unless a display is known already. They come from others:
+  /// only a display of this machine is taken, and only files that are this user's or the
+  /// administrator's. What is refused is a line in the log.
   static void learn(const std::vector<std::string>& variables);
   /// Forgets what was learnt, which is no use any more.
   static void forget();

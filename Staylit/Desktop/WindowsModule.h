@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "Staylit/UserInterface.h"
@@ -34,11 +35,22 @@ class WindowKit {
   virtual void activate() = 0;
 };
 
-/// The module's one function: a new kit, the caller's to destroy; null when there is no display
-/// that it could use. There is one kit in a process, and its windows go before it.
-using MakeWindowKit = WindowKit* (*)(const DrivenLoop& loop);
+/// The module has two functions, under names that only the program of the same build knows (see
+/// `platform::loadFromModule`).
+///
+/// The first tries the display as the second will use it, and takes as long as the display takes,
+/// for ever if need be; it may also take the process down. So it is for a process that is there for
+/// that alone. `found` is called while the display is connected, with the name of the platform that
+/// is to be used. Without that call there is no display that could be used; why, is said on
+/// standard error.
+using TryDisplay = void (*)(const std::function<void(const std::string& platform)>& found);
+
+/// A new kit on such a platform, the caller's to destroy; null when the display is somebody else's.
+/// There is one kit in a process, and its windows go before it.
+using MakeWindowKit = WindowKit* (*)(const DrivenLoop& loop, const std::string& platform);
 
 inline constexpr const char* kWindowsModule = "libstaylit-windows.so";
+inline constexpr const char* kTryDisplay = "staylitTryDisplay";
 inline constexpr const char* kMakeWindowKit = "staylitMakeWindowKit";
 
 }  // namespace staylit

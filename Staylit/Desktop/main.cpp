@@ -11,10 +11,14 @@
 #include "Staylit/Desktop/CommandLine.h"
 #include "Staylit/Desktop/DesktopApplication.h"
 #include "Staylit/Desktop/DesktopUserInterface.h"
+#include "Staylit/Desktop/DisplayTrial.h"
 
 int main(int argc, char** argv) {
   platform::prepareStandardStreams();
   const std::vector<std::string> arguments(argv, argv + argc);
+  if (arguments.size() == 2 && arguments[1] == staylit::DisplayTrial::kOption) {
+    return staylit::DisplayTrial::answer();
+  }
   const staylit::CommandLine commandLine(arguments);
   if (const auto information = commandLine.information()) {
     std::cout << *information;

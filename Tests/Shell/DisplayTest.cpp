@@ -1,6 +1,7 @@
 #include "Staylit/Desktop/Display.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <cstdlib>
@@ -65,6 +66,60 @@ TEST_F(DisplayTest, LearnsOnlyWhatIsAboutItAndIsNotSet) {
   EXPECT_STREQ(std::getenv("HOME"), "/home/own");
   Display::learn({"WAYLAND_DISPLAY=wayland-9"});
   EXPECT_EQ(std::getenv("WAYLAND_DISPLAY"), nullptr) << "it has one already";
+}
+
+TEST_F(DisplayTest, LearnsNoDisplayOfAnotherMachine) {
+  for (const char* display : {"host:0", "tcp/host:0", "127.0.0.1:5", "localhost:10.0", "0", ":",
+                              ":a", ":0.", ":0;", ":123456", "/tmp/socket", "unix/host:0"}) {
+    Display::learn({std::string("DISPLAY=") + display});
+    EXPECT_FALSE(Display::isKnown()) << display;
+    Display::forget();
+  }
+  for (const char* display : {":0", ":10.0", "unix:3", "unix:3.1"}) {
+    Display::learn({std::string("DISPLAY=") + display});
+    EXPECT_TRUE(Display::isKnown()) << display;
+    Display::forget();
+  }
+}
+
+TEST_F(DisplayTest, LearnsAWaylandSocketOnlyOfThisUser) {
+  const platform::testing::TemporaryFolder folder;
+  folder.write("file", "");
+  for (const std::string& display :
+       {std::string("../other/wayland-0"), std::string("a/b"), std::string("."),
+        (folder.path() / "file").string(), (folder.path() / "missing").string()}) {
+    Display::learn({"WAYLAND_DISPLAY=" + display});
+    EXPECT_FALSE(Display::isKnown()) << display;
+    Display::forget();
+  }
+  const std::string socket = sessionDaemon->address().substr(std::string("unix:path=").size());
+  for (const std::string& display : {std::string("wayland-1"), socket}) {
+    Display::learn({"WAYLAND_DISPLAY=" + display});
+    EXPECT_TRUE(Display::isKnown()) << display;
+    Display::forget();
+  }
+}
+
+TEST_F(DisplayTest, LearnsNoKeyFileThatWouldMakeItWait) {
+  const ScopedEnvironment none("XAUTHORITY", std::nullopt);
+  const platform::testing::TemporaryFolder folder;
+  const std::string pipe = folder.path() / "pipe";
+  ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+  Display::learn({"DISPLAY=:5", "XAUTHORITY=" + pipe, "XAUTHORITY=relative"});
+  EXPECT_EQ(std::getenv("XAUTHORITY"), nullptr);
+  Display::forget();
+  folder.write("keys", "");
+  const std::string keys = folder.path() / "keys";
+  Display::learn({"DISPLAY=:5", "XAUTHORITY=" + keys});
+  EXPECT_EQ(std::getenv("XAUTHORITY"), keys);
+  Display::forget();
+}
+
+TEST_F(DisplayTest, LearnsNoTextThatIsNoName) {
+  const ScopedEnvironment theme("QT_QPA_PLATFORMTHEME", std::nullopt);
+  Display::learn({"DISPLAY=:5", "QT_QPA_PLATFORMTHEME=../../tmp/evil"});
+  EXPECT_EQ(std::getenv("QT_QPA_PLATFORMTHEME"), nullptr);
+  Display::forget();
 }
 
 TEST_F(DisplayTest, ForgetsWhatItLearntAndNothingElse) {

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <system_error>
 
+#include "StaylitBuildIdentity.h"
 #include "Tidewell/Log.h"
 
 namespace platform {
@@ -18,15 +19,19 @@ std::filesystem::path moduleFile(const std::string& file) {
   return {};
 }
 
-void* loadFromModule(const std::string& file, const char* symbol) {
+ModuleFunction loadFromModule(const std::string& file, const std::string& function) {
   const std::filesystem::path path = moduleFile(file);
   void* module = path.empty() ? nullptr : dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
-  void* address = module ? dlsym(module, symbol) : nullptr;
-  if (!address) {
-    const char* why = dlerror();
+  if (!module) {
+    const char* why = path.empty() ? nullptr : dlerror();
     tidewell::Log::error("cannot load " + file + ": " + (why ? why : "no such file"));
+    return {};
   }
-  return address;
+  void* address = dlsym(module, (function + "_" STAYLIT_BUILD_IDENTITY).c_str());
+  if (address) return {address, false};
+  dlclose(module);
+  tidewell::Log::error("cannot load " + file + ": it is of another build than the program");
+  return {nullptr, true};
 }
 
 }  // namespace platform

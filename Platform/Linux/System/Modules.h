@@ -9,9 +9,19 @@ namespace platform {
 /// place. Any thread.
 [[nodiscard]] std::filesystem::path moduleFile(const std::string& file);
 
-/// Loads a part of the program that lies in a file of its own, beside the program or where it is
-/// installed, and returns the address of `symbol` in it. Null, and a line in the log, when that
-/// fails. What was loaded stays. Any thread.
-void* loadFromModule(const std::string& file, const char* symbol);
+/// A function of a part of the program that lies in a file of its own.
+struct ModuleFunction {
+  void* address = nullptr;  ///< Null when it cannot be had.
+  /// The part is there, but of another build: it was replaced while the program runs, or only one
+  /// of the two was replaced.
+  bool isOfAnotherBuild = false;
+};
+
+/// Loads such a part and finds `function` in it.
+///
+/// Only a part of this very build has it, by a name that no other build's part has: nothing of any
+/// other part is ever called. Whatever fails is a line in the log. What was loaded stays. Any
+/// thread.
+[[nodiscard]] ModuleFunction loadFromModule(const std::string& file, const std::string& function);
 
 }  // namespace platform

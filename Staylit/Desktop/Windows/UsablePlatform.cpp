@@ -8,6 +8,8 @@
 #include <QPluginLoader>
 #include <QStringList>
 
+#include "Staylit/Desktop/Windows/DisplayServers.h"
+
 namespace staylit::windows {
 namespace {
 
@@ -79,6 +81,12 @@ std::optional<UsablePlatform> attempt(const QString& candidate) {
   const QString name = candidate.section(':', 0, 0);
   if (!hasPlugin(name)) {
     qWarning("Staylit: Qt has no usable plugin for %s here", qPrintable(name));
+    return std::nullopt;
+  }
+  const bool isStrangers = isX(name) ? isStrangersX(qEnvironmentVariable("DISPLAY").toStdString())
+                                     : isWayland(name) && isStrangersWayland();
+  if (isStrangers) {
+    qWarning("Staylit: the display (%s) is served by another user", qPrintable(name));
     return std::nullopt;
   }
   UsablePlatform found{candidate.toStdString(), nullptr};

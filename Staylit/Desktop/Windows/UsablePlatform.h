@@ -18,9 +18,10 @@ struct UsablePlatform {
 /// standard error.
 ///
 /// Qt takes the process down when it cannot start, which a program without windows must not suffer.
-/// So what Qt is about to do is tried first: loading its plugin, and connecting. Prefers what Qt
-/// would (QT_QPA_PLATFORM, then the session's own kind). To be asked before there is a
-/// QApplication.
+/// So what Qt is about to do is tried first: loading its plugin, and connecting, which waits for as
+/// long as the display does not answer. A display that another user serves is not even greeted: the
+/// greeting holds the key to ours. Prefers what Qt would (QT_QPA_PLATFORM, then the session's own
+/// kind). To be asked before there is a QApplication.
 std::optional<UsablePlatform> usablePlatform();
 
 }  // namespace staylit::windows

@@ -1,11 +1,21 @@
 #include "Staylit/Desktop/WindowsModule.h"
 
+#include "Staylit/Desktop/Windows/DisplayServers.h"
 #include "Staylit/Desktop/Windows/QtWindowKit.h"
 #include "Staylit/Desktop/Windows/UsablePlatform.h"
+#include "StaylitBuildIdentity.h"
 
-/// The module's one entry; see `MakeWindowKit`.
-extern "C" __attribute__((visibility("default"))) staylit::WindowKit* staylitMakeWindowKit(
-    const staylit::DrivenLoop& loop) {
+extern "C" __attribute__((visibility("default"))) staylit::WindowKit* STAYLIT_OF_THIS_BUILD(
+    staylitMakeWindowKit)(const staylit::DrivenLoop& loop, const std::string& platform) {
+  auto kit = std::make_unique<staylit::windows::QtWindowKit>(loop, platform);
+  // Between the trial and now somebody else may have taken the display's address.
+  return staylit::windows::isServedByStrangers() ? nullptr : kit.release();
+}
+
+extern "C" __attribute__((visibility("default"))) void STAYLIT_OF_THIS_BUILD(staylitTryDisplay)(
+    const std::function<void(const std::string&)>& found) {
   const auto platform = staylit::windows::usablePlatform();
-  return platform ? new staylit::windows::QtWindowKit(loop, platform->name) : nullptr;
+  if (!platform) return;
+  const staylit::windows::QtWindowKit kit({}, platform->name);
+  if (!staylit::windows::isServedByStrangers()) found(platform->name);
 }

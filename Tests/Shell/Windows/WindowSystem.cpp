@@ -6,8 +6,12 @@
 #include <QApplication>
 #include <cstdint>
 #include <cstdlib>
+#include <string>
 
-extern "C" staylit::WindowKit* staylitMakeWindowKit(const staylit::DrivenLoop& loop);
+#include "StaylitBuildIdentity.h"
+
+extern "C" staylit::WindowKit* STAYLIT_OF_THIS_BUILD(staylitMakeWindowKit)(
+    const staylit::DrivenLoop& loop, const std::string& platform);
 
 namespace staylit {
 
@@ -18,8 +22,9 @@ WindowSystem& WindowSystem::shared() {
 }
 
 WindowSystem::WindowSystem() : descriptor_(eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC)) {
-  kit_.reset(
-      staylitMakeWindowKit({descriptor_, [this] { pump(); }, [this] { return isStopping; }}));
+  kit_.reset(STAYLIT_OF_THIS_BUILD(staylitMakeWindowKit)(
+      {descriptor_, [this] { pump(); }, [this] { return isStopping; }},
+      qEnvironmentVariable("QT_QPA_PLATFORM").toStdString()));
   if (kit_) return;
   qCritical("no window kit");
   std::abort();

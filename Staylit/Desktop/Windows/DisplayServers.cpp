@@ -1,0 +1,97 @@
+#include "Staylit/Desktop/Windows/DisplayServers.h"
+
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <optional>
+#include <string_view>
+#include <system_error>
+
+#include "Platform/Linux/System/Descriptor.h"
+
+namespace staylit::windows {
+namespace {
+
+constexpr std::string_view kXSockets = "/tmp/.X11-unix/X";
+
+/// Of whoever listens at the other end.
+bool isStranger(int socket) {
+  ucred server{};
+  socklen_t size = sizeof server;
+  if (getsockopt(socket, SOL_SOCKET, SO_PEERCRED, &server, &size) != 0) return false;
+  return server.uid != 0 && server.uid != geteuid();
+}
+
+/// Whether a stranger listens at `path`, or at the address of that name that is no file.
+bool isStrangersSocket(const std::string& path, bool isAbstract) {
+  sockaddr_un address{};
+  address.sun_family = AF_UNIX;
+  const std::size_t offset = isAbstract ? 1 : 0;
+  if (path.size() + 1 + offset > sizeof address.sun_path) return false;
+  std::memcpy(address.sun_path + offset, path.data(), path.size());
+  const std::size_t size =
+      offsetof(sockaddr_un, sun_path) + path.size() + 1;  // Either a zero before or one after.
+  const platform::Descriptor socket(
+      ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+  const int result = connect(socket.get(), reinterpret_cast<const sockaddr*>(&address),
+                             static_cast<socklen_t>(size));
+  return result == 0 && isStranger(socket.get());
+}
+
+std::string waylandSocket() {
+  const char* name = std::getenv("WAYLAND_DISPLAY");
+  const std::string display = name && *name ? name : "wayland-0";
+  if (display.starts_with('/')) return display;
+  const char* folder = std::getenv("XDG_RUNTIME_DIR");
+  return folder ? std::string(folder) + "/" + display : "";
+}
+
+/// The name of the other end of a local connection; absent for what is none.
+std::optional<std::string> peerName(int socket) {
+  sockaddr_un address{};
+  socklen_t size = sizeof address;
+  if (getpeername(socket, reinterpret_cast<sockaddr*>(&address), &size) != 0) return std::nullopt;
+  if (address.sun_family != AF_UNIX) return std::nullopt;
+  const std::size_t begin = offsetof(sockaddr_un, sun_path);
+  std::string name(address.sun_path, size > begin ? size - begin : 0);
+  std::erase(name, '\0');
+  return name;
+}
+
+}  // namespace
+
+bool isStrangersX(const std::string& display) {
+  // "host:0" is another machine's; "unix:0" and ":0.1" are this one's.
+  const std::size_t colon = display.find(':');
+  if (colon == std::string::npos || (colon > 0 && display.substr(0, colon) != "unix")) return false;
+  std::string number = display.substr(colon + 1);
+  number.resize(std::min(number.find('.'), number.size()));
+  const std::string path = std::string(kXSockets) + number;
+  return isStrangersSocket(path, true) || isStrangersSocket(path, false);
+}
+
+bool isStrangersWayland() {
+  return isStrangersSocket(waylandSocket(), false);
+}
+
+bool isServedByStrangers() {
+  const std::string wayland = waylandSocket();
+  std::error_code error;
+  std::filesystem::directory_iterator entry("/proc/self/fd", error);
+  for (const std::filesystem::directory_iterator end; !error && entry != end;
+       entry.increment(error)) {
+    const int number = std::atoi(entry->path().filename().c_str());
+    const std::optional<std::string> name = peerName(number);
+    if (!name || (!name->starts_with(kXSockets) && *name != wayland)) continue;
+    if (isStranger(number)) return true;
+  }
+  return false;
+}
+
+}  // namespace staylit::windows
