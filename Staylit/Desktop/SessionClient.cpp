@@ -11,8 +11,8 @@ using platform::BusReply;
 constexpr const char* kManager = "org.gnome.SessionManager";
 constexpr const char* kPrivate = "org.gnome.SessionManager.ClientPrivate";
 constexpr const char* kAutostartId = "DESKTOP_AUTOSTART_ID";
-constexpr platform::BusMethod kRegister{kManager, "/org/gnome/SessionManager", kManager,
-                                        "RegisterClient"};
+constexpr platform::BusMethod kRegisterClient{kManager, "/org/gnome/SessionManager", kManager,
+                                              "RegisterClient"};
 
 /// What the manager gave to the program that it started; no child of ours may have it too.
 std::string takeStartupId() {
@@ -35,7 +35,7 @@ SessionClient::SessionClient(platform::Bus& sessionBus, std::function<void()> en
 
 void SessionClient::registerWithManager() {
   registration_ = bus_.callAsync(
-      kRegister,
+      kRegisterClient,
       [this](sd_bus_message* call) {
         return sd_bus_message_append(call, "ss", "com.staylit.app", startupId_.c_str());
       },

@@ -18,7 +18,7 @@ using Kind = DisplayTrial::Verdict::Kind;
 using platform::testing::TemporaryFolder;
 
 /// The trial's process is a script here, which says what the real one might.
-class DisplayTrialTest : public testing::Test {
+class DisplayTrialTest : public ::testing::Test {
  protected:
   std::string script(const std::string& text) {
     folder.write("trial", "#!/bin/sh\n" + text + "\n");

@@ -17,7 +17,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-class LoopGuardTest : public testing::Test {
+class LoopGuardTest : public ::testing::Test {
  protected:
   void guardWith(LoopGuard::Patience patience) {
     guard.emplace(loop, patience, [this] {

@@ -59,7 +59,7 @@ class Sleeper {
   pid_t pid_ = 0;
 };
 
-class LibprocProcessTableTest : public testing::Test {
+class LibprocProcessTableTest : public ::testing::Test {
  protected:
   std::vector<std::int32_t> pids() {
     // Room for what starts between the two calls.

@@ -22,7 +22,7 @@ namespace {
 
 using Search = SocketHolders::Search;
 
-class ProcSocketHoldersTest : public testing::Test {
+class ProcSocketHoldersTest : public ::testing::Test {
  protected:
   void writeStat(const std::string& pid, const std::string& name, const std::string& state) const {
     folder_.write(pid + "/stat", pid + " (" + name + ") " + state +

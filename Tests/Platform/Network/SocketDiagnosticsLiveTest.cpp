@@ -39,7 +39,7 @@ std::uint32_t inodeOf(const Descriptor& socket) {
   return static_cast<std::uint32_t>(status.st_ino);
 }
 
-class SocketDiagnosticsLive : public testing::Test {
+class SocketDiagnosticsLive : public ::testing::Test {
  protected:
   void SetUp() override {
     if (diagnostics_.list(sockets_).errorNumber != 0) {

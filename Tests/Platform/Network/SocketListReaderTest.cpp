@@ -92,7 +92,7 @@ Message operator+(Message left, const Message& right) {
   return left;
 }
 
-class SocketListReaderTest : public testing::Test {
+class SocketListReaderTest : public ::testing::Test {
  protected:
   State read(const Message& datagram) { return reader_.read(datagram); }
 

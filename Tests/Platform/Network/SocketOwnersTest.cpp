@@ -18,7 +18,7 @@ namespace {
 using namespace std::chrono_literals;
 using Pids = std::vector<std::int32_t>;
 
-class SocketOwnersTest : public testing::Test {
+class SocketOwnersTest : public ::testing::Test {
  protected:
   /// A socket whose cookie is a thousand more than its inode.
   static SocketRecord socket(std::uint32_t inode, std::uint32_t uid = 1000) {

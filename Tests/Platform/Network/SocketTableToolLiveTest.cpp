@@ -30,7 +30,7 @@ using Transferred = std::pair<std::uint64_t, std::uint64_t>;
 /// How many bytes the opening and the closing mark of a connection may add to what it sent.
 constexpr std::uint64_t kMarks = 2;
 
-class SocketTableToolLive : public testing::Test {
+class SocketTableToolLive : public ::testing::Test {
  protected:
   void SetUp() override {
     std::vector<SocketRecord> sockets;

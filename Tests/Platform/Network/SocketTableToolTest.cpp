@@ -30,7 +30,7 @@ class FakeClosedSockets : public ClosedSockets {
   std::vector<SocketRecord> sockets;
 };
 
-class SocketTableToolTest : public testing::Test {
+class SocketTableToolTest : public ::testing::Test {
  protected:
   SocketTableToolTest() {
     setInterfaceBytes(1);

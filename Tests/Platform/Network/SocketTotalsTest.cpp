@@ -17,7 +17,7 @@ constexpr SocketOwner kNobody{0, 0};
 /// Received and sent bytes.
 using Bytes = std::pair<std::uint64_t, std::uint64_t>;
 
-class SocketTotalsTest : public testing::Test {
+class SocketTotalsTest : public ::testing::Test {
  protected:
   struct Row {
     std::uint64_t cookie;

@@ -97,7 +97,7 @@ double charged(ProcFileSystem& proc, pid_t pid) {
          static_cast<double>(sysconf(_SC_CLK_TCK));
 }
 
-class ConservedProcessesLiveTest : public testing::Test {
+class ConservedProcessesLiveTest : public ::testing::Test {
  protected:
   /// The time of all that is counted under the driver's path, in seconds.
   double counted(const std::string& program) {

@@ -90,7 +90,7 @@ double seconds(const timeval& time) {
   return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / 1e6;
 }
 
-class LiveProcessesTest : public testing::Test {
+class LiveProcessesTest : public ::testing::Test {
  protected:
   LiveProcessesTest() {
     std::string pattern = (std::filesystem::temp_directory_path() / "live-XXXXXX").string();

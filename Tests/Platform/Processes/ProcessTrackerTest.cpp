@@ -34,7 +34,7 @@ class UnitsByName : public ApplicationResolver {
   ProcessFacts last{};
 };
 
-class ProcessTrackerTest : public testing::Test {
+class ProcessTrackerTest : public ::testing::Test {
  protected:
   ProcessTracker& tracker() {
     if (!proc_) {

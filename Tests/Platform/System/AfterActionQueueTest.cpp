@@ -15,7 +15,7 @@ class ImmediateQueue : public tidewell::SerialQueue {
   void async(std::function<void()> work) override { work(); }
 };
 
-class AfterActionQueueTest : public testing::Test {
+class AfterActionQueueTest : public ::testing::Test {
  protected:
   EventLoop loop;
   std::optional<AfterActionQueue> queue{std::in_place, loop, std::make_shared<ImmediateQueue>()};

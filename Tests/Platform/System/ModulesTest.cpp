@@ -13,7 +13,7 @@ namespace {
 constexpr const char* kOwn = "libmodule-of-this-build.so";
 constexpr const char* kOther = "libmodule-of-another-build.so";
 
-class ModulesTest : public testing::Test {
+class ModulesTest : public ::testing::Test {
  protected:
   /// The only line of the log.
   std::string logged() {

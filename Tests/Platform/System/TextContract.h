@@ -12,7 +12,7 @@ namespace platform {
 
 /// What every system's text promises, in any language that sorts an ä before a z.
 template <typename Text>
-class TextContract : public testing::Test {
+class TextContract : public ::testing::Test {
  protected:
   std::weak_ordering compare(std::string_view left, std::string_view right) {
     return text_.localizedCaseInsensitiveCompare(left, right);

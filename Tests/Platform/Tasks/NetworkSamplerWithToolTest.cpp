@@ -42,7 +42,7 @@ class SystemClock : public tidewell::Clock {
   void sleepFor(tidewell::Seconds duration) override { std::this_thread::sleep_for(duration); }
 };
 
-class NetworkSamplerWithToolTest : public testing::Test {
+class NetworkSamplerWithToolTest : public ::testing::Test {
  protected:
   /// Replaced as a whole, since a script that is being run cannot be written to.
   void setTool(std::string_view script) {

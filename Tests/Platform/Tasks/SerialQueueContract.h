@@ -26,7 +26,7 @@ void runOn(tidewell::SerialQueue& queue, Work work) {
 
 /// What every system's serial queues promise.
 template <typename Queues>
-class SerialQueueContract : public testing::Test {
+class SerialQueueContract : public ::testing::Test {
  protected:
   Queues queues_;
 };

@@ -32,7 +32,7 @@ bool eventually(Condition condition) {
 
 /// Launches scripts of the shell.
 template <typename Launcher>
-class ScriptTest : public testing::Test {
+class ScriptTest : public ::testing::Test {
  protected:
   std::unique_ptr<tidewell::Task> start(const std::string& script,
                                         const std::vector<std::string>& arguments = {}) {

@@ -68,7 +68,7 @@ TEST(Shades, AColourThatCanBeReadStaysAsItIs) {
 }
 
 /// A label, and what the desktop's palette was before the test.
-class TextLabelTest : public testing::Test {
+class TextLabelTest : public ::testing::Test {
  protected:
   void SetUp() override {
     WindowSystem::shared();

@@ -144,7 +144,7 @@ TEST_F(WindowKitTest, IsTheDesktopsApplication) {
 
 // Whether there is a display.
 
-class UsablePlatformTest : public testing::Test {
+class UsablePlatformTest : public ::testing::Test {
  protected:
   /// The platform in an environment with these, where absent means unset.
   static std::string with(const char* platform, const char* display, const char* wayland) {

@@ -20,7 +20,7 @@
 namespace staylit {
 
 /// An engine over fakes, behind a window.
-class WindowsTest : public testing::Test {
+class WindowsTest : public ::testing::Test {
  protected:
   using Texts = std::vector<std::string>;
   using Integer = std::int64_t;
