@@ -82,14 +82,22 @@ bool isCredible(std::string_view name, const std::string& value) {
   return isPlainName(value);
 }
 
+/// Tells the log, and the same only once in a row.
+void refuse(std::string_view variable) {
+  static std::string lastLogged;
+  const std::string shown = tidewell::cleaned(variable, kLongestLogged);
+  if (lastLogged == shown) return;
+  lastLogged = shown;
+  tidewell::Log::error("not taken over from another program: " + shown);
+}
+
 void learnOne(std::string_view variable) {
   for (const char* name : kNames) {
     const std::string prefix = std::string(name) + "=";
     if (!variable.starts_with(prefix) || isSet(name)) continue;
     const std::string value(variable.substr(prefix.size()));
     if (!isCredible(name, value)) {
-      tidewell::Log::error("not taken over from another program: " +
-                           tidewell::cleaned(variable, kLongestLogged));
+      refuse(variable);
       continue;
     }
     ::setenv(name, value.c_str(), 1);
