@@ -7,6 +7,15 @@ namespace staylit::campaign {
 std::span<const Campaign> campaigns() {
   static const std::vector<Campaign> all = {
       // name, what is done, what must hold, function
+      {"displays",
+       "a window asked for on silent, stopped and refusing displays, and on one that stops later",
+       "the loop alive, the hold released within 5 s, no hold outlives a display", displays},
+      {"hostile-names",
+       "names with control characters, broken UTF-8 and markup through every way in and out",
+       "no control character, valid UTF-8, no markup", hostileNames},
+      {"damaged-messages",
+       "random calls of menu and application; random answers for the lists and as properties",
+       "an answer to each, clean and bounded text", damagedMessages},
   };
   return all;
 }

@@ -9,4 +9,8 @@ namespace staylit::campaign {
 /// All campaigns, in the order in which they are run and listed.
 std::span<const Campaign> campaigns();
 
+Outcome displays(Effort effort);
+Outcome hostileNames(Effort effort);
+Outcome damagedMessages(Effort effort);
+
 }  // namespace staylit::campaign

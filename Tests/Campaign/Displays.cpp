@@ -1,0 +1,175 @@
+// Silent, stopped and refusing displays: the real program is asked for a window on each, and must
+// go on as if nobody had asked.
+
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <csignal>
+
+#include <algorithm>
+#include <chrono>
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <string>
+
+#include "Tests/Campaign/Campaigns.h"
+#include "Tests/EndToEnd/OwnMachine.h"
+#include "Tests/Platform/Support/SilentDisplay.h"
+
+namespace staylit::campaign {
+namespace {
+
+using namespace std::chrono_literals;
+using Clock = std::chrono::steady_clock;
+using platform::testing::ChildProgram;
+using platform::testing::ScopedEnvironment;
+using testing::OwnMachine;
+
+/// An X server of its own, with a screen that nobody sees.
+class XServer {
+ public:
+  explicit XServer(int number) : number_(number) {
+    server_ = ChildProgram({"Xvfb", name(), "-screen", "0", "640x480x24", "-nolisten", "tcp"},
+                           platform::testing::silence);
+  }
+  [[nodiscard]] std::string name() const { return ":" + std::to_string(number_); }
+  [[nodiscard]] bool answers() const {
+    return std::filesystem::exists("/tmp/.X11-unix/X" + std::to_string(number_));
+  }
+  void freeze() const { ::kill(server_.pid(), SIGSTOP); }
+
+ private:
+  int number_;
+  ChildProgram server_;
+};
+
+/// One after the other, each with a program of its own, on one machine.
+class Displays {
+ public:
+  explicit Displays(OwnMachine& machine) : machine_(machine) {}
+
+  Outcome outcome;
+  Clock::duration slowest{};
+
+  void trySilent() {
+    platform::testing::SilentDisplay display;
+    askedForAWindow("a silent display", display.name(), [&display] { return display.wasAsked(); });
+  }
+
+  void tryStopped(int number) {
+    const XServer server(number);
+    if (!OwnMachine::eventually([&server] { return server.answers(); }, 20s)) {
+      return find("No X server could be started.");
+    }
+    server.freeze();
+    askedForAWindow("a stopped display", server.name(), [] { return true; });
+  }
+
+  void tryRefusing() {
+    askedForAWindow("a refusing display", ":4999", [] { return true; });
+  }
+
+  /// One that answers until there is a window.
+  void tryStoppedLater(int number) {
+    const XServer server(number);
+    const ScopedEnvironment x("DISPLAY", server.name());
+    const ScopedEnvironment wayland("WAYLAND_DISPLAY", std::nullopt);
+    if (!OwnMachine::eventually([&server] { return server.answers(); }, 20s)) {
+      return find("No X server could be started.");
+    }
+    const ChildProgram staylit = machine_.start();
+    ++outcome.runs;
+    if (!holds()) return find("There was no hold to begin with.");
+    OwnMachine::wait(machine_.start({"--settings"}));
+    if (!OwnMachine::eventually([&staylit] { return hasWindows(staylit.pid()); }, 30s)) {
+      return find("On a display that answers there was no window.");
+    }
+    server.freeze();
+    // Something new to draw, and then to be asked of the display.
+    OwnMachine::wait(machine_.start({"--choose-apps"}));
+    const auto begin = Clock::now();
+    ::kill(staylit.pid(), SIGTERM);
+    if (!hasEnded(staylit, 45s)) return find("A display that stopped later held up the end.");
+    slowestEnd = std::max(slowestEnd, Clock::now() - begin);
+    if (!machine_.holdReason().empty()) find("A hold outlived the program.");
+  }
+  Clock::duration slowestEnd{};
+
+ private:
+  void askedForAWindow(const std::string& what, const std::string& display,
+                       const std::function<bool()>& isUnderWay) {
+    const ScopedEnvironment x("DISPLAY", display);
+    const ScopedEnvironment wayland("WAYLAND_DISPLAY", std::nullopt);
+    const ChildProgram staylit = machine_.start();
+    ++outcome.runs;
+    if (!holds()) return find("There was no hold to begin with.");
+    if (OwnMachine::wait(machine_.start({"--settings"})) != 0) {
+      find("On " + what + " a request for a window was not answered.");
+    }
+    if (!OwnMachine::eventually(isUnderWay, 20s)) find("Nobody tried " + what + ".");
+    const auto begin = Clock::now();
+    OwnMachine::wait(machine_.start({"--pause"}));
+    const bool isReleased =
+        OwnMachine::eventually([this] { return machine_.holdReason().empty(); }, 5s);
+    if (!isReleased) find("On " + what + " the hold was not released within 5 s.");
+    slowest = std::max(slowest, Clock::now() - begin);
+    ::kill(staylit.pid(), SIGTERM);
+    if (!hasEnded(staylit, 10s)) return find("On " + what + " SIGTERM was not heard.");
+    if (OwnMachine::wait(staylit) != 0) find("On " + what + " it did not end in order.");
+  }
+
+  bool holds() {
+    return OwnMachine::eventually([this] { return !machine_.holdReason().empty(); }, 30s);
+  }
+  /// Whether the windows' module and what speaks with X are in that process.
+  static bool hasWindows(pid_t pid) {
+    std::ifstream maps("/proc/" + std::to_string(pid) + "/maps");
+    for (std::string line; std::getline(maps, line);) {
+      if (line.find("libqxcb") != std::string::npos) return true;
+    }
+    return false;
+  }
+  static bool hasEnded(const ChildProgram& program, std::chrono::seconds limit) {
+    return OwnMachine::eventually(
+        [&program] {
+          siginfo_t info{};
+          ::waitid(P_PID, static_cast<id_t>(program.pid()), &info, WEXITED | WNOWAIT | WNOHANG);
+          return info.si_pid == program.pid();
+        },
+        limit);
+  }
+  void find(std::string finding) { outcome.findings.push_back(std::move(finding)); }
+
+  OwnMachine& machine_;
+};
+
+std::string milliseconds(Clock::duration time) {
+  return std::to_string(std::chrono::duration_cast<std::chrono::milliseconds>(time).count()) +
+         " ms";
+}
+
+}  // namespace
+
+Outcome displays(Effort effort) {
+  if (const auto obstacle = OwnMachine::obstacle()) return notPossible(*obstacle);
+  if (!platform::testing::isInstalled("Xvfb")) return notPossible("Xvfb is not installed");
+  OwnMachine machine;
+  if (!machine.begin()) return notPossible("logind does not answer");
+  Displays displays(machine);
+  const int times = effort.quick ? 3 : 20;
+  for (int number = 0; number < times; ++number) {
+    displays.trySilent();
+    displays.tryStopped(4100 + number);
+    displays.tryRefusing();
+    if (!effort.quick) displays.tryStoppedLater(4200 + number);
+  }
+  displays.outcome.measured = "released within " + milliseconds(displays.slowest);
+  if (!effort.quick) {
+    displays.outcome.measured +=
+        ", ended within " + milliseconds(displays.slowestEnd) + " of a display that stopped later";
+  }
+  return displays.outcome;
+}
+
+}  // namespace staylit::campaign

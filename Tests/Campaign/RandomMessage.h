@@ -1,0 +1,152 @@
+#pragma once
+
+#include <systemd/sd-bus.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "Tests/Campaign/RandomText.h"
+
+namespace staylit::campaign {
+
+/// The length of the one complete type that begins `signature`; 0 where it is none.
+inline std::size_t completeType(std::string_view signature) {
+  if (signature.empty()) return 0;
+  const char first = signature[0];
+  if (first == 'a') {
+    const std::size_t inner = completeType(signature.substr(1));
+    return inner == 0 ? 0 : inner + 1;
+  }
+  if (first != '(' && first != '{') return 1;
+  std::size_t at = 1;
+  while (at < signature.size() && signature[at] != ')' && signature[at] != '}') {
+    const std::size_t inner = completeType(signature.substr(at));
+    if (inner == 0) return 0;
+    at += inner;
+  }
+  return at + 1;
+}
+
+/// A signature that somebody might send, whatever was asked for.
+inline std::string randomSignature(Random& random) {
+  static constexpr std::string_view kSignatures[] = {
+      "",        "s",         "i",        "u",        "b",     "d",      "o",         "g",
+      "v",       "as",        "ao",       "ai",       "ay",    "av",     "aas",       "(ss)",
+      "a(ss)",   "a(ssssuu)", "a(sssuu)", "(ssssuu)", "a{sv}", "a{ss}",  "a{sa{sv}}", "a(so)",
+      "a(isvu)", "iias",      "aias",     "is",       "isvu",  "a{sv}s", "sava{sv}",  "asa{sv}",
+      "(iiay)",  "aai",       "t",        "x",        "n",     "y",      "sa{sv}as",  "a(ia{sv})"};
+  return std::string(kSignatures[below(random, std::size(kSignatures))]);
+}
+
+/// Texts that the readers ask for, so that not all is passed over.
+inline std::string knownText(Random& random) {
+  static constexpr std::string_view kTexts[] = {"idle",
+                                                "sleep",
+                                                "idle:sleep",
+                                                "block",
+                                                "delay",
+                                                "Staylit",
+                                                "OnBattery",
+                                                "Percentage",
+                                                "clicked",
+                                                "opened",
+                                                "closed",
+                                                "label",
+                                                "pause",
+                                                "settings",
+                                                "quit",
+                                                "choose-apps",
+                                                "activation-token",
+                                                "com.staylit.display",
+                                                "DISPLAY=host:0",
+                                                "DISPLAY=:99999999",
+                                                "WAYLAND_DISPLAY=/etc/passwd",
+                                                "user session inhibited",
+                                                "org.example",
+                                                "handle-lid-switch:handle-power-key"};
+  return std::string(kTexts[below(random, std::size(kTexts))]);
+}
+
+inline std::string randomText(Random& random) {
+  if (below(random, 200) == 0) return std::string(20'000, 'x');
+  return below(random, 2) == 0 ? knownText(random) : hostileText(random);
+}
+
+/// Appends random values of `signature`. What cannot be appended is left out: then the message is
+/// of another shape than its reader expects, which is what it is for.
+inline void appendRandom(sd_bus_message* message, std::string_view signature, Random& random,
+                         int depth = 0) {
+  while (!signature.empty()) {
+    const std::size_t length = completeType(signature);
+    if (length == 0) return;
+    const std::string type(signature.substr(0, length));
+    signature.remove_prefix(length);
+    const std::uint64_t number = below(random, 3) == 0 ? random() : below(random, 8);
+    switch (type[0]) {
+      case 's':
+        sd_bus_message_append(message, "s", randomText(random).c_str());
+        break;
+      case 'o':
+        sd_bus_message_append(message, "o",
+                              below(random, 2) == 0 ? "/" : "/org/example/Inhibitor1");
+        break;
+      case 'g':
+        sd_bus_message_append(message, "g", "a{sv}");
+        break;
+      case 'b':
+        sd_bus_message_append(message, "b", static_cast<int>(number & 1));
+        break;
+      case 'y': {
+        const auto value = static_cast<std::uint8_t>(number);
+        sd_bus_message_append_basic(message, 'y', &value);
+        break;
+      }
+      case 'n':
+      case 'q': {
+        const auto value = static_cast<std::uint16_t>(number);
+        sd_bus_message_append_basic(message, type[0], &value);
+        break;
+      }
+      case 'i':
+      case 'u': {
+        const auto value = static_cast<std::uint32_t>(number);
+        sd_bus_message_append_basic(message, type[0], &value);
+        break;
+      }
+      case 'x':
+      case 't':
+      case 'd':
+        sd_bus_message_append_basic(message, type[0], &number);
+        break;
+      case 'v': {
+        const std::string inner = depth < 4 ? randomSignature(random) : "s";
+        const std::string held =
+            completeType(inner) == inner.size() && !inner.empty() ? inner : "s";
+        if (sd_bus_message_open_container(message, 'v', held.c_str()) < 0) return;
+        appendRandom(message, held, random, depth + 1);
+        sd_bus_message_close_container(message);
+        break;
+      }
+      case 'a': {
+        if (sd_bus_message_open_container(message, 'a', type.c_str() + 1) < 0) return;
+        const std::size_t most = depth == 0 && below(random, 100) == 0 ? 300 : 4;
+        for (std::size_t count = below(random, most); count > 0; --count)
+          appendRandom(message, std::string_view(type).substr(1), random, depth + 1);
+        sd_bus_message_close_container(message);
+        break;
+      }
+      default: {
+        const std::string inner = type.substr(1, type.size() - 2);
+        const char container = type[0] == '(' ? 'r' : 'e';
+        if (sd_bus_message_open_container(message, container, inner.c_str()) < 0) return;
+        appendRandom(message, inner, random, depth + 1);
+        sd_bus_message_close_container(message);
+      }
+    }
+  }
+}
+
+}  // namespace staylit::campaign
