@@ -21,8 +21,8 @@ using platform::Bus;
 using platform::BusReply;
 
 constexpr const char* kWatcher = "org.kde.StatusNotifierWatcher";
-constexpr platform::BusMethod kRegister{kWatcher, "/StatusNotifierWatcher", kWatcher,
-                                        "RegisterStatusNotifierItem"};
+constexpr platform::BusMethod kRegisterItem{kWatcher, "/StatusNotifierWatcher", kWatcher,
+                                            "RegisterStatusNotifierItem"};
 
 /// A panel that starts may be too busy to take the item at once.
 constexpr tidewell::Seconds kFirstPause{1};
@@ -142,7 +142,7 @@ void StatusNotifierItem::registerItem() {
   // By its path: every watcher knows that form, which most items use, and some do not cope with an
   // item that has a well-known name.
   registration_ = bus_.callAsync(
-      kRegister, [](sd_bus_message* call) { return sd_bus_message_append(call, "s", kPath); },
+      kRegisterItem, [](sd_bus_message* call) { return sd_bus_message_append(call, "s", kPath); },
       [this](const BusReply& reply) {
         if (reply) return;
         if (pause_ == kFirstPause) {
