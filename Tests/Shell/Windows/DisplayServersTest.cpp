@@ -59,7 +59,7 @@ class StrangersDisplay {
   std::string name_;
 };
 
-class DisplayServersTest : public testing::Test {
+class DisplayServersTest : public ::testing::Test {
  protected:
   void SetUp() override {
     if (::geteuid() != 0) GTEST_SKIP() << "only root can act as another user";
