@@ -15,42 +15,23 @@ void GuardedToggle::set(bool on) {
   ++changes_;
 }
 
-void GuardedToggle::settle() {
-  failures_ = 0;
-  repeat_.reset();
-}
-
 void GuardedToggle::change(bool on) {
-  givenUp_.reset();
   set(on);
-  settle();
+  failures_ = 0;
 }
 
-void GuardedToggle::failed(bool on) {
+void GuardedToggle::show(bool on) {
+  if (isOn_ != on) change(on);
+}
+
+void GuardedToggle::failed(bool on, bool stored) {
+  if (++failures_ >= kMostAttempts) return set(stored);
   set(!on);
-  if (++failures_ <= kPromptRepeats) return mainLoop_.async(actLater());
-  if (givenUp_) {
-    settle();
-    return set(*givenUp_);
-  }
-  // Nobody is asked in between, or somebody declines for ever.
-  repeat_ = mainLoop_.scheduleRepeating(kLateRepeat, actLater());
-}
-
-/// Unless the user has changed it again by then: that was acted upon already.
-std::function<void()> GuardedToggle::actLater() {
-  return [weak = std::weak_ptr(self_), change = changes_] {
+  mainLoop_.async([weak = std::weak_ptr(self_), change = changes_] {
     const auto toggle = weak.lock();
+    // Unless the user has changed it again by then: that was acted upon already.
     if (toggle && (*toggle)->changes_ == change) (*toggle)->act();
-  };
-}
-
-void GuardedToggle::giveUp(bool stored) {
-  givenUp_ = stored;
-  if (!isWaiting()) return;
-  // Its failures stay counted: an attempt may be under way.
-  repeat_.reset();
-  set(stored);
+  });
 }
 
 }  // namespace staylit

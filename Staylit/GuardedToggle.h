@@ -3,7 +3,6 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
-#include <optional>
 
 #include "Tidewell/Ports/MainLoop.h"
 
@@ -12,11 +11,12 @@ namespace staylit {
 /// A toggle whose change counts only once what it asks for was done.
 ///
 /// When that fails, the toggle flips back, and since this is a change like any other, it is acted
-/// upon in its turn, later on the main loop. What goes on failing in both directions is tried at
-/// leisure, until it is given up. Main thread only; the loop must outlive it.
+/// upon in its turn, later on the main loop; when that fails as well, what the user wanted is tried
+/// once more. After the third failure the toggle shows what is stored, and rests until the user
+/// changes it. Main thread only; the loop must outlive it.
 class GuardedToggle {
  public:
-  /// `apply` does what a change to `on` asks for, and then calls `succeeded` or `failed`.
+  /// Does what a change to `on` asks for, and then calls `succeeded` or `failed`, at once or later.
   using Apply = std::function<void(bool on)>;
   GuardedToggle(bool isOn, tidewell::MainLoop& mainLoop, Apply apply);
   GuardedToggle(const GuardedToggle&) = delete;
@@ -25,38 +25,31 @@ class GuardedToggle {
   [[nodiscard]] bool isOn() const { return isOn_; }
   /// Whether an attempt has failed since the user changed it.
   [[nodiscard]] bool hasFailed() const { return failures_ > 0; }
-  /// Whether it was tried in vain so often that its next attempt waits.
-  [[nodiscard]] bool isWaiting() const { return repeat_ != nullptr; }
+  /// Grows with every change, so that whoever answers late sees whether the answer is still wanted.
+  [[nodiscard]] std::int64_t changes() const { return changes_; }
 
-  /// The user changed it: `act` is to be called next, and whatever waits is forgotten.
+  /// The user changed it: `act` is to be called next. What was to follow a failure is forgotten.
   void change(bool on);
   void act() { apply_(isOn_); }
 
   /// How `apply` ended.
-  void succeeded() { settle(); }
-  void failed(bool on);
+  void succeeded() { failures_ = 0; }
+  /// `stored` is what the store says, where the change never came.
+  void failed(bool on, bool stored);
 
-  /// From here on, until the user changes it again, nothing is tried at leisure. A toggle that
-  /// waits shows `stored` from now on.
-  void giveUp(bool stored);
+  /// Shows `on` without acting on it: it became so by itself.
+  void show(bool on);
 
  private:
-  /// After so many failures in a row, which a person at a prompt takes time for, the next attempts
-  /// come one interval apart.
-  static constexpr int kPromptRepeats = 4;
-  static constexpr tidewell::Seconds kLateRepeat{30};
+  static constexpr int kMostAttempts = 3;
 
   void set(bool on);
-  void settle();
-  [[nodiscard]] std::function<void()> actLater();
 
   bool isOn_;
-  std::optional<bool> givenUp_;  ///< What is stored, once it was given up.
-  std::int64_t changes_ = 0;     ///< So that work for later sees whether it is still wanted.
-  int failures_ = 0;             ///< In a row, since the user's own change.
+  std::int64_t changes_ = 0;
+  int failures_ = 0;  ///< Since the user's own change.
   tidewell::MainLoop& mainLoop_;
   Apply apply_;
-  std::unique_ptr<tidewell::RepeatingTimer> repeat_;
   /// What work for later holds instead of the toggle: gone when it is.
   std::shared_ptr<GuardedToggle*> self_;
 };

@@ -162,20 +162,10 @@ void SettingsView::flipGuarded(GuardedToggle& toggle, bool on) {
   toggle.act();
 }
 
-void SettingsView::flipBack(GuardedToggle& toggle, bool on) {
+void SettingsView::flipBack(GuardedToggle& toggle, bool on, std::string_view key) {
   // First, so that it is shown before it is acted upon.
   changes_.tell();
-  toggle.failed(on);
-}
-
-void SettingsView::windowClosed() {
-  giveUp(lidClosed_, keys::allowLidClosed);
-  giveUp(launchAtLogin_, keys::launchAtLogin);
-}
-
-void SettingsView::giveUp(GuardedToggle& toggle, std::string_view key) {
-  if (toggle.isWaiting()) changes_.tell();
-  toggle.giveUp(defaults().boolean(key));
+  toggle.failed(on, defaults().boolean(key));
 }
 
 void SettingsView::applyLidSetting(bool on) {
@@ -189,7 +179,7 @@ void SettingsView::applyLidSetting(bool on) {
     lidClosed_.succeeded();
     changes_.tell();
   } else {
-    flipBack(lidClosed_, on);
+    flipBack(lidClosed_, on, keys::allowLidClosed);
     lidError_ = "Administrator approval was declined.";
   }
 }
@@ -201,7 +191,7 @@ void SettingsView::applyLaunchAtLogin(bool on) {
     defaults().setBoolean(keys::launchAtLogin, on);
     launchAtLogin_.succeeded();
   } else {
-    flipBack(launchAtLogin_, on);
+    flipBack(launchAtLogin_, on, keys::launchAtLogin);
     tidewell::Log::error("launch at login failed: " + *error);
   }
 }

@@ -26,8 +26,7 @@ namespace staylit {
 /// Working with the lid closed and opening at login are done before they are stored. The call
 /// blocks until the system, and the user, have answered; if it fails, the toggle flips back, and
 /// since that is a change like any other, it is acted upon in its turn, later on the main loop.
-/// What goes on failing in both directions is tried at leisure, and no longer once the window is
-/// closed.
+/// After three failures in a row the toggle shows what is stored, and rests.
 class SettingsView {
  public:
   /// Names a control, so that a window can tell the view of a change.
@@ -92,10 +91,6 @@ class SettingsView {
   virtual void setValue(Control control, std::int64_t value);
   virtual void setOn(Control control, bool on);
 
-  /// The user closed the window. A toggle that still waits for its next attempt is given up, and
-  /// shows what is stored.
-  virtual void windowClosed();
-
   /// As `AppsView::observe`.
   [[nodiscard]] virtual Subscription observe(std::function<void()> changed);
 
@@ -113,9 +108,8 @@ class SettingsView {
                   std::int64_t value);
   void flip(bool& stored, std::string_view key, bool on);
   void flipGuarded(GuardedToggle& toggle, bool on);
-  /// Undoes the change to `on`, which failed.
-  void flipBack(GuardedToggle& toggle, bool on);
-  void giveUp(GuardedToggle& toggle, std::string_view key);
+  /// Undoes the change to `on`, which failed and is not stored under `key`.
+  void flipBack(GuardedToggle& toggle, bool on, std::string_view key);
 
   void applyLidSetting(bool on);
   void applyLaunchAtLogin(bool on);

@@ -111,9 +111,6 @@ constexpr CGFloat kFooterMargin = 11;
   _footerButton.enabled = footer.buttonEnabled;
 }
 
-- (void)windowClosed {
-}
-
 - (void)disconnect {
   _subscription = {};
   _view = nullptr;

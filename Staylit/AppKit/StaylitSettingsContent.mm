@@ -52,10 +52,6 @@ using staylit::SettingsView;
   if (_view != nullptr) [_form showSections:_view->form()];
 }
 
-- (void)windowClosed {
-  if (_view != nullptr) _view->windowClosed();
-}
-
 - (void)disconnect {
   _subscription = {};
   _view = nullptr;

@@ -52,11 +52,6 @@ SEL commandFor(NSEvent* event) {
   return self;
 }
 
-- (void)close {
-  [super close];
-  [_content windowClosed];
-}
-
 - (void)cancelOperation:(id)sender {
   if (![_content cancel]) [self performClose:sender];
 }

@@ -13,9 +13,6 @@
 /// hidden.
 - (void)refresh;
 
-/// The window was closed.
-- (void)windowClosed;
-
 /// The view is about to go; from here on nothing reaches it.
 - (void)disconnect;
 

@@ -422,13 +422,50 @@ TEST_F(SettingsViewTest, DecliningTheFlipBackFlipsTheToggleOnAgain) {
   EXPECT_EQ(row(Control::lidClosed).error, "");
 }
 
-TEST_F(SettingsViewTest, EveryFlipBackIsActedUponOnceEach) {
-  answer({false, false, false, false, true});
+TEST_F(SettingsViewTest, AfterTheThirdDeclinedApprovalTheToggleShowsWhatIsStoredAndRests) {
+  answer(std::vector<bool>(9, false));
+  view->setOn(Control::lidClosed, true);
+  for (int pass = 0; pass < 9; ++pass)
+    fakes.mainLoop.runPosted();
+  EXPECT_EQ(asked(), "101");
+  EXPECT_FALSE(isOn(Control::lidClosed));
+  EXPECT_EQ(row(Control::lidClosed).error, kDeclined);
+  EXPECT_TRUE(fakes.defaults.written.empty());
+}
+
+TEST_F(SettingsViewTest, ADeclinedSwitchingOffRestsAfterThreeApprovalsAsWell) {
+  open("allowLidClosed", true);
+  answer(std::vector<bool>(9, false));
+  view->setOn(Control::lidClosed, false);
+  fakes.mainLoop.runPosted();
+  EXPECT_EQ(asked(), "010");
+  EXPECT_TRUE(isOn(Control::lidClosed));
+}
+
+TEST_F(SettingsViewTest, AToggleAtRestShowsWhatIsStoredByThen) {
+  answer(std::vector<bool>(3, false));
+  view->setOn(Control::lidClosed, true);
+  fakes.defaults.stored["allowLidClosed"] = true;
+  fakes.mainLoop.runPosted();
+  EXPECT_EQ(asked(), "101");
+  EXPECT_TRUE(isOn(Control::lidClosed));
+}
+
+TEST_F(SettingsViewTest, NothingIsTriedLaterByAToggleAtRest) {
+  answer(std::vector<bool>(9, false));
+  fakes.mainLoop.timers.clear();
   view->setOn(Control::lidClosed, true);
   fakes.mainLoop.runPosted();
-  EXPECT_EQ(asked(), "10101");
-  EXPECT_EQ(fakes.defaults.written, Texts{"allowLidClosed"});
-  EXPECT_EQ(stored("allowLidClosed"), PropertyValue(true));
+  EXPECT_TRUE(fakes.mainLoop.timers.empty());
+}
+
+TEST_F(SettingsViewTest, AChangeOfAToggleAtRestIsActedUponAsTheFirst) {
+  answer(std::vector<bool>(9, false));
+  view->setOn(Control::lidClosed, true);
+  fakes.mainLoop.runPosted();
+  view->setOn(Control::lidClosed, true);
+  fakes.mainLoop.runPosted();
+  EXPECT_EQ(asked(), "101101");
 }
 
 TEST_F(SettingsViewTest, ADeclinedSwitchingOffLeavesItStoredAsItWas) {
@@ -452,83 +489,6 @@ TEST_F(SettingsViewTest, AnyFailureOfTheLidSwitchReadsLikeADeclinedApproval) {
   fakes.lidSwitch.holdFailure.reset();
   view->setOn(Control::lidClosed, true);
   EXPECT_EQ(row(Control::lidClosed).error, "");
-}
-
-TEST_F(SettingsViewTest, WhatIsAlwaysDeclinedIsAskedForAtLeisure) {
-  answer(std::vector<bool>(7, false));
-  view->setOn(Control::lidClosed, true);
-  for (int pass = 0; pass < 50; ++pass)
-    fakes.mainLoop.runPosted();
-  EXPECT_EQ(asked(), "10101");
-  fakes.mainLoop.fireTimers();
-  fakes.mainLoop.fireTimers();
-  EXPECT_EQ(asked(), "1010101");
-  EXPECT_EQ(fakes.mainLoop.timers.back()->interval, tidewell::Seconds(30));
-}
-
-TEST_F(SettingsViewTest, ClosingTheWindowEndsWhatIsAskedForAtLeisure) {
-  answer(std::vector<bool>(7, false));
-  view->setOn(Control::lidClosed, true);
-  fakes.mainLoop.runPosted();
-  fakes.mainLoop.fireTimers();
-  EXPECT_TRUE(isOn(Control::lidClosed));
-  view->windowClosed();
-  fakes.mainLoop.fireTimers();
-  fakes.mainLoop.runPosted();
-  EXPECT_EQ(asked(), "101010");
-  EXPECT_FALSE(isOn(Control::lidClosed)) << "as it is stored";
-  EXPECT_EQ(row(Control::lidClosed).error, kDeclined);
-  EXPECT_TRUE(fakes.defaults.written.empty());
-}
-
-TEST_F(SettingsViewTest, ClosingTheWindowLeavesTheFlipBacksThatComeAtOnce) {
-  answer(std::vector<bool>(7, false));
-  view->setOn(Control::lidClosed, true);
-  view->windowClosed();
-  fakes.mainLoop.runPosted();
-  EXPECT_EQ(asked(), "10101");
-  fakes.mainLoop.fireTimers();
-  EXPECT_EQ(asked(), "10101");
-  EXPECT_FALSE(isOn(Control::lidClosed));
-}
-
-TEST_F(SettingsViewTest, ClosingTheWindowWhileALatePromptIsUpEndsWithWhatIsStored) {
-  answer(std::vector<bool>(6, false));
-  view->setOn(Control::lidClosed, true);
-  fakes.mainLoop.runPosted();
-  fakes.scripts.whileRunning = [this] { view->windowClosed(); };
-  fakes.mainLoop.fireTimers();
-  fakes.mainLoop.runPosted();
-  fakes.mainLoop.fireTimers();
-  EXPECT_EQ(asked(), "101010");
-  EXPECT_FALSE(isOn(Control::lidClosed)) << "as it is stored";
-}
-
-TEST_F(SettingsViewTest, AChangeInTheReopenedWindowIsActedUponAsTheFirst) {
-  answer(std::vector<bool>(11, false));
-  view->setOn(Control::lidClosed, true);
-  fakes.mainLoop.runPosted();
-  view->windowClosed();
-  view->setOn(Control::lidClosed, true);
-  fakes.mainLoop.runPosted();
-  fakes.mainLoop.fireTimers();
-  EXPECT_EQ(asked(),
-            "10101"
-            "10101"
-            "0");
-}
-
-TEST_F(SettingsViewTest, ClosingTheWindowChangesNothingWhereNothingWaits) {
-  view->setOn(Control::lidClosed, true);
-  view->setOn(Control::launchAtLogin, true);
-  fakes.mainLoop.runPosted();
-  int told = 0;
-  const Subscription subscription = view->observe([&] { ++told; });
-  view->windowClosed();
-  fakes.mainLoop.runPosted();
-  EXPECT_EQ(told, 0);
-  EXPECT_TRUE(isOn(Control::lidClosed));
-  EXPECT_TRUE(isOn(Control::launchAtLogin));
 }
 
 TEST_F(SettingsViewTest, TheMessageStaysWhileOtherSettingsChange) {

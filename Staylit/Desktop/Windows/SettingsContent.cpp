@@ -1,7 +1,5 @@
 #include "Staylit/Desktop/Windows/SettingsContent.h"
 
-#include <QHideEvent>
-
 namespace staylit::windows {
 
 using Control = SettingsView::Control;
@@ -34,12 +32,6 @@ void SettingsContent::setOn(Control control, bool on) {
 void SettingsContent::showEvent(QShowEvent* event) {
   refresh();
   OverlayScrollArea::showEvent(event);
-}
-
-void SettingsContent::hideEvent(QHideEvent* event) {
-  // The window system's own hiding, as when a window is minimized, closes nothing.
-  if (!event->spontaneous()) view_.windowClosed();
-  OverlayScrollArea::hideEvent(event);
 }
 
 void SettingsContent::refresh() {

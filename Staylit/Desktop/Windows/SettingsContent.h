@@ -14,7 +14,6 @@ class SettingsContent : public OverlayScrollArea {
 
  protected:
   void showEvent(QShowEvent* event) override;
-  void hideEvent(QHideEvent* event) override;
 
  private:
   void setValue(SettingsView::Control control, int value);
