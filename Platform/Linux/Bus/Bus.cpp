@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
+#include <cstddef>
+#include <cstdint>
 #include <utility>
 
 #include "Platform/Linux/Bus/ConnectionWatch.h"
@@ -15,6 +17,8 @@ namespace {
 constexpr BusMethod kNameHasOwner{"org.freedesktop.DBus", "/org/freedesktop/DBus",
                                   "org.freedesktop.DBus", "NameHasOwner"};
 constexpr std::chrono::seconds kAsyncLimit{25};
+/// The oldest is forgotten then.
+constexpr std::size_t kMostUnanswered = 256;
 
 /// At least 1: sd-bus reads 0 as its own default, which is far longer.
 std::uint64_t microsecondsUntil(BusTiming::Point deadline) {
@@ -194,10 +198,12 @@ int Bus::filter(sd_bus_message* message, void* data, sd_bus_error* /*error*/) {
   if (self.late_.empty() || sd_bus_message_get_reply_cookie(message, &cookie) < 0) return 0;
   const auto found = self.late_.find(cookie);
   if (found == self.late_.end()) return 0;
-  const LateReply late = std::move(found->second);
+  const Unanswered call = std::move(found->second);
   self.late_.erase(found);
-  if (sd_bus_message_is_method_error(message, nullptr) > 0) return 1;
-  late(BusMessage(sd_bus_message_ref(message)));
+  // Whoever answers after all may be asked again at once.
+  self.answered(call.destination);
+  if (!call.late || sd_bus_message_is_method_error(message, nullptr) > 0) return 1;
+  call.late(BusMessage(sd_bus_message_ref(message)));
   return 1;
 }
 
@@ -219,9 +225,9 @@ void Bus::failedToAnswer(const BusMethod& method) {
       .first->second.failed(-ETIMEDOUT, now);
 }
 
-void Bus::answered(const BusMethod& method) {
+void Bus::answered(const std::string& destination) {
   backoff_.succeeded();
-  if (const auto peer = peers_.find(method.destination); peer != peers_.end()) peers_.erase(peer);
+  if (const auto peer = peers_.find(destination); peer != peers_.end()) peers_.erase(peer);
 }
 
 BusReply Bus::prepare(const BusMethod& method, const Arguments& arguments) {
@@ -264,15 +270,18 @@ BusReply Bus::exchange(sd_bus_message* message, const BusMethod& method, BusTimi
   sd_bus_error_free(&error);
   if (result >= 0 && !BusTrust::mayBeReplyOf(method.destination, raw)) return {-EBADMSG, {}, {}};
   if (result >= 0) {
-    answered(method);
+    answered(method.destination);
   } else if (sd_bus_is_open(connection_.get()) <= 0) {
     lost(result);
   } else if (result == -ETIMEDOUT && isOver(deadline)) {
     failedToAnswer(method);
     std::uint64_t cookie = 0;
-    if (late && sd_bus_message_get_cookie(message, &cookie) >= 0) late_[cookie] = std::move(late);
+    if (sd_bus_message_get_cookie(message, &cookie) >= 0) {
+      late_[cookie] = {method.destination, std::move(late)};
+      if (late_.size() > kMostUnanswered) late_.erase(late_.begin());
+    }
   } else {
-    answered(method);
+    answered(method.destination);
   }
   return reply;
 }

@@ -29,9 +29,9 @@ class NameWatch;
 /// Opened at the first use, at the address that libsystemd finds in the environment. No call blocks
 /// its caller for longer than the timing's limits, whatever state the bus and the other side are
 /// in, and after a call or a connection failed for want of an answer the next ones fail at once,
-/// with the same error, until a growing pause is over; where the call may have started its service,
-/// only the next ones to that service do. A lost connection is made again at the next
-/// use after the pause, and without any use while somebody listens.
+/// with the same error, until the answer comes after all or a growing pause is over; where the call
+/// may have started its service, only the next ones to that service do. A lost connection is made
+/// again at the next use after the pause, and without any use while somebody listens.
 ///
 /// Whom it believes, and who may call what the program offers on it, is said by `BusTrust`.
 ///
@@ -85,6 +85,12 @@ class Bus {
   [[nodiscard]] BusListening watchConnection(std::function<void(bool connected)> callback);
 
  private:
+  /// A call that nobody waits for any more, whose reply may yet come.
+  struct Unanswered {
+    std::string destination;
+    LateReply late;
+  };
+
   int connectBefore(BusTiming::Point deadline);
   int open();
   int waitUntilReady(BusTiming::Point deadline);
@@ -92,7 +98,7 @@ class Bus {
   /// Gives up the connection or the attempt at one, and begins a pause.
   void lost(int error);
   void failedToAnswer(const BusMethod& method);
-  void answered(const BusMethod& method);
+  void answered(const std::string& destination);
   int remembered(const BusMethod& method) const;
   BusReply exchange(sd_bus_message* message, const BusMethod& method, BusTiming::Point deadline,
                     LateReply late);
@@ -113,7 +119,7 @@ class Bus {
   Backoff backoff_;
   std::map<std::string, Backoff, std::less<>> peers_;
   std::vector<std::weak_ptr<BusListener>> listeners_;
-  std::map<std::uint64_t, LateReply> late_;
+  std::map<std::uint64_t, Unanswered> late_;
   /// Who may send the signals that are subscribed to, by the names that these are to come from.
   std::map<std::string, std::weak_ptr<NameWatch>> ownerWatches_;
   BusTrust trust_;

@@ -232,6 +232,19 @@ TEST_F(ImpatientBusTest, HandsOverTheReplyThatComesAfterTheCallTimedOut) {
   EXPECT_TRUE(eventually([&] { return late == "late"; }));
 }
 
+TEST_F(ImpatientBusTest, AsksAgainWithoutAPauseWhoeverAnsweredAfterAll) {
+  EchoService service(sessionDaemon->address());
+  Bus bus(*loop, Bus::Kind::session, clocked());
+  service.isSilent = true;
+  EXPECT_EQ(echo(bus, "a").error, -ETIMEDOUT);
+  EXPECT_EQ(echo(bus, "b").error, -ETIMEDOUT);
+  EXPECT_EQ(service.calls, 1);
+  service.isSilent = false;
+  service.answerLate();
+  EXPECT_TRUE(eventually([&] { return textOf(echo(bus, "c")) == "c"; }));
+  EXPECT_EQ(service.calls, 2);
+}
+
 TEST_F(ImpatientBusTest, ConnectsOnceToASilentBusUntilThePauseIsOver) {
   SilentBus silent;
   const ScopedEnvironment address("DBUS_SESSION_BUS_ADDRESS", silent.address());
