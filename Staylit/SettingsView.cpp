@@ -32,6 +32,12 @@ std::int64_t offered(const Slider& slider, std::int64_t value) {
   return slider.minimum + (above + slider.step / 2) / slider.step * slider.step;
 }
 
+/// What is stored, and where a process holds the lid itself, that it does.
+bool lidIsAllowed(const tidewell::Ports& ports) {
+  const bool isStored = defaults().boolean(keys::allowLidClosed);
+  return isStored && (!ports.lidSwitch || ports.lidSwitch->holds());
+}
+
 std::string watching() {
   const std::size_t ignored = Prefs::shared().ignoredApps().size();
   return ignored == 0 ? "everything" : "all but " + std::to_string(ignored);
@@ -47,11 +53,13 @@ SettingsView::SettingsView(StaylitEngine& engine, tidewell::Ports& ports)
       respectLowPower_(defaults().boolean(keys::respectLowPower)),
       keepScreenOn_(defaults().boolean(keys::keepScreenOn)),
       honorAssertions_(defaults().boolean(keys::honorAppAssertions)),
-      lidClosed_(defaults().boolean(keys::allowLidClosed), *ports.mainLoop,
-                 [this](bool on) { applyLidSetting(on); }),
+      lidClosed_(lidIsAllowed(ports), *ports.mainLoop, [this](bool on) { applyLidSetting(on); }),
       launchAtLogin_(defaults().boolean(keys::launchAtLogin), *ports.mainLoop,
                      [this](bool on) { applyLaunchAtLogin(on); }),
-      changes_(engine, *ports.mainLoop) {}
+      changes_(engine, *ports.mainLoop),
+      self_(std::make_shared<SettingsView*>(this)) {
+  followLid();
+}
 
 SettingsView::~SettingsView() = default;
 
@@ -168,15 +176,34 @@ void SettingsView::flipBack(GuardedToggle& toggle, bool on, std::string_view key
   toggle.failed(on, defaults().boolean(key));
 }
 
+void SettingsView::followLid() {
+  if (!ports_.lidSwitch) return;
+  lidChanges_ = ports_.lidSwitch->observe([this](bool) {
+    lidClosed_.show(lidIsAllowed(ports_));
+    changes_.tell();
+  });
+}
+
 void SettingsView::applyLidSetting(bool on) {
-  const bool done =
-      on ? tidewell::ClamshellController::enable() : tidewell::ClamshellController::disable();
-  if (done) {
+  if (!on) return lidApplied(on, tidewell::ClamshellController::disable());
+  tidewell::ClamshellController::enable(
+      [weak = std::weak_ptr(self_), on, change = lidClosed_.changes()](bool isDone) {
+        const auto view = weak.lock();
+        // A failure of what the user has changed again meanwhile flips nothing back.
+        if (view && (isDone || (*view)->lidClosed_.changes() == change)) {
+          (*view)->lidApplied(on, isDone);
+        }
+      });
+}
+
+void SettingsView::lidApplied(bool on, bool isDone) {
+  if (isDone) {
     defaults().setBoolean(keys::allowLidClosed, on);
     // Letting a lid switch go always succeeds, so that of a refused one nothing would be seen.
     const bool isOnlyUndone = lidClosed_.hasFailed() && ports_.lidSwitch;
     if (!isOnlyUndone) lidError_.reset();
     lidClosed_.succeeded();
+    lidClosed_.show(on);
     changes_.tell();
   } else {
     flipBack(lidClosed_, on, keys::allowLidClosed);

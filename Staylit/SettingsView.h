@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -23,10 +24,11 @@ namespace staylit {
 /// nothing of the program. Main thread only; the arguments must outlive it, and the ports be the
 /// installed ones.
 ///
-/// Working with the lid closed and opening at login are done before they are stored. The call
-/// blocks until the system, and the user, have answered; if it fails, the toggle flips back, and
-/// since that is a change like any other, it is acted upon in its turn, later on the main loop.
-/// After three failures in a row the toggle shows what is stored, and rests.
+/// Working with the lid closed and opening at login are done before they are stored, which may last
+/// until the user has answered the system; if it fails, the toggle flips back, and since that is a
+/// change like any other, it is acted upon in its turn, later on the main loop. After three
+/// failures the toggle shows what is stored, and rests. Where a process holds the lid itself, the
+/// toggle shows whether it does, also when that ends or begins by itself.
 class SettingsView {
  public:
   /// Names a control, so that a window can tell the view of a change.
@@ -112,6 +114,8 @@ class SettingsView {
   void flipBack(GuardedToggle& toggle, bool on, std::string_view key);
 
   void applyLidSetting(bool on);
+  void lidApplied(bool on, bool isDone);
+  void followLid();
   void applyLaunchAtLogin(bool on);
 
   StaylitEngine& engine_;
@@ -125,6 +129,9 @@ class SettingsView {
   GuardedToggle launchAtLogin_;
   std::optional<std::string> lidError_;
   ViewChanges changes_;
+  std::shared_ptr<void> lidChanges_;
+  /// What an answer that may come late holds instead of the view: gone when it is.
+  std::shared_ptr<SettingsView*> self_;
 };
 
 }  // namespace staylit

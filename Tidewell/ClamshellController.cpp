@@ -108,15 +108,18 @@ bool succeeded(const std::optional<LidSwitch::Failure>& failure) {
   return !failure;
 }
 
-bool disableSleep(LidSwitch& lidSwitch, LidSwitch::Approval approval) {
-  if (!succeeded(lidSwitch.hold(approval))) return false;
+/// What a lid switch was asked for: whether sleep is switched off.
+bool disabledSleep(const std::optional<LidSwitch::Failure>& failure) {
+  if (!succeeded(failure)) return false;
   Log::info("clamshell sleep disabled");
   return true;
 }
 
 bool restoreSleep(LidSwitch& lidSwitch) {
+  const bool wasHeld = lidSwitch.holds();
   if (!succeeded(lidSwitch.release())) return false;
-  Log::info("clamshell sleep restored");
+  // What was never switched off is not restored.
+  if (wasHeld) Log::info("clamshell sleep restored");
   return true;
 }
 
@@ -146,17 +149,25 @@ std::string ClamshellController::watchdogURL() {
 }
 
 bool ClamshellController::enable() {
-  if (const auto& lidSwitch = ports().lidSwitch)
-    return disableSleep(*lidSwitch, LidSwitch::Approval::mayBeAsked);
+  if (const auto& lidSwitch = ports().lidSwitch) return disabledSleep(lidSwitch->hold());
   if (!runPrivileged(kSleepOff)) return false;
   installWatchdog();
   Log::info("clamshell sleep disabled");
   return true;
 }
 
+void ClamshellController::enable(std::function<void(bool)> done) {
+  const auto& lidSwitch = ports().lidSwitch;
+  if (!lidSwitch) return done(enable());
+  lidSwitch->holdAsking(
+      [done = std::move(done)](const auto& failure) { done(disabledSleep(failure)); });
+}
+
 bool ClamshellController::resume() {
   const auto& lidSwitch = ports().lidSwitch;
-  return !lidSwitch || disableSleep(*lidSwitch, LidSwitch::Approval::mustBeGiven);
+  if (!lidSwitch) return true;
+  const auto failure = lidSwitch->resume();
+  return disabledSleep(failure) || failure->isTriedAgain;
 }
 
 bool ClamshellController::disable() {

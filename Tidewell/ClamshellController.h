@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -13,8 +14,9 @@ namespace tidewell {
 /// and because that outlives the program, a launch agent (the watchdog) is installed that switches
 /// it on again once the program no longer runs.
 ///
-/// Main thread only. All operations block until the tools, and the user, are done. Failures are
-/// returned, and logged unless the user declined.
+/// Main thread only. All operations block until the tools, and the user, are done, but for a lid
+/// switch, for whose user nothing waits. Failures are returned, and logged unless the user
+/// declined.
 class ClamshellController {
  public:
   ClamshellController() = delete;
@@ -30,10 +32,15 @@ class ClamshellController {
   /// The path of the watchdog's file.
   static std::string watchdogURL();
 
-  /// Switches sleep off. False when that failed or was declined.
+  /// Switches sleep off. False when that failed or was declined. A lid switch that must ask the
+  /// user fails.
   static bool enable();
+  /// As `enable`, whose outcome goes to `done`: before this returns, or later from the main loop
+  /// when a lid switch asks the user. Not at all when `disable` or `enable` comes before that.
+  static void enable(std::function<void(bool)> done);
   /// Takes up what an earlier process had enabled, where its end has ended that; elsewhere there is
-  /// nothing to do. Asks the user nothing. False when sleep is not switched off for it.
+  /// nothing to do. Asks the user nothing. False when sleep is not switched off for it, and nothing
+  /// goes on trying.
   static bool resume();
   /// Removes the watchdog and switches sleep on again. False when the latter failed.
   static bool disable();

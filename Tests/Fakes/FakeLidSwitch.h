@@ -1,9 +1,11 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "Tests/Fakes/CallLog.h"
 #include "Tidewell/Ports/LidSwitch.h"
@@ -16,26 +18,60 @@ class FakeLidSwitch : public LidSwitch {
   explicit FakeLidSwitch(std::shared_ptr<CallLog> calls = std::make_shared<CallLog>())
       : calls_(std::move(calls)) {}
 
-  std::optional<Failure> hold(Approval approval) override {
-    calls_->add(approval == Approval::mayBeAsked ? "hold lid" : "hold lid without asking");
-    if (!holdFailure) held = true;
-    return holdFailure;
+  std::optional<Failure> hold() override { return tryTo("hold lid without asking"); }
+
+  void holdAsking(Answer answer) override {
+    if (!takesItsTime) return answer(tryTo("hold lid"));
+    calls_->add("ask for lid");
+    asked = std::move(answer);
   }
+
+  std::optional<Failure> resume() override { return tryTo("resume lid"); }
 
   std::optional<Failure> release() override {
     calls_->add("release lid");
+    asked = {};
     if (!releaseFailure) held = false;
     return releaseFailure;
   }
 
+  bool holds() override { return held; }
   bool isHeld() override { return held; }
 
+  std::shared_ptr<void> observe(std::function<void(bool)> changed) override {
+    auto shared = std::make_shared<std::function<void(bool)>>(std::move(changed));
+    observers_.push_back(shared);
+    return shared;
+  }
+
+  /// The user answers the prompt.
+  void answer(std::optional<Failure> failure) {
+    held = !failure;
+    std::exchange(asked, {})(std::move(failure));
+  }
+  /// The hold is lost, or had again.
+  void become(bool isHeldNow) {
+    held = isHeldNow;
+    for (const auto& weak : observers_) {
+      if (const auto observer = weak.lock()) (*observer)(isHeldNow);
+    }
+  }
+
   bool held = false;
+  bool takesItsTime = false;  ///< Whether a prompt waits for `answer`.
+  Answer asked;               ///< By the prompt that waits.
   std::optional<Failure> holdFailure;
   std::optional<Failure> releaseFailure;
 
  private:
+  std::optional<Failure> tryTo(const char* call) {
+    calls_->add(call);
+    if (!holdFailure) held = true;
+    return holdFailure;
+  }
+
   std::shared_ptr<CallLog> calls_;
+  std::vector<std::weak_ptr<std::function<void(bool)>>> observers_;
 };
 
 }  // namespace tidewell

@@ -491,6 +491,85 @@ TEST_F(SettingsViewTest, AnyFailureOfTheLidSwitchReadsLikeADeclinedApproval) {
   EXPECT_EQ(row(Control::lidClosed).error, "");
 }
 
+TEST_F(SettingsViewTest, ShowsTheLidAsItIsHeldWhereAProcessHoldsIt) {
+  fakes.useLidSwitch();
+  open("allowLidClosed", true);
+  EXPECT_FALSE(isOn(Control::lidClosed)) << "asked for, and not held";
+  int told = 0;
+  const Subscription subscription = view->observe([&] { ++told; });
+  fakes.lidSwitch.become(true);
+  EXPECT_TRUE(isOn(Control::lidClosed));
+  fakes.lidSwitch.become(false);
+  EXPECT_FALSE(isOn(Control::lidClosed));
+  fakes.mainLoop.runPosted();
+  EXPECT_GT(told, 0);
+  EXPECT_TRUE(fakes.defaults.written.empty());
+  view.reset();
+  fakes.lidSwitch.become(true);
+}
+
+/// Where the user is asked by the system, and has not answered.
+class LidPromptTest : public SettingsViewTest {
+ protected:
+  void SetUp() override {
+    fakes.useLidSwitch();
+    fakes.lidSwitch.takesItsTime = true;
+    open("graceSeconds", Integer{120});
+    view->setOn(Control::lidClosed, true);
+  }
+  static tidewell::LidSwitch::Failure declined() { return {true, "declined"}; }
+};
+
+TEST_F(LidPromptTest, StoresNothingBeforeTheAnswer) {
+  fakes.mainLoop.runPosted();
+  EXPECT_TRUE(isOn(Control::lidClosed));
+  EXPECT_FALSE(isStored("allowLidClosed"));
+  EXPECT_EQ(row(Control::lidClosed).error, "");
+  fakes.lidSwitch.answer(std::nullopt);
+  EXPECT_EQ(stored("allowLidClosed"), PropertyValue(true));
+  EXPECT_TRUE(isOn(Control::lidClosed));
+}
+
+TEST_F(LidPromptTest, FlipsBackWhenItIsDeclined) {
+  fakes.lidSwitch.answer(declined());
+  EXPECT_FALSE(isOn(Control::lidClosed));
+  EXPECT_EQ(row(Control::lidClosed).error, kDeclined);
+  fakes.mainLoop.runPosted();
+  EXPECT_EQ(fakes.calls->only({"ask for lid", "release lid"}),
+            (Texts{"ask for lid", "release lid"}));
+  EXPECT_EQ(stored("allowLidClosed"), PropertyValue(false));
+  EXPECT_TRUE(fakes.log.lines().empty()) << "nothing was restored";
+}
+
+TEST_F(LidPromptTest, ASecondClickTakesTheWishBack) {
+  view->setOn(Control::lidClosed, false);
+  EXPECT_FALSE(fakes.lidSwitch.asked);
+  EXPECT_FALSE(isOn(Control::lidClosed));
+  EXPECT_EQ(stored("allowLidClosed"), PropertyValue(false));
+  view->setOn(Control::lidClosed, true);
+  fakes.lidSwitch.answer(std::nullopt);
+  EXPECT_TRUE(isOn(Control::lidClosed));
+  EXPECT_EQ(stored("allowLidClosed"), PropertyValue(true));
+}
+
+TEST_F(LidPromptTest, AnAnswerIsHarmlessOnceTheViewIsGone) {
+  view.reset();
+  fakes.lidSwitch.answer(declined());
+  EXPECT_FALSE(isStored("allowLidClosed"));
+}
+
+TEST_F(SettingsViewTest, AFailureOfWhatTheUserChangedMeanwhileFlipsNothingBack) {
+  answer({true, false});
+  bool isFirst = true;
+  fakes.scripts.whileRunning = [&] {
+    if (std::exchange(isFirst, false)) view->setOn(Control::lidClosed, false);
+  };
+  view->setOn(Control::lidClosed, true);
+  fakes.mainLoop.runPosted();
+  EXPECT_EQ(asked(), "10");
+  EXPECT_FALSE(isOn(Control::lidClosed));
+}
+
 TEST_F(SettingsViewTest, TheMessageStaysWhileOtherSettingsChange) {
   answer({false});
   view->setOn(Control::lidClosed, true);

@@ -222,6 +222,14 @@ TEST_F(ClamshellControllerTest, DoesNotWaitForeverForAToolThatHasEndedItsOutput)
   EXPECT_FALSE(fakes.tasks.tasks[0]->alive);
 }
 
+TEST_F(ClamshellControllerTest, TellsTheOutcomeAtOnceWhereTheCommandWaitsForTheUser) {
+  std::vector<bool> outcomes;
+  ClamshellController::enable([&](bool isDone) { outcomes.push_back(isDone); });
+  fakes.scripts.outcome = FakePrivilegedScripts::declined();
+  ClamshellController::enable([&](bool isDone) { outcomes.push_back(isDone); });
+  EXPECT_EQ(outcomes, (std::vector<bool>{true, false}));
+}
+
 TEST_F(ClamshellControllerTest, HasNothingToResumeWhereTheSettingOutlivesTheProgram) {
   EXPECT_TRUE(ClamshellController::resume());
   EXPECT_TRUE(done().empty());
@@ -258,7 +266,7 @@ class ClamshellWithLidSwitch : public ClamshellControllerTest {
 
 TEST_F(ClamshellWithLidSwitch, EnablesByHoldingItAndNothingElse) {
   EXPECT_TRUE(ClamshellController::enable());
-  EXPECT_EQ(done(), (Calls{"hold lid", "log clamshell sleep disabled"}));
+  EXPECT_EQ(done(), (Calls{"hold lid without asking", "log clamshell sleep disabled"}));
   EXPECT_EQ(fakes.log.lines(), Calls{"info: clamshell sleep disabled"});
   EXPECT_TRUE(ClamshellController::isDisabled());
 }
@@ -291,8 +299,31 @@ TEST_F(ClamshellWithLidSwitch, SaysNothingWhenTheUserDeclines) {
 
 TEST_F(ClamshellWithLidSwitch, ResumesWithoutAskingTheUser) {
   EXPECT_TRUE(ClamshellController::resume());
-  EXPECT_EQ(done(), (Calls{"hold lid without asking", "log clamshell sleep disabled"}));
+  EXPECT_EQ(done(), (Calls{"resume lid", "log clamshell sleep disabled"}));
   EXPECT_TRUE(fakes.lidSwitch.held);
+}
+
+TEST_F(ClamshellWithLidSwitch, AResumptionThatIsTriedAgainHasNotFailedYet) {
+  fakes.lidSwitch.holdFailure = {false, "nobody answers", true};
+  EXPECT_TRUE(ClamshellController::resume());
+  EXPECT_FALSE(fakes.lidSwitch.held);
+}
+
+TEST_F(ClamshellWithLidSwitch, HearsLaterWhatTheUserAnswered) {
+  std::vector<bool> outcomes;
+  fakes.lidSwitch.takesItsTime = true;
+  ClamshellController::enable([&](bool isDone) { outcomes.push_back(isDone); });
+  EXPECT_TRUE(outcomes.empty());
+  EXPECT_TRUE(fakes.log.lines().empty());
+  fakes.lidSwitch.answer(std::nullopt);
+  EXPECT_EQ(outcomes, std::vector<bool>{true});
+  EXPECT_EQ(fakes.log.lines(), Calls{"info: clamshell sleep disabled"});
+}
+
+TEST_F(ClamshellWithLidSwitch, LogsNoRestorationOfWhatWasNeverChanged) {
+  EXPECT_TRUE(ClamshellController::disable());
+  EXPECT_EQ(done(), Calls{"release lid"});
+  EXPECT_TRUE(fakes.log.lines().empty());
 }
 
 TEST_F(ClamshellWithLidSwitch, LogsWhyItCouldNotBeResumed) {

@@ -27,6 +27,12 @@ std::uint64_t microsecondsUntil(BusTiming::Point deadline) {
   return static_cast<std::uint64_t>(std::max<std::int64_t>(1, left.count()));
 }
 
+/// A person may take any time to find and type a password.
+std::uint64_t asyncLimit(const BusMethod& method) {
+  if (method.approval == BusApproval::mayBeAsked) return UINT64_MAX;
+  return static_cast<std::uint64_t>(std::chrono::microseconds(kAsyncLimit).count());
+}
+
 bool isOver(BusTiming::Point deadline) {
   return std::chrono::steady_clock::now() >= deadline;
 }
@@ -249,9 +255,8 @@ BusReply Bus::prepare(const BusMethod& method, const Arguments& arguments) {
 
 BusReply Bus::call(const BusMethod& method, const Arguments& arguments, LateReply late) {
   const auto begin = std::chrono::steady_clock::now();
-  const bool mayAsk = method.approval == BusApproval::mayBeAsked;
-  const auto deadline = begin + (mayAsk ? timing_.approvalLimit : timing_.callLimit);
-  if (const int error = connectBefore(begin + timing_.callLimit); error < 0) return {error, {}, {}};
+  const auto deadline = begin + timing_.callLimit;
+  if (const int error = connectBefore(deadline); error < 0) return {error, {}, {}};
   if (const int error = remembered(method); error < 0) return {error, {}, {}};
   const BusReply request = prepare(method, arguments);
   if (!request) return {request.error, {}, {}};
@@ -292,9 +297,8 @@ BusSlot Bus::callAsync(const BusMethod& method, const Arguments& arguments, Repl
   if (!request) return {};
   auto question = std::make_unique<Question>(Question{method.destination, std::move(handler)});
   sd_bus_slot* raw = nullptr;
-  const auto limit = std::chrono::duration_cast<std::chrono::microseconds>(kAsyncLimit);
   if (sd_bus_call_async(connection_.get(), &raw, request.message.get(), handleReply, question.get(),
-                        static_cast<std::uint64_t>(limit.count())) < 0) {
+                        asyncLimit(method)) < 0) {
     return {};
   }
   BusSlot slot(raw);

@@ -63,8 +63,9 @@ class Bus {
   /// -ETIMEDOUT, `late` gets it, so that what it grants is not lost.
   BusReply call(const BusMethod& method, const Arguments& arguments = {}, LateReply late = {});
 
-  /// Calls a method and does not wait; `handler` hears what became of it, after 25 s at the latest.
-  /// Dropping the result gives the call up. Empty while there is no connection.
+  /// Calls a method and does not wait; `handler` hears what became of it, after 25 s at the latest
+  /// unless the user may be asked, and not when the connection is lost before. Dropping the result
+  /// gives the call up. Empty while there is no connection.
   [[nodiscard]] BusSlot callAsync(const BusMethod& method, const Arguments& arguments,
                                   ReplyHandler handler);
 

@@ -12,8 +12,6 @@ struct BusTiming {
 
   /// The longest that one call blocks its caller, connecting included.
   Span callLimit = std::chrono::seconds(1);
-  /// The same for a call that may ask the user, who has to find and type a password.
-  Span approvalLimit = std::chrono::minutes(2);
   /// How long nothing is tried after a first failure; doubles with every further one.
   Span firstPause = std::chrono::seconds(2);
   Span longestPause = std::chrono::seconds(60);

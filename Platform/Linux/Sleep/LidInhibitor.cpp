@@ -20,8 +20,16 @@ constexpr std::string_view kWantsApproval =
     "org.freedesktop.DBus.Error.InteractiveAuthorizationRequired";
 constexpr std::string_view kRefused = "org.freedesktop.DBus.Error.AccessDenied";
 constexpr std::string_view kCancelled = "org.freedesktop.PolicyKit1.Error.Cancelled";
-/// How long until a lock is asked for again that a restarted logind did not grant.
+constexpr const char* kLidReason = "Keeps working with the lid closed";
+/// How long until a lock is asked for again that nobody answered for.
 constexpr tidewell::Seconds kRetakePause{7};
+/// A lock that nobody answers for so often in a row counts as lost.
+constexpr int kFailuresOfALoss = 2;
+
+/// Whether asking again would change nothing.
+bool isFinal(const LogindLock& failed) {
+  return failed.errorName == kWantsApproval || failed.errorName == kRefused;
+}
 
 std::string describe(const LogindLock& failed) {
   if (failed.errorName == kWantsApproval)
@@ -51,33 +59,87 @@ LidInhibitor::LidInhibitor(Bus& systemBus, tidewell::MainLoop& loop)
 
 LidInhibitor::~LidInhibitor() = default;
 
-std::optional<Failure> LidInhibitor::hold(Approval approval) {
-  if (lock_) return std::nullopt;
-  if (auto claim = desktopsClaim(systemBus_)) return claim;
-  // Before the lock, so that no restart in between goes unseen.
-  presence_ =
-      systemBus_.watchName(services::kLogind, [this](bool present) { logindChanged(present); });
-  LogindLock taken = take(BusApproval::mustBeGiven);
-  const bool isAsked = taken.errorName == kWantsApproval && approval == Approval::mayBeAsked;
-  if (isAsked) taken = take(BusApproval::mayBeAsked);
-  if (!taken.descriptor) {
-    presence_.reset();
-    // That the policy forbids it altogether was told before anybody was asked.
-    const bool wasDeclined =
-        isAsked && (taken.errorName == kRefused || taken.errorName == kCancelled);
-    return Failure{wasDeclined, describe(taken)};
+std::optional<Failure> LidInhibitor::hold() {
+  LogindLock failed;
+  auto failure = tryToHold(failed);
+  if (failure) presence_.reset();
+  return failure;
+}
+
+/// Holds it, and leaves logind watched if that fails. `failed` tells what logind said then.
+std::optional<Failure> LidInhibitor::tryToHold(LogindLock& failed) {
+  if (holds()) return std::nullopt;
+  retry_.reset();
+  question_.reset();
+  if (auto claim = desktopsClaim(systemBus_)) {
+    failed.errorName = kRefused;
+    return claim;
   }
-  lock_ = std::move(taken.descriptor);
-  isDoubtful_ = false;
+  // Before the lock, so that no restart in between goes unseen.
+  watchLogind();
+  LogindLock taken = take();
+  if (!taken.descriptor) {
+    failed = std::move(taken);
+    return Failure{false, describe(failed)};
+  }
+  accept(std::move(taken.descriptor));
   return std::nullopt;
+}
+
+void LidInhibitor::holdAsking(Answer answer) {
+  LogindLock failed;
+  auto failure = tryToHold(failed);
+  if (!failure) return answer(std::nullopt);
+  if (failed.errorName == kWantsApproval) {
+    answer_ = std::move(answer);
+    question_ = askForLogindLock(systemBus_, services::kLidLock, kLidReason, "block",
+                                 [this](LogindLock lock) { answered(std::move(lock)); });
+    if (question_) return;
+    answer = std::move(answer_);
+  }
+  presence_.reset();
+  answer(std::move(failure));
+}
+
+void LidInhibitor::answered(LogindLock lock) {
+  question_.reset();
+  const Answer answer = std::exchange(answer_, {});
+  if (lock.descriptor) {
+    accept(std::move(lock.descriptor));
+    return answer(std::nullopt);
+  }
+  presence_.reset();
+  // That the policy forbids it altogether was told before anybody was asked.
+  const bool wasDeclined = lock.errorName == kRefused || lock.errorName == kCancelled;
+  answer(Failure{wasDeclined, describe(lock)});
+}
+
+std::optional<Failure> LidInhibitor::resume() {
+  LogindLock failed;
+  auto failure = tryToHold(failed);
+  if (!failure) return std::nullopt;
+  failure->isTriedAgain = !isFinal(failed);
+  if (failure->isTriedAgain) {
+    failures_ = 1;
+    tryLater();
+  } else {
+    presence_.reset();
+  }
+  return failure;
 }
 
 std::optional<Failure> LidInhibitor::release() {
   presence_.reset();
   retry_.reset();
+  question_.reset();
   lock_.reset();
   isDoubtful_ = false;
+  failures_ = 0;
   return std::nullopt;
+}
+
+bool LidInhibitor::holds() {
+  return lock_ && failures_ < kFailuresOfALoss;
 }
 
 bool LidInhibitor::isHeld() {
@@ -91,14 +153,37 @@ bool LidInhibitor::isHeld() {
   return namesLock(locks, services::kLidLock);
 }
 
-LogindLock LidInhibitor::take(BusApproval approval) {
-  return takeLogindLock(systemBus_, services::kLidLock, "Keeps working with the lid closed",
-                        "block", {}, approval);
+std::shared_ptr<void> LidInhibitor::observe(std::function<void(bool holds)> changed) {
+  auto observer = std::make_shared<Observer>(std::move(changed));
+  observers_.push_back(observer);
+  return observer;
+}
+
+void LidInhibitor::tell(bool holds) {
+  std::erase_if(observers_, [](const auto& observer) { return observer.expired(); });
+  const auto observers = observers_;
+  for (const auto& weak : observers) {
+    if (const auto observer = weak.lock()) (*observer)(holds);
+  }
+}
+
+LogindLock LidInhibitor::take() {
+  return takeLogindLock(systemBus_, services::kLidLock, kLidReason, "block");
+}
+
+void LidInhibitor::watchLogind() {
+  presence_ =
+      systemBus_.watchName(services::kLogind, [this](bool present) { logindChanged(present); });
 }
 
 void LidInhibitor::logindChanged(bool present) {
-  retry_.reset();
+  if (question_) {
+    // With logind its question went.
+    if (!present) answered({-ECONNRESET, {}, {}});
+    return;
+  }
   if (!present) {
+    retry_.reset();
     isDoubtful_ = true;
   } else if (isDoubtful_) {
     takeAgain();
@@ -107,16 +192,39 @@ void LidInhibitor::logindChanged(bool present) {
 
 void LidInhibitor::takeAgain() {
   retry_.reset();
-  LogindLock taken = take(BusApproval::mustBeGiven);
-  if (taken.descriptor) {
-    // Only a new one replaces the old one, which may have outlived logind's restart.
-    lock_ = std::move(taken.descriptor);
-    isDoubtful_ = false;
-    return;
+  LogindLock taken = take();
+  if (!taken.descriptor) return failedAgain(taken);
+  const bool wasHeld = holds();
+  // Only a new one replaces the old one, which may have outlived logind's restart.
+  accept(std::move(taken.descriptor));
+  if (!wasHeld) tell(true);
+}
+
+void LidInhibitor::failedAgain(const LogindLock& failed) {
+  const bool isKnown = failures_ >= kFailuresOfALoss;
+  if (!isFinal(failed)) {
+    ++failures_;
+    tryLater();
+  } else if (lock_ && isHeld()) {
+    // A new one is not to be had, and the old one has outlived the restart.
+    return accept(std::move(lock_));
+  } else {
+    release();
+    failures_ = kFailuresOfALoss;
   }
-  const bool isFinal = taken.errorName == kWantsApproval || taken.errorName == kRefused;
-  if (isFinal) return tidewell::Log::error("the lid is no longer held: " + describe(taken));
+  if (isKnown || failures_ < kFailuresOfALoss) return;
+  tidewell::Log::error("the lid is no longer held: " + describe(failed));
+  tell(false);
+}
+
+void LidInhibitor::tryLater() {
   retry_ = loop_.scheduleRepeating(kRetakePause, [this] { takeAgain(); });
+}
+
+void LidInhibitor::accept(Descriptor lock) {
+  lock_ = std::move(lock);
+  isDoubtful_ = false;
+  failures_ = 0;
 }
 
 }  // namespace platform

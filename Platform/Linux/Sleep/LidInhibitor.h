@@ -1,7 +1,9 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
+#include <vector>
 
 #include "Platform/Linux/Bus/Bus.h"
 #include "Platform/Linux/Sleep/LogindLock.h"
@@ -23,22 +25,41 @@ class LidInhibitor : public tidewell::LidSwitch {
   LidInhibitor(const LidInhibitor&) = delete;
   LidInhibitor& operator=(const LidInhibitor&) = delete;
 
-  std::optional<Failure> hold(Approval approval) override;
+  std::optional<Failure> hold() override;
+  void holdAsking(Answer answer) override;
+  std::optional<Failure> resume() override;
   std::optional<Failure> release() override;
+  bool holds() override;
   bool isHeld() override;
+  [[nodiscard]] std::shared_ptr<void> observe(std::function<void(bool holds)> changed) override;
 
  private:
-  LogindLock take(BusApproval approval);
+  using Observer = std::function<void(bool holds)>;
+
+  LogindLock take();
+  std::optional<Failure> tryToHold(LogindLock& failed);
+  void watchLogind();
   void logindChanged(bool present);
   void takeAgain();
+  void failedAgain(const LogindLock& failed);
+  void tryLater();
+  void accept(Descriptor lock);
+  void answered(LogindLock lock);
+  void tell(bool holds);
 
   Bus& systemBus_;
   tidewell::MainLoop& loop_;
   Descriptor lock_;
   /// logind has gone since, and may or may not still know of the lock.
   bool isDoubtful_ = false;
+  /// How often in a row the lock was asked for in vain that is not there or is doubtful.
+  int failures_ = 0;
+  /// Set while the lock is held or wanted.
   BusListening presence_;
   std::unique_ptr<tidewell::RepeatingTimer> retry_;
+  BusSlot question_;  ///< While the user is asked.
+  Answer answer_;
+  std::vector<std::weak_ptr<Observer>> observers_;
 };
 
 }  // namespace platform

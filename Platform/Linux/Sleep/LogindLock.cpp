@@ -21,11 +21,27 @@ LogindLock lockIn(sd_bus_message* reply) {
   return {0, {}, std::move(descriptor)};
 }
 
+BusMethod inhibit(BusApproval approval) {
+  return {services::kLogind, services::kLogindPath, services::kLogindManager,
+          "Inhibit",         BusActivation::never,  approval};
+}
+
+Bus::Arguments request(const char* what, const std::string& why, const char* mode) {
+  return [what, reason = tidewell::cleaned(why), mode](sd_bus_message* message) {
+    return sd_bus_message_append(message, "ssss", what, services::kDisplayName, reason.c_str(),
+                                 mode);
+  };
+}
+
+LogindLock lockOf(const BusReply& reply) {
+  if (!reply) return {reply.error, reply.errorName, {}};
+  return lockIn(reply.message.get());
+}
+
 }  // namespace
 
 LogindLock takeLogindLock(Bus& systemBus, const char* what, const std::string& why,
-                          const char* mode, std::function<void(Descriptor)> late,
-                          BusApproval approval) {
+                          const char* mode, std::function<void(Descriptor)> late) {
   Bus::LateReply lateReply;
   if (late) {
     lateReply = [late = std::move(late)](const BusMessage& message) {
@@ -34,17 +50,15 @@ LogindLock takeLogindLock(Bus& systemBus, const char* what, const std::string& w
       }
     };
   }
-  const std::string reason = tidewell::cleaned(why);
-  const BusReply reply = systemBus.call(
-      {services::kLogind, services::kLogindPath, services::kLogindManager, "Inhibit",
-       BusActivation::never, approval},
-      [&](sd_bus_message* message) {
-        return sd_bus_message_append(message, "ssss", what, services::kDisplayName, reason.c_str(),
-                                     mode);
-      },
-      std::move(lateReply));
-  if (!reply) return {reply.error, reply.errorName, {}};
-  return lockIn(reply.message.get());
+  return lockOf(systemBus.call(inhibit(BusApproval::mustBeGiven), request(what, why, mode),
+                               std::move(lateReply)));
+}
+
+BusSlot askForLogindLock(Bus& systemBus, const char* what, const std::string& why, const char* mode,
+                         std::function<void(LogindLock)> answered) {
+  return systemBus.callAsync(
+      inhibit(BusApproval::mayBeAsked), request(what, why, mode),
+      [answered = std::move(answered)](const BusReply& reply) { answered(lockOf(reply)); });
 }
 
 }  // namespace platform

@@ -19,9 +19,14 @@ struct LogindLock {
 
 /// Asks logind for a lock on `what` ("idle", "sleep", "handle-lid-switch") in `mode` ("block" or
 /// "delay"), for the reason `why`. A lock that logind grants only after the call has timed out goes
-/// to `late`. `approval` says whether logind may ask the user.
+/// to `late`.
 LogindLock takeLogindLock(Bus& systemBus, const char* what, const std::string& why,
-                          const char* mode, std::function<void(Descriptor)> late = {},
-                          BusApproval approval = BusApproval::mustBeGiven);
+                          const char* mode, std::function<void(Descriptor)> late = {});
+
+/// The same, but logind may ask the user, and nobody waits. `answered` runs from the loop when the
+/// user has answered. Dropping the result gives it up, and what is granted afterwards back. Empty
+/// while there is no connection.
+[[nodiscard]] BusSlot askForLogindLock(Bus& systemBus, const char* what, const std::string& why,
+                                       const char* mode, std::function<void(LogindLock)> answered);
 
 }  // namespace platform

@@ -4,9 +4,11 @@
 
 #include <chrono>
 #include <memory>
+#include <optional>
 #include <string>
-#include <thread>
 #include <vector>
+
+#include "Platform/Linux/Sleep/LogindSleepNotifications.h"
 
 #include "Tests/Fakes/FakeMainLoop.h"
 #include "Tests/Fakes/FakePorts.h"
@@ -20,8 +22,6 @@ using namespace testing;  // NOLINT: the fixture's names
 using tidewell::LidSwitch;
 using Lines = std::vector<std::string>;
 
-constexpr auto kMayAsk = LidSwitch::Approval::mayBeAsked;
-constexpr auto kMayNotAsk = LidSwitch::Approval::mustBeGiven;
 constexpr const char* kLock = "handle-lid-switch|Staylit|Keeps working with the lid closed|block";
 
 class LidInhibitorTest : public BusTest {
@@ -36,16 +36,26 @@ class LidInhibitorTest : public BusTest {
 
   void startLogind() { logind = std::make_unique<FakeLogind>(systemDaemon->address()); }
 
-  /// Why the lid cannot be held; empty when it can.
-  std::string failure(LidSwitch::Approval approval = kMayAsk) {
-    const auto failed = lid->hold(approval);
+  static std::string text(const std::optional<LidSwitch::Failure>& failed) {
     if (!failed) return {};
     return failed->wasDeclined ? "declined" : failed->description;
+  }
+  /// Why the lid cannot be held, if the user may be asked; empty when it can.
+  std::string failure() {
+    ask();
+    EXPECT_TRUE(eventually([&] { return answer.has_value(); }));
+    return answer.value_or("no answer");
+  }
+  /// The same, to be found in `answer` later on.
+  void ask() {
+    answer.reset();
+    lid->holdAsking([this](const auto& failed) { answer = text(failed); });
   }
 
   tidewell::FakePorts ports;
   std::unique_ptr<FakeLogind> logind;
   std::unique_ptr<LidInhibitor> lid;
+  std::optional<std::string> answer;
 };
 
 TEST_F(LidInhibitorTest, HoldsALockOfLogindUntilItIsReleased) {
@@ -101,26 +111,78 @@ TEST_F(LidInhibitorTest, SaysThatNobodyCanAskForTheApproval) {
 
 TEST_F(LidInhibitorTest, AsksNobodyUnlessItMay) {
   logind->approval = FakeLogind::Approval::given;
-  EXPECT_EQ(failure(kMayNotAsk),
+  EXPECT_EQ(text(lid->hold()),
+            "it needs an administrator's approval, and nothing here can ask for that");
+  EXPECT_EQ(text(lid->resume()),
             "it needs an administrator's approval, and nothing here can ask for that");
   EXPECT_EQ(logind->prompts, 0);
 }
 
-TEST_F(LidInhibitorTest, WaitsForTheUserLongerThanForAService) {
-  BusTiming timing = impatient();
-  timing.callLimit = std::chrono::milliseconds(50);
-  Bus hasty(*loop, Bus::Kind::system, timing);
-  ASSERT_TRUE(eventually([&] { return hasty.connect() == 0; }));
-  logind->isSilent = true;
-  std::thread user([this] {
-    std::this_thread::sleep_for(std::chrono::milliseconds(200));
-    logind->answerLate();
-  });
-  const LogindLock lock =
-      takeLogindLock(hasty, "handle-lid-switch", "why", "block", {}, BusApproval::mayBeAsked);
-  user.join();
-  EXPECT_EQ(lock.error, 0);
-  EXPECT_TRUE(lock.descriptor);
+/// With a user who has been asked and has not answered.
+class LidPromptTest : public LidInhibitorTest {
+ protected:
+  void SetUp() override {
+    LidInhibitorTest::SetUp();
+    if (IsSkipped()) return;
+    logind->approval = FakeLogind::Approval::given;
+    logind->isUserThinking = true;
+    ask();
+    ASSERT_TRUE(eventually([&] { return logind->waiting() == 1; }));
+  }
+};
+
+TEST_F(LidPromptTest, LeavesTheLoopAloneHoweverLongTheUserTakes) {
+  bool isSleepAnnounced = false;
+  int timersFired = 0;
+  LogindSleepNotifications notifications(*systemBus, *loop);
+  notifications.observe([&] { isSleepAnnounced = true; }, [] {});
+  const auto timer = loop->scheduleRepeating(std::chrono::milliseconds(10), [&] { ++timersFired; });
+  ASSERT_TRUE(eventually([&] { return timersFired > 2; }));
+  logind->announceSleep(true);
+  EXPECT_TRUE(eventually([&] { return isSleepAnnounced; }));
+  EXPECT_FALSE(answer);
+  EXPECT_FALSE(lid->holds());
+  logind->answerLate();
+  EXPECT_TRUE(eventually([&] { return answer.has_value(); }));
+  EXPECT_EQ(answer, "");
+  EXPECT_TRUE(lid->holds());
+}
+
+TEST_F(LidPromptTest, IsForgottenByARelease) {
+  lid->release();
+  logind->answerLate();
+  EXPECT_TRUE(eventually([&] { return logind->granted().size() == 1 && logind->held().empty(); }));
+  EXPECT_FALSE(answer);
+  EXPECT_FALSE(lid->holds());
+}
+
+TEST_F(LidPromptTest, IsReplacedByALaterOneWhoseAnswerCounts) {
+  ask();
+  ASSERT_TRUE(eventually([&] { return logind->waiting() == 2; }));
+  logind->answerLate();
+  EXPECT_TRUE(eventually([&] { return answer.has_value(); }));
+  EXPECT_TRUE(eventually([&] { return logind->held() == Lines{kLock}; }));
+  EXPECT_EQ(logind->granted().size(), 2U);
+}
+
+TEST_F(LidPromptTest, FailsWhenLogindGoes) {
+  logind.reset();
+  EXPECT_TRUE(eventually([&] { return answer.has_value(); }));
+  EXPECT_EQ(answer->substr(0, 24), "logind cannot be asked: ");
+  EXPECT_FALSE(lid->holds());
+}
+
+TEST_F(LidPromptTest, FailsWhenTheBusGoes) {
+  systemDaemon->stop();
+  EXPECT_TRUE(eventually([&] { return answer.has_value(); }));
+  EXPECT_FALSE(lid->holds());
+}
+
+TEST_F(LidPromptTest, GoesWithItsOwner) {
+  lid.reset();
+  logind->answerLate();
+  EXPECT_TRUE(eventually([&] { return logind->granted().size() == 1 && logind->held().empty(); }));
+  EXPECT_FALSE(answer);
 }
 
 TEST_F(LidInhibitorTest, SaysWhyLogindCannotBeAsked) {
@@ -186,6 +248,87 @@ TEST_F(LidInhibitorTest, SaysSoWhenARestartedLogindRefuses) {
   EXPECT_EQ(ports.log.lines(),
             Lines{"error: the lid is no longer held: it needs an administrator's approval, and "
                   "nothing here can ask for that"});
+}
+
+/// The same on a loop whose timers the test fires.
+class LidRetryTest : public LidInhibitorTest {
+ protected:
+  void SetUp() override {
+    LidInhibitorTest::SetUp();
+    if (IsSkipped()) return;
+    lid = std::make_unique<LidInhibitor>(*systemBus, timers);
+    changes_ = lid->observe([this](bool holds) { told.push_back(holds); });
+    // What no answer came for is not tried for a moment.
+    ASSERT_TRUE(eventually([this] { return systemBus->connect() == 0; }));
+  }
+  /// Lets the moment pass in which nothing is tried, and fires.
+  void retry() {
+    runBriefly(*loop);
+    timers.fireTimers();
+  }
+
+  tidewell::FakeMainLoop timers;
+  std::vector<bool> told;
+
+ private:
+  std::shared_ptr<void> changes_;
+};
+
+TEST_F(LidRetryTest, IsTriedAgainWhenNobodyAnsweredAtTheResumption) {
+  logind->isSilent = true;
+  const auto failed = lid->resume();
+  ASSERT_TRUE(failed);
+  EXPECT_TRUE(failed->isTriedAgain);
+  EXPECT_FALSE(lid->holds());
+  logind->isSilent = false;
+  retry();
+  EXPECT_TRUE(lid->holds());
+  EXPECT_EQ(told, std::vector<bool>{true});
+  EXPECT_EQ(logind->held(), Lines{kLock});
+  EXPECT_EQ(ports.log.lines(), Lines{});
+}
+
+TEST_F(LidRetryTest, ASecondAttemptInVainIsTold) {
+  logind->isSilent = true;
+  ASSERT_TRUE(lid->resume());
+  retry();
+  EXPECT_EQ(told, std::vector<bool>{false});
+  retry();
+  EXPECT_EQ(told, std::vector<bool>{false}) << "once";
+  EXPECT_EQ(
+      ports.log.lines(),
+      Lines{"error: the lid is no longer held: logind cannot be asked: Connection timed out"});
+  logind->isSilent = false;
+  retry();
+  EXPECT_EQ(told, (std::vector<bool>{false, true}));
+  EXPECT_TRUE(lid->holds());
+}
+
+TEST_F(LidRetryTest, ARefusedResumptionIsNotTriedAgain) {
+  logind->refuses = true;
+  const auto failed = lid->resume();
+  ASSERT_TRUE(failed);
+  EXPECT_FALSE(failed->isTriedAgain);
+  EXPECT_TRUE(timers.timers.empty());
+}
+
+TEST_F(LidRetryTest, AReleaseEndsTheAttempts) {
+  logind->isSilent = true;
+  ASSERT_TRUE(lid->resume());
+  lid->release();
+  logind->isSilent = false;
+  retry();
+  EXPECT_EQ(logind->held(), Lines{});
+  EXPECT_EQ(told, std::vector<bool>{});
+}
+
+TEST_F(LidRetryTest, AHoldThatARestartedLogindRefusesIsToldAsLost) {
+  ASSERT_FALSE(lid->hold());
+  logind.reset();
+  logind = std::make_unique<FakeLogind>(systemDaemon->address(), FakeLogind::Approval::given);
+  EXPECT_TRUE(eventually([&] { return !told.empty(); }));
+  EXPECT_EQ(told, std::vector<bool>{false});
+  EXPECT_FALSE(lid->holds());
 }
 
 }  // namespace

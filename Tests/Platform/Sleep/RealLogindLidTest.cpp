@@ -20,8 +20,6 @@ namespace {
 
 using namespace testing;  // NOLINT: the fixture's names
 
-constexpr auto kAskUser = tidewell::LidSwitch::Approval::mayBeAsked;
-
 class RealLogindLidTest : public BusTest {
  protected:
   void SetUp() override {
@@ -56,7 +54,7 @@ class RealLogindLidTest : public BusTest {
 
 TEST_F(RealLogindLidTest, ListsTheHoldAndForgetsItOnRelease) {
   EXPECT_FALSE(lid->isHeld());
-  ASSERT_FALSE(lid->hold(kAskUser));
+  ASSERT_FALSE(lid->hold());
   EXPECT_TRUE(lid->isHeld());
   const auto listed = listLogindInhibitors(*observer);
   ASSERT_TRUE(listed);
@@ -72,7 +70,7 @@ TEST_F(RealLogindLidTest, ListsTheHoldAndForgetsItOnRelease) {
 }
 
 TEST_F(RealLogindLidTest, IsNotAmongTheRequestsToStayAwake) {
-  ASSERT_FALSE(lid->hold(kAskUser));
+  ASSERT_FALSE(lid->hold());
   const auto listed = listLogindInhibitors(*observer);
   ASSERT_TRUE(listed);
   ASSERT_EQ(listed->size(), 1U);
@@ -91,7 +89,7 @@ TEST_F(RealLogindLidTest, LeavesTheLidToADesktopThatHandlesIt) {
   const LogindLock desktop = takeLogindLock(
       *observer, "handle-power-key:handle-suspend-key:handle-lid-switch", "why", "block");
   ASSERT_TRUE(desktop.descriptor) << desktop.errorName;
-  const auto failure = lid->hold(kAskUser);
+  const auto failure = lid->hold();
   ASSERT_TRUE(failure);
   EXPECT_FALSE(failure->wasDeclined);
   EXPECT_EQ(failure->description.substr(0, 45), "the desktop (Staylit) handles the lid itself:");
@@ -99,7 +97,7 @@ TEST_F(RealLogindLidTest, LeavesTheLidToADesktopThatHandlesIt) {
 }
 
 TEST_F(RealLogindLidTest, IsHeldOnceAfterLogindRestarted) {
-  ASSERT_FALSE(lid->hold(kAskUser));
+  ASSERT_FALSE(lid->hold());
   logind->stop();
   runBriefly(*loop);
   logind->start();
@@ -109,7 +107,7 @@ TEST_F(RealLogindLidTest, IsHeldOnceAfterLogindRestarted) {
 }
 
 TEST_F(RealLogindLidTest, IsHeldAgainAfterLogindForgotEverything) {
-  ASSERT_FALSE(lid->hold(kAskUser));
+  ASSERT_FALSE(lid->hold());
   logind->stop();
   logind->forget();
   runBriefly(*loop);
@@ -124,7 +122,7 @@ TEST_F(RealLogindLidTest, EndsWithTheProcessHoweverThatEnds) {
     EventLoop childLoop;
     Bus system(childLoop, Bus::Kind::system);
     LidInhibitor childLid(system, childLoop);
-    const bool isHeld = !childLid.hold(kAskUser);
+    const bool isHeld = !childLid.hold();
     if (isHeld && ::write(ends[1], "x", 1) == 1) ::pause();
     return false;
   });

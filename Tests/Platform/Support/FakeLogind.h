@@ -40,9 +40,11 @@ class FakeLogind {
   std::atomic<Approval> approval;  ///< Whether a lock wants it, and what comes of that.
   std::atomic<bool> refuses = false;
   std::atomic<int> prompts = 0;
+  std::atomic<bool> isUserThinking = false;  ///< Prompts wait for `answerLate`.
   std::atomic<bool> isSilent = false;
   std::atomic<int> listings = 0;
 
+  /// Besides the locks that it granted.
   void list(std::vector<Entry> entries) {
     const std::lock_guard lock(mutex_);
     entries_ = std::move(entries);
@@ -66,6 +68,15 @@ class FakeLogind {
     return result;
   }
 
+  /// Lists none of the locks that it has granted so far, as if it had lost them.
+  void forget() {
+    const std::lock_guard lock(mutex_);
+    for (Lock& granted : locks_)
+      granted.isForgotten = true;
+  }
+  /// Lists none at all.
+  std::atomic<bool> listsNoLocks = false;
+
   void announceSleep(bool isAboutToSleep) {
     service_.perform([isAboutToSleep](sd_bus* bus) {
       sd_bus_emit_signal(bus, "/org/freedesktop/login1", "org.freedesktop.login1.Manager",
@@ -73,9 +84,17 @@ class FakeLogind {
     });
   }
 
+  /// How many calls wait for an answer.
+  std::size_t waiting() {
+    std::size_t result = 0;
+    service_.perform([&](sd_bus*) { result = unanswered_.count(); });
+    return result;
+  }
+
   /// Grants what was left unanswered.
   void answerLate() {
     isSilent = false;
+    isUserThinking = false;
     service_.perform(
         [this](sd_bus*) { unanswered_.answer([this](sd_bus_message* call) { answer(call); }); });
   }
@@ -84,6 +103,8 @@ class FakeLogind {
   struct Lock {
     std::string text;
     Descriptor readEnd;
+    Entry entry;
+    bool isForgotten = false;
   };
 
   static bool isHungUp(int descriptor) {
@@ -93,6 +114,9 @@ class FakeLogind {
 
   void answer(sd_bus_message* call) {
     if (isSilent) return unanswered_.keep(call);
+    if (isUserThinking && sd_bus_message_get_allow_interactive_authorization(call) > 0) {
+      return unanswered_.keep(call);
+    }
     const std::string_view member = sd_bus_message_get_member(call);
     if (member == "Inhibit") return inhibit(call);
     if (member == "ListInhibitors") return listInhibitors(call);
@@ -113,7 +137,9 @@ class FakeLogind {
     if (::pipe2(ends.data(), O_CLOEXEC) < 0) return;
     const Descriptor writeEnd(ends[1]);
     const std::lock_guard lock(mutex_);
-    locks_.push_back({std::string(what) + "|" + who + "|" + why + "|" + mode, Descriptor(ends[0])});
+    const Entry entry{what, who, why, mode, ::getuid(), static_cast<std::uint32_t>(::getpid())};
+    locks_.push_back(
+        {std::string(what) + "|" + who + "|" + why + "|" + mode, Descriptor(ends[0]), entry});
     sd_bus_reply_method_return(call, "h", writeEnd.get());
     // The message holds a copy of the writing end until it is sent.
     sd_bus_flush(sd_bus_message_get_bus(call));
@@ -136,10 +162,16 @@ class FakeLogind {
   void listInhibitors(sd_bus_message* call) {
     ++listings;
     const std::lock_guard lock(mutex_);
+    std::vector<Entry> entries = entries_;
+    for (const Lock& granted : locks_) {
+      const bool isListed =
+          !listsNoLocks && !granted.isForgotten && !isHungUp(granted.readEnd.get());
+      if (isListed) entries.push_back(granted.entry);
+    }
     sd_bus_message* reply = nullptr;
     sd_bus_message_new_method_return(call, &reply);
     sd_bus_message_open_container(reply, 'a', "(ssssuu)");
-    for (const Entry& entry : entries_) {
+    for (const Entry& entry : entries) {
       sd_bus_message_append(reply, "(ssssuu)", entry.what.c_str(), entry.who.c_str(),
                             entry.why.c_str(), entry.mode.c_str(), entry.uid, entry.pid);
     }

@@ -2,6 +2,7 @@
 
 #include <systemd/sd-bus.h>
 
+#include <cstddef>
 #include <functional>
 #include <utility>
 #include <vector>
@@ -14,6 +15,8 @@ namespace platform::testing {
 class UnansweredCalls {
  public:
   void keep(sd_bus_message* call) { calls_.emplace_back(sd_bus_message_ref(call)); }
+
+  [[nodiscard]] std::size_t count() const { return calls_.size(); }
 
   void answer(const std::function<void(sd_bus_message*)>& answer) {
     for (const BusMessage& call : std::exchange(calls_, {}))
