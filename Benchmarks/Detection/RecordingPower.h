@@ -29,6 +29,7 @@ class RecordingPower : public tidewell::PowerManagement {
     record("release", {});
     --live_;
   }
+  bool isGranted() override { return true; }
 
   [[nodiscard]] bool isHolding() const { return live_ > 0; }
   [[nodiscard]] const std::vector<Event>& events() const { return events_; }

@@ -12,6 +12,7 @@ class IOKitPowerManagement final : public tidewell::PowerManagement {
                            const std::string& name) override;
   void setAssertionName(std::uint32_t id, const std::string& name) override;
   void releaseAssertion(std::uint32_t id) override;
+  bool isGranted() override { return true; }
 };
 
 }  // namespace platform

@@ -23,6 +23,7 @@ class RecordedPowerManagement : public tidewell::PowerManagement {
                            const std::string& name) override;
   void setAssertionName(std::uint32_t id, const std::string& name) override;
   void releaseAssertion(std::uint32_t id) override;
+  bool isGranted() override { return assertions_.empty(); }
 
   /// What is recorded now, by id.
   [[nodiscard]] const std::map<std::uint32_t, Assertion>& assertions() const { return assertions_; }

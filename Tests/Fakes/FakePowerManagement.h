@@ -45,6 +45,8 @@ class FakePowerManagement : public PowerManagement {
     live.erase(id);
   }
 
+  bool isGranted() override { return live.empty() || granted; }
+
   /// The names of what is held now, in the order of creation.
   [[nodiscard]] std::vector<std::string> liveNames() const {
     std::vector<std::string> names;
@@ -55,6 +57,7 @@ class FakePowerManagement : public PowerManagement {
 
   std::int32_t systemFailure = 0;   ///< Other than 0: what creating a system assertion answers.
   std::int32_t displayFailure = 0;  ///< The same for a display assertion.
+  bool granted = true;              ///< Whether what is live is of any effect.
   std::map<std::uint32_t, Assertion> live;
   std::vector<std::string> calls;
 

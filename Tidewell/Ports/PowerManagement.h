@@ -30,6 +30,10 @@ class PowerManagement {
   virtual void setAssertionName(std::uint32_t id, const std::string& name) = 0;
 
   virtual void releaseAssertion(std::uint32_t id) = 0;
+
+  /// Whether the system really keeps the machine awake for every live assertion against its sleep,
+  /// as far as that is known. Costs no call.
+  virtual bool isGranted() = 0;
 };
 
 }  // namespace tidewell

@@ -1,8 +1,11 @@
 #include "Platform/Linux/Sleep/FreedesktopInhibitor.h"
 
+#include <string_view>
 #include <utility>
+#include <vector>
 
 #include "Platform/Linux/Sleep/CookieInhibition.h"
+#include "Platform/Linux/Sleep/Question.h"
 #include "Platform/Linux/Sleep/Services.h"
 #include "Tidewell/ForeignText.h"
 
@@ -24,13 +27,55 @@ FreedesktopInhibitor FreedesktopInhibitor::screenSaver(Bus& sessionBus) {
 
 InhibitMechanism::Taken FreedesktopInhibitor::take(HoldKind /*kind*/, const std::string& reason,
                                                    Late late) {
-  const std::string text = tidewell::cleaned(reason);
+  const std::string text = told(reason);
   return CookieInhibition::take(
       sessionBus_, {service_, path_, interface_, "Inhibit"},
       [&text](sd_bus_message* message) {
         return sd_bus_message_append(message, "ss", services::kDisplayName, text.c_str());
       },
       "UnInhibit", std::move(late));
+}
+
+std::string FreedesktopInhibitor::told(const std::string& reason) const {
+  return tidewell::cleaned(reason);
+}
+
+std::shared_ptr<void> FreedesktopInhibitor::list(Listed listed) {
+  // The screen saver's interface has no list.
+  if (std::string_view(service_) != services::kPowerManagement) return nullptr;
+  // On KDE the policy agent stands behind it, and names all that it has.
+  if (sessionBus_.nameHasOwner(services::kSolid) > 0) return listPolicyAgent(std::move(listed));
+  return askWhetherAnybodyInhibits(std::move(listed));
+}
+
+std::shared_ptr<void> FreedesktopInhibitor::listPolicyAgent(Listed listed) {
+  return asQuestion(sessionBus_.callAsync(
+      {services::kPolicyAgent, services::kPolicyAgentPath, services::kPolicyAgent,
+       "ListInhibitions"},
+      {}, [listed = std::move(listed)](const BusReply& reply) {
+        if (!reply) return;
+        sd_bus_message* const message = reply.message.get();
+        if (sd_bus_message_enter_container(message, SD_BUS_TYPE_ARRAY, "(ss)") < 0) return;
+        std::vector<std::string> reasons;
+        const char* who = nullptr;
+        const char* why = nullptr;
+        int read = 0;
+        while ((read = sd_bus_message_read(message, "(ss)", &who, &why)) > 0) {
+          if (std::string_view(who) == services::kDisplayName) reasons.emplace_back(why);
+        }
+        if (read == 0) listed(std::move(reasons));
+      }));
+}
+
+/// Where nobody does, nothing of ours is there either. More is not told.
+std::shared_ptr<void> FreedesktopInhibitor::askWhetherAnybodyInhibits(Listed listed) {
+  return asQuestion(sessionBus_.callAsync(
+      {service_, path_, interface_, "HasInhibit"}, {},
+      [listed = std::move(listed)](const BusReply& reply) {
+        int isInhibited = 0;
+        if (!reply || sd_bus_message_read(reply.message.get(), "b", &isInhibited) <= 0) return;
+        if (isInhibited == 0) listed({});
+      }));
 }
 
 }  // namespace platform

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <string>
 
 #include "Platform/Linux/Bus/Bus.h"
@@ -17,12 +18,16 @@ class FreedesktopInhibitor : public InhibitMechanism {
 
   [[nodiscard]] const char* serviceName() const override { return service_; }
   Taken take(HoldKind kind, const std::string& reason, Late late) override;
+  [[nodiscard]] std::string told(const std::string& reason) const override;
+  [[nodiscard]] std::shared_ptr<void> list(Listed listed) override;
   /// PowerDevil, which stands behind both on KDE, heeds nothing that is younger than five seconds.
   [[nodiscard]] tidewell::Seconds timeToTakeEffect() const override { return tidewell::Seconds(5); }
 
  private:
   FreedesktopInhibitor(Bus& sessionBus, const char* service, const char* path,
                        const char* interface);
+  std::shared_ptr<void> listPolicyAgent(Listed listed);
+  std::shared_ptr<void> askWhetherAnybodyInhibits(Listed listed);
 
   Bus& sessionBus_;
   const char* service_;

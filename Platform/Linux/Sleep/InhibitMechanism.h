@@ -3,6 +3,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "Platform/Linux/Sleep/HoldKind.h"
 #include "Platform/Linux/Sleep/Inhibition.h"
@@ -20,6 +21,8 @@ class InhibitMechanism {
     std::unique_ptr<Inhibition> inhibition;
   };
   using Late = std::function<void(std::unique_ptr<Inhibition>)>;
+  /// Gets the reasons of this program's wishes that the service has, as it was told them.
+  using Listed = std::function<void(std::vector<std::string> reasons)>;
 
   virtual ~InhibitMechanism() = default;
 
@@ -29,10 +32,20 @@ class InhibitMechanism {
   /// Asks the service. What it grants after this has given up waiting goes to `late`.
   virtual Taken take(HoldKind kind, const std::string& reason, Late late) = 0;
 
+  /// The text by which the service is told `reason`.
+  [[nodiscard]] virtual std::string told(const std::string& reason) const = 0;
+
   /// How long the service lets a wish lie before it heeds it.
   [[nodiscard]] virtual tidewell::Seconds timeToTakeEffect() const {
     return tidewell::Seconds::zero();
   }
+
+  /// Asks for the service's own list and does not wait. `listed` runs from the loop, and not at all
+  /// where the service does not tell. Dropping the result gives the question up; null where there
+  /// is nothing to ask.
+  [[nodiscard]] virtual std::shared_ptr<void> list(Listed /*listed*/) { return nullptr; }
+  /// The service has gone: what was remembered of its list is void.
+  virtual void forgetList() {}
 };
 
 }  // namespace platform

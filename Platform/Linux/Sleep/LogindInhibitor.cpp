@@ -1,10 +1,19 @@
 #include "Platform/Linux/Sleep/LogindInhibitor.h"
 
+#include <unistd.h>
+
+#include <cstdint>
 #include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
 #include <utility>
+#include <vector>
 
 #include "Platform/Linux/Sleep/LogindLock.h"
+#include "Platform/Linux/Sleep/Question.h"
 #include "Platform/Linux/Sleep/Services.h"
+#include "Tidewell/ForeignText.h"
 
 namespace platform {
 namespace {
@@ -16,6 +25,31 @@ class LogindInhibition : public Inhibition {
  private:
   Descriptor descriptor_;
 };
+
+/// The reasons of this user's locks of our kind; absent when the list is of another shape.
+std::optional<std::vector<std::string>> ownReasons(sd_bus_message* message) {
+  if (sd_bus_message_enter_container(message, SD_BUS_TYPE_ARRAY, "(ssssuu)") < 0) {
+    return std::nullopt;
+  }
+  std::vector<std::string> reasons;
+  const char* what = nullptr;
+  const char* who = nullptr;
+  const char* why = nullptr;
+  const char* mode = nullptr;
+  std::uint32_t user = 0;
+  std::uint32_t process = 0;
+  int read = 0;
+  while ((read = sd_bus_message_read(message, "(ssssuu)", &what, &who, &why, &mode, &user,
+                                     &process)) > 0) {
+    // Not by the process, whose number is another one outside of a container.
+    const bool isOurs = std::string_view(who) == services::kDisplayName && user == ::getuid();
+    if (isOurs && std::string_view(what) == "idle" && std::string_view(mode) == "block") {
+      reasons.emplace_back(why);
+    }
+  }
+  if (read < 0) return std::nullopt;
+  return reasons;
+}
 
 }  // namespace
 
@@ -33,6 +67,19 @@ InhibitMechanism::Taken LogindInhibitor::take(HoldKind /*kind*/, const std::stri
       });
   if (!lock.descriptor) return {lock.error, nullptr};
   return {0, std::make_unique<LogindInhibition>(std::move(lock.descriptor))};
+}
+
+std::string LogindInhibitor::told(const std::string& reason) const {
+  return tidewell::cleaned(reason);
+}
+
+std::shared_ptr<void> LogindInhibitor::list(Listed listed) {
+  return asQuestion(systemBus_.callAsync(
+      {services::kLogind, services::kLogindPath, services::kLogindManager, "ListInhibitors"}, {},
+      [listed = std::move(listed)](const BusReply& reply) {
+        if (!reply) return;
+        if (auto reasons = ownReasons(reply.message.get())) listed(std::move(*reasons));
+      }));
 }
 
 }  // namespace platform

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <string>
 
 #include "Platform/Linux/Bus/Bus.h"
@@ -16,6 +17,8 @@ class LogindInhibitor : public InhibitMechanism {
 
   [[nodiscard]] const char* serviceName() const override;
   Taken take(HoldKind kind, const std::string& reason, Late late) override;
+  [[nodiscard]] std::string told(const std::string& reason) const override;
+  [[nodiscard]] std::shared_ptr<void> list(Listed listed) override;
 
  private:
   Bus& systemBus_;

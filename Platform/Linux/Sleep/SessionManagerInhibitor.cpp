@@ -1,7 +1,12 @@
 #include "Platform/Linux/Sleep/SessionManagerInhibitor.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
+#include <functional>
+#include <string_view>
 #include <utility>
+#include <vector>
 
 #include "Platform/Linux/Sleep/CookieInhibition.h"
 #include "Platform/Linux/Sleep/Services.h"
@@ -13,8 +18,100 @@ namespace {
 constexpr std::uint32_t kSuspendFlag = 4;
 constexpr std::uint32_t kIdleFlag = 8;
 constexpr std::uint32_t kNoWindow = 0;
+constexpr const char* kInhibitor = "org.gnome.SessionManager.Inhibitor";
+/// What is still unknown after so many follows with the next readings.
+constexpr std::size_t kMostQuestions = 64;
 
 }  // namespace
+
+/// Reads the list: first the paths, then of each path that is not known yet whose it is and why.
+class SessionManagerInhibitor::Reading {
+ public:
+  Reading(Bus& bus, std::shared_ptr<Known> known, Listed listed)
+      : bus_(bus), known_(std::move(known)), listed_(std::move(listed)) {}
+
+  bool begin() {
+    call_ = bus_.callAsync({services::kSessionManager, services::kSessionManagerPath,
+                            services::kSessionManager, "GetInhibitors"},
+                           {}, [this](const BusReply& reply) { havePaths(reply); });
+    return static_cast<bool>(call_);
+  }
+
+ private:
+  void havePaths(const BusReply& reply) {
+    if (!reply) return;
+    sd_bus_message* const message = reply.message.get();
+    if (sd_bus_message_enter_container(message, SD_BUS_TYPE_ARRAY, "o") < 0) return;
+    const char* path = nullptr;
+    while (sd_bus_message_read(message, "o", &path) > 0)
+      paths_.emplace_back(path);
+    std::erase_if(*known_, [this](const auto& entry) {
+      return std::find(paths_.begin(), paths_.end(), entry.first) == paths_.end();
+    });
+    next();
+  }
+
+  /// Asks about the next path that is not known, or tells what is known of all.
+  void next() {
+    while (index_ < paths_.size() && known_->contains(paths_[index_]))
+      ++index_;
+    if (index_ == paths_.size()) return tell();
+    if (asked_++ == kMostQuestions) return;
+    ask("GetAppId", "app_id", [this](const std::string& application) {
+      if (application == services::kApplicationId) return askWhy();
+      known_->emplace(paths_[index_], std::nullopt);
+      next();
+    });
+  }
+
+  void askWhy() {
+    ask("GetReason", "reason", [this](const std::string& reason) {
+      known_->emplace(paths_[index_], reason);
+      next();
+    });
+  }
+
+  /// Some session managers have methods for this, others properties of another spelling. What goes
+  /// meanwhile is nobody's.
+  void ask(const char* method, const char* property, std::function<void(std::string)> answered) {
+    const char* const path = paths_[index_].c_str();
+    call_ = bus_.callAsync(
+        {services::kSessionManager, path, kInhibitor, method}, {},
+        [this, path, property, answered](const BusReply& reply) {
+          const char* text = nullptr;
+          if (reply && sd_bus_message_read(reply.message.get(), "s", &text) > 0) {
+            return answered(text);
+          }
+          call_ = bus_.callAsync(
+              {services::kSessionManager, path, "org.freedesktop.DBus.Properties", "Get"},
+              [property](sd_bus_message* message) {
+                return sd_bus_message_append(message, "ss", kInhibitor, property);
+              },
+              [answered](const BusReply& second) {
+                const char* value = nullptr;
+                const bool isRead =
+                    second && sd_bus_message_read(second.message.get(), "v", "s", &value) > 0;
+                answered(isRead ? value : "");
+              });
+        });
+  }
+
+  void tell() {
+    std::vector<std::string> reasons;
+    for (const std::string& path : paths_) {
+      if (const auto& reason = known_->at(path)) reasons.push_back(*reason);
+    }
+    listed_(std::move(reasons));
+  }
+
+  Bus& bus_;
+  std::shared_ptr<Known> known_;
+  Listed listed_;
+  BusSlot call_;
+  std::vector<std::string> paths_;
+  std::size_t index_ = 0;
+  std::size_t asked_ = 0;
+};
 
 SessionManagerInhibitor::SessionManagerInhibitor(Bus& sessionBus) : sessionBus_(sessionBus) {}
 
@@ -25,8 +122,7 @@ const char* SessionManagerInhibitor::serviceName() const {
 InhibitMechanism::Taken SessionManagerInhibitor::take(HoldKind kind, const std::string& reason,
                                                       Late late) {
   const std::uint32_t flags = kind == HoldKind::display ? kSuspendFlag | kIdleFlag : kSuspendFlag;
-  // An empty reason is refused.
-  const std::string text = reason.empty() ? services::kDisplayName : tidewell::cleaned(reason);
+  const std::string text = told(reason);
   return CookieInhibition::take(
       sessionBus_,
       {services::kSessionManager, services::kSessionManagerPath, services::kSessionManager,
@@ -36,6 +132,16 @@ InhibitMechanism::Taken SessionManagerInhibitor::take(HoldKind kind, const std::
                                      text.c_str(), flags);
       },
       "Uninhibit", std::move(late));
+}
+
+std::string SessionManagerInhibitor::told(const std::string& reason) const {
+  // An empty reason is refused.
+  return reason.empty() ? services::kDisplayName : tidewell::cleaned(reason);
+}
+
+std::shared_ptr<void> SessionManagerInhibitor::list(Listed listed) {
+  auto reading = std::make_shared<Reading>(sessionBus_, known_, std::move(listed));
+  return reading->begin() ? reading : nullptr;
 }
 
 }  // namespace platform

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <map>
+#include <memory>
+#include <optional>
 #include <string>
 
 #include "Platform/Linux/Bus/Bus.h"
@@ -15,9 +18,18 @@ class SessionManagerInhibitor : public InhibitMechanism {
 
   [[nodiscard]] const char* serviceName() const override;
   Taken take(HoldKind kind, const std::string& reason, Late late) override;
+  [[nodiscard]] std::string told(const std::string& reason) const override;
+  [[nodiscard]] std::shared_ptr<void> list(Listed listed) override;
+  void forgetList() override { known_->clear(); }
 
  private:
+  class Reading;
+  /// By its object's path: the reason of an inhibitor of ours, or that it is somebody else's. None
+  /// of this ever changes.
+  using Known = std::map<std::string, std::optional<std::string>>;
+
   Bus& sessionBus_;
+  std::shared_ptr<Known> known_ = std::make_shared<Known>();
 };
 
 }  // namespace platform

@@ -4,91 +4,188 @@
 #include <utility>
 
 namespace platform {
+namespace {
 
-SleepAssertion::SleepAssertion(HoldKind kind, std::string reason)
-    : kind_(kind), reason_(std::move(reason)) {}
+/// A service's own timers may be late by so much.
+constexpr std::chrono::seconds kMargin{1};
+
+SleepAssertion::Moment heededAfter(SleepAssertion::Moment taken,
+                                   const InhibitMechanism& mechanism) {
+  const auto time =
+      std::chrono::duration_cast<std::chrono::milliseconds>(mechanism.timeToTakeEffect());
+  return time.count() == 0 ? taken : taken + time + kMargin;
+}
+
+}  // namespace
+
+SleepAssertion::SleepAssertion(HoldKind kind, std::string reason, Now now,
+                               std::function<void()> grantedLate)
+    : kind_(kind),
+      reason_(std::move(reason)),
+      now_(std::move(now)),
+      grantedLate_(std::move(grantedLate)) {}
+
+const SleepAssertion::Service* SleepAssertion::find(const InhibitMechanism& mechanism) const {
+  const auto found = services_.find(&mechanism);
+  return found == services_.end() ? nullptr : &found->second;
+}
 
 bool SleepAssertion::has(const InhibitMechanism& mechanism) const {
-  const auto found = grants_.find(&mechanism);
-  return found != grants_.end() && !found->second.isVoid;
+  const Service* service = find(mechanism);
+  return service && !service->isVoid && !service->grants.empty();
+}
+
+bool SleepAssertion::isWanted(const InhibitMechanism& mechanism) const {
+  return std::find(wanted_.begin(), wanted_.end(), &mechanism) != wanted_.end();
+}
+
+bool SleepAssertion::isCurrent(const InhibitMechanism& mechanism) const {
+  return has(mechanism) && find(mechanism)->grants.back().reason == reason_;
 }
 
 bool SleepAssertion::isHeld() const {
-  return std::any_of(grants_.begin(), grants_.end(),
-                     [](const auto& entry) { return !entry.second.isVoid; });
+  return std::any_of(services_.begin(), services_.end(),
+                     [this](const auto& entry) { return has(*entry.first); });
 }
 
-bool SleepAssertion::isComplete() const {
-  return std::all_of(wanted_.begin(), wanted_.end(),
-                     [this](const auto* mechanism) { return has(*mechanism); });
+/// When `mechanism`, whose grant is missing or out of date, is to be asked.
+SleepAssertion::Moment SleepAssertion::due(const InhibitMechanism& mechanism) const {
+  const Service* service = find(mechanism);
+  if (!service) return {};
+  if (!has(mechanism)) return service->notBefore;
+  return std::max(service->notBefore, service->grants.back().taken + kPause);
 }
 
 int SleepAssertion::hold(const Mechanisms& wanted) {
   wanted_ = wanted;
   int firstError = 0;
   for (InhibitMechanism* mechanism : wanted) {
-    if (has(*mechanism)) continue;
+    if (isCurrent(*mechanism) || due(*mechanism) > now_()) continue;
     const int error = take(*mechanism);
     if (firstError == 0) firstError = error;
   }
-  const bool granted = std::any_of(wanted.begin(), wanted.end(),
-                                   [this](const auto* mechanism) { return has(*mechanism); });
-  if (!granted) return firstError;
-  // What is void stays until its service is back: logind's locks outlive its own restart.
-  std::erase_if(grants_, [&wanted](const auto& entry) {
-    return !entry.second.isVoid &&
-           std::find(wanted.begin(), wanted.end(), entry.first) == wanted.end();
-  });
+  dropTheReplaced();
+  const bool isGranted = std::any_of(wanted.begin(), wanted.end(),
+                                     [this](const auto* mechanism) { return has(*mechanism); });
+  if (!isGranted) return firstError;
+  dropTheUnwanted();
   return 0;
-}
-
-void SleepAssertion::rename(const std::string& reason, const Mechanisms& wanted) {
-  wanted_ = wanted;
-  reason_ = reason;
-  for (InhibitMechanism* mechanism : wanted)
-    take(*mechanism);
 }
 
 int SleepAssertion::take(InhibitMechanism& mechanism) {
-  auto taken = mechanism.take(
-      kind_, reason_,
-      [weak = weak_from_this(), &mechanism, reason = reason_](std::unique_ptr<Inhibition> late) {
-        const auto self = weak.lock();
-        if (!self || self->reason_ != reason) return;
-        const auto& wanted = self->wanted_;
-        if (std::find(wanted.begin(), wanted.end(), &mechanism) == wanted.end()) return;
-        self->accept(mechanism, std::move(late));
-      });
-  if (!taken.inhibition) return taken.error;
-  accept(mechanism, std::move(taken.inhibition));
+  auto taken = mechanism.take(kind_, reason_,
+                              [weak = weak_from_this(), &mechanism,
+                               reason = reason_](std::unique_ptr<Inhibition> inhibition) {
+                                const auto self = weak.lock();
+                                if (self) {
+                                  self->grantedTooLate(mechanism, reason, std::move(inhibition));
+                                }
+                              });
+  if (!taken.inhibition) {
+    refused(mechanism);
+    return taken.error;
+  }
+  accept(mechanism, reason_, std::move(taken.inhibition));
   return 0;
 }
 
-void SleepAssertion::accept(InhibitMechanism& mechanism, std::unique_ptr<Inhibition> inhibition) {
-  Grant& grant = grants_[&mechanism];
-  // The oldest is the one that is surely heeded, however often it is replaced meanwhile.
-  const bool keepsFormer = grant.current && !grant.isVoid && !grant.former &&
-                           mechanism.timeToTakeEffect() > tidewell::Seconds::zero();
-  if (keepsFormer) grant.former = std::move(grant.current);
-  if (grant.isVoid) grant.former.reset();
-  grant.current = std::move(inhibition);
-  grant.isVoid = false;
+void SleepAssertion::refused(const InhibitMechanism& mechanism) {
+  Service& service = services_[&mechanism];
+  std::chrono::seconds pause = kFirstRetry;
+  for (int doubled = 0; doubled < service.refusals && pause < kLongestRetry; ++doubled)
+    pause *= 2;
+  ++service.refusals;
+  service.notBefore = now_() + std::min(pause, kLongestRetry);
 }
 
-void SleepAssertion::lost(const InhibitMechanism& mechanism) {
-  if (const auto found = grants_.find(&mechanism); found != grants_.end()) {
-    found->second.isVoid = true;
+/// Whatever is not wanted any more is given back at once.
+void SleepAssertion::grantedTooLate(InhibitMechanism& mechanism, const std::string& reason,
+                                    std::unique_ptr<Inhibition> inhibition) {
+  if (!isWanted(mechanism) || isCurrent(mechanism)) return;
+  // Under a former name it is better than nothing, and than nothing only.
+  const bool isOfUse = reason == reason_ || !has(mechanism);
+  if (isOfUse) accept(mechanism, reason, std::move(inhibition));
+  // It answers again.
+  returned(mechanism);
+  grantedLate_();
+}
+
+void SleepAssertion::accept(InhibitMechanism& mechanism, const std::string& reason,
+                            std::unique_ptr<Inhibition> inhibition) {
+  Service& service = services_[&mechanism];
+  // After the new one is there.
+  const std::vector<Grant> former =
+      service.isVoid ? std::exchange(service.grants, {}) : std::vector<Grant>();
+  const Moment taken = now_();
+  service.grants.push_back({std::move(inhibition), reason, taken, heededAfter(taken, mechanism)});
+  service.isVoid = false;
+  service.isGone = false;
+  service.notBefore = {};
+  service.refusals = 0;
+}
+
+void SleepAssertion::dropTheReplaced() {
+  for (auto& [mechanism, service] : services_) {
+    auto& grants = service.grants;
+    const auto heeded =
+        std::find_if(grants.rbegin(), grants.rend(),
+                     [now = now_()](const auto& each) { return each.heeded <= now; });
+    if (heeded != grants.rend()) grants.erase(grants.begin(), heeded.base() - 1);
   }
 }
 
-bool SleepAssertion::isSettling() const {
-  return std::any_of(grants_.begin(), grants_.end(),
-                     [](const auto& entry) { return entry.second.former != nullptr; });
+void SleepAssertion::dropTheUnwanted() {
+  std::erase_if(services_, [this](const auto& entry) {
+    return !isWanted(*entry.first) && !entry.second.isGone;
+  });
 }
 
-void SleepAssertion::settle() {
-  for (auto& [mechanism, grant] : grants_)
-    grant.former.reset();
+void SleepAssertion::lost(const InhibitMechanism& mechanism) {
+  const auto found = services_.find(&mechanism);
+  if (found == services_.end()) return;
+  found->second.isVoid = true;
+  found->second.isGone = true;
+}
+
+void SleepAssertion::returned(const InhibitMechanism& mechanism) {
+  const auto found = services_.find(&mechanism);
+  if (found == services_.end()) return;
+  found->second.isGone = false;
+  found->second.notBefore = {};
+  found->second.refusals = 0;
+}
+
+bool SleepAssertion::isMissing(const InhibitMechanism& mechanism, Moment askedAt, Reasons& listed) {
+  if (!has(mechanism)) return false;
+  Service& service = services_[&mechanism];
+  // What is older than the last one may be listed or not.
+  for (const Grant& grant : service.grants) {
+    const auto entry = listed.find(mechanism.told(grant.reason));
+    const bool isListed = entry != listed.end();
+    if (isListed) listed.erase(entry);
+    if (&grant != &service.grants.back() || isListed || grant.heeded > askedAt) continue;
+    service.isVoid = true;
+  }
+  return service.isVoid;
+}
+
+std::optional<SleepAssertion::Moment> SleepAssertion::nextDue() const {
+  std::optional<Moment> next;
+  const auto consider = [&next](Moment moment) { next = next ? std::min(*next, moment) : moment; };
+  for (const InhibitMechanism* mechanism : wanted_) {
+    if (!isCurrent(*mechanism)) consider(due(*mechanism));
+  }
+  for (const auto& [mechanism, service] : services_) {
+    // The first of the others that is heeded sets its predecessors free.
+    if (service.grants.size() > 1) consider(service.grants[1].heeded);
+  }
+  return next;
+}
+
+std::optional<SleepAssertion::Moment> SleepAssertion::heededSince(
+    const InhibitMechanism& mechanism) const {
+  if (!has(mechanism)) return std::nullopt;
+  return find(mechanism)->grants.back().heeded;
 }
 
 }  // namespace platform

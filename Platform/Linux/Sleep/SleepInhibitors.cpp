@@ -9,8 +9,8 @@ namespace platform {
 namespace {
 
 constexpr std::uint32_t kLevelOn = 255;
-/// Longer than any service lets a wish lie before it heeds it.
-constexpr tidewell::Seconds kAttention{7};
+constexpr tidewell::Seconds kLeastDelay{0.1};
+constexpr tidewell::Seconds kTolerance{0.25};
 
 std::optional<HoldKind> holdKind(std::string_view type) {
   if (type == "PreventUserIdleSystemSleep") return HoldKind::system;
@@ -20,10 +20,16 @@ std::optional<HoldKind> holdKind(std::string_view type) {
 
 }  // namespace
 
-SleepInhibitors::SleepInhibitors(Bus& systemBus, Bus& sessionBus, tidewell::MainLoop& loop)
+SleepInhibitors::SleepInhibitors(Bus& systemBus, Bus& sessionBus, tidewell::MainLoop& loop,
+                                 SleepAssertion::Now now)
     : loop_(loop),
-      services_(systemBus, sessionBus, [this](const InhibitMechanism* mechanism, bool present) {
-        serviceChanged(mechanism, present);
+      now_(std::move(now)),
+      services_(systemBus, sessionBus,
+                [this](InhibitMechanism* mechanism, bool present) {
+                  serviceChanged(mechanism, present);
+                }),
+      readBack_(now_, [this](InhibitMechanism& mechanism, Moment askedAt, const auto& listed) {
+        return compare(mechanism, askedAt, listed);
       }) {}
 
 SleepInhibitors::~SleepInhibitors() = default;
@@ -34,7 +40,7 @@ SleepInhibitors::Creation SleepInhibitors::createAssertion(std::string_view type
   const std::optional<HoldKind> kind = holdKind(type);
   if (!kind || level != kLevelOn) return {-EINVAL, 0};
   const SleepServices::Row row = services_.row(*kind);
-  Live live{std::make_shared<SleepAssertion>(*kind, name)};
+  Live live{std::make_shared<SleepAssertion>(*kind, name, now_, [this] { attend(); })};
   if (!row.mechanisms.empty()) {
     if (const int error = live.assertion->hold(row.mechanisms); error < 0) return {error, 0};
   } else if (row.error < 0) {
@@ -60,8 +66,8 @@ void SleepInhibitors::setAssertionName(std::uint32_t id, const std::string& name
   if (found == live_.end()) return;
   Live& live = found->second;
   if (live.recordedId != 0) recorded_.setAssertionName(live.recordedId, name);
-  live.assertion->rename(name, services_.row(live.assertion->kind()).mechanisms);
-  forgetRecordIfHeld(live);
+  live.assertion->rename(name);
+  hold(live);
   attendLater();
 }
 
@@ -70,41 +76,86 @@ void SleepInhibitors::releaseAssertion(std::uint32_t id) {
   if (found == live_.end()) return;
   if (found->second.recordedId != 0) recorded_.releaseAssertion(found->second.recordedId);
   live_.erase(found);
+  attendLater();
 }
 
-void SleepInhibitors::serviceChanged(const InhibitMechanism* mechanism, bool present) {
+bool SleepInhibitors::isGranted() {
+  return std::all_of(live_.begin(), live_.end(), [](const auto& entry) {
+    const SleepAssertion& assertion = *entry.second.assertion;
+    return assertion.kind() != HoldKind::system || assertion.isHeld();
+  });
+}
+
+void SleepInhibitors::serviceChanged(InhibitMechanism* mechanism, bool present) {
+  if (mechanism != nullptr && !present) readBack_.forget(*mechanism);
   for (auto& [id, live] : live_) {
+    if (mechanism != nullptr && present) live.assertion->returned(*mechanism);
     if (mechanism != nullptr && !present) live.assertion->lost(*mechanism);
-    holdAgain(live);
+    hold(live);
   }
   attendLater();
 }
 
-void SleepInhibitors::holdAgain(Live& live) {
+/// Asks whoever is to be asked now for what is due.
+void SleepInhibitors::hold(Live& live) {
   const SleepServices::Row row = services_.row(live.assertion->kind());
-  if (row.mechanisms.empty()) return;
   live.assertion->hold(row.mechanisms);
-  forgetRecordIfHeld(live);
-}
-
-void SleepInhibitors::forgetRecordIfHeld(Live& live) {
   if (live.recordedId == 0 || !live.assertion->isHeld()) return;
   recorded_.releaseAssertion(std::exchange(live.recordedId, 0));
 }
 
+bool SleepInhibitors::compare(InhibitMechanism& mechanism, Moment askedAt,
+                              const ReadBack::Reasons& listed) {
+  bool isComplete = true;
+  ReadBack::Reasons left = listed;
+  for (auto& [id, live] : live_) {
+    if (!live.assertion->isMissing(mechanism, askedAt, left)) continue;
+    isComplete = false;
+    hold(live);
+  }
+  attendLater();
+  return isComplete;
+}
+
+std::optional<SleepInhibitors::Moment> SleepInhibitors::readBackDue(
+    const InhibitMechanism& mechanism) const {
+  std::optional<Moment> youngest;
+  for (const auto& [id, live] : live_) {
+    if (const auto since = live.assertion->heededSince(mechanism)) {
+      youngest = youngest ? std::max(*youngest, *since) : *since;
+    }
+  }
+  if (!youngest) return std::nullopt;
+  return readBack_.due(mechanism, *youngest);
+}
+
+void SleepInhibitors::readBack() {
+  for (InhibitMechanism* mechanism : services_.all()) {
+    const auto due = readBackDue(*mechanism);
+    if (due && *due <= now_()) readBack_.ask(*mechanism);
+  }
+}
+
 void SleepInhibitors::attendLater() {
-  const bool isNeeded = std::any_of(live_.begin(), live_.end(), [](const auto& entry) {
-    return entry.second.assertion->isSettling() || !entry.second.assertion->isComplete();
-  });
-  if (isNeeded) attention_ = loop_.scheduleRepeating(kAttention, [this] { attend(); });
+  std::optional<Moment> next;
+  const auto consider = [&next](std::optional<Moment> due) {
+    if (due) next = next ? std::min(*next, *due) : *due;
+  };
+  for (const auto& [id, live] : live_)
+    consider(live.assertion->nextDue());
+  for (const InhibitMechanism* mechanism : services_.all())
+    consider(readBackDue(*mechanism));
+  attention_.reset();
+  if (!next) return;
+  const tidewell::Seconds delay = std::max(tidewell::Seconds(*next - now_()), kLeastDelay);
+  attention_ = loop_.scheduleRepeating(delay, [this] { attend(); });
+  attention_->setTolerance(kTolerance);
 }
 
 void SleepInhibitors::attend() {
-  attention_.reset();
-  for (auto& [id, live] : live_) {
-    live.assertion->settle();
-    if (!live.assertion->isComplete()) holdAgain(live);
-  }
+  for (auto& [id, live] : live_)
+    hold(live);
+  readBack();
   attendLater();
 }
 

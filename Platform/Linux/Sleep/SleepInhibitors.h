@@ -1,12 +1,15 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
 #include "Platform/Linux/Bus/Bus.h"
+#include "Platform/Linux/Sleep/ReadBack.h"
 #include "Platform/Linux/Sleep/SleepAssertion.h"
 #include "Platform/Linux/Sleep/SleepServices.h"
 #include "Platform/Recorded/RecordedPowerManagement.h"
@@ -19,11 +22,14 @@ namespace platform {
 ///
 /// Every live assertion follows the session: what a service forgot by restarting is asked for
 /// again, a better service that appears later is used, and where nobody can be asked the assertion
-/// is only recorded until somebody can.
+/// is only recorded until somebody can. Now and then the services are asked for their own lists,
+/// and what is missing there is taken again.
 class SleepInhibitors : public tidewell::PowerManagement {
  public:
-  /// All three must outlive this.
-  SleepInhibitors(Bus& systemBus, Bus& sessionBus, tidewell::MainLoop& loop);
+  /// The first three must outlive this. `now` is the clock by which the loop's timers go.
+  SleepInhibitors(
+      Bus& systemBus, Bus& sessionBus, tidewell::MainLoop& loop,
+      SleepAssertion::Now now = [] { return std::chrono::steady_clock::now(); });
   ~SleepInhibitors() override;
   SleepInhibitors(const SleepInhibitors&) = delete;
   SleepInhibitors& operator=(const SleepInhibitors&) = delete;
@@ -32,6 +38,7 @@ class SleepInhibitors : public tidewell::PowerManagement {
                            const std::string& name) override;
   void setAssertionName(std::uint32_t id, const std::string& name) override;
   void releaseAssertion(std::uint32_t id) override;
+  bool isGranted() override;
 
  private:
   struct Live {
@@ -40,17 +47,23 @@ class SleepInhibitors : public tidewell::PowerManagement {
     std::uint32_t recordedId = 0;
   };
 
+  using Moment = SleepAssertion::Moment;
+
   std::uint32_t add(Live live);
-  void serviceChanged(const InhibitMechanism* mechanism, bool present);
-  void holdAgain(Live& live);
-  void forgetRecordIfHeld(Live& live);
-  /// Sees after a while to what a service has not granted or not heeded yet.
+  void serviceChanged(InhibitMechanism* mechanism, bool present);
+  void hold(Live& live);
+  bool compare(InhibitMechanism& mechanism, Moment askedAt, const ReadBack::Reasons& listed);
+  void readBack();
+  [[nodiscard]] std::optional<Moment> readBackDue(const InhibitMechanism& mechanism) const;
+  /// Sees to it that `attend` comes when there is something to be done next.
   void attendLater();
   void attend();
 
   tidewell::MainLoop& loop_;
+  SleepAssertion::Now now_;
   RecordedPowerManagement recorded_;
   SleepServices services_;
+  ReadBack readBack_;
   std::map<std::uint32_t, Live> live_;
   std::uint32_t lastId_ = 0;
   std::unique_ptr<tidewell::RepeatingTimer> attention_;

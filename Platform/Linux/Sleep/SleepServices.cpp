@@ -63,6 +63,10 @@ SleepServices::Row SleepServices::row(HoldKind kind) {
   return row;
 }
 
+SleepAssertion::Mechanisms SleepServices::all() {
+  return {&sessionManager_, &powerManagement_, &screenSaver_, &logind_};
+}
+
 bool SleepServices::isPresent(Bus& bus, const std::string& name, int& error) {
   const int owned = bus.nameHasOwner(name);
   if (owned < 0 && !saysThereIsNoBus(owned) && error == 0) error = owned;

@@ -10,6 +10,7 @@
 #include "Platform/Linux/Sleep/InhibitMechanism.h"
 #include "Platform/Linux/Sleep/LogindInhibitor.h"
 #include "Platform/Linux/Sleep/SessionManagerInhibitor.h"
+#include "Platform/Linux/Sleep/SleepAssertion.h"
 
 namespace platform {
 
@@ -20,7 +21,7 @@ class SleepServices {
   /// Whom to ask for a hold, in order. When that is nobody, `error` is 0 if there is nobody to ask
   /// at all, else the negative errno for which that could not be found out.
   struct Row {
-    std::vector<InhibitMechanism*> mechanisms;
+    SleepAssertion::Mechanisms mechanisms;
     int error = 0;
   };
 
@@ -32,6 +33,8 @@ class SleepServices {
   SleepServices(Bus& systemBus, Bus& sessionBus, Changed changed);
 
   Row row(HoldKind kind);
+  /// All that a row may name.
+  SleepAssertion::Mechanisms all();
 
  private:
   bool isPresent(Bus& bus, const std::string& name, int& error);

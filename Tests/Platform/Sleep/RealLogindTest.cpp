@@ -1,5 +1,6 @@
 // What the machine's own logind makes of the holds.
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <systemd/sd-bus.h>
 #include <unistd.h>
@@ -7,14 +8,18 @@
 #include <array>
 #include <atomic>
 #include <cstdlib>
+#include <filesystem>
 #include <memory>
 #include <set>
 #include <string>
+#include <system_error>
 #include <thread>
+#include <vector>
 
 #include "Platform/Linux/Sleep/InhibitorList.h"
 #include "Platform/Linux/Sleep/LogindInhibitors.h"
 #include "Platform/Linux/Sleep/LogindSleepNotifications.h"
+#include "Tests/Fakes/FakeMainLoop.h"
 #include "Tests/Platform/Sleep/SleepTest.h"
 #include "Tests/Platform/Support/RealLogind.h"
 
@@ -124,6 +129,7 @@ TEST_F(RealLogindTest, IsNeverWithoutTheHoldWhileItIsRenamed) {
   ASSERT_TRUE(eventually([&] { return watcher.looks > 0; }));
   int renames = 0;
   ASSERT_TRUE(eventually([&] {
+    now += kPause;
     inhibitors->setAssertionName(creation.id, std::to_string(++renames));
     return renames >= 100 && watcher.looks >= 200;
   }));
@@ -172,6 +178,51 @@ TEST_F(RealLogindTest, HoldsNothingForAProcessThatWasKilled) {
   EXPECT_TRUE(eventually([&] { return reasons().empty(); }));
   ::close(ends[0]);
   ::close(ends[1]);
+}
+
+/// Closes what `descriptor` of this process refers to, behind the back of whoever owns it.
+void closeBehindTheBack(int descriptor) {
+  const int nothing = ::open("/dev/null", O_RDWR | O_CLOEXEC);
+  ::dup3(nothing, descriptor, O_CLOEXEC);
+  ::close(nothing);
+}
+
+/// Closes every lock of logind that this process has.
+int closeLocksBehindTheBack() {
+  std::vector<int> locks;
+  for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+    std::error_code error;
+    const std::string target = std::filesystem::read_symlink(entry, error);
+    if (target.find("/inhibit/") != std::string::npos) {
+      locks.push_back(std::stoi(entry.path().filename()));
+    }
+  }
+  for (const int lock : locks)
+    closeBehindTheBack(lock);
+  return static_cast<int>(locks.size());
+}
+
+TEST_F(RealLogindTest, ReadsBackThatALockIsGoneAndTakesItAgain) {
+  tidewell::FakeMainLoop timers;
+  SleepInhibitors holds(*systemBus, *sessionBus, timers, [this] { return now; });
+  ASSERT_EQ(holds.createAssertion(kSystem, 255, "a").code, 0);
+  ASSERT_GE(closeLocksBehindTheBack(), 1);
+  ASSERT_TRUE(eventually([&] { return reasons().empty(); }));
+  now += std::chrono::seconds(3);
+  timers.fireTimers();
+  EXPECT_TRUE(eventually([&] { return reasons() == Reasons{"a"}; }));
+}
+
+TEST_F(RealLogindTest, LeavesALockAloneThatIsListed) {
+  tidewell::FakeMainLoop timers;
+  SleepInhibitors holds(*systemBus, *sessionBus, timers, [this] { return now; });
+  ASSERT_EQ(holds.createAssertion(kSystem, 255, "broken \xFF").code, 0);
+  for (int reading = 0; reading < 3; ++reading) {
+    now += std::chrono::seconds(60);
+    timers.fireTimers();
+    runBriefly(*loop);
+  }
+  EXPECT_EQ(ports.log.lines(), Lines{});
 }
 
 TEST_F(RealLogindTest, AcceptsAReasonThatWasBrokenText) {

@@ -139,6 +139,7 @@ TEST_F(SleepTest, TakesTheNewNameBeforeItDropsTheOldOne) {
   const auto gnome = sessionService(kGnome);
   const auto logind = fakeLogind();
   const auto creation = create(kSystem, "a");
+  now += kPause;
   inhibitors->setAssertionName(creation.id, "b");
   EXPECT_TRUE(eventually([&] { return gnome->held() == Lines{"b"}; }));
   EXPECT_EQ(gnome->log(),
@@ -151,6 +152,7 @@ TEST_F(SleepTest, KeepsTheOldNameWhereTheNewOneIsRefused) {
   const auto gnome = sessionService(kGnome);
   const auto creation = create(kSystem, "a");
   gnome->refuses = true;
+  now += kPause;
   inhibitors->setAssertionName(creation.id, "b");
   runBriefly(*loop);
   EXPECT_EQ(gnome->held(), Lines{"a"});
@@ -193,6 +195,7 @@ TEST_F(SleepTest, AsksASessionManagerAgainThatRestarted) {
   auto gnome = sessionService(kGnome);
   create(kSystem, "a");
   const auto renamed = create(kDisplay, "b");
+  now += kPause;
   inhibitors->setAssertionName(renamed.id, "c");
   gnome.reset();
   gnome = sessionService(kGnome);
@@ -344,55 +347,22 @@ TEST_F(SleepTest, SaysSoWhenNeitherBusSaysAnything) {
   EXPECT_EQ(ports.log.lines(), Lines{});
 }
 
-/// The same on a loop whose timers the test fires.
-class SleepTimerTest : public SleepTest {
- protected:
-  void SetUp() override {
-    BusTest::SetUp();
-    if (IsSkipped()) return;
-    inhibitors = std::make_unique<SleepInhibitors>(*systemBus, *sessionBus, timers);
-  }
-
-  tidewell::FakeMainLoop timers;
-};
-
-TEST_F(SleepTimerTest, KeepsTheOldGrantUntilPowerDevilHeedsTheNewOne) {
-  const auto power = sessionService(kPowerManagement);
-  const auto creation = create(kSystem, "a");
-  inhibitors->setAssertionName(creation.id, "b");
-  EXPECT_EQ(power->held(), (Lines{"a", "b"}));
-  inhibitors->setAssertionName(creation.id, "c");
-  EXPECT_TRUE(eventually([&] { return power->held() == (Lines{"a", "c"}); }));
-  timers.fireTimers();
-  EXPECT_TRUE(eventually([&] { return power->held() == Lines{"c"}; }));
-  EXPECT_FALSE(power->hadAGap());
-}
-
-TEST_F(SleepTimerTest, GivesBackBothTheOldAndTheNewGrantOnRelease) {
-  const auto power = sessionService(kPowerManagement);
-  const auto creation = create(kSystem, "a");
-  inhibitors->setAssertionName(creation.id, "b");
-  inhibitors->releaseAssertion(creation.id);
-  EXPECT_TRUE(eventually([&] { return power->held().empty(); }));
-}
-
-TEST_F(SleepTimerTest, AsksAgainAfterAWhileWhoeverHasNotAgreedYet) {
-  const auto gnome = sessionService(kGnome);
-  const auto logind = fakeLogind();
-  gnome->refuses = true;
+TEST_F(SleepTest, IsGrantedAsLongAsSomeServiceHasEverySystemHold) {
+  EXPECT_TRUE(inhibitors->isGranted()) << "nothing is asked for";
+  auto gnome = sessionService(kGnome);
   create(kSystem, "a");
-  gnome->refuses = false;
-  timers.fireTimers();
-  EXPECT_EQ(gnome->held(), Lines{"a"});
-  EXPECT_EQ(logind->granted(), Lines{"idle|Staylit|a|block"});
+  EXPECT_TRUE(inhibitors->isGranted());
+  gnome.reset();
+  EXPECT_TRUE(eventually([&] { return !inhibitors->isGranted(); }));
+  gnome = sessionService(kGnome);
+  EXPECT_TRUE(eventually([&] { return inhibitors->isGranted(); }));
 }
 
-TEST_F(SleepTimerTest, SetsNoTimerForAHoldThatIsComplete) {
-  const auto gnome = sessionService(kGnome);
-  const auto logind = fakeLogind();
+TEST_F(SleepTest, IsNotGrantedWhereItIsRecordedOnly) {
   const auto creation = create(kSystem, "a");
-  inhibitors->setAssertionName(creation.id, "b");
-  EXPECT_EQ(timers.timers.size(), 0U);
+  EXPECT_FALSE(inhibitors->isGranted());
+  inhibitors->releaseAssertion(creation.id);
+  EXPECT_TRUE(inhibitors->isGranted());
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <memory>
 #include <string>
 #include <vector>
@@ -22,13 +23,17 @@ inline constexpr const char* kDisplay = "PreventUserIdleDisplaySleep";
 
 using Lines = std::vector<std::string>;
 
+/// After so long a service may be asked to change again.
+inline constexpr std::chrono::seconds kPause{5};
+
 /// The inhibitors on private buses, with whatever services a test puts there.
 class SleepTest : public BusTest {
  protected:
   void SetUp() override {
     BusTest::SetUp();
     if (IsSkipped()) return;
-    inhibitors = std::make_unique<SleepInhibitors>(*systemBus, *sessionBus, *loop);
+    inhibitors =
+        std::make_unique<SleepInhibitors>(*systemBus, *sessionBus, *loop, [this] { return now; });
   }
   void TearDown() override { inhibitors.reset(); }
 
@@ -43,6 +48,8 @@ class SleepTest : public BusTest {
   }
 
   tidewell::FakePorts ports;
+  /// What the inhibitors take for the time.
+  SleepAssertion::Moment now{std::chrono::hours(1)};
   std::unique_ptr<SleepInhibitors> inhibitors;
 };
 

@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <map>
 #include <mutex>
+#include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -16,7 +18,7 @@
 namespace platform::testing {
 
 /// A service of the session that grants cookies: `Inhibit(susu)` under org.gnome.SessionManager,
-/// `Inhibit(ss)` under any other name. Logs each request as a line.
+/// `Inhibit(ss)` under any other name. Logs each request as a line, and tells what it has.
 class FakeSessionService {
  public:
   FakeSessionService(const std::string& address, const std::string& name)
@@ -24,19 +26,39 @@ class FakeSessionService {
         service_(address, {name}, [this](sd_bus_message* call) { answer(call); }) {}
 
   std::atomic<bool> refuses = false;
+  std::atomic<int> refusals = 0;
   std::atomic<bool> isSilent = false;
+  std::atomic<bool> tellsByProperties = false;  ///< Of an inhibitor, rather than by methods.
+  std::atomic<int> readings = 0;                ///< How often somebody asked what it has.
+
+  /// Never answers what was left unanswered.
+  void forgetCalls() {
+    service_.perform([this](sd_bus*) { unanswered_.answer([](sd_bus_message*) {}); });
+  }
+  /// Loses what it has granted so far, without a word.
+  void forget() {
+    const std::lock_guard lock(mutex_);
+    held_.clear();
+  }
+  /// Grants something to somebody else.
+  void grantToAnother(const std::string& reason) {
+    const std::lock_guard lock(mutex_);
+    held_[++lastCookie_] = reason;
+    others_.insert(lastCookie_);
+  }
 
   /// "Inhibit application|reason|flags" and "Uninhibit cookie", in order. The first cookie is 1.
   std::vector<std::string> log() {
     const std::lock_guard lock(mutex_);
     return log_;
   }
-  /// The reasons of the cookies that are out.
+  /// The reasons of the cookies that are out, less those of others.
   std::vector<std::string> held() {
     const std::lock_guard lock(mutex_);
     std::vector<std::string> reasons;
-    for (const auto& [cookie, reason] : held_)
-      reasons.push_back(reason);
+    for (const auto& [cookie, reason] : held_) {
+      if (!others_.contains(cookie)) reasons.push_back(reason);
+    }
     return reasons;
   }
   /// Whether there was a moment without any cookie since the first was granted.
@@ -63,6 +85,10 @@ class FakeSessionService {
     const std::string_view member = sd_bus_message_get_member(call);
     if (member == "Inhibit") return inhibit(call);
     if (member == "Uninhibit" || member == "UnInhibit") return uninhibit(call);
+    if (member == "GetInhibitors") return listPaths(call);
+    if (member == "HasInhibit") return tellWhetherInhibited(call);
+    if (member == "Get" && tellsByProperties) return tellProperty(call);
+    if (member.starts_with("Get") && !tellsByProperties) return tell(call, member.substr(3));
     sd_bus_reply_method_errorf(call, SD_BUS_ERROR_UNKNOWN_METHOD, "unknown");
   }
 
@@ -76,6 +102,7 @@ class FakeSessionService {
                          : sd_bus_message_read(call, "ss", &application, &reason);
     const bool isRefused = refuses || read < 0 || (isSessionManager_ && *reason == '\0');
     if (isRefused) {
+      ++refusals;
       sd_bus_reply_method_errorf(call, SD_BUS_ERROR_ACCESS_DENIED, "refused");
       return;
     }
@@ -97,11 +124,64 @@ class FakeSessionService {
     hadAGap_ = hadAGap_ || held_.empty();
   }
 
+  static constexpr const char* kInhibitors = "/org/gnome/SessionManager/Inhibitor";
+
+  void listPaths(sd_bus_message* call) {
+    ++readings;
+    const std::lock_guard lock(mutex_);
+    sd_bus_message* reply = nullptr;
+    sd_bus_message_new_method_return(call, &reply);
+    sd_bus_message_open_container(reply, 'a', "o");
+    for (const auto& [cookie, reason] : held_)
+      sd_bus_message_append(reply, "o", (kInhibitors + std::to_string(cookie)).c_str());
+    sd_bus_message_close_container(reply);
+    sd_bus_message_send(reply);
+    sd_bus_message_unref(reply);
+  }
+
+  void tellWhetherInhibited(sd_bus_message* call) {
+    ++readings;
+    const std::lock_guard lock(mutex_);
+    sd_bus_reply_method_return(call, "b", held_.empty() ? 0 : 1);
+  }
+
+  /// A detail of the inhibitor whose object is asked; absent for one that is not there.
+  std::optional<std::string> detail(sd_bus_message* call, std::string_view name) {
+    const std::lock_guard lock(mutex_);
+    const std::string path = sd_bus_message_get_path(call);
+    for (const auto& [cookie, reason] : held_) {
+      if (path != kInhibitors + std::to_string(cookie)) continue;
+      if (name == "Reason" || name == "reason") return reason;
+      if (name == "AppId" || name == "app_id") {
+        return others_.contains(cookie) ? "org.example.Other" : "com.staylit.app";
+      }
+    }
+    return std::nullopt;
+  }
+  void tell(sd_bus_message* call, std::string_view name) {
+    if (const auto text = detail(call, name)) {
+      sd_bus_reply_method_return(call, "s", text->c_str());
+    } else {
+      sd_bus_reply_method_errorf(call, SD_BUS_ERROR_UNKNOWN_OBJECT, "gone");
+    }
+  }
+  void tellProperty(sd_bus_message* call) {
+    const char* interface = nullptr;
+    const char* name = nullptr;
+    sd_bus_message_read(call, "ss", &interface, &name);
+    if (const auto text = detail(call, name)) {
+      sd_bus_reply_method_return(call, "v", "s", text->c_str());
+    } else {
+      sd_bus_reply_method_errorf(call, SD_BUS_ERROR_UNKNOWN_OBJECT, "gone");
+    }
+  }
+
   bool isSessionManager_;
   std::mutex mutex_;
   std::vector<std::string> log_;
   std::vector<std::string> targets_;
   std::map<std::uint32_t, std::string> held_;
+  std::set<std::uint32_t> others_;
   std::uint32_t lastCookie_ = 0;
   bool hadAGap_ = false;
   UnansweredCalls unanswered_;

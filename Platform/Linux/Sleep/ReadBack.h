@@ -1,0 +1,49 @@
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+
+#include "Platform/Linux/Sleep/InhibitMechanism.h"
+#include "Platform/Linux/Sleep/SleepAssertion.h"
+
+namespace platform {
+
+/// Asks the services whether they still have what they granted, and does not wait for it: some
+/// seconds after they were given something, then once a minute, and never twice within half a
+/// minute. Owned by `SleepInhibitors`; main thread only; the mechanisms must outlive it.
+class ReadBack {
+ public:
+  using Moment = SleepAssertion::Moment;
+  using Reasons = SleepAssertion::Reasons;
+  /// Gets the list that `mechanism` had at `askedAt`, and tells whether it had all that it granted.
+  using Compare =
+      std::function<bool(InhibitMechanism& mechanism, Moment askedAt, const Reasons& listed)>;
+
+  ReadBack(SleepAssertion::Now now, Compare compare);
+
+  /// `heededSince`: since when `mechanism` has heeded the last of what it grants.
+  [[nodiscard]] std::optional<Moment> due(const InhibitMechanism& mechanism,
+                                          Moment heededSince) const;
+  void ask(InhibitMechanism& mechanism);
+
+  /// Its service has gone, and with it what is known of its list.
+  void forget(InhibitMechanism& mechanism);
+
+ private:
+  struct Asked {
+    Moment at;
+    std::shared_ptr<void> question;
+    int misses = 0;  ///< In a row.
+  };
+
+  void heard(InhibitMechanism& mechanism, const Reasons& listed);
+
+  SleepAssertion::Now now_;
+  Compare compare_;
+  std::map<const InhibitMechanism*, Asked> asked_;
+};
+
+}  // namespace platform
