@@ -11,6 +11,7 @@ AppDelegate::AppDelegate(tidewell::Ports& ports, UserInterface& userInterface)
 
 void AppDelegate::applicationDidFinishLaunching() {
   // What shows the engine goes before it, and is there before its first tick.
+  holdWatch_.reset();
   terminalReporter_.reset();
   menuBar_.reset();
   engine_ = std::make_unique<StaylitEngine>(ports_);
@@ -19,17 +20,35 @@ void AppDelegate::applicationDidFinishLaunching() {
     terminalReporter_ =
         std::make_unique<TerminalReporter>(*engine_, *ports_.console, *ports_.clock);
   }
+  holdWatch_ = std::make_unique<HoldWatch>(*engine_, *ports_.powerManagement,
+                                           [this] { tellThatNothingHolds(); });
   resumeLidClosed();
   engine_->start();
   tidewell::Log::info("Staylit started");
 }
 
 void AppDelegate::resumeLidClosed() {
-  if (!Prefs::shared().defaults().boolean(keys::allowLidClosed)) return;
-  if (tidewell::ClamshellController::resume()) return;
+  const auto isWanted = [] { return Prefs::shared().defaults().boolean(keys::allowLidClosed); };
+  if (ports_.lidSwitch) {
+    lidChanges_ = ports_.lidSwitch->observe([this, isWanted](bool holds) {
+      if (!holds && isWanted()) tellOfTheLid("\"Work with the lid closed\" is not in effect.");
+    });
+  }
+  if (!isWanted() || tidewell::ClamshellController::resume()) return;
   // Asked for in an earlier run: nobody looks at the Settings window, which shows failures, now.
-  userInterface_.tell("With its lid closed the computer will sleep",
-                      "\"Work with the lid closed\" could not be switched on again.");
+  tellOfTheLid("\"Work with the lid closed\" could not be switched on again.");
+}
+
+void AppDelegate::tellOfTheLid(const std::string& why) {
+  userInterface_.tell("With its lid closed the computer will sleep", why);
+}
+
+void AppDelegate::tellThatNothingHolds() {
+  userInterface_.tell("The computer may fall asleep during the work",
+                      "No service of the system grants Staylit's hold.");
+  if (terminalReporter_) {
+    terminalReporter_->tell("No service of the system grants the hold — your Mac can sleep");
+  }
 }
 
 void AppDelegate::applicationWillTerminate() {

@@ -1,8 +1,10 @@
 #pragma once
 
 #include <memory>
+#include <string>
 
 #include "Staylit/Application.h"
+#include "Staylit/HoldWatch.h"
 #include "Staylit/MenuBarController.h"
 #include "Staylit/StaylitEngine.h"
 #include "Staylit/TerminalReporter.h"
@@ -32,12 +34,16 @@ class AppDelegate : public ApplicationDelegate {
 
  private:
   void resumeLidClosed();
+  void tellOfTheLid(const std::string& why);
+  void tellThatNothingHolds();
 
   tidewell::Ports& ports_;
   UserInterface& userInterface_;
   std::unique_ptr<StaylitEngine> engine_;
   std::unique_ptr<MenuBarController> menuBar_;
   std::unique_ptr<TerminalReporter> terminalReporter_;
+  std::unique_ptr<HoldWatch> holdWatch_;
+  std::shared_ptr<void> lidChanges_;
 };
 
 }  // namespace staylit

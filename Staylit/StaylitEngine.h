@@ -40,6 +40,9 @@ class StaylitEngine {
   /// Gives the hold back, whatever the status says, until a tick takes it again.
   void releaseHold();
 
+  /// Whether the hold was taken, as far as the system said.
+  [[nodiscard]] bool isHolding() const { return sleep_.isHolding(); }
+
   [[nodiscard]] bool isPaused() const { return isPaused_; }
   /// Acts on every call, also when nothing changes: pausing releases the hold, resuming starts
   /// from no history and ticks at once.

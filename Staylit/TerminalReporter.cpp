@@ -39,12 +39,16 @@ TerminalReporter::TerminalReporter(StaylitEngine& engine, tidewell::Console& con
       subscription_(
           engine.status().observe([this](const EngineStatus& next) { statusWillChange(next); })) {}
 
+void TerminalReporter::tell(const std::string& text) {
+  console_.printLine(timeOfDay(clock_.now()) + "  " + text);
+}
+
 void TerminalReporter::statusWillChange(const EngineStatus& next) {
   EngineStatus state = stateOf(next);
   if (told_ == state) return;
   told_ = std::move(state);
 
-  std::string line = timeOfDay(clock_.now()) + "  " + next.summary();
+  std::string line = next.summary();
   if (std::holds_alternative<EngineStatus::Holding>(next.value)) {
     for (const tidewell::BusyApp& app : engine_.busyApps().get()) {
       line += "  |  " + app.display + ": " + app.reason();
@@ -53,7 +57,7 @@ void TerminalReporter::statusWillChange(const EngineStatus& next) {
       line += "  |  " + name + ": asked to stay awake";
     }
   }
-  console_.printLine(line);
+  tell(line);
 }
 
 }  // namespace staylit

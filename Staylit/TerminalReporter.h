@@ -19,6 +19,9 @@ class TerminalReporter {
  public:
   TerminalReporter(StaylitEngine& engine, tidewell::Console& console, tidewell::Clock& clock);
 
+  /// Tells of something else, in a line with the time as well.
+  void tell(const std::string& text);
+
  private:
   void statusWillChange(const EngineStatus& next);
 

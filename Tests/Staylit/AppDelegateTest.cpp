@@ -171,6 +171,18 @@ TEST_F(AppDelegateTest, LaunchingAgainReplacesTheEngineItsHoldAndItsMenuBar) {
   EXPECT_TRUE(fakes.mainLoop.timers[1]->valid);
 }
 
+TEST_F(AppDelegateTest, TellsTheUserOnceAndTheTerminalThatNoServiceGrantsTheHold) {
+  fakes.console.outputTerminal = true;
+  fakes.power.granted = false;
+  delegate.applicationDidFinishLaunching();
+  for (int look = 0; look < 20; ++look)
+    delegate.engine()->tick();
+  EXPECT_EQ(fakes.calls->count("tell: The computer may fall asleep during the work"), 1U);
+  EXPECT_EQ(fakes.console.output,
+            "09:00:00  Work stopped \u2014 releasing in 120s\n"
+            "09:00:00  No service of the system grants the hold \u2014 your Mac can sleep\n");
+}
+
 TEST_F(AppDelegateTest, TakesTheLidSwitchUpAgainThatAnEarlierProcessHeld) {
   fakes.useLidSwitch();
   fakes.defaults.setBoolean(keys::allowLidClosed, true);
@@ -183,6 +195,25 @@ TEST_F(AppDelegateTest, TellsTheUserWhenTheLidCannotBeHeldAgain) {
   fakes.lidSwitch.holdFailure = tidewell::LidSwitch::Failure{false, "the desktop handles it"};
   fakes.defaults.setBoolean(keys::allowLidClosed, true);
   delegate.applicationDidFinishLaunching();
+  EXPECT_EQ(fakes.calls->count("tell: With its lid closed the computer will sleep"), 1U);
+}
+
+TEST_F(AppDelegateTest, TellsNothingOfALidThatIsTriedAgainUntilItIsKnownToBeLost) {
+  fakes.useLidSwitch();
+  fakes.lidSwitch.holdFailure = tidewell::LidSwitch::Failure{false, "nobody answers", true};
+  fakes.defaults.setBoolean(keys::allowLidClosed, true);
+  delegate.applicationDidFinishLaunching();
+  EXPECT_EQ(fakes.calls->count("tell: With its lid closed the computer will sleep"), 0U);
+  fakes.lidSwitch.become(false);
+  EXPECT_EQ(fakes.calls->count("tell: With its lid closed the computer will sleep"), 1U);
+}
+
+TEST_F(AppDelegateTest, TellsTheUserOfALidThatIsLostLater) {
+  fakes.useLidSwitch();
+  fakes.defaults.setBoolean(keys::allowLidClosed, true);
+  delegate.applicationDidFinishLaunching();
+  fakes.lidSwitch.become(false);
+  fakes.lidSwitch.become(true);
   EXPECT_EQ(fakes.calls->count("tell: With its lid closed the computer will sleep"), 1U);
 }
 
