@@ -28,8 +28,12 @@ void DesktopApplication::run(ApplicationDelegate& delegate) {
   if (action == MenuItem::Action::terminate) return;
 
   std::optional<LoginSession> session;
-  if (const auto id = LoginSession::ownGraphical()) session.emplace(loop_, *id, end);
-  const SessionClient client(sessionBus_, end);
+  std::optional<SessionClient> client;
+  // With lingering, the user's manager goes on after a session, and so does its unit.
+  if (!LoginSession::outlivesSessions()) {
+    if (const auto id = LoginSession::ownGraphical()) session.emplace(loop_, *id, end);
+    client.emplace(sessionBus_, end);
+  }
   delegate.applicationDidFinishLaunching();
   if (action) {
     loop_.async([this, action] { userInterface_.choose(*action); });

@@ -11,8 +11,9 @@ namespace staylit {
 /// The running program on Linux, with a desktop or without one.
 ///
 /// It is one of its kind in its session: a second start makes its request of the first and returns
-/// at once. It ends in order on SIGTERM, SIGINT, SIGHUP and with the user's session. Main thread
-/// only; what it refers to must outlive it.
+/// at once. It ends in order on SIGTERM, SIGINT, SIGHUP and with the user's session, which it
+/// outlives only as the unit of the user's service manager. Main thread only; what it refers to
+/// must outlive it.
 class DesktopApplication : public Application {
  public:
   /// `request` is also what the first start does, once it runs.

@@ -23,6 +23,17 @@ bool isGraphical(const char* session) {
 
 }  // namespace
 
+bool LoginSession::outlivesSessions(std::string_view unit) {
+  return unit == "staylit.service";
+}
+
+bool LoginSession::outlivesSessions() {
+  char* raw = nullptr;
+  if (sd_pid_get_user_unit(0, &raw) < 0) return false;
+  const Text unit(raw, &std::free);
+  return outlivesSessions(unit.get());
+}
+
 std::optional<std::string> LoginSession::ownGraphical() {
   char* raw = nullptr;
   // What the user's service manager runs lies outside of all sessions, yet is there for the one

@@ -6,6 +6,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "Platform/Linux/Loop/EventLoop.h"
 #include "Platform/Linux/Loop/EventSource.h"
@@ -16,6 +17,12 @@ namespace staylit {
 /// is no logind. Main thread only; the loop must outlive it.
 class LoginSession {
  public:
+  /// Whether `unit` of the user's service manager is the one for this program, which lives as long
+  /// as the manager wants, whatever sessions come and go meanwhile.
+  static bool outlivesSessions(std::string_view unit);
+  /// The same of the unit that this process runs in, if any.
+  static bool outlivesSessions();
+
   /// The graphical session that this process belongs to, if any.
   static std::optional<std::string> ownGraphical();
 

@@ -1,14 +1,19 @@
 #include <gtest/gtest.h>
+#include <linux/magic.h>
+#include <sys/statfs.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <vector>
 
 #include "Staylit/Desktop/LoginSession.h"
@@ -182,6 +187,71 @@ TEST_F(LoginSessionTest, TellsThatTheSessionIsGone) {
   const LoginSession session(loop, kSession, [this] { ++ended; });
   std::filesystem::remove(kFile);
   EXPECT_TRUE(eventually([this] { return ended == 1; }));
+}
+
+TEST(LoginSessionUnit, OnlyTheUnitOfTheProgramOutlivesSessions) {
+  EXPECT_TRUE(LoginSession::outlivesSessions("staylit.service"));
+  EXPECT_FALSE(LoginSession::outlivesSessions("app-com.staylit.app@autostart.service"));
+  EXPECT_FALSE(LoginSession::outlivesSessions("dbus-:1.2-com.staylit.app@0.service"));
+  EXPECT_FALSE(LoginSession::outlivesSessions(""));
+}
+
+/// A control group as a user's service manager makes it, for a user that does not exist.
+class UnitGroup {
+ public:
+  explicit UnitGroup(const std::string& unit) {
+    const std::string user = std::to_string(2'000'000 + ::getpid());
+    for (const std::string root : {"/sys/fs/cgroup", "/sys/fs/cgroup/unified"}) {
+      struct statfs information {};
+      if (::statfs(root.c_str(), &information) != 0 || information.f_type != CGROUP2_SUPER_MAGIC)
+        continue;
+      slice_ = root + "/user.slice/user-" + user + ".slice";
+      path_ = slice_ + "/user@" + user + ".service/app.slice/" + unit;
+      std::error_code error;
+      std::filesystem::create_directories(path_, error);
+      if (error) path_.clear();
+    }
+  }
+  ~UnitGroup() {
+    for (auto path = path_; path.string().size() >= slice_.size() && !slice_.empty();
+         path = path.parent_path()) {
+      ::rmdir(path.c_str());
+    }
+  }
+  UnitGroup(const UnitGroup&) = delete;
+  UnitGroup& operator=(const UnitGroup&) = delete;
+
+  [[nodiscard]] bool exists() const { return !path_.empty(); }
+
+  /// Whether a process in it takes itself for one that outlives sessions; absent when it cannot be
+  /// put there.
+  [[nodiscard]] std::optional<bool> outlivesSessions() const {
+    const pid_t child = ::fork();
+    if (child == 0) {
+      std::ofstream(path_ / "cgroup.procs") << ::getpid() << std::flush;
+      std::ifstream own("/proc/self/cgroup");
+      const std::string groups((std::istreambuf_iterator<char>(own)), {});
+      if (groups.find(path_.filename()) == std::string::npos) ::_exit(2);
+      ::_exit(LoginSession::outlivesSessions() ? 1 : 0);
+    }
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    if (!WIFEXITED(status) || WEXITSTATUS(status) == 2) return std::nullopt;
+    return WEXITSTATUS(status) == 1;
+  }
+
+ private:
+  std::string slice_;
+  std::filesystem::path path_;
+};
+
+TEST(LoginSessionUnit, IsFoundInTheControlGroupOfTheProcess) {
+  const UnitGroup own("staylit.service");
+  const UnitGroup started("app-com.staylit.app@autostart.service");
+  if (!own.exists() || !own.outlivesSessions())
+    GTEST_SKIP() << "control groups cannot be made here";
+  EXPECT_EQ(own.outlivesSessions(), true);
+  EXPECT_EQ(started.outlivesSessions(), false);
 }
 
 TEST_F(LoginSessionTest, MayBeDroppedByWhatItTells) {
