@@ -9,6 +9,7 @@ namespace platform {
 namespace {
 
 constexpr std::uint32_t kLevelOn = 255;
+constexpr std::chrono::seconds kLookAgain{10};
 constexpr tidewell::Seconds kLeastDelay{0.1};
 constexpr tidewell::Seconds kTolerance{0.25};
 
@@ -39,12 +40,12 @@ SleepInhibitors::Creation SleepInhibitors::createAssertion(std::string_view type
                                                            const std::string& name) {
   const std::optional<HoldKind> kind = holdKind(type);
   if (!kind || level != kLevelOn) return {-EINVAL, 0};
-  const SleepServices::Row row = services_.row(*kind);
+  const SleepServices::Row wanted = row(*kind);
   Live live{std::make_shared<SleepAssertion>(*kind, name, now_, [this] { attend(); })};
-  if (!row.mechanisms.empty()) {
-    if (const int error = live.assertion->hold(row.mechanisms); error < 0) return {error, 0};
-  } else if (row.error < 0) {
-    return {row.error, 0};
+  if (!wanted.mechanisms.empty()) {
+    if (const int error = live.assertion->hold(wanted.mechanisms); error < 0) return {error, 0};
+  } else if (wanted.error < 0) {
+    return {wanted.error, 0};
   } else {
     live.recordedId = recorded_.createAssertion(type, level, name).id;
   }
@@ -96,10 +97,16 @@ void SleepInhibitors::serviceChanged(InhibitMechanism* mechanism, bool present) 
   attendLater();
 }
 
+SleepServices::Row SleepInhibitors::row(HoldKind kind) {
+  SleepServices::Row result = services_.row(kind);
+  // Nobody tells when a bus in trouble is well again.
+  if (result.error < 0) lookAgain_ = now_() + kLookAgain;
+  return result;
+}
+
 /// Asks whoever is to be asked now for what is due.
 void SleepInhibitors::hold(Live& live) {
-  const SleepServices::Row row = services_.row(live.assertion->kind());
-  live.assertion->hold(row.mechanisms);
+  live.assertion->hold(row(live.assertion->kind()).mechanisms);
   if (live.recordedId == 0 || !live.assertion->isHeld()) return;
   recorded_.releaseAssertion(std::exchange(live.recordedId, 0));
 }
@@ -145,6 +152,7 @@ void SleepInhibitors::attendLater() {
     consider(live.assertion->nextDue());
   for (const InhibitMechanism* mechanism : services_.all())
     consider(readBackDue(*mechanism));
+  if (!live_.empty()) consider(lookAgain_);
   attention_.reset();
   if (!next) return;
   const tidewell::Seconds delay = std::max(tidewell::Seconds(*next - now_()), kLeastDelay);
@@ -153,6 +161,7 @@ void SleepInhibitors::attendLater() {
 }
 
 void SleepInhibitors::attend() {
+  if (lookAgain_ && *lookAgain_ <= now_()) lookAgain_.reset();
   for (auto& [id, live] : live_)
     hold(live);
   readBack();

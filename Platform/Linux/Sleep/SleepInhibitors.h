@@ -51,6 +51,7 @@ class SleepInhibitors : public tidewell::PowerManagement {
 
   std::uint32_t add(Live live);
   void serviceChanged(InhibitMechanism* mechanism, bool present);
+  SleepServices::Row row(HoldKind kind);
   void hold(Live& live);
   bool compare(InhibitMechanism& mechanism, Moment askedAt, const ReadBack::Reasons& listed);
   void readBack();
@@ -66,6 +67,8 @@ class SleepInhibitors : public tidewell::PowerManagement {
   ReadBack readBack_;
   std::map<std::uint32_t, Live> live_;
   std::uint32_t lastId_ = 0;
+  /// When it is to be found out again whom to ask; absent as long as that is known.
+  std::optional<Moment> lookAgain_;
   std::unique_ptr<tidewell::RepeatingTimer> attention_;
 };
 

@@ -252,6 +252,19 @@ TEST_F(HoldUpkeepTest, AsksAtOnceAgainWhenALateAnswerShowsThatTheServiceIsWell) 
   EXPECT_FALSE(gnome->hadAGap());
 }
 
+TEST_F(HoldUpkeepTest, AsksTheSessionAfterAWhileWhoseBusStoodStillAtTheStart) {
+  const auto logind = fakeLogind();
+  const auto gnome = sessionService(kGnome);
+  sessionDaemon->freeze();
+  ASSERT_EQ(create(kSystem, "a").code, 0);
+  EXPECT_EQ(logind->held(), Lines{"idle|Staylit|a|block"});
+  sessionDaemon->thaw();
+  EXPECT_TRUE(eventually([&] {
+    pass(seconds(10));
+    return gnome->held() == Lines{"a"};
+  }));
+}
+
 // Reading back.
 
 constexpr const char* kLogindLost =

@@ -4,6 +4,7 @@
 #include <sys/mount.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -37,6 +38,9 @@ class RealLogind {
   }
   /// Ends it; what it knows of its locks stays behind.
   void stop() { logind_.kill(); }
+  /// Stops and continues it, as one that hangs.
+  void freeze() { ::kill(logind_.pid(), SIGSTOP); }
+  void thaw() { ::kill(logind_.pid(), SIGCONT); }
   /// Makes it forget its locks as well.
   void forget() const {
     for (const auto& entry : std::filesystem::directory_iterator(state_.path())) {
