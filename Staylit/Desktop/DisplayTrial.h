@@ -35,8 +35,8 @@ class DisplayTrial {
   /// How the trial's process is started: the program's own file, even if it was replaced since.
   static constexpr const char* kOwnProgram = "/proc/self/exe";
   static constexpr const char* kOption = "--try-display";
-  /// A busy machine needs its time to load the windows.
-  static constexpr tidewell::Seconds kPatience{10};
+  /// A very busy machine needs its time to load the windows, and nobody waits for the trial.
+  static constexpr tidewell::Seconds kPatience{20};
 
   /// `done` runs once, from the loop, and may destroy this. A display that is usable stays
   /// connected until this is destroyed: some servers end or start afresh when their last client

@@ -82,7 +82,7 @@ class Displays {
     ++outcome.runs;
     if (!holds()) return find("There was no hold to begin with.");
     OwnMachine::wait(machine_.start({"--settings"}));
-    if (!OwnMachine::eventually([&staylit] { return hasWindows(staylit.pid()); }, 30s)) {
+    if (!OwnMachine::eventually([&staylit] { return hasWindows(staylit.pid()); }, 60s)) {
       return find("On a display that answers there was no window.");
     }
     server.freeze();
