@@ -1,6 +1,7 @@
 #include "Platform/Linux/System/FileReplacement.h"
 
 #include <fcntl.h>
+#include <stdio.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -9,6 +10,7 @@
 #include <cstring>
 
 #include "Platform/Linux/System/Descriptor.h"
+#include "Platform/Linux/System/ReadLease.h"
 
 namespace platform {
 namespace {
@@ -35,6 +37,25 @@ bool copyOwnerAndMode(int file, const std::filesystem::path& target) {
   return fchmod(file, status.st_mode & kPermissions) == 0;
 }
 
+FileStamp stampOf(int file) {
+  struct stat status {};
+  return fstat(file, &status) == 0 ? FileStamp::of(status) : FileStamp();
+}
+
+FileStamp stampOf(const std::string& path) {
+  struct stat status {};
+  return lstat(path.c_str(), &status) == 0 ? FileStamp::of(status) : FileStamp();
+}
+
+bool exchangeNames(const std::string& one, const std::filesystem::path& other) {
+  return renameat2(AT_FDCWD, one.c_str(), AT_FDCWD, other.c_str(), RENAME_EXCHANGE) == 0;
+}
+
+bool isStill(const std::filesystem::path& path, const RegularFile& expected) {
+  const RegularFile now = readRegularFile(path, expected.text.size());
+  return now.error.empty() && now.exists && now.text == expected.text;
+}
+
 }  // namespace
 
 FileReplacement::FileReplacement(const std::filesystem::path& target, std::string_view content)
@@ -50,6 +71,7 @@ FileReplacement::FileReplacement(const std::filesystem::path& target, std::strin
   const bool isWritten = copyOwnerAndMode(file.get(), target) && writeAll(file.get(), content) &&
                          fsync(file.get()) == 0;
   if (!isWritten) error_ = std::strerror(errno);
+  own_ = stampOf(file.get());
 }
 
 FileReplacement::~FileReplacement() {
@@ -63,6 +85,65 @@ bool FileReplacement::commit() {
   }
   temporary_.clear();
   return true;
+}
+
+FileReplacement::Outcome FileReplacement::failure() {
+  error_ = std::strerror(errno);
+  return Outcome::failed;
+}
+
+FileReplacement::Outcome FileReplacement::commitOver(const RegularFile& expected) {
+  if (!expected.exists) return commitAsNew();
+  const ReadLease lease(target_);
+  if (lease.isRefused()) return Outcome::busy;
+  if (!isStill(target_, expected)) return Outcome::changed;
+  const Outcome outcome = exchange(expected);
+  if (outcome != Outcome::done || lease.isWanted()) {
+    return outcome == Outcome::done ? putBack() : outcome;
+  }
+  if (!temporary_.empty()) unlink(temporary_.c_str());
+  temporary_.clear();
+  return Outcome::done;
+}
+
+FileReplacement::Outcome FileReplacement::commitAsNew() {
+  if (renameat2(AT_FDCWD, temporary_.c_str(), AT_FDCWD, target_.c_str(), RENAME_NOREPLACE) == 0) {
+    temporary_.clear();
+    return Outcome::done;
+  }
+  if (errno == EEXIST) return Outcome::changed;
+  if (errno != EINVAL && errno != ENOSYS) return failure();
+  // A file system that cannot do it at one stroke: a second name, then away with the first.
+  if (link(temporary_.c_str(), target_.c_str()) == 0) return Outcome::done;
+  if (errno == EEXIST) return Outcome::changed;
+  if (errno != EPERM) return failure();
+  return commit() ? Outcome::done : Outcome::failed;
+}
+
+FileReplacement::Outcome FileReplacement::exchange(const RegularFile& expected) {
+  if (!exchangeNames(temporary_, target_)) {
+    if (errno == ENOENT) return Outcome::changed;
+    if (errno != EINVAL && errno != ENOSYS) return failure();
+    // A file system that knows no exchange; the target was looked at just before.
+    return commit() ? Outcome::done : Outcome::failed;
+  }
+  return isStill(temporary_, expected) ? Outcome::done : putBack();
+}
+
+/// The temporary name has now what the target was, with what others wrote in the last moment.
+FileReplacement::Outcome FileReplacement::putBack() {
+  if (temporary_.empty()) return Outcome::done;  // It was no exchange.
+  if (!exchangeNames(temporary_, target_)) {
+    // Somebody has removed what stood there for a moment.
+    if (errno != ENOENT || rename(temporary_.c_str(), target_.c_str()) != 0) return failure();
+    temporary_.clear();
+    return Outcome::changed;
+  }
+  if (stampOf(temporary_) == own_) return Outcome::changed;
+  // Somebody has put a file there in that moment: it is the newest.
+  if (rename(temporary_.c_str(), target_.c_str()) != 0) return failure();
+  temporary_.clear();
+  return Outcome::changed;
 }
 
 }  // namespace platform

@@ -4,6 +4,8 @@
 #include <string>
 #include <string_view>
 
+#include "Platform/Linux/System/RegularFile.h"
+
 namespace platform {
 
 /// The new content of a file, written beside it and put in its place at one stroke, so that at
@@ -24,9 +26,27 @@ class FileReplacement {
   /// when there was no error before.
   bool commit();
 
+  enum class Outcome {
+    done,
+    changed,  ///< The target no longer is what it was; it was left, or put back, as it is now.
+    busy,     ///< Another program has the target open for writing.
+    failed,   ///< `error` says why.
+  };
+
+  /// As `commit`, provided that the target is still the one that was read: what others write up to
+  /// the moment itself is not lost. Someone who opens the target for writing meanwhile waits, for
+  /// no longer than this takes.
+  Outcome commitOver(const RegularFile& expected);
+
  private:
+  Outcome commitAsNew();
+  Outcome exchange(const RegularFile& expected);
+  Outcome putBack();
+  Outcome failure();
+
   std::filesystem::path target_;
   std::string temporary_;  ///< Empty when there is no such file, or no longer.
+  FileStamp own_;          ///< Of the new file.
   std::string error_;
 };
 

@@ -38,9 +38,11 @@ class SignalsBlocked {
 
 /// Owned by queue and thread alike, since either may end first.
 struct ThreadQueue::State {
-  explicit State(std::string queueLabel) : label(std::move(queueLabel)) {}
+  State(std::string queueLabel, Descriptors whose)
+      : label(std::move(queueLabel)), descriptors(whose) {}
 
   const std::string label;
+  const Descriptors descriptors;
   std::mutex lock;  ///< Guards the rest, but for `thread`, which only the queue's owner touches.
   std::condition_variable changed;
   std::deque<std::function<void()>> pending;
@@ -51,7 +53,8 @@ struct ThreadQueue::State {
   void workUntilStopped();
 };
 
-ThreadQueue::ThreadQueue(std::string label) : state_(std::make_shared<State>(std::move(label))) {}
+ThreadQueue::ThreadQueue(std::string label, Descriptors descriptors)
+    : state_(std::make_shared<State>(std::move(label), descriptors)) {}
 
 ThreadQueue::~ThreadQueue() {
   std::deque<std::function<void()>> dropped;
@@ -65,7 +68,7 @@ ThreadQueue::~ThreadQueue() {
   dropped.clear();
   state_->changed.notify_one();
   if (!hasThread) return;
-  if (pthread_equal(pthread_self(), state_->thread)) {
+  if (isAbandoned_ || pthread_equal(pthread_self(), state_->thread)) {
     pthread_detach(state_->thread);
   } else {
     pthread_join(state_->thread, nullptr);
@@ -107,6 +110,9 @@ bool ThreadQueue::startThread() {
 void* ThreadQueue::runThread(void* argument) {
   const std::unique_ptr<std::shared_ptr<State>> state(
       static_cast<std::shared_ptr<State>*>(argument));
+  // An old kernel that cannot do it leaves them shared.
+  if ((*state)->descriptors == Descriptors::own)
+    close_range(STDERR_FILENO + 1, ~0U, CLOSE_RANGE_UNSHARE);
   pthread_setname_np(pthread_self(), (*state)->label.substr(0, kThreadNameLength).c_str());
   // On Linux this number is one thread's, not the process's.
   setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()),

@@ -15,15 +15,24 @@ namespace platform {
 /// delay is better than work that its submitter waits for and that never comes.
 ///
 /// Destroying the queue drops what has not begun and waits for what is under way; destroyed by a
-/// piece of its own work, it does not wait, and the thread ends after that piece.
+/// piece of its own work, or after `abandon`, it does not wait, and the thread ends after that
+/// piece.
 class ThreadQueue : public tidewell::SerialQueue {
  public:
-  explicit ThreadQueue(std::string label);
+  /// Whether the thread sees the process's descriptors, or has only its own and the standard ones.
+  /// A thread that may be stuck in the kernel for long should have its own: whatever it shares
+  /// stays open until it is free again, even when the process was killed.
+  enum class Descriptors { shared, own };
+
+  explicit ThreadQueue(std::string label, Descriptors descriptors = Descriptors::shared);
   ~ThreadQueue() override;
   ThreadQueue(const ThreadQueue&) = delete;
   ThreadQueue& operator=(const ThreadQueue&) = delete;
 
   void async(std::function<void()> work) override;
+
+  /// Lets the thread go, whatever it is doing. The queue is good for nothing afterwards.
+  void abandon() { isAbandoned_ = true; }
 
  private:
   struct State;
@@ -31,6 +40,7 @@ class ThreadQueue : public tidewell::SerialQueue {
   bool startThread();
 
   std::shared_ptr<State> state_;
+  bool isAbandoned_ = false;
 };
 
 }  // namespace platform

@@ -1,10 +1,12 @@
 #include "Platform/Linux/System/ThreadQueue.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <pthread.h>
 #include <sys/resource.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <chrono>
@@ -16,6 +18,7 @@
 #include <string>
 #include <thread>
 
+#include "Platform/Linux/System/Descriptor.h"
 #include "Platform/Linux/System/ThreadQueues.h"
 #include "Tests/Platform/Tasks/SerialQueueContract.h"
 
@@ -127,6 +130,45 @@ TEST(ThreadQueue, MayBeEndedByWhatItsOwnWorkHolds) {
   owner.reset();
   released.set_value();
   ended->get_future().wait();
+}
+
+TEST(ThreadQueue, DoesNotWaitForAThreadThatItHasAbandoned) {
+  std::promise<void> begun;
+  std::promise<void> released;
+  std::promise<void> ended;
+  {
+    ThreadQueue queue("abandoned");
+    queue.async([&begun, &ended, wait = released.get_future().share()] {
+      begun.set_value();
+      wait.wait();
+      ended.set_value();
+    });
+    begun.get_future().wait();
+    queue.abandon();
+  }
+  released.set_value();
+  ended.get_future().wait();
+}
+
+/// How many descriptors beyond the standard ones the calling thread sees.
+std::ptrdiff_t descriptorsOfThisThread() {
+  const std::filesystem::directory_iterator descriptors("/proc/thread-self/fd");
+  return std::count_if(begin(descriptors), end(descriptors), [](const auto& entry) {
+    return std::stoi(entry.path().filename()) > STDERR_FILENO;
+  });
+}
+
+TEST(ThreadQueue, SharesDescriptorsWithItsOwnerUnlessItIsToHaveItsOwn) {
+  const Descriptor lock(open("/", O_RDONLY | O_CLOEXEC));
+  ThreadQueue sharing("sharing");
+  ThreadQueue owning("owning", ThreadQueue::Descriptors::own);
+  std::ptrdiff_t shared = 0;
+  std::ptrdiff_t own = 0;
+  runOn(sharing, [&shared] { shared = descriptorsOfThisThread(); });
+  runOn(owning, [&own] { own = descriptorsOfThisThread(); });
+  EXPECT_GE(shared, 2);
+  EXPECT_EQ(own, 1);  // That of the listing itself.
+  EXPECT_GE(fcntl(lock.get(), F_GETFD), 0);
 }
 
 }  // namespace
