@@ -21,10 +21,11 @@ int AppMain::run(const std::vector<std::string>& arguments) {
   if (std::ranges::find(arguments, "--diagnose") != arguments.end()) {
     Prefs::shared().defaults().setBoolean(keys::verbose, true);
     Diagnostics::run(ports_);
-    return 0;
+  } else {
+    AppDelegate delegate(ports_, userInterface_);
+    application_.run(delegate);
   }
-  AppDelegate delegate(ports_, userInterface_);
-  application_.run(delegate);
+  ports_.defaults->finishWriting();
   return 0;
 }
 

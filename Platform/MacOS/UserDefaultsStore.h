@@ -24,6 +24,9 @@ class UserDefaultsStore final : public tidewell::Defaults {
   void setBoolean(std::string_view key, bool value) override;
   void setStringList(std::string_view key, const std::vector<std::string>& value) override;
 
+  /// Hands what was set to the system's own process, which writes it.
+  void finishWriting() override;
+
  private:
   NSUserDefaults* const store_;
 };

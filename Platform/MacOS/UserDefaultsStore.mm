@@ -87,4 +87,10 @@ void UserDefaultsStore::setStringList(std::string_view key, const std::vector<st
   }
 }
 
+void UserDefaultsStore::finishWriting() {
+  @autoreleasepool {
+    [store_ synchronize];
+  }
+}
+
 }  // namespace platform

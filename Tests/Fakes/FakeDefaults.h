@@ -40,6 +40,8 @@ class FakeDefaults : public Defaults {
     write(key, value);
   }
 
+  void finishWriting() override { calls_->add("finish writing"); }
+
   PropertyDictionary registered;
   PropertyDictionary stored;         ///< What the user has set; a test may put anything here.
   std::vector<std::string> written;  ///< The key of every write, in order.

@@ -1,6 +1,7 @@
 #include <vector>
 
 #include "Platform/Linux/Settings/SettingsText.h"
+#include "Platform/Linux/Settings/TomlStatements.h"
 #include "Tests/Fuzz/Fuzzer.h"
 
 namespace {
@@ -30,13 +31,34 @@ bool isSame(const PropertyDictionary& left, const PropertyDictionary& right) {
 /// A change of one key of a sound file must succeed, carry the value, and harm no other.
 void checkChange(std::string_view text, const PropertyDictionary& values, const std::string& key,
                  const PropertyValue& value) {
-  const auto changed = platform::withSetting(text, key, value);
+  const auto changed = platform::withSettings(text, {{key, value}});
   fuzz::require(changed.has_value());
   const SettingsValues after = parseSettings(*changed);
-  fuzz::require(after.error.empty());
+  fuzz::require(after.damage.empty());
   PropertyDictionary wanted = values;
   wanted.insert_or_assign(key, value);
   fuzz::require(isSame(after.values, wanted));
+}
+
+/// Of a damaged file the change must keep all that could be read, and add no damage. It may fail.
+void checkDamagedChange(std::string_view text, const SettingsValues& settings,
+                        const std::string& key) {
+  const auto changed = platform::withSettings(text, {{key, true}});
+  if (!changed) return;
+  PropertyDictionary wanted = settings.values;
+  wanted.insert_or_assign(key, true);
+  fuzz::require(isSame(parseSettings(*changed).values, wanted));
+}
+
+/// Each statement of a sound text is sound by itself, and a line of damage below them hides none.
+void checkStatements(std::string_view text, const PropertyDictionary& values) {
+  for (const platform::TomlStatement& statement : platform::tomlStatements(text)) {
+    const std::string_view alone = text.substr(statement.begin, statement.end - statement.begin);
+    fuzz::require(parseSettings(alone).damage.empty());
+  }
+  const SettingsValues above = parseSettings(std::string(text) + "\n=");
+  fuzz::require(!above.damage.empty());
+  fuzz::require(isSame(above.values, values));
 }
 
 }  // namespace
@@ -44,10 +66,13 @@ void checkChange(std::string_view text, const PropertyDictionary& values, const 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const std::string_view text = fuzz::textOf(data, size);
   const SettingsValues settings = parseSettings(text);
-  if (!settings.error.empty()) {
-    fuzz::require(!platform::withSetting(text, "k", true));
+  if (!settings.damage.empty()) {
+    checkDamagedChange(text, settings, "a new key");
+    if (!settings.values.empty())
+      checkDamagedChange(text, settings, settings.values.begin()->first);
     return 0;
   }
+  checkStatements(text, settings.values);
   checkChange(text, settings.values, "a new key", std::vector<std::string>{"a\"\n", ""});
   if (settings.values.empty()) return 0;
   checkChange(text, settings.values, settings.values.begin()->first, 12.5);

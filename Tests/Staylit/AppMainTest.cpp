@@ -145,6 +145,23 @@ TEST_F(AppMainTest, SwitchesVerboseOnBeforeTheReport) {
   EXPECT_EQ(fakes.calls->only(inOrder), inOrder);
 }
 
+TEST_F(AppMainTest, FinishesWritingSettingsBeforeItEnds) {
+  run({"staylit", "--diagnose"});
+  EXPECT_EQ(fakes.calls->all().back(), "finish writing");
+  run({"staylit"});
+  EXPECT_EQ(fakes.calls->count("finish writing"), 2U);
+}
+
+TEST_F(AppMainTest, ReleasesTheHoldBeforeItWaitsForTheDisk) {
+  application.whileRunning = [&](ApplicationDelegate& delegate) {
+    delegate.applicationDidFinishLaunching();
+    delegate.applicationWillTerminate();
+    EXPECT_EQ(fakes.calls->count("finish writing"), 0U);
+  };
+  run({"staylit"});
+  EXPECT_EQ(fakes.calls->count("finish writing"), 1U);
+}
+
 TEST_F(AppMainTest, ObservesNothingAndSchedulesNothingForAReport) {
   run({"staylit", "--diagnose"});
   EXPECT_TRUE(fakes.mainLoop.timers.empty());

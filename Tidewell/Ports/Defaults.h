@@ -15,7 +15,8 @@ namespace tidewell {
 /// A key that the user has not set answers with its registered default; registered defaults are
 /// never written. A value of another type is converted as far as it goes (a number written as
 /// text, a number read as a truth value); what cannot be converted reads as 0, 0.0, false or
-/// absent. A write that cannot reach the disk is logged and holds for this process.
+/// absent. A value that is set counts at once and reaches the disk a moment later; no call but
+/// `finishWriting` waits for the disk. What cannot be written is logged and holds for this process.
 class Defaults {
  public:
   virtual ~Defaults() = default;
@@ -33,6 +34,10 @@ class Defaults {
   virtual void setReal(std::string_view key, double value) = 0;
   virtual void setBoolean(std::string_view key, bool value) = 0;
   virtual void setStringList(std::string_view key, const std::vector<std::string>& value) = 0;
+
+  /// To be called before the program ends: waits until everything that was set is on the disk, some
+  /// seconds at most. What is not there by then is logged and lost.
+  virtual void finishWriting() = 0;
 };
 
 }  // namespace tidewell

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "Platform/Linux/Settings/FolderLock.h"
+#include "Platform/Linux/System/FileReplacement.h"
 #include "Platform/Linux/System/FileStamp.h"
 #include "Platform/Linux/System/RegularFile.h"
 
@@ -13,17 +14,17 @@ namespace platform {
 
 /// A small text file that several processes and a person with an editor may change at any time.
 ///
-/// Symbolic links are followed at every call, so that it is always the real file that is read,
-/// replaced or set aside. Nothing here waits: not for a pipe, not for a device in its place. One
-/// thread at a time.
+/// Symbolic links are followed at every call, so that it is always the real file that is read or
+/// replaced. Nothing here waits for a pipe or a device in its place; a disk may keep every call
+/// waiting. One thread at a time.
 class SettingsFile {
  public:
   /// What is larger is no settings file.
   static constexpr std::size_t kCapacity = std::size_t{1} << 20;
 
-  /// How a change went; `error` is empty when it was made.
+  /// How a replacement went; `error` says why one failed.
   struct Change {
-    std::filesystem::path path;  ///< The file that is there now.
+    FileReplacement::Outcome outcome;
     std::string error;
   };
 
@@ -39,11 +40,9 @@ class SettingsFile {
   /// Locks the folder of the file against other writers; makes the folder first if need be.
   [[nodiscard]] FolderLock lock() const;
 
-  /// Replaces the content at one stroke. To be called under the lock.
-  Change replace(std::string_view text, const FolderLock& lock) const;
-
-  /// Gives the file a free name in the same folder and leaves its own free. Under the lock too.
-  Change setAside(const FolderLock& lock) const;
+  /// Replaces the content at one stroke, provided that it is still what was `read`. To be called
+  /// under the lock.
+  Change replace(std::string_view text, const RegularFile& read, const FolderLock& lock) const;
 
  private:
   std::filesystem::path path_;

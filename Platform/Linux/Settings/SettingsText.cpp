@@ -22,17 +22,18 @@
 #include <toml++/toml.h>
 
 #include <algorithm>
+#include <set>
 #include <sstream>
 #include <vector>
 
 #include "Platform/Linux/Settings/ListEdit.h"
+#include "Platform/Linux/Settings/TextEdits.h"
 #include "Platform/Linux/Settings/TomlLiteral.h"
+#include "Platform/Linux/Settings/TomlStatements.h"
 #include "Tidewell/ForeignText.h"
 
 namespace platform {
 namespace {
-
-constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 std::optional<toml::table> parsed(std::string_view text) {
   toml::parse_result result = toml::parse(text);
@@ -106,159 +107,305 @@ std::string formatted(const toml::table& table) {
   return stream.str();
 }
 
-/// Compared as text, for which a "nan" equals another.
-bool says(std::string_view text, const std::string& wanted) {
-  const std::optional<toml::table> table = parsed(text);
-  return table && canonical(*table) == wanted;
-}
-
-/// The beginning of the line after the one that `offset` is in.
-std::size_t nextLine(std::string_view text, std::size_t offset) {
-  const std::size_t end = text.find('\n', offset);
-  return end == std::string_view::npos ? text.size() : end + 1;
-}
-
-/// The parser counts lines and columns from 1, columns in code points, a byte order mark in none.
-std::size_t offsetOf(std::string_view text, toml::source_position position) {
-  std::size_t offset = text.starts_with(kByteOrderMark) ? kByteOrderMark.size() : 0;
-  for (toml::source_index line = 1; line < position.line; ++line)
-    offset = nextLine(text, offset);
-  for (toml::source_index column = 1; column < position.column && offset < text.size(); ++column) {
-    const auto isContinuation = [&text](std::size_t at) {
-      return at < text.size() && (static_cast<unsigned char>(text[at]) & 0xC0U) == 0x80U;
-    };
-    do
-      ++offset;
-    while (isContinuation(offset));
-  }
-  return offset;
-}
-
 /// Tables under a header of their own, and what dotted keys make, have no one place in the text.
 bool hasOnePlace(const toml::node& node) {
   const toml::table* table = node.as_table();
   return table == nullptr ? !node.is_array_of_tables() : table->is_inline();
 }
 
-std::string_view lineEnd(std::string_view text) {
-  const std::size_t first = text.find('\n');
-  const bool isCrLf = first != std::string_view::npos && first > 0 && text[first - 1] == '\r';
-  return isCrLf ? "\r\n" : "\n";
-}
-
-std::string withLine(std::string_view text, std::size_t offset, const std::string& line) {
-  std::string edited(text.substr(0, offset));
-  const bool isAfterOpenLine = offset > 0 && edited.back() != '\n' && edited != kByteOrderMark;
-  if (isAfterOpenLine) edited += lineEnd(text);
-  edited += line;
-  edited += lineEnd(text);
-  return edited.append(text.substr(offset));
-}
-
-/// A part of the text, by offsets.
-struct Place {
-  std::size_t begin;
-  std::size_t end;
-};
-
-Place placeOf(std::string_view text, const toml::node& node) {
-  const std::size_t begin = offsetOf(text, node.source().begin);
-  return {begin, std::max(begin, offsetOf(text, node.source().end))};
-}
-
-std::string replaced(std::string_view text, Place place, std::string_view literal) {
-  return std::string(text.substr(0, place.begin)).append(literal).append(text.substr(place.end));
-}
-
-/// The edit that leaves the comments within a list of texts alone; none when there are none.
-std::optional<std::string> withEditedList(std::string_view text, const toml::node& node,
-                                          const tidewell::PropertyValue& value) {
-  const auto* wanted = std::get_if<std::vector<std::string>>(&value);
-  const toml::array* array = node.as_array();
-  if (!wanted || !array || array->empty() || !array->is_homogeneous<std::string>()) return {};
-  const Place place = placeOf(text, node);
-  const std::string_view list = text.substr(place.begin, place.end - place.begin);
-  if (list.find('#') == std::string_view::npos) return {};
-  std::vector<ListMember> members;
-  for (const toml::node& member : *array) {
-    const Place part = placeOf(text, member);
-    members.push_back({part.begin - place.begin, part.end - place.begin, **member.as_string()});
+/// A damaged text with blanks in the place of each statement that cannot be read. What is left has
+/// the same offsets as in the text itself.
+class MendedText {
+ public:
+  explicit MendedText(std::string_view text) : text_(text) {
+    toml::parse_result result = toml::parse(text_);
+    if (result) {
+      table_ = std::move(result).table();
+      return;
+    }
+    damage_ = describe(result.error());
+    blankTheUnreadable();
+    if (unread_.size() > 1) damage_ += ", and " + std::to_string(unread_.size() - 1) + " more";
   }
-  return replaced(text, place, withMembers(list, members, *wanted));
-}
 
-/// Where a new line may stand, the best place first: after the last of the top-level values, else
-/// before the first header, else at the top.
-std::vector<std::size_t> placesForLine(std::string_view text, const toml::table& table) {
-  std::vector<std::size_t> places;
-  std::size_t last = 0;
-  for (const auto& [key, node] : table) {
-    if (hasOnePlace(node)) last = std::max(last, offsetOf(text, node.source().end));
+  [[nodiscard]] const std::string& text() const { return text_; }
+  [[nodiscard]] const toml::table& table() const { return table_; }
+  /// What is wrong with the text; empty when it is sound.
+  [[nodiscard]] const std::string& damage() const { return damage_; }
+  [[nodiscard]] const std::vector<TomlStatement>& unread() const { return unread_; }
+
+ private:
+  using Kind = TomlStatement::Kind;
+
+  void blankTheUnreadable() {
+    statements_ = tomlStatements(text_);
+    blankWhatIsUnreadableAlone();
+    // What is left disagrees with what stands before it, as a table that has been there already.
+    for (int attempt = 0; attempt < kMostDisagreements; ++attempt) {
+      if (const auto line = readAll())
+        blankLine(*line);
+      else
+        return;
+    }
+    blankTables();
+    if (readAll()) blankAll();
   }
-  if (last > 0) places.push_back(nextLine(text, last));
-  const std::size_t top = text.starts_with(kByteOrderMark) ? kByteOrderMark.size() : 0;
-  std::size_t line = top;
-  const auto isHeader = [&text](std::size_t at) {
-    const std::size_t first = text.find_first_not_of(" \t", at);
-    return first != std::string_view::npos && text[first] == '[';
-  };
-  while (line < text.size() && !isHeader(line))
-    line = nextLine(text, line);
-  places.push_back(line);
-  places.push_back(top);
-  return places;
-}
 
-/// The texts that ought to carry the wanted value and everything else unharmed.
-std::vector<std::string> candidates(std::string_view text, const toml::table& table,
-                                    std::string_view key, const std::string& literal,
-                                    const tidewell::PropertyValue& value) {
-  std::vector<std::string> edits;
-  if (const toml::node* node = table.get(key)) {
-    if (auto edit = withEditedList(text, *node, value)) edits.push_back(std::move(*edit));
-    if (hasOnePlace(*node)) edits.push_back(replaced(text, placeOf(text, *node), literal));
-  } else {
-    const std::string line = tomlKey(key) + " = " + literal;
-    for (const std::size_t place : placesForLine(text, table)) {
-      edits.push_back(withLine(text, place, line));
+  /// Everything below a header that cannot be read belongs to a table that nobody knows.
+  void blankWhatIsUnreadableAlone() {
+    std::set<std::string, std::less<>> keys;
+    bool isInTable = false;
+    bool isInUnknownTable = false;
+    for (TomlStatement& statement : statements_) {
+      const std::optional<toml::table> alone = parsed(part(statement));
+      const bool isHeader = statement.kind == Kind::header;
+      const bool isUnknown = isInUnknownTable && !isHeader && statement.kind != Kind::comment;
+      if (isHeader) isInUnknownTable = !alone;
+      isInTable = isInTable || isHeader;
+      const bool isSecond = alone && !isInTable && alone->size() == 1 &&
+                            hasOnePlace(alone->begin()->second) &&
+                            !keys.emplace(alone->begin()->first.str()).second;
+      if (!alone || isUnknown || isSecond) blank(statement);
     }
   }
-  return edits;
+
+  /// The line in which reading ends; none when everything was read.
+  std::optional<std::size_t> readAll() {
+    toml::parse_result result = toml::parse(text_);
+    if (!result) return result.error().source().begin.line;
+    table_ = std::move(result).table();
+    return std::nullopt;
+  }
+
+  void blankLine(std::size_t line) {
+    const auto next = std::ranges::upper_bound(statements_, line, {}, &TomlStatement::line);
+    if (next == statements_.begin()) return;
+    auto statement = std::prev(next);
+    const bool isHeader = statement->kind == Kind::header;
+    blank(*statement);
+    while (isHeader && ++statement != statements_.end() && statement->kind != Kind::header)
+      blank(*statement);
+  }
+
+  /// No setting is in a table, nor is a table.
+  void blankTables() {
+    bool isInTable = false;
+    for (TomlStatement& statement : statements_) {
+      isInTable = isInTable || statement.kind == Kind::header;
+      const std::optional<toml::table> alone = parsed(part(statement));
+      const bool isTable = alone && !alone->empty() && !hasOnePlace(alone->begin()->second);
+      if (isInTable || isTable) blank(statement);
+    }
+  }
+
+  void blankAll() {
+    for (TomlStatement& statement : statements_)
+      blank(statement);
+    readAll();
+  }
+
+  [[nodiscard]] std::string_view part(const TomlStatement& statement) const {
+    return std::string_view(text_).substr(statement.begin, statement.end - statement.begin);
+  }
+
+  void blank(TomlStatement& statement) {
+    const auto begin = text_.begin() + static_cast<std::ptrdiff_t>(statement.begin);
+    const auto end = text_.begin() + static_cast<std::ptrdiff_t>(statement.end);
+    if (std::all_of(begin, end, [](char c) { return c == ' ' || c == '\n'; })) return;
+    std::replace_if(
+        begin, end, [](char c) { return c != '\n'; }, ' ');
+    unread_.push_back(statement);
+  }
+
+  static constexpr int kMostDisagreements = 8;
+
+  std::string text_;
+  toml::table table_;
+  std::string damage_;
+  std::vector<TomlStatement> statements_;
+  std::vector<TomlStatement> unread_;
+};
+
+/// Compared as text, for which a "nan" equals another.
+bool says(const std::string& text, const std::string& wanted) {
+  return canonical(MendedText(text).table()) == wanted;
+}
+
+/// Finds the edits that carry changes into a text and leave everything else as it stands.
+class Editor {
+ public:
+  /// How to go about it, the most careful way first.
+  struct Way {
+    int placeOfLines;  ///< For new keys: see `placesForLine`.
+    bool keepsLists;   ///< Whether comments within lists stay.
+  };
+
+  Editor(std::string_view original, const MendedText& mended)
+      : original_(original), mended_(mended), offsets_(mended.text()) {}
+
+  std::string edited(const tidewell::PropertyDictionary& changes, Way way) {
+    std::vector<TextEdit> edits;
+    std::string lines;
+    for (const auto& [key, value] : changes) {
+      const std::string literal = literalFor(value);
+      if (const toml::node* node = mended_.table().get(key)) {
+        if (hasOnePlace(*node)) edits.push_back(editOf(*node, value, literal, way));
+        continue;
+      }
+      disable(key, edits);
+      lines += tomlKey(key) + " = " + literal;
+      lines += lineEnd(original_);
+    }
+    if (!lines.empty()) edits.push_back(insertion(placeForLine(way.placeOfLines), lines));
+    return withEdits(original_, std::move(edits));
+  }
+
+  /// With the line ends of the text.
+  [[nodiscard]] std::string literalFor(const tidewell::PropertyValue& value) const {
+    std::string literal = tomlLiteral(value);
+    if (lineEnd(original_) == "\n") return literal;
+    for (std::size_t at = 0; (at = literal.find('\n', at)) != literal.npos; at += 2)
+      literal.insert(at, 1, '\r');
+    return literal;
+  }
+
+  static constexpr Way kWays[] = {{0, true},  {1, true},  {2, true},
+                                  {0, false}, {1, false}, {2, false}};
+
+ private:
+  TextEdit editOf(const toml::node& node, const tidewell::PropertyValue& value,
+                  const std::string& literal, Way way) {
+    const std::size_t begin = offsetOf(node.source().begin);
+    const std::size_t end = std::max(begin, offsetOf(node.source().end));
+    if (way.keepsLists) {
+      if (auto list = editedList(node, begin, end, value)) return {begin, end, std::move(*list)};
+    }
+    return {begin, end, literal};
+  }
+
+  std::size_t offsetOf(toml::source_position position) {
+    return offsets_.of(position.line, position.column);
+  }
+
+  /// The list with the comments within it; none when there are none.
+  std::optional<std::string> editedList(const toml::node& node, std::size_t begin, std::size_t end,
+                                        const tidewell::PropertyValue& value) {
+    const auto* wanted = std::get_if<std::vector<std::string>>(&value);
+    const toml::array* array = node.as_array();
+    if (!wanted || !array || array->empty() || !array->is_homogeneous<std::string>()) return {};
+    const std::string_view list = original_.substr(begin, end - begin);
+    if (list.find('#') == std::string_view::npos) return {};
+    std::vector<ListMember> members;
+    for (const toml::node& member : *array) {
+      const std::size_t from = offsetOf(member.source().begin) - begin;
+      const std::size_t to = offsetOf(member.source().end) - begin;
+      members.push_back({from, to, **member.as_string()});
+    }
+    return withMembers(list, members, *wanted);
+  }
+
+  /// A damaged line of the key becomes a comment, so that what a person wrote is not lost and the
+  /// key does not stand there twice.
+  void disable(const std::string& key, std::vector<TextEdit>& edits) const {
+    for (const TomlStatement& statement : mended_.unread()) {
+      const std::size_t length = statement.key - statement.begin;
+      if (length == 0) continue;
+      const auto alone = parsed(std::string(original_.substr(statement.begin, length)) + "=0");
+      if (!alone || alone->size() != 1 || alone->begin()->first.str() != key) continue;
+      for (std::size_t line = statement.begin; line < statement.end;
+           line = nextLine(original_, line))
+        edits.push_back({line, line, "# "});
+    }
+  }
+
+  /// After the last of the top-level values, else before the first header, else at the top.
+  std::size_t placeForLine(int choice) {
+    const std::string_view text = mended_.text();
+    const std::size_t top = text.starts_with(kByteOrderMark) ? kByteOrderMark.size() : 0;
+    if (choice == 0) {
+      const auto last = lastEnd();
+      if (last) return nextLine(text, offsetOf(*last));
+    }
+    if (choice == 2) return top;
+    std::size_t line = top;
+    const auto isHeader = [&text](std::size_t at) {
+      const std::size_t first = text.find_first_not_of(" \t", at);
+      return first != std::string_view::npos && text[first] == '[';
+    };
+    while (line < text.size() && !isHeader(line))
+      line = nextLine(text, line);
+    return line;
+  }
+
+  [[nodiscard]] std::optional<toml::source_position> lastEnd() const {
+    std::optional<toml::source_position> last;
+    for (const auto& [key, node] : mended_.table()) {
+      if (hasOnePlace(node) && (!last || *last < node.source().end)) last = node.source().end;
+    }
+    return last;
+  }
+
+  TextEdit insertion(std::size_t offset, std::string lines) const {
+    const std::string_view before = original_.substr(0, offset);
+    const bool isAfterOpenLine = offset > 0 && before.back() != '\n' && before != kByteOrderMark;
+    if (isAfterOpenLine) lines.insert(0, lineEnd(original_));
+    return {offset, offset, std::move(lines)};
+  }
+
+  std::string_view original_;
+  const MendedText& mended_;
+  TextOffsets offsets_;
+};
+
+/// `changes` under the keys as a file has them; none when one has no type.
+std::optional<tidewell::PropertyDictionary> writable(const tidewell::PropertyDictionary& changes) {
+  tidewell::PropertyDictionary result;
+  for (const auto& [key, value] : changes) {
+    const std::string literal = tomlLiteral(value);
+    const std::optional<toml::table> line = parsed(tomlKey(key) + " = " + literal);
+    if (literal.empty() || !line || line->empty()) return std::nullopt;
+    result.insert_or_assign(std::string(line->begin()->first.str()), value);
+  }
+  return result;
+}
+
+toml::table withChanges(toml::table table, const tidewell::PropertyDictionary& changes,
+                        const Editor& editor) {
+  for (const auto& [key, value] : changes) {
+    std::optional<toml::table> line = parsed("k = " + editor.literalFor(value));
+    if (line) table.insert_or_assign(key, std::move(line->begin()->second));
+  }
+  return table;
 }
 
 }  // namespace
 
 SettingsValues parseSettings(std::string_view text) {
-  const toml::parse_result result = toml::parse(text);
+  const MendedText mended(text);
   SettingsValues settings;
-  if (!result) {
-    settings.error = describe(result.error());
-    return settings;
-  }
-  for (const auto& [key, node] : result.table()) {
+  settings.damage = mended.damage();
+  for (const auto& [key, node] : mended.table())
     settings.values.insert_or_assign(std::string(key.str()), valueOf(node));
-  }
   return settings;
 }
 
-std::optional<std::string> withSetting(std::string_view text, std::string_view key,
-                                       const tidewell::PropertyValue& value) {
-  const std::optional<toml::table> table = parsed(text);
-  std::string literal = tomlLiteral(value);
-  if (!table || literal.empty()) return std::nullopt;
-  if (lineEnd(text) == "\r\n") {
-    for (std::size_t at = 0; (at = literal.find('\n', at)) != literal.npos; at += 2) {
-      literal.insert(at, 1, '\r');
-    }
-  }
-  std::optional<toml::table> line = parsed(tomlKey(key) + " = " + literal);
-  if (!line || line->empty()) return std::nullopt;
-  toml::table wanted = *table;
-  wanted.insert_or_assign(line->begin()->first, std::move(line->begin()->second));
+std::optional<std::string> withSettings(std::string_view text,
+                                        const tidewell::PropertyDictionary& wantedChanges) {
+  const std::optional<tidewell::PropertyDictionary> changes = writable(wantedChanges);
+  if (!changes) return std::nullopt;
+  const MendedText mended(text);
+  Editor editor(text, mended);
+  const toml::table wanted = withChanges(mended.table(), *changes, editor);
   const std::string wantedText = canonical(wanted);
-  for (std::string& edit : candidates(text, *table, line->begin()->first.str(), literal, value)) {
-    if (says(edit, wantedText)) return std::move(edit);
+  std::string former;
+  for (const Editor::Way way : Editor::kWays) {
+    std::string edit = editor.edited(*changes, way);
+    if (edit == former) continue;
+    if (says(edit, wantedText)) return edit;
+    former = std::move(edit);
   }
+  // What cannot be read would be lost.
+  if (!mended.damage().empty()) return std::nullopt;
   // Rare enough that a loss of the layout is better than a setting that cannot be changed.
   for (std::string rewritten : {formatted(wanted), wantedText}) {
     if (says(rewritten, wantedText)) return rewritten;

@@ -14,11 +14,6 @@ namespace {
 
 constexpr std::size_t kLineLength = 80;
 
-bool isBareKeyCharacter(char character) {
-  return (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z') ||
-         (character >= '0' && character <= '9') || character == '_' || character == '-';
-}
-
 std::string escaped(char character) {
   switch (character) {
     case '"':
@@ -73,6 +68,11 @@ std::string listLiteral(const std::vector<std::string>& list) {
 }
 
 }  // namespace
+
+bool isBareKeyCharacter(char character) {
+  return (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z') ||
+         (character >= '0' && character <= '9') || character == '_' || character == '-';
+}
 
 std::string tomlKey(std::string_view key) {
   const bool isBare = !key.empty() && std::ranges::all_of(key, isBareKeyCharacter);

@@ -7,6 +7,9 @@
 
 namespace platform {
 
+/// Whether a key with such characters alone needs no quotes.
+[[nodiscard]] bool isBareKeyCharacter(char character);
+
 /// `key` as TOML writes it: bare where it may be, else quoted.
 [[nodiscard]] std::string tomlKey(std::string_view key);
 

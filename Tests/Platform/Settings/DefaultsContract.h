@@ -70,9 +70,15 @@ TYPED_TEST_P(DefaultsContract, KeepsAnEmptyListApartFromNone) {
   EXPECT_EQ(this->defaults_.stringList("l"), std::vector<std::string>{});
 }
 
+TYPED_TEST_P(DefaultsContract, AnswersAsBeforeWhenItHasFinishedWriting) {
+  this->defaults_.setInteger("i", 5);
+  this->defaults_.finishWriting();
+  EXPECT_EQ(this->defaults_.integer("i"), 5);
+}
+
 REGISTER_TYPED_TEST_SUITE_P(DefaultsContract, AnswersNothingForAKeyThatNobodyKnows,
                             AnswersWithTheRegisteredDefaultUntilTheKeyIsSet,
                             AddsToTheRegisteredDefaults, GivesBackWhatWasSet, ConvertsBetweenTypes,
-                            KeepsAnEmptyListApartFromNone);
+                            KeepsAnEmptyListApartFromNone, AnswersAsBeforeWhenItHasFinishedWriting);
 
 }  // namespace platform

@@ -13,7 +13,7 @@ struct FakeStore {
 
 struct TomlStore {
   SettingsFolder folder;
-  TomlDefaults defaults{folder.file()};
+  TomlDefaults defaults{folder.file(), SettingsFolder::patient()};
 };
 
 using Stores = ::testing::Types<FakeStore, TomlStore>;

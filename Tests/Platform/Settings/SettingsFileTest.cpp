@@ -2,12 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
-#include <chrono>
-
-#include "Platform/Linux/System/FileReplacement.h"
-#include "Tests/Platform/ChildProcess.h"
 #include "Tests/Platform/Settings/SettingsFolder.h"
 
 namespace platform {
@@ -18,6 +13,12 @@ using Names = std::vector<std::string>;
 unsigned modeOf(const std::string& path) {
   struct stat status {};
   return stat(path.c_str(), &status) == 0 ? status.st_mode & 07777U : 0;
+}
+
+/// Why it cannot be replaced; empty when it was.
+std::string replace(const SettingsFile& file, std::string_view text) {
+  const SettingsFile::Change change = file.replace(text, file.read(), file.lock());
+  return change.outcome == FileReplacement::Outcome::done ? "" : "not done: " + change.error;
 }
 
 TEST(SettingsFile, ReadsAMissingFileAsEmpty) {
@@ -98,7 +99,7 @@ TEST(SettingsFile, MakesTheFoldersForItsOwnerAlone) {
   const SettingsFolder folder;
   const std::string path = folder.path("config/staylit/settings.toml");
   const SettingsFile file(path);
-  EXPECT_EQ(file.replace("a", file.lock()).error, "");
+  EXPECT_EQ(replace(file, "a"), "");
   EXPECT_EQ(SettingsFolder::read(path), "a");
   EXPECT_EQ(modeOf(folder.path("config")), 0700U);
   EXPECT_EQ(modeOf(path), 0600U);
@@ -109,7 +110,7 @@ TEST(SettingsFile, KeepsTheMode) {
   folder.write("a");
   chmod(folder.file().c_str(), 0644);
   const SettingsFile file(folder.file());
-  EXPECT_EQ(file.replace("b", file.lock()).error, "");
+  EXPECT_EQ(replace(file, "b"), "");
   EXPECT_EQ(folder.read(), "b");
   EXPECT_EQ(modeOf(folder.file()), 0644U);
   EXPECT_EQ(folder.names(), Names{"settings.toml"});
@@ -121,23 +122,11 @@ TEST(SettingsFile, ReplacesTheFileThatALinkNames) {
   std::filesystem::create_symlink("real/other.toml", folder.path("middle"));
   std::filesystem::create_symlink(folder.path("middle"), folder.file());
   const SettingsFile file(folder.file());
-  EXPECT_EQ(file.replace("a", file.lock()).error, "");
-  EXPECT_EQ(file.replace("b", file.lock()).error, "");
+  EXPECT_EQ(replace(file, "a"), "");
+  EXPECT_EQ(replace(file, "b"), "");
   EXPECT_EQ(SettingsFolder::read(folder.path("real/other.toml")), "b");
   EXPECT_TRUE(std::filesystem::is_symlink(folder.file()));
   EXPECT_TRUE(std::filesystem::is_symlink(folder.path("middle")));
-}
-
-TEST(SettingsFile, SetsAsideUnderAFreeName) {
-  const SettingsFolder folder;
-  const SettingsFile file(folder.file());
-  folder.write("first");
-  EXPECT_EQ(file.setAside(file.lock()).path, folder.path("settings.toml.damaged"));
-  folder.write("second");
-  EXPECT_EQ(file.setAside(file.lock()).path, folder.path("settings.toml.damaged-2"));
-  EXPECT_EQ(folder.names(), (Names{"settings.toml.damaged", "settings.toml.damaged-2"}));
-  EXPECT_EQ(SettingsFolder::read(folder.path("settings.toml.damaged")), "first");
-  EXPECT_EQ(SettingsFolder::read(folder.path("settings.toml.damaged-2")), "second");
 }
 
 TEST(SettingsFile, WaitsOnlySoLongForTheLock) {
@@ -159,39 +148,6 @@ TEST(SettingsFile, SaysWhyAFolderCannotBeMade) {
   const SettingsFolder folder;
   folder.write("");
   EXPECT_EQ(SettingsFile(folder.file() + "/sub/settings.toml").lock().error(), "Not a directory");
-}
-
-TEST(FileReplacement, LeavesTheOldFileWholeWhenTheProgramDiesBeforeTheRename) {
-  const SettingsFolder folder;
-  folder.write("a = 1\n");
-  ChildProcess child([&folder] {
-    const FileReplacement replacement(folder.file(), "a = 2\n");
-    _exit(replacement.error().empty() ? 0 : 1);  // The destructor does not run.
-  });
-  ASSERT_TRUE(child.wait());
-  EXPECT_EQ(folder.names().size(), 2U);  // The temporary file is left over, and harms nobody.
-  EXPECT_EQ(folder.read(), "a = 1\n");
-  TomlDefaults defaults(folder.file());
-  EXPECT_EQ(defaults.integer("a"), 1);
-  defaults.setInteger("a", 3);
-  EXPECT_EQ(folder.read(), "a = 3\n");
-  EXPECT_EQ(folder.logged(), Names{});
-}
-
-TEST(FileReplacement, RemovesItsTemporaryFileWhenItIsDropped) {
-  const SettingsFolder folder;
-  folder.write("a");
-  { const FileReplacement replacement(folder.file(), "b"); }
-  EXPECT_EQ(folder.names(), Names{"settings.toml"});
-  EXPECT_EQ(folder.read(), "a");
-}
-
-TEST(FileReplacement, SaysWhyItCannotTakeThePlace) {
-  const SettingsFolder folder;
-  mkdir(folder.file().c_str(), 0700);
-  FileReplacement replacement(folder.file(), "b");
-  EXPECT_FALSE(replacement.commit());
-  EXPECT_EQ(replacement.error(), "Is a directory");
 }
 
 }  // namespace

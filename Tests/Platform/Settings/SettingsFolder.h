@@ -23,6 +23,13 @@ class SettingsFolder {
  public:
   SettingsFolder() { ports_.log = log_; }
 
+  /// For stores that see at once what was done to the file, and wait for a slow machine.
+  static SettingsKeeper::Timing patient() {
+    constexpr std::chrono::milliseconds atOnce(0);
+    constexpr std::chrono::minutes aMinute(1);
+    return {aMinute, aMinute, atOnce, atOnce, atOnce, atOnce, aMinute};
+  }
+
   [[nodiscard]] std::string file() const { return folder_.path("settings.toml"); }
   [[nodiscard]] std::string path(std::string_view name) const { return folder_.path(name); }
 

@@ -7,6 +7,8 @@
 #include <limits>
 #include <variant>
 
+#include "Tests/Platform/Settings/IntegerValue.h"
+
 namespace platform {
 namespace {
 
@@ -14,22 +16,18 @@ using tidewell::PropertyDictionary;
 using tidewell::PropertyValue;
 using Texts = std::vector<std::string>;
 
-PropertyValue integer(std::int64_t value) {
-  return value;
-}
-
 PropertyValue text(const char* characters) {
   return std::string(characters);
 }
 
 PropertyDictionary valuesOf(std::string_view settings) {
   const SettingsValues parsed = parseSettings(settings);
-  EXPECT_EQ(parsed.error, "") << settings;
+  EXPECT_EQ(parsed.damage, "") << settings;
   return parsed.values;
 }
 
 std::string edited(std::string_view settings, std::string_view key, const PropertyValue& value) {
-  return withSetting(settings, key, value).value_or("(not possible)");
+  return withSettings(settings, {{std::string(key), value}}).value_or("(not possible)");
 }
 
 TEST(SettingsText, ReadsEachTypeOfSetting) {
@@ -57,11 +55,11 @@ TEST(SettingsText, ReadsNothingFromAnEmptyText) {
 }
 
 TEST(SettingsText, SaysInWhichLineATextIsDamaged) {
-  EXPECT_TRUE(parseSettings("a = 1\nb = \n").error.starts_with("line 2: "))
-      << parseSettings("a = 1\nb = \n").error;
+  EXPECT_TRUE(parseSettings("a = 1\nb = \n").damage.starts_with("line 2: "))
+      << parseSettings("a = 1\nb = \n").damage;
 }
 
-TEST(SettingsText, RefusesDamagedTexts) {
+TEST(SettingsText, NoticesDamage) {
   using namespace std::string_view_literals;
   for (const std::string_view damaged : {"a"sv,
                                          "a ="sv,
@@ -84,14 +82,13 @@ TEST(SettingsText, RefusesDamagedTexts) {
                                          "é = 1"sv,
                                          "a = \xC3"sv,
                                          "a = 1979-13-01"sv}) {
-    EXPECT_NE(parseSettings(damaged).error, "") << damaged;
-    EXPECT_EQ(withSetting(damaged, "k", true), std::nullopt) << damaged;
+    EXPECT_NE(parseSettings(damaged).damage, "") << damaged;
   }
 }
 
-TEST(SettingsText, RefusesListsNestedWithoutEnd) {
-  EXPECT_NE(parseSettings("a = " + std::string(100000, '[')).error, "");
-  EXPECT_NE(parseSettings("a = " + std::string(100000, '{')).error, "");
+TEST(SettingsText, SurvivesListsNestedWithoutEnd) {
+  EXPECT_NE(parseSettings("a = " + std::string(100000, '[')).damage, "");
+  EXPECT_NE(parseSettings("a = " + std::string(100000, '{')).damage, "");
 }
 
 TEST(SettingsText, ChangesOnlyTheValue) {
@@ -246,7 +243,100 @@ TEST(SettingsText, QuotesAKeyThatMustBe) {
 }
 
 TEST(SettingsText, RefusesAValueWithoutAType) {
-  EXPECT_EQ(withSetting("", "k", std::monostate()), std::nullopt);
+  EXPECT_EQ(withSettings("", {{"k", std::monostate()}}), std::nullopt);
+}
+
+PropertyDictionary readOf(std::string_view damaged) {
+  const SettingsValues parsed = parseSettings(damaged);
+  EXPECT_NE(parsed.damage, "") << damaged;
+  return parsed.values;
+}
+
+TEST(SettingsText, ReadsWhatStandsAroundADamagedStatement) {
+  const PropertyDictionary both = {{"a", integer(1)}, {"b", integer(2)}};
+  for (const char* damage : {"x",
+                             "x =",
+                             "= 1",
+                             "x = tru",
+                             "x = 'y",
+                             "x = \"y",
+                             "x = 99999999999999999999",
+                             "x = [1, 2",
+                             "x = [\n 'y',\n 'z'",
+                             "x = {c = 1",
+                             "x = \"\"\"y",
+                             "x = '''y",
+                             "x = [[1],\n [2",
+                             "x = 1 y = 2",
+                             "x = \xC3",
+                             "# \x01",
+                             "\x01",
+                             "a = 3",
+                             "x = \"\\q\"",
+                             "a.c = 1"}) {
+    EXPECT_EQ(readOf("a = 1\n" + std::string(damage) + "\nb = 2\n"), both) << damage;
+  }
+}
+
+TEST(SettingsText, TakesNothingForASettingThatMayBelongToATable) {
+  EXPECT_EQ(readOf("a = 1\n[t\nb = 2\n[u]\nc = 3\n"),
+            (PropertyDictionary{{"a", integer(1)}, {"u", std::monostate()}}));
+  EXPECT_EQ(readOf("a = [1,\n[t]\nb = 2\n"), (PropertyDictionary{{"t", std::monostate()}}));
+}
+
+TEST(SettingsText, ReadsSettingsAboveTablesThatDisagree) {
+  std::string text = "a = 1\n";
+  for (int table = 0; table < 20; ++table)
+    text += "[t]\nx = 1\nx = 2\n";
+  EXPECT_EQ(readOf(text)["a"], integer(1));
+}
+
+TEST(SettingsText, CountsWhatCannotBeRead) {
+  const std::string damage = parseSettings("a = \nb = 1\nc = \nd = \n").damage;
+  EXPECT_TRUE(damage.starts_with("line 1: ")) << damage;
+  EXPECT_TRUE(damage.ends_with(", and 2 more")) << damage;
+}
+
+TEST(SettingsText, ReadsNothingFromWhatIsNoText) {
+  using namespace std::string_view_literals;
+  EXPECT_EQ(readOf("\xFF\xFE"
+                   "a\0=\0"
+                   "1\0\n\0"sv),
+            PropertyDictionary());
+}
+
+TEST(SettingsText, LeavesDamageAsItStands) {
+  EXPECT_EQ(edited("a = 1\nx = [1,\nb = 2 # two\n[t\ny = \n", "b", integer(3)),
+            "a = 1\nx = [1,\nb = 3 # two\n[t\ny = \n");
+  EXPECT_EQ(edited("x = ", "k", true), "x = \nk = true\n");
+  EXPECT_EQ(edited("[t\n", "k", true), "k = true\n[t\n");
+  EXPECT_EQ(edited("x = \"\"\"\n", "k", true), "x = \"\"\"\nk = true\n");
+}
+
+TEST(SettingsText, TurnsTheDamagedLinesOfAChangedKeyIntoComments) {
+  EXPECT_EQ(edited("k = [1,\n 2\nb = 1\n", "k", integer(3)), "# k = [1,\n#  2\nb = 1\nk = 3\n");
+  EXPECT_EQ(edited("'k' = tru\r\n", "k", true), "# 'k' = tru\r\nk = true\r\n");
+}
+
+TEST(SettingsText, MakesSeveralChangesAtOnce) {
+  const PropertyDictionary changes = {
+      {"a", integer(5)}, {"b", Texts{"y"}}, {"new", true}, {"other", false}};
+  EXPECT_EQ(withSettings("b = [ # c\n'x']\na = 1 # one\n[t]\n", changes),
+            "b = [ # c\n\"y\"]\na = 5 # one\nnew = true\nother = false\n[t]\n");
+}
+
+TEST(SettingsText, ChangesNothingWithoutChanges) {
+  EXPECT_EQ(withSettings("a = 1", {}), "a = 1");
+  EXPECT_EQ(withSettings("a = ", {}), "a = ");
+}
+
+TEST(SettingsText, ChangesOneOfVeryManyKeys) {
+  std::string text;
+  for (int number = 0; number < 29'000; ++number)
+    text += "key" + std::to_string(number) + " = " + std::to_string(number) + "\n";
+  const std::string wanted = text + "k = true\n";
+  EXPECT_EQ(edited(text, "k", true), wanted);
+  EXPECT_TRUE(edited(text, "key28999", integer(0)).ends_with("key28999 = 0\n"));
 }
 
 }  // namespace

@@ -13,10 +13,11 @@ using Texts = std::vector<std::string>;
 constexpr int kRounds = 40;
 
 void countUp(const std::string& file, const std::string& key) {
-  TomlDefaults defaults(file);
+  TomlDefaults defaults(file, SettingsFolder::patient());
   for (int round = 1; round <= kRounds; ++round) {
     defaults.setInteger(key, round);
     defaults.setStringList(key + std::to_string(round), {key});
+    defaults.finishWriting();
   }
 }
 
@@ -29,7 +30,7 @@ TEST(TomlDefaultsProcesses, LoseNothingWhenTheyWriteDifferentKeysAtOnce) {
     EXPECT_TRUE(one.wait());
     EXPECT_TRUE(other.wait());
   }
-  TomlDefaults defaults(folder.file());
+  TomlDefaults defaults(folder.file(), SettingsFolder::patient());
   for (const std::string key : {"one", "other"}) {
     EXPECT_EQ(defaults.integer(key), 40);
     for (int round = 1; round <= kRounds; ++round)
@@ -44,7 +45,7 @@ TEST(TomlDefaultsProcesses, NeverReadAHalfWrittenFile) {
   const SettingsFolder folder;
   folder.write("sound = true\n");
   ChildProcess writer([&folder] { countUp(folder.file(), "key"); });
-  TomlDefaults defaults(folder.file());
+  TomlDefaults defaults(folder.file(), SettingsFolder::patient());
   std::int64_t last = 0;
   while (last < kRounds) {
     ASSERT_TRUE(defaults.boolean("sound"));
@@ -56,19 +57,24 @@ TEST(TomlDefaultsProcesses, NeverReadAHalfWrittenFile) {
   EXPECT_EQ(folder.logged(), Texts{});
 }
 
-TEST(TomlDefaultsProcesses, SetADamagedFileAsideOnce) {
+TEST(TomlDefaultsProcesses, ShareADamagedFile) {
   const SettingsFolder folder;
-  folder.write("damaged");
+  folder.write("damaged\n");
   {
-    ChildProcess one([&folder] { TomlDefaults(folder.file()).setInteger("one", 1); });
-    ChildProcess other([&folder] { TomlDefaults(folder.file()).setInteger("other", 2); });
+    const auto set = [&folder](const char* key, int value) {
+      TomlDefaults defaults(folder.file(), SettingsFolder::patient());
+      defaults.setInteger(key, value);
+    };
+    ChildProcess one([&set] { set("one", 1); });
+    ChildProcess other([&set] { set("other", 2); });
     EXPECT_TRUE(one.wait());
     EXPECT_TRUE(other.wait());
   }
-  TomlDefaults defaults(folder.file());
+  TomlDefaults defaults(folder.file(), SettingsFolder::patient());
   EXPECT_EQ(defaults.integer("one"), 1);
   EXPECT_EQ(defaults.integer("other"), 2);
-  EXPECT_EQ(folder.names(), (Texts{"settings.toml", "settings.toml.damaged"}));
+  EXPECT_EQ(folder.names(), Texts{"settings.toml"});
+  EXPECT_NE(folder.read().find("damaged\n"), std::string::npos);
 }
 
 }  // namespace

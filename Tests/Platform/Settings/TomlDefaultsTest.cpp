@@ -4,6 +4,7 @@
 #include <stdlib.h>
 #include <sys/stat.h>
 
+#include "Platform/Linux/Settings/SettingsFile.h"
 #include "Tests/Platform/ScopedVariable.h"
 #include "Tests/Platform/Settings/SettingsFolder.h"
 
@@ -26,7 +27,7 @@ TEST(TomlDefaults, LiesInTheConfigurationFolder) {
 
 TEST(TomlDefaults, WritesNothingByItself) {
   const SettingsFolder folder;
-  TomlDefaults defaults(folder.file());
+  TomlDefaults defaults(folder.file(), SettingsFolder::patient());
   defaults.registerDefaults({{"graceSeconds", std::int64_t{120}}});
   EXPECT_EQ(defaults.integer("graceSeconds"), 120);
   EXPECT_EQ(folder.names(), Texts{});
@@ -34,9 +35,10 @@ TEST(TomlDefaults, WritesNothingByItself) {
 
 TEST(TomlDefaults, WritesOnlyTheKeyThatIsSet) {
   const SettingsFolder folder;
-  TomlDefaults defaults(folder.file());
+  TomlDefaults defaults(folder.file(), SettingsFolder::patient());
   defaults.registerDefaults({{"graceSeconds", std::int64_t{120}}, {"verbose", false}});
   defaults.setBoolean("verbose", true);
+  defaults.finishWriting();
   EXPECT_EQ(folder.read(), "verbose = true\n");
   EXPECT_EQ(folder.names(), Texts{"settings.toml"});
 }
@@ -45,9 +47,10 @@ TEST(TomlDefaults, KeepsCommentsUnknownKeysAndTables) {
   const SettingsFolder folder;
   folder.write(
       "# Quiet machine\ngraceSeconds = 120 # two minutes\nfuture = {a = 1}\n\n[plugin]\nx = 1\n");
-  TomlDefaults defaults(folder.file());
+  TomlDefaults defaults(folder.file(), SettingsFolder::patient());
   defaults.setInteger("graceSeconds", 60);
   defaults.setStringList("ignoredApps", {"a"});
+  defaults.finishWriting();
   EXPECT_EQ(folder.read(),
             "# Quiet machine\ngraceSeconds = 60 # two minutes\nfuture = {a = 1}\n"
             "ignoredApps = [\"a\"]\n\n[plugin]\nx = 1\n");
@@ -55,7 +58,7 @@ TEST(TomlDefaults, KeepsCommentsUnknownKeysAndTables) {
 
 TEST(TomlDefaults, SeesAnEditByHandAtTheNextRead) {
   const SettingsFolder folder;
-  TomlDefaults defaults(folder.file());
+  TomlDefaults defaults(folder.file(), SettingsFolder::patient());
   defaults.registerDefaults({{"graceSeconds", std::int64_t{120}}});
   folder.write("graceSeconds = 30\n");
   EXPECT_EQ(defaults.integer("graceSeconds"), 30);
@@ -67,7 +70,7 @@ TEST(TomlDefaults, SeesAnEditByHandAtTheNextRead) {
 
 TEST(TomlDefaults, SeesTwoEditsOfOneLengthWithinOneMoment) {
   const SettingsFolder folder;
-  TomlDefaults defaults(folder.file());
+  TomlDefaults defaults(folder.file(), SettingsFolder::patient());
   folder.writeJustNow("a = 1\n");
   struct stat status {};
   stat(folder.file().c_str(), &status);
@@ -80,20 +83,22 @@ TEST(TomlDefaults, SeesTwoEditsOfOneLengthWithinOneMoment) {
 
 TEST(TomlDefaults, KeepsAnEditByHandWhenItWritesAnotherKey) {
   const SettingsFolder folder;
-  TomlDefaults defaults(folder.file());
+  TomlDefaults defaults(folder.file(), SettingsFolder::patient());
   folder.write("a = 1\n");
   EXPECT_EQ(defaults.integer("a"), 1);
   folder.write("a = 2 # by hand\n");
   defaults.setInteger("b", 3);
+  defaults.finishWriting();
   EXPECT_EQ(folder.read(), "a = 2 # by hand\nb = 3\n");
 }
 
 TEST(TomlDefaults, LeavesTheFileAloneWhenTheValueIsThereAlready) {
   const SettingsFolder folder;
   folder.write("ignoredApps = [ 'a', 'b' ] # mine\n");
-  TomlDefaults defaults(folder.file());
+  TomlDefaults defaults(folder.file(), SettingsFolder::patient());
   const FileStamp before = SettingsFile(folder.file()).stamp();
   defaults.setStringList("ignoredApps", {"a", "b"});
+  defaults.finishWriting();
   EXPECT_EQ(SettingsFile(folder.file()).stamp(), before);
 }
 
@@ -102,7 +107,7 @@ TEST(TomlDefaults, ConvertsWhatAPersonWroteInAnotherType) {
   folder.write(
       "graceSeconds = '90 s'\ncpuThresholdPercent = 12\nverbose = 'yes'\nkeepScreenOn = 1\n"
       "ignoredApps = ['a', 1]\nbatteryThreshold = 1979-05-27\n");
-  TomlDefaults defaults(folder.file());
+  TomlDefaults defaults(folder.file(), SettingsFolder::patient());
   defaults.registerDefaults({{"batteryThreshold", std::int64_t{20}}});
   EXPECT_EQ(defaults.integer("graceSeconds"), 90);
   EXPECT_EQ(defaults.real("cpuThresholdPercent"), 12.0);
@@ -114,11 +119,13 @@ TEST(TomlDefaults, ConvertsWhatAPersonWroteInAnotherType) {
 
 TEST(TomlDefaults, SharesTheFileBetweenTwoStores) {
   const SettingsFolder folder;
-  TomlDefaults one(folder.file());
-  TomlDefaults other(folder.file());
+  TomlDefaults one(folder.file(), SettingsFolder::patient());
+  TomlDefaults other(folder.file(), SettingsFolder::patient());
   one.setInteger("a", 1);
+  one.finishWriting();
   EXPECT_EQ(other.integer("a"), 1);
   other.setInteger("a", 2);
+  other.finishWriting();
   EXPECT_EQ(one.integer("a"), 2);
 }
 
@@ -126,8 +133,9 @@ TEST(TomlDefaults, FollowsALinkToTheRealFile) {
   const SettingsFolder folder;
   mkdir(folder.path("dotfiles").c_str(), 0700);
   std::filesystem::create_symlink("dotfiles/staylit.toml", folder.file());
-  TomlDefaults defaults(folder.file());
+  TomlDefaults defaults(folder.file(), SettingsFolder::patient());
   defaults.setInteger("a", 1);
+  defaults.finishWriting();
   EXPECT_EQ(SettingsFolder::read(folder.path("dotfiles/staylit.toml")), "a = 1\n");
   EXPECT_TRUE(std::filesystem::is_symlink(folder.file()));
   EXPECT_EQ(defaults.integer("a"), 1);

@@ -12,71 +12,126 @@ namespace {
 
 using Texts = std::vector<std::string>;
 
-TEST(TomlDefaultsTrouble, SetsADamagedFileAsideAndHoldsTheDefaults) {
+std::string damaged(const SettingsFolder& folder) {
+  return "error: settings file " + folder.file() + " is damaged (line ";
+}
+
+TEST(TomlDefaultsTrouble, ReadsWhatCanBeReadOfADamagedFile) {
+  const SettingsFolder folder;
+  const std::string text =
+      "# mine\ngraceSeconds = 30\nsustainSeconds = 99999999999999999999\nverbose = true\n";
+  folder.write(text);
+  TomlDefaults defaults(folder.file(), SettingsFolder::patient());
+  defaults.registerDefaults({{"sustainSeconds", std::int64_t{10}}});
+  EXPECT_EQ(defaults.integer("graceSeconds"), 30);
+  EXPECT_EQ(defaults.integer("sustainSeconds"), 10);
+  EXPECT_TRUE(defaults.boolean("verbose"));
+  EXPECT_EQ(folder.names(), Texts{"settings.toml"});
+  EXPECT_EQ(folder.read(), text);
+}
+
+TEST(TomlDefaultsTrouble, SaysOnceInWhichLineAFileIsDamaged) {
   const SettingsFolder folder;
   folder.write("graceSeconds = 30\nverbose = maybe\n");
-  TomlDefaults defaults(folder.file());
-  defaults.registerDefaults({{"graceSeconds", std::int64_t{120}}});
-  EXPECT_EQ(defaults.integer("graceSeconds"), 120);
-  EXPECT_EQ(defaults.integer("graceSeconds"), 120);
-  EXPECT_EQ(folder.names(), Texts{"settings.toml.damaged"});
-  EXPECT_EQ(SettingsFolder::read(folder.path("settings.toml.damaged")),
-            "graceSeconds = 30\nverbose = maybe\n");
+  TomlDefaults defaults(folder.file(), SettingsFolder::patient());
+  EXPECT_EQ(defaults.integer("graceSeconds"), 30);
+  EXPECT_EQ(defaults.integer("graceSeconds"), 30);
+  folder.write("graceSeconds = 300\nverbose = maybe\n");
+  EXPECT_EQ(defaults.integer("graceSeconds"), 300);
   ASSERT_EQ(folder.logged().size(), 1U);
-  EXPECT_TRUE(folder.logged()[0].starts_with("error: settings file " + folder.file() +
-                                             " is damaged (line 2: "))
-      << folder.logged()[0];
-  EXPECT_TRUE(
-      folder.logged()[0].ends_with("); set aside as " + folder.path("settings.toml.damaged")))
+  EXPECT_TRUE(folder.logged()[0].starts_with(damaged(folder) + "2: ")) << folder.logged()[0];
+  EXPECT_TRUE(folder.logged()[0].ends_with("); what cannot be read of it has its default"))
       << folder.logged()[0];
 }
 
-TEST(TomlDefaultsTrouble, StartsAFreshFileAfterADamagedOne) {
+TEST(TomlDefaultsTrouble, SavesIntoADamagedFileAndLeavesTheDamage) {
   const SettingsFolder folder;
-  folder.write("[[[");
-  TomlDefaults defaults(folder.file());
+  folder.write("[[[\n# mine\n");
+  TomlDefaults defaults(folder.file(), SettingsFolder::patient());
   defaults.setInteger("a", 1);
-  EXPECT_EQ(folder.read(), "a = 1\n");
-  EXPECT_EQ(SettingsFolder::read(folder.path("settings.toml.damaged")), "[[[");
+  defaults.finishWriting();
+  EXPECT_EQ(folder.read(), "a = 1\n[[[\n# mine\n");
+  EXPECT_EQ(defaults.integer("a"), 1);
+  EXPECT_EQ(folder.names(), Texts{"settings.toml"});
   EXPECT_EQ(folder.logged().size(), 1U);
+}
+
+TEST(TomlDefaultsTrouble, TurnsTheDamagedLineOfAChangedKeyIntoAComment) {
+  const SettingsFolder folder;
+  folder.write("a = 1\ngrace = 99999999999999999999 # long\nb = 2\n");
+  TomlDefaults defaults(folder.file(), SettingsFolder::patient());
+  defaults.setInteger("grace", 60);
+  defaults.finishWriting();
+  EXPECT_EQ(folder.read(), "a = 1\n# grace = 99999999999999999999 # long\nb = 2\ngrace = 60\n");
+}
+
+/// A store that thinks for an hour that what is not whole may become so.
+SettingsKeeper::Timing trusting() {
+  SettingsKeeper::Timing timing = SettingsFolder::patient();
+  timing.settling = std::chrono::hours(1);
+  return timing;
 }
 
 TEST(TomlDefaultsTrouble, WaitsForAnEditorThatIsHalfWay) {
   const SettingsFolder folder;
-  TomlDefaults defaults(folder.file());
+  TomlDefaults defaults(folder.file(), trusting());
   folder.write("graceSeconds = 30\n");
   EXPECT_EQ(defaults.integer("graceSeconds"), 30);
-  folder.writeJustNow("graceSeconds = ");
+  for (const char* halfWay : {"graceSeconds = ", "", "\n"}) {
+    folder.writeJustNow(halfWay);
+    EXPECT_EQ(defaults.integer("graceSeconds"), 30) << halfWay;
+  }
+  std::filesystem::remove(folder.file());
   EXPECT_EQ(defaults.integer("graceSeconds"), 30);
-  EXPECT_EQ(folder.names(), Texts{"settings.toml"});
+  EXPECT_EQ(folder.names(), Texts{});
   folder.writeJustNow("graceSeconds = 40\n");
   EXPECT_EQ(defaults.integer("graceSeconds"), 40);
   EXPECT_EQ(folder.logged(), Texts{});
 }
 
-TEST(TomlDefaultsTrouble, SetsAsideWhatStaysDamaged) {
+TEST(TomlDefaultsTrouble, DoesNotSaveIntoAFileThatIsHalfWritten) {
   const SettingsFolder folder;
-  TomlDefaults defaults(folder.file());
-  folder.write("graceSeconds = 30\n");
+  folder.write("graceSeconds = 30\nverbose = true\n");
+  SettingsKeeper::Timing timing = trusting();
+  timing.farewell = std::chrono::milliseconds(100);
+  timing.retrying = std::chrono::hours(1);
+  TomlDefaults defaults(folder.file(), timing);
   EXPECT_EQ(defaults.integer("graceSeconds"), 30);
-  folder.write("graceSeconds = ");
-  EXPECT_EQ(defaults.integer("graceSeconds"), 0);
-  EXPECT_EQ(folder.names(), Texts{"settings.toml.damaged"});
+  folder.writeJustNow("");
+  defaults.setInteger("a", 1);
+  defaults.finishWriting();
+  EXPECT_EQ(folder.read(), "");
+  EXPECT_EQ(defaults.integer("a"), 1);
+  EXPECT_TRUE(defaults.boolean("verbose"));
+  EXPECT_EQ(folder.logged(), Texts{"error: settings could not be saved to " + folder.file() +
+                                   " in time; what was changed last is lost"});
 }
 
-TEST(TomlDefaultsTrouble, SetsAsideTheRealFileBehindALink) {
+TEST(TomlDefaultsTrouble, SavesOnceTheEditorHasWrittenTheRest) {
   const SettingsFolder folder;
-  mkdir(folder.path("real").c_str(), 0700);
-  std::filesystem::create_symlink("real/s.toml", folder.file());
-  folder.writeJustNow("[");
-  TomlDefaults defaults(folder.file());
+  folder.write("graceSeconds = 30\nverbose = true\n");
+  TomlDefaults defaults(folder.file(), trusting());
+  EXPECT_EQ(defaults.integer("graceSeconds"), 30);
+  folder.writeJustNow("grace");
   defaults.setInteger("a", 1);
-  EXPECT_EQ(SettingsFolder::read(folder.path("real/s.toml")), "a = 1\n");
-  EXPECT_EQ(SettingsFolder::read(folder.path("real/s.toml.damaged")), "[");
+  folder.writeJustNow("graceSeconds = 40\nverbose = true\n");
+  defaults.finishWriting();
+  EXPECT_EQ(folder.read(), "graceSeconds = 40\nverbose = true\na = 1\n");
+}
+
+TEST(TomlDefaultsTrouble, BelievesWhatStaysDamaged) {
+  const SettingsFolder folder;
+  TomlDefaults defaults(folder.file(), SettingsFolder::patient());
+  folder.write("graceSeconds = 30\na = 1\n");
+  EXPECT_EQ(defaults.integer("graceSeconds"), 30);
+  folder.write("graceSeconds = \na = 1\n");
+  EXPECT_EQ(defaults.integer("graceSeconds"), 0);
+  EXPECT_EQ(defaults.integer("a"), 1);
+  EXPECT_EQ(folder.names(), Texts{"settings.toml"});
 }
 
 void expectHeldInMemory(const SettingsFolder& folder, const std::string& reason) {
-  TomlDefaults defaults(folder.file());
+  TomlDefaults defaults(folder.file(), SettingsFolder::patient());
   defaults.registerDefaults({{"a", std::int64_t{7}}});
   EXPECT_EQ(defaults.integer("a"), 7);
   EXPECT_EQ(defaults.integer("a"), 7);
@@ -84,6 +139,7 @@ void expectHeldInMemory(const SettingsFolder& folder, const std::string& reason)
             Texts{"error: settings file " + folder.file() + " cannot be read: " + reason});
   defaults.setInteger("a", 1);
   defaults.setInteger("b", 2);
+  defaults.finishWriting();
   EXPECT_EQ(defaults.integer("a"), 1);
   EXPECT_EQ(defaults.integer("b"), 2);
   EXPECT_EQ(folder.logged().size(), 2U);
@@ -114,17 +170,41 @@ TEST(TomlDefaultsTrouble, DoesNotReadAGigabyte) {
 TEST(TomlDefaultsTrouble, SavesWhatWasHeldOnceItCan) {
   const SettingsFolder folder;
   mkdir(folder.file().c_str(), 0700);
-  TomlDefaults defaults(folder.file());
+  TomlDefaults defaults(folder.file(), SettingsFolder::patient());
   defaults.setInteger("a", 1);
+  defaults.finishWriting();
   rmdir(folder.file().c_str());
   EXPECT_EQ(defaults.integer("a"), 1);
   defaults.setInteger("b", 2);
+  defaults.finishWriting();
   EXPECT_EQ(folder.read(), "a = 1\nb = 2\n");
+}
+
+TEST(TomlDefaultsTrouble, LetsALaterEditByHandOverruleWhatCouldNotBeSaved) {
+  const SettingsFolder folder;
+  folder.write("a = 1\nb = 1\n");
+  SettingsKeeper::Timing timing = SettingsFolder::patient();
+  timing.retrying = std::chrono::hours(1);
+  TomlDefaults defaults(folder.file(), timing);
+  EXPECT_EQ(defaults.integer("a"), 1);
+  std::filesystem::remove(folder.file());
+  mkdir(folder.file().c_str(), 0700);
+  defaults.setInteger("a", 2);
+  defaults.setInteger("b", 2);
+  defaults.finishWriting();
+  EXPECT_EQ(defaults.integer("a"), 2);
+  rmdir(folder.file().c_str());
+  folder.write("a = 3\nb = 1\n");
+  EXPECT_EQ(defaults.integer("a"), 3);
+  EXPECT_EQ(defaults.integer("b"), 2);
+  defaults.setInteger("c", 4);
+  defaults.finishWriting();
+  EXPECT_EQ(folder.read(), "a = 3\nb = 2\nc = 4\n");
 }
 
 TEST(TomlDefaultsTrouble, SaysItAgainWhenTroubleComesBack) {
   const SettingsFolder folder;
-  TomlDefaults defaults(folder.file());
+  TomlDefaults defaults(folder.file(), SettingsFolder::patient());
   for (int time = 0; time < 2; ++time) {
     mkdir(folder.file().c_str(), 0700);
     EXPECT_EQ(defaults.integer("a"), 0);
@@ -137,7 +217,7 @@ TEST(TomlDefaultsTrouble, SaysItAgainWhenTroubleComesBack) {
 TEST(TomlDefaultsTrouble, KeepsTheValuesOfAFileThatGoesOutOfReach) {
   const SettingsFolder folder;
   folder.write("a = 5\n");
-  TomlDefaults defaults(folder.file());
+  TomlDefaults defaults(folder.file(), SettingsFolder::patient());
   EXPECT_EQ(defaults.integer("a"), 5);
   std::filesystem::remove(folder.file());
   mkdir(folder.file().c_str(), 0700);
@@ -146,8 +226,9 @@ TEST(TomlDefaultsTrouble, KeepsTheValuesOfAFileThatGoesOutOfReach) {
 
 TEST(TomlDefaultsTrouble, LivesWithoutAHome) {
   const SettingsFolder folder;
-  TomlDefaults defaults{std::filesystem::path()};
+  TomlDefaults defaults(std::filesystem::path(), SettingsFolder::patient());
   defaults.setInteger("a", 1);
+  defaults.finishWriting();
   EXPECT_EQ(defaults.integer("a"), 1);
   EXPECT_EQ(folder.logged(),
             Texts{"error: settings cannot be saved to : No such file or directory; changes hold "
@@ -158,10 +239,12 @@ TEST(TomlDefaultsTrouble, LivesWithoutAHome) {
 /// before and after a change, and its log.
 std::string triedAsOrdinaryUser(const SettingsFolder& folder) {
   return asOrdinaryUser([&folder] {
-    TomlDefaults defaults(folder.file());
+    TomlDefaults defaults(folder.file(), SettingsFolder::patient());
     std::string told = std::to_string(defaults.integer("a"));
     defaults.setInteger("a", 2);
+    defaults.finishWriting();
     defaults.setInteger("a", 3);
+    defaults.finishWriting();
     told += " " + std::to_string(defaults.integer("a"));
     for (const std::string& line : folder.logged())
       told += "\n" + line;
@@ -194,19 +277,6 @@ TEST(TomlDefaultsTrouble, NeitherReadsNorReplacesAFileWithoutTheRight) {
                 folder.file() + ": Permission denied; changes hold until the program ends");
   chmod(folder.file().c_str(), 0600);
   EXPECT_EQ(folder.read(), "a = 1\n");
-}
-
-TEST(TomlDefaultsTrouble, LivesWithADamagedFileThatCannotBeSetAside) {
-  const SettingsFolder folder;
-  folder.write("a = \n");
-  chmod(folder.file().c_str(), 0644);
-  chmod(folder.path("").c_str(), 0555);
-  const std::string told = triedAsOrdinaryUser(folder);
-  chmod(folder.path("").c_str(), 0700);
-  EXPECT_TRUE(told.starts_with("0 3\nerror: settings file " + folder.file() + " is damaged (line "))
-      << told;
-  EXPECT_NE(told.find(") and cannot be set aside: Permission denied\n"), std::string::npos) << told;
-  EXPECT_EQ(folder.read(), "a = \n");
 }
 
 }  // namespace

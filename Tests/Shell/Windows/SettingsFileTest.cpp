@@ -38,6 +38,7 @@ class SettingsFileTest : public WindowsTest {
     return widget;
   }
   bool says(const std::string& line) const {
+    fakes.ports.defaults->finishWriting();
     std::stringstream text;
     text << "\n" << std::ifstream(folder.path() / "settings.toml").rdbuf();
     return text.str().find("\n" + line + "\n") != std::string::npos;

@@ -1,0 +1,117 @@
+#include "Platform/Linux/Settings/SettingsSource.h"
+
+#include <utility>
+
+namespace platform {
+namespace {
+
+using State = SettingsSource::Saving::State;
+using Outcome = FileReplacement::Outcome;
+
+constexpr int kAttempts = 8;
+constexpr const char* kBeingWritten = "another program is writing it";
+
+bool isBlank(const std::string& text) {
+  return text.find_first_not_of(" \t\r\n") == std::string::npos;
+}
+
+}  // namespace
+
+SettingsSource::SettingsSource(std::filesystem::path file, std::chrono::milliseconds settling)
+    : file_(std::move(file)), settling_(settling) {}
+
+void SettingsSource::look() {
+  if (stamp_ && stamp_ == file_.stamp()) return;
+  RegularFile content;
+  if (!readAfresh(content)) return;
+  stamp_ = content.stamp.isSettled() ? std::optional(content.stamp) : std::nullopt;
+}
+
+/// Whether `content` has been read and is what `values_` says.
+bool SettingsSource::readAfresh(RegularFile& content) {
+  stamp_.reset();
+  content = file_.read();
+  if (!content.error.empty()) {
+    complain(readComplaint_,
+             "settings file " + path().string() + " cannot be read: " + content.error);
+    return false;
+  }
+  readComplaint_.clear();
+  if (content.text == accepted_) {
+    doubtfulSince_.reset();
+    return true;
+  }
+  SettingsValues settings = parseSettings(content.text);
+  if (!isBelieved(content, settings)) return false;
+  accept(content.text, std::move(settings));
+  return true;
+}
+
+bool SettingsSource::isBelieved(const RegularFile& content, const SettingsValues& settings) {
+  const bool isWhole = settings.damage.empty() && !isBlank(content.text);
+  if (isWhole || !accepted_) return true;
+  const auto now = std::chrono::steady_clock::now();
+  if (!doubtfulSince_) doubtfulSince_ = now;
+  return now - *doubtfulSince_ >= settling_;
+}
+
+void SettingsSource::accept(std::string text, SettingsValues settings) {
+  accepted_ = std::move(text);
+  values_ = std::move(settings.values);
+  doubtfulSince_.reset();
+  if (settings.damage.empty()) {
+    damageComplaint_.clear();
+    return;
+  }
+  complain(damageComplaint_, "settings file " + path().string() + " is damaged (" +
+                                 settings.damage + "); what cannot be read of it has its default");
+}
+
+SettingsSource::Saving SettingsSource::save(PendingEdits edits) {
+  const FolderLock lock = file_.lock();
+  if (!lock.error().empty()) return {State::failed, lock.error()};
+  for (int attempt = 0; attempt < kAttempts; ++attempt) {
+    if (auto saving = tryToSave(edits, lock)) return *std::move(saving);
+  }
+  return {State::later, kBeingWritten};
+}
+
+/// None when the file was changed meanwhile.
+std::optional<SettingsSource::Saving> SettingsSource::tryToSave(PendingEdits& edits,
+                                                                const FolderLock& lock) {
+  RegularFile content;
+  if (!readAfresh(content)) {
+    return content.error.empty() ? Saving{State::later, kBeingWritten}
+                                 : Saving{State::failed, content.error};
+  }
+  edits.follow(values_);
+  std::optional<std::string> text = withSettings(content.text, edits.values());
+  if (!text) return Saving{State::failed, "the change makes no valid file"};
+  if (*text != content.text) {
+    const SettingsFile::Change change = file_.replace(*text, content, lock);
+    if (change.outcome == Outcome::failed) return Saving{State::failed, change.error};
+    if (change.outcome == Outcome::busy) return Saving{State::later, kBeingWritten};
+    if (change.outcome == Outcome::changed) return std::nullopt;
+    accepted_ = std::move(*text);
+    values_ = parseSettings(*accepted_).values;
+  }
+  saveComplaint_.clear();
+  return Saving{State::done, {}};
+}
+
+void SettingsSource::complainOfSaving(const std::string& why) {
+  complain(saveComplaint_, "settings cannot be saved to " + path().string() + ": " + why +
+                               "; changes hold until the program ends");
+}
+
+std::vector<std::string> SettingsSource::takeComplaints() {
+  return std::exchange(complaints_, {});
+}
+
+void SettingsSource::complain(std::string& former, const std::string& complaint) {
+  if (former == complaint) return;
+  former = complaint;
+  complaints_.push_back(complaint);
+}
+
+}  // namespace platform
