@@ -8,6 +8,7 @@
 #include "Platform/MacOS/CFCast.h"
 #include "Platform/MacOS/CFProperties.h"
 #include "Platform/MacOS/CFRef.h"
+#include "Platform/MacOS/StaylitProcess.h"
 
 namespace platform {
 namespace {
@@ -55,6 +56,8 @@ IOKitAssertionTable::assertionsByProcess() {
     const auto number = processNumber(keys[index]);
     auto assertions = assertionList(values[index]);
     if (!number || !assertions) return std::nullopt;
+    const auto pid = static_cast<std::int32_t>(*number);
+    if (pid != getpid() && isAStaylit(pid)) continue;
     holders.emplace_back(*number, *std::move(assertions));
   }
   return holders;

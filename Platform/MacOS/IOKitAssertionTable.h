@@ -4,7 +4,8 @@
 
 namespace platform {
 
-/// Every process's assertions as IOKit's power management lists them.
+/// Every process's assertions as IOKit's power management lists them, less those of other Staylits:
+/// two that counted each other's would keep the machine awake for ever.
 class IOKitAssertionTable final : public tidewell::AssertionTable {
  public:
   std::optional<std::vector<Holder>> assertionsByProcess() override;

@@ -46,10 +46,12 @@ class OwnMachine {
     return std::nullopt;
   }
 
+  using Policy = PrivateBus::Policy;
+
   /// Starts the buses and logind, and waits for it; false when it does not come.
-  bool begin() {
-    systemDaemon.emplace();
-    sessionDaemon.emplace();
+  bool begin(Policy ofSystemBus = Policy::own, Policy ofSessionBus = Policy::own) {
+    systemDaemon.emplace(ofSystemBus);
+    sessionDaemon.emplace(ofSessionBus);
     environment_.emplace_back(
         std::make_unique<ScopedEnvironment>("DBUS_SYSTEM_BUS_ADDRESS", systemDaemon->address()));
     environment_.emplace_back(
@@ -77,15 +79,22 @@ class OwnMachine {
     return all;
   }
 
-  /// Why Staylit holds the machine awake; empty when it does not.
-  std::string holdReason() {
+  /// Why the Staylits hold the machine awake, one reason for each hold.
+  std::vector<std::string> holdReasons() {
     const std::string begin = "idle|Staylit|";
     const std::string end = "|block";
+    std::vector<std::string> reasons;
     for (const std::string& inhibitor : inhibitors().value_or(std::vector<std::string>())) {
       if (!inhibitor.starts_with(begin) || !inhibitor.ends_with(end)) continue;
-      return inhibitor.substr(begin.size(), inhibitor.size() - begin.size() - end.size());
+      reasons.push_back(
+          inhibitor.substr(begin.size(), inhibitor.size() - begin.size() - end.size()));
     }
-    return "";
+    return reasons;
+  }
+  /// Why Staylit holds the machine awake; empty when it does not.
+  std::string holdReason() {
+    const std::vector<std::string> reasons = holdReasons();
+    return reasons.empty() ? "" : reasons.front();
   }
 
   void writeSettings(const std::string& text) const { folder.write("staylit/settings.toml", text); }

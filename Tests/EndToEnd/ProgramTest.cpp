@@ -82,6 +82,19 @@ TEST_F(ProgramTest, HonoursTheInhibitorOfAnotherProgram) {
       << holdReason();
 }
 
+TEST_F(ProgramTest, LetsGoThoughAnotherStaylitHoldsOnTheSameMachine) {
+  writeSettings(quickSettings());
+  ChildProgram worker = workAs(kWorker, {"cpu"});
+  const ChildProgram first = start();
+  // One of another session, as of another user or of the system.
+  const ScopedEnvironment session("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent/session");
+  const ChildProgram second = start();
+  const std::vector<std::string> both{"Aider is working", "Aider is working"};
+  EXPECT_TRUE(eventually([&] { return holdReasons() == both; }, 60s)) << holdReason();
+  worker.kill();
+  EXPECT_TRUE(eventually([this] { return holdReasons().empty(); }, 90s)) << holdReason();
+}
+
 TEST_F(ProgramTest, TakesTheHoldAgainWhenLogindRestarts) {
   const ChildProgram staylit = start();
   ASSERT_TRUE(eventually([this] { return !holdReason().empty(); }, 20s));

@@ -10,6 +10,7 @@
 #include "Platform/Linux/Sleep/LogindInhibitors.h"
 #include "Platform/Linux/Sleep/PolicyAgentInhibitors.h"
 #include "Platform/Linux/Sleep/Services.h"
+#include "Platform/Linux/Sleep/StaylitHolds.h"
 
 namespace platform {
 namespace {
@@ -30,6 +31,11 @@ void append(std::vector<Holder>& holders, std::int64_t identifier,
   for (const std::string& type : inhibitor.types) {
     found->second.push_back(assertion(inhibitor, type));
   }
+}
+
+/// Spares itself a look at the process behind what keeps nobody awake.
+bool counts(const ListedInhibitor& inhibitor) {
+  return !inhibitor.types.empty() && !mayBeOfAStaylit(inhibitor);
 }
 
 bool lists(const std::vector<ListedInhibitor>& inhibitors, const ListedInhibitor& wanted) {
@@ -64,12 +70,14 @@ std::optional<std::vector<InhibitorList::Holder>> InhibitorList::assertionsByPro
   };
   const std::vector<ListedInhibitor> none;
   for (const auto& inhibitor : logind.value_or(none)) {
-    append(holders, inhibitor.processIdentifier, inhibitor);
+    const bool isOwn = inhibitor.processIdentifier == ownProcessIdentifier();
+    if (isOwn || counts(inhibitor)) append(holders, inhibitor.processIdentifier, inhibitor);
   }
-  for (const auto& inhibitor : session.value_or(none))
-    appendNamed(inhibitor);
+  for (const auto& inhibitor : session.value_or(none)) {
+    if (counts(inhibitor)) appendNamed(inhibitor);
+  }
   for (const auto& inhibitor : policyAgent.value_or(none)) {
-    if (!lists(logind.value_or(none), inhibitor)) appendNamed(inhibitor);
+    if (counts(inhibitor) && !lists(logind.value_or(none), inhibitor)) appendNamed(inhibitor);
   }
   namedHolders_->keepOnly(named);
   return holders;

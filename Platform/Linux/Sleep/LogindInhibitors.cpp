@@ -10,9 +10,6 @@
 namespace platform {
 namespace {
 
-/// The reason of the lock by which gnome-session passes on what its own clients asked of it.
-constexpr std::string_view kSessionProxyReason = "user session inhibited";
-
 ListedInhibitor inhibitor(std::string_view what, const char* who, const char* why,
                           std::string_view mode, std::uint32_t pid) {
   const int level = mode == "block" || mode == "block-weak" ? 255 : 0;
@@ -50,7 +47,7 @@ std::optional<std::vector<ListedInhibitor>> listLogindInhibitors(Bus& systemBus)
   std::uint32_t uid = 0;
   std::uint32_t pid = 0;
   while (sd_bus_message_read(message, "(ssssuu)", &what, &who, &why, &mode, &uid, &pid) > 0) {
-    if (why != kSessionProxyReason) result.push_back(inhibitor(what, who, why, mode, pid));
+    result.push_back(inhibitor(what, who, why, mode, pid));
   }
   return result;
 }

@@ -9,7 +9,7 @@
 
 namespace platform {
 
-/// What logind lists now, less what the session manager holds there for others. Absent when logind
+/// What logind lists now. Absent when logind
 /// cannot be asked or answers in an unknown shape. One bounded call.
 std::optional<std::vector<ListedInhibitor>> listLogindInhibitors(Bus& systemBus);
 

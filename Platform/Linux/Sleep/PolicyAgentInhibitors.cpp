@@ -1,6 +1,5 @@
 #include "Platform/Linux/Sleep/PolicyAgentInhibitors.h"
 
-#include <string_view>
 #include <utility>
 
 #include "Platform/Linux/Sleep/Services.h"
@@ -19,7 +18,6 @@ std::optional<std::vector<ListedInhibitor>> listPolicyAgentInhibitors(Bus& sessi
   const char* application = nullptr;
   const char* why = nullptr;
   while (sd_bus_message_read(message, "(ss)", &application, &why) > 0) {
-    if (std::string_view(application) == services::kDisplayName) continue;
     result.push_back({0,
                       tidewell::cleaned(application),
                       tidewell::cleaned(why),

@@ -8,7 +8,7 @@
 
 namespace platform {
 
-/// What KDE's policy agent lists now, less this program's own. Absent when there is no such agent
+/// What KDE's policy agent lists now. Absent when there is no such agent
 /// or it cannot be asked. The agent lists some of logind's inhibitors once more.
 std::optional<std::vector<ListedInhibitor>> listPolicyAgentInhibitors(Bus& sessionBus);
 

@@ -81,7 +81,7 @@ std::optional<std::vector<ListedInhibitor>> SessionInhibitors::list() {
     }
     if (!inhibitor) continue;
     known.emplace(path, *inhibitor);
-    if (inhibitor->holder != services::kApplicationId) result.push_back(std::move(*inhibitor));
+    result.push_back(std::move(*inhibitor));
   }
   detailsByPath_ = std::move(known);
   return result;

@@ -10,8 +10,7 @@
 
 namespace platform {
 
-/// What the session manager of GNOME, MATE or Cinnamon lists, less this program's own. Main thread
-/// only.
+/// What the session manager of GNOME, MATE or Cinnamon lists. Main thread only.
 ///
 /// A reading costs one call; the details of an inhibitor never change and are asked for once.
 class SessionInhibitors {

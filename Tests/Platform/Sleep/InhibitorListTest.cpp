@@ -1,20 +1,25 @@
 #include "Platform/Linux/Sleep/InhibitorList.h"
 
 #include <gtest/gtest.h>
+#include <sys/prctl.h>
 #include <unistd.h>
 
 #include <atomic>
 #include <cstdint>
+#include <filesystem>
 #include <memory>
 #include <mutex>
 #include <string>
 #include <string_view>
+#include <system_error>
+#include <thread>
 #include <utility>
 #include <vector>
 
 #include "Tests/Platform/Support/BusService.h"
 #include "Tests/Platform/Support/BusTest.h"
 #include "Tests/Platform/Support/FakeLogind.h"
+#include "Tests/Platform/Support/TemporaryFolder.h"
 
 namespace platform {
 namespace {
@@ -241,6 +246,91 @@ TEST_F(InhibitorListTest, LeavesItsOwnEntriesOutOfTheSessionsLists) {
   const auto agent = policyAgent(sessionDaemon->address(), {{"Staylit", "x"}, {"vlc", "y"}});
   EXPECT_EQ(assertions(),
             (Lines{"org.b PreventUserIdleSystemSleep 255", "vlc PreventUserIdleSystemSleep 255"}));
+}
+
+TEST_F(InhibitorListTest, LeavesOutAnotherStaylitOnEveryListWhateverItsReason) {
+  const auto logind = logindListing({{"idle", "Staylit", "waiting", "block", 1001, 999'999'901},
+                                     {"sleep:idle", "com.staylit.app", "", "block", 0, 999'999'902},
+                                     {"idle", "staylit", "a", "block-weak", 0, 999'999'903},
+                                     {"idle", "b", "Staylit", "block", 0, 999'999'904}});
+  FakeInhibitorList gnome(sessionDaemon->address());
+  gnome.list({{"/a", "com.staylit.app", 4},
+              {"/b", "com.staylit.app.desktop", 12},
+              {"/c", "Staylit", 4},
+              {"/d", "org.d", 4}});
+  const auto agent = policyAgent(
+      sessionDaemon->address(),
+      {{"Staylit", "waiting"}, {"com.staylit.app", "renamed"}, {"staylit", ""}, {"vlc", "y"}});
+  EXPECT_EQ(assertions(),
+            (Lines{"999999904 PreventUserIdleSystemSleep 255",
+                   "org.d PreventUserIdleSystemSleep 255", "vlc PreventUserIdleSystemSleep 255"}));
+}
+
+TEST_F(InhibitorListTest, LeavesOutWhatSessionAndPowerManagersPassOn) {
+  const auto logind =
+      logindListing({{"sleep:idle", "alice", "user session inhibited", "block", 1001, 999'999'901},
+                     {"idle", "xfce4-power-manager", "a film", "block", 1001, 999'999'902},
+                     {"idle", "alice", "user session is fine", "block", 1001, 999'999'903}});
+  const auto agent = policyAgent(
+      sessionDaemon->address(),
+      {{"alice", "user session inhibited"}, {"xfce4-power-manager", "a film"}, {"vlc", "y"}});
+  EXPECT_EQ(assertions(), (Lines{"999999903 PreventUserIdleSystemSleep 255",
+                                 "vlc PreventUserIdleSystemSleep 255"}));
+}
+
+/// A program that does nothing, under a name of the test's choice.
+class NamedProgram {
+ public:
+  explicit NamedProgram(const std::string& name) {
+    const std::string program = folder_.path() / name;
+    std::filesystem::copy_file("/bin/sleep", program);
+    program_ = ChildProgram({program, "1000"});
+    const std::string command = "/proc/" + std::to_string(program_.pid()) + "/exe";
+    std::error_code error;
+    while (std::filesystem::read_symlink(command, error) != program)
+      std::this_thread::yield();
+  }
+  [[nodiscard]] std::uint32_t process() const { return static_cast<std::uint32_t>(program_.pid()); }
+
+ private:
+  TemporaryFolder folder_;
+  ChildProgram program_;
+};
+
+TEST_F(InhibitorListTest, KnowsAStaylitByItsProgramThatCallsItselfOtherwise) {
+  const NamedProgram staylit("staylit");
+  const NamedProgram other("staylitter");
+  const auto logind = logindListing({{"idle", "Renamed", "why", "block", 0, staylit.process()},
+                                     {"idle", "Other", "why", "block", 0, other.process()}});
+  EXPECT_EQ(assertions(),
+            Lines{std::to_string(other.process()) + " PreventUserIdleSystemSleep 255"});
+}
+
+TEST_F(InhibitorListTest, KnowsAStaylitByItsProgramUnderAnotherName) {
+  // This very program, as any that was started twice.
+  const ChildProgram staylit({"unused"}, [] {
+    ::prctl(PR_SET_NAME, "renamed");
+    ::pause();
+    return false;
+  });
+  const auto logind = logindListing(
+      {{"idle", "Renamed", "why", "block", 0, static_cast<std::uint32_t>(staylit.pid())}});
+  EXPECT_EQ(assertions(), Lines{});
+}
+
+TEST_F(InhibitorListTest, KnowsASessionsPowerManagerByItsProgram) {
+  const NamedProgram manager("xfce4-power-manager");
+  const NamedProgram session("gnome-session-binary");
+  const auto logind =
+      logindListing({{"idle", "alice", "for another", "block", 0, manager.process()},
+                     {"sleep", "alice", "for two", "block", 0, session.process()}});
+  EXPECT_EQ(assertions(), Lines{});
+}
+
+TEST_F(InhibitorListTest, ListsItsOwnHoldUnderItsProcess) {
+  const auto own = static_cast<std::uint32_t>(::getpid());
+  const auto logind = logindListing({{"idle", "Staylit", "waiting", "block", 0, own}});
+  EXPECT_EQ(assertions(), Lines{std::to_string(own) + " PreventUserIdleSystemSleep 255"});
 }
 
 TEST_F(InhibitorListTest, AsksForTheDetailsOfAnInhibitorOnce) {

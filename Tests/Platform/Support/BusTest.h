@@ -5,6 +5,7 @@
 #include <chrono>
 #include <memory>
 #include <optional>
+#include <string>
 
 #include "Platform/Linux/Bus/Bus.h"
 #include "Platform/Linux/Loop/EventLoop.h"
@@ -54,5 +55,20 @@ class BusTest : public ::testing::Test {
   std::unique_ptr<Bus> systemBus;
   std::unique_ptr<Bus> sessionBus;
 };
+
+/// Handles all that had reached the bus for this connection.
+inline void handleEverything(EventLoop& loop, Bus& bus) {
+  bool isHandled = false;
+  const BusSlot slot = bus.callAsync(
+      {"org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "GetId"}, {},
+      [&](const BusReply&) { isHandled = true; });
+  EXPECT_TRUE(slot && runUntil(loop, [&] { return isHandled; }));
+}
+
+/// The name by which the bus knows a connection.
+inline std::string uniqueName(Bus& bus) {
+  const char* name = nullptr;
+  return bus.connect() >= 0 && sd_bus_get_unique_name(bus.handle(), &name) >= 0 ? name : "";
+}
 
 }  // namespace platform::testing

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <grp.h>
-#include <gtest/gtest.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
 #include <systemd/sd-bus.h>
@@ -12,9 +11,8 @@
 #include <optional>
 #include <string>
 
-#include "Platform/Linux/Bus/Bus.h"
+#include "Tests/Platform/Support/ChildProgram.h"
 #include "Tests/Platform/Support/PrivateBus.h"
-#include "Tests/Platform/Support/RunUntil.h"
 
 namespace platform::testing {
 
@@ -32,7 +30,8 @@ class Stranger {
 
   /// Why there can be none here, if there can be none.
   static std::optional<std::string> obstacle() {
-    if (::geteuid() != 0) return "only root can act as another user";
+    // Nor can root of a user namespace, where there may be nobody else.
+    if (!runs([] { return become(); })) return "only root can act as another user";
     if (::access(PrivateBus::kSystemPolicy, R_OK) != 0) return "the system bus has no policy here";
     return std::nullopt;
   }
@@ -57,13 +56,11 @@ class Stranger {
   /// Runs `act` in a process of his, on a connection of its own, and waits until the bus has taken
   /// all that it sent. What `act` says, or false when he was not let in.
   static bool acts(const std::string& address, const std::function<bool(sd_bus*)>& act) {
-    const pid_t child = ::fork();
-    if (child == 0) {
-      sd_bus* bus = become() ? connect(address) : nullptr;
-      ::_exit(bus != nullptr && act(bus) && askTheBus(bus) ? 0 : 1);
-    }
-    int status = 1;
-    return ::waitpid(child, &status, 0) == child && status == 0;
+    return runs([&] { return isIn(address, act); });
+  }
+  /// The same, without waiting: his process ends with 0 when all went as he wanted.
+  static ChildProgram start(const std::string& address, const std::function<bool(sd_bus*)>& act) {
+    return ChildProgram({"stranger"}, [&]() -> bool { ::_exit(isIn(address, act) ? 0 : 1); });
   }
 
   /// Sends a signal to one connection alone.
@@ -78,21 +75,20 @@ class Stranger {
     sd_bus_message_unref(signal);
     return isSent;
   }
+
+ private:
+  static bool isIn(const std::string& address, const std::function<bool(sd_bus*)>& act) {
+    sd_bus* bus = become() ? connect(address) : nullptr;
+    return bus != nullptr && act(bus) && askTheBus(bus);
+  }
+
+  /// In a process of its own.
+  static bool runs(const std::function<bool()>& body) {
+    const pid_t child = ::fork();
+    if (child == 0) ::_exit(body() ? 0 : 1);
+    int status = 1;
+    return ::waitpid(child, &status, 0) == child && status == 0;
+  }
 };
-
-/// Handles all that had reached the bus for this connection.
-inline void handleEverything(EventLoop& loop, Bus& bus) {
-  bool isHandled = false;
-  const BusSlot slot = bus.callAsync(
-      {"org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "GetId"}, {},
-      [&](const BusReply&) { isHandled = true; });
-  EXPECT_TRUE(slot && runUntil(loop, [&] { return isHandled; }));
-}
-
-/// The name by which the bus knows a connection.
-inline std::string uniqueName(Bus& bus) {
-  const char* name = nullptr;
-  return bus.connect() >= 0 && sd_bus_get_unique_name(bus.handle(), &name) >= 0 ? name : "";
-}
 
 }  // namespace platform::testing
