@@ -8,18 +8,18 @@
 namespace platform {
 namespace {
 
-constexpr const char* kBusName = "org.freedesktop.DBus";
-constexpr const char* kBusPath = "/org/freedesktop/DBus";
+constexpr const char* kDriver = "org.freedesktop.DBus";
+constexpr const char* kDriverPath = "/org/freedesktop/DBus";
 constexpr std::uint64_t kLimitMicroseconds = 1'000'000;
 
-bool is(const char* text, std::string_view wanted) {
+bool equals(const char* text, std::string_view wanted) {
   return text != nullptr && wanted == text;
 }
 
 /// The user behind a unique name, by the bus's word.
 std::optional<uid_t> userOf(sd_bus* bus, const char* name) {
   sd_bus_message* raw = nullptr;
-  if (sd_bus_message_new_method_call(bus, &raw, kBusName, kBusPath, kBusName,
+  if (sd_bus_message_new_method_call(bus, &raw, kDriver, kDriverPath, kDriver,
                                      "GetConnectionUnixUser") < 0) {
     return std::nullopt;
   }
@@ -38,17 +38,17 @@ std::optional<uid_t> userOf(sd_bus* bus, const char* name) {
 }  // namespace
 
 bool BusTrust::isFromBus(sd_bus_message* message) {
-  return is(sd_bus_message_get_sender(message), kBusName);
+  return equals(sd_bus_message_get_sender(message), kDriver);
 }
 
 bool BusTrust::mayBeReplyOf(const std::string& destination, sd_bus_message* reply) {
   if (isFromBus(reply)) return true;
-  const bool isKnownByThatName = destination == kBusName || destination.starts_with(':');
-  return !isKnownByThatName || is(sd_bus_message_get_sender(reply), destination);
+  const bool isKnownByThatName = destination == kDriver || destination.starts_with(':');
+  return !isKnownByThatName || equals(sd_bus_message_get_sender(reply), destination);
 }
 
 bool BusTrust::refuses(sd_bus_message* message) {
-  if (sd_bus_message_is_signal(message, kBusName, nullptr) > 0) return !isFromBus(message);
+  if (sd_bus_message_is_signal(message, kDriver, nullptr) > 0) return !isFromBus(message);
   if (sd_bus_message_is_method_call(message, nullptr, nullptr) <= 0 || mayCall(message)) {
     return false;
   }
