@@ -16,6 +16,11 @@ std::span<const Campaign> campaigns() {
       {"damaged-messages",
        "random calls of menu and application; random answers for the lists and as properties",
        "an answer to each, clean and bounded text", damagedMessages},
+      {"forged-messages",
+       "another user sends each kind of forged signal and call 10,000 times, and all at full rate",
+       "the locks unchanged, the program answers, memory +1 MB at most", forgedMessages},
+      {"several-staylits", "two or three of different sessions on one system bus, and one work",
+       "all let go after the work", severalStaylits},
   };
   return all;
 }

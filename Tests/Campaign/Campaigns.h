@@ -6,6 +6,9 @@
 
 namespace staylit::campaign {
 
+Outcome forgedMessages(Effort effort);
+Outcome severalStaylits(Effort effort);
+
 /// All campaigns, in the order in which they are run and listed.
 std::span<const Campaign> campaigns();
 

@@ -1,5 +1,7 @@
 #include "Platform/Linux/Bus/Bus.h"
 
+#include <malloc.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
@@ -32,6 +34,9 @@ std::uint64_t asyncLimit(const BusMethod& method) {
   if (method.approval == BusApproval::mayBeAsked) return UINT64_MAX;
   return static_cast<std::uint64_t>(std::chrono::microseconds(kAsyncLimit).count());
 }
+
+/// As many messages as take a few hundred kilobytes while they wait.
+constexpr unsigned kMessagesOfAFlood = 256;
 
 bool isOver(BusTiming::Point deadline) {
   return std::chrono::steady_clock::now() >= deadline;
@@ -199,6 +204,7 @@ int Bus::closed(sd_bus_message* /*message*/, void* data, sd_bus_error* /*error*/
 
 int Bus::filter(sd_bus_message* message, void* data, sd_bus_error* /*error*/) {
   auto& self = *static_cast<Bus*>(data);
+  self.arrived();
   if (self.trust_.refuses(message)) return 1;
   std::uint64_t cookie = 0;
   if (self.late_.empty() || sd_bus_message_get_reply_cookie(message, &cookie) < 0) return 0;
@@ -211,6 +217,12 @@ int Bus::filter(sd_bus_message* message, void* data, sd_bus_error* /*error*/) {
   if (!call.late || sd_bus_message_is_method_error(message, nullptr) > 0) return 1;
   call.late(BusMessage(sd_bus_message_ref(message)));
   return 1;
+}
+
+void Bus::arrived() {
+  // What came while a call waited was kept until now. Somebody who sends without pause would
+  // otherwise leave the program with memory that it needs no more.
+  if (++arrivals_ % kMessagesOfAFlood == 0) ::malloc_trim(0);
 }
 
 int Bus::remembered(const BusMethod& method) const {

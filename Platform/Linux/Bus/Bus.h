@@ -105,6 +105,7 @@ class Bus {
                     LateReply late);
   BusReply prepare(const BusMethod& method, const Arguments& arguments);
   BusListening listen(BusListening listener);
+  void arrived();
   std::shared_ptr<NameWatch> ownerWatch(const std::string& name);
   std::vector<BusListening> listeners();
   void scheduleRetry();
@@ -124,6 +125,7 @@ class Bus {
   /// Who may send the signals that are subscribed to, by the names that these are to come from.
   std::map<std::string, std::weak_ptr<NameWatch>> ownerWatches_;
   BusTrust trust_;
+  unsigned arrivals_ = 0;
 
   BusConnection connection_;
   /// Given up, but perhaps still on the call stack; swept from the loop.
