@@ -129,6 +129,13 @@ long residentKB(pid_t pid) {
   return 0;
 }
 
+const Kind kLarge{
+    "text of eight megabytes", Where::systemBus, [](sd_bus* bus, const std::string& to) {
+      const std::string text(8'000'000, 'x');
+      return Stranger::sendSignal(bus, to, kUPowerPath, kProperties, "PropertiesChanged",
+                                  "sa{sv}as", kUPower, 1, "OnBattery", "s", text.c_str(), 0);
+    }};
+
 class ForgedMessages {
  public:
   /// Why there can be none here.
@@ -156,6 +163,7 @@ class ForgedMessages {
     const long memoryKB = residentKB(program_);
     for (const Kind& kind : kinds())
       sendOften(kind, effort.quick ? 200 : 10'000);
+    sendOften(kLarge, effort.quick ? 5 : 100);
     sendAtFullRate(effort.quick ? 2s : 60s);
     const long growthKB = residentKB(program_) - memoryKB;
     if (growthKB > kMostGrowthKB) {

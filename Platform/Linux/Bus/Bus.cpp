@@ -37,6 +37,8 @@ std::uint64_t asyncLimit(const BusMethod& method) {
 
 /// As many messages as take a few hundred kilobytes while they wait.
 constexpr unsigned kMessagesOfAFlood = 256;
+/// From here on a block of memory is the system's again as soon as it is freed.
+constexpr int kLargeBlockBytes = 256 * 1024;
 
 bool isOver(BusTiming::Point deadline) {
   return std::chrono::steady_clock::now() >= deadline;
@@ -73,7 +75,11 @@ Bus::Bus(EventLoop& loop, Kind kind, BusTiming timing)
       kind_(kind),
       timing_(std::move(timing)),
       backoff_(timing_.firstPause, timing_.longestPause),
-      trust_(kind == Kind::session ? BusTrust::Calls::ofOwnUser : BusTrust::Calls::ofNobody) {}
+      trust_(kind == Kind::session ? BusTrust::Calls::ofOwnUser : BusTrust::Calls::ofNobody) {
+  // The C library raises this limit by itself as large blocks are freed, and then keeps tens of
+  // megabytes for as large a message as anybody may send.
+  ::mallopt(M_MMAP_THRESHOLD, kLargeBlockBytes);
+}
 
 Bus::~Bus() {
   for (const BusListening& listener : listeners())
