@@ -6,14 +6,13 @@
 
 namespace staylit::campaign {
 
-Outcome forgedMessages(Effort effort);
-Outcome severalStaylits(Effort effort);
-
 /// All campaigns, in the order in which they are run and listed.
 std::span<const Campaign> campaigns();
 
 Outcome displays(Effort effort);
 Outcome hostileNames(Effort effort);
 Outcome damagedMessages(Effort effort);
+Outcome forgedMessages(Effort effort);
+Outcome severalStaylits(Effort effort);
 
 }  // namespace staylit::campaign

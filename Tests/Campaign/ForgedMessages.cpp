@@ -34,7 +34,7 @@ constexpr const char* kBusName = "org.freedesktop.DBus";
 constexpr const char* kLogind = "org.freedesktop.login1";
 constexpr const char* kLogindPath = "/org/freedesktop/login1";
 constexpr const char* kManager = "org.freedesktop.login1.Manager";
-constexpr const char* kProperties = "org.freedesktop.DBus.Properties";
+constexpr const char* kPropertiesInterface = "org.freedesktop.DBus.Properties";
 constexpr const char* kUPower = "org.freedesktop.UPower";
 constexpr const char* kUPowerPath = "/org/freedesktop/UPower";
 constexpr const char* kBattery = "/org/freedesktop/UPower/devices/DisplayDevice";
@@ -89,21 +89,22 @@ std::vector<Kind> kinds() {
              kLogind, ":1.0", ":1.1"),
       signal("UPower gone", Where::systemBus, kBusPath, kBusName, "NameOwnerChanged", "sss",
              kUPower, ":1.0", ""),
-      signal("on battery", Where::systemBus, kUPowerPath, kProperties, "PropertiesChanged",
+      signal("on battery", Where::systemBus, kUPowerPath, kPropertiesInterface, "PropertiesChanged",
              "sa{sv}as", kUPower, 1, "OnBattery", "b", 1, 0),
-      signal("battery empty", Where::systemBus, kBattery, kProperties, "PropertiesChanged",
+      signal("battery empty", Where::systemBus, kBattery, kPropertiesInterface, "PropertiesChanged",
              "sa{sv}as", kDevice, 3, "Type", "u", 2U, "IsPresent", "b", 1, "Percentage", "d", 1.0,
              0),
-      signal("properties to be asked for", Where::systemBus, kUPowerPath, kProperties,
+      signal("properties to be asked for", Where::systemBus, kUPowerPath, kPropertiesInterface,
              "PropertiesChanged", "sa{sv}as", kUPower, 0, 1, "OnBattery"),
-      signal("power saving", Where::systemBus, kProfilesPath, kProperties, "PropertiesChanged",
-             "sa{sv}as", kProfiles, 1, "ActiveProfile", "s", "power-saver", 0),
+      signal("power saving", Where::systemBus, kProfilesPath, kPropertiesInterface,
+             "PropertiesChanged", "sa{sv}as", kProfiles, 1, "ActiveProfile", "s", "power-saver", 0),
       {"properties without end", Where::systemBus,
        [](sd_bus* bus, const std::string& to) {
          const std::string key = "Key" + std::to_string(++number);
          const std::string text(1000, 'x');
-         return Stranger::sendSignal(bus, to, kUPowerPath, kProperties, "PropertiesChanged",
-                                     "sa{sv}as", kUPower, 1, key.c_str(), "s", text.c_str(), 0);
+         return Stranger::sendSignal(bus, to, kUPowerPath, kPropertiesInterface,
+                                     "PropertiesChanged", "sa{sv}as", kUPower, 1, key.c_str(), "s",
+                                     text.c_str(), 0);
        }},
       signal("own name lost", Where::systemBus, kBusPath, kBusName, "NameLost", "s", kLogind),
       signal("watcher gone", Where::sessionBus, kBusPath, kBusName, "NameOwnerChanged", "sss",
@@ -120,7 +121,7 @@ std::vector<Kind> kinds() {
 }
 
 /// Memory of a process that is in use.
-long residentKB(pid_t pid) {
+long memoryKBOf(pid_t pid) {
   std::ifstream file("/proc/" + std::to_string(pid) + "/status");
   const std::string label = "VmRSS:";
   for (std::string line; std::getline(file, line);) {
@@ -132,7 +133,7 @@ long residentKB(pid_t pid) {
 const Kind kLarge{
     "text of eight megabytes", Where::systemBus, [](sd_bus* bus, const std::string& to) {
       const std::string text(8'000'000, 'x');
-      return Stranger::sendSignal(bus, to, kUPowerPath, kProperties, "PropertiesChanged",
+      return Stranger::sendSignal(bus, to, kUPowerPath, kPropertiesInterface, "PropertiesChanged",
                                   "sa{sv}as", kUPower, 1, "OnBattery", "s", text.c_str(), 0);
     }};
 
@@ -160,12 +161,12 @@ class ForgedMessages {
     if (!holds()) return outcome_;
     program_ = staylit.pid();
     before_ = machine_.inhibitors();
-    const long memoryKB = residentKB(program_);
+    const long memoryKB = memoryKBOf(program_);
     for (const Kind& kind : kinds())
       sendOften(kind, effort.quick ? 200 : 10'000);
     sendOften(kLarge, effort.quick ? 5 : 100);
     sendAtFullRate(effort.quick ? 2s : 60s);
-    const long growthKB = residentKB(program_) - memoryKB;
+    const long growthKB = memoryKBOf(program_) - memoryKB;
     if (growthKB > kMostGrowthKB) {
       outcome_.findings.push_back("the memory grew by " + std::to_string(growthKB) + " KB");
     }
