@@ -17,7 +17,7 @@
 
 namespace staylit {
 
-using tidewell::Date;
+using tidewell::Moment;
 using tidewell::Seconds;
 
 namespace {
@@ -27,7 +27,7 @@ constexpr std::size_t kNameWidth = 26;
 constexpr std::int64_t kShortestSampling = 14;
 constexpr std::int64_t kSamplingBeyondSustain = 6;
 constexpr Seconds kSamplingInterval{2.0};
-/// A century: a longer wait is as good as endless, and still a date.
+/// A century: a longer wait is as good as endless, and its end is still a moment.
 constexpr std::int64_t kLongestSampling = 3'155'760'000;
 
 /// Room for any double: the largest has 309 digits before its point, the smallest 1,074 behind it.
@@ -92,9 +92,9 @@ void printLimits(tidewell::Console& console, std::int64_t sustain) {
 
 void sample(tidewell::ActivityMonitor& monitor, tidewell::Ports& ports, std::int64_t duration) {
   SamplingProgress progress(*ports.console, std::chrono::seconds(duration));
-  const Date begin = ports.clock->now();
-  const Date deadline = begin + std::chrono::seconds(duration);
-  for (Date now = begin; now < deadline; now = ports.clock->now()) {
+  const Moment begin = ports.clock->now();
+  const Moment deadline = begin + std::chrono::seconds(duration);
+  for (Moment now = begin; now < deadline; now = ports.clock->now()) {
     progress.show(now - begin);
     monitor.tick(Prefs::shared().activityThresholds());
     ports.clock->sleepFor(kSamplingInterval);

@@ -28,8 +28,6 @@ SamplingProgress::~SamplingProgress() {
 
 void SamplingProgress::show(tidewell::Seconds elapsed) {
   if (!visible_) return;
-  // The clock may be set while we look.
-  elapsed = std::clamp(elapsed, tidewell::Seconds::zero(), duration_);
   const double left = std::ceil((duration_ - elapsed).count());
   console_.writeError(std::string(kClearLine) + "Sampling " + bar(elapsed / duration_) + " " +
                       std::to_string(static_cast<long long>(left)) + "s left");

@@ -14,6 +14,7 @@ class SamplingProgress {
   SamplingProgress(const SamplingProgress&) = delete;
   SamplingProgress& operator=(const SamplingProgress&) = delete;
 
+  /// `elapsed` is neither negative nor more than the whole duration.
   void show(tidewell::Seconds elapsed);
 
  private:

@@ -9,7 +9,7 @@
 
 namespace staylit {
 
-using tidewell::Date;
+using tidewell::Moment;
 using tidewell::Seconds;
 
 namespace {
@@ -111,7 +111,7 @@ void StaylitEngine::passBlocked(std::string reason) {
 }
 
 void StaylitEngine::passQuiet() {
-  const Date start = quietSince_ ? *quietSince_ : ports_.clock->now();
+  const Moment start = quietSince_ ? *quietSince_ : ports_.clock->now();
   quietSince_ = start;
   const double remaining =
       static_cast<double>(graceSeconds()) - Seconds(ports_.clock->now() - start).count();

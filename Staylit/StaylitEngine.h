@@ -77,7 +77,7 @@ class StaylitEngine {
   tidewell::ActivityMonitor monitor_;
   tidewell::SleepController sleep_;
   std::unique_ptr<tidewell::RepeatingTimer> timer_;
-  std::optional<tidewell::Date> quietSince_;  ///< When the current spell without work began.
+  std::optional<tidewell::Moment> quietSince_;  ///< When the current spell without work began.
   /// What the timer and the observers hold instead of the engine: gone when it is.
   std::shared_ptr<StaylitEngine*> self_;
 };

@@ -18,10 +18,10 @@ EngineStatus stateOf(EngineStatus status) {
   return status;
 }
 
-std::string timeOfDay(tidewell::Date date) {
+std::string timeOfDay(tidewell::WallTime wallTime) {
   using std::chrono::system_clock;
   const std::time_t time =
-      system_clock::to_time_t(std::chrono::time_point_cast<system_clock::duration>(date));
+      system_clock::to_time_t(std::chrono::time_point_cast<system_clock::duration>(wallTime));
   std::array<char, 16> text{};
   // Only the main thread asks for local time.
   const std::tm* local = std::localtime(&time);
@@ -40,7 +40,7 @@ TerminalReporter::TerminalReporter(StaylitEngine& engine, tidewell::Console& con
           engine.status().observe([this](const EngineStatus& next) { statusWillChange(next); })) {}
 
 void TerminalReporter::tell(const std::string& text) {
-  console_.printLine(timeOfDay(clock_.now()) + "  " + text);
+  console_.printLine(timeOfDay(clock_.wallTime()) + "  " + text);
 }
 
 void TerminalReporter::statusWillChange(const EngineStatus& next) {

@@ -34,7 +34,7 @@ std::vector<BusyApp> ActivityMonitor::tick(const ActivityThresholds& thresholds)
   networkSampler_.refresh();
   const NetworkTotals netTotals = networkSampler_.currentTotals();
   const std::vector<RawSample>& samples = processSampler_.sample();
-  const Date now = clock_.now();
+  const Moment now = clock_.now();
   Applications current = aggregate(samples, netTotals);
 
   const Seconds interval = previousAt_ ? Seconds(now - *previousAt_) : Seconds::zero();
@@ -85,16 +85,16 @@ ActivityMonitor::Accumulator ActivityMonitor::startAccumulator(const RawSample& 
   return application;
 }
 
-void ActivityMonitor::judge(const Applications& current, Seconds interval, Date now,
+void ActivityMonitor::judge(const Applications& current, Seconds interval, Moment now,
                             const ActivityThresholds& thresholds) {
-  TextMap<Date> stillBusySince;
+  TextMap<Moment> stillBusySince;
   std::vector<BusyApp> candidates;
   std::vector<BusyApp> busy;
   for (const auto& [key, application] : current) {
     std::optional<BusyApp> app = overThreshold(key, application, interval, thresholds);
     if (!app) continue;
     const auto run = busySince_.find(key);
-    const Date since = run == busySince_.end() ? now : run->second;
+    const Moment since = run == busySince_.end() ? now : run->second;
     stillBusySince.emplace(key, since);
     app->busyFor = Seconds(now - since).count();
     if (app->busyFor >= static_cast<double>(thresholds.sustainSeconds)) busy.push_back(*app);

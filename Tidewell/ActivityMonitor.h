@@ -53,7 +53,7 @@ class ActivityMonitor {
 
   Applications aggregate(const std::vector<RawSample>& samples, const NetworkTotals& netTotals);
   Accumulator startAccumulator(const RawSample& sample);
-  void judge(const Applications& current, Seconds interval, Date now,
+  void judge(const Applications& current, Seconds interval, Moment now,
              const ActivityThresholds& thresholds);
   std::optional<BusyApp> overThreshold(const std::string& key, const Accumulator& application,
                                        Seconds interval, const ActivityThresholds& thresholds);
@@ -63,9 +63,9 @@ class ActivityMonitor {
   Clock& clock_;
   ProcessSampler processSampler_;
   NetworkSampler networkSampler_;
-  Applications previous_;           ///< The aggregation of the tick before.
-  std::optional<Date> previousAt_;  ///< Its time.
-  TextMap<Date> busySince_;         ///< When each unbroken over-threshold run began.
+  Applications previous_;             ///< The aggregation of the tick before.
+  std::optional<Moment> previousAt_;  ///< Its time.
+  TextMap<Moment> busySince_;         ///< When each unbroken over-threshold run began.
   std::vector<BusyApp> lastBusy_;
   std::vector<BusyApp> lastCandidates_;
   std::vector<std::string> assertingApps_;

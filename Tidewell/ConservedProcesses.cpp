@@ -116,10 +116,8 @@ void ConservedProcesses::pass() {
 }
 
 ReaperCharges::Terms ConservedProcesses::nextTerms() {
-  const Date now = sources_.clock.now();
-  Seconds interval = now - std::exchange(lastPass_, now);
-  // A clock that was set tells nothing; a tick is a fair guess then.
-  if (interval <= Seconds::zero()) interval = 2s;
+  const Moment now = sources_.clock.now();
+  const Seconds interval = now - std::exchange(lastPass_, now);
   const double seconds = std::min<Seconds>(interval, 24h).count() * kHeadroom;
   const Timebase timebase = sources_.table.timebase();
   const std::uint64_t time = timeUnits(seconds * 1e9 * sources_.processors, timebase);

@@ -92,7 +92,7 @@ class ConservedProcesses : public ProcessTable, public RunningApplications {
   ProcessCounter counter_;
   CountedProcesses processes_;
   bool prepared_ = false;
-  Date lastPass_{};
+  Moment lastPass_{};
   std::vector<Application> applications_;  ///< The system's, ascending by pid.
   std::vector<Application> listed_;        ///< Those and the accounts'.
 };

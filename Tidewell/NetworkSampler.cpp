@@ -80,7 +80,8 @@ void addLine(std::string_view line, NetworkTotals& totals) {
 /// What the sampler and its run share. The run holds it only weakly until it begins, so that a
 /// sampler that is gone keeps nothing alive.
 struct NetworkSampler::Shared {
-  Shared(TaskLauncher& taskLauncher, Clock& wallClock) : launcher(taskLauncher), clock(wallClock) {}
+  Shared(TaskLauncher& taskLauncher, Clock& systemClock)
+      : launcher(taskLauncher), clock(systemClock) {}
 
   TaskLauncher& launcher;
   Clock& clock;
@@ -163,7 +164,8 @@ std::optional<std::string> NetworkSampler::Shared::outputOf(Task& task) {
     task.terminate();
     return std::nullopt;
   }
-  const Date deadline = clock.now() + std::chrono::ceil<std::chrono::nanoseconds>(kTimeAfterOutput);
+  const Moment deadline =
+      clock.now() + std::chrono::ceil<std::chrono::nanoseconds>(kTimeAfterOutput);
   while (task.isRunning() && clock.now() < deadline && !isAbandoned()) {
     clock.sleepFor(kToolPollInterval);
   }

@@ -4,10 +4,11 @@
 
 namespace platform {
 
-/// The system's clock. Safe from any thread.
+/// The system's clocks. Safe from any thread.
 class FoundationClock final : public tidewell::Clock {
  public:
-  tidewell::Date now() override;
+  tidewell::Moment now() override;
+  tidewell::WallTime wallTime() override;
   void sleepFor(tidewell::Seconds duration) override;
 };
 

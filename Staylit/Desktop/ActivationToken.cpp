@@ -5,10 +5,10 @@
 #include <string>
 #include <utility>
 
+#include "Platform/Linux/System/BootTime.h"
+
 namespace staylit {
 namespace {
-
-using Clock = std::chrono::steady_clock;
 
 /// Longer than a click takes to become a request; a token of a click that asked for no window must
 /// not go with a much later one.
@@ -16,7 +16,7 @@ constexpr std::chrono::seconds kLifetime{10};
 
 struct Kept {
   std::string token;
-  Clock::time_point since;
+  tidewell::Moment since;
 };
 
 Kept& kept() {
@@ -27,12 +27,12 @@ Kept& kept() {
 }  // namespace
 
 void ActivationToken::set(const std::string& token) {
-  kept() = {token, Clock::now()};
+  kept() = {token, platform::BootTime::now()};
 }
 
 void ActivationToken::use() {
   const auto [token, since] = std::exchange(kept(), {});
-  if (token.empty() || Clock::now() - since > kLifetime) return;
+  if (token.empty() || platform::BootTime::now() - since > kLifetime) return;
   ::setenv("XDG_ACTIVATION_TOKEN", token.c_str(), 1);
   ::setenv("DESKTOP_STARTUP_ID", token.c_str(), 1);
 }

@@ -11,7 +11,8 @@ namespace tidewell {
 /// Time stands still until the test advances it. A sleep advances it by its length at once.
 class FakeClock : public Clock {
  public:
-  Date now() override { return now_; }
+  Moment now() override { return now_; }
+  WallTime wallTime() override { return wallTime_; }
 
   void sleepFor(Seconds duration) override {
     sleeps.push_back(duration);
@@ -19,16 +20,26 @@ class FakeClock : public Clock {
     if (whileSleeping) whileSleeping();
   }
 
-  void advance(Seconds duration) { now_ += std::chrono::round<std::chrono::nanoseconds>(duration); }
+  /// Time goes by, and the clock on the wall shows it.
+  void advance(Seconds duration) {
+    now_ += nanoseconds(duration);
+    wallTime_ += nanoseconds(duration);
+  }
 
-  /// Jumps, as a clock that a person sets does.
-  void set(Date date) { now_ = date; }
+  /// Somebody sets the clock on the wall, forward or back.
+  void stepWallTime(Seconds length) { wallTime_ += nanoseconds(length); }
 
   std::vector<Seconds> sleeps;  ///< Every sleep, in order.
   std::function<void()> whileSleeping;
 
  private:
-  Date now_ = std::chrono::sys_days(std::chrono::year(2024) / 5 / 17) + std::chrono::hours(9);
+  static std::chrono::nanoseconds nanoseconds(Seconds duration) {
+    return std::chrono::round<std::chrono::nanoseconds>(duration);
+  }
+
+  Moment now_{std::chrono::hours(3)};
+  WallTime wallTime_ =
+      std::chrono::sys_days(std::chrono::year(2024) / 5 / 17) + std::chrono::hours(9);
 };
 
 }  // namespace tidewell

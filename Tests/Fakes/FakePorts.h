@@ -74,13 +74,14 @@ struct FakePorts {
   /// Makes this a system that has a lid switch.
   void useLidSwitch() { ports.lidSwitch = borrowed(lidSwitch); }
 
- private:
+ protected:
   /// A pointer that owns nothing.
   template <typename Port>
   static std::shared_ptr<Port> borrowed(Port& port) {
     return {std::shared_ptr<void>(), &port};
   }
 
+ private:
   InstalledPorts installed_{ports};
 };
 

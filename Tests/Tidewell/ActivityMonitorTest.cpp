@@ -127,12 +127,21 @@ TEST_F(ActivityMonitorTest, AnIntervalOfExactlyTwoMinutesReprimes) {
   EXPECT_EQ(ids(tickAfter(119.9s)), Texts{"tool"});
 }
 
-TEST_F(ActivityMonitorTest, AClockThatWasSetBackReprimes) {
+TEST_F(ActivityMonitorTest, ANegativeIntervalReprimes) {
   startTool(10, "tool");
   tick();
   useCPU(10, 10s);
-  EXPECT_TRUE(tickAfter(-3600s).empty());
+  EXPECT_TRUE(tickAfter(-3600s).empty()) << "from a clock that breaks its promise";
   EXPECT_EQ(ids(tickWith(10, 50)), Texts{"tool"});
+}
+
+TEST_F(ActivityMonitorTest, AClockOnTheWallThatIsSetChangesNothing) {
+  startTool(10, "tool");
+  tick();
+  fakes.clock.stepWallTime(-3600s);
+  EXPECT_EQ(tickWith(10, 50).at(0).cpuPercent, 50);
+  fakes.clock.stepWallTime(3600s);
+  EXPECT_EQ(tickWith(10, 50).at(0).busyFor, 2);
 }
 
 TEST_F(ActivityMonitorTest, ReprimingLeavesTheLastResultsUntouched) {

@@ -165,7 +165,7 @@ TEST_F(NetworkSamplerTest, LooksEvery50MillisecondsAtAToolThatRunsOn) {
 TEST_F(NetworkSamplerTest, TerminatesAfter8SecondsAToolThatHangsAndUsesItsOutput) {
   script.seenRunning = FakeTaskLauncher::kRunsUntilTerminated;
   script.output = "a.1,10,0,\n";
-  const Date begin = fakes.clock.now();
+  const Moment begin = fakes.clock.now();
   runTool();
   EXPECT_EQ(fakes.networkTool.tasks[0]->terminations, 1);
   EXPECT_EQ(fakes.clock.now() - begin, 8s);

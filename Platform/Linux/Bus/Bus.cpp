@@ -23,7 +23,7 @@ constexpr std::chrono::seconds kAsyncLimit{25};
 constexpr std::size_t kMostUnanswered = 256;
 
 /// At least 1: sd-bus reads 0 as its own default, which is far longer.
-std::uint64_t microsecondsUntil(BusTiming::Point deadline) {
+std::uint64_t microsecondsUntil(BusTiming::Deadline deadline) {
   const auto left = std::chrono::duration_cast<std::chrono::microseconds>(
       deadline - std::chrono::steady_clock::now());
   return static_cast<std::uint64_t>(std::max<std::int64_t>(1, left.count()));
@@ -40,7 +40,7 @@ constexpr unsigned kMessagesOfAFlood = 256;
 /// From here on a block of memory is the system's again as soon as it is freed.
 constexpr int kLargeBlockBytes = 256 * 1024;
 
-bool isOver(BusTiming::Point deadline) {
+bool isOver(BusTiming::Deadline deadline) {
   return std::chrono::steady_clock::now() >= deadline;
 }
 
@@ -90,7 +90,7 @@ int Bus::connect() {
   return connectBefore(std::chrono::steady_clock::now() + timing_.callLimit);
 }
 
-int Bus::connectBefore(BusTiming::Point deadline) {
+int Bus::connectBefore(BusTiming::Deadline deadline) {
   if (isReady_ && sd_bus_is_open(connection_.get()) > 0) return 0;
   // It died, and the loop has not come round to noticing.
   if (isReady_) lost(-ECONNRESET);
@@ -133,7 +133,7 @@ int Bus::open() {
   return 0;
 }
 
-int Bus::waitUntilReady(BusTiming::Point deadline) {
+int Bus::waitUntilReady(BusTiming::Deadline deadline) {
   sd_bus* const bus = connection_.get();
   while (sd_bus_is_ready(bus) <= 0) {
     const int processed = sd_bus_process(bus, nullptr);
@@ -283,8 +283,8 @@ BusReply Bus::call(const BusMethod& method, const Arguments& arguments, LateRepl
   return reply;
 }
 
-BusReply Bus::exchange(sd_bus_message* message, const BusMethod& method, BusTiming::Point deadline,
-                       LateReply late) {
+BusReply Bus::exchange(sd_bus_message* message, const BusMethod& method,
+                       BusTiming::Deadline deadline, LateReply late) {
   sd_bus_error error{};
   sd_bus_message* raw = nullptr;
   const int result =

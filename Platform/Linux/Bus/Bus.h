@@ -92,16 +92,16 @@ class Bus {
     LateReply late;
   };
 
-  int connectBefore(BusTiming::Point deadline);
+  int connectBefore(BusTiming::Deadline deadline);
   int open();
-  int waitUntilReady(BusTiming::Point deadline);
+  int waitUntilReady(BusTiming::Deadline deadline);
   void becameReady();
   /// Gives up the connection or the attempt at one, and begins a pause.
   void lost(int error);
   void failedToAnswer(const BusMethod& method);
   void answered(const std::string& destination);
   int remembered(const BusMethod& method) const;
-  BusReply exchange(sd_bus_message* message, const BusMethod& method, BusTiming::Point deadline,
+  BusReply exchange(sd_bus_message* message, const BusMethod& method, BusTiming::Deadline deadline,
                     LateReply late);
   BusReply prepare(const BusMethod& method, const Arguments& arguments);
   BusListening listen(BusListening listener);

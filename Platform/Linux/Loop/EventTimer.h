@@ -13,8 +13,9 @@ namespace platform {
 ///
 /// Keeps to the grid that its first firing set: a late firing does not shift the later ones, and
 /// firings that were missed while the thread was busy are left out, not made up for. The clock
-/// stands still while the machine sleeps. May be invalidated or destroyed by its own action. Thread
-/// of the loop only.
+/// stands still while the machine sleeps: what is left of an interval then passes after the wake,
+/// so that no tick is due before the news of the wake has come. May be invalidated or destroyed by
+/// its own action. Thread of the loop only.
 class EventTimer : public tidewell::RepeatingTimer {
  public:
   /// Ends the process with a message when the kernel gives no timer.

@@ -4,9 +4,15 @@
 #include <chrono>
 #include <thread>
 
+#include "Platform/Linux/System/BootTime.h"
+
 namespace platform {
 
-tidewell::Date SystemClock::now() {
+tidewell::Moment SystemClock::now() {
+  return BootTime::now();
+}
+
+tidewell::WallTime SystemClock::wallTime() {
   return std::chrono::time_point_cast<std::chrono::nanoseconds>(std::chrono::system_clock::now());
 }
 

@@ -4,10 +4,11 @@
 
 namespace platform {
 
-/// The machine's clock. Safe from any thread.
+/// The machine's clocks. Safe from any thread.
 class SystemClock : public tidewell::Clock {
  public:
-  tidewell::Date now() override;
+  tidewell::Moment now() override;
+  tidewell::WallTime wallTime() override;
   /// Sleeps the whole time, whatever signals arrive; not at all for a negative duration, and for
   /// no more than some decades.
   void sleepFor(tidewell::Seconds duration) override;

@@ -13,6 +13,7 @@
 #include "Platform/Linux/Network/SocketDestroyNotifications.h"
 #include "Platform/Linux/Network/SocketDiagnostics.h"
 #include "Platform/Linux/Network/SocketTableTool.h"
+#include "Platform/Linux/System/BootTime.h"
 #include "Platform/Linux/System/ThreadQueues.h"
 #include "Tests/Platform/Network/LoopbackChild.h"
 #include "Tests/Platform/Network/LoopbackServer.h"
@@ -209,7 +210,8 @@ TEST_F(SocketTableToolLive, FindsTheConnectionsOfAProcessThatWasAtRestBefore) {
 
 TEST_F(SocketTableToolLive, ReachesTheSamplerThroughAQueueOfItsOwn) {
   struct SystemClock : tidewell::Clock {
-    tidewell::Date now() override { return std::chrono::system_clock::now(); }
+    tidewell::Moment now() override { return BootTime::now(); }
+    tidewell::WallTime wallTime() override { return std::chrono::system_clock::now(); }
     void sleepFor(tidewell::Seconds duration) override { std::this_thread::sleep_for(duration); }
   } clock;
   const LoopbackServer server(AF_INET);

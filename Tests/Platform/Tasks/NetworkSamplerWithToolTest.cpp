@@ -38,7 +38,10 @@ class ScriptLauncher : public tidewell::TaskLauncher {
 
 class SystemClock : public tidewell::Clock {
  public:
-  tidewell::Date now() override { return std::chrono::system_clock::now(); }
+  tidewell::Moment now() override {
+    return tidewell::Moment(std::chrono::steady_clock::now().time_since_epoch());
+  }
+  tidewell::WallTime wallTime() override { return std::chrono::system_clock::now(); }
   void sleepFor(tidewell::Seconds duration) override { std::this_thread::sleep_for(duration); }
 };
 

@@ -1,0 +1,142 @@
+// Somebody sets the clock, or the network does, by a second or by years: no decision depends on it.
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <string>
+#include <tuple>
+
+#include "Staylit/StaylitEngine.h"
+#include "Tests/Fakes/ComposedPorts.h"
+#include "Tests/Staylit/StatusPrinter.h"
+
+namespace staylit {
+namespace {
+
+using namespace std::chrono_literals;
+using tidewell::Seconds;
+
+struct Step {
+  const char* name;
+  Seconds length;
+};
+
+constexpr Seconds kMinute = 60s;
+constexpr Seconds kHour = 60 * kMinute;
+constexpr Seconds kDay = 24 * kHour;
+constexpr Seconds kTenYears = 3652 * kDay;
+
+constexpr Step kSteps[] = {
+    {"OneSecondForward", 1s},     {"OneSecondBack", -Seconds(1s)}, {"OneMinuteForward", kMinute},
+    {"OneMinuteBack", -kMinute},  {"OneHourForward", kHour},       {"OneHourBack", -kHour},
+    {"OneDayForward", kDay},      {"OneDayBack", -kDay},           {"TenYearsForward", kTenYears},
+    {"TenYearsBack", -kTenYears},
+};
+
+/// An engine with a grace period of 120 s and a sustain time of 10 s, and one tool that may work.
+class ClockStepsTest : public testing::TestWithParam<Step> {
+ protected:
+  ClockStepsTest() {
+    fakes.processes.add(10, "/opt/tool");
+    engine.tick();
+  }
+
+  void tick() {
+    if (works) fakes.processes.at(10).usage.userTime += 1'000'000'000;
+    fakes.clock.advance(2s);
+    engine.tick();
+  }
+  void tickFor(Seconds duration) {
+    for (Seconds gone{}; gone < duration; gone += 2s)
+      tick();
+  }
+  void step() { fakes.clock.stepWallTime(GetParam().length); }
+
+  EngineStatus status() { return engine.status().get(); }
+  bool isHeld() { return !fakes.power.live.empty(); }
+
+  tidewell::ComposedPorts fakes;
+  bool works = false;
+  StaylitEngine engine{fakes.ports};
+};
+
+const EngineStatus kHolding = EngineStatus::holding({"tool"});
+
+TEST_P(ClockStepsTest, IdleStaysIdle) {
+  tickFor(130s);
+  ASSERT_EQ(status(), EngineStatus::idle());
+  step();
+  for (int ticks = 0; ticks < 100; ++ticks) {
+    tick();
+    ASSERT_EQ(status(), EngineStatus::idle());
+    ASSERT_FALSE(isHeld());
+  }
+}
+
+TEST_P(ClockStepsTest, ARunIsSustainedAfterTenSecondsOfItsOwn) {
+  tickFor(130s);
+  works = true;
+  tickFor(6s);
+  step();
+  tickFor(4s);
+  EXPECT_EQ(status(), EngineStatus::idle()) << "8 s after the tick that began it";
+  tick();
+  EXPECT_EQ(status(), kHolding);
+  EXPECT_TRUE(isHeld());
+}
+
+TEST_P(ClockStepsTest, WorkingStaysHeldAndQuietIsReleasedAfterTheGracePeriod) {
+  works = true;
+  tickFor(20s);
+  ASSERT_EQ(status(), kHolding);
+  step();
+  for (int ticks = 0; ticks < 100; ++ticks) {
+    tick();
+    ASSERT_EQ(status(), kHolding);
+    ASSERT_TRUE(isHeld());
+  }
+  works = false;
+  tick();
+  EXPECT_EQ(status(), EngineStatus::winding(120));
+  tickFor(118s);
+  EXPECT_EQ(status(), EngineStatus::winding(2));
+  tick();
+  EXPECT_EQ(status(), EngineStatus::idle());
+  EXPECT_FALSE(isHeld());
+}
+
+TEST_P(ClockStepsTest, TheGracePeriodEndsWhenItWouldHaveEnded) {
+  tickFor(60s);
+  ASSERT_EQ(status(), EngineStatus::winding(60));
+  step();
+  tick();
+  EXPECT_EQ(status(), EngineStatus::winding(58));
+  tickFor(56s);
+  EXPECT_EQ(status(), EngineStatus::winding(2));
+  tick();
+  EXPECT_EQ(status(), EngineStatus::idle());
+  EXPECT_FALSE(isHeld());
+}
+
+TEST_P(ClockStepsTest, PausedStaysPausedAndResumesWithTheFullGracePeriod) {
+  works = true;
+  tickFor(20s);
+  engine.setPaused(true);
+  step();
+  tickFor(20s);
+  EXPECT_EQ(status(), EngineStatus::paused());
+  EXPECT_FALSE(isHeld());
+  works = false;
+  engine.setPaused(false);
+  EXPECT_EQ(status(), EngineStatus::winding(120));
+  tickFor(118s);
+  EXPECT_EQ(status(), EngineStatus::winding(2));
+  tick();
+  EXPECT_EQ(status(), EngineStatus::idle());
+}
+
+INSTANTIATE_TEST_SUITE_P(By, ClockStepsTest, testing::ValuesIn(kSteps),
+                         [](const auto& step) { return step.param.name; });
+
+}  // namespace
+}  // namespace staylit
