@@ -105,14 +105,13 @@ Timebase ConservedProcesses::timebase() {
 void ConservedProcesses::pass() {
   const ReaperCharges::Terms terms = nextTerms();
   accounts_.nextPass();
-  for (const std::int32_t account : sources_.accounts.takeUsed())
-    accounts_.add(account, {});
+  noteUses();
   processes_.read(applications_, terms.most);
   settleCharges(terms);
   closeGone();
   processes_.updateParents();
   processes_.forgetGone();
-  if (accounts_.isCrowded()) foldAccounts();
+  foldAccounts();
 }
 
 ReaperCharges::Terms ConservedProcesses::nextTerms() {
@@ -147,12 +146,19 @@ void ConservedProcesses::closeGone() {
   }
 }
 
-void ConservedProcesses::foldAccounts() {
-  TextMap<bool> live;
-  for (const CountedProcess& process : processes_.living()) {
-    live.emplace(UsageAccounts::key(process.path, process.application.get()), true);
+/// What others measure on one pass is told by the next.
+void ConservedProcesses::noteUses() {
+  const std::vector<std::int32_t> former = std::exchange(lastUses_, sources_.accounts.takeUsed());
+  for (const std::vector<std::int32_t>* uses : {&former, &std::as_const(lastUses_)}) {
+    for (const std::int32_t account : *uses)
+      accounts_.add(account, {});
   }
-  accounts_.fold(live);
+}
+
+void ConservedProcesses::foldAccounts() {
+  for (const CountedProcess& process : processes_.living())
+    accounts_.noteLife(process.account);
+  accounts_.fold();
 }
 
 }  // namespace tidewell

@@ -25,8 +25,9 @@ namespace tidewell {
 /// grows by what the kernel charged, each nanosecond and byte once and under one name.**
 ///
 /// * What a process had used when it ended stays, in an account of its name and application that
-///   is listed like a process (`UsageAccounts`). What the accounts of names that nobody has had for
-///   long hold goes into one without a name, which is in the sum and of which the core sees
+///   is listed like a process (`UsageAccounts`), as long as others of that name run or ended on
+///   this very pass. After that the application has ended, for the core as for everybody: what it
+///   used goes into an account without a name, which is in the sum and of which the core sees
 ///   nothing.
 /// * What a process used before it took another name (by exec) stays under the former name.
 /// * What was used unseen, by a process that lived between two passes or in the last stretch of
@@ -85,6 +86,7 @@ class ConservedProcesses : public ProcessTable, public RunningApplications {
   ReaperCharges::Terms nextTerms();
   void settleCharges(const ReaperCharges::Terms& terms);
   void closeGone();
+  void noteUses();
   void foldAccounts();
 
   Sources sources_;
@@ -93,6 +95,7 @@ class ConservedProcesses : public ProcessTable, public RunningApplications {
   CountedProcesses processes_;
   bool prepared_ = false;
   Moment lastPass_{};
+  std::vector<std::int32_t> lastUses_;     ///< The accounts that others counted under.
   std::vector<Application> applications_;  ///< The system's, ascending by pid.
   std::vector<Application> listed_;        ///< Those and the accounts'.
 };

@@ -1,17 +1,12 @@
 #include "Tidewell/UsageAccounts.h"
 
 #include <algorithm>
-#include <limits>
 #include <utility>
 
 #include "Tidewell/ProcessSampler.h"
 
 namespace tidewell {
 namespace {
-
-/// About five minutes of ticks.
-constexpr std::uint64_t kStalePasses = 150;
-constexpr std::uint64_t kPassesBetweenFolds = 60;
 
 /// The application of an account: that of the processes that it stands for, under its own number.
 class AccountApplication : public RunningApplication {
@@ -67,55 +62,31 @@ std::int32_t UsageAccounts::reserve(std::string_view path, const RunningApplicat
 }
 
 void UsageAccounts::add(std::int32_t identifier, const Usage& usage) {
-  const auto account = std::ranges::lower_bound(accounts_, identifier, {}, &Account::identifier);
-  if (account == accounts_.end() || account->identifier != identifier) return;
+  Account* const account = findToChange(identifier);
+  if (!account) return;
   if (!std::exchange(account->isListed, true)) ++listedCount_;
   account->usage += usage;
-  account->lastGrowth = pass_;
+  account->lastLife = pass_;
 }
 
-std::size_t UsageAccounts::listedByName() const {
-  return listedCount_ - (accounts_.front().isListed ? 1 : 0);
+void UsageAccounts::noteLife(std::int32_t identifier) {
+  if (Account* const account = findToChange(identifier)) account->lastLife = pass_;
 }
 
-bool UsageAccounts::isCrowded() const {
-  return listedByName() > kMost || pass_ - lastFold_ >= kPassesBetweenFolds;
-}
-
-void UsageAccounts::fold(const TextMap<bool>& liveKeys) {
-  lastFold_ = pass_;
-  Usage folded = takeStale(liveKeys);
-  folded += takeOldest(liveKeys);
-  if (folded != Usage()) add(kFolded, folded);
-}
-
-Usage UsageAccounts::takeStale(const TextMap<bool>& liveKeys) {
-  Usage taken;
+void UsageAccounts::fold() {
+  Usage folded;
   std::erase_if(accounts_, [&](const Account& account) {
-    const bool isStale = !account.isListed || pass_ - account.lastGrowth >= kStalePasses;
-    if (!isStale || account.identifier == kFolded || liveKeys.contains(account.key)) return false;
-    taken += account.usage;
+    if (account.lastLife == pass_ || account.identifier == kFolded) return false;
+    folded += account.usage;
     listedCount_ -= account.isListed ? 1 : 0;
     return true;
   });
-  return taken;
+  if (folded != Usage()) add(kFolded, folded);
 }
 
-Usage UsageAccounts::takeOldest(const TextMap<bool>& liveKeys) {
-  constexpr std::uint64_t kNever = std::numeric_limits<std::uint64_t>::max();
-  const auto growth = [&](const Account& account) {
-    const bool mayGo = account.isListed && account.identifier != kFolded;
-    return mayGo && !liveKeys.contains(account.key) ? account.lastGrowth : kNever;
-  };
-  Usage taken;
-  while (listedByName() > kMost) {
-    const auto oldest = std::ranges::min_element(accounts_, {}, growth);
-    if (growth(*oldest) == kNever) break;
-    taken += oldest->usage;
-    accounts_.erase(oldest);
-    --listedCount_;
-  }
-  return taken;
+UsageAccounts::Account* UsageAccounts::findToChange(std::int32_t identifier) {
+  const auto found = std::ranges::lower_bound(accounts_, identifier, {}, &Account::identifier);
+  return found == accounts_.end() || found->identifier != identifier ? nullptr : &*found;
 }
 
 const UsageAccounts::Account* UsageAccounts::find(std::int32_t identifier) const {

@@ -9,7 +9,6 @@
 #include <vector>
 
 #include "Tidewell/Ports/RunningApplications.h"
-#include "Tidewell/TextMap.h"
 
 namespace tidewell {
 
@@ -32,17 +31,16 @@ struct Usage {
 /// What ended processes had used, kept under the name and application that they had.
 ///
 /// An account that was ever used is listed like a process, under an identifier that no process can
-/// have. Their number is bounded: an account under whose name nothing runs is folded into one
-/// without a name, `kFolded`, when it has not grown for a long time, or when there are too many. So
-/// the sum over all accounts never shrinks. Main thread only.
+/// have. One under whose name nothing runs, and that has not grown on a pass, is an application
+/// that has ended: it is folded into the account without a name, `kFolded`. So the sum over all
+/// accounts never shrinks, and there are no more of them than names run or ran a pass ago. Main
+/// thread only.
 class UsageAccounts {
  public:
   /// Beyond the identifiers of any system.
   static constexpr std::int32_t kFirstIdentifier = 0x4000'0000;
   /// The account of what was folded.
   static constexpr std::int32_t kFolded = kFirstIdentifier;
-  /// How many are listed at most, beside that and those under whose names something runs.
-  static constexpr std::size_t kMost = 256;
 
   struct Account {
     std::int32_t identifier = 0;
@@ -51,8 +49,8 @@ class UsageAccounts {
     /// Names the account's application; null for none.
     std::shared_ptr<const RunningApplication> application;
     Usage usage;
-    std::uint64_t lastGrowth = 0;  ///< The pass of the last addition.
-    bool isListed = false;         ///< Whether it was ever used.
+    std::uint64_t lastLife = 0;  ///< The last pass with an addition or with a process of its name.
+    bool isListed = false;       ///< Whether it was ever used.
   };
 
   UsageAccounts();
@@ -67,12 +65,12 @@ class UsageAccounts {
   /// Begins another pass.
   void nextPass() { ++pass_; }
 
-  /// Whether it is time to `fold`.
-  [[nodiscard]] bool isCrowded() const;
+  /// A process runs under the account's name on this pass. Does nothing for an account that is not
+  /// there.
+  void noteLife(std::int32_t identifier);
 
-  /// Folds stale accounts, and then, if there are still too many, those that grew longest ago.
-  /// `liveKeys` are the application keys of all processes, whose accounts stay.
-  void fold(const TextMap<bool>& liveKeys);
+  /// Folds the accounts that have neither grown on this pass nor a process under their names.
+  void fold();
 
   /// All of them, ascending by identifier; also those that are not listed.
   [[nodiscard]] const std::vector<Account>& accounts() const { return accounts_; }
@@ -84,12 +82,9 @@ class UsageAccounts {
   static std::string key(std::string_view path, const RunningApplication* application);
 
  private:
-  Usage takeStale(const TextMap<bool>& liveKeys);
-  Usage takeOldest(const TextMap<bool>& liveKeys);
-  [[nodiscard]] std::size_t listedByName() const;
+  Account* findToChange(std::int32_t identifier);
 
   std::uint64_t pass_ = 0;
-  std::uint64_t lastFold_ = 0;
   std::int32_t nextIdentifier_ = kFolded + 1;
   std::vector<Account> accounts_;  ///< That of what was folded comes first.
   std::size_t listedCount_ = 0;

@@ -3,8 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <string>
-#include <tuple>
 
 #include "Staylit/StaylitEngine.h"
 #include "Tests/Fakes/ComposedPorts.h"
@@ -16,25 +14,26 @@ namespace {
 using namespace std::chrono_literals;
 using tidewell::Seconds;
 
-struct Step {
+struct ClockStep {
   const char* name;
   Seconds length;
 };
 
-constexpr Seconds kMinute = 60s;
-constexpr Seconds kHour = 60 * kMinute;
-constexpr Seconds kDay = 24 * kHour;
-constexpr Seconds kTenYears = 3652 * kDay;
+constexpr Seconds kOneMinute = 60s;
+constexpr Seconds kOneHour = 60 * kOneMinute;
+constexpr Seconds kOneDay = 24 * kOneHour;
+constexpr Seconds kTenYears = 3652 * kOneDay;
 
-constexpr Step kSteps[] = {
-    {"OneSecondForward", 1s},     {"OneSecondBack", -Seconds(1s)}, {"OneMinuteForward", kMinute},
-    {"OneMinuteBack", -kMinute},  {"OneHourForward", kHour},       {"OneHourBack", -kHour},
-    {"OneDayForward", kDay},      {"OneDayBack", -kDay},           {"TenYearsForward", kTenYears},
-    {"TenYearsBack", -kTenYears},
+constexpr ClockStep kClockSteps[] = {
+    {"OneSecondForward", 1s},         {"OneSecondBack", -Seconds(1s)},
+    {"OneMinuteForward", kOneMinute}, {"OneMinuteBack", -kOneMinute},
+    {"OneHourForward", kOneHour},     {"OneHourBack", -kOneHour},
+    {"OneDayForward", kOneDay},       {"OneDayBack", -kOneDay},
+    {"TenYearsForward", kTenYears},   {"TenYearsBack", -kTenYears},
 };
 
 /// An engine with a grace period of 120 s and a sustain time of 10 s, and one tool that may work.
-class ClockStepsTest : public testing::TestWithParam<Step> {
+class ClockStepsTest : public testing::TestWithParam<ClockStep> {
  protected:
   ClockStepsTest() {
     fakes.processes.add(10, "/opt/tool");
@@ -60,7 +59,7 @@ class ClockStepsTest : public testing::TestWithParam<Step> {
   StaylitEngine engine{fakes.ports};
 };
 
-const EngineStatus kHolding = EngineStatus::holding({"tool"});
+const EngineStatus kHoldingForTheTool = EngineStatus::holding({"tool"});
 
 TEST_P(ClockStepsTest, IdleStaysIdle) {
   tickFor(130s);
@@ -81,18 +80,18 @@ TEST_P(ClockStepsTest, ARunIsSustainedAfterTenSecondsOfItsOwn) {
   tickFor(4s);
   EXPECT_EQ(status(), EngineStatus::idle()) << "8 s after the tick that began it";
   tick();
-  EXPECT_EQ(status(), kHolding);
+  EXPECT_EQ(status(), kHoldingForTheTool);
   EXPECT_TRUE(isHeld());
 }
 
 TEST_P(ClockStepsTest, WorkingStaysHeldAndQuietIsReleasedAfterTheGracePeriod) {
   works = true;
   tickFor(20s);
-  ASSERT_EQ(status(), kHolding);
+  ASSERT_EQ(status(), kHoldingForTheTool);
   step();
   for (int ticks = 0; ticks < 100; ++ticks) {
     tick();
-    ASSERT_EQ(status(), kHolding);
+    ASSERT_EQ(status(), kHoldingForTheTool);
     ASSERT_TRUE(isHeld());
   }
   works = false;
@@ -135,7 +134,7 @@ TEST_P(ClockStepsTest, PausedStaysPausedAndResumesWithTheFullGracePeriod) {
   EXPECT_EQ(status(), EngineStatus::idle());
 }
 
-INSTANTIATE_TEST_SUITE_P(By, ClockStepsTest, testing::ValuesIn(kSteps),
+INSTANTIATE_TEST_SUITE_P(By, ClockStepsTest, testing::ValuesIn(kClockSteps),
                          [](const auto& step) { return step.param.name; });
 
 }  // namespace

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "Tests/Fakes/FakePorts.h"
+#include "Tests/Fakes/ComposedPorts.h"
 
 namespace tidewell {
 namespace {
@@ -24,8 +24,13 @@ Texts ids(const std::vector<BusyApp>& apps) {
   return result;
 }
 
-class ActivityMonitorTest : public testing::Test {
+/// A monitor over fakes. What it does is the same whether the system's table stands right behind
+/// it or, as in the program, the one that counts ended processes too; but for what is on purpose
+/// otherwise, which has a test on each.
+class MonitoredPorts : public testing::Test {
  protected:
+  explicit MonitoredPorts(Composition composition) : fakes(composition) {}
+
   /// A process of no application.
   void startTool(std::int32_t pid, const std::string& name) {
     fakes.processes.add(pid, "/usr/bin/" + name);
@@ -64,14 +69,36 @@ class ActivityMonitorTest : public testing::Test {
     fakes.queues.runAll();
   }
 
-  FakePorts fakes;
+  ComposedPorts fakes;
   ActivityThresholds limits{15.0, 500.0, 100.0, 0, {}, false};
   ActivityMonitor monitor{fakes.ports};
 };
 
+class ActivityMonitorTest : public MonitoredPorts, public testing::WithParamInterface<Composition> {
+ protected:
+  ActivityMonitorTest() : MonitoredPorts(GetParam()) {}
+};
+
+class ActivityMonitorOfLivingProcesses : public MonitoredPorts {
+ protected:
+  ActivityMonitorOfLivingProcesses() : MonitoredPorts(Composition::bare) {}
+};
+
+class ActivityMonitorThatCountsWhole : public MonitoredPorts {
+ protected:
+  ActivityMonitorThatCountsWhole() : MonitoredPorts(Composition::shipped) {}
+};
+
+INSTANTIATE_TEST_SUITE_P(Over, ActivityMonitorTest,
+                         testing::Values(Composition::bare, Composition::shipped),
+                         [](const auto& composition) {
+                           return composition.param == Composition::bare ? "ThePlainTable"
+                                                                         : "TheTableThatShips";
+                         });
+
 // When a tick has nothing to compare with.
 
-TEST_F(ActivityMonitorTest, TheFirstTickOnlyPrimes) {
+TEST_P(ActivityMonitorTest, TheFirstTickOnlyPrimes) {
   startTool(10, "tool");
   useCPU(10, 100s);
   EXPECT_TRUE(tick().empty());
@@ -79,7 +106,7 @@ TEST_F(ActivityMonitorTest, TheFirstTickOnlyPrimes) {
   EXPECT_TRUE(monitor.lastCandidates().empty());
 }
 
-TEST_F(ActivityMonitorTest, TheFirstTickAfterAResetOnlyPrimes) {
+TEST_P(ActivityMonitorTest, TheFirstTickAfterAResetOnlyPrimes) {
   startTool(10, "tool");
   tick();
   EXPECT_EQ(ids(tickWith(10, 50)), Texts{"tool"});
@@ -92,7 +119,7 @@ TEST_F(ActivityMonitorTest, TheFirstTickAfterAResetOnlyPrimes) {
   EXPECT_EQ(ids(tickWith(10, 50)), Texts{"tool"});
 }
 
-TEST_F(ActivityMonitorTest, ASecondTickAfterATenthOfASecondReprimes) {
+TEST_P(ActivityMonitorTest, ASecondTickAfterATenthOfASecondReprimes) {
   startTool(10, "tool");
   tick();
   useCPU(10, 10s);
@@ -103,13 +130,13 @@ TEST_F(ActivityMonitorTest, ASecondTickAfterATenthOfASecondReprimes) {
   EXPECT_DOUBLE_EQ(busy[0].cpuPercent, 50) << "what was used before the second tick is forgotten";
 }
 
-TEST_F(ActivityMonitorTest, TicksTwoSecondsApartComputeRates) {
+TEST_P(ActivityMonitorTest, TicksTwoSecondsApartComputeRates) {
   startTool(10, "tool");
   tick();
   EXPECT_EQ(ids(tickWith(10, 50)), Texts{"tool"});
 }
 
-TEST_F(ActivityMonitorTest, AnIntervalOfExactlyAFifthOfASecondReprimes) {
+TEST_P(ActivityMonitorTest, AnIntervalOfExactlyAFifthOfASecondReprimes) {
   startTool(10, "tool");
   tick();
   useCPU(10, 1s);
@@ -118,7 +145,7 @@ TEST_F(ActivityMonitorTest, AnIntervalOfExactlyAFifthOfASecondReprimes) {
   EXPECT_EQ(ids(tickAfter(0.201s)), Texts{"tool"});
 }
 
-TEST_F(ActivityMonitorTest, AnIntervalOfExactlyTwoMinutesReprimes) {
+TEST_P(ActivityMonitorTest, AnIntervalOfExactlyTwoMinutesReprimes) {
   startTool(10, "tool");
   tick();
   useCPU(10, 120s);
@@ -127,7 +154,7 @@ TEST_F(ActivityMonitorTest, AnIntervalOfExactlyTwoMinutesReprimes) {
   EXPECT_EQ(ids(tickAfter(119.9s)), Texts{"tool"});
 }
 
-TEST_F(ActivityMonitorTest, ANegativeIntervalReprimes) {
+TEST_P(ActivityMonitorTest, ANegativeIntervalReprimes) {
   startTool(10, "tool");
   tick();
   useCPU(10, 10s);
@@ -135,7 +162,7 @@ TEST_F(ActivityMonitorTest, ANegativeIntervalReprimes) {
   EXPECT_EQ(ids(tickWith(10, 50)), Texts{"tool"});
 }
 
-TEST_F(ActivityMonitorTest, AClockOnTheWallThatIsSetChangesNothing) {
+TEST_P(ActivityMonitorTest, AClockOnTheWallThatIsSetChangesNothing) {
   startTool(10, "tool");
   tick();
   fakes.clock.stepWallTime(-3600s);
@@ -144,7 +171,7 @@ TEST_F(ActivityMonitorTest, AClockOnTheWallThatIsSetChangesNothing) {
   EXPECT_EQ(tickWith(10, 50).at(0).busyFor, 2);
 }
 
-TEST_F(ActivityMonitorTest, ReprimingLeavesTheLastResultsUntouched) {
+TEST_P(ActivityMonitorTest, ReprimingLeavesTheLastResultsUntouched) {
   limits.honorAppAssertions = true;
   fakes.assertions.hold(500, "PreventSystemSleep");
   startTool(10, "tool");
@@ -158,7 +185,7 @@ TEST_F(ActivityMonitorTest, ReprimingLeavesTheLastResultsUntouched) {
   EXPECT_EQ(monitor.assertingApps(), Texts{"pid 500"});
 }
 
-TEST_F(ActivityMonitorTest, ARunContinuesAcrossAGapWithItsOldBeginning) {
+TEST_P(ActivityMonitorTest, ARunContinuesAcrossAGapWithItsOldBeginning) {
   startTool(10, "tool");
   tick();
   tickWith(10, 50);
@@ -168,7 +195,7 @@ TEST_F(ActivityMonitorTest, ARunContinuesAcrossAGapWithItsOldBeginning) {
 
 // Order of one tick.
 
-TEST_F(ActivityMonitorTest, RefreshesTheNetworkBeforeItTakesTheSnapshot) {
+TEST_P(ActivityMonitorTest, RefreshesTheNetworkBeforeItTakesTheSnapshot) {
   limits.honorAppAssertions = true;
   const Texts inOrder = {"submit work to a queue", "list processes", "list assertions"};
   tick();
@@ -178,7 +205,7 @@ TEST_F(ActivityMonitorTest, RefreshesTheNetworkBeforeItTakesTheSnapshot) {
   EXPECT_EQ(fakes.calls->only(inOrder), inOrder);
 }
 
-TEST_F(ActivityMonitorTest, TakesTheTotalsAfterItAskedForARunSoThatAQuickOneCountsAtOnce) {
+TEST_P(ActivityMonitorTest, TakesTheTotalsAfterItAskedForARunSoThatAQuickOneCountsAtOnce) {
   fakes.queues.runAtOnce();
   startTool(10, "tool");
   fakes.setNetworkOutput("tool.10,0,0,\n");
@@ -189,7 +216,7 @@ TEST_F(ActivityMonitorTest, TakesTheTotalsAfterItAskedForARunSoThatAQuickOneCoun
   EXPECT_DOUBLE_EQ(busy[0].netKBps, 1000);
 }
 
-TEST_F(ActivityMonitorTest, ReadsTheClockAfterTheSnapshot) {
+TEST_P(ActivityMonitorTest, ReadsTheClockAfterTheSnapshot) {
   startTool(10, "tool");
   tick();
   fakes.processes.whileListing = [this] { fakes.clock.advance(1s); };
@@ -197,7 +224,7 @@ TEST_F(ActivityMonitorTest, ReadsTheClockAfterTheSnapshot) {
   EXPECT_DOUBLE_EQ(tickAfter(2s).at(0).cpuPercent, 100) << "3 s of 3 s";
 }
 
-TEST_F(ActivityMonitorTest, NeverWaitsForTheNetworkTool) {
+TEST_P(ActivityMonitorTest, NeverWaitsForTheNetworkTool) {
   tick();
   tickAfter(2s);
   EXPECT_EQ(fakes.networkTool.launches, 0);
@@ -206,7 +233,7 @@ TEST_F(ActivityMonitorTest, NeverWaitsForTheNetworkTool) {
 
 // Rates.
 
-TEST_F(ActivityMonitorTest, TwoSecondsOfCPUTimeInTwoSecondsAreAHundredPercent) {
+TEST_P(ActivityMonitorTest, TwoSecondsOfCPUTimeInTwoSecondsAreAHundredPercent) {
   startApp(10, "com.example.app", "App");
   startApp(11, "com.example.app", "App");
   tick();
@@ -217,13 +244,13 @@ TEST_F(ActivityMonitorTest, TwoSecondsOfCPUTimeInTwoSecondsAreAHundredPercent) {
   EXPECT_DOUBLE_EQ(busy[0].cpuPercent, 100);
 }
 
-TEST_F(ActivityMonitorTest, EightSecondsOfCPUTimeInTwoSecondsAreFourHundredPercent) {
+TEST_P(ActivityMonitorTest, EightSecondsOfCPUTimeInTwoSecondsAreFourHundredPercent) {
   startTool(10, "tool");
   tick();
   EXPECT_DOUBLE_EQ(tickWith(10, 400).at(0).cpuPercent, 400);
 }
 
-TEST_F(ActivityMonitorTest, DiskAndNetworkCountInKilobytesPerSecond) {
+TEST_P(ActivityMonitorTest, DiskAndNetworkCountInKilobytesPerSecond) {
   startTool(10, "tool");
   finishNetworkRun("");
   tick();
@@ -238,7 +265,7 @@ TEST_F(ActivityMonitorTest, DiskAndNetworkCountInKilobytesPerSecond) {
   EXPECT_DOUBLE_EQ(busy[0].netKBps, 200.5);
 }
 
-TEST_F(ActivityMonitorTest, SumsTheDiskBytesOfAnApplicationsProcesses) {
+TEST_P(ActivityMonitorTest, SumsTheDiskBytesOfAnApplicationsProcesses) {
   startApp(10, "com.example.app", "App");
   startApp(11, "com.example.app", "App");
   tick();
@@ -247,7 +274,7 @@ TEST_F(ActivityMonitorTest, SumsTheDiskBytesOfAnApplicationsProcesses) {
   EXPECT_DOUBLE_EQ(tickAfter(2s).at(0).diskKBps, 600);
 }
 
-TEST_F(ActivityMonitorTest, UsesTheTotalsOfTheLastNetworkRunThatEnded) {
+TEST_P(ActivityMonitorTest, UsesTheTotalsOfTheLastNetworkRunThatEnded) {
   startTool(10, "tool");
   tick();
   finishNetworkRun("tool.10,0,0,\n");
@@ -258,7 +285,7 @@ TEST_F(ActivityMonitorTest, UsesTheTotalsOfTheLastNetworkRunThatEnded) {
   EXPECT_DOUBLE_EQ(tickAfter(2s).at(0).netKBps, 1000);
 }
 
-TEST_F(ActivityMonitorTest, SumsTheNetworkBytesOfAnApplicationsProcesses) {
+TEST_P(ActivityMonitorTest, SumsTheNetworkBytesOfAnApplicationsProcesses) {
   startApp(10, "com.example.app", "App");
   startApp(11, "com.example.app", "App");
   tick();
@@ -268,7 +295,7 @@ TEST_F(ActivityMonitorTest, SumsTheNetworkBytesOfAnApplicationsProcesses) {
   EXPECT_DOUBLE_EQ(tickAfter(2s).at(0).netKBps, 200);
 }
 
-TEST_F(ActivityMonitorTest, AMissingNetworkMeasurementCountsAsNothing) {
+TEST_P(ActivityMonitorTest, AMissingNetworkMeasurementCountsAsNothing) {
   startTool(10, "tool");
   tick();
   finishNetworkRun("other.11,5,5,\n");
@@ -276,21 +303,7 @@ TEST_F(ActivityMonitorTest, AMissingNetworkMeasurementCountsAsNothing) {
   EXPECT_DOUBLE_EQ(tickWith(10, 50).at(0).netKBps, 0);
 }
 
-TEST_F(ActivityMonitorTest, ASumThatDropsIsNoActivityAndTheOtherSumsStillCount) {
-  startApp(10, "com.example.app", "App");
-  startApp(11, "com.example.app", "App");
-  useCPU(11, 100s);
-  tick();
-  fakes.processes.remove(11);
-  useCPU(10, 2s);
-  writeDisk(10, 2000);
-  const std::vector<BusyApp> busy = tickAfter(2s);
-  ASSERT_EQ(busy.size(), 1U);
-  EXPECT_DOUBLE_EQ(busy[0].cpuPercent, 0);
-  EXPECT_DOUBLE_EQ(busy[0].diskKBps, 1000);
-}
-
-TEST_F(ActivityMonitorTest, SumsWrapAround) {
+TEST_P(ActivityMonitorTest, SumsWrapAround) {
   startApp(10, "com.example.app", "App");
   startApp(11, "com.example.app", "App");
   fakes.processes.at(10).usage = {kLargest, 0, kLargest, 0};
@@ -304,7 +317,7 @@ TEST_F(ActivityMonitorTest, SumsWrapAround) {
   EXPECT_DOUBLE_EQ(busy[0].diskKBps, 1000);
 }
 
-TEST_F(ActivityMonitorTest, NetworkSumsWrapAround) {
+TEST_P(ActivityMonitorTest, NetworkSumsWrapAround) {
   startApp(10, "com.example.app", "App");
   startApp(11, "com.example.app", "App");
   tick();
@@ -314,7 +327,7 @@ TEST_F(ActivityMonitorTest, NetworkSumsWrapAround) {
   EXPECT_DOUBLE_EQ(tickAfter(2s).at(0).netKBps, 200);
 }
 
-TEST_F(ActivityMonitorTest, AnApplicationThatAppearedHasRatesFromItsSecondTickOn) {
+TEST_P(ActivityMonitorTest, AnApplicationThatAppearedHasRatesFromItsSecondTickOn) {
   tick();
   startTool(10, "tool");
   EXPECT_TRUE(tickWith(10, 50).empty());
@@ -323,7 +336,7 @@ TEST_F(ActivityMonitorTest, AnApplicationThatAppearedHasRatesFromItsSecondTickOn
 
 // Which application a process belongs to.
 
-TEST_F(ActivityMonitorTest, SumsTwoProcessesWithOneBundleIdentifier) {
+TEST_P(ActivityMonitorTest, SumsTwoProcessesWithOneBundleIdentifier) {
   startApp(10, "com.example.app", "App");
   startApp(11, "com.example.app", "Helper");
   tick();
@@ -336,7 +349,7 @@ TEST_F(ActivityMonitorTest, SumsTwoProcessesWithOneBundleIdentifier) {
   EXPECT_DOUBLE_EQ(busy[0].cpuPercent, 40);
 }
 
-TEST_F(ActivityMonitorTest, AProcessWithoutABundleIsItsOwnApplicationUnderItsExecutableName) {
+TEST_P(ActivityMonitorTest, AProcessWithoutABundleIsItsOwnApplicationUnderItsExecutableName) {
   startTool(10, "Tool");
   startApp(11, "com.example.app", "Tool");
   tick();
@@ -345,7 +358,7 @@ TEST_F(ActivityMonitorTest, AProcessWithoutABundleIsItsOwnApplicationUnderItsExe
   EXPECT_EQ(ids(busy), (Texts{"Tool", "com.example.app"})) << "case kept";
 }
 
-TEST_F(ActivityMonitorTest, BundleIdentifiersThatDifferInCaseAreTwoApplications) {
+TEST_P(ActivityMonitorTest, BundleIdentifiersThatDifferInCaseAreTwoApplications) {
   startApp(10, "com.Example", "A");
   startApp(11, "com.example", "B");
   tick();
@@ -353,7 +366,7 @@ TEST_F(ActivityMonitorTest, BundleIdentifiersThatDifferInCaseAreTwoApplications)
   EXPECT_EQ(ids(tickWith(10, 80)), (Texts{"com.Example", "com.example"}));
 }
 
-TEST_F(ActivityMonitorTest, ACataloguedApplicationHasTheCataloguesNameAndCategory) {
+TEST_P(ActivityMonitorTest, ACataloguedApplicationHasTheCataloguesNameAndCategory) {
   startApp(10, "COM.APPLE.dt.xcode", "Xcode-beta");
   tick();
   const BusyApp app = tickWith(10, 50).at(0);
@@ -362,7 +375,7 @@ TEST_F(ActivityMonitorTest, ACataloguedApplicationHasTheCataloguesNameAndCategor
   EXPECT_EQ(app.category, AppCategory::development);
 }
 
-TEST_F(ActivityMonitorTest, AnUnknownApplicationKeepsItsNameAndIsOther) {
+TEST_P(ActivityMonitorTest, AnUnknownApplicationKeepsItsNameAndIsOther) {
   startApp(10, "com.example.app", "Some App");
   tick();
   const BusyApp app = tickWith(10, 50).at(0);
@@ -370,7 +383,7 @@ TEST_F(ActivityMonitorTest, AnUnknownApplicationKeepsItsNameAndIsOther) {
   EXPECT_EQ(app.category, AppCategory::other);
 }
 
-TEST_F(ActivityMonitorTest, AKnownToolInAnUnknownBundleTakesTheToolsEntryUnderTheBundlesKey) {
+TEST_P(ActivityMonitorTest, AKnownToolInAnUnknownBundleTakesTheToolsEntryUnderTheBundlesKey) {
   fakes.processes.add(10, "/opt/editor/node");
   fakes.applications.add(10, "com.example.editor", "Editor");
   tick();
@@ -380,7 +393,7 @@ TEST_F(ActivityMonitorTest, AKnownToolInAnUnknownBundleTakesTheToolsEntryUnderTh
   EXPECT_EQ(app.category, AppCategory::development);
 }
 
-TEST_F(ActivityMonitorTest, TheFirstProcessOfAnApplicationDecidesItsEntryAndFloor) {
+TEST_P(ActivityMonitorTest, TheFirstProcessOfAnApplicationDecidesItsEntryAndFloor) {
   startApp(10, "com.example.editor", "Editor");
   fakes.processes.add(11, "/opt/editor/node");
   fakes.applications.add(11, "com.example.editor", "Editor");
@@ -393,7 +406,7 @@ TEST_F(ActivityMonitorTest, TheFirstProcessOfAnApplicationDecidesItsEntryAndFloo
 
 // Thresholds.
 
-TEST_F(ActivityMonitorTest, AFloorOf8At6PercentIsNotOverThoughTheUserSays5) {
+TEST_P(ActivityMonitorTest, AFloorOf8At6PercentIsNotOverThoughTheUserSays5) {
   limits.cpuPercent = 5;
   startTool(10, "make");
   tick();
@@ -401,14 +414,14 @@ TEST_F(ActivityMonitorTest, AFloorOf8At6PercentIsNotOverThoughTheUserSays5) {
   EXPECT_TRUE(monitor.lastCandidates().empty());
 }
 
-TEST_F(ActivityMonitorTest, AFloorOf3At4PercentIsOverThoughTheUserSays20) {
+TEST_P(ActivityMonitorTest, AFloorOf3At4PercentIsOverThoughTheUserSays20) {
   limits.cpuPercent = 20;
   startTool(10, "claude");
   tick();
   EXPECT_EQ(ids(tickWith(10, 4)), Texts{"claude"});
 }
 
-TEST_F(ActivityMonitorTest, WithoutAFloorTheUsersThresholdCounts) {
+TEST_P(ActivityMonitorTest, WithoutAFloorTheUsersThresholdCounts) {
   limits.cpuPercent = 20;
   startTool(10, "curl");
   startTool(11, "unknown");
@@ -419,14 +432,14 @@ TEST_F(ActivityMonitorTest, WithoutAFloorTheUsersThresholdCounts) {
   EXPECT_EQ(ids(tickWith(10, 20.5)), (Texts{"unknown", "curl"}));
 }
 
-TEST_F(ActivityMonitorTest, AFloorLeavesTheOtherThresholdsAsTheyAre) {
+TEST_P(ActivityMonitorTest, AFloorLeavesTheOtherThresholdsAsTheyAre) {
   startTool(10, "make");
   tick();
   writeDisk(10, 1000);
   EXPECT_EQ(ids(tickAfter(2s)), Texts{"make"});
 }
 
-TEST_F(ActivityMonitorTest, CPUExactlyAtItsThresholdIsOver) {
+TEST_P(ActivityMonitorTest, CPUExactlyAtItsThresholdIsOver) {
   limits.cpuPercent = 50;
   startTool(10, "tool");
   tick();
@@ -436,7 +449,7 @@ TEST_F(ActivityMonitorTest, CPUExactlyAtItsThresholdIsOver) {
   EXPECT_TRUE(tickAfter(2s).empty());
 }
 
-TEST_F(ActivityMonitorTest, DiskExactlyAtItsThresholdIsOver) {
+TEST_P(ActivityMonitorTest, DiskExactlyAtItsThresholdIsOver) {
   startTool(10, "tool");
   tick();
   writeDisk(10, 1000);
@@ -445,7 +458,7 @@ TEST_F(ActivityMonitorTest, DiskExactlyAtItsThresholdIsOver) {
   EXPECT_TRUE(tickAfter(2s).empty());
 }
 
-TEST_F(ActivityMonitorTest, NetworkExactlyAtItsThresholdIsOver) {
+TEST_P(ActivityMonitorTest, NetworkExactlyAtItsThresholdIsOver) {
   startTool(10, "tool");
   tick();
   finishNetworkRun("tool.10,0,0,\n");
@@ -456,7 +469,7 @@ TEST_F(ActivityMonitorTest, NetworkExactlyAtItsThresholdIsOver) {
   EXPECT_TRUE(tickAfter(2s).empty());
 }
 
-TEST_F(ActivityMonitorTest, AThresholdOfZeroFindsEveryApplicationThatWasThereBefore) {
+TEST_P(ActivityMonitorTest, AThresholdOfZeroFindsEveryApplicationThatWasThereBefore) {
   limits.cpuPercent = 0;
   startTool(10, "tool");
   tick();
@@ -465,13 +478,13 @@ TEST_F(ActivityMonitorTest, AThresholdOfZeroFindsEveryApplicationThatWasThereBef
 
 // Runs.
 
-TEST_F(ActivityMonitorTest, WithoutASustainTimeAnApplicationIsBusyOnItsFirstTickOver) {
+TEST_P(ActivityMonitorTest, WithoutASustainTimeAnApplicationIsBusyOnItsFirstTickOver) {
   startTool(10, "tool");
   tick();
   EXPECT_EQ(tickWith(10, 50).at(0).busyFor, 0);
 }
 
-TEST_F(ActivityMonitorTest, AnApplicationIsBusyOnTheFirstTickAtWhichTheSustainTimeHasPassed) {
+TEST_P(ActivityMonitorTest, AnApplicationIsBusyOnTheFirstTickAtWhichTheSustainTimeHasPassed) {
   limits.sustainSeconds = 5;
   startTool(10, "tool");
   tick();
@@ -484,7 +497,7 @@ TEST_F(ActivityMonitorTest, AnApplicationIsBusyOnTheFirstTickAtWhichTheSustainTi
   EXPECT_EQ(ids(monitor.lastBusy()), Texts{"tool"});
 }
 
-TEST_F(ActivityMonitorTest, AnApplicationBusyForExactlyTheSustainTimeIsBusy) {
+TEST_P(ActivityMonitorTest, AnApplicationBusyForExactlyTheSustainTimeIsBusy) {
   limits.sustainSeconds = 4;
   startTool(10, "tool");
   tick();
@@ -493,7 +506,7 @@ TEST_F(ActivityMonitorTest, AnApplicationBusyForExactlyTheSustainTimeIsBusy) {
   EXPECT_EQ(ids(tickWith(10, 50)), Texts{"tool"});
 }
 
-TEST_F(ActivityMonitorTest, BreaksARunAfterOneTickUnderEveryThreshold) {
+TEST_P(ActivityMonitorTest, BreaksARunAfterOneTickUnderEveryThreshold) {
   startTool(10, "tool");
   tick();
   tickWith(10, 50);
@@ -503,7 +516,7 @@ TEST_F(ActivityMonitorTest, BreaksARunAfterOneTickUnderEveryThreshold) {
   EXPECT_EQ(tickWith(10, 50).at(0).busyFor, 0);
 }
 
-TEST_F(ActivityMonitorTest, ARunGoesOnWhenAnotherThresholdTakesOver) {
+TEST_P(ActivityMonitorTest, ARunGoesOnWhenAnotherThresholdTakesOver) {
   startTool(10, "tool");
   tick();
   tickWith(10, 50);
@@ -511,7 +524,7 @@ TEST_F(ActivityMonitorTest, ARunGoesOnWhenAnotherThresholdTakesOver) {
   EXPECT_EQ(tickAfter(2s).at(0).busyFor, 2);
 }
 
-TEST_F(ActivityMonitorTest, BreaksARunAfterOneTickOfBeingIgnored) {
+TEST_P(ActivityMonitorTest, BreaksARunAfterOneTickOfBeingIgnored) {
   startTool(10, "tool");
   tick();
   tickWith(10, 50);
@@ -521,18 +534,7 @@ TEST_F(ActivityMonitorTest, BreaksARunAfterOneTickOfBeingIgnored) {
   EXPECT_EQ(tickWith(10, 50).at(0).busyFor, 0);
 }
 
-TEST_F(ActivityMonitorTest, BreaksARunWhenTheApplicationIsGoneForOneTick) {
-  startTool(10, "tool");
-  tick();
-  tickWith(10, 50);
-  fakes.processes.remove(10);
-  EXPECT_TRUE(tickAfter(2s).empty());
-  startTool(12, "tool");
-  EXPECT_TRUE(tickWith(12, 50).empty()) << "it is new";
-  EXPECT_EQ(tickWith(12, 50).at(0).busyFor, 0);
-}
-
-TEST_F(ActivityMonitorTest, AResetBreaksARun) {
+TEST_P(ActivityMonitorTest, AResetBreaksARun) {
   startTool(10, "tool");
   tick();
   tickWith(10, 50);
@@ -543,7 +545,7 @@ TEST_F(ActivityMonitorTest, AResetBreaksARun) {
 
 // Ignored applications.
 
-TEST_F(ActivityMonitorTest, AnIgnoredApplicationIsNeitherBusyNorACandidate) {
+TEST_P(ActivityMonitorTest, AnIgnoredApplicationIsNeitherBusyNorACandidate) {
   limits.ignored = {"tool", "com.example.app"};
   startTool(10, "tool");
   startApp(11, "com.example.app", "App");
@@ -554,7 +556,7 @@ TEST_F(ActivityMonitorTest, AnIgnoredApplicationIsNeitherBusyNorACandidate) {
   EXPECT_TRUE(monitor.lastCandidates().empty());
 }
 
-TEST_F(ActivityMonitorTest, IgnoresKeysOnlyAndExactly) {
+TEST_P(ActivityMonitorTest, IgnoresKeysOnlyAndExactly) {
   limits.ignored = {"TOOL", "App", "app", "npm / node"};
   startTool(10, "tool");
   startApp(11, "com.example.app", "App");
@@ -563,7 +565,7 @@ TEST_F(ActivityMonitorTest, IgnoresKeysOnlyAndExactly) {
   EXPECT_EQ(ids(tickWith(10, 80)), (Texts{"tool", "com.example.app"}));
 }
 
-TEST_F(ActivityMonitorTest, AnEmptyIgnoredSetExcludesNothing) {
+TEST_P(ActivityMonitorTest, AnEmptyIgnoredSetExcludesNothing) {
   startTool(10, "tool");
   startTool(11, "another");
   tick();
@@ -573,7 +575,7 @@ TEST_F(ActivityMonitorTest, AnEmptyIgnoredSetExcludesNothing) {
 
 // Order.
 
-TEST_F(ActivityMonitorTest, OrdersBusyByCPUPlusNetworkAndCandidatesByCPU) {
+TEST_P(ActivityMonitorTest, OrdersBusyByCPUPlusNetworkAndCandidatesByCPU) {
   startTool(10, "A");
   startTool(11, "B");
   tick();
@@ -586,7 +588,7 @@ TEST_F(ActivityMonitorTest, OrdersBusyByCPUPlusNetworkAndCandidatesByCPU) {
   EXPECT_EQ(ids(monitor.lastCandidates()), (Texts{"A", "B"}));
 }
 
-TEST_F(ActivityMonitorTest, DiskTakesNoPartInEitherOrder) {
+TEST_P(ActivityMonitorTest, DiskTakesNoPartInEitherOrder) {
   startTool(10, "A");
   startTool(11, "B");
   tick();
@@ -596,7 +598,7 @@ TEST_F(ActivityMonitorTest, DiskTakesNoPartInEitherOrder) {
   EXPECT_EQ(ids(monitor.lastCandidates()), (Texts{"A", "B"}));
 }
 
-TEST_F(ActivityMonitorTest, OrdersManyApplicationsTheBusiestFirst) {
+TEST_P(ActivityMonitorTest, OrdersManyApplicationsTheBusiestFirst) {
   Texts expected;
   for (std::int32_t pid = 1; pid <= 30; ++pid) {
     startTool(pid, "tool" + std::to_string(pid));
@@ -609,7 +611,7 @@ TEST_F(ActivityMonitorTest, OrdersManyApplicationsTheBusiestFirst) {
   EXPECT_EQ(ids(monitor.lastCandidates()), expected);
 }
 
-TEST_F(ActivityMonitorTest, ManyEquallyBusyApplicationsKeepTheOrderInWhichTheyAreVisited) {
+TEST_P(ActivityMonitorTest, ManyEquallyBusyApplicationsKeepTheOrderInWhichTheyAreVisited) {
   for (std::int32_t pid = 1; pid <= 40; ++pid)
     startTool(pid, "tool" + std::to_string(pid));
   tick();
@@ -630,7 +632,7 @@ TEST_F(ActivityMonitorTest, ManyEquallyBusyApplicationsKeepTheOrderInWhichTheyAr
   EXPECT_EQ(ids(monitor.lastCandidates()), candidates);
 }
 
-TEST_F(ActivityMonitorTest, ReturnsWhatLastBusyKeeps) {
+TEST_P(ActivityMonitorTest, ReturnsWhatLastBusyKeeps) {
   startTool(10, "tool");
   tick();
   const std::vector<BusyApp> busy = tickWith(10, 50);
@@ -642,7 +644,7 @@ TEST_F(ActivityMonitorTest, ReturnsWhatLastBusyKeeps) {
 
 // Applications with assertions of their own.
 
-TEST_F(ActivityMonitorTest, CollectsAssertingApplicationsInTheReadersOrderWhenAsked) {
+TEST_P(ActivityMonitorTest, CollectsAssertingApplicationsInTheReadersOrderWhenAsked) {
   limits.honorAppAssertions = true;
   fakes.assertions.hold(501, "PreventSystemSleep");
   fakes.assertions.hold(500, "PreventSystemSleep");
@@ -653,7 +655,7 @@ TEST_F(ActivityMonitorTest, CollectsAssertingApplicationsInTheReadersOrderWhenAs
   EXPECT_EQ(monitor.assertingApps(), (Texts{"pid 500", "pid 501"}));
 }
 
-TEST_F(ActivityMonitorTest, AsksNobodyForAssertionsWhenNotAsked) {
+TEST_P(ActivityMonitorTest, AsksNobodyForAssertionsWhenNotAsked) {
   fakes.assertions.hold(500, "PreventSystemSleep");
   tick();
   tickAfter(2s);
@@ -661,7 +663,7 @@ TEST_F(ActivityMonitorTest, AsksNobodyForAssertionsWhenNotAsked) {
   EXPECT_EQ(fakes.calls->count("list assertions"), 0U);
 }
 
-TEST_F(ActivityMonitorTest, EmptiesTheAssertingApplicationsWhenNoLongerAsked) {
+TEST_P(ActivityMonitorTest, EmptiesTheAssertingApplicationsWhenNoLongerAsked) {
   limits.honorAppAssertions = true;
   fakes.assertions.hold(500, "PreventSystemSleep");
   tick();
@@ -671,7 +673,7 @@ TEST_F(ActivityMonitorTest, EmptiesTheAssertingApplicationsWhenNoLongerAsked) {
   EXPECT_EQ(monitor.assertingApps(), Texts{});
 }
 
-TEST_F(ActivityMonitorTest, LeavesIgnoredNamesOutOfTheAssertingApplications) {
+TEST_P(ActivityMonitorTest, LeavesIgnoredNamesOutOfTheAssertingApplications) {
   limits.honorAppAssertions = true;
   limits.ignored = {"com.example.player", "PID 501"};
   fakes.assertions.hold(500, "PreventSystemSleep");
@@ -682,7 +684,7 @@ TEST_F(ActivityMonitorTest, LeavesIgnoredNamesOutOfTheAssertingApplications) {
   EXPECT_EQ(monitor.assertingApps(), Texts{"pid 501"});
 }
 
-TEST_F(ActivityMonitorTest, AResetLeavesTheAssertingApplicationsAsTheyWere) {
+TEST_P(ActivityMonitorTest, AResetLeavesTheAssertingApplicationsAsTheyWere) {
   limits.honorAppAssertions = true;
   fakes.assertions.hold(500, "PreventSystemSleep");
   tick();
@@ -696,7 +698,111 @@ TEST_F(ActivityMonitorTest, AResetLeavesTheAssertingApplicationsAsTheyWere) {
   EXPECT_EQ(monitor.assertingApps(), Texts{}) << "the next tick with rates rewrites it";
 }
 
-TEST_F(ActivityMonitorTest, LogsNothing) {
+// What ended processes had used: the one thing that the table that ships makes otherwise.
+
+TEST_F(ActivityMonitorOfLivingProcesses, ASumThatDropsIsNoActivityAndTheOtherSumsStillCount) {
+  startApp(10, "com.example.app", "App");
+  startApp(11, "com.example.app", "App");
+  useCPU(11, 100s);
+  tick();
+  fakes.processes.remove(11);
+  useCPU(10, 2s);
+  writeDisk(10, 2000);
+  const std::vector<BusyApp> busy = tickAfter(2s);
+  ASSERT_EQ(busy.size(), 1U);
+  EXPECT_DOUBLE_EQ(busy[0].cpuPercent, 0);
+  EXPECT_DOUBLE_EQ(busy[0].diskKBps, 1000);
+}
+
+TEST_F(ActivityMonitorThatCountsWhole, ASumDoesNotDropWhenAProcessEndsSoTheOthersStillCount) {
+  startApp(10, "com.example.app", "App");
+  startApp(11, "com.example.app", "App");
+  useCPU(11, 100s);
+  tick();
+  fakes.processes.remove(11);
+  useCPU(10, 2s);
+  writeDisk(10, 2000);
+  const std::vector<BusyApp> busy = tickAfter(2s);
+  ASSERT_EQ(busy.size(), 1U);
+  EXPECT_DOUBLE_EQ(busy[0].cpuPercent, 100);
+  EXPECT_DOUBLE_EQ(busy[0].diskKBps, 1000);
+}
+
+TEST_F(ActivityMonitorOfLivingProcesses, AnApplicationThatStartsAnewBetweenTwoTicksLosesItsSum) {
+  startTool(10, "tool");
+  useCPU(10, 100s);
+  tick();
+  fakes.processes.remove(10);
+  startTool(12, "tool");
+  EXPECT_TRUE(tickWith(12, 50).empty());
+}
+
+TEST_F(ActivityMonitorThatCountsWhole, AnApplicationThatStartsAnewBetweenTwoTicksGoesOn) {
+  startTool(10, "tool");
+  useCPU(10, 100s);
+  tick();
+  tickWith(10, 50);
+  fakes.processes.remove(10);
+  startTool(12, "tool");
+  const std::vector<BusyApp> busy = tickWith(12, 50);
+  ASSERT_EQ(busy.size(), 1U);
+  EXPECT_DOUBLE_EQ(busy[0].cpuPercent, 50);
+  EXPECT_EQ(busy[0].busyFor, 2);
+}
+
+TEST_F(ActivityMonitorOfLivingProcesses, AnEndedApplicationIsAbsentFromItsFirstTick) {
+  limits.cpuPercent = 0;
+  startTool(10, "tool");
+  tick();
+  EXPECT_EQ(ids(tickWith(10, 50)), Texts{"tool"});
+  fakes.processes.remove(10);
+  EXPECT_TRUE(tickAfter(2s).empty());
+}
+
+TEST_F(ActivityMonitorThatCountsWhole, AnEndedApplicationIsThereForTheTickThatFindsItEnded) {
+  limits.cpuPercent = 0;
+  startTool(10, "tool");
+  tick();
+  EXPECT_EQ(ids(tickWith(10, 50)), Texts{"tool"});
+  fakes.processes.remove(10);
+  EXPECT_EQ(ids(tickAfter(2s)), Texts{"tool"});
+  EXPECT_TRUE(tickAfter(2s).empty());
+}
+
+TEST_F(ActivityMonitorOfLivingProcesses, BreaksARunWhenTheApplicationIsGoneForOneTick) {
+  startTool(10, "tool");
+  tick();
+  tickWith(10, 50);
+  fakes.processes.remove(10);
+  EXPECT_TRUE(tickAfter(2s).empty());
+  startTool(12, "tool");
+  EXPECT_TRUE(tickWith(12, 50).empty()) << "it is new";
+  EXPECT_EQ(tickWith(12, 50).at(0).busyFor, 0);
+}
+
+TEST_F(ActivityMonitorThatCountsWhole, BreaksARunWhenTheApplicationIsGoneForOneTick) {
+  startTool(10, "tool");
+  tick();
+  tickWith(10, 50);
+  fakes.processes.remove(10);
+  EXPECT_TRUE(tickAfter(2s).empty());
+  startTool(12, "tool");
+  EXPECT_EQ(tickWith(12, 50).at(0).busyFor, 0) << "the tick before had what is left of it";
+}
+
+TEST_F(ActivityMonitorThatCountsWhole, AnApplicationThatWasGoneForTwoTicksIsNew) {
+  startTool(10, "tool");
+  tick();
+  tickWith(10, 50);
+  fakes.processes.remove(10);
+  EXPECT_TRUE(tickAfter(2s).empty());
+  EXPECT_TRUE(tickAfter(2s).empty());
+  startTool(12, "tool");
+  EXPECT_TRUE(tickWith(12, 50).empty());
+  EXPECT_EQ(tickWith(12, 50).at(0).busyFor, 0);
+}
+
+TEST_P(ActivityMonitorTest, LogsNothing) {
   startTool(10, "tool");
   tick();
   tickWith(10, 50);

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <memory>
 #include <string>
 #include <vector>
@@ -39,6 +40,10 @@ class ConservedActivityTest : public testing::Test {
     kernel.endAndReap(command);
   }
 
+  [[nodiscard]] bool isBusy(const std::string& name) const {
+    return std::ranges::find(busy, name, &BusyApp::id) != busy.end();
+  }
+
   std::int32_t startHelper(std::int32_t parent) {
     const auto helper = kernel.spawn(parent, "/opt/editor/helper");
     kernel.applications = {std::make_shared<FakeRunningApplication>(
@@ -52,7 +57,7 @@ class ConservedActivityTest : public testing::Test {
   ConservedProcesses table{{kernel, kernel, fakes.clock, accounts, 2}};
   Ports ports = onTable(fakes.ports, table);
   Ports plainPorts = onTable(fakes.ports, kernel);
-  const ActivityThresholds limits{15.0, 500.0, 100.0, 10, {}, false};
+  ActivityThresholds limits{15.0, 500.0, 100.0, 10, {}, false};
   ActivityMonitor monitor{ports};
   ActivityMonitor plainMonitor{plainPorts};
   std::vector<BusyApp> busy;
@@ -151,6 +156,43 @@ TEST_F(ConservedActivityTest, ADayOldJobThatWasSeenIsNothingWhenItIsReaped) {
   kernel.endAndReap(job);
   tick();
   EXPECT_TRUE(monitor.lastCandidates().empty());
+}
+
+TEST_F(ConservedActivityTest, AnEndedToolIsBusyNoLongerThanTheTickThatFindsItEnded) {
+  limits.cpuPercent = 0;
+  limits.sustainSeconds = 0;
+  const auto tool = kernel.spawn(1, "/usr/bin/tool");
+  tick();
+  kernel.work(tool, 1);
+  tick();
+  EXPECT_TRUE(isBusy("tool"));
+  kernel.work(tool, 1);
+  kernel.endAndReap(tool);
+  tick();
+  EXPECT_TRUE(isBusy("tool")) << "by what it used before it ended";
+  for (int ticks = 0; ticks < 200; ++ticks) {
+    tick();
+    ASSERT_FALSE(isBusy("tool")) << "tick " << ticks;
+  }
+}
+
+TEST_F(ConservedActivityTest, AToolThatIsStartedAgainHasRatesFromItsSecondTickOn) {
+  limits.sustainSeconds = 0;
+  auto tool = kernel.spawn(1, "/usr/bin/tool");
+  kernel.work(tool, 100);
+  tick();
+  kernel.endAndReap(tool);
+  tick();
+  tick();
+  tool = kernel.spawn(1, "/usr/bin/tool");
+  kernel.work(tool, 1);
+  tick();
+  EXPECT_TRUE(busy.empty());
+  kernel.work(tool, 1);
+  tick();
+  ASSERT_EQ(busy.size(), 1u);
+  EXPECT_DOUBLE_EQ(busy[0].cpuPercent, 50);
+  EXPECT_DOUBLE_EQ(busy[0].busyFor, 0);
 }
 
 TEST_F(ConservedActivityTest, WhatIsFoldedAwayIsNobodysWork) {

@@ -7,6 +7,7 @@
 #include <chrono>
 #include <cstdint>
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -24,40 +25,41 @@ class ConservedTable : public testing::Test {
   explicit ConservedTable(unsigned processors = 1'000'000)
       : table({kernel, kernel, clock, accounts, processors}) {}
 
-  /// One pass; what is counted afterwards, by name.
-  const std::map<std::string, Usage>& pass() {
+  /// One pass.
+  void pass() {
     clock.advance(std::chrono::seconds(2));
     table.all();
-    std::vector<std::int32_t> pids(static_cast<std::size_t>(table.listPids({})) / 4);
-    pids.resize(static_cast<std::size_t>(table.listPids(pids)) / 4);
-    counted.clear();
+    listed.resize(static_cast<std::size_t>(table.listPids({})) / 4);
+    listed.resize(static_cast<std::size_t>(table.listPids(listed)) / 4);
+    std::map<std::string, Usage> present;
     total = {};
-    for (const std::int32_t pid : pids) {
+    for (const std::int32_t pid : listed) {
       ResourceUsage usage;
       std::array<char, ProcessTable::kPathCapacity> path{};
       if (!table.resourceUsage(pid, usage)) continue;
       const int length = table.path(pid, path);
       const Usage used{usage.userTime + usage.systemTime,
                        usage.diskBytesRead + usage.diskBytesWritten};
-      counted[std::string(ProcessSampler::nameFromPath(
+      present[std::string(ProcessSampler::nameFromPath(
           {path.data(), static_cast<std::size_t>(std::max(0, length))}))] += used;
       total += used;
     }
-    return counted;
-  }
-
-  std::vector<std::int32_t> listed() {
-    std::vector<std::int32_t> pids(static_cast<std::size_t>(table.listPids({})) / 4);
-    table.listPids(pids);
-    return pids;
+    ended.clear();
+    for (const auto& [name, usage] : counted) {
+      if (!present.contains(name)) ended.insert(name);
+    }
+    for (const auto& [name, usage] : present)
+      counted[name] = usage;
   }
 
   SimulatedKernel kernel;
   FakeClock clock;
   ProcessAccounts accounts;
   ConservedProcesses table;
-  std::map<std::string, Usage> counted;
-  Usage total;
+  std::vector<std::int32_t> listed;      ///< On the last pass.
+  std::map<std::string, Usage> counted;  ///< By name, on the last pass that had the name.
+  std::set<std::string> ended;           ///< The names that the last pass had no more.
+  Usage total;                           ///< Of everything on the last pass.
 };
 
 }  // namespace tidewell

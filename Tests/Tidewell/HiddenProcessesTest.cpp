@@ -35,7 +35,7 @@ TEST_P(GivenOutAgain, AProcessWhoseNumberAHiddenOneHasNowHasEnded) {
   pass();
   EXPECT_EQ(counted["job"], (Usage{5, 50}));
   EXPECT_EQ(counted["sh"], Usage()) << "it is not charged for what was seen";
-  EXPECT_EQ(listed(), (std::vector<std::int32_t>{1, shell, job, account.value()}));
+  EXPECT_EQ(listed, (std::vector<std::int32_t>{1, shell, job, account.value()}));
 }
 
 TEST_P(GivenOutAgain, AProcessThatMayNoLongerBeReadIsTheSame) {
@@ -52,7 +52,7 @@ TEST_P(GivenOutAgain, AProcessThatMayNoLongerBeReadIsTheSame) {
   pass();
   EXPECT_EQ(counted["job"].time, 5u);
   ASSERT_TRUE(accounts.accountOf(job));
-  EXPECT_EQ(listed(), (std::vector<std::int32_t>{1, job})) << "its account is not needed yet";
+  EXPECT_EQ(listed, (std::vector<std::int32_t>{1, job})) << "its account is not needed yet";
 }
 
 INSTANTIATE_TEST_SUITE_P(WithAndWithoutStart, GivenOutAgain, testing::Bool());
@@ -183,9 +183,9 @@ TEST_F(HiddenProcessesTest, AHiddenParentIsListedOnceAndHasNothing) {
   const auto sudo = spawnHidden(1, "/usr/bin/sudo");
   const auto worker = kernel.spawn(sudo, "/bin/worker");
   pass();
-  EXPECT_EQ(listed(), (std::vector<std::int32_t>{1, sudo, worker}));
+  EXPECT_EQ(listed, (std::vector<std::int32_t>{1, sudo, worker}));
   pass();
-  EXPECT_EQ(listed(), (std::vector<std::int32_t>{1, sudo, worker}));
+  EXPECT_EQ(listed, (std::vector<std::int32_t>{1, sudo, worker}));
   ResourceUsage usage;
   EXPECT_FALSE(table.resourceUsage(sudo, usage));
 }

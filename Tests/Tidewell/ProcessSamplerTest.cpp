@@ -2,12 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <chrono>
 #include <cstdint>
 #include <string>
 #include <vector>
 
-#include "Tests/Fakes/FakeProcessTable.h"
-#include "Tests/Fakes/FakeRunningApplications.h"
+#include "Tests/Fakes/ComposedPorts.h"
 
 namespace tidewell {
 namespace {
@@ -16,8 +17,11 @@ using Pids = std::vector<std::int32_t>;
 
 constexpr std::uint64_t kLargestCounter = 18446744073709551615U;
 
-class ProcessSamplerTest : public testing::Test {
+/// A sampler over fakes, with or without what the program puts in between.
+class SampledPorts : public testing::Test {
  protected:
+  explicit SampledPorts(Composition composition) : fakes(composition) {}
+
   Pids sampledPids() {
     Pids pids;
     for (const RawSample& sample : sampler.sample())
@@ -33,13 +37,31 @@ class ProcessSamplerTest : public testing::Test {
     return snapshot.empty() ? "left out" : snapshot.front().executable;
   }
 
-  std::shared_ptr<CallLog> calls = std::make_shared<CallLog>();
-  FakeProcessTable processes{calls};
-  FakeRunningApplications applications{calls};
-  ProcessSampler sampler{processes, applications};
+  ComposedPorts fakes;
+  FakeProcessTable& processes = fakes.processes;
+  FakeRunningApplications& applications = fakes.applications;
+  ProcessSampler sampler{*fakes.ports.processTable, *fakes.ports.runningApplications};
 };
 
-TEST_F(ProcessSamplerTest, FillsEveryFieldOfAnApplicationsProcess) {
+/// What the sampler asks of its table, seen where nothing stands in between.
+class ProcessSamplerAlone : public SampledPorts {
+ protected:
+  ProcessSamplerAlone() : SampledPorts(Composition::bare) {}
+};
+
+class ProcessSamplerTest : public SampledPorts, public testing::WithParamInterface<Composition> {
+ protected:
+  ProcessSamplerTest() : SampledPorts(GetParam()) {}
+};
+
+INSTANTIATE_TEST_SUITE_P(Over, ProcessSamplerTest,
+                         testing::Values(Composition::bare, Composition::shipped),
+                         [](const auto& composition) {
+                           return composition.param == Composition::bare ? "ThePlainTable"
+                                                                         : "TheTableThatShips";
+                         });
+
+TEST_P(ProcessSamplerTest, FillsEveryFieldOfAnApplicationsProcess) {
   processes.add(10, "/Applications/Film.app/Contents/MacOS/film-bin").usage = {30, 12, 1000, 24};
   applications.add(10, "com.example.film", "Film Maker");
   const std::vector<RawSample>& snapshot = sampler.sample();
@@ -52,7 +74,7 @@ TEST_F(ProcessSamplerTest, FillsEveryFieldOfAnApplicationsProcess) {
   EXPECT_EQ(snapshot[0].diskBytes, 1024U);
 }
 
-TEST_F(ProcessSamplerTest, FillsABackgroundProcessFromItsPathAlone) {
+TEST_P(ProcessSamplerTest, FillsABackgroundProcessFromItsPathAlone) {
   processes.add(10, "/usr/sbin/bar");
   applications.add(11, "com.example.other", "Other");
   const std::vector<RawSample>& snapshot = sampler.sample();
@@ -64,7 +86,7 @@ TEST_F(ProcessSamplerTest, FillsABackgroundProcessFromItsPathAlone) {
 
 // The list of processes.
 
-TEST_F(ProcessSamplerTest, AnEmptyListGivesAnEmptySnapshotWithoutTouchingTheCounters) {
+TEST_P(ProcessSamplerTest, AnEmptyListGivesAnEmptySnapshotWithoutTouchingTheCounters) {
   processes.add(10, "/bin/a");
   processes.bytesNeeded = 0;
   EXPECT_TRUE(sampler.sample().empty());
@@ -74,7 +96,7 @@ TEST_F(ProcessSamplerTest, AnEmptyListGivesAnEmptySnapshotWithoutTouchingTheCoun
   EXPECT_TRUE(processes.usageAsked.empty());
 }
 
-TEST_F(ProcessSamplerTest, AFailedSecondListingGivesAnEmptySnapshotWithoutTouchingTheCounters) {
+TEST_P(ProcessSamplerTest, AFailedSecondListingGivesAnEmptySnapshotWithoutTouchingTheCounters) {
   processes.add(10, "/bin/a");
   processes.bytesWritten = 0;
   EXPECT_TRUE(sampler.sample().empty());
@@ -83,22 +105,29 @@ TEST_F(ProcessSamplerTest, AFailedSecondListingGivesAnEmptySnapshotWithoutTouchi
   EXPECT_TRUE(processes.usageAsked.empty());
 }
 
-TEST_F(ProcessSamplerTest, AFailedListingEmptiesTheSnapshotOfBefore) {
+TEST_F(ProcessSamplerAlone, AFailedListingEmptiesTheSnapshotOfBefore) {
   processes.add(10, "/bin/a");
   EXPECT_EQ(sampledPids(), Pids{10});
   processes.bytesNeeded = -1;
   EXPECT_TRUE(sampler.sample().empty());
 }
 
-TEST_F(ProcessSamplerTest, DropsTheKernelAndNegativeIdentifiers) {
+TEST_P(ProcessSamplerTest, DropsTheKernelAndNegativeIdentifiers) {
   processes.add(0, "/kernel");
   processes.add(10, "/bin/a");
   processes.add(-3, "/bin/odd");
   EXPECT_EQ(sampledPids(), Pids{10});
+}
+
+TEST_F(ProcessSamplerAlone, AsksNothingAboutTheKernelAndNegativeIdentifiers) {
+  processes.add(0, "/kernel");
+  processes.add(10, "/bin/a");
+  processes.add(-3, "/bin/odd");
+  sampler.sample();
   EXPECT_EQ(processes.usageAsked, Pids{10});
 }
 
-TEST_F(ProcessSamplerTest, DropsTheZeroPaddingBehindTheList) {
+TEST_P(ProcessSamplerTest, DropsTheZeroPaddingBehindTheList) {
   processes.add(10, "/bin/a");
   processes.add(11, "/bin/b");
   processes.bytesNeeded = 40;
@@ -106,20 +135,20 @@ TEST_F(ProcessSamplerTest, DropsTheZeroPaddingBehindTheList) {
   EXPECT_EQ(sampledPids(), (Pids{10, 11}));
 }
 
-TEST_F(ProcessSamplerTest, TakesNoMoreThanTheListSaysItWrote) {
+TEST_P(ProcessSamplerTest, TakesNoMoreThanTheListSaysItWrote) {
   processes.add(10, "/bin/a");
   processes.add(11, "/bin/b");
   processes.bytesWritten = 7;
   EXPECT_EQ(sampledPids(), Pids{10});
 }
 
-TEST_F(ProcessSamplerTest, TakesNoMoreThanItHadRoomFor) {
+TEST_P(ProcessSamplerTest, TakesNoMoreThanItHadRoomFor) {
   processes.add(10, "/bin/a");
   processes.bytesWritten = 4000;
   EXPECT_EQ(sampledPids(), Pids{10});
 }
 
-TEST_F(ProcessSamplerTest, LeavesNoSpareRoomForProcessesThatStartMeanwhile) {
+TEST_P(ProcessSamplerTest, LeavesNoSpareRoomForProcessesThatStartMeanwhile) {
   processes.add(10, "/bin/a");
   processes.add(11, "/bin/b");
   processes.bytesNeeded = 7;
@@ -127,21 +156,21 @@ TEST_F(ProcessSamplerTest, LeavesNoSpareRoomForProcessesThatStartMeanwhile) {
   EXPECT_EQ(processes.bufferLengths, std::vector<std::size_t>{1});
 }
 
-TEST_F(ProcessSamplerTest, KeepsTheKernelsOrder) {
+TEST_P(ProcessSamplerTest, KeepsTheKernelsOrder) {
   processes.add(30, "/bin/c");
   processes.add(10, "/bin/a");
   processes.add(20, "/bin/b");
   EXPECT_EQ(sampledPids(), (Pids{30, 10, 20}));
 }
 
-TEST_F(ProcessSamplerTest, AsksForTheApplicationsBeforeTheProcesses) {
+TEST_P(ProcessSamplerTest, AsksForTheApplicationsBeforeTheProcesses) {
   sampler.sample();
-  EXPECT_EQ(calls->all(), (std::vector<std::string>{"list applications", "list processes"}));
+  EXPECT_EQ(fakes.calls->all(), (std::vector<std::string>{"list applications", "list processes"}));
 }
 
 // Which processes are left out.
 
-TEST_F(ProcessSamplerTest, SkipsAProcessWhoseCountersAreRefusedWithoutAskingForItsPath) {
+TEST_P(ProcessSamplerTest, SkipsAProcessWhoseCountersAreRefusedWithoutAskingForItsPath) {
   processes.add(10, "/bin/a").readable = false;
   processes.add(11, "/bin/b");
   EXPECT_EQ(sampledPids(), Pids{11});
@@ -149,7 +178,7 @@ TEST_F(ProcessSamplerTest, SkipsAProcessWhoseCountersAreRefusedWithoutAskingForI
   EXPECT_EQ(processes.pathAsked, Pids{11});
 }
 
-TEST_F(ProcessSamplerTest, ASkippedProcessLeavesNothingBehindInItsNeighbour) {
+TEST_F(ProcessSamplerAlone, ASkippedProcessLeavesNothingBehindInItsNeighbour) {
   processes.add(10, "/bin/a").usage = {7, 0, 7, 0};
   processes.add(11, "/bin/b");
   applications.add(10, "com.a", "A");
@@ -164,12 +193,12 @@ TEST_F(ProcessSamplerTest, ASkippedProcessLeavesNothingBehindInItsNeighbour) {
   EXPECT_EQ(snapshot[0].diskBytes, 0U);
 }
 
-TEST_F(ProcessSamplerTest, LeavesOutABackgroundProcessWhosePathCannotBeRead) {
+TEST_P(ProcessSamplerTest, LeavesOutABackgroundProcessWhosePathCannotBeRead) {
   processes.add(10, std::nullopt);
   EXPECT_TRUE(sampler.sample().empty());
 }
 
-TEST_F(ProcessSamplerTest, NamesAnApplicationWhosePathCannotBeReadByItsLocalizedName) {
+TEST_P(ProcessSamplerTest, NamesAnApplicationWhosePathCannotBeReadByItsLocalizedName) {
   processes.add(10, std::nullopt);
   applications.add(10, "com.example.film", "Film Maker");
   const std::vector<RawSample>& snapshot = sampler.sample();
@@ -179,7 +208,7 @@ TEST_F(ProcessSamplerTest, NamesAnApplicationWhosePathCannotBeReadByItsLocalized
   EXPECT_EQ(snapshot[0].bundleID, "com.example.film");
 }
 
-TEST_F(ProcessSamplerTest, LeavesOutAnApplicationWithNeitherPathNorName) {
+TEST_P(ProcessSamplerTest, LeavesOutAnApplicationWithNeitherPathNorName) {
   processes.add(10, std::nullopt);
   applications.add(10, "com.example.film", std::nullopt);
   EXPECT_TRUE(sampler.sample().empty());
@@ -187,50 +216,50 @@ TEST_F(ProcessSamplerTest, LeavesOutAnApplicationWithNeitherPathNorName) {
 
 // Names.
 
-TEST_F(ProcessSamplerTest, NamesAProcessAfterItsBundle) {
+TEST_P(ProcessSamplerTest, NamesAProcessAfterItsBundle) {
   EXPECT_EQ(nameFor("/Applications/Foo Bar.app/Contents/MacOS/foo"), "Foo Bar");
   EXPECT_EQ(nameFor("/x.app/y"), "x");
 }
 
-TEST_F(ProcessSamplerTest, NamesAProcessOutsideABundleAfterItsFile) {
+TEST_P(ProcessSamplerTest, NamesAProcessOutsideABundleAfterItsFile) {
   EXPECT_EQ(nameFor("/usr/sbin/bar"), "bar");
   EXPECT_EQ(nameFor("bar"), "bar");
 }
 
-TEST_F(ProcessSamplerTest, NamesANestedHelperAfterTheInnermostBundle) {
+TEST_P(ProcessSamplerTest, NamesANestedHelperAfterTheInnermostBundle) {
   EXPECT_EQ(
       nameFor("/Applications/Outer.app/Contents/Frameworks/Inner Helper.app/Contents/MacOS/x"),
       "Inner Helper");
 }
 
-TEST_F(ProcessSamplerTest, TakesNothingElseForABundle) {
+TEST_P(ProcessSamplerTest, TakesNothingElseForABundle) {
   EXPECT_EQ(nameFor("/opt/tool.apple/run"), "run");
   EXPECT_EQ(nameFor("/opt/Tool.APP/run"), "run");
   EXPECT_EQ(nameFor("/opt/tool.app"), "tool.app");
 }
 
-TEST_F(ProcessSamplerTest, NamesAProcessAfterItsFileWhereTheBundleHasNoName) {
+TEST_P(ProcessSamplerTest, NamesAProcessAfterItsFileWhereTheBundleHasNoName) {
   EXPECT_EQ(nameFor("/.app/y"), "y");
   EXPECT_EQ(nameFor(".app/y"), "y");
 }
 
-TEST_F(ProcessSamplerTest, IgnoresEmptyPiecesOfAPath) {
+TEST_P(ProcessSamplerTest, IgnoresEmptyPiecesOfAPath) {
   EXPECT_EQ(nameFor("//opt//Tool.app//x"), "Tool");
   EXPECT_EQ(nameFor("/opt/Outer/.app/x"), "Outer");
   EXPECT_EQ(nameFor("/usr/bin/bar//"), "bar");
 }
 
-TEST_F(ProcessSamplerTest, NamesTheRootFolderWithASlash) {
+TEST_P(ProcessSamplerTest, NamesTheRootFolderWithASlash) {
   EXPECT_EQ(nameFor("/"), "/");
   EXPECT_EQ(nameFor("//"), "/");
 }
 
-TEST_F(ProcessSamplerTest, ReadsAPathThatFillsTheWholeBuffer) {
+TEST_P(ProcessSamplerTest, ReadsAPathThatFillsTheWholeBuffer) {
   const std::string longName(4000, 'n');
   EXPECT_EQ(nameFor("/opt/" + longName), longName);
 }
 
-TEST_F(ProcessSamplerTest, FallsBackToTheExecutableNameForDisplay) {
+TEST_P(ProcessSamplerTest, FallsBackToTheExecutableNameForDisplay) {
   processes.add(10, "/opt/bin/film");
   applications.add(10, "com.example.film", std::nullopt);
   const std::vector<RawSample>& snapshot = sampler.sample();
@@ -239,7 +268,7 @@ TEST_F(ProcessSamplerTest, FallsBackToTheExecutableNameForDisplay) {
   EXPECT_EQ(snapshot[0].bundleID, "com.example.film");
 }
 
-TEST_F(ProcessSamplerTest, ShowsAnEmptyLocalizedNameAsItIs) {
+TEST_P(ProcessSamplerTest, ShowsAnEmptyLocalizedNameAsItIs) {
   processes.add(10, "/opt/bin/film");
   applications.add(10, "com.example.film", "");
   const std::vector<RawSample>& snapshot = sampler.sample();
@@ -248,7 +277,7 @@ TEST_F(ProcessSamplerTest, ShowsAnEmptyLocalizedNameAsItIs) {
   EXPECT_EQ(snapshot[0].displayName, "");
 }
 
-TEST_F(ProcessSamplerTest, LeavesOutAnApplicationWithoutAPathWhoseNameIsEmpty) {
+TEST_P(ProcessSamplerTest, LeavesOutAnApplicationWithoutAPathWhoseNameIsEmpty) {
   processes.add(10, std::nullopt);
   applications.add(10, "com.example.film", "");
   EXPECT_TRUE(sampler.sample().empty());
@@ -256,7 +285,7 @@ TEST_F(ProcessSamplerTest, LeavesOutAnApplicationWithoutAPathWhoseNameIsEmpty) {
 
 // The applications.
 
-TEST_F(ProcessSamplerTest, LetsALaterApplicationWithTheSameIdentifierReplaceAnEarlierOne) {
+TEST_P(ProcessSamplerTest, LetsALaterApplicationWithTheSameIdentifierReplaceAnEarlierOne) {
   processes.add(10, "/bin/a");
   processes.add(20, "/bin/b");
   applications.add(20, "com.b", "B");
@@ -268,7 +297,7 @@ TEST_F(ProcessSamplerTest, LetsALaterApplicationWithTheSameIdentifierReplaceAnEa
   EXPECT_EQ(snapshot[1].bundleID, "com.b");
 }
 
-TEST_F(ProcessSamplerTest, TakesTheLastOfManyApplicationsWithTheSameIdentifier) {
+TEST_P(ProcessSamplerTest, TakesTheLastOfManyApplicationsWithTheSameIdentifier) {
   processes.add(10, "/bin/a");
   applications.add(20, "com.b", "B");
   for (int number = 0; number < 100; ++number)
@@ -276,7 +305,7 @@ TEST_F(ProcessSamplerTest, TakesTheLastOfManyApplicationsWithTheSameIdentifier) 
   EXPECT_EQ(sampler.sample().at(0).bundleID, "com.99");
 }
 
-TEST_F(ProcessSamplerTest, ForgetsApplicationsThatEnded) {
+TEST_P(ProcessSamplerTest, ForgetsApplicationsThatEnded) {
   processes.add(10, "/bin/a");
   applications.add(10, "com.a", "A");
   EXPECT_EQ(sampler.sample().at(0).bundleID, "com.a");
@@ -285,7 +314,7 @@ TEST_F(ProcessSamplerTest, ForgetsApplicationsThatEnded) {
   EXPECT_EQ(sampler.sample().at(0).displayName, "a");
 }
 
-TEST_F(ProcessSamplerTest, AsksOnlyApplicationsWithAProcessForTheirProperties) {
+TEST_P(ProcessSamplerTest, AsksOnlyApplicationsWithAProcessForTheirProperties) {
   processes.add(10, "/bin/a");
   processes.add(12, "/bin/refused").readable = false;
   applications.add(11, "com.gone", "Gone");
@@ -296,28 +325,28 @@ TEST_F(ProcessSamplerTest, AsksOnlyApplicationsWithAProcessForTheirProperties) {
 
 // Counters.
 
-TEST_F(ProcessSamplerTest, ConvertsThreeTicksOf125ThirdsTo125Nanoseconds) {
+TEST_P(ProcessSamplerTest, ConvertsThreeTicksOf125ThirdsTo125Nanoseconds) {
   processes.units = {125, 3};
   processes.add(10, "/bin/a").usage.userTime = 3;
   EXPECT_EQ(sampler.sample().at(0).cpuNanos, 125U);
 }
 
-TEST_F(ProcessSamplerTest, ConvertsFourTicksOf125ThirdsTo166Nanoseconds) {
+TEST_P(ProcessSamplerTest, ConvertsFourTicksOf125ThirdsTo166Nanoseconds) {
   processes.units = {125, 3};
   processes.add(10, "/bin/a").usage = {3, 1, 0, 0};
   EXPECT_EQ(sampler.sample().at(0).cpuNanos, 166U);
 }
 
-TEST_F(ProcessSamplerTest, StaysExactWhereTheProductWouldNotFit64Bits) {
+TEST_P(ProcessSamplerTest, StaysExactWhereTheProductWouldNotFit64Bits) {
   EXPECT_EQ(ProcessSampler::nanoseconds(400'000'000'000'000'000U, {125, 3}),
             16'666'666'666'666'666'666U);
 }
 
-TEST_F(ProcessSamplerTest, ConvertsClockTicksOfAHundredthOfASecond) {
+TEST_P(ProcessSamplerTest, ConvertsClockTicksOfAHundredthOfASecond) {
   EXPECT_EQ(ProcessSampler::nanoseconds(250, {1'000'000'000, 100}), 2'500'000'000U);
 }
 
-TEST_F(ProcessSamplerTest, AsksForTheTimeBaseOnce) {
+TEST_F(ProcessSamplerAlone, AsksForTheTimeBaseOnce) {
   processes.add(10, "/bin/a");
   processes.add(11, "/bin/b");
   sampler.sample();
@@ -325,19 +354,69 @@ TEST_F(ProcessSamplerTest, AsksForTheTimeBaseOnce) {
   EXPECT_EQ(processes.timebaseAsked, 1);
 }
 
-TEST_F(ProcessSamplerTest, DoesNotAskForTheTimeBaseBeforeItIsNeeded) {
+TEST_F(ProcessSamplerAlone, DoesNotAskForTheTimeBaseBeforeItIsNeeded) {
   sampler.sample();
   EXPECT_EQ(processes.timebaseAsked, 0);
 }
 
-TEST_F(ProcessSamplerTest, WrapsTheSumOfTheTwoTimes) {
+TEST_P(ProcessSamplerTest, WrapsTheSumOfTheTwoTimes) {
   processes.add(10, "/bin/a").usage = {kLargestCounter, 3, 0, 0};
   EXPECT_EQ(sampler.sample().at(0).cpuNanos, 2U);
 }
 
-TEST_F(ProcessSamplerTest, WrapsTheSumOfTheDiskBytes) {
+TEST_P(ProcessSamplerTest, WrapsTheSumOfTheDiskBytes) {
   processes.add(10, "/bin/a").usage = {0, 0, 5, kLargestCounter};
   EXPECT_EQ(sampler.sample().at(0).diskBytes, 4U);
+}
+
+// What the table that ships makes otherwise: what was seen of a process is not lost.
+
+class ProcessSamplerThatCountsWhole : public SampledPorts {
+ protected:
+  ProcessSamplerThatCountsWhole() : SampledPorts(Composition::shipped) {}
+
+  const RawSample* sampleOf(const std::string& executable) {
+    fakes.clock.advance(std::chrono::seconds(2));
+    const std::vector<RawSample>& snapshot = sampler.sample();
+    const auto found = std::ranges::find(snapshot, executable, &RawSample::executable);
+    return found == snapshot.end() ? nullptr : &*found;
+  }
+};
+
+TEST_F(ProcessSamplerThatCountsWhole, AProcessThatTheListLeftOutIsThereAsLongAsItLives) {
+  processes.add(10, "/bin/a").usage.userTime = 7;
+  sampler.sample();
+  processes.bytesWritten = 0;
+  const RawSample* sample = sampleOf("a");
+  ASSERT_TRUE(sample);
+  EXPECT_EQ(sample->cpuNanos, 7U);
+}
+
+TEST_F(ProcessSamplerThatCountsWhole, AProcessThatMayNoLongerBeReadKeepsWhatItHad) {
+  processes.add(10, "/bin/a").usage = {7, 0, 9, 0};
+  sampler.sample();
+  processes.at(10).readable = false;
+  const RawSample* sample = sampleOf("a");
+  ASSERT_TRUE(sample);
+  EXPECT_EQ(sample->pid, 10);
+  EXPECT_EQ(sample->cpuNanos, 7U);
+  EXPECT_EQ(sample->diskBytes, 9U);
+}
+
+TEST_F(ProcessSamplerThatCountsWhole, AnEndedProcessIsThereOnceMoreUnderANumberThatNoneHas) {
+  processes.add(10, "/bin/a").usage = {7, 0, 9, 0};
+  applications.add(10, "com.a", "A");
+  sampler.sample();
+  processes.remove(10);
+  applications.clear();
+  const RawSample* sample = sampleOf("a");
+  ASSERT_TRUE(sample);
+  EXPECT_GT(sample->pid, UsageAccounts::kFirstIdentifier);
+  EXPECT_EQ(sample->bundleID, "com.a");
+  EXPECT_EQ(sample->displayName, "A");
+  EXPECT_EQ(sample->cpuNanos, 7U);
+  EXPECT_EQ(sample->diskBytes, 9U);
+  EXPECT_FALSE(sampleOf("a"));
 }
 
 TEST(ProcessSamplerDeathTest, EndsTheProcessWhenTheTimeOverflows) {

@@ -18,10 +18,7 @@ class UsageAccountsTest : public testing::Test {
     return account;
   }
 
-  void passes(int count) {
-    for (int pass = 0; pass < count; ++pass)
-      accounts.nextPass();
-  }
+  void nextPass() { accounts.nextPass(); }
 
   [[nodiscard]] Usage sum() const {
     Usage all;
@@ -108,100 +105,75 @@ TEST_F(UsageAccountsTest, AddsNothingToAnAccountThatIsNotThere) {
 
 // Folding.
 
-TEST_F(UsageAccountsTest, FoldsAnAccountThatHasNotGrownForFiveMinutes) {
-  const auto old = use("old", {3, 30});
-  passes(149);
-  accounts.fold({});
-  EXPECT_NE(accounts.find(old), nullptr);
-  passes(1);
-  const auto late = use("late", {4, 40});
-  accounts.fold({});
-  EXPECT_EQ(accounts.find(old), nullptr);
-  EXPECT_EQ(accounts.find(late)->usage, (Usage{4, 40}));
+TEST_F(UsageAccountsTest, FoldsAnAccountUnderWhoseNameNothingRunsOnceItDoesNotGrow) {
+  const auto account = use("tool", {3, 30});
+  accounts.fold();
+  EXPECT_EQ(accounts.find(account)->usage, (Usage{3, 30})) << "it has grown on this pass";
+  nextPass();
+  use("tool", {4, 40});
+  accounts.fold();
+  EXPECT_EQ(accounts.find(account)->usage, (Usage{7, 70}));
+  nextPass();
+  accounts.fold();
+  EXPECT_EQ(accounts.find(account), nullptr);
 }
 
 TEST_F(UsageAccountsTest, WhatIsFoldedStaysInTheSumWithoutAName) {
   use("first", {3, 30});
   use("second", {5, 50});
-  passes(150);
+  nextPass();
   use("third", {7, 70});
-  accounts.fold({});
+  accounts.fold();
   EXPECT_EQ(sum(), (Usage{15, 150}));
   EXPECT_EQ(listedKeys(), (Keys{"", "third"}));
+  EXPECT_EQ(accounts.listedCount(), 2u);
   EXPECT_EQ(accounts.find(UsageAccounts::kFolded)->usage, (Usage{8, 80}));
-  passes(150);
-  accounts.fold({});
+  nextPass();
+  accounts.fold();
+  nextPass();
+  accounts.fold();
   EXPECT_EQ(listedKeys(), Keys{""}) << "which is never folded itself";
+  EXPECT_EQ(accounts.listedCount(), 1u);
   EXPECT_EQ(sum(), (Usage{15, 150}));
 }
 
 TEST_F(UsageAccountsTest, KeepsTheAccountOfANameUnderWhichSomethingRuns) {
   const auto daemon = use("daemon", {3, 30});
-  passes(1000);
-  accounts.fold({{"daemon", true}});
+  for (int pass = 0; pass < 1000; ++pass) {
+    nextPass();
+    accounts.noteLife(daemon);
+    accounts.fold();
+  }
   EXPECT_EQ(accounts.find(daemon)->usage, (Usage{3, 30}));
   EXPECT_EQ(listedKeys(), Keys{"daemon"}) << "there is nothing to fold";
 }
 
 TEST_F(UsageAccountsTest, DropsAnAccountThatWasNeverUsedOnceNothingRunsUnderIt) {
+  nextPass();
   const auto account = accounts.reserve("/bin/idle", nullptr);
-  accounts.fold({{"idle", true}});
+  accounts.noteLife(account);
+  accounts.fold();
   EXPECT_NE(accounts.find(account), nullptr);
-  accounts.fold({});
+  nextPass();
+  accounts.fold();
   EXPECT_EQ(accounts.find(account), nullptr);
+  EXPECT_EQ(accounts.listedCount(), 0u);
+}
+
+TEST_F(UsageAccountsTest, NotesNoLifeInAnAccountThatIsNotThere) {
+  accounts.noteLife(0);
+  accounts.noteLife(UsageAccounts::kFirstIdentifier + 9);
+  EXPECT_EQ(accounts.find(0), nullptr);
 }
 
 TEST_F(UsageAccountsTest, ANameThatComesBackAfterItWasFoldedBeginsAtNothing) {
   const auto former = use("job", {3, 30});
-  passes(150);
-  accounts.fold({});
+  nextPass();
+  accounts.fold();
   const auto account = use("job", {1, 10});
   EXPECT_NE(account, former);
   EXPECT_EQ(accounts.find(account)->usage, (Usage{1, 10}));
   EXPECT_EQ(sum(), (Usage{4, 40}));
-}
-
-TEST_F(UsageAccountsTest, OfTooManyThoseThatGrewLongestAgoAreFolded) {
-  for (int number = 0; number < 300; ++number) {
-    use("job" + std::to_string(number), {1, 10});
-    if (number % 100 == 99) passes(1);
-  }
-  use("job0", {1, 10});
-  EXPECT_TRUE(accounts.isCrowded());
-  accounts.fold({});
-  EXPECT_FALSE(accounts.isCrowded());
-  EXPECT_EQ(accounts.listedCount(), 257u) << "256 and that of what was folded";
-  EXPECT_EQ(sum(), (Usage{301, 3010}));
-  const Keys keys = listedKeys();
-  EXPECT_EQ(keys.at(1), "job0") << "it has just grown again";
-  EXPECT_EQ(keys.at(2), "job45") << "44 others had to go";
-  EXPECT_EQ(keys.back(), "job299");
-}
-
-TEST_F(UsageAccountsTest, OfTooManyThoseOfRunningProgramsStay) {
-  TextMap<bool> live;
-  for (int number = 0; number < 300; ++number) {
-    const std::string name = "job" + std::to_string(number);
-    use(name, {1, 10});
-    if (number < 290) live.emplace(name, true);
-  }
-  accounts.fold(live);
-  EXPECT_EQ(accounts.listedCount(), 291u);
-  EXPECT_EQ(accounts.find(UsageAccounts::kFolded)->usage, (Usage{10, 100}));
-  EXPECT_EQ(sum(), (Usage{300, 3000}));
-}
-
-TEST_F(UsageAccountsTest, IsCrowdedAfterTwoMinutesOrWithTooMany) {
-  passes(59);
-  for (int number = 0; number < 256; ++number)
-    use("job" + std::to_string(number), {});
-  EXPECT_FALSE(accounts.isCrowded());
-  use("another", {});
-  EXPECT_TRUE(accounts.isCrowded());
-  accounts.fold({});
-  EXPECT_FALSE(accounts.isCrowded());
-  passes(60);
-  EXPECT_TRUE(accounts.isCrowded());
 }
 
 // Parts.

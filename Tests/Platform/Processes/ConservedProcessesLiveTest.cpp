@@ -41,7 +41,7 @@ class NoRunningApplications : public ApplicationResolver, public tidewell::Runni
 };
 
 /// A driver that starts one worker after the other, all under a name that nobody else has, and then
-/// waits.
+/// stands still: so the name has not ended.
 class Driver {
  public:
   /// Each worker counts up to `steps`.
@@ -53,7 +53,7 @@ class Driver {
         "j=0; while [ $j -lt " + std::to_string(steps) + " ]; do j=$((j+1)); done";
     const std::string script = "i=0; while [ $i -lt " + std::to_string(workers) +
                                " ]; do \"$0\" -c '" + work +
-                               "'; i=$((i+1)); done; echo; exec sleep 1000";
+                               "'; i=$((i+1)); done; echo; kill -STOP $$";
     pid_ = fork();
     if (pid_ == 0) {
       prctl(PR_SET_PDEATHSIG, SIGKILL);
