@@ -2,6 +2,8 @@
 
 #include <vector>
 
+#include "Tests/Campaign/VirtualTime.h"
+
 namespace staylit::campaign {
 
 std::span<const Campaign> campaigns() {
@@ -21,6 +23,11 @@ std::span<const Campaign> campaigns() {
        "the locks unchanged, the program answers, memory +1 MB at most", forgedMessages},
       {"several-staylits", "two or three of different sessions on one system bus, and one work",
        "all let go after the work", severalStaylits},
+      {"virtual-time",
+       "random machines live for 10,000 h awake: work, pauses, sleeps, late ticks, batteries, "
+       "requests, edits, a clock that is set",
+       "status, holds, lists and log are those of a second, naive account of the rules",
+       virtualTime},
   };
   return all;
 }
