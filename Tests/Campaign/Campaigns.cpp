@@ -31,6 +31,14 @@ std::span<const Campaign> campaigns() {
        "requests, edits, a clock that is set",
        "status, holds, lists and log are those of a second, naive account of the rules",
        virtualTime},
+      {"restarts",
+       "logind (with its memory and without), both buses, session manager, power service, UPower "
+       "and watcher are restarted at random phases of a tick, 100 times each",
+       "held again within 10 s; never two holds left", restarts},
+      {"stops",
+       "Staylit, logind and each bus are stopped for 1 to 300 s and continued, 50 times each, and "
+       "something changes meanwhile",
+       "the right state within two ticks", stops},
   };
   return all;
 }

@@ -14,5 +14,7 @@ Outcome hostileNames(Effort effort);
 Outcome damagedMessages(Effort effort);
 Outcome forgedMessages(Effort effort);
 Outcome severalStaylits(Effort effort);
+Outcome restarts(Effort effort);
+Outcome stops(Effort effort);
 
 }  // namespace staylit::campaign

@@ -1,0 +1,201 @@
+#include <algorithm>
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <random>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "Tests/Campaign/Campaigns.h"
+#include "Tests/EndToEnd/OwnMachine.h"
+#include "Tests/Platform/Support/BusService.h"
+#include "Tests/Platform/Support/FakePropertyService.h"
+#include "Tests/Platform/Support/FakeSessionService.h"
+
+namespace staylit::campaign {
+namespace {
+
+using namespace std::chrono_literals;
+using platform::testing::BusService;
+using platform::testing::FakePropertyService;
+using platform::testing::FakeSessionService;
+using testing::ChildProgram;
+using testing::OwnMachine;
+using Steady = std::chrono::steady_clock;
+
+constexpr auto kHeldAgainLimit = 10s;
+constexpr const char* kWatcherName = "org.kde.StatusNotifierWatcher";
+
+/// A service that the campaign can end and start.
+struct Restartable {
+  std::string name;
+  std::function<void()> stop;
+  std::function<void()> start;
+};
+
+/// The real program holds, with logind and a session manager or a power service, while one after
+/// the other of what it talks to is restarted.
+class Restarts {
+ public:
+  explicit Restarts(Effort effort) : effort_(effort) {}
+
+  bool begin() { return machine_.begin(); }
+
+  Outcome run() {
+    // The grace of a start is hold enough.
+    machine_.writeSettings("graceSeconds = 600\ncpuThresholdPercent = 1e9\n");
+    for (const Restartable& part : parts())
+      restartAgainAndAgain(part);
+    outcome_.measured = "longest until the hold was there once and everywhere " +
+                        std::to_string(longest_.count()) + " ms";
+    return outcome_;
+  }
+
+ private:
+  std::vector<Restartable> parts() {
+    const auto stopLogind = [this] { machine_.logind->stop(); };
+    const auto startLogind = [this] { machine_.logind->start(); };
+    return {
+        {"logind", stopLogind, startLogind},
+        {"logind without a memory",
+         [=, this] {
+           stopLogind();
+           machine_.logind->forget();
+         },
+         startLogind},
+        {"the system bus",
+         [=, this] {
+           upower_.reset();
+           stopLogind();
+           machine_.systemDaemon->stop();
+         },
+         [=, this] {
+           machine_.systemDaemon->start();
+           startLogind();
+           startUPower();
+         }},
+        {"the session bus",
+         [this] {
+           endSessionServices();
+           machine_.sessionDaemon->stop();
+         },
+         [this] {
+           machine_.sessionDaemon->start();
+           startSessionServices();
+         }},
+        {"the session manager", [this] { manager_.reset(); }, [this] { startManager(); }},
+        {"the power service", [this] { power_.reset(); }, [this] { startPower(); }},
+        {"UPower", [this] { upower_.reset(); }, [this] { startUPower(); }},
+        {"the watcher", [this] { watcher_.reset(); }, [this] { startWatcher(); }},
+    };
+  }
+
+  void restartAgainAndAgain(const Restartable& part) {
+    hasManager_ = part.name != "the power service";
+    startSessionServices();
+    startUPower();
+    // A start holds for ten minutes only.
+    const int starts = effort_.quick ? 1 : 5;
+    for (int start = 0; start < starts; ++start) {
+      const ChildProgram staylit = machine_.start();
+      waitForTheHold(part.name + ": before the first restart", 20s);
+      for (int number = 0; number < (effort_.quick ? 1 : 20); ++number)
+        restart(part);
+    }
+    endSessionServices();
+    upower_.reset();
+  }
+
+  void restart(const Restartable& part) {
+    ++outcome_.runs;
+    // At any phase of a tick.
+    std::this_thread::sleep_for(randomTime(effort_.quick ? 300 : 2000));
+    part.stop();
+    std::this_thread::sleep_for(randomTime(300));
+    part.start();
+    const auto begin = Steady::now();
+    waitForTheHold(part.name, kHeldAgainLimit);
+    longest_ = std::max(
+        longest_, std::chrono::duration_cast<std::chrono::milliseconds>(Steady::now() - begin));
+    std::this_thread::sleep_for(100ms);
+    if (const std::string state = holds(); state != kOnce)
+      outcome_.findings.push_back(part.name + ": a moment later there are " + state);
+  }
+
+  void waitForTheHold(const std::string& what, std::chrono::seconds limit) {
+    if (OwnMachine::eventually([this] { return holds() == kOnce; }, limit)) return;
+    outcome_.findings.push_back(what + ": after " + std::to_string(limit.count()) +
+                                " s there are " + holds());
+  }
+
+  /// How many holds each of the two lists.
+  std::string holds() {
+    const auto listed = machine_.inhibitors();
+    if (!listed) return "no answers of logind";
+    const auto locks = std::ranges::count_if(*listed, [](const std::string& lock) {
+      return lock.starts_with("idle|Staylit|") && lock.ends_with("|block");
+    });
+    FakeSessionService* session = hasManager_ ? manager_.get() : power_.get();
+    return std::to_string(locks) + " locks and " +
+           std::to_string(session ? session->held().size() : 0) + " cookies";
+  }
+  static constexpr const char* kOnce = "1 locks and 1 cookies";
+
+  std::chrono::milliseconds randomTime(int longest) {
+    return std::chrono::milliseconds(std::uniform_int_distribution(0, longest)(random_));
+  }
+
+  void startSessionServices() {
+    if (hasManager_) startManager();
+    startPower();
+    startWatcher();
+  }
+  void endSessionServices() {
+    manager_.reset();
+    power_.reset();
+    watcher_.reset();
+  }
+  void startManager() {
+    manager_ = std::make_unique<FakeSessionService>(machine_.sessionDaemon->address(),
+                                                    "org.gnome.SessionManager");
+  }
+  void startPower() {
+    power_ = std::make_unique<FakeSessionService>(machine_.sessionDaemon->address(),
+                                                  "org.freedesktop.PowerManagement");
+  }
+  void startWatcher() {
+    watcher_ = std::make_unique<BusService>(
+        machine_.sessionDaemon->address(), std::vector<std::string>{kWatcherName},
+        [](sd_bus_message* call) { sd_bus_reply_method_return(call, ""); });
+  }
+  void startUPower() {
+    upower_ = std::make_unique<FakePropertyService>(machine_.systemDaemon->address(),
+                                                    "org.freedesktop.UPower");
+    upower_->set("/org/freedesktop/UPower", "org.freedesktop.UPower", {{"OnBattery", false}});
+  }
+
+  Effort effort_;
+  OwnMachine machine_;
+  Outcome outcome_;
+  std::mt19937 random_{1};
+  std::chrono::milliseconds longest_{0};
+  /// Where there is a session manager, the power service is not asked.
+  bool hasManager_ = true;
+  std::unique_ptr<FakeSessionService> manager_;
+  std::unique_ptr<FakeSessionService> power_;
+  std::unique_ptr<FakePropertyService> upower_;
+  std::unique_ptr<BusService> watcher_;
+};
+
+}  // namespace
+
+Outcome restarts(Effort effort) {
+  if (const auto obstacle = OwnMachine::obstacle()) return notPossible(*obstacle);
+  Restarts campaign(effort);
+  if (!campaign.begin()) return notPossible("logind does not answer");
+  return campaign.run();
+}
+
+}  // namespace staylit::campaign
