@@ -39,6 +39,10 @@ std::span<const Campaign> campaigns() {
        "Staylit, logind and each bus are stopped for 1 to 300 s and continued, 50 times each, and "
        "something changes meanwhile",
        "the right state within two ticks", stops},
+      {"settings-file", "a writer is killed, two write at once, a person edits meanwhile",
+       "nothing that was stored is lost, the file is whole", settingsFiles},
+      {"failing-calls", "a system call fails: each of its kind's 1st to 50th calls",
+       "no crash, settings whole, no false hold", failingCalls},
   };
   return all;
 }

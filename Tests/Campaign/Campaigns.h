@@ -16,5 +16,7 @@ Outcome forgedMessages(Effort effort);
 Outcome severalStaylits(Effort effort);
 Outcome restarts(Effort effort);
 Outcome stops(Effort effort);
+Outcome settingsFiles(Effort effort);
+Outcome failingCalls(Effort effort);
 
 }  // namespace staylit::campaign
