@@ -16,8 +16,8 @@ using testing::ChildProgram;
 using testing::OwnMachine;
 using testing::ScopedEnvironment;
 
-constexpr const char* kWorking = "Aider is working";
-constexpr const char* kWaiting = "waiting for work to resume";
+constexpr const char* kAllWork = "Aider is working";
+constexpr const char* kAllWait = "waiting for work to resume";
 
 class SeveralStaylits {
  public:
@@ -46,11 +46,11 @@ class SeveralStaylits {
     std::vector<ChildProgram> staylits;
     for (std::size_t number = 0; number < count; ++number)
       staylits.push_back(machine_.start());
-    allSay(kWorking, count, 60s);
+    allSay(kAllWork, count, 60s);
     worker.kill();
     std::filesystem::remove(machine_.folder.path() / "aider");
     const auto begin = std::chrono::steady_clock::now();
-    allSay(kWaiting, count, 30s);
+    allSay(kAllWait, count, 30s);
     if (effort_.quick) return staysSo(count);
     if (!OwnMachine::eventually([this] { return machine_.holdReasons().empty(); }, 120s)) {
       outcome_.findings.push_back(std::to_string(count) +
@@ -76,7 +76,7 @@ class SeveralStaylits {
 
   /// For as long as each needs to have looked at the others' holds.
   void staysSo(std::size_t count) {
-    const std::vector<std::string> wanted(count, kWaiting);
+    const std::vector<std::string> wanted(count, kAllWait);
     const auto differs = [&] { return machine_.holdReasons() != wanted; };
     if (OwnMachine::eventually(differs, 5s))
       outcome_.findings.emplace_back("one counts another's hold as work");
