@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <ctime>
 #include <span>
 #include <utility>
 
@@ -16,6 +17,8 @@ constexpr auto kScanInterval = 30s;
 /// With more new identifiers than this, listing the folder is cheaper than asking for each.
 constexpr std::int32_t kMostProbes = 4096;
 constexpr std::size_t kLooks = 2;
+/// By then a process has joined its unit and become its program.
+constexpr auto kTimeToSettle = 10s;
 /// How many processes that are not known to have children are asked for them in one pass.
 constexpr std::size_t kMostSweeps = 64;
 /// Descriptors left to the rest of the program.
@@ -41,6 +44,13 @@ ProcessTracker::ProcessTracker(Sources sources)
       clocksWork_(sources_.clock.isAvailable()),
       ticksPerSecond_(sysconf(_SC_CLK_TCK)) {
   reader_.setMostKeptOpen(descriptorBudget());
+}
+
+std::uint64_t ProcessTracker::clockTicksSinceBoot() {
+  timespec time{};
+  clock_gettime(CLOCK_BOOTTIME, &time);
+  const auto perSecond = static_cast<std::uint64_t>(sysconf(_SC_CLK_TCK));
+  return static_cast<std::uint64_t>(time.tv_sec) * perSecond;
 }
 
 void ProcessTracker::refresh() {
@@ -233,8 +243,15 @@ void ProcessTracker::add(std::int32_t pid) {
   TrackedProcess process(pid);
   process.cpuTime = *time;
   if (!reader_.readAll(process)) return;
+  if (hasSettled(process)) process.looks = kLooks;
   newParents_.push_back(process.parentPid);
   processes_.push_back(std::move(process));
+}
+
+/// Whether a second look at a process would tell the same as the first.
+bool ProcessTracker::hasSettled(const TrackedProcess& process) const {
+  const auto ticks = static_cast<std::uint64_t>(kTimeToSettle.count() * ticksPerSecond_);
+  return process.startTicks + ticks < sources_.uptimeTicks();
 }
 
 /// Brings what `add` appended behind the first `known` processes into order.

@@ -38,7 +38,11 @@ class ProcessTracker {
     ApplicationResolver& applications;
     tidewell::Text& text;
     std::function<SteadyTime()> now = std::chrono::steady_clock::now;
+    /// Since the machine was started, as the kernel counts the start of a process.
+    std::function<std::uint64_t()> uptimeTicks = clockTicksSinceBoot;
   };
+
+  static std::uint64_t clockTicksSinceBoot();
 
   explicit ProcessTracker(Sources sources);
 
@@ -84,6 +88,7 @@ class ProcessTracker {
   void probeNew();
   [[nodiscard]] bool isAmongFirst(std::size_t count, std::int32_t pid) const;
   void add(std::int32_t pid);
+  [[nodiscard]] bool hasSettled(const TrackedProcess& process) const;
   void mergeNew(std::size_t known);
   TrackedProcess* findKnown(std::int32_t pid);
 

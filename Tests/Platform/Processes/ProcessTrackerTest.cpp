@@ -1,6 +1,7 @@
 #include "Platform/Linux/Processes/ProcessTracker.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <string>
@@ -39,7 +40,8 @@ class ProcessTrackerTest : public ::testing::Test {
   ProcessTracker& tracker() {
     if (!proc_) {
       proc_.emplace(tree.root());
-      tracker_.emplace(ProcessTracker::Sources{*proc_, tree, units, text, [this] { return now; }});
+      tracker_.emplace(ProcessTracker::Sources{*proc_, tree, units, text, [this] { return now; },
+                                               [this] { return uptimeTicks; }});
     }
     return *tracker_;
   }
@@ -58,6 +60,7 @@ class ProcessTrackerTest : public ::testing::Test {
   }
 
   ProcTree tree;
+  std::uint64_t uptimeTicks = 1000;  ///< The moment at which the processes of the tree start.
   UnitsByName units;
   IcuText text;
   ProcessTracker::SteadyTime now{};
@@ -183,6 +186,19 @@ TEST_F(ProcessTrackerTest, LooksAtTheUnitOfANewProcessOnASecondPass) {
   tracker().refresh();
   ASSERT_NE(process(4).application, nullptr);
   EXPECT_EQ(process(4).application->bundleIdentifier(), "player");
+}
+
+TEST_F(ProcessTrackerTest, LooksOnceAtAProcessThatWasThereForLong) {
+  uptimeTicks = 1000 + static_cast<std::uint64_t>(10 * sysconf(_SC_CLK_TCK));
+  tree.put({.pid = 4, .exe = "/usr/bin/a", .start = 999});
+  tree.put({.pid = 5, .exe = "/usr/bin/b", .start = 1000});
+  tree.setNewest(5);
+  tracker().refresh();
+  const std::uint32_t first = process(4).programVersion;
+  const std::uint32_t second = process(5).programVersion;
+  tracker().refresh();
+  EXPECT_EQ(process(4).programVersion, first);
+  EXPECT_EQ(process(5).programVersion, second + 1) << "ten seconds old";
 }
 
 TEST_F(ProcessTrackerTest, HandsTheResolverWhatItNeedsToKnow) {
