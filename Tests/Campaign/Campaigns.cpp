@@ -10,6 +10,12 @@ namespace staylit::campaign {
 std::span<const Campaign> campaigns() {
   static const std::vector<Campaign> all = {
       // name, what is done, what must hold, function
+      {"kill", "kill -9 at random moments: start, hold, release and rename",
+       "no lock left after 100 ms", killAtRandomMoments},
+      {"soak", "200 programs a second, each under a new name, and names that work and rest",
+       "memory +2 MB at most, no more descriptors", soak},
+      {"scale", "very many processes, names, sockets, inhibitors, desktop files",
+       "a tick of 100 ms at most, bounded memory", scale},
       {"displays",
        "a window asked for on silent, stopped and refusing displays, and on one that stops later",
        "the loop alive, the hold released within 5 s, no hold outlives a display", displays},

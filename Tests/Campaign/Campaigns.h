@@ -9,6 +9,10 @@ namespace staylit::campaign {
 /// All campaigns, in the order in which they are run and listed.
 std::span<const Campaign> campaigns();
 
+// The campaigns themselves, each in the file of its name.
+Outcome killAtRandomMoments(Effort effort);
+Outcome scale(Effort effort);
+Outcome soak(Effort effort);
 Outcome displays(Effort effort);
 Outcome hostileNames(Effort effort);
 Outcome damagedMessages(Effort effort);

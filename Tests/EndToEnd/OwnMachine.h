@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <sys/wait.h>
 
+#include <algorithm>
 #include <chrono>
 #include <csignal>
 #include <filesystem>
@@ -17,6 +18,7 @@
 
 #include "Platform/Linux/Bus/Bus.h"
 #include "Platform/Linux/Loop/EventLoop.h"
+#include "Platform/Linux/System/Descriptor.h"
 #include "Tests/Platform/Support/ChildProgram.h"
 #include "Tests/Platform/Support/PrivateBus.h"
 #include "Tests/Platform/Support/ProcessNamespace.h"
@@ -32,6 +34,20 @@ using platform::testing::ProcessNamespace;
 using platform::testing::RealLogind;
 using platform::testing::ScopedEnvironment;
 using platform::testing::TemporaryFolder;
+
+/// A lock of logind for as long as the descriptor is open; empty when there is none to be had.
+inline platform::Descriptor inhibit(platform::Bus& bus, const std::string& what,
+                                    const std::string& who, const std::string& why) {
+  const auto reply = bus.call({"org.freedesktop.login1", "/org/freedesktop/login1",
+                               "org.freedesktop.login1.Manager", "Inhibit"},
+                              [&](sd_bus_message* call) {
+                                return sd_bus_message_append(call, "ssss", what.c_str(),
+                                                             who.c_str(), why.c_str(), "block");
+                              });
+  int lock = -1;
+  if (!reply || sd_bus_message_read(reply.message.get(), "h", &lock) < 0) return {};
+  return platform::Descriptor(::fcntl(lock, F_DUPFD_CLOEXEC, 3));
+}
 
 /// A machine of its own: no processes but this program's, a system bus with the real logind, a
 /// session bus with nothing on it, and an empty settings folder. Programs that are started see no
@@ -77,6 +93,20 @@ class OwnMachine {
       all.push_back(std::string(what) + "|" + who + "|" + why + "|" + mode);
     }
     return all;
+  }
+
+  /// How many locks Staylit has, of whatever kind; absent while logind does not answer.
+  std::optional<std::size_t> locksOfStaylit() {
+    const auto all = inhibitors();
+    if (!all) return std::nullopt;
+    return static_cast<std::size_t>(std::ranges::count_if(
+        *all, [](const std::string& lock) { return lock.find("|Staylit|") != std::string::npos; }));
+  }
+
+  /// A lock of this program's own, for as long as the descriptor is open.
+  platform::Descriptor inhibit(const std::string& what, const std::string& who,
+                               const std::string& why) {
+    return testing::inhibit(bus_, what, who, why);
   }
 
   /// Why the Staylits hold the machine awake, one reason for each hold.
