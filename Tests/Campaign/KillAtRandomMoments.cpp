@@ -18,7 +18,7 @@ using std::chrono::microseconds;
 using testing::ChildProgram;
 using Steady = std::chrono::steady_clock;
 
-constexpr auto kLimit = 100ms;
+constexpr auto kMostUntilForgotten = 100ms;
 
 class Kills {
  public:
@@ -90,7 +90,7 @@ class Kills {
     // What logind answers to the third question after the limit it has thought about since.
     int lateAnswers = 0;
     while (locks() > 0 && lateAnswers < 3) {
-      if (Steady::now() - killed > kLimit) ++lateAnswers;
+      if (Steady::now() - killed > kMostUntilForgotten) ++lateAnswers;
     }
     longest_ = std::max(longest_, std::chrono::duration_cast<microseconds>(Steady::now() - killed));
     if (lateAnswers < 3) return;

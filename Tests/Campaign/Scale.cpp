@@ -75,7 +75,7 @@ std::vector<ChildProgram> keepers(int count, int most, const std::function<bool(
 }
 
 /// Half of `sockets` connected to the other half, with a few bytes moving all the time.
-std::vector<ChildProgram> connections(int sockets) {
+std::vector<ChildProgram> socketHolders(int sockets) {
   // Each child makes a server of its own, since a server has but so many ports to offer.
   std::optional<platform::LoopbackServer> server;
   std::vector<platform::Descriptor> ends;
@@ -94,7 +94,7 @@ std::vector<ChildProgram> connections(int sockets) {
 }
 
 /// Locks of logind, held by many processes.
-std::vector<ChildProgram> inhibitors(int count) {
+std::vector<ChildProgram> lockHolders(int count) {
   struct Connection {
     platform::EventLoop loop;
     platform::Bus bus{loop, platform::Bus::Kind::system};
@@ -113,17 +113,17 @@ std::vector<ChildProgram> inhibitors(int count) {
 }
 
 /// Processes under that many names, of which a tenth wakes ten times a second.
-std::vector<ChildProgram> processes(int count, int names, const std::filesystem::path& folder) {
-  std::vector<ChildProgram> processes;
+std::vector<ChildProgram> crowdOf(int count, int names, const std::filesystem::path& folder) {
+  std::vector<ChildProgram> crowd;
   std::filesystem::copy_file(WORKER_PROGRAM, folder / "name");
   for (int number = 0; number < count; ++number) {
     const std::string name = folder / ("name-" + std::to_string(number % names));
     std::error_code isThere;
     std::filesystem::create_hard_link(folder / "name", name, isThere);
     const std::string kind = number % 10 == 0 ? "wake" : "rest";
-    processes.emplace_back(std::vector<std::string>{name, kind});
+    crowd.emplace_back(std::vector<std::string>{name, kind});
   }
-  return processes;
+  return crowd;
 }
 
 /// A machine with very much of one thing, and what that costs the program.
@@ -194,21 +194,21 @@ class Scale {
       with([&](Crowded& crowded) {
         const int count = effort_.quick ? 400 : 10'000;
         const int names = count * namesOfThousand / 1000;
-        const auto crowd = processes(count, names, crowded.machine().folder.path());
+        const auto crowd = crowdOf(count, names, crowded.machine().folder.path());
         crowded.measure(std::to_string(count) + " processes of " + std::to_string(names) +
                         " names");
       });
     }
     with([this](Crowded& crowded) {
       const int count = effort_.quick ? 4000 : 100'000;
-      const auto holders = connections(count);
+      const auto holders = socketHolders(count);
       if (holders.empty()) outcome_.findings.emplace_back("this machine has not so many sockets");
       crowded.measure(std::to_string(count) + " sockets");
     });
     with([this](Crowded& crowded) {
       // As many as logind grants; the program itself wants two.
       const int count = effort_.quick ? 500 : 8190;
-      const auto holders = inhibitors(count);
+      const auto holders = lockHolders(count);
       if (holders.empty()) outcome_.findings.emplace_back("logind gives not so many locks");
       crowded.measure(std::to_string(count) + " inhibitors");
     });

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <fstream>
+#include <sstream>
 #include <string>
 
 #include "Platform/Linux/Processes/CpuClock.h"
@@ -37,6 +39,15 @@ TEST_F(MachineTest, TellsTheNewestProcessByItsNumberThere) {
   ASSERT_TRUE(newest);
   EXPECT_GE(*newest, worker.pid());
   EXPECT_LT(*newest, 100) << "numbers of another namespace";
+}
+
+TEST_F(MachineTest, HasNoNetworkButTheLoopback) {
+  std::ifstream file("/proc/net/dev");
+  std::stringstream text;
+  text << file.rdbuf();
+  const std::string interfaces = text.str();
+  EXPECT_NE(interfaces.find("lo:"), std::string::npos);
+  EXPECT_EQ(std::ranges::count(interfaces, ':'), 1) << interfaces;
 }
 
 TEST_F(MachineTest, HasNeitherBatteryNorJournalNorADesktopsUnit) {

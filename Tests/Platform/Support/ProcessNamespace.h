@@ -1,24 +1,31 @@
 #pragma once
 
+#include <net/if.h>
 #include <sched.h>
+#include <sys/ioctl.h>
 #include <sys/mount.h>
 #include <sys/prctl.h>
+#include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <csignal>
 #include <cstdio>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <functional>
 #include <optional>
 #include <string>
 
+#include "Platform/Linux/System/Descriptor.h"
+
 namespace platform::testing {
 
 /// Namespaces in which a test program meets no processes but its own: whatever else works on the
 /// machine is not there for it, nor for the programs that it starts. There its /proc tells of these
-/// processes alone, no system manager is to be found, no battery, and no desktop's unit around it.
+/// processes alone, no system manager is to be found, no battery, no desktop's unit around it, and
+/// of networks the loopback alone.
 ///
 /// Who may not open such namespaces as they are opens them in a user namespace, where they are
 /// root. Where that is not allowed either, `run` runs the tests among all processes, and
@@ -58,7 +65,7 @@ class ProcessNamespace {
 
   /// Opens the namespaces. The next child is the first process there.
   static bool enter() {
-    constexpr int kNamespaces = CLONE_NEWPID | CLONE_NEWNS | CLONE_NEWCGROUP;
+    constexpr int kNamespaces = CLONE_NEWPID | CLONE_NEWNS | CLONE_NEWCGROUP | CLONE_NEWNET;
     if (::unshare(kNamespaces) == 0) return true;
     const std::string user = std::to_string(::geteuid());
     const std::string group = std::to_string(::getegid());
@@ -73,7 +80,16 @@ class ProcessNamespace {
   static bool furnish() {
     return ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
            ::mount("proc", "/proc", "proc", MS_NOSUID | MS_NODEV | MS_NOEXEC, nullptr) == 0 &&
-           empty("/run/systemd") && empty("/sys/class/power_supply");
+           empty("/run/systemd") && empty("/sys/class/power_supply") && hasLoopback();
+  }
+  /// A network of one's own begins with the loopback switched off.
+  static bool hasLoopback() {
+    const Descriptor socket(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
+    ifreq request{};
+    std::strncpy(request.ifr_name, "lo", sizeof request.ifr_name - 1);
+    if (::ioctl(socket.get(), SIOCGIFFLAGS, &request) != 0) return false;
+    request.ifr_flags |= IFF_UP;
+    return ::ioctl(socket.get(), SIOCSIFFLAGS, &request) == 0;
   }
   static bool empty(const char* folder) {
     return !std::filesystem::is_directory(folder) ||
