@@ -44,7 +44,8 @@ class Kills {
     const double share = std::uniform_real_distribution<>(0, 1)(random_);
     return microseconds(static_cast<std::int64_t>(static_cast<double>(longest.count()) * share));
   }
-  std::size_t locks() { return machine_.locksOfStaylit().value_or(0); }
+  /// One that cannot be asked for counts as there.
+  std::size_t locksOf(pid_t pid) { return machine_.locksOf(pid).value_or(1); }
   bool isHeld() { return !machine_.holdReason().empty(); }
 
   void whileItStarts() {
@@ -69,12 +70,12 @@ class Kills {
     if (!testing::OwnMachine::eventually([this] { return isHeld(); }, 20s)) return noHold();
     // Another program's lock is a reason of another name on one of the next ticks.
     const platform::Descriptor other = machine_.inhibit("idle", "somebody", "the campaign");
-    const std::size_t before = locks();
+    const std::size_t before = locksOf(staylit.pid());
     const std::string reason = machine_.holdReason();
     const auto end = Steady::now() + 20s;
     std::size_t now = before;
     while (now == before && machine_.holdReason() == reason && Steady::now() < end)
-      now = locks();
+      now = locksOf(staylit.pid());
     withTwo_ += now > before ? 1 : 0;
     if (Steady::now() >= end) outcome_.findings.emplace_back("the hold was not renamed in 20 s");
     std::this_thread::sleep_for(randomTime(500us));
@@ -85,11 +86,12 @@ class Kills {
 
   void kill(ChildProgram& staylit, const std::string& when) {
     ++outcome_.runs;
+    const pid_t pid = staylit.pid();
     staylit.kill();
     const auto killed = Steady::now();
     // What logind answers to the third question after the limit it has thought about since.
     int lateAnswers = 0;
-    while (locks() > 0 && lateAnswers < 3) {
+    while (locksOf(pid) > 0 && lateAnswers < 3) {
       if (Steady::now() - killed > kMostUntilForgotten) ++lateAnswers;
     }
     longest_ = std::max(longest_, std::chrono::duration_cast<microseconds>(Steady::now() - killed));

@@ -80,27 +80,19 @@ class OwnMachine {
 
   /// `what|who|why|mode` of every inhibitor; absent while logind does not answer.
   std::optional<std::vector<std::string>> inhibitors() {
-    const auto reply = bus_.call({"org.freedesktop.login1", "/org/freedesktop/login1",
-                                  "org.freedesktop.login1.Manager", "ListInhibitors"});
-    if (!reply) return std::nullopt;
-    std::vector<std::string> all;
-    sd_bus_message* message = reply.message.get();
-    sd_bus_message_enter_container(message, 'a', "(ssssuu)");
-    const char *what = nullptr, *who = nullptr, *why = nullptr, *mode = nullptr;
-    std::uint32_t uid = 0;
-    std::uint32_t pid = 0;
-    while (sd_bus_message_read(message, "(ssssuu)", &what, &who, &why, &mode, &uid, &pid) > 0) {
-      all.push_back(std::string(what) + "|" + who + "|" + why + "|" + mode);
-    }
-    return all;
+    const auto all = listInhibitors();
+    if (!all) return std::nullopt;
+    std::vector<std::string> texts;
+    for (const Inhibitor& inhibitor : *all)
+      texts.push_back(inhibitor.text);
+    return texts;
   }
 
-  /// How many locks Staylit has, of whatever kind; absent while logind does not answer.
-  std::optional<std::size_t> locksOfStaylit() {
-    const auto all = inhibitors();
+  /// How many locks the process has, of whatever kind; absent while logind does not answer.
+  std::optional<std::size_t> locksOf(pid_t holder) {
+    const auto all = listInhibitors();
     if (!all) return std::nullopt;
-    return static_cast<std::size_t>(std::ranges::count_if(
-        *all, [](const std::string& lock) { return lock.find("|Staylit|") != std::string::npos; }));
+    return static_cast<std::size_t>(std::ranges::count(*all, holder, &Inhibitor::pid));
   }
 
   /// A lock of this program's own, for as long as the descriptor is open.
@@ -182,6 +174,28 @@ class OwnMachine {
   std::optional<RealLogind> logind;
 
  private:
+  struct Inhibitor {
+    pid_t pid = 0;
+    std::string text;
+  };
+
+  std::optional<std::vector<Inhibitor>> listInhibitors() {
+    const auto reply = bus_.call({"org.freedesktop.login1", "/org/freedesktop/login1",
+                                  "org.freedesktop.login1.Manager", "ListInhibitors"});
+    if (!reply) return std::nullopt;
+    std::vector<Inhibitor> all;
+    sd_bus_message* message = reply.message.get();
+    sd_bus_message_enter_container(message, 'a', "(ssssuu)");
+    const char *what = nullptr, *who = nullptr, *why = nullptr, *mode = nullptr;
+    std::uint32_t uid = 0;
+    std::uint32_t pid = 0;
+    while (sd_bus_message_read(message, "(ssssuu)", &what, &who, &why, &mode, &uid, &pid) > 0) {
+      all.push_back(
+          {static_cast<pid_t>(pid), std::string(what) + "|" + who + "|" + why + "|" + mode});
+    }
+    return all;
+  }
+
   std::vector<std::unique_ptr<ScopedEnvironment>> environment_;
   platform::EventLoop loop_;
   platform::Bus bus_{loop_, platform::Bus::Kind::system};
