@@ -21,7 +21,7 @@ using Steady = std::chrono::steady_clock;
 
 constexpr const char* kForksPerSecond = "200";
 constexpr int kFlappingNames = 5;
-constexpr long kMostGrowthKB = 2048;
+constexpr long kMostSoakGrowthKB = 2048;
 
 class Soak {
  public:
@@ -70,7 +70,7 @@ class Soak {
   void judge() {
     if (memoryKB_.back() == 0) outcome_.findings.emplace_back("the program ended");
     const long most = *std::ranges::max_element(memoryKB_) - memoryKB_.front();
-    if (most > kMostGrowthKB) {
+    if (most > kMostSoakGrowthKB) {
       outcome_.findings.push_back("the memory grew by " + std::to_string(most) + " KB");
     }
     if (growth(descriptors_) > 0) {
