@@ -1,8 +1,10 @@
 #include "Platform/Linux/Bus/NameWatch.h"
 
+#include <cstdint>
 #include <memory>
 #include <utility>
 
+#include "Platform/Linux/Bus/BusMessage.h"
 #include "Platform/Linux/Bus/BusTrust.h"
 
 namespace platform {
@@ -10,6 +12,9 @@ namespace {
 
 constexpr const char* kBusName = "org.freedesktop.DBus";
 constexpr const char* kBusPath = "/org/freedesktop/DBus";
+
+/// A bus that stands still for longer than any limit answers when it goes on.
+constexpr std::uint64_t kWithoutLimit = UINT64_MAX;
 
 int ignoreRefusal(sd_bus_message* /*reply*/, void* /*data*/, sd_bus_error* /*error*/) {
   return 0;
@@ -28,9 +33,17 @@ void NameWatch::connected(sd_bus* bus) {
   sd_bus_add_match_async(bus, &match, rule.c_str(), ownerChanged, ignoreRefusal, this);
   match_ = BusSlot(match);
   // Asked after the match was sent, so that no change can slip in between.
+  askForOwner(bus);
+}
+
+void NameWatch::askForOwner(sd_bus* bus) {
+  sd_bus_message* raw = nullptr;
+  sd_bus_message_new_method_call(bus, &raw, kBusName, kBusPath, kBusName, "GetNameOwner");
+  const BusMessage question(raw);
   sd_bus_slot* query = nullptr;
-  sd_bus_call_method_async(bus, &query, kBusName, kBusPath, kBusName, "GetNameOwner", ownerTold,
-                           this, "s", name_.c_str());
+  if (raw && sd_bus_message_append(raw, "s", name_.c_str()) >= 0) {
+    sd_bus_call_async(bus, &query, raw, ownerTold, this, kWithoutLimit);
+  }
   query_ = BusSlot(query);
 }
 

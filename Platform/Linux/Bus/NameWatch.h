@@ -32,6 +32,7 @@ class NameWatch : public BusListener {
  private:
   static int ownerChanged(sd_bus_message* message, void* data, sd_bus_error* error);
   static int ownerTold(sd_bus_message* reply, void* data, sd_bus_error* error);
+  void askForOwner(sd_bus* bus);
   void report(bool owned);
   void deliver(const BusListening& keep);
 

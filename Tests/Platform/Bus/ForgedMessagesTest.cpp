@@ -260,6 +260,32 @@ TEST_F(SpeakerTest, IsHeardFromTheFirstWordAfterSomebodyListens) {
   EXPECT_EQ(heard, std::vector<int>{1});
 }
 
+TEST_F(SpeakerTest, IsHeardAlsoWhenTheBusStoodStillAsSomebodyBeganToListen) {
+  const auto service = speaker();
+  service->perform([](sd_bus* bus) { sd_bus_request_name(bus, "test.Speaker", 0); });
+  ASSERT_EQ(systemBus->connect(), 0);
+  // Stands still longer than sd-bus waits for an answer.
+  ASSERT_GE(sd_bus_set_method_call_timeout(systemBus->handle(), 1), 0);
+  systemDaemon->freeze();
+  const BusListening listening = listen();
+  bool isTooLate = false;
+  const auto givenUp = [](sd_bus_message*, void* data, sd_bus_error*) {
+    *static_cast<bool*>(data) = true;
+    return 0;
+  };
+  sd_bus_slot* question = nullptr;
+  sd_bus_call_method_async(systemBus->handle(), &question, "org.freedesktop.DBus",
+                           "/org/freedesktop/DBus", "org.freedesktop.DBus", "GetId", givenUp,
+                           &isTooLate, nullptr);
+  const BusSlot slot(question);
+  EXPECT_TRUE(eventually([&] { return isTooLate; }));
+  systemDaemon->thaw();
+  handleEverything(*loop, *systemBus);
+  service->perform([](sd_bus* bus) { say(bus, 1); });
+  handleEverything(*loop, *systemBus);
+  EXPECT_EQ(heard, std::vector<int>{1});
+}
+
 TEST_F(SpeakerTest, IsNotHeardBeforeItHasTheNameOrAfterItGaveItUp) {
   ASSERT_EQ(systemBus->connect(), 0);
   const std::string me = uniqueName(*systemBus);
