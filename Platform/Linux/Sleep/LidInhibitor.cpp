@@ -1,5 +1,6 @@
 #include "Platform/Linux/Sleep/LidInhibitor.h"
 
+#include <algorithm>
 #include <cstring>
 #include <string>
 #include <string_view>
@@ -50,6 +51,16 @@ std::optional<Failure> desktopsClaim(Bus& systemBus) {
     }
   }
   return std::nullopt;
+}
+
+/// Whether logind still has a lock that was taken before. Another program's lock is no help: it
+/// ends when that program pleases.
+bool isOurLockListed(Bus& systemBus) {
+  const auto listed = listLogindInhibitors(systemBus);
+  return listed && std::any_of(listed->begin(), listed->end(), [](const ListedInhibitor& each) {
+           return each.holder == services::kDisplayName && each.why == kLidReason &&
+                  each.locks == services::kLidLock && each.level != 0;
+         });
 }
 
 }  // namespace
@@ -195,6 +206,8 @@ void LidInhibitor::takeAgain() {
   LogindLock taken = take();
   if (!taken.descriptor) return failedAgain(taken);
   const bool wasHeld = holds();
+  // Otherwise a resumption has succeeded that failed at first.
+  if (!lock_) tidewell::Log::info("clamshell sleep disabled");
   // Only a new one replaces the old one, which may have outlived logind's restart.
   accept(std::move(taken.descriptor));
   if (!wasHeld) tell(true);
@@ -202,18 +215,21 @@ void LidInhibitor::takeAgain() {
 
 void LidInhibitor::failedAgain(const LogindLock& failed) {
   const bool isKnown = failures_ >= kFailuresOfALoss;
+  const char* const what = lock_ ? "the lid is no longer held: " : "the lid could not be held: ";
   if (!isFinal(failed)) {
     ++failures_;
     tryLater();
-  } else if (lock_ && isHeld()) {
+  } else if (lock_ && isOurLockListed(systemBus_)) {
     // A new one is not to be had, and the old one has outlived the restart.
-    return accept(std::move(lock_));
+    accept(std::move(lock_));
+    if (isKnown) tell(true);
+    return;
   } else {
     release();
     failures_ = kFailuresOfALoss;
   }
   if (isKnown || failures_ < kFailuresOfALoss) return;
-  tidewell::Log::error("the lid is no longer held: " + describe(failed));
+  tidewell::Log::error(what + describe(failed));
   tell(false);
 }
 

@@ -285,7 +285,7 @@ TEST_F(LidRetryTest, IsTriedAgainWhenNobodyAnsweredAtTheResumption) {
   EXPECT_TRUE(lid->holds());
   EXPECT_EQ(told, std::vector<bool>{true});
   EXPECT_EQ(logind->held(), Lines{kLock});
-  EXPECT_EQ(ports.log.lines(), Lines{});
+  EXPECT_EQ(ports.log.lines(), Lines{"info: clamshell sleep disabled"});
 }
 
 TEST_F(LidRetryTest, ASecondAttemptInVainIsTold) {
@@ -297,11 +297,40 @@ TEST_F(LidRetryTest, ASecondAttemptInVainIsTold) {
   EXPECT_EQ(told, std::vector<bool>{false}) << "once";
   EXPECT_EQ(
       ports.log.lines(),
-      Lines{"error: the lid is no longer held: logind cannot be asked: Connection timed out"});
+      Lines{"error: the lid could not be held: logind cannot be asked: Connection timed out"});
   logind->isSilent = false;
   retry();
   EXPECT_EQ(told, (std::vector<bool>{false, true}));
   EXPECT_TRUE(lid->holds());
+}
+
+TEST_F(LidRetryTest, AHoldThatIsFoundOnLogindsListAfterItsLossIsTold) {
+  ASSERT_FALSE(lid->hold());
+  logind.reset();
+  startLogind();
+  logind->isSilent = true;
+  ASSERT_TRUE(eventually([&] { return !timers.timers.empty(); }));
+  retry();
+  ASSERT_EQ(told, std::vector<bool>{false});
+  logind->isSilent = false;
+  logind->refuses = true;
+  logind->list(
+      {{"handle-lid-switch", "Staylit", "Keeps working with the lid closed", "block", 1000, 4711}});
+  retry();
+  EXPECT_EQ(told, (std::vector<bool>{false, true}));
+  EXPECT_TRUE(lid->holds());
+}
+
+TEST_F(LidRetryTest, TheLockOfAnotherProgramIsNotTakenForItsOwn) {
+  ASSERT_FALSE(lid->hold());
+  logind.reset();
+  startLogind();
+  logind->refuses = true;
+  logind->list(
+      {{"handle-lid-switch", "somebody", "Multiple displays attached", "block", 1000, 4711}});
+  EXPECT_TRUE(eventually([&] { return !told.empty(); }));
+  EXPECT_EQ(told, std::vector<bool>{false});
+  EXPECT_FALSE(lid->holds());
 }
 
 TEST_F(LidRetryTest, ARefusedResumptionIsNotTriedAgain) {

@@ -43,6 +43,8 @@ class FakeLogind {
   std::atomic<bool> isUserThinking = false;  ///< Prompts wait for `answerLate`.
   std::atomic<bool> isSilent = false;
   std::atomic<int> listings = 0;
+  std::atomic<bool> listsNonsense = false;         ///< A list of another shape.
+  std::atomic<std::uint32_t> ofUser = ::getuid();  ///< Whose the locks are, as it counts users.
 
   /// Besides the locks that it granted.
   void list(std::vector<Entry> entries) {
@@ -120,6 +122,7 @@ class FakeLogind {
     const std::string_view member = sd_bus_message_get_member(call);
     if (member == "Inhibit") return inhibit(call);
     if (member == "ListInhibitors") return listInhibitors(call);
+    if (member == "Get") return tellBlocked(call);
     sd_bus_reply_method_errorf(call, SD_BUS_ERROR_UNKNOWN_METHOD, "unknown");
   }
 
@@ -137,7 +140,7 @@ class FakeLogind {
     if (::pipe2(ends.data(), O_CLOEXEC) < 0) return;
     const Descriptor writeEnd(ends[1]);
     const std::lock_guard lock(mutex_);
-    const Entry entry{what, who, why, mode, ::getuid(), static_cast<std::uint32_t>(::getpid())};
+    const Entry entry{what, who, why, mode, ofUser, static_cast<std::uint32_t>(::getpid())};
     locks_.push_back(
         {std::string(what) + "|" + who + "|" + why + "|" + mode, Descriptor(ends[0]), entry});
     sd_bus_reply_method_return(call, "h", writeEnd.get());
@@ -159,8 +162,7 @@ class FakeLogind {
     return false;
   }
 
-  void listInhibitors(sd_bus_message* call) {
-    ++listings;
+  std::vector<Entry> listed() {
     const std::lock_guard lock(mutex_);
     std::vector<Entry> entries = entries_;
     for (const Lock& granted : locks_) {
@@ -168,6 +170,25 @@ class FakeLogind {
           !listsNoLocks && !granted.isForgotten && !isHungUp(granted.readEnd.get());
       if (isListed) entries.push_back(granted.entry);
     }
+    return entries;
+  }
+
+  /// Its property `BlockInhibited`.
+  void tellBlocked(sd_bus_message* call) {
+    std::string locks;
+    for (const Entry& entry : listed()) {
+      if (entry.mode == "block") locks += (locks.empty() ? "" : ":") + entry.what;
+    }
+    sd_bus_reply_method_return(call, "v", "s", locks.c_str());
+  }
+
+  void listInhibitors(sd_bus_message* call) {
+    ++listings;
+    if (listsNonsense) {
+      sd_bus_reply_method_return(call, "a(su)", 1, "idle", 7U);
+      return;
+    }
+    const std::vector<Entry> entries = listed();
     sd_bus_message* reply = nullptr;
     sd_bus_message_new_method_return(call, &reply);
     sd_bus_message_open_container(reply, 'a', "(ssssuu)");
