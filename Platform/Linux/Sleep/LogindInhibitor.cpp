@@ -1,7 +1,5 @@
 #include "Platform/Linux/Sleep/LogindInhibitor.h"
 
-#include <unistd.h>
-
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -26,7 +24,7 @@ class LogindInhibition : public Inhibition {
   Descriptor descriptor_;
 };
 
-/// The reasons of this user's locks of our kind; absent when the list is of another shape.
+/// The reasons of Staylit's locks of our kind; absent when the list is of another shape.
 std::optional<std::vector<std::string>> ownReasons(sd_bus_message* message) {
   if (sd_bus_message_enter_container(message, SD_BUS_TYPE_ARRAY, "(ssssuu)") < 0) {
     return std::nullopt;
@@ -41,8 +39,8 @@ std::optional<std::vector<std::string>> ownReasons(sd_bus_message* message) {
   int read = 0;
   while ((read = sd_bus_message_read(message, "(ssssuu)", &what, &who, &why, &mode, &user,
                                      &process)) > 0) {
-    // Not by the process, whose number is another one outside of a container.
-    const bool isOurs = std::string_view(who) == services::kDisplayName && user == ::getuid();
+    // Not by user and process, whose numbers are others outside of a container.
+    const bool isOurs = std::string_view(who) == services::kDisplayName;
     if (isOurs && std::string_view(what) == "idle" && std::string_view(mode) == "block") {
       reasons.emplace_back(why);
     }

@@ -24,11 +24,17 @@ ReadBack::ReadBack(SleepAssertion::Now now, Compare compare)
 std::optional<ReadBack::Moment> ReadBack::due(const InhibitMechanism& mechanism,
                                               Moment heededSince) const {
   const Moment listedBy = heededSince + kAfterAChange;
+  const Moment earliest = lastList_ ? std::max(listedBy, *lastList_ + kLeastPause) : listedBy;
   const auto asked = asked_.find(&mechanism);
-  if (asked == asked_.end()) return listedBy;
+  if (asked == asked_.end()) return earliest;
   if (asked->second.misses >= kMostMissesInARow) return std::nullopt;
   const Moment last = asked->second.at;
-  return last < listedBy ? std::max(listedBy, last + kLeastPause) : last + kWhileNothingChanges;
+  return last < listedBy ? earliest : std::max(earliest, last + kWhileNothingChanges);
+}
+
+ReadBack::Moment ReadBack::lastAsked(const InhibitMechanism& mechanism) const {
+  const auto asked = asked_.find(&mechanism);
+  return asked == asked_.end() ? Moment() : asked->second.at;
 }
 
 void ReadBack::ask(InhibitMechanism& mechanism) {
@@ -37,6 +43,7 @@ void ReadBack::ask(InhibitMechanism& mechanism) {
   asked.question = mechanism.list([this, &mechanism](const std::vector<std::string>& reasons) {
     heard(mechanism, Reasons(reasons.begin(), reasons.end()));
   });
+  if (asked.question) lastList_ = asked.at;
 }
 
 void ReadBack::heard(InhibitMechanism& mechanism, const Reasons& listed) {

@@ -12,8 +12,10 @@
 namespace platform {
 
 /// Asks the services whether they still have what they granted, and does not wait for it: some
-/// seconds after they were given something, then once a minute, and never twice within half a
-/// minute. Owned by `SleepInhibitors`; main thread only; the mechanisms must outlive it.
+/// seconds after they were given something, then once a minute, and of all services together no
+/// more than one list in half a minute. A list is one call, but of a session manager, which tells
+/// of each inhibitor by itself: there up to 32 calls follow, about those that are new on it. Owned
+/// by `SleepInhibitors`; main thread only; the mechanisms must outlive it.
 class ReadBack {
  public:
   using Moment = SleepAssertion::Moment;
@@ -27,6 +29,8 @@ class ReadBack {
   /// `heededSince`: since when `mechanism` has heeded the last of what it grants.
   [[nodiscard]] std::optional<Moment> due(const InhibitMechanism& mechanism,
                                           Moment heededSince) const;
+  /// When `mechanism` was asked the last time; long ago if it never was.
+  [[nodiscard]] Moment lastAsked(const InhibitMechanism& mechanism) const;
   void ask(InhibitMechanism& mechanism);
 
   /// Its service has gone, and with it what is known of its list.
@@ -44,6 +48,8 @@ class ReadBack {
   SleepAssertion::Now now_;
   Compare compare_;
   std::map<const InhibitMechanism*, Asked> asked_;
+  /// When any list was asked for the last time.
+  std::optional<Moment> lastList_;
 };
 
 }  // namespace platform

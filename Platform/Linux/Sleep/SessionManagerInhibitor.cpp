@@ -19,8 +19,15 @@ constexpr std::uint32_t kSuspendFlag = 4;
 constexpr std::uint32_t kIdleFlag = 8;
 constexpr std::uint32_t kNoWindow = 0;
 constexpr const char* kInhibitor = "org.gnome.SessionManager.Inhibitor";
-/// What is still unknown after so many follows with the next readings.
-constexpr std::size_t kMostQuestions = 64;
+/// How many inhibitors a reading asks about, by two to four calls each. Those that are still
+/// unknown then follow with the next readings.
+constexpr std::size_t kMostInhibitors = 8;
+
+/// Whether there is no such thing, rather than that nobody could tell just now.
+bool saysThereIsNone(const BusReply& reply) {
+  constexpr std::string_view kUnknown = "org.freedesktop.DBus.Error.Unknown";
+  return std::string_view(reply.errorName).starts_with(kUnknown);
+}
 
 }  // namespace
 
@@ -56,7 +63,7 @@ class SessionManagerInhibitor::Reading {
     while (index_ < paths_.size() && known_->contains(paths_[index_]))
       ++index_;
     if (index_ == paths_.size()) return tell();
-    if (asked_++ == kMostQuestions) return;
+    if (asked_++ == kMostInhibitors) return;
     ask("GetAppId", "app_id", [this](const std::string& application) {
       if (application == services::kApplicationId) return askWhy();
       known_->emplace(paths_[index_], std::nullopt);
@@ -72,7 +79,7 @@ class SessionManagerInhibitor::Reading {
   }
 
   /// Some session managers have methods for this, others properties of another spelling. What goes
-  /// meanwhile is nobody's.
+  /// meanwhile is nobody's. When there is no answer the reading ends, and tells nothing.
   void ask(const char* method, const char* property, std::function<void(std::string)> answered) {
     const char* const path = paths_[index_].c_str();
     call_ = bus_.callAsync(
@@ -82,6 +89,7 @@ class SessionManagerInhibitor::Reading {
           if (reply && sd_bus_message_read(reply.message.get(), "s", &text) > 0) {
             return answered(text);
           }
+          if (!saysThereIsNone(reply)) return;
           call_ = bus_.callAsync(
               {services::kSessionManager, path, "org.freedesktop.DBus.Properties", "Get"},
               [property](sd_bus_message* message) {
@@ -91,7 +99,7 @@ class SessionManagerInhibitor::Reading {
                 const char* value = nullptr;
                 const bool isRead =
                     second && sd_bus_message_read(second.message.get(), "v", "s", &value) > 0;
-                answered(isRead ? value : "");
+                if (isRead || saysThereIsNone(second)) answered(isRead ? value : "");
               });
         });
   }

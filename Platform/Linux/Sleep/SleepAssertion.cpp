@@ -68,7 +68,8 @@ int SleepAssertion::hold(const Mechanisms& wanted) {
   const bool isGranted = std::any_of(wanted.begin(), wanted.end(),
                                      [this](const auto* mechanism) { return has(*mechanism); });
   if (!isGranted) return firstError;
-  dropTheUnwanted();
+  const auto heeded = wantedHeededSince();
+  if (heeded && *heeded <= now_()) dropTheUnwanted();
   return 0;
 }
 
@@ -134,6 +135,23 @@ void SleepAssertion::dropTheReplaced() {
   }
 }
 
+/// Since when some service that is wanted has heeded what it grants.
+std::optional<SleepAssertion::Moment> SleepAssertion::wantedHeededSince() const {
+  std::optional<Moment> first;
+  for (const InhibitMechanism* mechanism : wanted_) {
+    if (!has(*mechanism)) continue;
+    const Moment heeded = find(*mechanism)->grants.front().heeded;
+    first = first ? std::min(*first, heeded) : heeded;
+  }
+  return first;
+}
+
+bool SleepAssertion::hasUnwanted() const {
+  return std::any_of(services_.begin(), services_.end(), [this](const auto& entry) {
+    return !isWanted(*entry.first) && !entry.second.isGone;
+  });
+}
+
 void SleepAssertion::dropTheUnwanted() {
   std::erase_if(services_, [this](const auto& entry) {
     return !isWanted(*entry.first) && !entry.second.isGone;
@@ -179,6 +197,8 @@ std::optional<SleepAssertion::Moment> SleepAssertion::nextDue() const {
     // The first of the others that is heeded sets its predecessors free.
     if (service.grants.size() > 1) consider(service.grants[1].heeded);
   }
+  const auto heeded = wantedHeededSince();
+  if (heeded && hasUnwanted()) consider(*heeded);
   return next;
 }
 

@@ -40,9 +40,9 @@ class SleepAssertion : public std::enable_shared_from_this<SleepAssertion> {
   [[nodiscard]] HoldKind kind() const { return kind_; }
   [[nodiscard]] bool isHeld() const;
 
-  /// Asks those that `wanted` names for what is due, then drops what others grant that are no
-  /// longer wanted, and what was replaced and need not be kept any more. 0 when at least one of
-  /// them grants it, else the negative errno of the first refusal.
+  /// Asks those that `wanted` names for what is due, then drops what was replaced and need not be
+  /// kept any more, and once one of them heeds what it grants, what others grant that are no longer
+  /// wanted. 0 when at least one of them grants it, else the negative errno of the first refusal.
   int hold(const Mechanisms& wanted);
 
   /// Has an effect with the next `hold`.
@@ -92,6 +92,8 @@ class SleepAssertion : public std::enable_shared_from_this<SleepAssertion> {
   [[nodiscard]] bool isWanted(const InhibitMechanism& mechanism) const;
   [[nodiscard]] bool isCurrent(const InhibitMechanism& mechanism) const;
   [[nodiscard]] Moment due(const InhibitMechanism& mechanism) const;
+  [[nodiscard]] std::optional<Moment> wantedHeededSince() const;
+  [[nodiscard]] bool hasUnwanted() const;
   void dropTheUnwanted();
   void dropTheReplaced();
 

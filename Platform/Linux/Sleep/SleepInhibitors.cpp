@@ -137,7 +137,12 @@ std::optional<SleepInhibitors::Moment> SleepInhibitors::readBackDue(
 }
 
 void SleepInhibitors::readBack() {
-  for (InhibitMechanism* mechanism : services_.all()) {
+  SleepAssertion::Mechanisms all = services_.all();
+  // Those come first that wait the longest, since each list that is asked for puts the others off.
+  std::sort(all.begin(), all.end(), [this](const auto* left, const auto* right) {
+    return readBack_.lastAsked(*left) < readBack_.lastAsked(*right);
+  });
+  for (InhibitMechanism* mechanism : all) {
     const auto due = readBackDue(*mechanism);
     if (due && *due <= now_()) readBack_.ask(*mechanism);
   }

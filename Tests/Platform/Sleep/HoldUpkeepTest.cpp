@@ -2,7 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <memory>
 #include <string>
@@ -142,6 +145,21 @@ TEST_F(HoldUpkeepTest, GivesBackTheOldAndTheNewGrantOnRelease) {
   inhibitors->setAssertionName(creation.id, "b");
   inhibitors->releaseAssertion(creation.id);
   EXPECT_TRUE(eventually([&] { return power->held().empty(); }));
+}
+
+TEST_F(HoldUpkeepTest, LetsGoOfLogindsIdleLockOncePowerDevilHeedsTheHold) {
+  const auto logind = fakeLogind();
+  create(kSystem, "a");
+  const auto solid = sessionService(kSolid);
+  const auto power = sessionService(kPowerManagement);
+  ASSERT_TRUE(eventually([&] { return power->held() == Lines{"a"}; }));
+  pass(seconds(3));
+  EXPECT_LE(timers.timers.back()->interval, seconds(3)) << "it comes back in time";
+  pass(seconds(2));
+  EXPECT_EQ(logind->held(), Lines{"idle|Staylit|a|block"});
+  pass(seconds(1));
+  EXPECT_TRUE(eventually([&] { return logind->held().empty(); }));
+  EXPECT_EQ(power->held(), Lines{"a"});
 }
 
 // Refusals and late grants.
@@ -309,6 +327,44 @@ TEST_F(HoldUpkeepTest, ReadsBackHalfAMinuteApartHoweverOftenTheNameChanges) {
   EXPECT_EQ(ports.log.lines(), Lines{});
 }
 
+TEST_F(HoldUpkeepTest, ReadsOneListInHalfAMinuteHoweverManyServicesThereAre) {
+  const auto gnome = sessionService(kGnome);
+  const auto logind = fakeLogind();
+  const auto creation = create(kSystem, "0");
+  for (int second = 1; second <= 100; ++second) {
+    inhibitors->setAssertionName(creation.id, std::to_string(second));
+    pass(seconds(1));
+  }
+  EXPECT_LE(gnome->readings + logind->listings, 4);
+  EXPECT_GE(gnome->readings, 1);
+  EXPECT_GE(logind->listings, 1);
+}
+
+TEST_F(HoldUpkeepTest, AsksTheSessionManagerAFewQuestionsAtATime) {
+  const auto gnome = sessionService(kGnome);
+  for (int other = 0; other < 20; ++other)
+    gnome->grantToAnother("a");
+  create(kSystem, "a");
+  pass(seconds(3));
+  ASSERT_TRUE(eventually([&] { return gnome->questions > 0; }));
+  runBriefly(*loop);
+  EXPECT_LE(gnome->questions, 16);
+  pass(seconds(180));
+  gnome->forget();
+  pass(seconds(60));
+  EXPECT_TRUE(eventually([&] { return gnome->held() == Lines{"a"}; }));
+}
+
+TEST_F(HoldUpkeepTest, KnowsItsLocksWhereLogindCountsUsersOtherwise) {
+  const auto logind = fakeLogind();
+  logind->ofUser = ::getuid() + 100000;
+  create(kSystem, "a");
+  pass(seconds(100));
+  EXPECT_GE(logind->listings, 2);
+  EXPECT_EQ(logind->granted().size(), 1U);
+  EXPECT_EQ(ports.log.lines(), Lines{});
+}
+
 TEST_F(HoldUpkeepTest, ReadsNothingBackOnceItIsReleased) {
   const auto logind = fakeLogind();
   inhibitors->releaseAssertion(create(kSystem, "a").id);
@@ -346,12 +402,73 @@ TEST_F(HoldUpkeepTest, StopsBelievingAListOnWhichNothingEverAppears) {
   EXPECT_EQ(logind->held(), Lines{"idle|Staylit|a|block"});
 }
 
-TEST_F(HoldUpkeepTest, MindsNeitherSilenceNorNonsense) {
+TEST_F(HoldUpkeepTest, MindsNoSilence) {
   const auto logind = fakeLogind();
   create(kSystem, "a");
   logind->isSilent = true;
   pass(seconds(100));
   EXPECT_EQ(logind->granted().size(), 1U);
+  EXPECT_EQ(ports.log.lines(), Lines{});
+}
+
+TEST_F(HoldUpkeepTest, MindsNoListsOfAnotherShape) {
+  const auto logind = fakeLogind();
+  const auto gnome = sessionService(kGnome);
+  logind->listsNonsense = true;
+  gnome->listsNonsense = true;
+  create(kSystem, "a");
+  pass(seconds(100));
+  EXPECT_GE(logind->listings, 1);
+  EXPECT_GE(gnome->readings, 1);
+  gnome->listsNonsense = false;
+  gnome->tellsNonsense = true;
+  pass(seconds(100));
+  EXPECT_GE(gnome->questions, 1);
+  EXPECT_EQ(logind->granted().size(), 1U);
+  EXPECT_EQ(gnome->log().size(), 1U);
+  EXPECT_EQ(ports.log.lines(), Lines{});
+}
+
+TEST_F(HoldUpkeepTest, MindsNoAnswerOfAnotherShapeFromAPowerService) {
+  const auto power = sessionService(kPowerManagement);
+  power->listsNonsense = true;
+  create(kSystem, "a");
+  pass(seconds(100));
+  EXPECT_GE(power->readings, 1);
+  EXPECT_EQ(power->log().size(), 1U);
+  EXPECT_EQ(ports.log.lines(), Lines{});
+}
+
+TEST_F(HoldUpkeepTest, MindsNoListOfAnotherShapeFromThePolicyAgent) {
+  const auto solid = sessionService(kSolid);
+  const auto power = sessionService(kPowerManagement);
+  std::atomic<int> readings = 0;
+  const BusService agent(sessionDaemon->address(), {"org.kde.Solid.PowerManagement.PolicyAgent"},
+                         [&](sd_bus_message* call) {
+                           ++readings;
+                           sd_bus_reply_method_return(call, "as", 1, "a");
+                         });
+  create(kSystem, "a");
+  pass(seconds(100));
+  EXPECT_GE(readings, 1);
+  EXPECT_EQ(power->log().size(), 1U);
+  EXPECT_EQ(ports.log.lines(), Lines{});
+}
+
+TEST_F(HoldUpkeepTest, MissesNothingThatABusySessionManagerDidNotTell) {
+  const auto gnome = sessionService(kGnome);
+  gnome->failsAt = "GetAppId";
+  create(kSystem, "a");
+  pass(seconds(3));
+  ASSERT_TRUE(eventually([&] { return gnome->readings == 1; }));
+  runBriefly(*loop);
+  gnome->failsAt = "GetReason";
+  pass(seconds(60));
+  ASSERT_TRUE(eventually([&] { return gnome->readings == 2; }));
+  runBriefly(*loop);
+  gnome->failsAt = "";
+  pass(seconds(120));
+  EXPECT_EQ(gnome->log(), Lines{"Inhibit com.staylit.app|a|4"});
   EXPECT_EQ(ports.log.lines(), Lines{});
 }
 

@@ -251,15 +251,6 @@ TEST_F(SleepTest, FallsBackToTheOtherServiceWhenTheBetterOneLeft) {
   EXPECT_TRUE(eventually([&] { return power->held() == Lines{"a"}; }));
 }
 
-TEST_F(SleepTest, LetsGoOfLogindsIdleLockWhenKdeAppears) {
-  const auto logind = fakeLogind();
-  create(kSystem, "a");
-  ASSERT_EQ(logind->held(), Lines{"idle|Staylit|a|block"});
-  const auto solid = sessionService(kSolid);
-  const auto power = sessionService(kPowerManagement);
-  EXPECT_TRUE(eventually([&] { return power->held() == Lines{"a"} && logind->held().empty(); }));
-}
-
 TEST_F(SleepTest, RecordsOnlyWhereNobodyCanBeAsked) {
   const auto creation = create(kSystem, "a");
   EXPECT_EQ(creation.code, 0);

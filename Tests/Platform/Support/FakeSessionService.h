@@ -30,6 +30,10 @@ class FakeSessionService {
   std::atomic<bool> isSilent = false;
   std::atomic<bool> tellsByProperties = false;  ///< Of an inhibitor, rather than by methods.
   std::atomic<int> readings = 0;                ///< How often somebody asked what it has.
+  std::atomic<int> questions = 0;               ///< How often about a single inhibitor.
+  std::atomic<const char*> failsAt = "";        ///< What it is too busy for.
+  std::atomic<bool> listsNonsense = false;      ///< Lists of another shape.
+  std::atomic<bool> tellsNonsense = false;      ///< Of an inhibitor.
 
   /// Never answers what was left unanswered.
   void forgetCalls() {
@@ -83,6 +87,10 @@ class FakeSessionService {
   void answer(sd_bus_message* call) {
     if (isSilent) return unanswered_.keep(call);
     const std::string_view member = sd_bus_message_get_member(call);
+    if (member == failsAt.load()) {
+      sd_bus_reply_method_errorf(call, SD_BUS_ERROR_NO_REPLY, "busy");
+      return;
+    }
     if (member == "Inhibit") return inhibit(call);
     if (member == "Uninhibit" || member == "UnInhibit") return uninhibit(call);
     if (member == "GetInhibitors") return listPaths(call);
@@ -126,8 +134,11 @@ class FakeSessionService {
 
   static constexpr const char* kInhibitors = "/org/gnome/SessionManager/Inhibitor";
 
+  static void tellNonsense(sd_bus_message* call) { sd_bus_reply_method_return(call, "au", 1, 7U); }
+
   void listPaths(sd_bus_message* call) {
     ++readings;
+    if (listsNonsense) return tellNonsense(call);
     const std::lock_guard lock(mutex_);
     sd_bus_message* reply = nullptr;
     sd_bus_message_new_method_return(call, &reply);
@@ -141,6 +152,7 @@ class FakeSessionService {
 
   void tellWhetherInhibited(sd_bus_message* call) {
     ++readings;
+    if (listsNonsense) return tellNonsense(call);
     const std::lock_guard lock(mutex_);
     sd_bus_reply_method_return(call, "b", held_.empty() ? 0 : 1);
   }
@@ -159,6 +171,8 @@ class FakeSessionService {
     return std::nullopt;
   }
   void tell(sd_bus_message* call, std::string_view name) {
+    ++questions;
+    if (tellsNonsense) return tellNonsense(call);
     if (const auto text = detail(call, name)) {
       sd_bus_reply_method_return(call, "s", text->c_str());
     } else {
@@ -166,6 +180,8 @@ class FakeSessionService {
     }
   }
   void tellProperty(sd_bus_message* call) {
+    ++questions;
+    if (tellsNonsense) return tellNonsense(call);
     const char* interface = nullptr;
     const char* name = nullptr;
     sd_bus_message_read(call, "ss", &interface, &name);
