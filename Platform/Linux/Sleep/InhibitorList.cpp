@@ -33,11 +33,6 @@ void append(std::vector<Holder>& holders, std::int64_t identifier,
   }
 }
 
-/// Spares itself a look at the process behind what keeps nobody awake.
-bool counts(const ListedInhibitor& inhibitor) {
-  return !inhibitor.types.empty() && !mayBeOfAStaylit(inhibitor);
-}
-
 bool lists(const std::vector<ListedInhibitor>& inhibitors, const ListedInhibitor& wanted) {
   return std::any_of(inhibitors.begin(), inhibitors.end(), [&wanted](const auto& inhibitor) {
     return inhibitor.holder == wanted.holder && inhibitor.why == wanted.why;
@@ -61,6 +56,11 @@ std::optional<std::vector<InhibitorList::Holder>> InhibitorList::assertionsByPro
   const auto policyAgent = listPolicyAgentInhibitors(sessionBus_);
   if (!logind && !session && !policyAgent) return std::nullopt;
 
+  StaylitHolds staylits;
+  // What keeps nobody awake is not worth a look at its process.
+  const auto counts = [&staylits](const ListedInhibitor& inhibitor) {
+    return !inhibitor.types.empty() && !staylits.mayHave(inhibitor);
+  };
   std::vector<Holder> holders;
   std::set<std::int32_t> named;
   const auto appendNamed = [&](const ListedInhibitor& inhibitor) {

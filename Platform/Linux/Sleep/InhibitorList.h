@@ -13,7 +13,7 @@
 namespace platform {
 
 /// Who keeps the machine awake, as logind, the session manager and KDE's policy agent list it, less
-/// other Staylits (`mayBeOfAStaylit`). This process stands there as logind lists it.
+/// other Staylits (`StaylitHolds`). This process stands there as logind lists it.
 ///
 /// A holder without a process stands there under a negative number, which `NamedHolders` names.
 /// Absent only when none of the three can be asked.

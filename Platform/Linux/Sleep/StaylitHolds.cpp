@@ -70,17 +70,23 @@ bool passesOn(std::string_view name, std::size_t longest) {
       kPassingOn, [&](std::string_view program) { return name == program.substr(0, longest); });
 }
 
+bool mayBeOfAStaylit(std::int64_t process) {
+  const std::string command = commandOf(process);
+  return command == kProgram || passesOn(command, kLongestCommand) || runsStaylit(process);
+}
+
 }  // namespace
 
-bool mayBeOfAStaylit(const ListedInhibitor& inhibitor) {
+bool StaylitHolds::mayHave(const ListedInhibitor& inhibitor) {
   if (isStaylitsName(inhibitor.holder) || inhibitor.why == kPassedOn ||
       passesOn(inhibitor.holder, std::string_view::npos)) {
     return true;
   }
   const std::int64_t process = inhibitor.processIdentifier;
   if (process <= 0) return false;
-  const std::string command = commandOf(process);
-  return command == kProgram || passesOn(command, kLongestCommand) || runsStaylit(process);
+  const auto [known, isNew] = byProcess_.try_emplace(process, false);
+  if (isNew) known->second = mayBeOfAStaylit(process);
+  return known->second;
 }
 
 }  // namespace platform
