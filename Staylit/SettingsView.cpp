@@ -83,8 +83,7 @@ SettingsView::Section SettingsView::sleepSection() const {
             "A short pause between build steps won't drop the hold."},
            {Control::keepScreenOn, "Keep the screen on too", Toggle{keepScreenOn_}, "",
             "Off by default — the display sleeps on its own while work continues."},
-           {Control::lidClosed, "Work with the lid closed", Toggle{lidClosed_.isOn()},
-            lidError_.value_or(""),
+           {Control::lidClosed, "Work with the lid closed", Toggle{lidClosed_.isOn()}, lidError(),
             "Needs your admin password once. Restored automatically if Staylit stops."}}};
 }
 
@@ -182,6 +181,13 @@ void SettingsView::followLid() {
     lidClosed_.show(lidIsAllowed(ports_));
     changes_.tell();
   });
+}
+
+/// An off that may become an on by itself must not look like one that stays.
+std::string SettingsView::lidError() const {
+  if (lidError_) return *lidError_;
+  const bool isTriedAgain = ports_.lidSwitch && ports_.lidSwitch->isTriedAgain();
+  return isTriedAgain ? "Not in effect now. Staylit goes on trying." : "";
 }
 
 void SettingsView::applyLidSetting(bool on) {

@@ -28,7 +28,8 @@ namespace staylit {
 /// until the user has answered the system; if it fails, the toggle flips back, and since that is a
 /// change like any other, it is acted upon in its turn, later on the main loop. After three
 /// failures the toggle shows what is stored, and rests. Where a process holds the lid itself, the
-/// toggle shows whether it does, also when that ends or begins by itself.
+/// toggle shows whether it does, also when that ends or begins by itself; while it is off and the
+/// hold is tried again, a line under it says so.
 class SettingsView {
  public:
   /// Names a control, so that a window can tell the view of a change.
@@ -116,6 +117,7 @@ class SettingsView {
   void applyLidSetting(bool on);
   void lidApplied(bool on, bool isDone);
   void followLid();
+  [[nodiscard]] std::string lidError() const;
   void applyLaunchAtLogin(bool on);
 
   StaylitEngine& engine_;

@@ -31,11 +31,13 @@ class FakeLidSwitch : public LidSwitch {
   std::optional<Failure> release() override {
     calls_->add("release lid");
     asked = {};
+    triedAgain = false;
     if (!releaseFailure) held = false;
     return releaseFailure;
   }
 
   bool holds() override { return held; }
+  bool isTriedAgain() override { return triedAgain && !held; }
   bool isHeld() override { return held; }
 
   std::shared_ptr<void> observe(std::function<void(bool)> changed) override {
@@ -58,6 +60,7 @@ class FakeLidSwitch : public LidSwitch {
   }
 
   bool held = false;
+  bool triedAgain = false;    ///< Whether it goes on trying while it is not held.
   bool takesItsTime = false;  ///< Whether a prompt waits for `answer`.
   Answer asked;               ///< By the prompt that waits.
   std::optional<Failure> holdFailure;

@@ -508,6 +508,21 @@ TEST_F(SettingsViewTest, ShowsTheLidAsItIsHeldWhereAProcessHoldsIt) {
   fakes.lidSwitch.become(true);
 }
 
+TEST_F(SettingsViewTest, SaysOfALidThatIsNotHeldWhetherItIsTriedAgain) {
+  fakes.useLidSwitch();
+  open("allowLidClosed", true);
+  EXPECT_EQ(row(Control::lidClosed).error, "") << "it stays off";
+  fakes.lidSwitch.triedAgain = true;
+  fakes.lidSwitch.become(false);
+  EXPECT_FALSE(isOn(Control::lidClosed));
+  EXPECT_EQ(row(Control::lidClosed).error, "Not in effect now. Staylit goes on trying.");
+  fakes.lidSwitch.become(true);
+  EXPECT_TRUE(isOn(Control::lidClosed));
+  EXPECT_EQ(row(Control::lidClosed).error, "");
+  view->setOn(Control::lidClosed, false);
+  EXPECT_EQ(row(Control::lidClosed).error, "") << "the user's off stays";
+}
+
 /// Where the user is asked by the system, and has not answered.
 class LidPromptTest : public SettingsViewTest {
  protected:

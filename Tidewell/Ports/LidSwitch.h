@@ -39,6 +39,8 @@ class LidSwitch {
 
   /// Whether this process holds it.
   virtual bool holds() = 0;
+  /// Whether this process goes on trying to hold it; a `release` ends that.
+  virtual bool isTriedAgain() = 0;
   /// Whether anything on the system keeps a closed lid from putting it to sleep.
   virtual bool isHeld() = 0;
 

@@ -153,6 +153,10 @@ bool LidInhibitor::holds() {
   return lock_ && failures_ < kFailuresOfALoss;
 }
 
+bool LidInhibitor::isTriedAgain() {
+  return presence_ && !question_ && !holds();
+}
+
 bool LidInhibitor::isHeld() {
   const BusReply reply = systemBus_.call(
       {services::kLogind, services::kLogindPath, "org.freedesktop.DBus.Properties", "Get"},

@@ -30,6 +30,7 @@ class LidInhibitor : public tidewell::LidSwitch {
   std::optional<Failure> resume() override;
   std::optional<Failure> release() override;
   bool holds() override;
+  bool isTriedAgain() override;
   bool isHeld() override;
   [[nodiscard]] std::shared_ptr<void> observe(std::function<void(bool holds)> changed) override;
 

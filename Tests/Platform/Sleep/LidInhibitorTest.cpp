@@ -290,9 +290,12 @@ TEST_F(LidRetryTest, IsTriedAgainWhenNobodyAnsweredAtTheResumption) {
 
 TEST_F(LidRetryTest, ASecondAttemptInVainIsTold) {
   logind->isSilent = true;
+  EXPECT_FALSE(lid->isTriedAgain());
   ASSERT_TRUE(lid->resume());
+  EXPECT_TRUE(lid->isTriedAgain());
   retry();
   EXPECT_EQ(told, std::vector<bool>{false});
+  EXPECT_TRUE(lid->isTriedAgain());
   retry();
   EXPECT_EQ(told, std::vector<bool>{false}) << "once";
   EXPECT_EQ(
@@ -302,6 +305,7 @@ TEST_F(LidRetryTest, ASecondAttemptInVainIsTold) {
   retry();
   EXPECT_EQ(told, (std::vector<bool>{false, true}));
   EXPECT_TRUE(lid->holds());
+  EXPECT_FALSE(lid->isTriedAgain());
 }
 
 TEST_F(LidRetryTest, AHoldThatIsFoundOnLogindsListAfterItsLossIsTold) {
@@ -345,6 +349,7 @@ TEST_F(LidRetryTest, AReleaseEndsTheAttempts) {
   logind->isSilent = true;
   ASSERT_TRUE(lid->resume());
   lid->release();
+  EXPECT_FALSE(lid->isTriedAgain());
   logind->isSilent = false;
   retry();
   EXPECT_EQ(logind->held(), Lines{});
