@@ -75,7 +75,8 @@ Bus::Bus(EventLoop& loop, Kind kind, BusTiming timing)
       kind_(kind),
       timing_(std::move(timing)),
       backoff_(timing_.firstPause, timing_.longestPause),
-      trust_(kind == Kind::session ? BusTrust::Calls::ofOwnUser : BusTrust::Calls::ofNobody) {
+      trust_(kind == Kind::session ? BusTrust::Calls::ofOwnUser : BusTrust::Calls::ofNobody,
+             timing_) {
   // The C library raises this limit by itself as large blocks are freed, and then keeps tens of
   // megabytes for as large a message as anybody may send.
   ::mallopt(M_MMAP_THRESHOLD, kLargeBlockBytes);
@@ -84,6 +85,7 @@ Bus::Bus(EventLoop& loop, Kind kind, BusTiming timing)
 Bus::~Bus() {
   for (const BusListening& listener : listeners())
     listener->disconnected();
+  trust_.forget();
 }
 
 int Bus::connect() {
@@ -152,6 +154,7 @@ void Bus::becameReady() {
   ++number_;
   backoff_.succeeded();
   timer_.reset();
+  trust_.connected(connection_.get());
   for (const BusListening& listener : listeners())
     listener->connected(connection_.get());
   loop_.wake();

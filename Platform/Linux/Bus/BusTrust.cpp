@@ -1,7 +1,9 @@
 #include "Platform/Linux/Bus/BusTrust.h"
 
+#include <cerrno>
 #include <cstdint>
 #include <string_view>
+#include <utility>
 
 #include "Platform/Linux/Bus/BusMessage.h"
 
@@ -16,26 +18,51 @@ bool equals(const char* text, std::string_view wanted) {
   return text != nullptr && wanted == text;
 }
 
-/// The user behind a unique name, by the bus's word.
-std::optional<uid_t> userOf(sd_bus* bus, const char* name) {
+BusMessage questionForUser(sd_bus* bus, const char* name) {
   sd_bus_message* raw = nullptr;
-  if (sd_bus_message_new_method_call(bus, &raw, kDriver, kDriverPath, kDriver,
-                                     "GetConnectionUnixUser") < 0) {
-    return std::nullopt;
-  }
-  const BusMessage question(raw);
-  raw = nullptr;
-  const bool isAnswered = sd_bus_message_append(question.get(), "s", name) >= 0 &&
-                          sd_bus_call(bus, question.get(), kLimitMicroseconds, nullptr, &raw) >= 0;
-  const BusMessage answer(raw);
+  sd_bus_message_new_method_call(bus, &raw, kDriver, kDriverPath, kDriver, "GetConnectionUnixUser");
+  BusMessage question(raw);
+  return raw && sd_bus_message_append(raw, "s", name) >= 0 ? std::move(question) : BusMessage();
+}
+
+std::optional<uid_t> userIn(sd_bus_message* answer) {
   std::uint32_t user = 0;
-  if (!isAnswered || !BusTrust::isFromBus(raw) || sd_bus_message_read(raw, "u", &user) < 0) {
+  if (!BusTrust::isFromBus(answer) || sd_bus_message_read(answer, "u", &user) < 0) {
     return std::nullopt;
   }
   return user;
 }
 
 }  // namespace
+
+// The pause does not grow: a bus that goes on is soon asked about callers again.
+BusTrust::BusTrust(Calls calls, const BusTiming& timing)
+    : calls_(calls), now_(timing.now), unanswered_(timing.firstPause, timing.firstPause) {}
+
+void BusTrust::connected(sd_bus* bus) {
+  const char* own = nullptr;
+  if (calls_ == Calls::ofNobody || sd_bus_get_unique_name(bus, &own) < 0) return;
+  const BusMessage question = questionForUser(bus, own);
+  sd_bus_slot* slot = nullptr;
+  if (question) sd_bus_call_async(bus, &slot, question.get(), ownUserTold, this, UINT64_MAX);
+  question_ = BusSlot(slot);
+}
+
+int BusTrust::ownUserTold(sd_bus_message* reply, void* data, sd_bus_error* /*error*/) {
+  auto& self = *static_cast<BusTrust*>(data);
+  if (const auto user = userIn(reply)) self.ownUser_ = user;
+  return 0;
+}
+
+std::optional<uid_t> BusTrust::userOf(sd_bus* bus, const char* name) {
+  const BusMessage question = questionForUser(bus, name);
+  if (!question || unanswered_.remembered(now_()) < 0) return std::nullopt;
+  sd_bus_message* raw = nullptr;
+  const int result = sd_bus_call(bus, question.get(), kLimitMicroseconds, nullptr, &raw);
+  const BusMessage answer(raw);
+  if (result == -ETIMEDOUT) unanswered_.failed(result, now_());
+  return result >= 0 ? userIn(raw) : std::nullopt;
+}
 
 bool BusTrust::isFromBus(sd_bus_message* message) {
   return equals(sd_bus_message_get_sender(message), kDriver);
@@ -82,6 +109,8 @@ std::optional<bool> BusTrust::remembered(const std::string& caller) const {
 void BusTrust::forget() {
   ownUser_.reset();
   callers_.clear();
+  question_.reset();
+  unanswered_.succeeded();
 }
 
 }  // namespace platform

@@ -5,9 +5,14 @@
 
 #include <cstddef>
 #include <deque>
+#include <functional>
 #include <optional>
 #include <string>
 #include <utility>
+
+#include "Platform/Linux/Bus/Backoff.h"
+#include "Platform/Linux/Bus/BusSlot.h"
+#include "Platform/Linux/Bus/BusTiming.h"
 
 namespace platform {
 
@@ -29,7 +34,7 @@ class BusTrust {
  public:
   enum class Calls { ofOwnUser, ofNobody };
 
-  explicit BusTrust(Calls calls) : calls_(calls) {}
+  BusTrust(Calls calls, const BusTiming& timing);
 
   /// Whether the bus itself sent `message`, or libsystemd in its place, as for a call that timed
   /// out.
@@ -39,20 +44,29 @@ class BusTrust {
   [[nodiscard]] static bool mayBeReplyOf(const std::string& destination, sd_bus_message* reply);
 
   /// Whether `message` is as if it had never come. A refused call has been answered with
-  /// AccessDenied. Waits for the bus, a second at most, when a caller is new.
+  /// AccessDenied. Waits for the bus, a second at most, when a caller is new. While a bus that did
+  /// not answer is let alone, all new callers are refused without asking.
   bool refuses(sd_bus_message* message);
 
-  /// For a new connection: names mean somebody else there.
+  /// A connection stands: asks for the program's own user, and does not wait.
+  void connected(sd_bus* bus);
+  /// The connection is gone: names mean somebody else on the next one.
   void forget();
 
  private:
   /// More than a session has panels; a further caller costs a question again.
   static constexpr std::size_t kMostCallers = 64;
 
+  static int ownUserTold(sd_bus_message* reply, void* data, sd_bus_error* error);
   bool mayCall(sd_bus_message* call);
+  /// The user behind a unique name, by the bus's word.
+  std::optional<uid_t> userOf(sd_bus* bus, const char* name);
   [[nodiscard]] std::optional<bool> remembered(const std::string& caller) const;
 
   Calls calls_;
+  std::function<BusTiming::Point()> now_;
+  Backoff unanswered_;
+  BusSlot question_;
   std::optional<uid_t> ownUser_;  ///< As the bus knows it.
   std::deque<std::pair<std::string, bool>> callers_;
 };

@@ -4,6 +4,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
 #include <cstdint>
 #include <functional>
@@ -370,6 +371,74 @@ TEST_F(CalledByStrangersTest, RefusesAnotherUser) {
   EXPECT_TRUE(eventually([&] { return ::waitpid(child, &status, WNOHANG) == child; }));
   EXPECT_EQ(status, 0);
   EXPECT_EQ(calls, 0);
+}
+
+/// A program's object, and somebody new who calls it.
+class NewCallerTest : public BusTest {
+ protected:
+  enum class Answer { none, given, refused };
+
+  void SetUp() override {
+    BusTest::SetUp();
+    if (IsSkipped()) return;
+    BusTiming timing;
+    timing.now = [this] { return now; };
+    pause = timing.firstPause;
+    bus.emplace(*loop, Bus::Kind::session, timing);
+    object.emplace(*bus, BusObject::Place{"/object", "test.Object"}, kNewCallersTable, nullptr);
+    me = uniqueName(*bus);
+    object->offer();
+    caller.emplace(sessionDaemon->address(), std::vector<std::string>{}, [](sd_bus_message*) {});
+  }
+
+  void call() {
+    answer = Answer::none;
+    caller->perform([this](sd_bus* connection) {
+      sd_bus_call_method_async(connection, nullptr, me.c_str(), "/object", "test.Object", "Call",
+                               told, this, "");
+      askTheBus(connection);
+    });
+  }
+  static int told(sd_bus_message* reply, void* data, sd_bus_error* /*error*/) {
+    const bool isRefused = sd_bus_message_is_method_error(reply, SD_BUS_ERROR_ACCESS_DENIED) > 0;
+    static_cast<NewCallerTest*>(data)->answer = isRefused ? Answer::refused : Answer::given;
+    return 0;
+  }
+  static int called(sd_bus_message* call, void* /*data*/, sd_bus_error* /*error*/) {
+    return sd_bus_reply_method_return(call, "");
+  }
+  static const sd_bus_vtable kNewCallersTable[];
+
+  BusTiming::Point now{};
+  BusTiming::Span pause{};
+  std::optional<Bus> bus;
+  std::optional<BusObject> object;
+  std::string me;
+  std::atomic<Answer> answer = Answer::none;
+  std::optional<BusService> caller;
+};
+
+const sd_bus_vtable NewCallerTest::kNewCallersTable[] = {
+    SD_BUS_VTABLE_START(0), SD_BUS_METHOD("Call", "", "", called, SD_BUS_VTABLE_UNPRIVILEGED),
+    SD_BUS_VTABLE_END};
+
+TEST_F(NewCallerTest, IsRefusedUnaskedWhileABusThatDidNotAnswerIsLetAlone) {
+  call();
+  // The call has arrived, and the program has not looked at it.
+  ASSERT_EQ(bus->nameHasOwner("test.Other"), 0);
+  sessionDaemon->freeze();
+  while (sd_bus_process(bus->handle(), nullptr) > 0) {
+  }
+  sessionDaemon->thaw();
+  EXPECT_TRUE(eventually([this] { return answer != Answer::none; }));
+  EXPECT_EQ(answer, Answer::refused);
+  call();
+  EXPECT_TRUE(eventually([this] { return answer != Answer::none; }));
+  EXPECT_EQ(answer, Answer::refused);
+  now += pause;
+  call();
+  EXPECT_TRUE(eventually([this] { return answer != Answer::none; }));
+  EXPECT_EQ(answer, Answer::given);
 }
 
 }  // namespace
