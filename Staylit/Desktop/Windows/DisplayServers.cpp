@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstddef>
 #include <cstdlib>
 #include <cstring>
@@ -28,7 +29,8 @@ bool isStranger(int socket) {
   return server.uid != 0 && server.uid != geteuid();
 }
 
-/// Whether a stranger listens at `path`, or at the address of that name that is no file.
+/// Whether a stranger listens at `path`, or at the address of that name that is no file. Whoever
+/// takes no connection now may take the next one, so that he counts as a stranger.
 bool isStrangersSocket(const std::string& path, bool isAbstract) {
   sockaddr_un address{};
   address.sun_family = AF_UNIX;
@@ -39,9 +41,12 @@ bool isStrangersSocket(const std::string& path, bool isAbstract) {
       offsetof(sockaddr_un, sun_path) + path.size() + 1;  // Either a zero before or one after.
   const platform::Descriptor socket(
       ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
-  const int result = connect(socket.get(), reinterpret_cast<const sockaddr*>(&address),
-                             static_cast<socklen_t>(size));
-  return result == 0 && isStranger(socket.get());
+  if (connect(socket.get(), reinterpret_cast<const sockaddr*>(&address),
+              static_cast<socklen_t>(size)) == 0) {
+    return isStranger(socket.get());
+  }
+  const bool isNobodyThere = errno == ENOENT || errno == ECONNREFUSED;
+  return !isNobodyThere;
 }
 
 std::string waylandSocket() {

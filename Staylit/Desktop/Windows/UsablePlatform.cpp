@@ -86,7 +86,8 @@ std::optional<UsablePlatform> attempt(const QString& candidate) {
   const bool isStrangers = isX(name) ? isStrangersX(qEnvironmentVariable("DISPLAY").toStdString())
                                      : isWayland(name) && isStrangersWayland();
   if (isStrangers) {
-    qWarning("Staylit: the display (%s) is served by another user", qPrintable(name));
+    qWarning("Staylit: the display (%s) is served by another user, or too busy to tell",
+             qPrintable(name));
     return std::nullopt;
   }
   UsablePlatform found{candidate.toStdString(), nullptr};

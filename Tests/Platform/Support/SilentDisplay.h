@@ -1,5 +1,6 @@
 #pragma once
 
+#include <poll.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 
@@ -22,6 +23,13 @@ class SilentDisplay {
 
   /// As DISPLAY names it.
   [[nodiscard]] std::string name() const { return ":" + std::to_string(number_); }
+
+  /// Waits for one that connects.
+  Descriptor nextCaller() {
+    pollfd incoming{socket_.get(), POLLIN, 0};
+    ::poll(&incoming, 1, -1);
+    return Descriptor(::accept4(socket_.get(), nullptr, nullptr, SOCK_CLOEXEC));
+  }
 
   /// Whether anybody has connected so far. Keeps the connections open.
   bool wasAsked() {

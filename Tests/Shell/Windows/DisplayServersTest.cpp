@@ -5,10 +5,15 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include <QLibrary>
+#include <QLibraryInfo>
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstring>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "Platform/Linux/System/Descriptor.h"
 #include "Staylit/Desktop/Windows/UsablePlatform.h"
@@ -32,9 +37,9 @@ class StrangersDisplay {
     child_ = ::fork();
     if (child_ == 0) serve(ends[1]);
     ::close(ends[1]);
-    const Descriptor reading(ends[0]);
+    words_ = Descriptor(ends[0]);
     std::array<char, 32> name{};
-    if (::read(reading.get(), name.data(), name.size() - 1) > 0) name_ = name.data();
+    if (::read(words_.get(), name.data(), name.size() - 1) > 0) name_ = name.data();
   }
   ~StrangersDisplay() {
     ::kill(child_, SIGKILL);
@@ -46,18 +51,61 @@ class StrangersDisplay {
   /// Empty when there is none.
   [[nodiscard]] const std::string& name() const { return name_; }
 
+  /// What all callers so far began with, and then `last`, which is said to it now.
+  [[nodiscard]] std::string heardUntil(const std::string& last) const;
+
  private:
+  /// Writes down its name, and then what callers begin with.
   [[noreturn]] static void serve(int writing) {
     if (!Stranger::become()) ::_exit(1);
-    const SilentDisplay display;
+    SilentDisplay display;
     const std::string name = display.name();
-    if (::write(writing, name.c_str(), name.size()) > 0) ::pause();
+    bool isWritten = ::write(writing, name.c_str(), name.size()) > 0;
+    std::array<char, 256> words{};
+    while (isWritten) {
+      const Descriptor caller = display.nextCaller();
+      const ssize_t count = ::read(caller.get(), words.data(), words.size());
+      const auto size = static_cast<std::size_t>(std::max<ssize_t>(count, 0));
+      isWritten = ::write(writing, words.data(), size) >= 0;
+    }
     ::_exit(0);
   }
 
   pid_t child_ = -1;
   std::string name_;
+  Descriptor words_;
 };
+
+/// A connection to where clients of `display` look first.
+Descriptor connectTo(const std::string& display) {
+  const std::string path = "/tmp/.X11-unix/X" + display.substr(1);
+  sockaddr_un address{};
+  address.sun_family = AF_UNIX;
+  std::memcpy(address.sun_path + 1, path.data(), path.size());
+  Descriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+  const auto size = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + 1 + path.size());
+  const bool isConnected =
+      ::connect(socket.get(), reinterpret_cast<const sockaddr*>(&address), size) == 0;
+  return isConnected ? std::move(socket) : Descriptor();
+}
+
+std::string StrangersDisplay::heardUntil(const std::string& last) const {
+  const Descriptor caller = connectTo(name_);
+  if (::write(caller.get(), last.data(), last.size()) < 0) return "cannot be reached";
+  std::string heard;
+  std::array<char, 256> words{};
+  while (!heard.ends_with(last)) {
+    const ssize_t count = ::read(words_.get(), words.data(), words.size());
+    if (count <= 0) break;
+    heard.append(words.data(), static_cast<std::size_t>(count));
+  }
+  return heard;
+}
+
+bool hasPluginForX() {
+  const QString folder = QLibraryInfo::path(QLibraryInfo::PluginsPath);
+  return QLibrary(folder + QStringLiteral("/platforms/libqxcb.so")).load();
+}
 
 class DisplayServersTest : public ::testing::Test {
  protected:
@@ -80,26 +128,32 @@ TEST_F(DisplayServersTest, AreStrangersWhereAnotherUserListens) {
 }
 
 TEST_F(DisplayServersTest, AreNotGreetedWhenTheyAreStrangers) {
-  // This one would never answer a greeting.
+  if (!hasPluginForX()) GTEST_SKIP() << "Qt has no usable plugin for X here";
   const StrangersDisplay strangers;
   ASSERT_NE(strangers.name(), "");
   const platform::ScopedVariable platform("QT_QPA_PLATFORM", "xcb");
   const platform::ScopedVariable display("DISPLAY", strangers.name().c_str());
   EXPECT_FALSE(usablePlatform());
+  EXPECT_EQ(strangers.heardUntil("the end"), "the end");
+}
+
+TEST(FullDisplayTest, CountsAsAStrangersBecauseNobodySeesWhoseItIs) {
+  SilentDisplay full;
+  EXPECT_FALSE(isStrangersX(full.name()));
+  std::vector<Descriptor> callers;
+  for (Descriptor caller = connectTo(full.name()); caller; caller = connectTo(full.name()))
+    callers.push_back(std::move(caller));
+  EXPECT_TRUE(isStrangersX(full.name()));
+  EXPECT_TRUE(full.wasAsked());
+  EXPECT_FALSE(isStrangersX(full.name())) << "it has taken its callers";
 }
 
 TEST_F(DisplayServersTest, AreSeenInAConnectionThatIsThere) {
   const StrangersDisplay strangers;
   ASSERT_NE(strangers.name(), "");
   EXPECT_FALSE(isServedByStrangers());
-  const std::string path = "/tmp/.X11-unix/X" + strangers.name().substr(1);
-  sockaddr_un address{};
-  address.sun_family = AF_UNIX;
-  std::memcpy(address.sun_path + 1, path.data(), path.size());
-  const Descriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-  ASSERT_EQ(::connect(socket.get(), reinterpret_cast<const sockaddr*>(&address),
-                      static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + 1 + path.size())),
-            0);
+  const Descriptor connection = connectTo(strangers.name());
+  ASSERT_TRUE(connection);
   EXPECT_TRUE(isServedByStrangers());
 }
 
