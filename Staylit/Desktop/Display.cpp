@@ -131,6 +131,12 @@ void Display::forget() {
   learnt().clear();
 }
 
+void Display::forgetAll() {
+  for (const char* name : kNames)
+    ::unsetenv(name);
+  learnt().clear();
+}
+
 void Display::learnFromServiceManager(platform::Bus& sessionBus) {
   const platform::BusReply reply = sessionBus.call(kGetProperty, [](sd_bus_message* call) {
     return sd_bus_message_append(call, "ss", "org.freedesktop.systemd1.Manager", "Environment");

@@ -25,6 +25,8 @@ class Display {
   static void learn(const std::vector<std::string>& variables);
   /// Forgets what was learnt, which is no use any more.
   static void forget();
+  /// Forgets also what this process was started with, which is of a session that may have ended.
+  static void forgetAll();
   /// Learns it from the user's service manager, where desktops leave it. Waits for the answer.
   static void learnFromServiceManager(platform::Bus& sessionBus);
 };

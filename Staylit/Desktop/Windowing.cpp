@@ -5,6 +5,7 @@
 #include "Platform/Linux/System/Modules.h"
 #include "Staylit/Desktop/DesktopNotification.h"
 #include "Staylit/Desktop/Display.h"
+#include "Staylit/Desktop/LoginSession.h"
 #include "Tidewell/Log.h"
 
 namespace staylit {
@@ -50,7 +51,11 @@ void Windowing::tried(const DisplayTrial::Verdict& verdict) {
     return cannotShow("its windows do not fit this system", kInstallAnew);
   }
   // Perhaps of a desktop that has ended since.
-  Display::forget();
+  if (LoginSession::outlivesSessions()) {
+    Display::forgetAll();
+  } else {
+    Display::forget();
+  }
   if (verdict.kind == Kind::silent) {
     return cannotShow("the display does not answer", "Try again when it does.");
   }

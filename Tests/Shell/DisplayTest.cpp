@@ -132,6 +132,18 @@ TEST_F(DisplayTest, ForgetsWhatItLearntAndNothingElse) {
   EXPECT_TRUE(Display::isKnown());
 }
 
+TEST_F(DisplayTest, OfAnEarlierSessionGivesWayToTheNextOnes) {
+  const ScopedEnvironment session("DISPLAY", ":1");
+  const ScopedEnvironment desktop("XDG_CURRENT_DESKTOP", "Earlier");
+  Display::forgetAll();
+  EXPECT_FALSE(Display::isKnown());
+  Display::learn({"WAYLAND_DISPLAY=wayland-9", "XDG_CURRENT_DESKTOP=Later"});
+  EXPECT_STREQ(std::getenv("WAYLAND_DISPLAY"), "wayland-9");
+  EXPECT_STREQ(std::getenv("XDG_CURRENT_DESKTOP"), "Later");
+  EXPECT_EQ(std::getenv("XAUTHORITY"), nullptr);
+  Display::forget();
+}
+
 TEST_F(DisplayTest, TellsWhatAnotherProcessNeeds) {
   const ScopedEnvironment set("DISPLAY", ":3");
   const std::vector<std::string> variables = Display::variables();
