@@ -19,9 +19,9 @@ struct ModuleFunction {
 
 /// Loads such a part and finds `function` in it.
 ///
-/// Only a part of this very build has it, by a name that no other build's part has: nothing of any
-/// other part is ever called. Whatever fails is a line in the log. What was loaded stays. Any
-/// thread.
+/// Only a part of this very build has it, by a name that no other build's part has: no function of
+/// any other part is called, except for what runs by itself as a library is loaded and dropped.
+/// Whatever fails is a line in the log. What was loaded stays. Any thread.
 [[nodiscard]] ModuleFunction loadFromModule(const std::string& file, const std::string& function);
 
 }  // namespace platform
