@@ -117,7 +117,7 @@ void ConservedProcesses::pass() {
 ReaperCharges::Terms ConservedProcesses::nextTerms() {
   const Moment now = sources_.clock.now();
   const Seconds interval = now - std::exchange(lastPass_, now);
-  const double seconds = std::min<Seconds>(interval, 24h).count() * kHeadroom;
+  const double seconds = std::clamp<Seconds>(interval, 0s, 24h).count() * kHeadroom;
   const Timebase timebase = sources_.table.timebase();
   const std::uint64_t time = timeUnits(seconds * 1e9 * sources_.processors, timebase);
   const auto disk = static_cast<std::uint64_t>(seconds * kFastestDriveBytesPerSecond);
