@@ -17,6 +17,7 @@
 
 #include "Platform/Linux/System/Modules.h"
 #include "Staylit/Desktop/WindowsModule.h"
+#include "Tidewell/ForeignText.h"
 
 namespace staylit {
 namespace {
@@ -26,16 +27,21 @@ using platform::Descriptor;
 
 // What the process says of its trial, in one line.
 constexpr std::string_view kUsable = "usable ";
-constexpr std::string_view kOfAnotherBuild = "of another build";
-constexpr std::string_view kNotLoadable = "not loadable";
-constexpr std::size_t kLongestLine = 256;
+constexpr std::string_view kOfAnotherBuild = "of another build ";
+constexpr std::string_view kNotLoadable = "not loadable ";
+constexpr std::size_t kLongestLine = 1024;
+constexpr std::size_t kLongestReason = 200;  // In characters, of up to four bytes each.
 
 DisplayTrial::Verdict verdictOf(std::string_view line) {
+  const auto after = [line](std::string_view start) {
+    return tidewell::cleaned(line.substr(start.size()), kLongestReason);
+  };
   if (line.starts_with(kUsable)) {
-    return {Kind::usable, std::string(line.substr(kUsable.size()))};
+    return {Kind::usable, std::string(line.substr(kUsable.size())), {}};
   }
-  if (line == kOfAnotherBuild) return {Kind::ofAnotherBuild, {}};
-  return {line == kNotLoadable ? Kind::notLoadable : Kind::refused, {}};
+  if (line.starts_with(kOfAnotherBuild)) return {Kind::ofAnotherBuild, {}, after(kOfAnotherBuild)};
+  if (line.starts_with(kNotLoadable)) return {Kind::notLoadable, {}, after(kNotLoadable)};
+  return {};
 }
 
 struct Pipe {
@@ -94,7 +100,7 @@ DisplayTrial::DisplayTrial(platform::EventLoop& loop, std::function<void(const V
     limit_ = loop_.scheduleRepeating(tidewell::Seconds{0.001}, [this] { finish({}); });
     return;
   }
-  limit_ = loop_.scheduleRepeating(patience, [this] { finish({Kind::silent, {}}); });
+  limit_ = loop_.scheduleRepeating(patience, [this] { finish({Kind::silent, {}, {}}); });
 }
 
 bool DisplayTrial::start(const std::string& program) {
@@ -157,7 +163,9 @@ int DisplayTrial::answer() {
     ::unsetenv(name);
   const platform::ModuleFunction function = platform::loadFromModule(kWindowsModule, kTryDisplay);
   if (!function.address) {
-    say(output.get(), std::string(function.isOfAnotherBuild ? kOfAnotherBuild : kNotLoadable));
+    // There is no log in this process.
+    say(output.get(), std::string(function.isOfAnotherBuild ? kOfAnotherBuild : kNotLoadable) +
+                          tidewell::cleaned(function.why, kLongestReason));
     return EXIT_FAILURE;
   }
   reinterpret_cast<TryDisplay>(function.address)([&output](const std::string& platform) {

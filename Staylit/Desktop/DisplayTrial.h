@@ -30,6 +30,7 @@ class DisplayTrial {
     };
     Kind kind = Kind::refused;
     std::string platform;  ///< For a usable one: what the windows are to be made with.
+    std::string reason;    ///< Why the windows cannot be loaded; the process has not logged it.
   };
 
   /// How the trial's process is started: the program's own file, even if it was replaced since.

@@ -44,6 +44,10 @@ void Windowing::tried(const DisplayTrial::Verdict& verdict) {
   // Its display stays connected until ours is.
   const std::unique_ptr<DisplayTrial> trial = std::move(trial_);
   if (verdict.kind == Kind::usable) return makeKit(verdict.platform);
+  if (!verdict.reason.empty() && lastReason_ != verdict.reason) {
+    tidewell::Log::error(verdict.reason);
+    lastReason_ = verdict.reason;
+  }
   if (verdict.kind == Kind::ofAnotherBuild) {
     return cannotShow("its windows are of another version", "End Staylit and start it again.");
   }
@@ -65,7 +69,7 @@ void Windowing::tried(const DisplayTrial::Verdict& verdict) {
 void Windowing::makeKit(const std::string& platform) {
   const auto function = platform::loadFromModule(kWindowsModule, kMakeWindowKit);
   if (!function.address)
-    return tried({function.isOfAnotherBuild ? Kind::ofAnotherBuild : Kind::notLoadable, {}});
+    return tried({function.isOfAnotherBuild ? Kind::ofAnotherBuild : Kind::notLoadable, {}, {}});
   const DrivenLoop driven{loop_.descriptor(), [this] { loop_.pump(); },
                           [this] { return loop_.isStopping(); }};
   // From here on a display may keep the main thread waiting.

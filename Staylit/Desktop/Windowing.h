@@ -45,6 +45,7 @@ class Windowing {
   std::optional<LoopGuard> guard_;  ///< Goes after the kit, whose end a display may hold up too.
   std::unique_ptr<WindowKit> kit_;
   std::string lastLogged_;
+  std::string lastReason_;
 };
 
 }  // namespace staylit

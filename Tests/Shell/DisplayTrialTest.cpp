@@ -58,8 +58,8 @@ TEST_F(DisplayTrialTest, TellsThePlatformOfAUsableDisplayAndKeepsItConnected) {
 }
 
 TEST_F(DisplayTrialTest, TellsWhatTheProcessFound) {
-  const std::pair<const char*, Kind> cases[] = {{"echo of another build", Kind::ofAnotherBuild},
-                                                {"echo not loadable", Kind::notLoadable},
+  const std::pair<const char*, Kind> cases[] = {{"echo of another build X", Kind::ofAnotherBuild},
+                                                {"echo not loadable X", Kind::notLoadable},
                                                 {"exit 0", Kind::refused},
                                                 {"kill -ABRT $$", Kind::refused},
                                                 {"printf 'usable xcb'", Kind::refused},
@@ -71,6 +71,12 @@ TEST_F(DisplayTrialTest, TellsWhatTheProcessFound) {
     ASSERT_TRUE(hasVerdict()) << said;
     EXPECT_EQ(verdict->kind, kind) << said;
   }
+}
+
+TEST_F(DisplayTrialTest, TellsWhyTheWindowsCannotBeLoaded) {
+  begin(script("echo 'not loadable cannot load x.so: no libQt6Gui.so.6'; exit 1"));
+  ASSERT_TRUE(hasVerdict());
+  EXPECT_EQ(verdict->reason, "cannot load x.so: no libQt6Gui.so.6");
 }
 
 TEST_F(DisplayTrialTest, EndsAProcessThatSaysNothing) {

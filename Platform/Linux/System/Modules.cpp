@@ -19,19 +19,27 @@ std::filesystem::path moduleFile(const std::string& file) {
   return {};
 }
 
+namespace {
+
+ModuleFunction noFunction(const std::string& file, const std::string& why, bool isOfAnotherBuild) {
+  const std::string line = "cannot load " + file + ": " + why;
+  tidewell::Log::error(line);
+  return {nullptr, isOfAnotherBuild, line};
+}
+
+}  // namespace
+
 ModuleFunction loadFromModule(const std::string& file, const std::string& function) {
   const std::filesystem::path path = moduleFile(file);
   void* module = path.empty() ? nullptr : dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
   if (!module) {
     const char* why = path.empty() ? nullptr : dlerror();
-    tidewell::Log::error("cannot load " + file + ": " + (why ? why : "no such file"));
-    return {};
+    return noFunction(file, why ? why : "no such file", false);
   }
   void* address = dlsym(module, (function + "_" STAYLIT_BUILD_IDENTITY).c_str());
-  if (address) return {address, false};
+  if (address) return {address, false, {}};
   dlclose(module);
-  tidewell::Log::error("cannot load " + file + ": it is of another build than the program");
-  return {nullptr, true};
+  return noFunction(file, "it is of another build than the program", true);
 }
 
 }  // namespace platform

@@ -15,6 +15,7 @@ struct ModuleFunction {
   /// The part is there, but of another build: it was replaced while the program runs, or only one
   /// of the two was replaced.
   bool isOfAnotherBuild = false;
+  std::string why;  ///< Of one that cannot be had, as it is logged.
 };
 
 /// Loads such a part and finds `function` in it.

@@ -45,6 +45,7 @@ TEST_F(ModulesTest, ThatAreMissingAreToldFromThoseOfAnotherBuild) {
   EXPECT_EQ(found.address, nullptr);
   EXPECT_FALSE(found.isOfAnotherBuild);
   EXPECT_EQ(logged(), "cannot load libstaylit-nothing.so: no such file");
+  EXPECT_EQ(found.why, "cannot load libstaylit-nothing.so: no such file");
 }
 
 }  // namespace
