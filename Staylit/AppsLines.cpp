@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <iterator>
 
+#include "Tidewell/ForeignText.h"
+
 namespace staylit {
 namespace {
 
@@ -31,7 +33,7 @@ AppsLine entryLineOf(const AppsView::Section& section, std::size_t number,
   AppsLine line;
   line.kind = AppsLine::Kind::entry;
   line.section = number;
-  line.text = entry.name;
+  line.text = tidewell::cleaned(entry.name);  // It may be an identifier from the settings.
   line.detail = entry.detail.value_or("");
   line.symbol = entry.symbol;
   line.id = entry.id;

@@ -95,6 +95,15 @@ class Table {
 
 // Lines.
 
+TEST(AppsLines, ShowNoCharactersThatNobodyCanRead) {
+  const std::string id = "\x1B[2J\x07\u202Etool";
+  AppsLines lines;
+  lines.show(lists({}, {app(id)}), [](const Edit&) {});
+  const AppsLine& line = lines.lines().back();
+  EXPECT_EQ(line.text, "The \uFFFD[2J\uFFFD\uFFFDtool");
+  EXPECT_EQ(line.id, id) << "as the settings have it, to be found there again";
+}
+
 TEST(AppsLines, AreTheHeadingsWithTheApplicationsBelowThem) {
   Table table;
   table.show(lists({app("a"), app("b")}, {app("c")}));
