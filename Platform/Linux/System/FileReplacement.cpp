@@ -95,7 +95,9 @@ FileReplacement::Outcome FileReplacement::failure() {
 FileReplacement::Outcome FileReplacement::commitOver(const RegularFile& expected) {
   if (!expected.exists) return commitAsNew();
   const ReadLease lease(target_);
-  if (lease.isRefused()) return Outcome::busy;
+  // A server may grant no lease at all, not even on a file that nobody else has: no sign of a
+  // writer then.
+  if (lease.isRefused() && !ReadLease(temporary_).isRefused()) return Outcome::busy;
   if (!isStill(target_, expected)) return Outcome::changed;
   const Outcome outcome = exchange(expected);
   if (outcome != Outcome::done || lease.isWanted()) {

@@ -12,7 +12,8 @@ class ReadLease {
  public:
   explicit ReadLease(const std::filesystem::path& file);
 
-  /// Whether somebody has the file open for writing already. Then nothing is held.
+  /// Whether somebody has the file open for writing already, or the file is a server's that grants
+  /// no lease now. Then nothing is held.
   [[nodiscard]] bool isRefused() const { return isRefused_; }
 
   /// Whether somebody waits to open the file for writing.

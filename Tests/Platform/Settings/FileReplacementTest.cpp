@@ -2,9 +2,16 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <linux/filter.h>
+#include <linux/seccomp.h>
+#include <sys/prctl.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
+#include <cerrno>
+#include <cstddef>
+#include <iterator>
 #include <optional>
 #include <thread>
 
@@ -116,6 +123,36 @@ TEST(FileReplacement, WaitsForAWriterWhoHasTheFileOpen) {
   }
   EXPECT_EQ(folder.read(), "a");
   EXPECT_EQ(replacement.commitOver(read), Outcome::done);
+}
+
+/// From now on this process is refused every lease, as by a server that grants none.
+bool refuseLeases() {
+  constexpr unsigned command = offsetof(seccomp_data, args) + sizeof(__u64);
+  sock_filter rules[] = {
+      BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
+      BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_fcntl, 0, 3),
+      BPF_STMT(BPF_LD | BPF_W | BPF_ABS, command),
+      BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, F_SETLEASE, 0, 1),
+      BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | EAGAIN),
+      BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
+  };
+  const sock_fprog program = {static_cast<unsigned short>(std::size(rules)), rules};
+  return prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 &&
+         prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program) == 0;
+}
+
+TEST(FileReplacement, ReplacesAFileWhereNoLeaseIsEverGranted) {
+  const SettingsFolder folder;
+  folder.write("a");
+  const std::string told = inChild([&folder]() -> std::string {
+    if (!refuseLeases()) return "cannot refuse";
+    if (!ReadLease(folder.file()).isRefused()) return "not refused";
+    FileReplacement replacement(folder.file(), "b");
+    return replacement.commitOver(readOf(folder)) == Outcome::done ? "done" : "not done";
+  });
+  if (told == "cannot refuse") GTEST_SKIP() << "system calls cannot be filtered here";
+  EXPECT_EQ(told, "done");
+  EXPECT_EQ(folder.read(), "b");
 }
 
 TEST(ReadLease, TellsOfAWriterAndLetsItGoOn) {
