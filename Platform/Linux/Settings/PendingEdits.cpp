@@ -35,10 +35,14 @@ void PendingEdits::set(std::string_view key, PropertyValue value, const Property
                           Edit{std::move(value), file != nullptr, before, ++last_});
 }
 
-void PendingEdits::follow(const PropertyDictionary& file) {
+void PendingEdits::follow(const PropertyDictionary& file, Absence absence) {
   for (auto entry = edits_.begin(); entry != edits_.end();) {
     const std::optional<PropertyValue> now = valueIn(file, entry->first);
     Edit& edit = entry->second;
+    if (edit.knowsFile && !now && absence == Absence::meansNothing) {
+      ++entry;
+      continue;
+    }
     if (edit.knowsFile && !isSame(edit.before, now)) {
       entry = edits_.erase(entry);
       continue;
@@ -49,7 +53,8 @@ void PendingEdits::follow(const PropertyDictionary& file) {
   }
 }
 
-void PendingEdits::settle(const PendingEdits& taken, const PropertyDictionary& file) {
+void PendingEdits::settle(const PendingEdits& taken, const PropertyDictionary& file,
+                          Absence absence) {
   for (const auto& [key, edit] : taken.edits_) {
     const auto found = edits_.find(key);
     if (found == edits_.end()) continue;
@@ -60,7 +65,7 @@ void PendingEdits::settle(const PendingEdits& taken, const PropertyDictionary& f
     found->second.knowsFile = true;
     found->second.before = valueIn(file, key);
   }
-  follow(file);
+  follow(file, absence);
 }
 
 PropertyDictionary PendingEdits::values() const {

@@ -24,12 +24,17 @@ class PendingEdits {
   void set(std::string_view key, tidewell::PropertyValue value,
            const tidewell::PropertyDictionary* file);
 
+  /// What it means that a file says nothing of a key: that somebody removed it, or nothing, since
+  /// the file is not whole.
+  enum class Absence { counts, meansNothing };
+
   /// Drops the edits whose keys have got other values in the file.
-  void follow(const tidewell::PropertyDictionary& file);
+  void follow(const tidewell::PropertyDictionary& file, Absence absence = Absence::counts);
 
   /// To be called when a copy of these edits, `taken` a while ago, has been saved in `file`. What
   /// was set since then stays.
-  void settle(const PendingEdits& taken, const tidewell::PropertyDictionary& file);
+  void settle(const PendingEdits& taken, const tidewell::PropertyDictionary& file,
+              Absence absence = Absence::counts);
 
   [[nodiscard]] tidewell::PropertyDictionary values() const;
 

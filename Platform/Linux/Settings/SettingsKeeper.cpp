@@ -32,7 +32,8 @@ struct SettingsKeeper::State {
   std::condition_variable changed;
   PendingEdits pending;
   tidewell::PropertyDictionary values;  ///< What the file says.
-  bool isKnown = false;                 ///< Whether it ever could be read.
+  PendingEdits::Absence absence = PendingEdits::Absence::counts;
+  bool isKnown = false;  ///< Whether it ever could be read.
   std::uint64_t looksAsked = 0;
   std::uint64_t looksDone = 0;
   SteadyClock::time_point lookedAt{};
@@ -79,7 +80,7 @@ void SettingsKeeper::State::look(Lock& lock) {
   source.look();
   lock.lock();
   publish();
-  if (isKnown) pending.follow(values);
+  if (isKnown) pending.follow(values, absence);
   looksDone = asked;
   lookedAt = SteadyClock::now();
   changed.notify_all();
@@ -94,7 +95,7 @@ void SettingsKeeper::State::save(Lock& lock) {
   lock.lock();
   isSaving = false;
   publish();
-  if (saving.state == SettingsSource::Saving::State::done) pending.settle(taken, values);
+  if (saving.state == SettingsSource::Saving::State::done) pending.settle(taken, values, absence);
   if (saving.state == SettingsSource::Saving::State::failed) ++failures;
   const bool isHurried = isFinishing && saving.state == SettingsSource::Saving::State::done;
   due = isHurried ? SteadyClock::now() : next;
@@ -117,6 +118,7 @@ SteadyClock::time_point SettingsKeeper::State::dueAfter(const SettingsSource::Sa
 
 void SettingsKeeper::State::publish() {
   if (source.isKnown()) values = source.values();
+  absence = source.absence();
   isKnown = source.isKnown();
   for (std::string& complaint : source.takeComplaints())
     complaints.push_back(std::move(complaint));

@@ -15,6 +15,10 @@ bool isBlank(const std::string& text) {
   return text.find_first_not_of(" \t\r\n") == std::string::npos;
 }
 
+bool isWhole(const std::string& text, const SettingsValues& settings) {
+  return settings.damage.empty() && !isBlank(text);
+}
+
 }  // namespace
 
 SettingsSource::SettingsSource(std::filesystem::path file, std::chrono::milliseconds settling)
@@ -48,23 +52,29 @@ bool SettingsSource::readAfresh(RegularFile& content) {
 }
 
 bool SettingsSource::isBelieved(const RegularFile& content, const SettingsValues& settings) {
-  const bool isWhole = settings.damage.empty() && !isBlank(content.text);
-  if (isWhole || !accepted_) return true;
+  if (isWhole(content.text, settings) || !accepted_) return true;
   const auto now = std::chrono::steady_clock::now();
   if (!doubtfulSince_) doubtfulSince_ = now;
   return now - *doubtfulSince_ >= settling_;
 }
 
-void SettingsSource::accept(std::string text, SettingsValues settings) {
+void SettingsSource::keep(std::string text, SettingsValues settings) {
+  absence_ =
+      isWhole(text, settings) ? PendingEdits::Absence::counts : PendingEdits::Absence::meansNothing;
   accepted_ = std::move(text);
   values_ = std::move(settings.values);
+}
+
+void SettingsSource::accept(std::string text, SettingsValues settings) {
+  const std::string damage = settings.damage;
+  keep(std::move(text), std::move(settings));
   doubtfulSince_.reset();
-  if (settings.damage.empty()) {
+  if (damage.empty()) {
     damageComplaint_.clear();
     return;
   }
-  complain(damageComplaint_, "settings file " + path().string() + " is damaged (" +
-                                 settings.damage + "); what cannot be read of it has its default");
+  complain(damageComplaint_, "settings file " + path().string() + " is damaged (" + damage +
+                                 "); what cannot be read of it has its default");
 }
 
 SettingsSource::Saving SettingsSource::save(PendingEdits edits) {
@@ -84,7 +94,7 @@ std::optional<SettingsSource::Saving> SettingsSource::tryToSave(PendingEdits& ed
     return content.error.empty() ? Saving{State::later, kBeingWritten}
                                  : Saving{State::failed, content.error};
   }
-  edits.follow(values_);
+  edits.follow(values_, absence_);
   std::optional<std::string> text = withSettings(content.text, edits.values());
   if (!text) return Saving{State::failed, "the change makes no valid file"};
   if (*text != content.text) {
@@ -92,8 +102,8 @@ std::optional<SettingsSource::Saving> SettingsSource::tryToSave(PendingEdits& ed
     if (change.outcome == Outcome::failed) return Saving{State::failed, change.error};
     if (change.outcome == Outcome::busy) return Saving{State::later, kBeingWritten};
     if (change.outcome == Outcome::changed) return std::nullopt;
-    accepted_ = std::move(*text);
-    values_ = parseSettings(*accepted_).values;
+    SettingsValues settings = parseSettings(*text);
+    keep(std::move(*text), std::move(settings));
   }
   saveComplaint_.clear();
   return Saving{State::done, {}};

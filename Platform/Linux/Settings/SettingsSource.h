@@ -29,6 +29,9 @@ class SettingsSource {
   /// As far as they were last read.
   [[nodiscard]] const tidewell::PropertyDictionary& values() const { return values_; }
 
+  /// Whether a key was removed that `values` does not have.
+  [[nodiscard]] PendingEdits::Absence absence() const { return absence_; }
+
   /// Reads the file if it has changed.
   void look();
 
@@ -51,6 +54,7 @@ class SettingsSource {
  private:
   bool readAfresh(RegularFile& content);
   bool isBelieved(const RegularFile& content, const SettingsValues& settings);
+  void keep(std::string text, SettingsValues settings);
   void accept(std::string text, SettingsValues settings);
   std::optional<Saving> tryToSave(PendingEdits& edits, const FolderLock& lock);
   void complain(std::string& former, const std::string& complaint);
@@ -59,6 +63,7 @@ class SettingsSource {
   const std::chrono::milliseconds settling_;
   std::optional<std::string> accepted_;  ///< The text that `values_` comes from.
   tidewell::PropertyDictionary values_;
+  PendingEdits::Absence absence_ = PendingEdits::Absence::counts;
   std::optional<FileStamp> stamp_;  ///< Of that text's file, once another change would show.
   std::optional<std::chrono::steady_clock::time_point> doubtfulSince_;
   std::vector<std::string> complaints_;

@@ -1,0 +1,67 @@
+#include "Platform/Linux/Settings/SettingsSource.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+
+#include "Tests/Platform/Settings/IntegerValue.h"
+#include "Tests/Platform/Settings/SettingsFolder.h"
+
+namespace platform {
+namespace {
+
+using SavingState = SettingsSource::Saving::State;
+using namespace std::chrono_literals;
+
+/// A source that has read `text`, and thinks for `settling` that it may be half-written.
+struct ReadSource {
+  ReadSource(std::string_view text, std::chrono::milliseconds settling)
+      : source(folder.file(), settling) {
+    folder.write(text);
+    source.look();
+  }
+
+  PendingEdits edited(std::string_view key, tidewell::PropertyValue value) const {
+    PendingEdits edits;
+    edits.set(key, std::move(value), &source.values());
+    return edits;
+  }
+
+  SettingsFolder folder;
+  SettingsSource source;
+};
+
+TEST(SettingsSource, SavesAnEditOfAKeyThatAnEmptiedFileNoLongerHas) {
+  ReadSource read("k = 1\n", 0ms);
+  const PendingEdits edits = read.edited("k", integer(2));
+  read.folder.writeJustNow("");
+  EXPECT_EQ(read.source.save(edits).state, SavingState::done);
+  EXPECT_EQ(read.folder.read(), "k = 2\n");
+}
+
+TEST(SettingsSource, SavesAnEditOfAKeyWhoseLineIsDamagedMeanwhile) {
+  ReadSource read("k = 1\n", 0ms);
+  const PendingEdits edits = read.edited("k", integer(2));
+  read.folder.writeJustNow("k = \n");
+  EXPECT_EQ(read.source.save(edits).state, SavingState::done);
+  EXPECT_EQ(read.folder.read(), "# k = \nk = 2\n");
+}
+
+TEST(SettingsSource, LetsAnotherValueInADamagedFileOverruleAnEdit) {
+  ReadSource read("k = 1\n", 0ms);
+  const PendingEdits edits = read.edited("k", integer(2));
+  read.folder.writeJustNow("k = 3\nx = \n");
+  EXPECT_EQ(read.source.save(edits).state, SavingState::done);
+  EXPECT_EQ(read.folder.read(), "k = 3\nx = \n");
+}
+
+TEST(SettingsSource, LetsAKeyThatWasRemovedFromAWholeFileOverruleAnEdit) {
+  ReadSource read("k = 1\nother = 1\n", 0ms);
+  const PendingEdits edits = read.edited("k", integer(2));
+  read.folder.writeJustNow("other = 1\n");
+  EXPECT_EQ(read.source.save(edits).state, SavingState::done);
+  EXPECT_EQ(read.folder.read(), "other = 1\n");
+}
+
+}  // namespace
+}  // namespace platform
