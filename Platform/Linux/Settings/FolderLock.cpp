@@ -29,7 +29,7 @@ void letOthersIn() {
 }
 
 /// Never waits in the kernel: the one who holds the lock may have been stopped.
-bool isHeldByAnother(int folder) {
+bool isLockedByAnother(int folder) {
   return flock(folder, LOCK_EX | LOCK_NB) != 0 && (errno == EWOULDBLOCK || errno == EINTR);
 }
 
@@ -43,9 +43,10 @@ FolderLock::FolderLock(const std::filesystem::path& folder)
   }
   letOthersIn();
   const auto deadline = SteadyClock::now() + kLockPatience;
-  while (isHeldByAnother(folder_.get())) {
+  while (isLockedByAnother(folder_.get())) {
     if (SteadyClock::now() >= deadline) {
       error_ = "the folder is locked by another program";
+      isHeldByAnother_ = true;
       folder_.reset();
       return;
     }

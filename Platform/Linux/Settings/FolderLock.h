@@ -19,6 +19,8 @@ class FolderLock {
   FolderLock& operator=(const FolderLock&) = delete;
 
   [[nodiscard]] const std::string& error() const { return error_; }
+  /// Whether the error is that another holds the lock.
+  [[nodiscard]] bool isHeldByAnother() const { return isHeldByAnother_; }
 
   /// Writes what was renamed in the folder through to the disk.
   void synchronize() const;
@@ -26,6 +28,7 @@ class FolderLock {
  private:
   Descriptor folder_;
   std::string error_;
+  bool isHeldByAnother_ = false;
 };
 
 }  // namespace platform

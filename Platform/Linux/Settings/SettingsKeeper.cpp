@@ -88,16 +88,20 @@ void SettingsKeeper::State::look(Lock& lock) {
 
 void SettingsKeeper::State::save(Lock& lock) {
   const PendingEdits taken = pending;
+  const bool isLastTry = isFinishing;
   isSaving = true;
   lock.unlock();
   const SettingsSource::Saving saving = source.save(taken);
-  const SteadyClock::time_point next = dueAfter(saving);
   lock.lock();
+  const SteadyClock::time_point next = dueAfter(saving);
   isSaving = false;
   publish();
   if (saving.state == SettingsSource::Saving::State::done) pending.settle(taken, values, absence);
-  if (saving.state == SettingsSource::Saving::State::failed) ++failures;
-  const bool isHurried = isFinishing && saving.state == SettingsSource::Saving::State::done;
+  const bool isFailed = saving.state == SettingsSource::Saving::State::failed;
+  if (isFailed && isLastTry) ++failures;
+  // What failed before the end began may succeed now.
+  const bool isHurried = isFinishing && (saving.state == SettingsSource::Saving::State::done ||
+                                         (isFailed && !isLastTry));
   due = isHurried ? SteadyClock::now() : next;
   changed.notify_all();
 }
@@ -110,7 +114,7 @@ SteadyClock::time_point SettingsKeeper::State::dueAfter(const SettingsSource::Sa
   }
   if (saving.state == SettingsSource::Saving::State::later) {
     if (!busySince) busySince = now;
-    if (now - *busySince < timing.retrying) return now + kBeforeAnotherTry;
+    if (isFinishing || now - *busySince < timing.retrying) return now + kBeforeAnotherTry;
   }
   source.complainOfSaving(saving.why);
   return now + timing.retrying;

@@ -15,6 +15,22 @@ bool isBlank(const std::string& text) {
   return text.find_first_not_of(" \t\r\n") == std::string::npos;
 }
 
+struct Edited {
+  std::string text;
+  bool isComplete;  ///< Whether every edit is in it.
+};
+
+/// One edit that cannot be written does not keep the others from it.
+Edited withAsManyAsPossible(const std::string& text, const tidewell::PropertyDictionary& edits) {
+  if (std::optional<std::string> all = withSettings(text, edits)) return {*std::move(all), true};
+  Edited edited{text, false};
+  for (const auto& [key, value] : edits) {
+    std::optional<std::string> next = withSettings(edited.text, {{key, value}});
+    if (next) edited.text = *std::move(next);
+  }
+  return edited;
+}
+
 bool isWhole(const std::string& text, const SettingsValues& settings) {
   return settings.damage.empty() && !isBlank(text);
 }
@@ -42,7 +58,7 @@ bool SettingsSource::readAfresh(RegularFile& content) {
   }
   readComplaint_.clear();
   if (content.text == accepted_) {
-    doubtfulSince_.reset();
+    doubtful_.reset();
     return true;
   }
   SettingsValues settings = parseSettings(content.text);
@@ -54,8 +70,11 @@ bool SettingsSource::readAfresh(RegularFile& content) {
 bool SettingsSource::isBelieved(const RegularFile& content, const SettingsValues& settings) {
   if (isWhole(content.text, settings) || !accepted_) return true;
   const auto now = std::chrono::steady_clock::now();
-  if (!doubtfulSince_) doubtfulSince_ = now;
-  return now - *doubtfulSince_ >= settling_;
+  if (doubtful_ != content.text) {
+    doubtful_ = content.text;
+    doubtfulSince_ = now;
+  }
+  return now - doubtfulSince_ >= settling_;
 }
 
 void SettingsSource::keep(std::string text, SettingsValues settings) {
@@ -68,7 +87,7 @@ void SettingsSource::keep(std::string text, SettingsValues settings) {
 void SettingsSource::accept(std::string text, SettingsValues settings) {
   const std::string damage = settings.damage;
   keep(std::move(text), std::move(settings));
-  doubtfulSince_.reset();
+  doubtful_.reset();
   if (damage.empty()) {
     damageComplaint_.clear();
     return;
@@ -79,6 +98,7 @@ void SettingsSource::accept(std::string text, SettingsValues settings) {
 
 SettingsSource::Saving SettingsSource::save(PendingEdits edits) {
   const FolderLock lock = file_.lock();
+  if (lock.isHeldByAnother()) return {State::later, lock.error()};
   if (!lock.error().empty()) return {State::failed, lock.error()};
   for (int attempt = 0; attempt < kAttempts; ++attempt) {
     if (auto saving = tryToSave(edits, lock)) return *std::move(saving);
@@ -95,16 +115,16 @@ std::optional<SettingsSource::Saving> SettingsSource::tryToSave(PendingEdits& ed
                                  : Saving{State::failed, content.error};
   }
   edits.follow(values_, absence_);
-  std::optional<std::string> text = withSettings(content.text, edits.values());
-  if (!text) return Saving{State::failed, "the change makes no valid file"};
-  if (*text != content.text) {
-    const SettingsFile::Change change = file_.replace(*text, content, lock);
+  Edited edited = withAsManyAsPossible(content.text, edits.values());
+  if (edited.text != content.text) {
+    const SettingsFile::Change change = file_.replace(edited.text, content, lock);
     if (change.outcome == Outcome::failed) return Saving{State::failed, change.error};
     if (change.outcome == Outcome::busy) return Saving{State::later, kBeingWritten};
     if (change.outcome == Outcome::changed) return std::nullopt;
-    SettingsValues settings = parseSettings(*text);
-    keep(std::move(*text), std::move(settings));
+    SettingsValues settings = parseSettings(edited.text);
+    keep(std::move(edited.text), std::move(settings));
   }
+  if (!edited.isComplete) return Saving{State::failed, "the change makes no valid file"};
   saveComplaint_.clear();
   return Saving{State::done, {}};
 }

@@ -16,8 +16,9 @@ namespace platform {
 /// long as the disk does.
 ///
 /// Others change the file as they like. What is not whole although it was a moment ago (empty,
-/// damaged, gone) may be half-written by an editor: it is believed after `settling`. Of a file that
-/// stays damaged everything is read that can be, and the rest of it is left as it stands.
+/// damaged, gone) may be half-written by an editor: it is believed once it has stayed the same for
+/// `settling`. Of a file that stays damaged everything is read that can be, and the rest of it is
+/// left as it stands.
 class SettingsSource {
  public:
   SettingsSource(std::filesystem::path file, std::chrono::milliseconds settling);
@@ -42,7 +43,8 @@ class SettingsSource {
   };
 
   /// Reads the file afresh, and writes into it those of the `edits` that nobody has overruled
-  /// there. `later` when somebody else seems to be writing.
+  /// there; `failed` when one of them cannot be written, whatever becomes of the others. `later`
+  /// when somebody else holds the folder or seems to be writing.
   Saving save(PendingEdits edits);
 
   /// Says once why saving does not succeed, until it does.
@@ -64,8 +66,9 @@ class SettingsSource {
   std::optional<std::string> accepted_;  ///< The text that `values_` comes from.
   tidewell::PropertyDictionary values_;
   PendingEdits::Absence absence_ = PendingEdits::Absence::counts;
-  std::optional<FileStamp> stamp_;  ///< Of that text's file, once another change would show.
-  std::optional<std::chrono::steady_clock::time_point> doubtfulSince_;
+  std::optional<FileStamp> stamp_;       ///< Of that text's file, once another change would show.
+  std::optional<std::string> doubtful_;  ///< The last text that was not believed.
+  std::chrono::steady_clock::time_point doubtfulSince_;
   std::vector<std::string> complaints_;
   std::string readComplaint_;  ///< What was said last, so as not to say it again.
   std::string damageComplaint_;

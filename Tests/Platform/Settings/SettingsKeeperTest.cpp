@@ -7,6 +7,8 @@
 #include <sys/stat.h>
 
 #include <cstdint>
+#include <optional>
+#include <thread>
 
 #include "Platform/Linux/Settings/SettingsFile.h"
 #include "Tests/Platform/Settings/IntegerValue.h"
@@ -58,9 +60,7 @@ TEST(SettingsKeeper, WritesEverythingBeforeItGoes) {
 
 TEST(SettingsKeeper, DoesNotWaitForALockThatAnotherHolds) {
   const SettingsFolder folder;
-  SettingsKeeper::Timing timing = SettingsFolder::patient();
-  timing.retrying = std::chrono::hours(1);
-  SettingsKeeper keeper(folder.file(), timing);
+  SettingsKeeper keeper(folder.file(), SettingsFolder::patient());
   {
     const FolderLock held = SettingsFile(folder.file()).lock();
     keeper.set("a", integer(1));
@@ -71,6 +71,23 @@ TEST(SettingsKeeper, DoesNotWaitForALockThatAnotherHolds) {
   }
   keeper.finish();
   EXPECT_EQ(folder.read(), "a = 1\n");
+}
+
+TEST(SettingsKeeper, WaitsAtTheEndForALockThatAnotherHoldsForLong) {
+  const SettingsFolder folder;
+  const SettingsFile file(folder.file());
+  std::optional<FolderLock> held(std::in_place, folder.path(""));
+  SettingsKeeper keeper(folder.file(), SettingsFolder::patient());
+  keeper.set("a", integer(1));
+  std::thread holder([&] {
+    // As patient as the keeper is: its first attempts have ended when these have.
+    for (int attempt = 0; attempt < 3; ++attempt)
+      EXPECT_NE(file.lock().error(), "");
+    held.reset();
+  });
+  keeper.finish();
+  EXPECT_EQ(folder.read(), "a = 1\n");
+  holder.join();
 }
 
 TEST(SettingsKeeper, LosesNoEditThatLandsWhileItWrites) {

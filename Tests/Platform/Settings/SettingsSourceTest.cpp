@@ -63,5 +63,38 @@ TEST(SettingsSource, LetsAKeyThatWasRemovedFromAWholeFileOverruleAnEdit) {
   EXPECT_EQ(read.folder.read(), "other = 1\n");
 }
 
+TEST(SettingsSource, WaitsForAnEditorThatIsStillWritingHoweverLongItWrites) {
+  constexpr auto settling = 20ms;
+  ReadSource read("k = 1\n", settling);
+  std::string halfWay = "k = [";
+  const auto begin = std::chrono::steady_clock::now();
+  do {
+    halfWay += " 1,";
+    read.folder.writeJustNow(halfWay);
+    read.source.look();
+    ASSERT_EQ(read.source.values().at("k"), integer(1)) << halfWay;
+  } while (std::chrono::steady_clock::now() - begin < 2 * settling);
+}
+
+TEST(SettingsSource, SavesLaterWhileAnotherHoldsTheFolder) {
+  ReadSource read("k = 1\n", 0ms);
+  const PendingEdits edits = read.edited("k", integer(2));
+  {
+    const FolderLock held = SettingsFile(read.folder.file()).lock();
+    EXPECT_EQ(read.source.save(edits).state, SavingState::later);
+  }
+  EXPECT_EQ(read.source.save(edits).state, SavingState::done);
+}
+
+TEST(SettingsSource, SavesTheOtherEditsWhereOneCannotBeWritten) {
+  ReadSource read("a = 1\nk = 1\nz = 1\n", 0ms);
+  PendingEdits edits = read.edited("a", integer(2));
+  edits.set("k", std::monostate(), &read.source.values());
+  edits.set("z", integer(2), &read.source.values());
+  EXPECT_EQ(read.source.save(edits).state, SavingState::failed);
+  EXPECT_EQ(read.folder.read(), "a = 2\nk = 1\nz = 2\n");
+  EXPECT_EQ(read.source.values().at("z"), integer(2));
+}
+
 }  // namespace
 }  // namespace platform
