@@ -58,7 +58,9 @@ class SettingsKeeper {
 
   const Timing timing_;
   std::shared_ptr<State> state_;
-  ThreadQueue queue_{"staylit-settings", ThreadQueue::Descriptors::own};
+  /// Somebody waits for this thread, so it is as quick as they are.
+  ThreadQueue queue_{"staylit-settings", ThreadQueue::Descriptors::own,
+                     ThreadQueue::Priority::owners};
 };
 
 }  // namespace platform

@@ -38,11 +38,12 @@ class SignalsBlocked {
 
 /// Owned by queue and thread alike, since either may end first.
 struct ThreadQueue::State {
-  State(std::string queueLabel, Descriptors whose)
-      : label(std::move(queueLabel)), descriptors(whose) {}
+  State(std::string queueLabel, Descriptors whose, Priority which)
+      : label(std::move(queueLabel)), descriptors(whose), priority(which) {}
 
   const std::string label;
   const Descriptors descriptors;
+  const Priority priority;
   std::mutex lock;  ///< Guards the rest, but for `thread`, which only the queue's owner touches.
   std::condition_variable changed;
   std::deque<std::function<void()>> pending;
@@ -53,8 +54,8 @@ struct ThreadQueue::State {
   void workUntilStopped();
 };
 
-ThreadQueue::ThreadQueue(std::string label, Descriptors descriptors)
-    : state_(std::make_shared<State>(std::move(label), descriptors)) {}
+ThreadQueue::ThreadQueue(std::string label, Descriptors descriptors, Priority priority)
+    : state_(std::make_shared<State>(std::move(label), descriptors, priority)) {}
 
 ThreadQueue::~ThreadQueue() {
   std::deque<std::function<void()>> dropped;
@@ -115,8 +116,9 @@ void* ThreadQueue::runThread(void* argument) {
     close_range(STDERR_FILENO + 1, ~0U, CLOSE_RANGE_UNSHARE);
   pthread_setname_np(pthread_self(), (*state)->label.substr(0, kThreadNameLength).c_str());
   // On Linux this number is one thread's, not the process's.
-  setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()),
-              getpriority(PRIO_PROCESS, static_cast<id_t>(gettid())) + kNiceness);
+  const auto self = static_cast<id_t>(gettid());
+  if ((*state)->priority == Priority::lower)
+    setpriority(PRIO_PROCESS, self, getpriority(PRIO_PROCESS, self) + kNiceness);
   (*state)->workUntilStopped();
   return nullptr;
 }

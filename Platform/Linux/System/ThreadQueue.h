@@ -10,9 +10,10 @@ namespace platform {
 
 /// A serial queue on a thread of its own, which begins with the first piece of work.
 ///
-/// The thread is named after the label (its first 15 bytes), runs at a slightly lower priority and
-/// has every signal blocked. Where no thread can be had, work runs in `async` itself: a moment's
-/// delay is better than work that its submitter waits for and that never comes.
+/// The thread is named after the label (its first 15 bytes), runs at a slightly lower priority,
+/// unless it is to have its owner's, and has every signal blocked. Where no thread can be had, work
+/// runs in `async` itself: a moment's delay is better than work that its submitter waits for and
+/// that never comes.
 ///
 /// Destroying the queue drops what has not begun and waits for what is under way; destroyed by a
 /// piece of its own work, or after `abandon`, it does not wait, and the thread ends after that
@@ -24,7 +25,11 @@ class ThreadQueue : public tidewell::SerialQueue {
   /// stays open until it is free again, even when the process was killed.
   enum class Descriptors { shared, own };
 
-  explicit ThreadQueue(std::string label, Descriptors descriptors = Descriptors::shared);
+  /// A thread that somebody waits for should have its owner's priority.
+  enum class Priority { lower, owners };
+
+  explicit ThreadQueue(std::string label, Descriptors descriptors = Descriptors::shared,
+                       Priority priority = Priority::lower);
   ~ThreadQueue() override;
   ThreadQueue(const ThreadQueue&) = delete;
   ThreadQueue& operator=(const ThreadQueue&) = delete;

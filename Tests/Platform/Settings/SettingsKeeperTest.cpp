@@ -4,6 +4,7 @@
 
 #include <dirent.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 
 #include <cstdint>
@@ -88,6 +89,20 @@ TEST(SettingsKeeper, WaitsAtTheEndForALockThatAnotherHoldsForLong) {
   keeper.finish();
   EXPECT_EQ(folder.read(), "a = 1\n");
   holder.join();
+}
+
+TEST(SettingsKeeper, HasAThreadAsQuickAsTheOneThatWaitsForIt) {
+  const SettingsFolder folder;
+  SettingsKeeper keeper(folder.file(), SettingsFolder::patient());
+  keeper.value("a");
+  int found = 0;
+  for (const auto& thread : std::filesystem::directory_iterator("/proc/self/task")) {
+    if (SettingsFolder::read(thread.path() / "comm") != "staylit-setting\n") continue;
+    ++found;
+    const auto number = static_cast<id_t>(std::stoi(thread.path().filename()));
+    EXPECT_EQ(getpriority(PRIO_PROCESS, number), getpriority(PRIO_PROCESS, 0));
+  }
+  EXPECT_EQ(found, 1);
 }
 
 TEST(SettingsKeeper, LosesNoEditThatLandsWhileItWrites) {
