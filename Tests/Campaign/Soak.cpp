@@ -69,6 +69,7 @@ class Soak {
 
   void judge() {
     if (memoryKB_.back() == 0) outcome_.findings.emplace_back("the program ended");
+    if (started_ == 0) outcome_.findings.emplace_back("no program was started beside it");
     const long most = *std::ranges::max_element(memoryKB_) - memoryKB_.front();
     if (most > kMostSoakGrowthKB) {
       outcome_.findings.push_back("the memory grew by " + std::to_string(most) + " KB");
