@@ -19,7 +19,10 @@ Outcome damagedMessages(Effort effort);
 Outcome forgedMessages(Effort effort);
 Outcome severalStaylits(Effort effort);
 Outcome restarts(Effort effort);
-Outcome stops(Effort effort);
+Outcome stopsOfStaylit(Effort effort);
+Outcome stopsOfLogind(Effort effort);
+Outcome stopsOfTheSystemBus(Effort effort);
+Outcome stopsOfTheSessionBus(Effort effort);
 Outcome settingsFiles(Effort effort);
 Outcome failingCalls(Effort effort);
 

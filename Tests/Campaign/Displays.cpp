@@ -12,6 +12,7 @@
 #include <cstdlib>
 #include <fstream>
 #include <functional>
+#include <iterator>
 #include <optional>
 #include <string>
 
@@ -79,18 +80,21 @@ class Displays {
 
   void trySilent() {
     platform::testing::SilentDisplay display;
-    askedForAWindow("a silent display", display.name(), [&display] { return display.wasAsked(); });
+    askedForAWindow("a silent display", display.name(),
+                    [&display](pid_t) { return display.wasAsked(); });
   }
 
   void tryStopped() {
     const XServer server;
     if (!server.isThere()) return find("No X server could be started.");
     server.freeze();
-    askedForAWindow("a stopped display", server.name(), [] { return true; });
+    askedForAWindow("a stopped display", server.name(), hasChild);
   }
 
   void tryRefusing() {
-    askedForAWindow("a refusing display", ":4999", [] { return true; });
+    askedForAWindow("a refusing display", ":4999", [this](pid_t) {
+      return machine_.output("err").find("the display cannot be used") != std::string::npos;
+    });
   }
 
   /// One that answers until there is a window.
@@ -122,7 +126,7 @@ class Displays {
 
  private:
   void askedForAWindow(const std::string& what, const std::string& display,
-                       const std::function<bool()>& isUnderWay) {
+                       const std::function<bool(pid_t)>& wasTried) {
     const ScopedEnvironment x("DISPLAY", display);
     const ScopedEnvironment wayland("WAYLAND_DISPLAY", std::nullopt);
     const ChildProgram staylit = machine_.start();
@@ -131,7 +135,8 @@ class Displays {
     if (OwnMachine::wait(machine_.start({"--settings"})) != 0) {
       find("On " + what + " a request for a window was not answered.");
     }
-    if (!OwnMachine::eventually(isUnderWay, 20s)) find("Nobody tried " + what + ".");
+    const auto tried = [&] { return wasTried(staylit.pid()); };
+    if (!OwnMachine::eventually(tried, 30s)) find("Nobody tried " + what + ".");
     const auto begin = Clock::now();
     OwnMachine::wait(machine_.start({"--pause"}));
     const bool isReleased =
@@ -145,6 +150,12 @@ class Displays {
 
   bool holds() {
     return OwnMachine::eventually([this] { return !machine_.holdReason().empty(); }, 30s);
+  }
+  /// Whether a process of the program's own tries the display.
+  static bool hasChild(pid_t pid) {
+    const std::string number = std::to_string(pid);
+    std::ifstream children("/proc/" + number + "/task/" + number + "/children");
+    return !std::string(std::istreambuf_iterator<char>(children), {}).empty();
   }
   /// Whether the windows' module and what speaks with X are in that process.
   static bool hasWindows(pid_t pid) {

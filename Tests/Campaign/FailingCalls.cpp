@@ -5,6 +5,7 @@
 #include <chrono>
 #include <csignal>
 #include <filesystem>
+#include <map>
 #include <string>
 #include <thread>
 #include <vector>
@@ -50,7 +51,7 @@ class FailingCalls : testing::OwnMachine {
         tryOne(failure, number, effort);
       }
     }
-    outcome_.measured = std::to_string(reached_) + " of these calls were made and failed";
+    outcome_.measured = "made and failed: " + reachedOfEach();
     return outcome_;
   }
 
@@ -58,6 +59,14 @@ class FailingCalls : testing::OwnMachine {
   static constexpr int kCalls = 50;
   static constexpr std::array kQuickCalls = {1, 2, 5};
   static constexpr auto kQuickTime = 16s;
+
+  /// How many of each kind the programs came to.
+  [[nodiscard]] std::string reachedOfEach() const {
+    std::string text;
+    for (const auto& [call, count] : reached_)
+      text += (text.empty() ? "" : ", ") + std::to_string(count) + " x " + call;
+    return text;
+  }
 
   /// Nothing may work: no threshold is ever reached, and nobody else is believed.
   static constexpr const char* kText =
@@ -74,7 +83,7 @@ class FailingCalls : testing::OwnMachine {
     std::filesystem::remove(markFile());
     letRun({"--diagnose"}, effort.quick ? 300ms : 1500ms, SIGTERM);
     letRun({}, effort.quick ? 500ms : 4500ms, 0);
-    if (std::filesystem::exists(markFile())) ++reached_;
+    if (std::filesystem::exists(markFile())) ++reached_[failure.call];
     ++outcome_.runs;
   }
 
@@ -130,7 +139,7 @@ class FailingCalls : testing::OwnMachine {
   Outcome outcome_;
   std::string what_;
   std::string ending_;
-  int reached_ = 0;
+  std::map<std::string, int> reached_;
 };
 
 }  // namespace

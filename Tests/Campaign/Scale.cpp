@@ -126,6 +126,10 @@ std::vector<ChildProgram> crowdOf(int count, int names, const std::filesystem::p
   return crowd;
 }
 
+bool haveAllBegun(const std::vector<ChildProgram>& crowd) {
+  return std::ranges::all_of(crowd, [](const ChildProgram& each) { return each.pid() > 0; });
+}
+
 /// A machine with very much of one thing, and what that costs the program.
 class Crowded {
  public:
@@ -195,6 +199,7 @@ class Scale {
         const int count = effort_.quick ? 400 : 10'000;
         const int names = count * namesOfThousand / 1000;
         const auto crowd = crowdOf(count, names, crowded.machine().folder.path());
+        if (!haveAllBegun(crowd)) outcome_.findings.emplace_back("not so many processes began");
         crowded.measure(std::to_string(count) + " processes of " + std::to_string(names) +
                         " names");
       });

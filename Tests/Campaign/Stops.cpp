@@ -24,32 +24,43 @@ using testing::ChildProgram;
 using testing::OwnMachine;
 using Steady = std::chrono::steady_clock;
 
+enum class Stopped { staylit, logind, systemBus, sessionBus };
+
 /// Two ticks, each with its tolerance, and what one call may take.
 constexpr auto kTwoTicks = 6s;
 
-/// Stops Staylit, logind or a bus for a while, lets something change meanwhile, and sees after how
-/// long everything is as it should be.
+/// Stops one of those that Staylit needs, or Staylit itself, for a while, lets something change
+/// meanwhile, and sees after how long everything is as it should be.
 class Stops {
  public:
   explicit Stops(Effort effort) : effort_(effort) {}
 
   bool begin() { return machine_.begin(); }
 
-  Outcome run() {
+  Outcome run(Stopped stopped) {
     machine_.writeSettings("graceSeconds = 600\ncpuThresholdPercent = 1e9\n");
     const int count = effort_.quick ? 1 : 50;
-    for (int number = 0; number < count; ++number) {
-      stopStaylit(number);
-      stopService("logind", *machine_.logind, number);
-      stopService("the system bus", *machine_.systemDaemon, number);
-      stopSessionBus();
-    }
+    for (int number = 0; number < count; ++number)
+      stop(stopped, number);
     outcome_.measured = "longest until all was right " + std::to_string(longest_.count()) +
                         " ms after the continuation";
     return outcome_;
   }
 
  private:
+  void stop(Stopped stopped, int number) {
+    switch (stopped) {
+      case Stopped::staylit:
+        return stopStaylit(number);
+      case Stopped::logind:
+        return stopService("logind", *machine_.logind, number);
+      case Stopped::systemBus:
+        return stopService("the system bus", *machine_.systemDaemon, number);
+      case Stopped::sessionBus:
+        return stopSessionBus();
+    }
+  }
+
   /// Between 1 s and 300 s, the short ones more often.
   std::chrono::milliseconds randomTime() {
     if (effort_.quick) return 1500ms;
@@ -153,13 +164,26 @@ class Stops {
   std::chrono::milliseconds longest_{0};
 };
 
-}  // namespace
-
-Outcome stops(Effort effort) {
+Outcome stops(Effort effort, Stopped stopped) {
   if (const auto obstacle = OwnMachine::obstacle()) return notPossible(*obstacle);
   Stops campaign(effort);
   if (!campaign.begin()) return notPossible("logind does not answer");
-  return campaign.run();
+  return campaign.run(stopped);
+}
+
+}  // namespace
+
+Outcome stopsOfStaylit(Effort effort) {
+  return stops(effort, Stopped::staylit);
+}
+Outcome stopsOfLogind(Effort effort) {
+  return stops(effort, Stopped::logind);
+}
+Outcome stopsOfTheSystemBus(Effort effort) {
+  return stops(effort, Stopped::systemBus);
+}
+Outcome stopsOfTheSessionBus(Effort effort) {
+  return stops(effort, Stopped::sessionBus);
 }
 
 }  // namespace staylit::campaign
