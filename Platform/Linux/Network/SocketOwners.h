@@ -12,6 +12,7 @@
 #include "Platform/Linux/Network/SocketHolders.h"
 #include "Platform/Linux/Network/SocketRecord.h"
 #include "Platform/Linux/Network/SocketTable.h"
+#include "Tidewell/Ports/Clock.h"
 
 namespace platform {
 
@@ -30,7 +31,7 @@ struct SocketOwner {
 /// at a time; `holders` and `processes` must outlive it.
 class SocketOwners {
  public:
-  using Time = std::chrono::steady_clock::time_point;
+  using Time = tidewell::Moment;
 
   /// With `onlyUid`, sockets of other users are never looked for: who may read only their own
   /// processes finds nothing there.

@@ -13,6 +13,7 @@
 #include "Platform/Linux/Network/SocketDestroyNotifications.h"
 #include "Platform/Linux/Network/SocketDiagnostics.h"
 #include "Platform/Linux/Network/ToolName.h"
+#include "Platform/Linux/System/BootTime.h"
 
 namespace platform {
 namespace {
@@ -24,7 +25,7 @@ SocketTableTool::Parts machineParts(tidewell::ProcessAccounts* accounts) {
   parts.source = std::make_unique<SocketDiagnostics>();
   parts.holders = std::make_unique<ProcSocketHolders>();
   parts.interfaces = std::make_unique<InterfaceCounters>();
-  parts.now = std::chrono::steady_clock::now;
+  parts.now = BootTime::now;
   if (geteuid() != 0) parts.onlyUid = geteuid();
   return parts;
 }

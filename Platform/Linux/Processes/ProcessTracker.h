@@ -1,6 +1,5 @@
 #pragma once
 
-#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -12,6 +11,8 @@
 #include "Platform/Linux/Processes/ProcFileSystem.h"
 #include "Platform/Linux/Processes/ProcessReader.h"
 #include "Platform/Linux/Processes/TrackedProcess.h"
+#include "Platform/Linux/System/BootTime.h"
+#include "Tidewell/Ports/Clock.h"
 #include "Tidewell/Ports/ProcessTable.h"
 #include "Tidewell/Ports/Text.h"
 
@@ -30,14 +31,12 @@ namespace platform {
 /// Main thread only; the arguments must outlive it.
 class ProcessTracker {
  public:
-  using SteadyTime = std::chrono::steady_clock::time_point;
-
   struct Sources {
     ProcFileSystem& proc;
     CpuClock& clock;
     ApplicationResolver& applications;
     tidewell::Text& text;
-    std::function<SteadyTime()> now = std::chrono::steady_clock::now;
+    std::function<tidewell::Moment()> now = BootTime::now;
     /// Since the machine was started, as the kernel counts the start of a process.
     std::function<std::uint64_t()> uptimeTicks = clockTicksSinceBoot;
   };
@@ -102,7 +101,7 @@ class ProcessTracker {
   bool hadStrangers_ = false;   ///< Whether others than those found were born since the last pass.
   std::int32_t lastSwept_ = 0;  ///< Where the next sweep for reaped children goes on.
   std::size_t cursor_ = 0;      ///< Where the next `find` is likely to hit.
-  std::optional<SteadyTime> lastScan_;
+  std::optional<tidewell::Moment> lastScan_;
   std::optional<std::int32_t> newest_;        ///< The newest identifier, as of this pass.
   std::optional<std::int32_t> formerNewest_;  ///< As of the pass before.
 };

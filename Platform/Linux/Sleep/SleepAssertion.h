@@ -11,6 +11,7 @@
 
 #include "Platform/Linux/Sleep/HoldKind.h"
 #include "Platform/Linux/Sleep/InhibitMechanism.h"
+#include "Tidewell/Ports/Clock.h"
 
 namespace platform {
 
@@ -24,7 +25,7 @@ namespace platform {
 class SleepAssertion : public std::enable_shared_from_this<SleepAssertion> {
  public:
   using Mechanisms = std::vector<InhibitMechanism*>;
-  using Moment = std::chrono::steady_clock::time_point;
+  using Moment = tidewell::Moment;
   using Now = std::function<Moment()>;
   using Reasons = std::multiset<std::string>;
 

@@ -12,6 +12,7 @@
 #include "Platform/Linux/Sleep/ReadBack.h"
 #include "Platform/Linux/Sleep/SleepAssertion.h"
 #include "Platform/Linux/Sleep/SleepServices.h"
+#include "Platform/Linux/System/BootTime.h"
 #include "Platform/Recorded/RecordedPowerManagement.h"
 #include "Tidewell/Ports/MainLoop.h"
 #include "Tidewell/Ports/PowerManagement.h"
@@ -29,7 +30,7 @@ class SleepInhibitors : public tidewell::PowerManagement {
   /// The first three must outlive this. `now` is the clock by which the loop's timers go.
   SleepInhibitors(
       Bus& systemBus, Bus& sessionBus, tidewell::MainLoop& loop,
-      SleepAssertion::Now now = [] { return std::chrono::steady_clock::now(); });
+      SleepAssertion::Now now = BootTime::now);
   ~SleepInhibitors() override;
   SleepInhibitors(const SleepInhibitors&) = delete;
   SleepInhibitors& operator=(const SleepInhibitors&) = delete;

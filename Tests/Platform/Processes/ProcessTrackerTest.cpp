@@ -63,7 +63,7 @@ class ProcessTrackerTest : public ::testing::Test {
   std::uint64_t uptimeTicks = 1000;  ///< The moment at which the processes of the tree start.
   UnitsByName units;
   IcuText text;
-  ProcessTracker::SteadyTime now{};
+  tidewell::Moment now{};
 
  private:
   std::optional<ProcFileSystem> proc_;
