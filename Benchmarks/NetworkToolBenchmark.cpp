@@ -9,11 +9,11 @@
 #include <utility>
 #include <vector>
 
+#include "Platform/Linux/Files/Descriptor.h"
 #include "Platform/Linux/Network/InterfaceCounters.h"
 #include "Platform/Linux/Network/ProcSocketHolders.h"
 #include "Platform/Linux/Network/SocketDiagnostics.h"
 #include "Platform/Linux/Network/SocketTableTool.h"
-#include "Platform/Linux/System/Descriptor.h"
 
 namespace platform {
 namespace {

@@ -20,7 +20,7 @@
 #include <vector>
 
 #include "Benchmarks/Crowd.h"
-#include "Platform/Linux/Processes/CpuClock.h"
+#include "Platform/Linux/Proc/CpuClock.h"
 
 namespace {
 

@@ -3,12 +3,12 @@
 #include "Platform/Linux/Applications/DesktopApplications.h"
 #include "Platform/Linux/Applications/DesktopFiles.h"
 #include "Platform/Linux/Applications/LinuxRunningApplications.h"
+#include "Platform/Linux/Applications/NamedHolders.h"
 #include "Platform/Linux/Network/SocketTableTool.h"
-#include "Platform/Linux/Processes/CpuClock.h"
+#include "Platform/Linux/Proc/CpuClock.h"
+#include "Platform/Linux/Proc/ProcFileSystem.h"
 #include "Platform/Linux/Processes/LinuxProcessTable.h"
-#include "Platform/Linux/Processes/ProcFileSystem.h"
 #include "Platform/Linux/Processes/ProcessTracker.h"
-#include "Platform/Linux/Sleep/NamedHolders.h"
 
 namespace {
 

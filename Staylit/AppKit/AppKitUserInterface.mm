@@ -2,11 +2,11 @@
 
 #import <AppKit/AppKit.h>
 
-#include "Platform/MacOS/NSText.h"
-#include "Staylit/AppKit/AppKitStatusItem.h"
-#include "Staylit/AppKit/AppKitWindow.h"
-#import "Staylit/AppKit/StaylitAppsContent.h"
-#import "Staylit/AppKit/StaylitSettingsContent.h"
+#include "Platform/MacOS/Text/NSText.h"
+#include "Staylit/AppKit/StatusItem/AppKitStatusItem.h"
+#include "Staylit/AppKit/Windows/AppKitWindow.h"
+#import "Staylit/AppKit/Windows/Apps/StaylitAppsContent.h"
+#import "Staylit/AppKit/Windows/Settings/StaylitSettingsContent.h"
 
 namespace staylit {
 namespace {

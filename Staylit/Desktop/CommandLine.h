@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "Staylit/Desktop/ApplicationService.h"
+#include "Staylit/Desktop/Session/ApplicationService.h"
 
 namespace staylit {
 

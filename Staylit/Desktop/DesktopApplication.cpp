@@ -3,8 +3,8 @@
 #include <optional>
 #include <utility>
 
-#include "Staylit/Desktop/LoginSession.h"
-#include "Staylit/Desktop/SessionClient.h"
+#include "Staylit/Desktop/Session/LoginSession.h"
+#include "Staylit/Desktop/Session/SessionClient.h"
 
 namespace staylit {
 

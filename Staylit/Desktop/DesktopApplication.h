@@ -3,8 +3,8 @@
 #include "Platform/Linux/Bus/Bus.h"
 #include "Platform/Linux/Loop/EventLoop.h"
 #include "Staylit/Application.h"
-#include "Staylit/Desktop/ApplicationService.h"
 #include "Staylit/Desktop/DesktopUserInterface.h"
+#include "Staylit/Desktop/Session/ApplicationService.h"
 
 namespace staylit {
 

@@ -1,9 +1,9 @@
 #include "Staylit/Desktop/DesktopUserInterface.h"
 
-#include "Staylit/Desktop/ActivationToken.h"
-#include "Staylit/Desktop/DesktopNotification.h"
-#include "Staylit/Desktop/MenuChoice.h"
-#include "Staylit/Desktop/StatusNotifierItem.h"
+#include "Staylit/Desktop/Menu/MenuChoice.h"
+#include "Staylit/Desktop/Session/ActivationToken.h"
+#include "Staylit/Desktop/Session/DesktopNotification.h"
+#include "Staylit/Desktop/StatusItem/StatusNotifierItem.h"
 
 namespace staylit {
 namespace {

@@ -5,7 +5,7 @@
 
 #include "Platform/Linux/Bus/Bus.h"
 #include "Platform/Linux/Loop/EventLoop.h"
-#include "Staylit/Desktop/Windowing.h"
+#include "Staylit/Desktop/Display/Windowing.h"
 #include "Staylit/UserInterface.h"
 
 namespace staylit {

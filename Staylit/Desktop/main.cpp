@@ -11,7 +11,7 @@
 #include "Staylit/Desktop/CommandLine.h"
 #include "Staylit/Desktop/DesktopApplication.h"
 #include "Staylit/Desktop/DesktopUserInterface.h"
-#include "Staylit/Desktop/DisplayTrial.h"
+#include "Staylit/Desktop/Display/DisplayTrial.h"
 
 int main(int argc, char** argv) {
   platform::prepareStandardStreams();

@@ -15,9 +15,9 @@
 
 #include "Platform/Linux/Bus/RemoteProperties.h"
 #include "Platform/Linux/Sleep/InhibitorList.h"
-#include "Staylit/Desktop/ApplicationService.h"
-#include "Staylit/Desktop/Display.h"
-#include "Staylit/Desktop/StatusNotifierItem.h"
+#include "Staylit/Desktop/Display/Display.h"
+#include "Staylit/Desktop/Session/ApplicationService.h"
+#include "Staylit/Desktop/StatusItem/StatusNotifierItem.h"
 #include "Tests/Campaign/Campaigns.h"
 #include "Tests/Campaign/PrivateBuses.h"
 #include "Tests/Campaign/RandomMessage.h"

@@ -16,7 +16,7 @@
 #include <optional>
 #include <string>
 
-#include "Platform/Linux/System/Descriptor.h"
+#include "Platform/Linux/Files/Descriptor.h"
 #include "Tests/Campaign/Campaigns.h"
 #include "Tests/EndToEnd/OwnMachine.h"
 #include "Tests/Platform/Support/SilentDisplay.h"

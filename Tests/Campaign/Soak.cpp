@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "Platform/Linux/Processes/ProcFileSystem.h"
+#include "Platform/Linux/Proc/ProcFileSystem.h"
 #include "Tests/Campaign/Campaigns.h"
 #include "Tests/Campaign/ProgramFigures.h"
 #include "Tests/EndToEnd/OwnMachine.h"

@@ -12,8 +12,8 @@
 #include <utility>
 #include <vector>
 
-#include "Platform/Linux/Processes/CpuClock.h"
-#include "Platform/Linux/System/Descriptor.h"
+#include "Platform/Linux/Files/Descriptor.h"
+#include "Platform/Linux/Proc/CpuClock.h"
 #include "Tests/EndToEnd/Machine.h"
 
 namespace staylit::testing {

@@ -6,8 +6,8 @@
 #include <sstream>
 #include <string>
 
-#include "Platform/Linux/Processes/CpuClock.h"
-#include "Platform/Linux/Processes/ProcFileSystem.h"
+#include "Platform/Linux/Proc/CpuClock.h"
+#include "Platform/Linux/Proc/ProcFileSystem.h"
 #include "Tests/EndToEnd/Machine.h"
 
 namespace staylit::testing {

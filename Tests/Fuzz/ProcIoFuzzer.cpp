@@ -1,4 +1,4 @@
-#include "Platform/Linux/Processes/ProcIo.h"
+#include "Platform/Linux/Proc/ProcIo.h"
 
 #include "Tests/Fuzz/Fuzzer.h"
 

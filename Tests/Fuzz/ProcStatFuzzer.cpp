@@ -1,4 +1,4 @@
-#include "Platform/Linux/Processes/ProcStat.h"
+#include "Platform/Linux/Proc/ProcStat.h"
 
 #include "Tests/Fuzz/Fuzzer.h"
 

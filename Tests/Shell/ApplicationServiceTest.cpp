@@ -1,4 +1,4 @@
-#include "Staylit/Desktop/ApplicationService.h"
+#include "Staylit/Desktop/Session/ApplicationService.h"
 
 #include <gtest/gtest.h>
 

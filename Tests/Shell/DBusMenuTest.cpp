@@ -1,4 +1,4 @@
-#include "Staylit/Desktop/DBusMenu.h"
+#include "Staylit/Desktop/Menu/DBusMenu.h"
 
 #include <gtest/gtest.h>
 

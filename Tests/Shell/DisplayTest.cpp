@@ -1,4 +1,4 @@
-#include "Staylit/Desktop/Display.h"
+#include "Staylit/Desktop/Display/Display.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>

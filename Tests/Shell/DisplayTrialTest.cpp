@@ -1,4 +1,4 @@
-#include "Staylit/Desktop/DisplayTrial.h"
+#include "Staylit/Desktop/Display/DisplayTrial.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>

@@ -1,4 +1,4 @@
-#include "Staylit/Desktop/LoopGuard.h"
+#include "Staylit/Desktop/Display/LoopGuard.h"
 
 #include <gtest/gtest.h>
 #include <pthread.h>

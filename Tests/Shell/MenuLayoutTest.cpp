@@ -1,4 +1,4 @@
-#include "Staylit/Desktop/MenuLayout.h"
+#include "Staylit/Desktop/Menu/MenuLayout.h"
 
 #include <gtest/gtest.h>
 

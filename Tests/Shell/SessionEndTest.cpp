@@ -16,8 +16,8 @@
 #include <system_error>
 #include <vector>
 
-#include "Staylit/Desktop/LoginSession.h"
-#include "Staylit/Desktop/SessionClient.h"
+#include "Staylit/Desktop/Session/LoginSession.h"
+#include "Staylit/Desktop/Session/SessionClient.h"
 #include "Tests/Platform/Support/BusService.h"
 #include "Tests/Platform/Support/BusTest.h"
 

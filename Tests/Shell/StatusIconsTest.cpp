@@ -1,4 +1,4 @@
-#include "Staylit/Desktop/StatusIcons.h"
+#include "Staylit/Desktop/StatusItem/StatusIcons.h"
 
 #include <gtest/gtest.h>
 

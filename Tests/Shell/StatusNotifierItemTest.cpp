@@ -1,4 +1,4 @@
-#include "Staylit/Desktop/StatusNotifierItem.h"
+#include "Staylit/Desktop/StatusItem/StatusNotifierItem.h"
 
 #include <gtest/gtest.h>
 

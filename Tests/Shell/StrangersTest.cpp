@@ -10,8 +10,8 @@
 #include <string>
 #include <vector>
 
-#include "Staylit/Desktop/ApplicationService.h"
-#include "Staylit/Desktop/StatusNotifierItem.h"
+#include "Staylit/Desktop/Session/ApplicationService.h"
+#include "Staylit/Desktop/StatusItem/StatusNotifierItem.h"
 #include "Tests/Platform/Support/BusTest.h"
 #include "Tests/Platform/Support/Stranger.h"
 #include "Tests/Shell/Support/FakeMenu.h"

@@ -8,8 +8,8 @@
 #include <string>
 #include <string_view>
 
-#include "Staylit/Desktop/IconNames.h"
-#include "Staylit/Desktop/StatusPixmaps.h"
+#include "Staylit/Desktop/StatusItem/IconNames.h"
+#include "Staylit/Desktop/StatusItem/StatusPixmaps.h"
 #include "Tidewell/AppCategory.h"
 
 namespace staylit {

@@ -10,9 +10,9 @@
 
 #include "Platform/Linux/Applications/ExecWords.h"
 #include "Platform/Linux/Applications/Launchers.h"
-#include "Platform/Linux/System/EnvironmentLocale.h"
-#include "Platform/Linux/System/RegularFile.h"
-#include "Platform/Linux/System/XdgFolders.h"
+#include "Platform/Linux/Files/RegularFile.h"
+#include "Platform/Linux/Files/XdgFolders.h"
+#include "Platform/Linux/Text/EnvironmentLocale.h"
 
 namespace platform {
 namespace {

@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-#include "Platform/Linux/System/FileStamp.h"
+#include "Platform/Linux/Files/FileStamp.h"
 #include "Tidewell/TextMap.h"
 
 namespace platform {

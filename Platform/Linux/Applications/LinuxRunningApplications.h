@@ -3,8 +3,8 @@
 #include <memory>
 #include <vector>
 
+#include "Platform/Linux/Applications/NamedHolders.h"
 #include "Platform/Linux/Processes/ProcessTracker.h"
-#include "Platform/Linux/Sleep/NamedHolders.h"
 #include "Tidewell/Ports/RunningApplications.h"
 
 namespace platform {

@@ -3,7 +3,7 @@
 #include <chrono>
 #include <functional>
 
-#include "Platform/Linux/System/BootTime.h"
+#include "Platform/Linux/Time/BootTime.h"
 
 namespace platform {
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "Platform/Linux/System/Descriptor.h"
+#include "Platform/Linux/Files/Descriptor.h"
 
 namespace platform {
 

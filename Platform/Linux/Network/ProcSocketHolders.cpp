@@ -12,7 +12,7 @@
 #include <utility>
 
 #include "Platform/Linux/Network/NumberedEntries.h"
-#include "Platform/Linux/Processes/ProcStat.h"
+#include "Platform/Linux/Proc/ProcStat.h"
 
 namespace platform {
 namespace {

@@ -13,7 +13,7 @@
 #include "Platform/Linux/Network/SocketDestroyNotifications.h"
 #include "Platform/Linux/Network/SocketDiagnostics.h"
 #include "Platform/Linux/Network/ToolName.h"
-#include "Platform/Linux/System/BootTime.h"
+#include "Platform/Linux/Time/BootTime.h"
 
 namespace platform {
 namespace {

@@ -7,9 +7,9 @@
 #include <string>
 #include <string_view>
 
+#include "Platform/Linux/Proc/ProcFileSystem.h"
+#include "Platform/Linux/Proc/ProcStat.h"
 #include "Platform/Linux/Processes/ApplicationResolver.h"
-#include "Platform/Linux/Processes/ProcFileSystem.h"
-#include "Platform/Linux/Processes/ProcStat.h"
 #include "Platform/Linux/Processes/TrackedProcess.h"
 #include "Tidewell/Ports/Text.h"
 

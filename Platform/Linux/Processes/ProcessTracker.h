@@ -6,12 +6,12 @@
 #include <optional>
 #include <vector>
 
+#include "Platform/Linux/Proc/CpuClock.h"
+#include "Platform/Linux/Proc/ProcFileSystem.h"
 #include "Platform/Linux/Processes/ApplicationResolver.h"
-#include "Platform/Linux/Processes/CpuClock.h"
-#include "Platform/Linux/Processes/ProcFileSystem.h"
 #include "Platform/Linux/Processes/ProcessReader.h"
 #include "Platform/Linux/Processes/TrackedProcess.h"
-#include "Platform/Linux/System/BootTime.h"
+#include "Platform/Linux/Time/BootTime.h"
 #include "Tidewell/Ports/Clock.h"
 #include "Tidewell/Ports/ProcessTable.h"
 #include "Tidewell/Ports/Text.h"

@@ -4,10 +4,10 @@
 #include <system_error>
 #include <utility>
 
+#include "Platform/Linux/Files/FileReplacement.h"
+#include "Platform/Linux/Files/RegularFile.h"
+#include "Platform/Linux/Files/XdgFolders.h"
 #include "Platform/Linux/Settings/AutostartText.h"
-#include "Platform/Linux/System/FileReplacement.h"
-#include "Platform/Linux/System/RegularFile.h"
-#include "Platform/Linux/System/XdgFolders.h"
 
 namespace platform {
 namespace {

@@ -5,7 +5,7 @@
 #include <cstdlib>
 #include <system_error>
 
-#include "Platform/Linux/System/XdgFolders.h"
+#include "Platform/Linux/Files/XdgFolders.h"
 
 namespace platform {
 namespace {

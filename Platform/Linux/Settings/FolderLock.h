@@ -3,7 +3,7 @@
 #include <filesystem>
 #include <string>
 
-#include "Platform/Linux/System/Descriptor.h"
+#include "Platform/Linux/Files/Descriptor.h"
 
 namespace platform {
 

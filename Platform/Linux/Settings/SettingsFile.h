@@ -5,10 +5,10 @@
 #include <string>
 #include <string_view>
 
+#include "Platform/Linux/Files/FileReplacement.h"
+#include "Platform/Linux/Files/FileStamp.h"
+#include "Platform/Linux/Files/RegularFile.h"
 #include "Platform/Linux/Settings/FolderLock.h"
-#include "Platform/Linux/System/FileReplacement.h"
-#include "Platform/Linux/System/FileStamp.h"
-#include "Platform/Linux/System/RegularFile.h"
 
 namespace platform {
 

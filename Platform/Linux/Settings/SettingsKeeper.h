@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-#include "Platform/Linux/System/ThreadQueue.h"
+#include "Platform/Linux/Loop/ThreadQueue.h"
 #include "Tidewell/Ports/PropertyValue.h"
 
 namespace platform {

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "Platform/Linux/System/XdgFolders.h"
+#include "Platform/Linux/Files/XdgFolders.h"
 #include "Tidewell/PropertyConversion.h"
 
 namespace platform {

@@ -5,8 +5,8 @@
 #include <optional>
 #include <vector>
 
+#include "Platform/Linux/Applications/NamedHolders.h"
 #include "Platform/Linux/Bus/Bus.h"
-#include "Platform/Linux/Sleep/NamedHolders.h"
 #include "Platform/Linux/Sleep/SessionInhibitors.h"
 #include "Tidewell/Ports/AssertionTable.h"
 

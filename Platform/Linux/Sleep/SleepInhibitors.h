@@ -12,7 +12,7 @@
 #include "Platform/Linux/Sleep/ReadBack.h"
 #include "Platform/Linux/Sleep/SleepAssertion.h"
 #include "Platform/Linux/Sleep/SleepServices.h"
-#include "Platform/Linux/System/BootTime.h"
+#include "Platform/Linux/Time/BootTime.h"
 #include "Platform/Recorded/RecordedPowerManagement.h"
 #include "Tidewell/Ports/MainLoop.h"
 #include "Tidewell/Ports/PowerManagement.h"
@@ -28,9 +28,8 @@ namespace platform {
 class SleepInhibitors : public tidewell::PowerManagement {
  public:
   /// The first three must outlive this. `now` is the clock by which the loop's timers go.
-  SleepInhibitors(
-      Bus& systemBus, Bus& sessionBus, tidewell::MainLoop& loop,
-      SleepAssertion::Now now = BootTime::now);
+  SleepInhibitors(Bus& systemBus, Bus& sessionBus, tidewell::MainLoop& loop,
+                  SleepAssertion::Now now = BootTime::now);
   ~SleepInhibitors() override;
   SleepInhibitors(const SleepInhibitors&) = delete;
   SleepInhibitors& operator=(const SleepInhibitors&) = delete;

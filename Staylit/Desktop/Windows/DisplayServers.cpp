@@ -14,7 +14,7 @@
 #include <string_view>
 #include <system_error>
 
-#include "Platform/Linux/System/Descriptor.h"
+#include "Platform/Linux/Files/Descriptor.h"
 
 namespace staylit::windows {
 namespace {

@@ -6,7 +6,7 @@
 #include <QVBoxLayout>
 #include <algorithm>
 
-#include "Staylit/Desktop/Windows/Texts.h"
+#include "Staylit/Desktop/Windows/Parts/Texts.h"
 
 namespace staylit::windows {
 namespace {

@@ -8,9 +8,9 @@
 #include <clocale>
 #include <utility>
 
-#include "Staylit/Desktop/Windows/AppsContent.h"
+#include "Staylit/Desktop/Windows/Apps/AppsContent.h"
 #include "Staylit/Desktop/Windows/QtWindow.h"
-#include "Staylit/Desktop/Windows/SettingsContent.h"
+#include "Staylit/Desktop/Windows/Settings/SettingsContent.h"
 
 namespace staylit::windows {
 namespace {

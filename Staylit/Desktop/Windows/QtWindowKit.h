@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "Staylit/Desktop/Display/WindowsModule.h"
 #include "Staylit/Desktop/Windows/FixedWindow.h"
-#include "Staylit/Desktop/WindowsModule.h"
 
 namespace staylit::windows {
 

@@ -1,4 +1,4 @@
-#include "Staylit/Desktop/WindowsModule.h"
+#include "Staylit/Desktop/Display/WindowsModule.h"
 
 #include "Staylit/Desktop/Windows/DisplayServers.h"
 #include "Staylit/Desktop/Windows/QtWindowKit.h"

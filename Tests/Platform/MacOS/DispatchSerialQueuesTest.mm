@@ -1,4 +1,4 @@
-#include "Platform/MacOS/DispatchSerialQueues.h"
+#include "Platform/MacOS/Loop/DispatchSerialQueues.h"
 
 #include <pthread.h>
 #include <pthread/qos.h>
@@ -9,7 +9,7 @@
 #include <memory>
 #include <thread>
 
-#include "Tests/Platform/Tasks/SerialQueueContract.h"
+#include "Tests/Platform/Loop/SerialQueueContract.h"
 
 namespace platform {
 namespace {

@@ -1,4 +1,4 @@
-#include "Platform/MacOS/FoundationFileManager.h"
+#include "Platform/MacOS/Tasks/FoundationFileManager.h"
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,8 @@
-#include "Platform/MacOS/FoundationText.h"
+#include "Platform/MacOS/Text/FoundationText.h"
 
 #include <gtest/gtest.h>
 
-#include "Tests/Platform/System/TextContract.h"
+#include "Tests/Platform/Text/TextContract.h"
 
 namespace platform {
 namespace {

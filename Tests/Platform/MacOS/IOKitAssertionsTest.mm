@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "Platform/MacOS/IOKitAssertionTable.h"
-#include "Platform/MacOS/IOKitPowerManagement.h"
+#include "Platform/MacOS/Sleep/IOKitAssertionTable.h"
+#include "Platform/MacOS/Sleep/IOKitPowerManagement.h"
 
 namespace platform {
 namespace {

@@ -1,6 +1,6 @@
 // The process table, asked of the test itself and of a child.
 
-#include "Platform/MacOS/LibprocProcessTable.h"
+#include "Platform/MacOS/Processes/LibprocProcessTable.h"
 
 #include <gtest/gtest.h>
 #include <mach-o/dyld.h>

@@ -1,4 +1,4 @@
-#include "Platform/MacOS/NSTaskLauncher.h"
+#include "Platform/MacOS/Tasks/NSTaskLauncher.h"
 
 #include "Tests/Platform/Tasks/TaskContract.h"
 

@@ -1,4 +1,4 @@
-#include "Platform/MacOS/RunLoopMain.h"
+#include "Platform/MacOS/Loop/RunLoopMain.h"
 
 #import <AppKit/AppKit.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "Platform/MacOS/StaylitProcess.h"
+#include "Platform/MacOS/Processes/StaylitProcess.h"
 
 #include <gtest/gtest.h>
 #include <unistd.h>

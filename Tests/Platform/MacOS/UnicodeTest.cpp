@@ -1,4 +1,4 @@
-#include "Platform/MacOS/Unicode.h"
+#include "Platform/MacOS/Text/Unicode.h"
 
 #include <gtest/gtest.h>
 

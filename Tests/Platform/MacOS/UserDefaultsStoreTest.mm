@@ -1,4 +1,4 @@
-#include "Platform/MacOS/UserDefaultsStore.h"
+#include "Platform/MacOS/Settings/UserDefaultsStore.h"
 
 #include <gtest/gtest.h>
 

@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "Platform/Linux/System/Descriptor.h"
+#include "Platform/Linux/Files/Descriptor.h"
 
 namespace platform {
 

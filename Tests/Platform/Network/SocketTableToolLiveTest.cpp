@@ -10,11 +10,11 @@
 #include <utility>
 #include <vector>
 
+#include "Platform/Linux/Loop/ThreadQueues.h"
 #include "Platform/Linux/Network/SocketDestroyNotifications.h"
 #include "Platform/Linux/Network/SocketDiagnostics.h"
 #include "Platform/Linux/Network/SocketTableTool.h"
-#include "Platform/Linux/System/BootTime.h"
-#include "Platform/Linux/System/ThreadQueues.h"
+#include "Platform/Linux/Time/BootTime.h"
 #include "Tests/Platform/Network/LoopbackChild.h"
 #include "Tests/Platform/Network/LoopbackServer.h"
 #include "Tidewell/NetworkSampler.h"

@@ -17,8 +17,8 @@
 
 #include "Platform/Linux/Loop/EventLoop.h"
 #include "Platform/Linux/Processes/LinuxProcessTable.h"
-#include "Platform/Linux/System/SystemClock.h"
-#include "Platform/Linux/Unicode/IcuText.h"
+#include "Platform/Linux/Text/IcuText.h"
+#include "Platform/Linux/Time/SystemClock.h"
 #include "Tests/Platform/Tasks/TemporaryFolder.h"
 #include "Tidewell/ConservedProcesses.h"
 

@@ -21,7 +21,7 @@
 
 #include "Platform/Linux/Processes/LinuxProcessTable.h"
 #include "Platform/Linux/Processes/ProcessTracker.h"
-#include "Platform/Linux/Unicode/IcuText.h"
+#include "Platform/Linux/Text/IcuText.h"
 
 namespace platform {
 namespace {

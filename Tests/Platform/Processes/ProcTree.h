@@ -8,7 +8,7 @@
 #include <optional>
 #include <string>
 
-#include "Platform/Linux/Processes/CpuClock.h"
+#include "Platform/Linux/Proc/CpuClock.h"
 
 namespace platform {
 

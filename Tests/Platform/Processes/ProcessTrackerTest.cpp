@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "Platform/Linux/Unicode/IcuText.h"
+#include "Platform/Linux/Text/IcuText.h"
 #include "Tests/Platform/Processes/ProcTree.h"
 
 namespace platform {

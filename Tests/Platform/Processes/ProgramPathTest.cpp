@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "Platform/Linux/Unicode/IcuText.h"
+#include "Platform/Linux/Text/IcuText.h"
 
 namespace platform {
 namespace {

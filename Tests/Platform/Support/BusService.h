@@ -16,7 +16,7 @@
 #include <utility>
 #include <vector>
 
-#include "Platform/Linux/System/Descriptor.h"
+#include "Platform/Linux/Files/Descriptor.h"
 
 namespace platform::testing {
 

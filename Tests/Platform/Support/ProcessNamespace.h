@@ -18,7 +18,7 @@
 #include <optional>
 #include <string>
 
-#include "Platform/Linux/System/Descriptor.h"
+#include "Platform/Linux/Files/Descriptor.h"
 
 namespace platform::testing {
 

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "Platform/Linux/System/Descriptor.h"
+#include "Platform/Linux/Files/Descriptor.h"
 
 namespace platform::testing {
 

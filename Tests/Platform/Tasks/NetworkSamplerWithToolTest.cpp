@@ -11,8 +11,8 @@
 #include <utility>
 #include <vector>
 
-#include "Platform/Linux/System/SpawnedTaskLauncher.h"
-#include "Platform/Linux/System/ThreadQueues.h"
+#include "Platform/Linux/Loop/ThreadQueues.h"
+#include "Platform/Linux/Tasks/SpawnedTaskLauncher.h"
 #include "Tests/Platform/Tasks/TemporaryFolder.h"
 #include "Tidewell/NetworkSampler.h"
 

@@ -5,9 +5,9 @@
 #include <QToolTip>
 #include <algorithm>
 
-#include "Staylit/Desktop/Windows/AppsList.h"
-#include "Staylit/Desktop/Windows/SearchField.h"
-#include "Staylit/Desktop/Windows/TextLabel.h"
+#include "Staylit/Desktop/Windows/Apps/AppsList.h"
+#include "Staylit/Desktop/Windows/Apps/SearchField.h"
+#include "Staylit/Desktop/Windows/Parts/TextLabel.h"
 #include "Tests/Shell/Windows/WindowsTest.h"
 
 namespace staylit {

@@ -15,7 +15,7 @@
 #include <utility>
 #include <vector>
 
-#include "Platform/Linux/System/Descriptor.h"
+#include "Platform/Linux/Files/Descriptor.h"
 #include "Staylit/Desktop/Windows/UsablePlatform.h"
 #include "Tests/Platform/ScopedVariable.h"
 #include "Tests/Platform/Support/SilentDisplay.h"

@@ -10,11 +10,11 @@
 
 #include "Staylit/AppsView.h"
 #include "Staylit/Desktop/Windows/FixedWindow.h"
-#include "Staylit/Desktop/Windows/Fonts.h"
-#include "Staylit/Desktop/Windows/Shades.h"
-#include "Staylit/Desktop/Windows/Symbols.h"
-#include "Staylit/Desktop/Windows/TextLabel.h"
-#include "Staylit/Desktop/Windows/Texts.h"
+#include "Staylit/Desktop/Windows/Parts/Fonts.h"
+#include "Staylit/Desktop/Windows/Parts/Shades.h"
+#include "Staylit/Desktop/Windows/Parts/Symbols.h"
+#include "Staylit/Desktop/Windows/Parts/TextLabel.h"
+#include "Staylit/Desktop/Windows/Parts/Texts.h"
 #include "Tests/Shell/Windows/WindowsTest.h"
 
 namespace staylit::windows {

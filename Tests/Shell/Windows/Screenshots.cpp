@@ -13,8 +13,8 @@
 #include <string>
 
 #include "Staylit/AppsView.h"
-#include "Staylit/Desktop/Windows/AppsList.h"
-#include "Staylit/Desktop/Windows/Switch.h"
+#include "Staylit/Desktop/Windows/Apps/AppsList.h"
+#include "Staylit/Desktop/Windows/Settings/Switch.h"
 #include "Staylit/SettingsView.h"
 #include "Tests/Fakes/FakePorts.h"
 #include "Tests/Shell/Windows/Children.h"

@@ -2,10 +2,10 @@
 #include <sstream>
 
 #include "Platform/Linux/Settings/TomlDefaults.h"
-#include "Staylit/Desktop/Windows/AppsList.h"
-#include "Staylit/Desktop/Windows/SettingsForm.h"
-#include "Staylit/Desktop/Windows/StepSlider.h"
-#include "Staylit/Desktop/Windows/Switch.h"
+#include "Staylit/Desktop/Windows/Apps/AppsList.h"
+#include "Staylit/Desktop/Windows/Settings/SettingsForm.h"
+#include "Staylit/Desktop/Windows/Settings/StepSlider.h"
+#include "Staylit/Desktop/Windows/Settings/Switch.h"
 #include "Tests/Platform/Support/TemporaryFolder.h"
 #include "Tests/Shell/Windows/WindowsTest.h"
 

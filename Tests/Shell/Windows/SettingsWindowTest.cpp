@@ -4,11 +4,11 @@
 #include <QWheelEvent>
 #include <algorithm>
 
-#include "Staylit/Desktop/Windows/Card.h"
-#include "Staylit/Desktop/Windows/SettingsForm.h"
-#include "Staylit/Desktop/Windows/StepSlider.h"
-#include "Staylit/Desktop/Windows/Switch.h"
-#include "Staylit/Desktop/Windows/TextLabel.h"
+#include "Staylit/Desktop/Windows/Parts/Card.h"
+#include "Staylit/Desktop/Windows/Parts/TextLabel.h"
+#include "Staylit/Desktop/Windows/Settings/SettingsForm.h"
+#include "Staylit/Desktop/Windows/Settings/StepSlider.h"
+#include "Staylit/Desktop/Windows/Settings/Switch.h"
 #include "Tests/Shell/Windows/WindowsTest.h"
 
 namespace staylit {

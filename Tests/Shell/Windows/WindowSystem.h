@@ -2,7 +2,7 @@
 
 #include <QWidget>
 
-#include "Staylit/Desktop/WindowsModule.h"
+#include "Staylit/Desktop/Display/WindowsModule.h"
 
 namespace staylit {
 

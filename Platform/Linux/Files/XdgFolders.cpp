@@ -1,0 +1,70 @@
+#include "Platform/Linux/Files/XdgFolders.h"
+
+#include <pwd.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+
+namespace platform {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// Empty unless the variable holds an absolute path.
+fs::path absoluteFrom(const char* variable) {
+  const char* value = std::getenv(variable);
+  return value != nullptr && value[0] == '/' ? fs::path(value) : fs::path();
+}
+
+fs::path homeFromUserDatabase() {
+  passwd entry{};
+  passwd* found = nullptr;
+  char buffer[4096];
+  if (getpwuid_r(geteuid(), &entry, buffer, sizeof buffer, &found) != 0 || found == nullptr) {
+    return {};
+  }
+  const fs::path home = entry.pw_dir;
+  return home.is_absolute() ? home : fs::path();
+}
+
+fs::path belowHome(const char* variable, const char* folder) {
+  const fs::path given = absoluteFrom(variable);
+  if (!given.empty()) return given;
+  const fs::path home = homeFolder();
+  return home.empty() ? fs::path() : home / folder;
+}
+
+}  // namespace
+
+fs::path homeFolder() {
+  const fs::path home = absoluteFrom("HOME");
+  return home.empty() ? homeFromUserDatabase() : home;
+}
+
+fs::path xdgConfigHome() {
+  return belowHome("XDG_CONFIG_HOME", ".config");
+}
+
+std::vector<fs::path> xdgDataFolders() {
+  std::vector<fs::path> folders;
+  const fs::path own = belowHome("XDG_DATA_HOME", ".local/share");
+  if (!own.empty()) folders.push_back(own);
+  const char* shared = std::getenv("XDG_DATA_DIRS");
+  auto more = absolutePaths(shared == nullptr ? "" : shared);
+  if (more.empty()) more = {"/usr/local/share", "/usr/share"};
+  folders.insert(folders.end(), more.begin(), more.end());
+  return folders;
+}
+
+std::vector<fs::path> absolutePaths(std::string_view list) {
+  std::vector<fs::path> paths;
+  while (!list.empty()) {
+    const std::string_view path = list.substr(0, list.find(':'));
+    if (path.starts_with('/')) paths.emplace_back(path);
+    list.remove_prefix(std::min(path.size() + 1, list.size()));
+  }
+  return paths;
+}
+
+}  // namespace platform

@@ -1,0 +1,148 @@
+#include "Platform/Linux/Loop/ThreadQueue.h"
+
+#include <pthread.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <condition_variable>
+#include <csignal>
+#include <cstddef>
+#include <deque>
+#include <mutex>
+#include <utility>
+
+namespace platform {
+namespace {
+
+#if defined(__SANITIZE_THREAD__)
+/// The thread sanitizer knows one table of descriptors only. It takes equal numbers in two tables
+/// for one descriptor, and reports a race.
+constexpr bool kMayHaveItsOwnDescriptors = false;
+#else
+constexpr bool kMayHaveItsOwnDescriptors = true;
+#endif
+
+constexpr std::size_t kStackBytes = std::size_t{256} << 10;
+constexpr std::size_t kThreadNameLength = 15;
+constexpr int kNiceness = 5;
+
+/// Blocks every signal while it lives, so that a thread made meanwhile has them blocked too.
+class SignalsBlocked {
+ public:
+  SignalsBlocked() {
+    sigset_t all;
+    sigfillset(&all);
+    pthread_sigmask(SIG_SETMASK, &all, &former_);
+  }
+  ~SignalsBlocked() { pthread_sigmask(SIG_SETMASK, &former_, nullptr); }
+  SignalsBlocked(const SignalsBlocked&) = delete;
+  SignalsBlocked& operator=(const SignalsBlocked&) = delete;
+
+ private:
+  sigset_t former_{};
+};
+
+}  // namespace
+
+/// Owned by queue and thread alike, since either may end first.
+struct ThreadQueue::State {
+  State(std::string queueLabel, Descriptors whose, Priority which)
+      : label(std::move(queueLabel)), descriptors(whose), priority(which) {}
+
+  const std::string label;
+  const Descriptors descriptors;
+  const Priority priority;
+  std::mutex lock;  ///< Guards the rest, but for `thread`, which only the queue's owner touches.
+  std::condition_variable changed;
+  std::deque<std::function<void()>> pending;
+  bool hasThread = false;
+  bool stopping = false;
+  pthread_t thread{};
+
+  void workUntilStopped();
+};
+
+ThreadQueue::ThreadQueue(std::string label, Descriptors descriptors, Priority priority)
+    : state_(std::make_shared<State>(std::move(label), descriptors, priority)) {}
+
+ThreadQueue::~ThreadQueue() {
+  std::deque<std::function<void()>> dropped;
+  bool hasThread = false;
+  {
+    const std::lock_guard guard(state_->lock);
+    state_->stopping = true;
+    dropped.swap(state_->pending);
+    hasThread = state_->hasThread;
+  }
+  dropped.clear();
+  state_->changed.notify_one();
+  if (!hasThread) return;
+  if (isAbandoned_ || pthread_equal(pthread_self(), state_->thread)) {
+    pthread_detach(state_->thread);
+  } else {
+    pthread_join(state_->thread, nullptr);
+  }
+}
+
+void ThreadQueue::async(std::function<void()> work) {
+  // Once the lock is free the work may begin and end the queue.
+  const std::shared_ptr<State> state = state_;
+  bool hasThread = false;
+  {
+    const std::lock_guard guard(state->lock);
+    hasThread = state->hasThread || startThread();
+    if (hasThread) state->pending.push_back(std::move(work));
+  }
+  // After the lock, or the thread would wake only to wait for it.
+  if (hasThread) {
+    state->changed.notify_one();
+  } else {
+    work();
+  }
+}
+
+bool ThreadQueue::startThread() {
+  pthread_attr_t attributes;
+  pthread_attr_init(&attributes);
+  pthread_attr_setstacksize(&attributes, kStackBytes);
+  auto argument = std::make_unique<std::shared_ptr<State>>(state_);
+  {
+    const SignalsBlocked blocked;
+    state_->hasThread =
+        pthread_create(&state_->thread, &attributes, &ThreadQueue::runThread, argument.get()) == 0;
+  }
+  pthread_attr_destroy(&attributes);
+  if (state_->hasThread) static_cast<void>(argument.release());
+  return state_->hasThread;
+}
+
+void* ThreadQueue::runThread(void* argument) {
+  const std::unique_ptr<std::shared_ptr<State>> state(
+      static_cast<std::shared_ptr<State>*>(argument));
+  // An old kernel that cannot do it leaves them shared.
+  if (kMayHaveItsOwnDescriptors && (*state)->descriptors == Descriptors::own)
+    close_range(STDERR_FILENO + 1, ~0U, CLOSE_RANGE_UNSHARE);
+  pthread_setname_np(pthread_self(), (*state)->label.substr(0, kThreadNameLength).c_str());
+  // On Linux this number is one thread's, not the process's.
+  const auto self = static_cast<id_t>(gettid());
+  if ((*state)->priority == Priority::lower)
+    setpriority(PRIO_PROCESS, self, getpriority(PRIO_PROCESS, self) + kNiceness);
+  (*state)->workUntilStopped();
+  return nullptr;
+}
+
+void ThreadQueue::State::workUntilStopped() {
+  std::unique_lock guard(lock);
+  for (;;) {
+    changed.wait(guard, [this] { return stopping || !pending.empty(); });
+    if (stopping) return;
+    std::function<void()> work = std::move(pending.front());
+    pending.pop_front();
+    guard.unlock();
+    work();
+    work = nullptr;  // What it held may end the queue, which takes the lock.
+    guard.lock();
+  }
+}
+
+}  // namespace platform

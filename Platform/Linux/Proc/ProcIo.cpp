@@ -1,0 +1,27 @@
+#include "Platform/Linux/Proc/ProcIo.h"
+
+#include <charconv>
+
+namespace platform {
+namespace {
+
+std::optional<std::uint64_t> counter(std::string_view text, std::string_view label) {
+  const std::size_t found = text.find(label);
+  if (found == std::string_view::npos) return std::nullopt;
+  const char* begin = text.data() + found + label.size();
+  std::uint64_t value = 0;
+  const auto [end, error] = std::from_chars(begin, text.data() + text.size(), value);
+  return error == std::errc() && end != begin ? std::optional(value) : std::nullopt;
+}
+
+}  // namespace
+
+std::optional<ProcIo> parseProcIo(std::string_view text) {
+  // The line feeds tell "write_bytes" from "cancelled_write_bytes".
+  const auto readBytes = counter(text, "\nread_bytes: ");
+  const auto writeBytes = counter(text, "\nwrite_bytes: ");
+  if (!readBytes || !writeBytes) return std::nullopt;
+  return ProcIo{*readBytes, *writeBytes};
+}
+
+}  // namespace platform

@@ -1,0 +1,94 @@
+#include "Platform/Linux/Tasks/SpawnedTask.h"
+
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <cstdint>
+#include <thread>
+#include <utility>
+
+namespace platform {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto kKillPatience = 250ms;
+constexpr std::size_t kChunkBytes = std::size_t{16} << 10;
+
+}  // namespace
+
+SpawnedTask::SpawnedTask(pid_t child, Descriptor output, Descriptor wake)
+    : child_(child), output_(std::move(output)), wake_(std::move(wake)) {}
+
+SpawnedTask::~SpawnedTask() {
+  output_.reset();
+  if (!isRunning()) return;
+  signal(SIGTERM);
+  if (endsSoon()) return;
+  signal(SIGKILL);
+  while (waitpid(child_, nullptr, 0) < 0 && errno == EINTR) {
+  }
+}
+
+std::optional<std::string> SpawnedTask::readToEnd(std::size_t limit) {
+  std::string text;
+  std::array<char, kChunkBytes> chunk{};
+  while (waitForOutput() == Wait::output) {
+    const ssize_t count = read(output_.get(), chunk.data(), chunk.size());
+    if (count < 0 && errno == EINTR) continue;
+    if (count <= 0) break;
+    const auto length = static_cast<std::size_t>(count);
+    if (length > limit - text.size()) return std::nullopt;
+    text.append(chunk.data(), length);
+  }
+  return text;
+}
+
+SpawnedTask::Wait SpawnedTask::waitForOutput() const {
+  std::array<pollfd, 2> watched{pollfd{wake_.get(), POLLIN, 0}, pollfd{output_.get(), POLLIN, 0}};
+  while (poll(watched.data(), watched.size(), -1) < 0) {
+    if (errno != EINTR) return Wait::ended;
+  }
+  return watched[0].revents != 0 ? Wait::ended : Wait::output;
+}
+
+bool SpawnedTask::isRunning() {
+  const std::lock_guard guard(lock_);
+  if (child_ == 0) return false;
+  const pid_t reaped = waitpid(child_, nullptr, WNOHANG);
+  if (reaped == 0 || (reaped < 0 && errno == EINTR)) return true;
+  child_ = 0;
+  return false;
+}
+
+void SpawnedTask::terminate() {
+  wakeReader();
+  signal(SIGTERM);
+}
+
+void SpawnedTask::signal(int number) {
+  const std::lock_guard guard(lock_);
+  if (child_ != 0) kill(child_, number);
+}
+
+void SpawnedTask::wakeReader() const {
+  // Fails only when the counter is full, and then it has been woken often enough.
+  static_cast<void>(eventfd_write(wake_.get(), 1));
+}
+
+bool SpawnedTask::endsSoon() {
+  const auto deadline = std::chrono::steady_clock::now() + kKillPatience;
+  for (auto pause = 1ms; isRunning(); pause *= 2) {
+    if (std::chrono::steady_clock::now() >= deadline) return false;
+    std::this_thread::sleep_for(pause);
+  }
+  return true;
+}
+
+}  // namespace platform

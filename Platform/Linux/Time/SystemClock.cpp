@@ -1,0 +1,26 @@
+#include "Platform/Linux/Time/SystemClock.h"
+
+#include <algorithm>
+#include <chrono>
+#include <thread>
+
+#include "Platform/Linux/Time/BootTime.h"
+
+namespace platform {
+
+tidewell::Moment SystemClock::now() {
+  return BootTime::now();
+}
+
+tidewell::WallTime SystemClock::wallTime() {
+  return std::chrono::time_point_cast<std::chrono::nanoseconds>(std::chrono::system_clock::now());
+}
+
+void SystemClock::sleepFor(tidewell::Seconds duration) {
+  constexpr tidewell::Seconds longest(1e9);
+  if (!(duration > tidewell::Seconds::zero())) return;  // Not a number either.
+  std::this_thread::sleep_for(
+      std::chrono::duration_cast<std::chrono::nanoseconds>(std::min(duration, longest)));
+}
+
+}  // namespace platform

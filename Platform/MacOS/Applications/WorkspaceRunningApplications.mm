@@ -1,0 +1,65 @@
+#include "Platform/MacOS/Applications/WorkspaceRunningApplications.h"
+
+#import <AppKit/AppKit.h>
+
+#include "Platform/MacOS/Text/NSText.h"
+
+namespace platform {
+namespace {
+
+/// Asks the system's object only for what is asked of it, and for that once.
+class WorkspaceApplication final : public tidewell::RunningApplication {
+ public:
+  explicit WorkspaceApplication(NSRunningApplication* application) : application_(application) {}
+
+  std::int32_t processIdentifier() const override { return application_.processIdentifier; }
+
+  const std::optional<std::string>& bundleIdentifier() const override {
+    @autoreleasepool {
+      if (!bundleIdentifier_) {
+        bundleIdentifier_.emplace(cleanedIfAny(application_.bundleIdentifier));
+      }
+    }
+    return *bundleIdentifier_;
+  }
+
+  const std::optional<std::string>& localizedName() const override {
+    @autoreleasepool {
+      if (!localizedName_) localizedName_.emplace(cleanedIfAny(application_.localizedName));
+    }
+    return *localizedName_;
+  }
+
+ private:
+  /// A property's value, which may be that there is none; absent until it was asked for.
+  using Asked = std::optional<std::optional<std::string>>;
+
+  NSRunningApplication* const application_;
+  mutable Asked bundleIdentifier_;
+  mutable Asked localizedName_;
+};
+
+}  // namespace
+
+std::span<const std::shared_ptr<const tidewell::RunningApplication>>
+WorkspaceRunningApplications::all() {
+  @autoreleasepool {
+    all_.clear();
+    for (NSRunningApplication* application in NSWorkspace.sharedWorkspace.runningApplications) {
+      all_.push_back(std::make_shared<const WorkspaceApplication>(application));
+    }
+  }
+  return all_;
+}
+
+std::shared_ptr<const tidewell::RunningApplication>
+WorkspaceRunningApplications::withProcessIdentifier(std::int32_t pid) {
+  @autoreleasepool {
+    NSRunningApplication* application =
+        [NSRunningApplication runningApplicationWithProcessIdentifier:pid];
+    if (application == nil) return nullptr;
+    return std::make_shared<const WorkspaceApplication>(application);
+  }
+}
+
+}  // namespace platform

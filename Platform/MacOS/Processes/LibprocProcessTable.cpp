@@ -1,0 +1,80 @@
+#include "Platform/MacOS/Processes/LibprocProcessTable.h"
+
+#include <libproc.h>
+#include <mach/mach_time.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <limits>
+#include <string>
+#include <string_view>
+
+#include "Platform/MacOS/Text/Unicode.h"
+#include "Tidewell/ForeignText.h"
+
+namespace platform {
+namespace {
+
+/// Replaces the path of `length` bytes that `buffer` holds by a clean one that fits as well.
+int cleanPath(std::span<char> buffer, int length) {
+  const std::string_view path(buffer.data(), static_cast<std::size_t>(length));
+  const std::string clean = tidewell::cleaned(path, buffer.size());
+  if (clean == path) return length;
+  const std::string_view fitting = cutToBytes(clean, buffer.size() - 1);
+  *std::copy(fitting.begin(), fitting.end(), buffer.begin()) = '\0';
+  return static_cast<int>(fitting.size());
+}
+
+}  // namespace
+
+int LibprocProcessTable::listPids(std::span<std::int32_t> buffer) {
+  if (buffer.empty()) return proc_listpids(PROC_ALL_PIDS, 0, nullptr, 0);
+  constexpr auto kMost = static_cast<std::size_t>(std::numeric_limits<int>::max());
+  return proc_listpids(PROC_ALL_PIDS, 0, buffer.data(),
+                       static_cast<int>(std::min(buffer.size_bytes(), kMost)));
+}
+
+bool LibprocProcessTable::resourceUsage(std::int32_t pid, tidewell::ResourceUsage& usage) {
+  rusage_info_v4 info{};
+  usage = {};
+  if (proc_pid_rusage(pid, RUSAGE_INFO_V4, reinterpret_cast<rusage_info_t*>(&info)) != 0)
+    return false;
+  usage = {.userTime = info.ri_user_time,
+           .systemTime = info.ri_system_time,
+           .diskBytesRead = info.ri_diskio_bytesread,
+           .diskBytesWritten = info.ri_diskio_byteswritten,
+           .reapedTime = info.ri_child_user_time + info.ri_child_system_time,
+           .startTime = info.ri_proc_start_abstime};
+  return true;
+}
+
+int LibprocProcessTable::path(std::int32_t pid, std::span<char, kPathCapacity> buffer) {
+  static_assert(kPathCapacity == PROC_PIDPATHINFO_MAXSIZE);
+  const int length = proc_pidpath(pid, buffer.data(), static_cast<std::uint32_t>(buffer.size()));
+  if (length < 1 || static_cast<std::size_t>(length) >= buffer.size()) return 0;
+  return cleanPath(buffer, length);
+}
+
+std::int32_t LibprocProcessTable::parent(std::int32_t pid) {
+  // The short record may be read of every user's processes.
+  proc_bsdshortinfo info{};
+  const int length = proc_pidinfo(pid, PROC_PIDT_SHORTBSDINFO, 0, &info, sizeof info);
+  if (length != static_cast<int>(sizeof info)) return 0;
+  return static_cast<std::int32_t>(info.pbsi_ppid);
+}
+
+bool LibprocProcessTable::isAlive(std::int32_t pid) {
+  return kill(pid, 0) == 0 || errno == EPERM;
+}
+
+tidewell::Timebase LibprocProcessTable::timebase() {
+  static const tidewell::Timebase timebase = [] {
+    mach_timebase_info_data_t info{};
+    mach_timebase_info(&info);
+    return tidewell::Timebase{.numer = info.numer, .denom = info.denom};
+  }();
+  return timebase;
+}
+
+}  // namespace platform

@@ -1,0 +1,41 @@
+#include "Platform/MacOS/Sleep/IOKitPowerManagement.h"
+
+#include <IOKit/pwr_mgt/IOPMLib.h>
+
+#include "Platform/MacOS/CoreFoundation/CFRef.h"
+#include "Platform/MacOS/CoreFoundation/CFText.h"
+
+namespace platform {
+namespace {
+
+constexpr CFIndex kLongestName = 128;
+
+CFRef<CFStringRef> assertionName(const std::string& name) {
+  CFRef<CFStringRef> whole = makeCFString(name);
+  if (CFStringGetLength(whole.get()) <= kLongestName) return whole;
+  const CFIndex end =
+      CFStringGetRangeOfComposedCharactersAtIndex(whole.get(), kLongestName).location;
+  return CFRef<CFStringRef>::adopt(
+      CFStringCreateWithSubstring(kCFAllocatorDefault, whole.get(), CFRangeMake(0, end)));
+}
+
+}  // namespace
+
+tidewell::PowerManagement::Creation IOKitPowerManagement::createAssertion(std::string_view type,
+                                                                          std::uint32_t level,
+                                                                          const std::string& name) {
+  Creation creation;
+  creation.code = IOPMAssertionCreateWithName(makeCFString(type).get(), level,
+                                              assertionName(name).get(), &creation.id);
+  return creation;
+}
+
+void IOKitPowerManagement::setAssertionName(std::uint32_t id, const std::string& name) {
+  IOPMAssertionSetProperty(id, kIOPMAssertionNameKey, assertionName(name).get());
+}
+
+void IOKitPowerManagement::releaseAssertion(std::uint32_t id) {
+  IOPMAssertionRelease(id);
+}
+
+}  // namespace platform

@@ -1,0 +1,38 @@
+#include "Platform/MacOS/Time/FoundationClock.h"
+
+#import <Foundation/Foundation.h>
+#include <mach/mach_time.h>
+
+namespace platform {
+namespace {
+
+/// How many nanoseconds a unit of Mach's clocks is.
+double nanosecondsPerUnit() {
+  static const double ratio = [] {
+    mach_timebase_info_data_t info{};
+    mach_timebase_info(&info);
+    return static_cast<double>(info.numer) / info.denom;
+  }();
+  return ratio;
+}
+
+}  // namespace
+
+tidewell::Moment FoundationClock::now() {
+  // Absolute time, which the steady clock is made of, stands still while the Mac sleeps.
+  const double nanoseconds = static_cast<double>(mach_continuous_time()) * nanosecondsPerUnit();
+  return tidewell::Moment(std::chrono::nanoseconds(static_cast<std::int64_t>(nanoseconds)));
+}
+
+tidewell::WallTime FoundationClock::wallTime() {
+  @autoreleasepool {
+    const tidewell::Seconds sinceEpoch(NSDate.date.timeIntervalSince1970);
+    return tidewell::WallTime(std::chrono::duration_cast<tidewell::WallTime::duration>(sinceEpoch));
+  }
+}
+
+void FoundationClock::sleepFor(tidewell::Seconds duration) {
+  [NSThread sleepForTimeInterval:duration.count()];
+}
+
+}  // namespace platform

@@ -1,7 +1,0 @@
-#pragma once
-
-#import "Staylit/AppKit/StaylitSettingsRow.h"
-
-/// A slider below its label, which follows the knob while it is moved.
-@interface StaylitSliderRow : StaylitSettingsRow
-@end

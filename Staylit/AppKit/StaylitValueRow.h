@@ -1,7 +1,0 @@
-#pragma once
-
-#import "Staylit/AppKit/StaylitSettingsRow.h"
-
-/// A label with a value that cannot be changed at the end of its line.
-@interface StaylitValueRow : StaylitSettingsRow
-@end

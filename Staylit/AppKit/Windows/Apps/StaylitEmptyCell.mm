@@ -1,0 +1,33 @@
+#import "Staylit/AppKit/Windows/Apps/StaylitEmptyCell.h"
+
+#include "Platform/MacOS/Text/NSText.h"
+#include "Staylit/AppKit/Windows/Parts/Drawing.h"
+
+namespace {
+
+/// What a row of the list has at the least, with scroll bars beside it.
+constexpr CGFloat kTextWidth = 390;
+constexpr CGFloat kMargin = 4;
+
+}  // namespace
+
+@implementation StaylitEmptyCell {
+  NSTextField* _text;
+}
+
+- (instancetype)initWithFrame:(NSRect)frame {
+  self = [super initWithFrame:frame];
+  if (self == nil) return nil;
+  _text =
+      staylit::makeWrappingLabel(NSFontTextStyleCallout, NSColor.secondaryLabelColor, kTextWidth);
+  [_text setContentCompressionResistancePriority:NSLayoutPriorityDefaultLow
+                                  forOrientation:NSLayoutConstraintOrientationHorizontal];
+  staylit::fill(self, _text, NSEdgeInsetsMake(kMargin, 0, kMargin, 0));
+  return self;
+}
+
+- (void)show:(const staylit::AppsLine&)line {
+  _text.stringValue = platform::nsString(line.text);
+}
+
+@end

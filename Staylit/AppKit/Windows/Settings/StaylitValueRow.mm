@@ -1,0 +1,31 @@
+#import "Staylit/AppKit/Windows/Settings/StaylitValueRow.h"
+
+#include <variant>
+
+#include "Platform/MacOS/Text/NSText.h"
+#include "Staylit/AppKit/Windows/Parts/Drawing.h"
+
+namespace {
+
+constexpr CGFloat kSpacing = 8;
+
+}  // namespace
+
+@implementation StaylitValueRow {
+  NSTextField* _value;
+}
+
+- (NSView*)makeBody {
+  _value = staylit::makeLabel(NSFontTextStyleBody, NSColor.secondaryLabelColor);
+  // Heard with what it is the value of.
+  staylit::hideFromAccessibility(self.label);
+  return staylit::makeRow(@[ self.label, staylit::makeSpacer(), _value ], kSpacing);
+}
+
+- (void)showContent:(const staylit::SettingsView::Row&)row {
+  const std::string& text = std::get<staylit::SettingsView::Value>(row.content).text;
+  _value.stringValue = platform::nsString(text);
+  _value.accessibilityLabel = platform::nsString(row.label);
+}
+
+@end

@@ -1,0 +1,70 @@
+#pragma once
+
+#include <sys/types.h>
+#include <systemd/sd-event.h>
+
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "Platform/Linux/Files/Descriptor.h"
+#include "Platform/Linux/Loop/EventLoop.h"
+#include "Platform/Linux/Loop/EventSource.h"
+
+namespace staylit {
+
+/// Tries the display in a process of its own, while the loop goes on.
+///
+/// A display may accept a connection and never answer, and the libraries that speak with it wait
+/// for ever or end the process. So the program starts itself once more for the trial, which does
+/// all that the windows do at their start. Main thread only; the loop must outlive it.
+class DisplayTrial {
+ public:
+  struct Verdict {
+    enum class Kind {
+      usable,
+      refused,         ///< There is none that could be used; why, stands on standard error.
+      silent,          ///< It has not answered in time.
+      ofAnotherBuild,  ///< The windows that are installed are not this program's.
+      notLoadable,     ///< The windows cannot be loaded.
+    };
+    Kind kind = Kind::refused;
+    std::string platform;  ///< For a usable one: what the windows are to be made with.
+    std::string reason;    ///< Why the windows cannot be loaded; the process has not logged it.
+  };
+
+  /// How the trial's process is started: the program's own file, even if it was replaced since.
+  static constexpr const char* kOwnProgram = "/proc/self/exe";
+  static constexpr const char* kOption = "--try-display";
+  /// A very busy machine needs its time to load the windows, and nobody waits for the trial.
+  static constexpr tidewell::Seconds kPatience{20};
+
+  /// `done` runs once, from the loop, and may destroy this. A display that is usable stays
+  /// connected until this is destroyed: some servers end or start afresh when their last client
+  /// leaves.
+  DisplayTrial(platform::EventLoop& loop, std::function<void(const Verdict&)> done,
+               const std::string& program = kOwnProgram, tidewell::Seconds patience = kPatience);
+  /// Ends the trial's process.
+  ~DisplayTrial();
+  DisplayTrial(const DisplayTrial&) = delete;
+  DisplayTrial& operator=(const DisplayTrial&) = delete;
+
+  /// What the trial's process does instead of all else; returns its status.
+  static int answer();
+
+ private:
+  static int readable(sd_event_source* source, int descriptor, unsigned events, void* data);
+  bool start(const std::string& program);
+  void finish(Verdict verdict);
+
+  platform::EventLoop& loop_;
+  std::function<void(const Verdict&)> done_;
+  pid_t process_ = -1;
+  platform::Descriptor output_;
+  platform::Descriptor input_;  ///< The process ends when this is closed.
+  platform::EventSource source_;
+  std::unique_ptr<tidewell::RepeatingTimer> limit_;
+  std::string text_;
+};
+
+}  // namespace staylit

@@ -1,0 +1,94 @@
+#include "Staylit/Desktop/Display/Windowing.h"
+
+#include <utility>
+
+#include "Platform/Linux/Modules/Modules.h"
+#include "Staylit/Desktop/Display/Display.h"
+#include "Staylit/Desktop/Session/DesktopNotification.h"
+#include "Staylit/Desktop/Session/LoginSession.h"
+#include "Tidewell/Log.h"
+
+namespace staylit {
+namespace {
+
+using Kind = DisplayTrial::Verdict::Kind;
+
+constexpr const char* kInstall = "Please install the package staylit-desktop.";
+constexpr const char* kInstallAnew = "Please install the package staylit-desktop anew.";
+
+}  // namespace
+
+Windowing::Windowing(platform::EventLoop& loop, platform::Bus& sessionBus)
+    : loop_(loop), sessionBus_(sessionBus) {}
+
+WindowKit* Windowing::kit(std::function<void()> again) {
+  if (kit_) return kit_.get();
+  again_ = std::move(again);
+  if (!trial_) tryDisplay();
+  return nullptr;
+}
+
+void Windowing::tryDisplay() {
+  if (!Display::isKnown()) Display::learnFromServiceManager(sessionBus_);
+  if (!Display::isKnown()) {
+    return cannotShow("there is no display", "Start Staylit within a desktop session.");
+  }
+  if (platform::moduleFile(kWindowsModule).empty()) {
+    return cannotShow("its windows are not installed", kInstall);
+  }
+  trial_ = std::make_unique<DisplayTrial>(
+      loop_, [this](const DisplayTrial::Verdict& verdict) { tried(verdict); });
+}
+
+void Windowing::tried(const DisplayTrial::Verdict& verdict) {
+  // Its display stays connected until ours is.
+  const std::unique_ptr<DisplayTrial> trial = std::move(trial_);
+  if (verdict.kind == Kind::usable) return makeKit(verdict.platform);
+  if (!verdict.reason.empty() && lastReason_ != verdict.reason) {
+    tidewell::Log::error(verdict.reason);
+    lastReason_ = verdict.reason;
+  }
+  if (verdict.kind == Kind::ofAnotherBuild) {
+    return cannotShow("its windows are of another version", "End Staylit and start it again.");
+  }
+  if (verdict.kind == Kind::notLoadable) {
+    return cannotShow("its windows do not fit this system", kInstallAnew);
+  }
+  // Perhaps of a desktop that has ended since.
+  if (LoginSession::outlivesSessions()) {
+    Display::forgetAll();
+  } else {
+    Display::forget();
+  }
+  if (verdict.kind == Kind::silent) {
+    return cannotShow("the display does not answer", "Try again when it does.");
+  }
+  cannotShow("the display cannot be used", "See the log for the reason.");
+}
+
+void Windowing::makeKit(const std::string& platform) {
+  const auto function = platform::loadFromModule(kWindowsModule, kMakeWindowKit);
+  if (!function.address)
+    return tried({function.isOfAnotherBuild ? Kind::ofAnotherBuild : Kind::notLoadable, {}, {}});
+  const DrivenLoop driven{loop_.descriptor(), [this] { loop_.pump(); },
+                          [this] { return loop_.isStopping(); }};
+  // From here on a display may keep the main thread waiting.
+  guard_.emplace(loop_);
+  kit_.reset(reinterpret_cast<MakeWindowKit>(function.address)(driven, platform));
+  if (!kit_) {
+    guard_.reset();
+    return tried({});
+  }
+  loop_.handOver();
+  if (const auto again = std::exchange(again_, nullptr)) again();
+}
+
+void Windowing::cannotShow(const std::string& why, const std::string& remedy) {
+  const std::string text = "Staylit cannot show a window: " + why;
+  if (lastLogged_ != why) tidewell::Log::error(text + ". " + remedy);
+  lastLogged_ = why;
+  again_ = nullptr;
+  showNotification(sessionBus_, {text, remedy});
+}
+
+}  // namespace staylit

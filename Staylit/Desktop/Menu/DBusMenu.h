@@ -1,0 +1,83 @@
+#pragma once
+
+#include <systemd/sd-bus.h>
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "Platform/Linux/Bus/Bus.h"
+#include "Platform/Linux/Bus/BusObject.h"
+#include "Platform/Linux/Loop/EventLoop.h"
+#include "Staylit/Desktop/Menu/MenuHosts.h"
+#include "Staylit/Desktop/Menu/MenuLayout.h"
+#include "Staylit/UserInterface.h"
+
+namespace staylit {
+
+/// The status item's menu on the session bus, as `com.canonical.dbusmenu`.
+///
+/// The delegate is asked for the menu whenever a host is about to show it or wants its layout, and
+/// while a host has it open, every two seconds, and at `refresh` once a host knows it; hosts hear
+/// of what changed. Choices reach the delegate from the loop, never from within a call. Main thread
+/// only; all arguments must outlive it.
+class DBusMenu {
+ public:
+  static constexpr const char* kPath = "/MenuBar";
+  static constexpr const char* kInterface = "com.canonical.dbusmenu";
+
+  DBusMenu(platform::EventLoop& loop, platform::Bus& bus, MenuDelegate& delegate);
+  DBusMenu(const DBusMenu&) = delete;
+  DBusMenu& operator=(const DBusMenu&) = delete;
+
+  /// What the menu shows may have changed. Asks the delegate later, from the loop, if a host knows
+  /// the menu. While it is closed, hosts hear of other items only if there are more or fewer: many
+  /// show at once what they know when they open the menu, in the size that it had.
+  void refresh();
+
+  /// Does what the item with that action does, later, from the loop.
+  void chooseLater(MenuItem::Action action);
+
+ private:
+  /// Some properties by their names, or all.
+  using Names = std::vector<std::string>;
+
+  static int getLayout(sd_bus_message* call, void* data, sd_bus_error* error);
+  static int getGroupProperties(sd_bus_message* call, void* data, sd_bus_error* error);
+  static int getProperty(sd_bus_message* call, void* data, sd_bus_error* error);
+  static int event(sd_bus_message* call, void* data, sd_bus_error* error);
+  static int eventGroup(sd_bus_message* call, void* data, sd_bus_error* error);
+  static int aboutToShow(sd_bus_message* call, void* data, sd_bus_error* error);
+  static int aboutToShowGroup(sd_bus_message* call, void* data, sd_bus_error* error);
+  static const sd_bus_vtable kTable[];
+
+  MenuLayout::Change rebuild();
+  MenuLayout::Change rebuildToShow();
+  void rebuildIfNew();
+  void announce(const MenuLayout::Change& change);
+  void announceItems(const MenuLayout::Change& change);
+  void announceLayout();
+  /// Null for an item that is not in the menu.
+  [[nodiscard]] const MenuProperties* propertiesOf(std::int32_t id) const;
+  int appendItem(sd_bus_message* reply, std::int32_t id, std::int32_t depth,
+                 const Names& names) const;
+  int appendChildren(sd_bus_message* reply, std::int32_t depth, const Names& names) const;
+  /// False when nobody knows such an item.
+  bool happened(std::int32_t id, const std::string& type, sd_bus_message* call);
+  void choose(const MenuItem& item);
+
+  platform::EventLoop& loop_;
+  MenuDelegate& delegate_;
+  MenuLayout layout_;
+  MenuHosts hosts_;
+  /// Whether hosts have yet to hear of another layout, and how many items the one had that they
+  /// heard of.
+  bool isLayoutNews_ = false;
+  std::size_t toldCount_ = 0;
+  /// What work for later holds instead of the menu: gone when it is.
+  std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);
+  platform::BusObject object_;
+};
+
+}  // namespace staylit

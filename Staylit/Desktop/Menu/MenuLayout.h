@@ -1,0 +1,65 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "Staylit/Desktop/Menu/MenuProperties.h"
+#include "Staylit/Menu.h"
+
+namespace staylit {
+
+/// The menu as hosts on the bus know it: every item has a number that stands for it alone.
+///
+/// An item is the same as an earlier one when it does the same to the same object; of the items
+/// that do nothing, when it says the same, and the first line is always the same. A number is never
+/// given to another item, so that a host which still shows an old menu cannot hit the wrong one.
+/// A value; one thread.
+class MenuLayout {
+ public:
+  static constexpr std::int32_t kRoot = 0;
+
+  struct Entry {
+    std::int32_t id;
+    MenuItem item;
+    MenuProperties properties;
+  };
+
+  struct ItemChange {
+    std::int32_t id;
+    MenuProperties updated;
+    std::vector<const char*> removed;
+  };
+
+  /// What a new menu brought. The revision has grown when `isLayout`.
+  struct Change {
+    bool isLayout = false;          ///< Other items, or in another order.
+    std::vector<ItemChange> items;  ///< Of items that were there before.
+    explicit operator bool() const { return isLayout || !items.empty(); }
+  };
+
+  Change update(const Menu& menu);
+
+  [[nodiscard]] const std::vector<Entry>& entries() const { return entries_; }
+  /// 0 before the first update.
+  [[nodiscard]] std::uint32_t revision() const { return revision_; }
+  /// Null for what the menu does not hold now, and for the root.
+  [[nodiscard]] const Entry* find(std::int32_t id) const;
+  /// The item that has or had this number, as it was last; null for a number that is not given or
+  /// has been forgotten.
+  [[nodiscard]] const MenuItem* recall(std::int32_t id) const;
+
+ private:
+  std::int32_t number(const std::string& key);
+  std::vector<Entry> numbered(const Menu& menu);
+  void forgetOldItems();
+
+  std::vector<Entry> entries_;
+  std::uint32_t revision_ = 0;
+  std::int32_t lastId_ = kRoot;
+  std::map<std::string, std::int32_t> numbers_;
+  std::map<std::int32_t, MenuItem> gone_;
+};
+
+}  // namespace staylit

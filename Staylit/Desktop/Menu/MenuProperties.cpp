@@ -1,0 +1,59 @@
+#include "Staylit/Desktop/Menu/MenuProperties.h"
+
+#include "Tidewell/ForeignText.h"
+
+namespace staylit {
+namespace {
+
+/// No panel shows more; a name that another program chose may be of any length.
+constexpr std::size_t kLongestLabel = 200;
+
+/// A single underscore would mark the letter that follows as the item's access key.
+std::string label(const std::string& title) {
+  std::string doubled;
+  for (const char character : tidewell::cleaned(title, kLongestLabel)) {
+    doubled += character;
+    if (character == '_') doubled += '_';
+  }
+  return doubled;
+}
+
+/// Hosts know keys by the names that the toolkits have for them, which for a letter is itself.
+std::string keyName(const std::string& character) {
+  return character == "," ? "comma" : tidewell::cleaned(character);
+}
+
+}  // namespace
+
+MenuProperties menuProperties(const MenuItem& item) {
+  if (item.isSeparator) return {{"type", std::string("separator")}};
+  MenuProperties properties{{"label", label(item.title)}};
+  if (!item.isEnabled) properties.push_back({"enabled", false});
+  if (item.isToggle) {
+    properties.push_back({"toggle-type", std::string("checkmark")});
+    properties.push_back({"toggle-state", std::int32_t{item.isOn ? 1 : 0}});
+  }
+  if (!item.keyEquivalent.empty()) {
+    properties.push_back({"shortcut", MenuShortcut{"Control", keyName(item.keyEquivalent)}});
+  }
+  return properties;
+}
+
+MenuProperties rootMenuProperties() {
+  return {{"children-display", std::string("submenu")}};
+}
+
+std::optional<MenuPropertyValue> defaultMenuProperty(std::string_view name) {
+  if (name == "type") return std::string("standard");
+  if (name == "disposition") return std::string("normal");
+  if (name == "enabled" || name == "visible") return true;
+  if (name == "toggle-state") return std::int32_t{-1};
+  if (name == "shortcut") return MenuShortcut{};
+  for (const std::string_view text :
+       {"label", "icon-name", "toggle-type", "children-display", "accessible-desc"}) {
+    if (name == text) return std::string();
+  }
+  return std::nullopt;
+}
+
+}  // namespace staylit

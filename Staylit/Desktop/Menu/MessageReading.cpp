@@ -1,0 +1,76 @@
+#include "Staylit/Desktop/Menu/MessageReading.h"
+
+#include <set>
+#include <string_view>
+
+#include "Platform/Linux/Bus/BusMessage.h"
+
+namespace staylit {
+namespace {
+
+/// Whether a variant of that type comes next.
+bool holds(sd_bus_message* message, std::string_view wanted) {
+  const char* type = nullptr;
+  return sd_bus_message_peek_type(message, nullptr, &type) > 0 && type && wanted == type;
+}
+
+}  // namespace
+
+int readTexts(sd_bus_message* message, std::vector<std::string>& texts) {
+  int result = sd_bus_message_enter_container(message, 'a', "s");
+  const char* text = nullptr;
+  while (result >= 0 && (result = sd_bus_message_read(message, "s", &text)) > 0)
+    texts.emplace_back(text);
+  return result < 0 ? result : sd_bus_message_exit_container(message);
+}
+
+int readNumbers(sd_bus_message* message, std::vector<std::int32_t>& numbers) {
+  int result = sd_bus_message_enter_container(message, 'a', "i");
+  std::int32_t number = 0;
+  std::set<std::int32_t> seen;
+  while (result >= 0 && (result = sd_bus_message_read(message, "i", &number)) > 0) {
+    if (seen.insert(number).second) numbers.push_back(number);
+  }
+  return result < 0 ? result : sd_bus_message_exit_container(message);
+}
+
+int replyWithNumbers(sd_bus_message* call, const std::vector<std::vector<std::int32_t>>& lists) {
+  sd_bus_message* raw = nullptr;
+  int result = sd_bus_message_new_method_return(call, &raw);
+  const platform::BusMessage reply(raw);
+  for (const std::vector<std::int32_t>& list : lists) {
+    if (result < 0) return result;
+    result = sd_bus_message_append_array(raw, 'i', list.data(), list.size() * sizeof list[0]);
+  }
+  return result < 0 ? result : sd_bus_send(nullptr, raw, nullptr);
+}
+
+int readEntries(sd_bus_message* message, const EntryReader& read) {
+  int result = sd_bus_message_enter_container(message, 'a', "{sv}");
+  while (result >= 0 && (result = sd_bus_message_enter_container(message, 'e', "sv")) > 0) {
+    const char* key = nullptr;
+    if ((result = sd_bus_message_read(message, "s", &key)) < 0) break;
+    result = read(key);
+    if (result == 0) result = sd_bus_message_skip(message, "v");
+    if (result >= 0) result = sd_bus_message_exit_container(message);
+  }
+  return result < 0 ? result : sd_bus_message_exit_container(message);
+}
+
+int readTextValue(sd_bus_message* message, std::string& text) {
+  if (!holds(message, "s")) return 0;
+  const char* value = nullptr;
+  const int result = sd_bus_message_read(message, "v", "s", &value);
+  if (result >= 0) text = value;
+  return result < 0 ? result : 1;
+}
+
+int readTextsValue(sd_bus_message* message, std::vector<std::string>& texts) {
+  if (!holds(message, "as")) return 0;
+  int result = sd_bus_message_enter_container(message, 'v', "as");
+  if (result >= 0) result = readTexts(message, texts);
+  if (result >= 0) result = sd_bus_message_exit_container(message);
+  return result < 0 ? result : 1;
+}
+
+}  // namespace staylit

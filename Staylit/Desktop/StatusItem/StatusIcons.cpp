@@ -1,0 +1,35 @@
+#include "Staylit/Desktop/StatusItem/StatusIcons.h"
+
+#include <filesystem>
+#include <system_error>
+
+#include "Platform/Linux/Files/XdgFolders.h"
+#include "Staylit/Desktop/StatusItem/IconNames.h"
+
+namespace staylit {
+namespace {
+
+namespace fs = std::filesystem;
+
+bool holdsIcons(const fs::path& themes) {
+  std::error_code error;
+  const std::string file = iconName("cup.and.saucer", false) + ".svg";
+  return fs::exists(themes / "hicolor/scalable/status" / file, error);
+}
+
+}  // namespace
+
+StatusIcons StatusIcons::ofThisProgram() {
+  for (const fs::path& folder : platform::xdgDataFolders()) {
+    if (holdsIcons(folder / "icons")) return {true, ""};
+  }
+  std::error_code error;
+  const fs::path program = fs::read_symlink("/proc/self/exe", error).parent_path();
+  // Beside the program where it was built, or where it was installed apart from the desktop.
+  for (const fs::path& share : {program / "share", program.parent_path() / "share"}) {
+    if (holdsIcons(share / "icons")) return {true, share / "icons"};
+  }
+  return {};
+}
+
+}  // namespace staylit

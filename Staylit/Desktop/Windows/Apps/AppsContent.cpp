@@ -1,0 +1,130 @@
+#include "Staylit/Desktop/Windows/Apps/AppsContent.h"
+
+#include <QHBoxLayout>
+#include <QKeyEvent>
+#include <QShortcut>
+#include <QVBoxLayout>
+
+#include "Staylit/Desktop/Windows/Parts/Divider.h"
+#include "Staylit/Desktop/Windows/Parts/Texts.h"
+
+namespace staylit::windows {
+namespace {
+
+constexpr int kPadding = 16;
+constexpr int kHeaderSpacing = 9;
+constexpr int kFooterMargin = 11;
+constexpr int kButtonPadding = 8;
+
+}  // namespace
+
+AppsContent::AppsContent(AppsView& view, QWidget* parent)
+    : QWidget(parent),
+      view_(view),
+      search_(new SearchField(view.header(), this)),
+      list_(new AppsList(this)),
+      footerText_(new TextLabel(TextStyle::callout, Tone::secondary, Ground::window, this)),
+      footerButton_(new QPushButton(this)) {
+  auto* layout = new QVBoxLayout(this);
+  layout->setContentsMargins(0, 0, 0, 0);
+  layout->setSpacing(0);
+  layout->addWidget(makeHeader());
+  layout->addWidget(new Divider(this));
+  layout->addWidget(list_, 1);
+  layout->addWidget(new Divider(this));
+  layout->addWidget(makeFooter());
+  setTabOrder(&search_->edit(), list_);
+  setTabOrder(list_, footerButton_);
+  search_->edit().setText(qt(view_.search()));
+  search_->edit().setFocus();
+  list_->setAccessibleName(qt(view_.header().title));
+  connectControls();
+}
+
+QWidget* AppsContent::makeHeader() {
+  const AppsView::Header texts = view_.header();
+  auto* header = new QWidget(this);
+  auto* title = new TextLabel(TextStyle::headline, Tone::primary, Ground::window, header);
+  title->setText(qt(texts.title));
+  auto* subtitle = new TextLabel(TextStyle::caption, Tone::secondary, Ground::window, header);
+  subtitle->setText(qt(texts.subtitle));
+  subtitle->setWordWrap(true);
+  auto* layout = new QVBoxLayout(header);
+  layout->setContentsMargins(kPadding, kPadding, kPadding, kPadding);
+  layout->setSpacing(kHeaderSpacing);
+  layout->addWidget(title);
+  layout->addWidget(subtitle);
+  layout->addWidget(search_);
+  return header;
+}
+
+QWidget* AppsContent::makeFooter() {
+  auto* footer = new QWidget(this);
+  auto* layout = new QHBoxLayout(footer);
+  layout->setContentsMargins(kPadding, kFooterMargin, kPadding, kFooterMargin);
+  layout->addWidget(footerText_);
+  layout->addStretch();
+  layout->addWidget(footerButton_);
+  footerButton_->setText(qt(view_.footer().button));
+  // Some styles leave hardly any room beside the text.
+  footerButton_->setMinimumWidth(footerButton_->sizeHint().width() + 2 * kButtonPadding);
+  // Return presses it too, but only while it has the keyboard.
+  footerButton_->setAutoDefault(true);
+  return footer;
+}
+
+void AppsContent::connectControls() {
+  QLineEdit& edit = search_->edit();
+  connect(&edit, &QLineEdit::textChanged, this, [this](const QString& text) {
+    view_.setSearch(text.toStdString());
+    refresh();
+  });
+  edit.installEventFilter(this);
+  list_->setOnChoose([this](const std::string& id) {
+    view_.move(id);
+    refresh();
+  });
+  connect(footerButton_, &QPushButton::clicked, this, [this] {
+    view_.watchEverything();
+    refresh();
+  });
+  connect(new QShortcut(QKeySequence::Find, this), &QShortcut::activated, this, [this] {
+    search_->edit().setFocus(Qt::ShortcutFocusReason);
+    search_->edit().selectAll();
+  });
+  subscription_ = view_.observe([this] {
+    if (isVisible()) refresh();
+  });
+}
+
+bool AppsContent::clearSearch() {
+  if (search_->edit().text().isEmpty()) return false;
+  search_->edit().clear();
+  return true;
+}
+
+void AppsContent::showEvent(QShowEvent* event) {
+  refresh();
+  QWidget::showEvent(event);
+}
+
+bool AppsContent::eventFilter(QObject* watched, QEvent* event) {
+  // Down from the search is the first application.
+  if (watched == &search_->edit() && event->type() == QEvent::KeyPress &&
+      static_cast<QKeyEvent*>(event)->key() == Qt::Key_Down) {
+    list_->goToFirst();
+    list_->setFocus(Qt::OtherFocusReason);
+    return true;
+  }
+  return QWidget::eventFilter(watched, event);
+}
+
+void AppsContent::refresh() {
+  list_->showSections(view_.sections());
+  const AppsView::Footer footer = view_.footer();
+  footerText_->setText(qt(footer.text));
+  footerButton_->setText(qt(footer.button));
+  footerButton_->setEnabled(footer.buttonEnabled);
+}
+
+}  // namespace staylit::windows

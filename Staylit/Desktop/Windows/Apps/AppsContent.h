@@ -1,0 +1,40 @@
+#pragma once
+
+#include <QPushButton>
+#include <QWidget>
+
+#include "Staylit/AppsView.h"
+#include "Staylit/Desktop/Windows/Apps/AppsList.h"
+#include "Staylit/Desktop/Windows/Apps/SearchField.h"
+#include "Staylit/Desktop/Windows/Parts/TextLabel.h"
+
+namespace staylit::windows {
+
+/// What is in the Choose Apps window. Follows the view while it is on the screen; `view` must
+/// outlive it.
+class AppsContent : public QWidget {
+ public:
+  AppsContent(AppsView& view, QWidget* parent);
+
+  /// Whether there was something to clear.
+  bool clearSearch();
+
+ protected:
+  void showEvent(QShowEvent* event) override;
+  bool eventFilter(QObject* watched, QEvent* event) override;
+
+ private:
+  QWidget* makeHeader();
+  QWidget* makeFooter();
+  void connectControls();
+  void refresh();
+
+  AppsView& view_;
+  SearchField* search_;
+  AppsList* list_;
+  TextLabel* footerText_;
+  QPushButton* footerButton_;
+  Subscription subscription_;
+};
+
+}  // namespace staylit::windows

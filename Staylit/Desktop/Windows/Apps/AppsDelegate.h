@@ -1,0 +1,48 @@
+#pragma once
+
+#include <QAbstractItemDelegate>
+#include <QPersistentModelIndex>
+
+#include "Staylit/Desktop/Windows/Apps/AppsModel.h"
+#include "Staylit/Desktop/Windows/Parts/Shades.h"
+
+namespace staylit::windows {
+
+/// Draws the lines of the Choose Apps window.
+class AppsDelegate : public QAbstractItemDelegate {
+ public:
+  /// How the list reacts to the user at the moment.
+  struct Feedback {
+    QPersistentModelIndex hovered;
+    QPersistentModelIndex pressed;
+    QPersistentModelIndex ringed;  ///< Where the keyboard is.
+  };
+
+  AppsDelegate(const AppsModel& model, QObject* parent);
+
+  void setFeedback(Feedback feedback) { feedback_ = std::move(feedback); }
+
+  void paint(QPainter* painter, const QStyleOptionViewItem& given,
+             const QModelIndex& index) const override;
+  /// The height in a list as wide as the option's rectangle.
+  [[nodiscard]] QSize sizeHint(const QStyleOptionViewItem& option,
+                               const QModelIndex& index) const override;
+
+ private:
+  struct Canvas;
+
+  static void paintHeading(const Canvas& canvas, const AppsLine& line);
+  static int paintTitle(const Canvas& canvas, const AppsLine& heading, QRect line);
+  static void paintBadge(const Canvas& canvas, std::size_t count, int left, QRect line);
+  static void paintEmpty(const Canvas& canvas, const AppsLine& line);
+  void paintEntry(const Canvas& canvas, const AppsLine& line, const QModelIndex& index) const;
+  int marginBelow(const QModelIndex& index) const;
+  QColor plateColor(const Surface& surface, const QModelIndex& index) const;
+  void paintPlate(const Canvas& canvas, const QModelIndex& index) const;
+  static void paintName(const Canvas& canvas, const AppsLine& entry, QRect line);
+
+  const AppsModel& model_;
+  Feedback feedback_;
+};
+
+}  // namespace staylit::windows

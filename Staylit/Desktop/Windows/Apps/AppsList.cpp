@@ -1,0 +1,241 @@
+#include "Staylit/Desktop/Windows/Apps/AppsList.h"
+
+#include <QFocusEvent>
+#include <QKeyEvent>
+#include <QMouseEvent>
+#include <QScrollBar>
+
+namespace staylit::windows {
+namespace {
+
+bool isChoice(const QKeyEvent& event) {
+  switch (event.key()) {
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+    case Qt::Key_Space:
+      return (event.modifiers() & ~Qt::KeypadModifier) == Qt::NoModifier;
+    default:
+      return false;
+  }
+}
+
+}  // namespace
+
+AppsList::AppsList(QWidget* parent)
+    : QListView(parent), model_(new AppsModel(this)), delegate_(new AppsDelegate(*model_, this)) {
+  setModel(model_);
+  setItemDelegate(delegate_);
+  setFrameShape(QFrame::NoFrame);
+  setSelectionMode(NoSelection);
+  setEditTriggers(NoEditTriggers);
+  setResizeMode(Adjust);
+  setVerticalScrollMode(ScrollPerPixel);
+  setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+  setMouseTracking(true);
+  // Rows come and go by themselves; only the user's keys scroll to where the keyboard is.
+  setAutoScroll(false);
+}
+
+void AppsList::showSections(const std::vector<AppsView::Section>& sections) {
+  const std::vector<Anchor> before = anchors();
+  if (!model_->show(sections)) return;
+  doItemsLayout();
+  holdFast(before);
+  leaveHeading();
+  viewport()->update();
+}
+
+std::vector<AppsList::Anchor> AppsList::anchors() const {
+  std::vector<Anchor> found;
+  // At the top one wants to see what appears there.
+  if (verticalScrollBar()->value() == 0) return found;
+  for (int row = 0; row < model_->rowCount(); ++row) {
+    const QModelIndex index = model_->index(row);
+    const QRect place = visualRect(index);
+    if (!model_->isEntry(index) || place.top() < 0) continue;
+    if (place.top() > viewport()->height()) break;
+    const AppsLine& line = model_->line(index);
+    found.push_back({line.id, line.section, line.isWorking, place.top()});
+  }
+  return found;
+}
+
+void AppsList::holdFast(const std::vector<Anchor>& anchors) {
+  for (const Anchor& anchor : anchors) {
+    const QModelIndex index = model_->indexOf(anchor.id);
+    if (!index.isValid()) continue;
+    const AppsLine& line = model_->line(index);
+    if (line.section != anchor.section || line.isWorking != anchor.isWorking) continue;
+    QScrollBar* bar = verticalScrollBar();
+    bar->setValue(bar->value() + visualRect(index).top() - anchor.top);
+    return;
+  }
+}
+
+void AppsList::leaveHeading() {
+  const QModelIndex current = currentIndex();
+  if (!current.isValid() || model_->isEntry(current)) return;
+  const QModelIndex below = model_->nextEntry(current.row(), 1);
+  setCurrentIndex(below.isValid() ? below : model_->nextEntry(current.row(), -1));
+}
+
+void AppsList::goTo(const QModelIndex& index) {
+  if (!index.isValid()) return;
+  setCurrentIndex(index);
+  // The heading goes with the first of a section.
+  const QModelIndex above = model_->index(index.row() - 1);
+  if (above.isValid() && !model_->isEntry(above)) scrollTo(above);
+  scrollTo(index);
+}
+
+QModelIndex AppsList::hovered() const {
+  if (!mouse_) return {};
+  const QModelIndex index = indexAt(*mouse_);
+  return model_->isEntry(index) ? index : QModelIndex();
+}
+
+QModelIndex AppsList::moveCursor(CursorAction action, Qt::KeyboardModifiers) {
+  const int row = currentIndex().row();
+  QModelIndex next;
+  switch (action) {
+    case MoveUp:
+    case MovePrevious:
+      next = model_->nextEntry(row - 1, -1);
+      break;
+    case MoveDown:
+    case MoveNext:
+      next = model_->nextEntry(row + 1, 1);
+      break;
+    case MoveHome:
+      next = model_->nextEntry(0, 1);
+      break;
+    case MoveEnd:
+      next = model_->nextEntry(model_->rowCount() - 1, -1);
+      break;
+    case MovePageUp:
+      next = pageFrom(-1);
+      break;
+    case MovePageDown:
+      next = pageFrom(1);
+      break;
+    case MoveLeft:
+    case MoveRight:
+      break;
+  }
+  return next.isValid() ? next : currentIndex();
+}
+
+QModelIndex AppsList::pageFrom(int pages) const {
+  const QRect place = visualRect(currentIndex());
+  const int step = viewport()->height() - place.height();
+  const QModelIndex there = indexAt(place.center() + QPoint(0, pages * step));
+  const int last = model_->rowCount() - 1;
+  if (pages > 0) return model_->nextEntry(there.isValid() ? there.row() : last, -1);
+  return model_->nextEntry(there.isValid() ? there.row() : 0, 1);
+}
+
+void AppsList::initViewItemOption(QStyleOptionViewItem* option) const {
+  QListView::initViewItemOption(option);
+  option->rect = viewport()->rect();
+}
+
+void AppsList::keyPressEvent(QKeyEvent* event) {
+  // Otherwise it would be taken for a search by letters.
+  if (event->matches(QKeySequence::Cancel)) return event->ignore();
+  byKeyboard_ = true;
+  if (isChoice(*event)) {
+    // A key that is held down must not empty the list.
+    if (!event->isAutoRepeat()) choose(currentIndex());
+    return;
+  }
+  const QModelIndex before = currentIndex();
+  QListView::keyPressEvent(event);
+  if (currentIndex() != before) goTo(currentIndex());
+  viewport()->update();
+}
+
+void AppsList::mousePressEvent(QMouseEvent* event) {
+  byKeyboard_ = false;
+  mouse_ = event->position().toPoint();
+  if (event->button() == Qt::LeftButton) {
+    pressed_ = hovered();
+    if (pressed_.isValid()) setCurrentIndex(pressed_);
+  }
+  viewport()->update();
+}
+
+void AppsList::mouseMoveEvent(QMouseEvent* event) {
+  mouse_ = event->position().toPoint();
+  viewport()->update();
+}
+
+void AppsList::mouseReleaseEvent(QMouseEvent* event) {
+  mouse_ = event->position().toPoint();
+  if (event->button() != Qt::LeftButton) return;
+  const QModelIndex pressed = pressed_;
+  pressed_ = QModelIndex();
+  viewport()->update();
+  if (pressed.isValid() && pressed == hovered()) choose(pressed);
+}
+
+void AppsList::mouseDoubleClickEvent(QMouseEvent* event) {
+  // The first click has brought another application under the mouse, which nobody meant.
+  event->accept();
+}
+
+void AppsList::leaveEvent(QEvent* event) {
+  QListView::leaveEvent(event);
+  mouse_.reset();
+  viewport()->update();
+}
+
+void AppsList::focusInEvent(QFocusEvent* event) {
+  QListView::focusInEvent(event);
+  switch (event->reason()) {
+    case Qt::MouseFocusReason:
+      break;
+    case Qt::ActiveWindowFocusReason:
+    case Qt::PopupFocusReason:
+      return;
+    default:
+      byKeyboard_ = true;
+  }
+  if (byKeyboard_ && !model_->isEntry(currentIndex())) goToFirst();
+}
+
+void AppsList::paintEvent(QPaintEvent* event) {
+  const QModelIndex under = hovered();
+  const bool isPressed = pressed_.isValid() && pressed_ == under;
+  const bool showsPlace = byKeyboard_ && hasFocus();
+  // While a button is down nothing else reacts.
+  delegate_->setFeedback({pressed_.isValid() ? QModelIndex() : under,
+                          isPressed ? under : QModelIndex(),
+                          showsPlace ? currentIndex() : QModelIndex()});
+  QListView::paintEvent(event);
+}
+
+void AppsList::scrollContentsBy(int dx, int dy) {
+  QListView::scrollContentsBy(dx, dy);
+  // Another row may lie under the mouse now.
+  viewport()->update();
+}
+
+void AppsList::choose(const QModelIndex& index) {
+  if (!model_->isEntry(index) || !onChoose_) return;
+  const std::string id = model_->line(index).id;
+  const QPersistentModelIndex next = successor(index);
+  onChoose_(id);
+  if (!next.isValid()) return;
+  byKeyboard_ ? goTo(next) : setCurrentIndex(next);
+}
+
+QModelIndex AppsList::successor(const QModelIndex& index) const {
+  const std::size_t section = model_->line(index).section;
+  for (const int step : {1, -1}) {
+    const QModelIndex next = model_->nextEntry(index.row() + step, step);
+    if (next.isValid() && model_->line(next).section == section) return next;
+  }
+  return model_->nextEntry(index.row() + 1, 1);
+}
+
+}  // namespace staylit::windows

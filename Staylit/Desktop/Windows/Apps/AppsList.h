@@ -1,0 +1,76 @@
+#pragma once
+
+#include <QListView>
+#include <QPersistentModelIndex>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "Staylit/Desktop/Windows/Apps/AppsDelegate.h"
+#include "Staylit/Desktop/Windows/Apps/AppsModel.h"
+
+namespace staylit::windows {
+
+/// The list of the Choose Apps window. Every application is a button over the whole row; the
+/// keyboard goes from application to application through both sections.
+class AppsList : public QListView {
+ public:
+  explicit AppsList(QWidget* parent = nullptr);
+
+  /// Told the id of the application that was chosen.
+  void setOnChoose(std::function<void(const std::string& id)> onChoose) {
+    onChoose_ = std::move(onChoose);
+  }
+
+  /// Keeps what is on the screen where it is, and the keyboard on its row.
+  void showSections(const std::vector<AppsView::Section>& sections);
+
+  /// Puts the keyboard on an application and scrolls to it.
+  void goTo(const QModelIndex& index);
+  void goToFirst() { goTo(model_->nextEntry(0, 1)); }
+
+  [[nodiscard]] const AppsModel& apps() const { return *model_; }
+  /// The row under the mouse, if it can be chosen.
+  [[nodiscard]] QModelIndex hovered() const;
+
+ protected:
+  QModelIndex moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) override;
+  void initViewItemOption(QStyleOptionViewItem* option) const override;
+  void keyPressEvent(QKeyEvent* event) override;
+  void mousePressEvent(QMouseEvent* event) override;
+  void mouseMoveEvent(QMouseEvent* event) override;
+  void mouseReleaseEvent(QMouseEvent* event) override;
+  void mouseDoubleClickEvent(QMouseEvent* event) override;
+  void leaveEvent(QEvent* event) override;
+  void focusInEvent(QFocusEvent* event) override;
+  void paintEvent(QPaintEvent* event) override;
+  void scrollContentsBy(int dx, int dy) override;
+
+ private:
+  /// Where a row was on the screen, and what would make it move.
+  struct Anchor {
+    std::string id;
+    std::size_t section = 0;
+    bool isWorking = false;
+    int top = 0;
+  };
+
+  [[nodiscard]] std::vector<Anchor> anchors() const;
+  void holdFast(const std::vector<Anchor>& anchors);
+  [[nodiscard]] QModelIndex pageFrom(int pages) const;
+  void choose(const QModelIndex& index);
+  /// The application that takes the place of one that leaves its section.
+  [[nodiscard]] QModelIndex successor(const QModelIndex& index) const;
+  void leaveHeading();
+
+  // Children, so that they outlive what the view does when it goes.
+  AppsModel* model_;
+  AppsDelegate* delegate_;
+  std::function<void(const std::string& id)> onChoose_;
+  std::optional<QPoint> mouse_;
+  QPersistentModelIndex pressed_;
+  bool byKeyboard_ = false;  ///< Whether the keyboard was used last, so that its place is shown.
+};
+
+}  // namespace staylit::windows

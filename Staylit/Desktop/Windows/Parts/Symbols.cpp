@@ -1,0 +1,61 @@
+#include "Staylit/Desktop/Windows/Parts/Symbols.h"
+
+#include <QFile>
+#include <QPixmapCache>
+#include <QSvgRenderer>
+#include <QtMath>
+
+namespace staylit::windows::symbols {
+namespace {
+
+QString path(const QString& name) {
+  return QStringLiteral(":/staylit/symbols/") + name + QStringLiteral(".svg");
+}
+
+QString cacheKey(const QString& name, int pixels, const QColor& color) {
+  return QStringLiteral("staylit/%1/%2/%3").arg(name).arg(pixels).arg(color.rgba());
+}
+
+/// The drawing's own colours do not matter, only where it covers.
+QPixmap rendered(const QString& name, int pixels, const QColor& color) {
+  QSvgRenderer drawing(path(name));
+  if (!drawing.isValid()) return {};
+  QPixmap pixmap(pixels, pixels);
+  pixmap.fill(Qt::transparent);
+  QPainter painter(&pixmap);
+  drawing.setAspectRatioMode(Qt::KeepAspectRatio);
+  drawing.render(&painter, QRectF(0, 0, pixels, pixels));
+  painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
+  painter.fillRect(pixmap.rect(), color);
+  return pixmap;
+}
+
+}  // namespace
+
+bool has(const QString& name) {
+  return QFile::exists(path(name));
+}
+
+void draw(QPainter& painter, const QString& name, const QRectF& frame, const QColor& color) {
+  const int side = qFloor(qMin(frame.width(), frame.height()));
+  const QPixmap picture = pixmap(name, side, color, painter.device()->devicePixelRatioF());
+  if (picture.isNull()) return;
+  QRectF place(0, 0, side, side);
+  place.moveCenter(frame.center());
+  // Off the grid it would be blurred.
+  painter.drawPixmap(place.topLeft().toPoint(), picture);
+}
+
+QPixmap pixmap(const QString& name, int side, const QColor& color, qreal pixelRatio) {
+  const int pixels = qCeil(side * pixelRatio);
+  const QString key = cacheKey(name, pixels, color);
+  QPixmap found;
+  if (!QPixmapCache::find(key, &found)) {
+    found = rendered(name, pixels, color);
+    QPixmapCache::insert(key, found);
+  }
+  found.setDevicePixelRatio(pixelRatio);
+  return found;
+}
+
+}  // namespace staylit::windows::symbols

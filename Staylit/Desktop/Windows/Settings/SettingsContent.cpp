@@ -1,0 +1,41 @@
+#include "Staylit/Desktop/Windows/Settings/SettingsContent.h"
+
+namespace staylit::windows {
+
+using Control = SettingsView::Control;
+
+SettingsContent::SettingsContent(SettingsView& view, QWidget* parent)
+    : OverlayScrollArea(parent),
+      view_(view),
+      form_(new SettingsForm({[this](Control control, int value) { setValue(control, value); },
+                              [this](Control control, bool on) { setOn(control, on); }},
+                             this)) {
+  setWidget(form_);
+  refresh();
+  subscription_ = view_.observe([this] {
+    if (isVisible()) refresh();
+  });
+}
+
+void SettingsContent::setValue(Control control, int value) {
+  view_.setValue(control, value);
+  refresh();
+}
+
+void SettingsContent::setOn(Control control, bool on) {
+  view_.setOn(control, on);
+  refresh();
+  // An error under it may have grown out of sight.
+  ensureWidgetVisible(form_->row(control), 0, 0);
+}
+
+void SettingsContent::showEvent(QShowEvent* event) {
+  refresh();
+  OverlayScrollArea::showEvent(event);
+}
+
+void SettingsContent::refresh() {
+  form_->show(view_.form());
+}
+
+}  // namespace staylit::windows

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "Staylit/Desktop/Windows/Parts/OverlayScrollArea.h"
+#include "Staylit/Desktop/Windows/Settings/SettingsForm.h"
+#include "Staylit/SettingsView.h"
+
+namespace staylit::windows {
+
+/// What is in the Settings window. Follows the view while it is on the screen; `view` must outlive
+/// it.
+class SettingsContent : public OverlayScrollArea {
+ public:
+  SettingsContent(SettingsView& view, QWidget* parent);
+
+ protected:
+  void showEvent(QShowEvent* event) override;
+
+ private:
+  void setValue(SettingsView::Control control, int value);
+  void setOn(SettingsView::Control control, bool on);
+  void refresh();
+
+  SettingsView& view_;
+  SettingsForm* form_;
+  Subscription subscription_;
+};
+
+}  // namespace staylit::windows

@@ -1,0 +1,79 @@
+#include "Staylit/Desktop/Windows/Settings/SettingsRow.h"
+
+#include <QAccessible>
+#include <utility>
+
+#include "Staylit/Desktop/Windows/Parts/Texts.h"
+#include "Staylit/Desktop/Windows/Settings/SliderRow.h"
+#include "Staylit/Desktop/Windows/Settings/ToggleRow.h"
+#include "Staylit/Desktop/Windows/Settings/ValueRow.h"
+
+namespace staylit::windows {
+namespace {
+
+constexpr int kRowSide = 12;
+constexpr int kRowMargin = 9;
+constexpr int kRowSpacing = 4;
+
+TextLabel* makeNote(Tone tone, QWidget* parent) {
+  auto* note = new TextLabel(TextStyle::caption, tone, Ground::card, parent);
+  note->setWordWrap(true);
+  note->hide();
+  return note;
+}
+
+void showNote(TextLabel& note, const QString& text) {
+  note.setText(text);
+  note.setVisible(!text.isEmpty());
+}
+
+}  // namespace
+
+SettingsRow* SettingsRow::make(const SettingsView::Row& row, Actions actions, QWidget* parent) {
+  SettingsRow* made = nullptr;
+  if (std::holds_alternative<SettingsView::Slider>(row.content)) {
+    made = new SliderRow(row, std::move(actions.setValue), parent);
+  } else if (std::holds_alternative<SettingsView::Toggle>(row.content)) {
+    made = new ToggleRow(row, std::move(actions.setOn), parent);
+  } else {
+    made = new ValueRow(row, parent);
+  }
+  made->show(row);
+  return made;
+}
+
+SettingsRow::SettingsRow(const SettingsView::Row& row, QWidget* parent)
+    : QWidget(parent),
+      control_(row.control),
+      column_(new QVBoxLayout(this)),
+      error_(makeNote(Tone::error, this)),
+      caption_(makeNote(Tone::secondary, this)) {
+  column_->setContentsMargins(kRowSide, kRowMargin, kRowSide, kRowMargin);
+  column_->setSpacing(kRowSpacing);
+}
+
+void SettingsRow::addNotes() {
+  column_->addWidget(error_);
+  column_->addWidget(caption_);
+}
+
+void SettingsRow::show(const SettingsView::Row& row) {
+  showContent(row);
+  showNote(*caption_, qt(row.caption));
+  showError(qt(row.error));
+  focus()->setAccessibleName(qt(row.label));
+  const QString caption = qt(row.caption);
+  const QString error = qt(row.error);
+  focus()->setAccessibleDescription(error.isEmpty() ? caption : error + QChar(' ') + caption);
+}
+
+void SettingsRow::showError(const QString& text) {
+  const bool isNew = !text.isEmpty() && text != error_->text();
+  showNote(*error_, text);
+  if (!isNew) return;
+  // The keyboard is elsewhere, and someone who listens would not learn of it.
+  QAccessibleEvent alert(error_, QAccessible::Alert);
+  QAccessible::updateAccessibility(&alert);
+}
+
+}  // namespace staylit::windows

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <QVBoxLayout>
+#include <QWidget>
+#include <functional>
+
+#include "Staylit/Desktop/Windows/Parts/TextLabel.h"
+#include "Staylit/SettingsView.h"
+
+namespace staylit::windows {
+
+/// One row of the Settings window: a labelled control, an error if there is one, and a caption.
+class SettingsRow : public QWidget {
+ public:
+  /// What a row hands back.
+  struct Actions {
+    std::function<void(SettingsView::Control control, int value)> setValue;
+    std::function<void(SettingsView::Control control, bool on)> setOn;
+  };
+
+  /// The right kind of row for `row`; `parent` owns it.
+  static SettingsRow* make(const SettingsView::Row& row, Actions actions, QWidget* parent);
+
+  /// `row` has the control and the kind of content that the row was made for.
+  void show(const SettingsView::Row& row);
+
+  [[nodiscard]] SettingsView::Control control() const { return control_; }
+
+ protected:
+  SettingsRow(const SettingsView::Row& row, QWidget* parent);
+
+  virtual void showContent(const SettingsView::Row& row) = 0;
+  /// The widget that stands for the row where it is read aloud.
+  virtual QWidget* focus() = 0;
+
+  QVBoxLayout& column() { return *column_; }
+  /// The last two lines of the column.
+  void addNotes();
+
+ private:
+  void showError(const QString& text);
+
+  SettingsView::Control control_;
+  QVBoxLayout* column_;
+  TextLabel* error_;
+  TextLabel* caption_;
+};
+
+}  // namespace staylit::windows
