@@ -108,7 +108,7 @@ class Displays {
     if (!holds()) return find("There was no hold to begin with.");
     OwnMachine::wait(machine_.start({"--settings"}));
     if (!OwnMachine::eventually([&staylit] { return hasWindows(staylit.pid()); }, 60s)) {
-      return find("On a display that answers there was no window.");
+      return find("On a display that answers there was no window. " + machine_.output("err"));
     }
     server.freeze();
     // Something new to draw, and then to be asked of the display.
