@@ -35,8 +35,8 @@
 #include "Platform/Linux/Time/SystemClock.h"
 #include "Platform/MakePorts.h"
 #include "Platform/Posix/PosixConsole.h"
-#include "Tidewell/ConservedProcesses.h"
-#include "Tidewell/ProcessAccounts.h"
+#include "Tidewell/Accounting/AccountDirectory.h"
+#include "Tidewell/Accounting/ConservedProcesses.h"
 
 namespace platform {
 namespace {
@@ -69,12 +69,13 @@ struct LinuxSystem {
   LinuxProcessTable processTable{tracker};
   std::shared_ptr<NamedHolders> namedHolders = std::make_shared<NamedHolders>();
   LinuxRunningApplications runningApplications{tracker, namedHolders};
-  tidewell::ProcessAccounts processAccounts;
-  tidewell::ConservedProcesses conserved{{processTable, runningApplications, clock, processAccounts,
+  tidewell::AccountDirectory accountDirectory;
+  tidewell::ConservedProcesses conserved{{processTable, runningApplications, clock,
+                                          accountDirectory,
                                           std::max(1U, std::thread::hardware_concurrency())}};
 
   ThreadQueues serialQueues{loop.get()};
-  SocketTableTool networkTool{&processAccounts};
+  SocketTableTool networkTool{&accountDirectory};
   UPowerSources powerSources{systemBus};
   SleepInhibitors powerManagement{systemBus, sessionBus, *loop};
   InhibitorList assertionTable{systemBus, sessionBus, namedHolders};

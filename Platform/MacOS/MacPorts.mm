@@ -21,20 +21,20 @@
 #include "Platform/MacOS/Time/FoundationClock.h"
 #include "Platform/MakePorts.h"
 #include "Platform/Posix/PosixConsole.h"
-#include "Tidewell/ConservedProcesses.h"
-#include "Tidewell/ProcessAccounts.h"
+#include "Tidewell/Accounting/AccountDirectory.h"
+#include "Tidewell/Accounting/ConservedProcesses.h"
 
 namespace platform {
 namespace {
 
 /// The process table and the running applications, with all that they stand on. What the work of
 /// ended processes gains over the plain table was measured on Linux only.
-struct CountedProcesses {
+struct ProcessSources {
   LibprocProcessTable table;
   WorkspaceRunningApplications applications;
   FoundationClock clock;
   /// The system's own tool measures the network, process by process, so nobody asks here.
-  tidewell::ProcessAccounts accounts;
+  tidewell::AccountDirectory accounts;
   tidewell::ConservedProcesses conserved{
       {table, applications, clock, accounts, std::max(1U, std::thread::hardware_concurrency())}};
 };
@@ -50,7 +50,7 @@ std::unique_ptr<tidewell::Ports> makePorts() {
   ports->text = std::make_shared<FoundationText>();
   ports->defaults = std::make_shared<UserDefaultsStore>();
   ports->mainLoop = mainLoop;
-  const auto processes = std::make_shared<CountedProcesses>();
+  const auto processes = std::make_shared<ProcessSources>();
   ports->processTable = {processes, &processes->conserved};
   ports->runningApplications = {processes, &processes->conserved};
   ports->serialQueues = std::make_shared<DispatchSerialQueues>();

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Tests/Fakes/FakePorts.h"
-#include "Tidewell/ConservedProcesses.h"
+#include "Tidewell/Accounting/ConservedProcesses.h"
 
 namespace tidewell {
 
@@ -19,7 +19,7 @@ struct ComposedPorts : FakePorts {
     ports.runningApplications = borrowed(conserved);
   }
 
-  ProcessAccounts accounts;
+  AccountDirectory accounts;
   ConservedProcesses conserved{{processes, applications, clock, accounts, 8}};
 };
 

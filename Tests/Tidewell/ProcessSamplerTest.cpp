@@ -411,7 +411,7 @@ TEST_F(ProcessSamplerThatCountsWhole, AnEndedProcessIsThereOnceMoreUnderANumberT
   applications.clear();
   const RawSample* sample = sampleOf("a");
   ASSERT_TRUE(sample);
-  EXPECT_GT(sample->pid, UsageAccounts::kFirstIdentifier);
+  EXPECT_GT(sample->pid, AccountBook::kFirstIdentifier);
   EXPECT_EQ(sample->bundleID, "com.a");
   EXPECT_EQ(sample->displayName, "A");
   EXPECT_EQ(sample->cpuNanos, 7U);

@@ -18,7 +18,7 @@
 namespace platform {
 namespace {
 
-SocketTableTool::Parts machineParts(tidewell::ProcessAccounts* accounts) {
+SocketTableTool::Parts machineParts(tidewell::AccountDirectory* accounts) {
   SocketTableTool::Parts parts;
   parts.accounts = accounts;
   parts.closed = std::make_unique<SocketDestroyNotifications>();
@@ -48,7 +48,7 @@ void putInOrder(std::vector<SocketRecord>& sockets) {
 
 }  // namespace
 
-SocketTableTool::SocketTableTool(tidewell::ProcessAccounts* accounts)
+SocketTableTool::SocketTableTool(tidewell::AccountDirectory* accounts)
     : SocketTableTool(machineParts(accounts)) {}
 
 SocketTableTool::SocketTableTool(Parts parts)

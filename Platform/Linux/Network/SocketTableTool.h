@@ -40,11 +40,11 @@ class SocketTableTool : public tidewell::TaskLauncher {
     std::function<SocketOwners::Time()> now;
     std::unique_ptr<ClosedSockets> closed = nullptr;  ///< May be null, like the rest here.
     std::optional<std::uint32_t> onlyUid = {};        ///< As `SocketOwners` takes it.
-    tidewell::ProcessAccounts* accounts = nullptr;    ///< Outlives the tool.
+    tidewell::AccountDirectory* accounts = nullptr;   ///< Outlives the tool.
   };
 
   /// On the machine's own tables.
-  explicit SocketTableTool(tidewell::ProcessAccounts* accounts = nullptr);
+  explicit SocketTableTool(tidewell::AccountDirectory* accounts = nullptr);
   explicit SocketTableTool(Parts parts);
 
   Launch launch(const std::string& executable, const std::vector<std::string>& arguments) override;

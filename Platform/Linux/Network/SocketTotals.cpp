@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <limits>
 
-#include "Tidewell/UsageAccounts.h"
+#include "Tidewell/Accounting/AccountBook.h"
 
 namespace platform {
 namespace {
@@ -27,7 +27,7 @@ void countUp(std::uint64_t now, std::uint64_t& counted, std::uint64_t& total) {
 }  // namespace
 
 bool SocketTotals::isAccount(const Total& total) {
-  return total.identifier >= tidewell::UsageAccounts::kFirstIdentifier;
+  return total.identifier >= tidewell::AccountBook::kFirstIdentifier;
 }
 
 void SocketTotals::update(std::span<const SocketRecord> sockets,

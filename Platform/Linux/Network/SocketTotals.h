@@ -8,7 +8,7 @@
 #include "Platform/Linux/Network/SocketOwners.h"
 #include "Platform/Linux/Network/SocketRecord.h"
 #include "Platform/Linux/Network/SocketTable.h"
-#include "Tidewell/ProcessAccounts.h"
+#include "Tidewell/Accounting/AccountDirectory.h"
 
 namespace platform {
 
@@ -35,7 +35,7 @@ class SocketTotals {
   };
 
   /// Without `accounts` no process has one. They must outlive this.
-  explicit SocketTotals(tidewell::ProcessAccounts* accounts = nullptr) : accounts_(accounts) {}
+  explicit SocketTotals(tidewell::AccountDirectory* accounts = nullptr) : accounts_(accounts) {}
 
   /// Counts what each socket carried since it was last counted for its owner. `sockets` is
   /// ascending by cookie, each once; `owners` has the owner of each. An owner of a known
@@ -68,7 +68,7 @@ class SocketTotals {
   Total& totalOf(const SocketOwner& owner);
   Total& totalUnder(std::int32_t identifier, std::uint64_t startTime);
 
-  tidewell::ProcessAccounts* accounts_;
+  tidewell::AccountDirectory* accounts_;
   SocketTable<Counted> counted_;
   std::vector<Total> totals_;
   std::uint64_t updates_ = 0;

@@ -17,8 +17,8 @@
 #include "Platform/Linux/Time/BootTime.h"
 #include "Tests/Platform/Network/LoopbackChild.h"
 #include "Tests/Platform/Network/LoopbackServer.h"
+#include "Tidewell/Accounting/AccountBook.h"
 #include "Tidewell/NetworkSampler.h"
-#include "Tidewell/UsageAccounts.h"
 
 namespace platform {
 namespace {
@@ -234,8 +234,8 @@ TEST_F(SocketTableToolLive, ReachesTheSamplerThroughAQueueOfItsOwn) {
 
 TEST_F(SocketTableToolLive, KeepsAllThatAProcessMovedBeforeItEnded) {
   if (!SocketDestroyNotifications().isAvailable()) GTEST_SKIP() << "no announcements here";
-  constexpr std::int32_t kAccount = tidewell::UsageAccounts::kFirstIdentifier;
-  tidewell::ProcessAccounts accounts;
+  constexpr std::int32_t kAccount = tidewell::AccountBook::kFirstIdentifier;
+  tidewell::AccountDirectory accounts;
   SocketTableTool tool(&accounts);
   const auto bytesReceived = [&] {
     const auto launched = tool.launch("", {});

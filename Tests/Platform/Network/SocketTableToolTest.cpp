@@ -14,8 +14,8 @@
 #include "Tests/Platform/Network/FakeSocketHolders.h"
 #include "Tests/Platform/Network/FakeSocketSource.h"
 #include "Tests/Platform/Tasks/TemporaryFolder.h"
+#include "Tidewell/Accounting/AccountBook.h"
 #include "Tidewell/NetworkSampler.h"
-#include "Tidewell/UsageAccounts.h"
 
 namespace platform {
 namespace {
@@ -72,7 +72,7 @@ class SocketTableToolTest : public ::testing::Test {
   FakeSocketSource* source_ = nullptr;
   FakeSocketHolders* holders_ = nullptr;
   FakeClosedSockets* closed_ = nullptr;
-  tidewell::ProcessAccounts accounts_;
+  tidewell::AccountDirectory accounts_;
   SocketOwners::Time now_{1h};
   std::uint64_t interfaceBytes_ = 1;
   std::unique_ptr<SocketTableTool> tool_;
@@ -209,7 +209,7 @@ TEST_F(SocketTableToolTest, ListsAgainAfterAPartialListing) {
 }
 
 TEST_F(SocketTableToolTest, PrintsOneLineForAnAccountAndKeepsItWhenItsProcessesEnd) {
-  constexpr std::int32_t kAccount = tidewell::UsageAccounts::kFirstIdentifier;
+  constexpr std::int32_t kAccount = tidewell::AccountBook::kFirstIdentifier;
   accounts_.assign(7, kAccount);
   holders_->processes[7] = {100, "curl", 1, {41}};
   source_->sockets = {{1, 41, 0, 10, 20}};
@@ -221,7 +221,7 @@ TEST_F(SocketTableToolTest, PrintsOneLineForAnAccountAndKeepsItWhenItsProcessesE
 }
 
 TEST_F(SocketTableToolTest, CountsTheLastBytesOfAProcessThatEndedWithItsSocket) {
-  constexpr std::int32_t kAccount = tidewell::UsageAccounts::kFirstIdentifier;
+  constexpr std::int32_t kAccount = tidewell::AccountBook::kFirstIdentifier;
   accounts_.assign(7, kAccount);
   holders_->processes[7] = {100, "curl", 1, {41}};
   source_->sockets = {{1, 41, 0, 10, 20}};
@@ -234,7 +234,7 @@ TEST_F(SocketTableToolTest, CountsTheLastBytesOfAProcessThatEndedWithItsSocket) 
 }
 
 TEST_F(SocketTableToolTest, CountsWhatAnEndedProcessHadStillToSend) {
-  constexpr std::int32_t kAccount = tidewell::UsageAccounts::kFirstIdentifier;
+  constexpr std::int32_t kAccount = tidewell::AccountBook::kFirstIdentifier;
   accounts_.assign(7, kAccount);
   holders_->processes[7] = {100, "curl", 1, {41}};
   source_->sockets = {{1, 41, 0, 10, 20}};

@@ -7,7 +7,7 @@
 #include <optional>
 #include <utility>
 #include <vector>
-#include "Tidewell/UsageAccounts.h"
+#include "Tidewell/Accounting/AccountBook.h"
 
 namespace platform {
 namespace {
@@ -174,11 +174,11 @@ TEST_F(SocketTotalsTest, StopsBelowWhatTheSumOfBothCountersCanHold) {
 
 class SocketTotalsByAccountTest : public SocketTotalsTest {
  protected:
-  static constexpr std::int32_t kAccount = tidewell::UsageAccounts::kFirstIdentifier + 5;
+  static constexpr std::int32_t kAccount = tidewell::AccountBook::kFirstIdentifier + 5;
 
   SocketTotalsByAccountTest() { totals_ = SocketTotals(&accounts_); }
 
-  tidewell::ProcessAccounts accounts_;
+  tidewell::AccountDirectory accounts_;
 };
 
 TEST_F(SocketTotalsByAccountTest, CountsTheProcessesOfAnAccountTogether) {
@@ -227,7 +227,7 @@ TEST_F(SocketTotalsByAccountTest, SaysWhichAccountsAreInUse) {
 }
 
 TEST_F(SocketTotalsByAccountTest, ForgetsThoseOfVeryManyAccountsThatStoodStillForLongest) {
-  constexpr std::int32_t kBrowser = tidewell::UsageAccounts::kFirstIdentifier;
+  constexpr std::int32_t kBrowser = tidewell::AccountBook::kFirstIdentifier;
   accounts_.assign(6, kBrowser);
   for (std::int32_t turn = 0; turn < 1030; ++turn) {
     accounts_.assign(7, kAccount + turn);

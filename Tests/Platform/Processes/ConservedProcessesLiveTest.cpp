@@ -20,7 +20,7 @@
 #include "Platform/Linux/Text/IcuText.h"
 #include "Platform/Linux/Time/SystemClock.h"
 #include "Tests/Platform/Tasks/TemporaryFolder.h"
-#include "Tidewell/ConservedProcesses.h"
+#include "Tidewell/Accounting/ConservedProcesses.h"
 
 namespace platform {
 namespace {
@@ -141,7 +141,7 @@ class ConservedProcessesLiveTest : public ::testing::Test {
   ProcessTracker tracker{ProcessTracker::Sources{proc, cpuClock, applications, text}};
   LinuxProcessTable table{tracker};
   SystemClock clock;
-  tidewell::ProcessAccounts accounts;
+  tidewell::AccountDirectory accounts;
   tidewell::ConservedProcesses conserved{{table, applications, clock, accounts, 64}};
 
  private:

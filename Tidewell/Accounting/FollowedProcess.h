@@ -6,14 +6,14 @@
 #include <string>
 #include <vector>
 
+#include "Tidewell/Accounting/AccountBook.h"
+#include "Tidewell/Accounting/ChildrenCharge.h"
 #include "Tidewell/Ports/RunningApplications.h"
-#include "Tidewell/ReapedUsage.h"
-#include "Tidewell/UsageAccounts.h"
 
 namespace tidewell {
 
 /// A process as it was last read, and what is counted for it. Times are in the table's units.
-struct CountedProcess {
+struct FollowedProcess {
   std::int32_t pid = 0;
   std::int32_t parent = 0;
   std::uint64_t startTime = 0;  ///< 0 if it cannot be told, of a hidden one.
@@ -27,7 +27,7 @@ struct CountedProcess {
   bool hidden = false;      ///< Was never read; is known as the parent of one that was.
   bool reapedSome = false;  ///< On this pass.
   Usage counted;            ///< Under its present name.
-  ReapedUsage reaped;
+  ChildrenCharge reaped;
   std::string path;
   std::shared_ptr<const RunningApplication> application;  ///< Null for none.
 
@@ -37,8 +37,8 @@ struct CountedProcess {
 };
 
 /// The process with that identifier, among some that are ascending by it; null when there is none.
-inline CountedProcess* findProcess(std::vector<CountedProcess>& processes, std::int32_t pid) {
-  const auto found = std::ranges::lower_bound(processes, pid, {}, &CountedProcess::pid);
+inline FollowedProcess* findProcess(std::vector<FollowedProcess>& processes, std::int32_t pid) {
+  const auto found = std::ranges::lower_bound(processes, pid, {}, &FollowedProcess::pid);
   return found == processes.end() || found->pid != pid ? nullptr : &*found;
 }
 

@@ -1,4 +1,4 @@
-#include "Tidewell/ProcessCounter.h"
+#include "Tidewell/Accounting/ProcessCounter.h"
 
 #include <algorithm>
 #include <string_view>
@@ -22,11 +22,11 @@ std::uint64_t diskOf(const ResourceUsage& usage) {
 
 }  // namespace
 
-ProcessCounter::ProcessCounter(ProcessTable& table, UsageAccounts& accounts,
-                               ProcessAccounts& processAccounts)
-    : table_(table), accounts_(accounts), processAccounts_(processAccounts) {}
+ProcessCounter::ProcessCounter(ProcessTable& table, AccountBook& accounts,
+                               AccountDirectory& directory)
+    : table_(table), accounts_(accounts), directory_(directory) {}
 
-void ProcessCounter::begin(CountedProcess& process, const ResourceUsage& usage,
+void ProcessCounter::begin(FollowedProcess& process, const ResourceUsage& usage,
                            const Application& application) {
   process.parent = table_.parent(process.pid);
   process.startTime = usage.startTime;
@@ -36,13 +36,13 @@ void ProcessCounter::begin(CountedProcess& process, const ResourceUsage& usage,
   readName(process, usage.programVersion, application);
 }
 
-void ProcessCounter::beginWithAll(CountedProcess& process, const ResourceUsage& usage,
+void ProcessCounter::beginWithAll(FollowedProcess& process, const ResourceUsage& usage,
                                   const Application& application) {
   begin(process, usage, application);
   process.counted = {process.ownTime, process.disk};
 }
 
-void ProcessCounter::beginWithMost(CountedProcess& process, const ResourceUsage& usage,
+void ProcessCounter::beginWithMost(FollowedProcess& process, const ResourceUsage& usage,
                                    const Application& application, const Usage& most) {
   begin(process, usage, application);
   process.reapedSome = process.reapedTime > 0;
@@ -55,7 +55,7 @@ void ProcessCounter::beginWithMost(CountedProcess& process, const ResourceUsage&
   }
 }
 
-void ProcessCounter::update(CountedProcess& process, const ResourceUsage& usage,
+void ProcessCounter::update(FollowedProcess& process, const ResourceUsage& usage,
                             const Application& application) {
   const bool mayHaveChanged = usage.programVersion == 0 ||
                               usage.programVersion != process.programVersion ||
@@ -76,7 +76,7 @@ void ProcessCounter::update(CountedProcess& process, const ResourceUsage& usage,
 }
 
 /// Reads path and application. What was counted so far stays under the former name.
-void ProcessCounter::readName(CountedProcess& process, std::uint32_t version,
+void ProcessCounter::readName(FollowedProcess& process, std::uint32_t version,
                               const Application& application) {
   const int length = table_.path(process.pid, path_);
   const std::string_view path(path_.data(), static_cast<std::size_t>(std::max(length, 0)));
@@ -86,16 +86,16 @@ void ProcessCounter::readName(CountedProcess& process, std::uint32_t version,
   if (path == process.path && application == process.application) return;
   process.path = path;
   process.application = application;
-  const bool isNamed = !UsageAccounts::key(path, application.get()).empty();
+  const bool isNamed = !AccountBook::key(path, application.get()).empty();
   const std::int32_t account = isNamed ? accounts_.reserve(path, application.get()) : 0;
   if (account == process.account) return;
   if (process.counted != Usage())
     accounts_.add(process.account, std::exchange(process.counted, {}));
   process.account = account;
-  processAccounts_.assign(process.pid, account);
+  directory_.assign(process.pid, account);
 }
 
-void ProcessCounter::close(const CountedProcess& process) {
+void ProcessCounter::close(const FollowedProcess& process) {
   if (process.account != 0 && process.counted != Usage()) {
     accounts_.add(process.account, process.counted);
   }

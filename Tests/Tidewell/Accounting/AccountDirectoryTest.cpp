@@ -1,4 +1,4 @@
-#include "Tidewell/ProcessAccounts.h"
+#include "Tidewell/Accounting/AccountDirectory.h"
 
 #include <gtest/gtest.h>
 
@@ -10,9 +10,9 @@ namespace tidewell {
 namespace {
 
 constexpr std::int32_t kAccount = 0x4000'0001;
-constexpr auto kMost = static_cast<std::int32_t>(ProcessAccounts::kMostEnded);
+constexpr auto kMost = static_cast<std::int32_t>(AccountDirectory::kMostEnded);
 
-class ProcessAccountsTest : public testing::Test {
+class AccountDirectoryTest : public testing::Test {
  protected:
   /// Has so many processes start and end, from number 1000 on.
   void endOthers(std::int32_t count) {
@@ -22,22 +22,22 @@ class ProcessAccountsTest : public testing::Test {
     }
   }
 
-  ProcessAccounts accounts;
+  AccountDirectory accounts;
 };
 
-TEST_F(ProcessAccountsTest, TellsTheAccountOfAProcess) {
+TEST_F(AccountDirectoryTest, TellsTheAccountOfAProcess) {
   accounts.assign(7, kAccount);
   EXPECT_EQ(accounts.accountOf(7), kAccount);
   EXPECT_EQ(accounts.accountOf(8), std::nullopt);
 }
 
-TEST_F(ProcessAccountsTest, AProcessUnderAnotherNameHasAnotherAccount) {
+TEST_F(AccountDirectoryTest, AProcessUnderAnotherNameHasAnotherAccount) {
   accounts.assign(7, kAccount);
   accounts.assign(7, kAccount + 1);
   EXPECT_EQ(accounts.accountOf(7), kAccount + 1);
 }
 
-TEST_F(ProcessAccountsTest, TheAccountOfAnEndedProcessCanStillBeHad) {
+TEST_F(AccountDirectoryTest, TheAccountOfAnEndedProcessCanStillBeHad) {
   accounts.assign(7, kAccount);
   accounts.noteEnd(7);
   endOthers(kMost - 1);
@@ -45,7 +45,7 @@ TEST_F(ProcessAccountsTest, TheAccountOfAnEndedProcessCanStillBeHad) {
   EXPECT_EQ(accounts.accountOf(1000), kAccount + 9);
 }
 
-TEST_F(ProcessAccountsTest, OfTooManyEndedProcessesTheFirstAreForgotten) {
+TEST_F(AccountDirectoryTest, OfTooManyEndedProcessesTheFirstAreForgotten) {
   accounts.assign(7, kAccount);
   accounts.noteEnd(7);
   endOthers(kMost);
@@ -55,13 +55,13 @@ TEST_F(ProcessAccountsTest, OfTooManyEndedProcessesTheFirstAreForgotten) {
   EXPECT_EQ(accounts.accountOf(1000), kAccount + 9) << "it has just ended again";
 }
 
-TEST_F(ProcessAccountsTest, NeverForgetsAProcessThatLives) {
+TEST_F(AccountDirectoryTest, NeverForgetsAProcessThatLives) {
   accounts.assign(7, kAccount);
   endOthers(3 * kMost);
   EXPECT_EQ(accounts.accountOf(7), kAccount);
 }
 
-TEST_F(ProcessAccountsTest, NeverForgetsOneThatLivesUnderTheNumberOfAnother) {
+TEST_F(AccountDirectoryTest, NeverForgetsOneThatLivesUnderTheNumberOfAnother) {
   accounts.assign(7, kAccount);
   accounts.noteEnd(7);
   accounts.assign(7, kAccount + 1);
@@ -69,7 +69,7 @@ TEST_F(ProcessAccountsTest, NeverForgetsOneThatLivesUnderTheNumberOfAnother) {
   EXPECT_EQ(accounts.accountOf(7), kAccount + 1);
 }
 
-TEST_F(ProcessAccountsTest, TheLatestEndUnderANumberCounts) {
+TEST_F(AccountDirectoryTest, TheLatestEndUnderANumberCounts) {
   accounts.assign(7, kAccount);
   accounts.noteEnd(7);
   endOthers(kMost - 1);
@@ -79,19 +79,19 @@ TEST_F(ProcessAccountsTest, TheLatestEndUnderANumberCounts) {
   EXPECT_EQ(accounts.accountOf(7), kAccount + 1);
 }
 
-TEST_F(ProcessAccountsTest, TheEndOfAProcessThatIsNotKnownMeansNothing) {
+TEST_F(AccountDirectoryTest, TheEndOfAProcessThatIsNotKnownMeansNothing) {
   accounts.noteEnd(7);
   EXPECT_EQ(accounts.accountOf(7), std::nullopt);
 }
 
-TEST_F(ProcessAccountsTest, TellsOnceWhichAccountsWereUsed) {
+TEST_F(AccountDirectoryTest, TellsOnceWhichAccountsWereUsed) {
   accounts.noteUse(kAccount);
   accounts.noteUse(kAccount + 1);
   EXPECT_EQ(accounts.takeUsed(), (std::vector{kAccount, kAccount + 1}));
   EXPECT_EQ(accounts.takeUsed(), std::vector<std::int32_t>());
 }
 
-TEST_F(ProcessAccountsTest, NoUseIsLostBetweenThreads) {
+TEST_F(AccountDirectoryTest, NoUseIsLostBetweenThreads) {
   constexpr int kThreads = 4;
   constexpr int kUses = 20'000;
   std::atomic<int> working = kThreads;
@@ -116,7 +116,7 @@ TEST_F(ProcessAccountsTest, NoUseIsLostBetweenThreads) {
   EXPECT_EQ(taken, std::vector(kThreads, kUses));
 }
 
-TEST_F(ProcessAccountsTest, WhoMeasuresSeesAnAccountOrNoneButNoOther) {
+TEST_F(AccountDirectoryTest, WhoMeasuresSeesAnAccountOrNoneButNoOther) {
   // The writer gives every process the account of its own number; readers look all the while.
   std::atomic<bool> isWriting = true;
   std::atomic<int> wrong = 0;

@@ -1,4 +1,4 @@
-#include "Tidewell/CountedProcesses.h"
+#include "Tidewell/Accounting/FollowedProcesses.h"
 
 #include <algorithm>
 #include <iterator>
@@ -9,16 +9,16 @@ namespace {
 
 constexpr std::size_t kPidBytes = sizeof(std::int32_t);
 
-bool isGoneFrom(const std::vector<CountedProcess>& gone, std::int32_t pid) {
-  return std::ranges::binary_search(gone, pid, {}, &CountedProcess::pid);
+bool isGoneFrom(const std::vector<FollowedProcess>& gone, std::int32_t pid) {
+  return std::ranges::binary_search(gone, pid, {}, &FollowedProcess::pid);
 }
 
 }  // namespace
 
-CountedProcesses::CountedProcesses(ProcessTable& table, ProcessCounter& counter)
+FollowedProcesses::FollowedProcesses(ProcessTable& table, ProcessCounter& counter)
     : table_(table), counter_(counter) {}
 
-void CountedProcesses::read(std::span<const Application> applications, const Usage& most) {
+void FollowedProcesses::read(std::span<const Application> applications, const Usage& most) {
   most_ = most;
   list();
   readAll(applications);
@@ -29,7 +29,7 @@ void CountedProcesses::read(std::span<const Application> applications, const Usa
   cursor_ = 0;
 }
 
-void CountedProcesses::list() {
+void FollowedProcesses::list() {
   const int needed = table_.listPids({});
   order_.assign(needed < 1 ? 0 : static_cast<std::size_t>(needed) / kPidBytes, 0);
   const int written = order_.empty() ? 0 : table_.listPids(order_);
@@ -39,7 +39,7 @@ void CountedProcesses::list() {
   if (!std::ranges::is_sorted(ascending_)) std::ranges::sort(ascending_);
 }
 
-void CountedProcesses::readAll(std::span<const Application> applications) {
+void FollowedProcesses::readAll(std::span<const Application> applications) {
   static const Application none;
   auto known = living_.begin();
   auto application = applications.begin();
@@ -60,15 +60,15 @@ void CountedProcesses::readAll(std::span<const Application> applications) {
 }
 
 /// A process that is not listed has ended, or waits to be reaped where such ones are not listed.
-void CountedProcesses::miss(CountedProcess& process) {
+void FollowedProcesses::miss(FollowedProcess& process) {
   process.reapedSome = false;
   process.unread = true;
   process.ended = !table_.isAlive(process.pid);
   if (!process.ended) order_.push_back(process.pid);
 }
 
-void CountedProcesses::readOne(std::int32_t pid, CountedProcess* known,
-                               const Application& application) {
+void FollowedProcesses::readOne(std::int32_t pid, FollowedProcess* known,
+                                const Application& application) {
   ResourceUsage usage;
   const bool readable = table_.resourceUsage(pid, usage);
   if (known && !readable) return noteUnread(*known, usage);
@@ -81,13 +81,13 @@ void CountedProcesses::readOne(std::int32_t pid, CountedProcess* known,
     known->reapedSome = false;
     known->ended = true;
   }
-  CountedProcess& process = born_.emplace_back();
+  FollowedProcess& process = born_.emplace_back();
   process.pid = pid;
   begin(process, usage, application);
 }
 
-void CountedProcesses::begin(CountedProcess& process, const ResourceUsage& usage,
-                             const Application& application) {
+void FollowedProcesses::begin(FollowedProcess& process, const ResourceUsage& usage,
+                              const Application& application) {
   process.hidden = process.unread = false;
   if (isPrimed_) {
     counter_.beginWithMost(process, usage, application, most_);
@@ -98,7 +98,7 @@ void CountedProcesses::begin(CountedProcess& process, const ResourceUsage& usage
 }
 
 /// What may not be read any more, but is there, has what it had.
-void CountedProcesses::noteUnread(CountedProcess& process, const ResourceUsage& usage) {
+void FollowedProcesses::noteUnread(FollowedProcess& process, const ResourceUsage& usage) {
   const bool isAnother =
       usage.startTime != 0 && process.startTime != 0 && usage.startTime != process.startTime;
   process.reapedSome = false;
@@ -108,10 +108,10 @@ void CountedProcesses::noteUnread(CountedProcess& process, const ResourceUsage& 
 
 /// Of one that cannot be read the start time may not be told either. Only the death of its parent
 /// gives a process another; so if the parent lives, the number is another process's.
-void CountedProcesses::findReplaced() {
-  for (CountedProcess& process : living_) {
+void FollowedProcesses::findReplaced() {
+  for (FollowedProcess& process : living_) {
     if (!process.unread || process.ended) continue;
-    const CountedProcess* parent = findProcess(living_, process.parent);
+    const FollowedProcess* parent = findProcess(living_, process.parent);
     if (!parent || parent->unread || parent->ended) continue;
     const std::int32_t now = table_.parent(process.pid);
     process.ended = now != 0 && now != process.parent;
@@ -120,11 +120,11 @@ void CountedProcesses::findReplaced() {
 
 /// A child that was listed may have been reaped before its parent was read. What had been seen of
 /// it is in both then, so it is taken for ended.
-void CountedProcesses::findReapedMeanwhile() {
+void FollowedProcesses::findReapedMeanwhile() {
   // With a process that ended its children may have, and theirs.
   std::vector<std::int32_t> parents;
-  for (const std::vector<CountedProcess>* list : {&living_, &born_}) {
-    for (const CountedProcess& process : *list) {
+  for (const std::vector<FollowedProcess>* list : {&living_, &born_}) {
+    for (const FollowedProcess& process : *list) {
       if (process.reapedSome || process.ended) parents.push_back(process.pid);
     }
   }
@@ -135,11 +135,11 @@ void CountedProcesses::findReapedMeanwhile() {
 }
 
 /// Looks which children of `parents`, ascending, have ended.
-std::vector<std::int32_t> CountedProcesses::endChildrenOf(
+std::vector<std::int32_t> FollowedProcesses::endChildrenOf(
     const std::vector<std::int32_t>& parents) {
   std::vector<std::int32_t> ended;
-  for (std::vector<CountedProcess>* list : {&living_, &born_}) {
-    for (CountedProcess& process : *list) {
+  for (std::vector<FollowedProcess>* list : {&living_, &born_}) {
+    for (FollowedProcess& process : *list) {
       if (process.ended || !std::ranges::binary_search(parents, process.parent)) continue;
       process.ended = !table_.isAlive(process.pid);
       if (process.ended) ended.push_back(process.pid);
@@ -151,24 +151,24 @@ std::vector<std::int32_t> CountedProcesses::endChildrenOf(
 }
 
 /// Moves what ended to `gone_`, and what is new among the others.
-void CountedProcesses::removeEnded() {
-  const auto isLive = [](const CountedProcess& process) { return !process.ended; };
-  for (std::vector<CountedProcess>* list : {&living_, &born_}) {
+void FollowedProcesses::removeEnded() {
+  const auto isLive = [](const FollowedProcess& process) { return !process.ended; };
+  for (std::vector<FollowedProcess>* list : {&living_, &born_}) {
     const auto ended = std::stable_partition(list->begin(), list->end(), isLive);
     std::move(ended, list->end(), std::back_inserter(gone_));
     list->erase(ended, list->end());
   }
-  std::ranges::stable_sort(gone_, {}, &CountedProcess::pid);
+  std::ranges::stable_sort(gone_, {}, &FollowedProcess::pid);
   if (born_.empty()) return;
   const auto known = static_cast<std::ptrdiff_t>(living_.size());
   std::ranges::move(born_, std::back_inserter(living_));
   born_.clear();
-  std::ranges::inplace_merge(living_, living_.begin() + known, {}, &CountedProcess::pid);
+  std::ranges::inplace_merge(living_, living_.begin() + known, {}, &FollowedProcess::pid);
 }
 
-void CountedProcesses::updateParents() {
+void FollowedProcesses::updateParents() {
   if (!gone_.empty()) {
-    for (CountedProcess& process : living_) {
+    for (FollowedProcess& process : living_) {
       // One that had just been born may not have told yet who its parent is.
       const bool isKnown = process.parent <= 0 ? !process.hidden : find(process.parent) != nullptr;
       if (isKnown && !isGoneFrom(gone_, process.parent)) continue;
@@ -179,7 +179,7 @@ void CountedProcesses::updateParents() {
   followHiddenParents();
 }
 
-void CountedProcesses::followHiddenParents() {
+void FollowedProcesses::followHiddenParents() {
   // Those that are followed now may have such parents as well.
   while (!newParents_.empty()) {
     const std::int32_t pid = newParents_.back();
@@ -189,25 +189,25 @@ void CountedProcesses::followHiddenParents() {
   }
 }
 
-void CountedProcesses::followHidden(std::int32_t pid) {
+void FollowedProcesses::followHidden(std::int32_t pid) {
   ResourceUsage usage;
   // One that can be read was born after the list was made, and will be on the next.
   if (table_.resourceUsage(pid, usage)) return;
-  CountedProcess process;
+  FollowedProcess process;
   process.pid = pid;
   process.parent = table_.parent(pid);
   process.startTime = usage.startTime;
   process.hidden = process.unread = true;
   newParents_.push_back(process.parent);
-  living_.insert(std::ranges::lower_bound(living_, pid, {}, &CountedProcess::pid),
+  living_.insert(std::ranges::lower_bound(living_, pid, {}, &FollowedProcess::pid),
                  std::move(process));
 }
 
-CountedProcess* CountedProcesses::find(std::int32_t pid) {
+FollowedProcess* FollowedProcesses::find(std::int32_t pid) {
   // Ascending questions, each asked several times, hit the same entry or the next.
   if (cursor_ < living_.size() && living_[cursor_].pid < pid) ++cursor_;
   if (cursor_ >= living_.size() || living_[cursor_].pid != pid) {
-    const auto found = std::ranges::lower_bound(living_, pid, {}, &CountedProcess::pid);
+    const auto found = std::ranges::lower_bound(living_, pid, {}, &FollowedProcess::pid);
     if (found == living_.end() || found->pid != pid) return nullptr;
     cursor_ = static_cast<std::size_t>(found - living_.begin());
   }

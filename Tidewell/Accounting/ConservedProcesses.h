@@ -6,14 +6,14 @@
 #include <span>
 #include <vector>
 
-#include "Tidewell/CountedProcesses.h"
+#include "Tidewell/Accounting/AccountBook.h"
+#include "Tidewell/Accounting/AccountDirectory.h"
+#include "Tidewell/Accounting/ChargeSettlement.h"
+#include "Tidewell/Accounting/FollowedProcesses.h"
+#include "Tidewell/Accounting/ProcessCounter.h"
 #include "Tidewell/Ports/Clock.h"
 #include "Tidewell/Ports/ProcessTable.h"
 #include "Tidewell/Ports/RunningApplications.h"
-#include "Tidewell/ProcessAccounts.h"
-#include "Tidewell/ProcessCounter.h"
-#include "Tidewell/ReaperCharges.h"
-#include "Tidewell/UsageAccounts.h"
 
 namespace tidewell {
 
@@ -25,16 +25,30 @@ namespace tidewell {
 /// grows by what the kernel charged, each nanosecond and byte once and under one name.**
 ///
 /// * What a process had used when it ended stays, in an account of its name and application that
-///   is listed like a process (`UsageAccounts`), as long as others of that name run or ended on
+///   is listed like a process (`AccountBook`), as long as others of that name run or ended on
 ///   this very pass. After that the application has ended, for the core as for everybody: what it
 ///   used goes into an account without a name, which is in the sum and of which the core sees
 ///   nothing.
 /// * What a process used before it took another name (by exec) stays under the former name.
 /// * What was used unseen, by a process that lived between two passes or in the last stretch of
 ///   one, is found with the process that reaped it: the growth of its reaped children's time, less
-///   what had been seen of the children that ended (`ReaperCharges`). Of that, a child that had
+///   what had been seen of the children that ended (`ChargeSettlement`). Of that, a child that had
 ///   been seen gets at most as much again as was seen of it, for its last stretch: so a loop of
 ///   commands of some seconds each goes on under one name. The rest is credited to who reaped.
+///
+/// An example, in seconds. `make` starts a compiler, `cc`, again and again.
+///
+///     pass  since the pass before                                  listed by this pass
+///     1     make used 1 itself, cc (a first one) used 3            make 1, cc 3
+///     2     that cc used 2 more, ended and was reaped by make,     make 1, account of cc 5
+///           which was charged 5: 3 of them were seen already, and
+///           the 2 others are the last stretch of that cc
+///     3     a second cc was born, used 4 and was reaped, all       make 5
+///           unseen: make was charged 4 and answers for them. As
+///           no cc runs, the account of cc is folded
+///     4     a third cc was born and used 2                         make 5, cc 2
+///
+/// The sum, with the folded account's 5: 4, 6, 10, 12, which is what the kernel charged.
 ///
 /// Left out is
 /// * what no one reaped (its parent ignores its end);
@@ -58,8 +72,8 @@ class ConservedProcesses : public ProcessTable, public RunningApplications {
     ProcessTable& table;
     RunningApplications& applications;
     Clock& clock;
-    ProcessAccounts& accounts;  ///< Is told of every process's account.
-    unsigned processors;        ///< How many can work at once; at least 1.
+    AccountDirectory& accounts;  ///< Is told of every process's account.
+    unsigned processors;         ///< How many can work at once; at least 1.
   };
 
   explicit ConservedProcesses(Sources sources);
@@ -83,16 +97,16 @@ class ConservedProcesses : public ProcessTable, public RunningApplications {
   using Application = std::shared_ptr<const RunningApplication>;
 
   void pass();
-  ReaperCharges::Terms nextTerms();
-  void settleCharges(const ReaperCharges::Terms& terms);
+  ChargeSettlement::Terms nextTerms();
+  void settleCharges(const ChargeSettlement::Terms& terms);
   void closeGone();
   void noteUses();
   void foldAccounts();
 
   Sources sources_;
-  UsageAccounts accounts_;
+  AccountBook accounts_;
   ProcessCounter counter_;
-  CountedProcesses processes_;
+  FollowedProcesses processes_;
   bool prepared_ = false;
   Moment lastPass_{};
   std::vector<std::int32_t> lastUses_;     ///< The accounts that others counted under.

@@ -14,7 +14,7 @@ namespace tidewell {
 /// like network traffic, can be counted there from the beginning and stays when the process ends.
 ///
 /// Written by whoever keeps the accounts, read by who measures. Safe from any thread.
-class ProcessAccounts {
+class AccountDirectory {
  public:
   /// Far more than end between two measurements.
   static constexpr std::size_t kMostEnded = 2048;

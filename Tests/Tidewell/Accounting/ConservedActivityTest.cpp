@@ -8,9 +8,9 @@
 #include <vector>
 
 #include "Tests/Fakes/FakePorts.h"
-#include "Tests/Tidewell/SimulatedKernel.h"
+#include "Tests/Tidewell/Accounting/SimulatedKernel.h"
+#include "Tidewell/Accounting/ConservedProcesses.h"
 #include "Tidewell/ActivityMonitor.h"
-#include "Tidewell/ConservedProcesses.h"
 
 namespace tidewell {
 namespace {
@@ -53,7 +53,7 @@ class ConservedActivityTest : public testing::Test {
 
   FakePorts fakes;
   SimulatedKernel kernel;
-  ProcessAccounts accounts;
+  AccountDirectory accounts;
   ConservedProcesses table{{kernel, kernel, fakes.clock, accounts, 2}};
   Ports ports = onTable(fakes.ports, table);
   Ports plainPorts = onTable(fakes.ports, kernel);

@@ -1,4 +1,4 @@
-#include "Tidewell/ReapedUsage.h"
+#include "Tidewell/Accounting/ChildrenCharge.h"
 
 #include <algorithm>
 #include <utility>
@@ -13,20 +13,20 @@ constexpr int kSettlementsWithOthers = 2;
 
 }  // namespace
 
-void ReapedUsage::grow(std::uint64_t reapedTime, std::uint64_t disk) {
+void ChildrenCharge::grow(std::uint64_t reapedTime, std::uint64_t disk) {
   time_ += static_cast<std::int64_t>(reapedTime);
   disk_ += disk;
   if (reapedTime > 0) settlementsWithOthers_ = kSettlementsWithOthers;
 }
 
-void ReapedUsage::begin(std::uint64_t reapedTime, std::uint64_t disk) {
+void ChildrenCharge::begin(std::uint64_t reapedTime, std::uint64_t disk) {
   grow(reapedTime, disk);
   settlementsWithOthers_ = kSettlementsWithOthers;
   for (Debt& debt : debts_)
     debt.isOld = true;
 }
 
-bool ReapedUsage::claim(const Usage& seen, std::uint64_t tolerance) {
+bool ChildrenCharge::claim(const Usage& seen, std::uint64_t tolerance) {
   const auto wanted = static_cast<std::int64_t>(seen.time);
   if (time_ + static_cast<std::int64_t>(tolerance) < wanted) return false;
   time_ -= wanted;
@@ -34,7 +34,7 @@ bool ReapedUsage::claim(const Usage& seen, std::uint64_t tolerance) {
   return true;
 }
 
-void ReapedUsage::claimOnNext(const Usage& seen) {
+void ChildrenCharge::claimOnNext(const Usage& seen) {
   if (debts_.size() >= kMostDebts) {
     debts_[1].seen += debts_[0].seen;
     debts_.erase(debts_.begin());
@@ -42,7 +42,7 @@ void ReapedUsage::claimOnNext(const Usage& seen) {
   debts_.push_back({seen});
 }
 
-Usage ReapedUsage::settle(const Usage& most, std::uint64_t tolerance) {
+Usage ChildrenCharge::settle(const Usage& most, std::uint64_t tolerance) {
   std::erase_if(debts_, [&](Debt& debt) {
     // On its second pass it is in here, or it never will be.
     if (debt.isOld) claim(debt.seen, tolerance);
@@ -61,7 +61,7 @@ Usage ReapedUsage::settle(const Usage& most, std::uint64_t tolerance) {
 
 /// The bytes that are not counted elsewhere. A claim may be ahead of the growth, so what is left of
 /// the latest ones waits once more.
-std::uint64_t ReapedUsage::takeUnclaimedDisk() {
+std::uint64_t ChildrenCharge::takeUnclaimedDisk() {
   std::uint64_t unclaimed = std::exchange(disk_, 0);
   unclaimed -= std::min(unclaimed, formerClaimedDisk_);
   const std::uint64_t counted = std::min(unclaimed, claimedDisk_);
@@ -69,7 +69,7 @@ std::uint64_t ReapedUsage::takeUnclaimedDisk() {
   return unclaimed - counted;
 }
 
-std::vector<Usage> ReapedUsage::takeDebts() {
+std::vector<Usage> ChildrenCharge::takeDebts() {
   std::vector<Usage> all;
   for (const Debt& debt : debts_)
     all.push_back(debt.seen);

@@ -6,9 +6,9 @@
 #include <span>
 #include <vector>
 
-#include "Tidewell/CountedProcess.h"
+#include "Tidewell/Accounting/FollowedProcess.h"
+#include "Tidewell/Accounting/ProcessCounter.h"
 #include "Tidewell/Ports/ProcessTable.h"
-#include "Tidewell/ProcessCounter.h"
 
 namespace tidewell {
 
@@ -18,11 +18,11 @@ namespace tidewell {
 /// children that were seen comes to light with whoever reaps them, and must be known by then.
 ///
 /// Main thread only; the arguments must outlive it.
-class CountedProcesses {
+class FollowedProcesses {
  public:
   using Application = std::shared_ptr<const RunningApplication>;
 
-  CountedProcesses(ProcessTable& table, ProcessCounter& counter);
+  FollowedProcesses(ProcessTable& table, ProcessCounter& counter);
 
   /// Reads every process and finds out which have ended. `applications` are ascending by process.
   /// What is new is credited with no more than `most`, except on the first pass.
@@ -36,21 +36,21 @@ class CountedProcesses {
   void forgetGone() { gone_.clear(); }
 
   /// Ascending by identifier, as is `gone`; the lists are the caller's to change the entries of.
-  [[nodiscard]] std::vector<CountedProcess>& living() { return living_; }
-  [[nodiscard]] std::vector<CountedProcess>& gone() { return gone_; }
+  [[nodiscard]] std::vector<FollowedProcess>& living() { return living_; }
+  [[nodiscard]] std::vector<FollowedProcess>& gone() { return gone_; }
   /// All that live or wait to be reaped, as the table lists them; also those that cannot be read.
   [[nodiscard]] const std::vector<std::int32_t>& order() const { return order_; }
 
   /// The living one with that identifier, or null. Cheapest when asked in ascending order.
-  CountedProcess* find(std::int32_t pid);
+  FollowedProcess* find(std::int32_t pid);
 
  private:
   void list();
   void readAll(std::span<const Application> applications);
-  void readOne(std::int32_t pid, CountedProcess* known, const Application& application);
-  void begin(CountedProcess& process, const ResourceUsage& usage, const Application& application);
-  void noteUnread(CountedProcess& process, const ResourceUsage& usage);
-  void miss(CountedProcess& process);
+  void readOne(std::int32_t pid, FollowedProcess* known, const Application& application);
+  void begin(FollowedProcess& process, const ResourceUsage& usage, const Application& application);
+  void noteUnread(FollowedProcess& process, const ResourceUsage& usage);
+  void miss(FollowedProcess& process);
   void findReplaced();
   void findReapedMeanwhile();
   std::vector<std::int32_t> endChildrenOf(const std::vector<std::int32_t>& parents);
@@ -64,9 +64,9 @@ class CountedProcesses {
   bool isPrimed_ = false;                 ///< Whether a pass was made before.
   std::vector<std::int32_t> order_;       ///< As the table lists them.
   std::vector<std::int32_t> ascending_;   ///< The same, sorted.
-  std::vector<CountedProcess> living_;    ///< Ascending by pid.
-  std::vector<CountedProcess> born_;      ///< New on this pass, ascending.
-  std::vector<CountedProcess> gone_;      ///< Ended on this pass, ascending.
+  std::vector<FollowedProcess> living_;   ///< Ascending by pid.
+  std::vector<FollowedProcess> born_;     ///< New on this pass, ascending.
+  std::vector<FollowedProcess> gone_;     ///< Ended on this pass, ascending.
   std::vector<std::int32_t> newParents_;  ///< Of those that were born or inherited.
   std::size_t cursor_ = 0;                ///< Where the next `find` is likely to hit.
 };

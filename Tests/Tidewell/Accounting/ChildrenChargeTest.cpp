@@ -1,4 +1,4 @@
-#include "Tidewell/ReapedUsage.h"
+#include "Tidewell/Accounting/ChildrenCharge.h"
 
 #include <gtest/gtest.h>
 
@@ -9,15 +9,15 @@ namespace {
 
 constexpr Usage kPlenty{1'000'000, 1'000'000};
 
-TEST(ReapedUsageTest, CreditsWhatWasUsedUnseenAndTheOwnBytes) {
-  ReapedUsage reaped;
+TEST(ChildrenChargeTest, CreditsWhatWasUsedUnseenAndTheOwnBytes) {
+  ChildrenCharge reaped;
   reaped.grow(7, 70);
   EXPECT_EQ(reaped.settle(kPlenty, 0), (Usage{7, 70}));
   EXPECT_EQ(reaped.settle(kPlenty, 0), Usage());
 }
 
-TEST(ReapedUsageTest, TakesOutWhatHadBeenSeen) {
-  ReapedUsage reaped;
+TEST(ChildrenChargeTest, TakesOutWhatHadBeenSeen) {
+  ChildrenCharge reaped;
   reaped.grow(7, 70);
   EXPECT_TRUE(reaped.claim({5, 50}, 0));
   EXPECT_FALSE(reaped.claim({3, 30}, 0)) << "only 2 are left";
@@ -25,8 +25,8 @@ TEST(ReapedUsageTest, TakesOutWhatHadBeenSeen) {
   EXPECT_EQ(reaped.settle(kPlenty, 0), (Usage{0, 20}));
 }
 
-TEST(ReapedUsageTest, AnErrorOfRoundingDoesNotAddUp) {
-  ReapedUsage reaped;
+TEST(ChildrenChargeTest, AnErrorOfRoundingDoesNotAddUp) {
+  ChildrenCharge reaped;
   for (int pass = 0; pass < 10; ++pass) {
     // Of 10 each time, 9 are told at first and the rest with the next.
     reaped.grow(pass == 0 ? 9 : 10, 0);
@@ -37,8 +37,8 @@ TEST(ReapedUsageTest, AnErrorOfRoundingDoesNotAddUp) {
   EXPECT_EQ(reaped.settle(kPlenty, 1), Usage()) << "even now";
 }
 
-TEST(ReapedUsageTest, ClaimsOnTheNextGrowthOrNever) {
-  ReapedUsage reaped;
+TEST(ChildrenChargeTest, ClaimsOnTheNextGrowthOrNever) {
+  ChildrenCharge reaped;
   reaped.claimOnNext({5, 50});
   EXPECT_EQ(reaped.settle(kPlenty, 0), Usage());
   reaped.grow(8, 80);
@@ -51,8 +51,8 @@ TEST(ReapedUsageTest, ClaimsOnTheNextGrowthOrNever) {
   EXPECT_EQ(reaped.settle(kPlenty, 0), (Usage{8, 80}));
 }
 
-TEST(ReapedUsageTest, WaitsOneSettlementForBytesThatComeAfterTheirTime) {
-  ReapedUsage reaped;
+TEST(ChildrenChargeTest, WaitsOneSettlementForBytesThatComeAfterTheirTime) {
+  ChildrenCharge reaped;
   reaped.grow(5, 20);
   EXPECT_TRUE(reaped.claim({5, 50}, 0));
   EXPECT_EQ(reaped.settle(kPlenty, 0), Usage());
@@ -60,8 +60,8 @@ TEST(ReapedUsageTest, WaitsOneSettlementForBytesThatComeAfterTheirTime) {
   EXPECT_EQ(reaped.settle(kPlenty, 0), (Usage{0, 7}));
 }
 
-TEST(ReapedUsageTest, TakesBytesThatNeverCameOutOfNothingLater) {
-  ReapedUsage reaped;
+TEST(ChildrenChargeTest, TakesBytesThatNeverCameOutOfNothingLater) {
+  ChildrenCharge reaped;
   reaped.grow(5, 20);
   EXPECT_TRUE(reaped.claim({5, 50}, 0));
   EXPECT_EQ(reaped.settle(kPlenty, 0), Usage());
@@ -70,8 +70,8 @@ TEST(ReapedUsageTest, TakesBytesThatNeverCameOutOfNothingLater) {
   EXPECT_EQ(reaped.settle(kPlenty, 0), (Usage{0, 37}));
 }
 
-TEST(ReapedUsageTest, WhatWaitsForBytesIsToldFromSettlementToSettlement) {
-  ReapedUsage reaped;
+TEST(ChildrenChargeTest, WhatWaitsForBytesIsToldFromSettlementToSettlement) {
+  ChildrenCharge reaped;
   reaped.grow(5, 0);
   EXPECT_TRUE(reaped.claim({5, 50}, 0));
   EXPECT_EQ(reaped.settle(kPlenty, 0), Usage());
@@ -83,15 +83,15 @@ TEST(ReapedUsageTest, WhatWaitsForBytesIsToldFromSettlementToSettlement) {
   EXPECT_EQ(reaped.settle(kPlenty, 0), (Usage{0, 5})) << "of the second 40 were still to come";
 }
 
-TEST(ReapedUsageTest, DropsTimeBeyondTheMostAndThatPartOfTheBytes) {
-  ReapedUsage reaped;
+TEST(ChildrenChargeTest, DropsTimeBeyondTheMostAndThatPartOfTheBytes) {
+  ChildrenCharge reaped;
   reaped.grow(40, 800);
   EXPECT_EQ(reaped.settle({10, 1000}, 0), (Usage{10, 200}));
   EXPECT_EQ(reaped.settle({10, 1000}, 0), Usage()) << "it does not come later";
 }
 
-TEST(ReapedUsageTest, DropsBytesBeyondTheMostWhereSomeMayBeOfReapedChildren) {
-  ReapedUsage reaped;
+TEST(ChildrenChargeTest, DropsBytesBeyondTheMostWhereSomeMayBeOfReapedChildren) {
+  ChildrenCharge reaped;
   reaped.grow(4, 5000);
   EXPECT_EQ(reaped.settle({10, 1000}, 0), (Usage{4, 1000}));
   EXPECT_EQ(reaped.settle({10, 1000}, 0), Usage());
@@ -103,8 +103,8 @@ TEST(ReapedUsageTest, DropsBytesBeyondTheMostWhereSomeMayBeOfReapedChildren) {
   EXPECT_EQ(reaped.settle({10, 1000}, 0), (Usage{0, 1000}));
 }
 
-TEST(ReapedUsageTest, NeverCutsTheBytesOfOneThatReapedNobody) {
-  ReapedUsage reaped;
+TEST(ChildrenChargeTest, NeverCutsTheBytesOfOneThatReapedNobody) {
+  ChildrenCharge reaped;
   reaped.grow(0, 5000);
   EXPECT_EQ(reaped.settle({10, 1000}, 0), (Usage{0, 5000}));
   reaped.grow(4, 0);
@@ -114,29 +114,29 @@ TEST(ReapedUsageTest, NeverCutsTheBytesOfOneThatReapedNobody) {
   EXPECT_EQ(reaped.settle({10, 1000}, 0), (Usage{0, 5000})) << "long after";
 }
 
-TEST(ReapedUsageTest, CutsWhatOneHadThatIsReadForTheFirstTime) {
-  ReapedUsage reaped;
+TEST(ChildrenChargeTest, CutsWhatOneHadThatIsReadForTheFirstTime) {
+  ChildrenCharge reaped;
   reaped.begin(0, 5000);
   EXPECT_EQ(reaped.settle({10, 1000}, 0), (Usage{0, 1000}));
 }
 
-TEST(ReapedUsageTest, WhatWaitedIsInTheFirstReading) {
-  ReapedUsage reaped;
+TEST(ChildrenChargeTest, WhatWaitedIsInTheFirstReading) {
+  ChildrenCharge reaped;
   reaped.claimOnNext({5, 50});
   reaped.begin(8, 80);
   EXPECT_EQ(reaped.settle(kPlenty, 0), (Usage{3, 30}));
 }
 
-TEST(ReapedUsageTest, HandsOverWhatWaits) {
-  ReapedUsage reaped;
+TEST(ChildrenChargeTest, HandsOverWhatWaits) {
+  ChildrenCharge reaped;
   reaped.claimOnNext({5, 50});
   reaped.claimOnNext({6, 60});
   EXPECT_EQ(reaped.takeDebts(), (std::vector<Usage>{{5, 50}, {6, 60}}));
   EXPECT_TRUE(reaped.takeDebts().empty());
 }
 
-TEST(ReapedUsageTest, OfManyThatWaitTheFirstAreTakenAsOne) {
-  ReapedUsage reaped;
+TEST(ChildrenChargeTest, OfManyThatWaitTheFirstAreTakenAsOne) {
+  ChildrenCharge reaped;
   for (int child = 0; child < 1000; ++child)
     reaped.claimOnNext({1, 10});
   const std::vector<Usage> debts = reaped.takeDebts();

@@ -1,4 +1,4 @@
-#include "Tidewell/ReaperCharges.h"
+#include "Tidewell/Accounting/ChargeSettlement.h"
 
 #include <algorithm>
 #include <span>
@@ -10,22 +10,22 @@ constexpr int kMostAncestors = 64;
 
 }  // namespace
 
-ReaperCharges::ReaperCharges(std::vector<CountedProcess>& living, std::vector<CountedProcess>& gone,
-                             Terms terms)
+ChargeSettlement::ChargeSettlement(std::vector<FollowedProcess>& living,
+                                   std::vector<FollowedProcess>& gone, Terms terms)
     : living_(living), gone_(gone), terms_(terms) {}
 
 /// The parent of a process that ended, if it has not ended as well. Another process may have its
 /// number by now.
-CountedProcess* ReaperCharges::livingParent(const CountedProcess& ended) {
-  const bool isGone = std::ranges::binary_search(gone_, ended.parent, {}, &CountedProcess::pid);
+FollowedProcess* ChargeSettlement::livingParent(const FollowedProcess& ended) {
+  const bool isGone = std::ranges::binary_search(gone_, ended.parent, {}, &FollowedProcess::pid);
   return isGone ? nullptr : findProcess(living_, ended.parent);
 }
 
-void ReaperCharges::claim() {
+void ChargeSettlement::claim() {
   // A parent that lives is the reaper. This comes first, for what is left is open to guesses.
-  std::vector<const CountedProcess*> unclaimed;
-  for (const CountedProcess& process : gone_) {
-    CountedProcess* parent = livingParent(process);
+  std::vector<const FollowedProcess*> unclaimed;
+  for (const FollowedProcess& process : gone_) {
+    FollowedProcess* parent = livingParent(process);
     if (parent && parent->reaped.claim(seenOf(process), terms_.tolerance)) {
       note(process, parent);
     } else {
@@ -33,20 +33,20 @@ void ReaperCharges::claim() {
     }
   }
   // Where the parent could not be read, it most likely has it, unseen: such ones guess last.
-  std::stable_partition(unclaimed.begin(), unclaimed.end(), [this](const CountedProcess* process) {
-    const CountedProcess* parent = livingParent(*process);
+  std::stable_partition(unclaimed.begin(), unclaimed.end(), [this](const FollowedProcess* process) {
+    const FollowedProcess* parent = livingParent(*process);
     return !parent || !parent->unread;
   });
-  for (const CountedProcess* process : unclaimed)
+  for (const FollowedProcess* process : unclaimed)
     note(*process, claimFromAncestors(process->parent, seenOf(*process)));
-  for (CountedProcess& process : gone_) {
+  for (FollowedProcess& process : gone_) {
     for (const Usage& debt : process.reaped.takeDebts())
       claimFromAncestors(process.parent, debt);
   }
   std::ranges::stable_sort(claims_, {}, &Claim::reaper);
 }
 
-void ReaperCharges::settle(CountedProcess& reaper) {
+void ChargeSettlement::settle(FollowedProcess& reaper) {
   const Usage unseen = reaper.reaped.settle(terms_.most, terms_.tolerance);
   Usage rest = unseen;
   // Clang 14 cannot use the `subrange` that `equal_range` gives.
@@ -57,7 +57,7 @@ void ReaperCharges::settle(CountedProcess& reaper) {
   for (const Claim& claim : claims)
     seen += static_cast<double>(gone_[claim.ended].seenTime());
   for (const Claim& claim : claims) {
-    CountedProcess& ended = gone_[claim.ended];
+    FollowedProcess& ended = gone_[claim.ended];
     const double share = static_cast<double>(ended.seenTime()) / std::max(seen, 1.0);
     const double most = std::min(static_cast<double>(unseen.time), seen);
     Usage stretch = unseen.part(std::min(rest.time, static_cast<std::uint64_t>(most * share)));
@@ -71,12 +71,12 @@ void ReaperCharges::settle(CountedProcess& reaper) {
 
 /// A process whose parent ended too was reaped by it, or by whoever inherited it. In either case
 /// the charge went up the line of its ancestors, and lies with the first that has it.
-CountedProcess* ReaperCharges::claimFromAncestors(std::int32_t ancestor, const Usage& seen) {
-  CountedProcess* nearest = nullptr;
+FollowedProcess* ChargeSettlement::claimFromAncestors(std::int32_t ancestor, const Usage& seen) {
+  FollowedProcess* nearest = nullptr;
   for (int step = 0; ancestor > 0 && step < kMostAncestors; ++step) {
-    const auto gone = std::ranges::lower_bound(gone_, ancestor, {}, &CountedProcess::pid);
+    const auto gone = std::ranges::lower_bound(gone_, ancestor, {}, &FollowedProcess::pid);
     const bool isGone = gone != gone_.end() && gone->pid == ancestor;
-    CountedProcess* process = isGone ? &*gone : findProcess(living_, ancestor);
+    FollowedProcess* process = isGone ? &*gone : findProcess(living_, ancestor);
     if (!process) break;
     // One that ended may have been read after it reaped and before it ended.
     const bool mayHaveIt = !isGone || process->reapedSome;
@@ -86,7 +86,7 @@ CountedProcess* ReaperCharges::claimFromAncestors(std::int32_t ancestor, const U
   }
   // Of one that waits to be reaped it is not known who has inherited its children. In the end they
   // all fall to the first process.
-  CountedProcess* first = findProcess(living_, 1);
+  FollowedProcess* first = findProcess(living_, 1);
   if (first && first->reaped.claim(seen, terms_.tolerance)) return first;
   // Whoever reaped it was read before it did.
   if (!nearest) nearest = first;
@@ -94,11 +94,11 @@ CountedProcess* ReaperCharges::claimFromAncestors(std::int32_t ancestor, const U
   return nullptr;
 }
 
-void ReaperCharges::note(const CountedProcess& ended, const CountedProcess* reaper) {
+void ChargeSettlement::note(const FollowedProcess& ended, const FollowedProcess* reaper) {
   if (reaper) claims_.push_back({reaper->pid, static_cast<std::size_t>(&ended - gone_.data())});
 }
 
-Usage ReaperCharges::seenOf(const CountedProcess& process) const {
+Usage ChargeSettlement::seenOf(const FollowedProcess& process) const {
   const bool countsDisk = terms_.includesDisk && process.account != 0;
   return {process.seenTime(), countsDisk ? process.disk : 0};
 }

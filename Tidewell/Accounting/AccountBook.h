@@ -35,7 +35,7 @@ struct Usage {
 /// that has ended: it is folded into the account without a name, `kFolded`. So the sum over all
 /// accounts never shrinks, and there are no more of them than names run or ran a pass ago. Main
 /// thread only.
-class UsageAccounts {
+class AccountBook {
  public:
   /// Beyond the identifiers of any system.
   static constexpr std::int32_t kFirstIdentifier = 0x4000'0000;
@@ -53,7 +53,7 @@ class UsageAccounts {
     bool isListed = false;       ///< Whether it was ever used.
   };
 
-  UsageAccounts();
+  AccountBook();
 
   /// The account of the application key that `path` and `application` give, made where need be.
   /// There must be such a key.

@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "Tests/Tidewell/ConservedTable.h"
+#include "Tests/Tidewell/Accounting/ConservedTable.h"
 
 namespace tidewell {
 namespace {

@@ -12,8 +12,8 @@
 #include <vector>
 
 #include "Tests/Fakes/FakeClock.h"
-#include "Tests/Tidewell/SimulatedKernel.h"
-#include "Tidewell/ConservedProcesses.h"
+#include "Tests/Tidewell/Accounting/SimulatedKernel.h"
+#include "Tidewell/Accounting/ConservedProcesses.h"
 #include "Tidewell/ProcessSampler.h"
 
 namespace tidewell {
@@ -54,7 +54,7 @@ class ConservedTable : public testing::Test {
 
   SimulatedKernel kernel;
   FakeClock clock;
-  ProcessAccounts accounts;
+  AccountDirectory accounts;
   ConservedProcesses table;
   std::vector<std::int32_t> listed;      ///< On the last pass.
   std::map<std::string, Usage> counted;  ///< By name, on the last pass that had the name.

@@ -1,4 +1,4 @@
-#include "Tidewell/ConservedProcesses.h"
+#include "Tidewell/Accounting/ConservedProcesses.h"
 
 #include <algorithm>
 #include <utility>
@@ -38,7 +38,7 @@ std::span<const std::shared_ptr<const RunningApplication>> ConservedProcesses::a
   prepared_ = true;
 
   listed_.assign(applications_.begin(), applications_.end());
-  for (const UsageAccounts::Account& account : accounts_.accounts()) {
+  for (const AccountBook::Account& account : accounts_.accounts()) {
     if (account.isListed && account.application) listed_.push_back(account.application);
   }
   return listed_;
@@ -57,7 +57,7 @@ int ConservedProcesses::listPids(std::span<std::int32_t> buffer) {
 
   std::size_t written = std::min(buffer.size(), order.size());
   std::copy_n(order.begin(), written, buffer.begin());
-  for (const UsageAccounts::Account& account : accounts_.accounts()) {
+  for (const AccountBook::Account& account : accounts_.accounts()) {
     if (account.isListed && written < buffer.size()) buffer[written++] = account.identifier;
   }
   return static_cast<int>(written * kPidSize);
@@ -65,7 +65,7 @@ int ConservedProcesses::listPids(std::span<std::int32_t> buffer) {
 
 bool ConservedProcesses::resourceUsage(std::int32_t pid, ResourceUsage& usage) {
   const Usage* counted = nullptr;
-  if (const CountedProcess* process = processes_.find(pid)) {
+  if (const FollowedProcess* process = processes_.find(pid)) {
     if (process->account != 0) counted = &process->counted;
   } else if (const auto* account = accounts_.find(pid)) {
     counted = &account->usage;
@@ -79,7 +79,7 @@ bool ConservedProcesses::resourceUsage(std::int32_t pid, ResourceUsage& usage) {
 
 int ConservedProcesses::path(std::int32_t pid, std::span<char, kPathCapacity> buffer) {
   const std::string* path = nullptr;
-  if (const CountedProcess* process = processes_.find(pid)) {
+  if (const FollowedProcess* process = processes_.find(pid)) {
     path = &process->path;
   } else if (const auto* account = accounts_.find(pid)) {
     path = &account->path;
@@ -103,7 +103,7 @@ Timebase ConservedProcesses::timebase() {
 }
 
 void ConservedProcesses::pass() {
-  const ReaperCharges::Terms terms = nextTerms();
+  const ChargeSettlement::Terms terms = nextTerms();
   accounts_.nextPass();
   noteUses();
   processes_.read(applications_, terms.most);
@@ -114,7 +114,7 @@ void ConservedProcesses::pass() {
   foldAccounts();
 }
 
-ReaperCharges::Terms ConservedProcesses::nextTerms() {
+ChargeSettlement::Terms ConservedProcesses::nextTerms() {
   const Moment now = sources_.clock.now();
   const Seconds interval = now - std::exchange(lastPass_, now);
   const double seconds = std::clamp<Seconds>(interval, 0s, 24h).count() * kHeadroom;
@@ -126,20 +126,20 @@ ReaperCharges::Terms ConservedProcesses::nextTerms() {
           .includesDisk = sources_.table.diskIncludesReaped()};
 }
 
-void ConservedProcesses::settleCharges(const ReaperCharges::Terms& terms) {
-  ReaperCharges charges(processes_.living(), processes_.gone(), terms);
+void ConservedProcesses::settleCharges(const ChargeSettlement::Terms& terms) {
+  ChargeSettlement charges(processes_.living(), processes_.gone(), terms);
   charges.claim();
-  for (CountedProcess& process : processes_.living()) {
+  for (FollowedProcess& process : processes_.living()) {
     // What is still to be claimed of one that could not be read waits until it was.
     if (!process.unread) charges.settle(process);
   }
   // One that ended may have reaped before, on this very pass.
-  for (CountedProcess& process : processes_.gone())
+  for (FollowedProcess& process : processes_.gone())
     charges.settle(process);
 }
 
 void ConservedProcesses::closeGone() {
-  for (const CountedProcess& process : processes_.gone()) {
+  for (const FollowedProcess& process : processes_.gone()) {
     counter_.close(process);
     // Another may have its number already.
     if (!processes_.find(process.pid)) sources_.accounts.noteEnd(process.pid);
@@ -156,7 +156,7 @@ void ConservedProcesses::noteUses() {
 }
 
 void ConservedProcesses::foldAccounts() {
-  for (const CountedProcess& process : processes_.living())
+  for (const FollowedProcess& process : processes_.living())
     accounts_.noteLife(process.account);
   accounts_.fold();
 }

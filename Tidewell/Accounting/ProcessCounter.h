@@ -4,10 +4,10 @@
 #include <cstdint>
 #include <memory>
 
-#include "Tidewell/CountedProcess.h"
+#include "Tidewell/Accounting/AccountBook.h"
+#include "Tidewell/Accounting/AccountDirectory.h"
+#include "Tidewell/Accounting/FollowedProcess.h"
 #include "Tidewell/Ports/ProcessTable.h"
-#include "Tidewell/ProcessAccounts.h"
-#include "Tidewell/UsageAccounts.h"
 
 namespace tidewell {
 
@@ -18,31 +18,31 @@ class ProcessCounter {
  public:
   using Application = std::shared_ptr<const RunningApplication>;
 
-  /// `processAccounts` is told of every process's account.
-  ProcessCounter(ProcessTable& table, UsageAccounts& accounts, ProcessAccounts& processAccounts);
+  /// `directory` is told of every process's account.
+  ProcessCounter(ProcessTable& table, AccountBook& accounts, AccountDirectory& directory);
 
   /// Begins with a process that was there before anything was counted: what it had counts as is.
-  void beginWithAll(CountedProcess& process, const ResourceUsage& usage,
+  void beginWithAll(FollowedProcess& process, const ResourceUsage& usage,
                     const Application& application);
 
   /// Begins with a process that is new: what it had was used since the last pass, as far as that is
   /// possible; beyond `most` it is not.
-  void beginWithMost(CountedProcess& process, const ResourceUsage& usage,
+  void beginWithMost(FollowedProcess& process, const ResourceUsage& usage,
                      const Application& application, const Usage& most);
 
   /// Counts what has come since the last reading.
-  void update(CountedProcess& process, const ResourceUsage& usage, const Application& application);
+  void update(FollowedProcess& process, const ResourceUsage& usage, const Application& application);
 
   /// Leaves what was counted for a process that ended in its account.
-  void close(const CountedProcess& process);
+  void close(const FollowedProcess& process);
 
  private:
-  void begin(CountedProcess& process, const ResourceUsage& usage, const Application& application);
-  void readName(CountedProcess& process, std::uint32_t version, const Application& application);
+  void begin(FollowedProcess& process, const ResourceUsage& usage, const Application& application);
+  void readName(FollowedProcess& process, std::uint32_t version, const Application& application);
 
   ProcessTable& table_;
-  UsageAccounts& accounts_;
-  ProcessAccounts& processAccounts_;
+  AccountBook& accounts_;
+  AccountDirectory& directory_;
   std::array<char, ProcessTable::kPathCapacity> path_{};
 };
 

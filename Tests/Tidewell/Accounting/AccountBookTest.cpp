@@ -1,4 +1,4 @@
-#include "Tidewell/UsageAccounts.h"
+#include "Tidewell/Accounting/AccountBook.h"
 
 #include <gtest/gtest.h>
 
@@ -10,7 +10,7 @@
 namespace tidewell {
 namespace {
 
-class UsageAccountsTest : public testing::Test {
+class AccountBookTest : public testing::Test {
  protected:
   std::int32_t use(const std::string& name, const Usage& usage) {
     const std::int32_t account = accounts.reserve("/bin/" + name, nullptr);
@@ -22,14 +22,14 @@ class UsageAccountsTest : public testing::Test {
 
   [[nodiscard]] Usage sum() const {
     Usage all;
-    for (const UsageAccounts::Account& account : accounts.accounts())
+    for (const AccountBook::Account& account : accounts.accounts())
       all += account.usage;
     return all;
   }
 
   [[nodiscard]] std::vector<std::string> listedKeys() const {
     std::vector<std::string> keys;
-    for (const UsageAccounts::Account& account : accounts.accounts()) {
+    for (const AccountBook::Account& account : accounts.accounts()) {
       if (account.isListed) keys.push_back(account.key);
     }
     return keys;
@@ -41,26 +41,26 @@ class UsageAccountsTest : public testing::Test {
   }
 
   using Keys = std::vector<std::string>;
-  UsageAccounts accounts;
+  AccountBook accounts;
 };
 
 // Names.
 
-TEST_F(UsageAccountsTest, OneNameHasOneAccountWhereverItsProgramLies) {
+TEST_F(AccountBookTest, OneNameHasOneAccountWhereverItsProgramLies) {
   const auto account = accounts.reserve("/usr/bin/cc1", nullptr);
   EXPECT_EQ(accounts.reserve("/opt/gcc/cc1", nullptr), account);
   EXPECT_NE(accounts.reserve("/usr/bin/ld", nullptr), account);
   EXPECT_GT(account, 1'000'000'000) << "beyond the numbers of processes";
 }
 
-TEST_F(UsageAccountsTest, AnApplicationHasOneAccountWhateverItsProgramsAreCalled) {
+TEST_F(AccountBookTest, AnApplicationHasOneAccountWhateverItsProgramsAreCalled) {
   const auto editor = application("org.example.Editor", "Editor");
   const auto account = accounts.reserve("/opt/editor/main", &editor);
   EXPECT_EQ(accounts.reserve("/opt/editor/helper", &editor), account);
   EXPECT_NE(accounts.reserve("/opt/editor/main", nullptr), account);
 }
 
-TEST_F(UsageAccountsTest, AnAccountCarriesTheApplicationUnderItsOwnNumber) {
+TEST_F(AccountBookTest, AnAccountCarriesTheApplicationUnderItsOwnNumber) {
   const auto editor = application("org.example.Editor", "Editor");
   const auto* account = accounts.find(accounts.reserve("/opt/editor/main", &editor));
   ASSERT_TRUE(account && account->application);
@@ -71,21 +71,21 @@ TEST_F(UsageAccountsTest, AnAccountCarriesTheApplicationUnderItsOwnNumber) {
   EXPECT_EQ(account->application->localizedName(), "Editor");
 }
 
-TEST_F(UsageAccountsTest, AnApplicationWithoutIdentifierGoesByItsProgram) {
+TEST_F(AccountBookTest, AnApplicationWithoutIdentifierGoesByItsProgram) {
   const auto viewer = application(std::nullopt, "Viewer");
   const auto account = accounts.reserve("/opt/viewer", &viewer);
   EXPECT_EQ(accounts.reserve("/bin/viewer", nullptr), account);
   EXPECT_EQ(accounts.find(account)->application->localizedName(), "Viewer");
 }
 
-TEST_F(UsageAccountsTest, AnApplicationWithoutPathGoesByItsName) {
+TEST_F(AccountBookTest, AnApplicationWithoutPathGoesByItsName) {
   const auto viewer = application(std::nullopt, "Viewer");
   EXPECT_EQ(accounts.find(accounts.reserve("", &viewer))->key, "Viewer");
 }
 
 // Adding.
 
-TEST_F(UsageAccountsTest, IsListedFromTheFirstAdditionOn) {
+TEST_F(AccountBookTest, IsListedFromTheFirstAdditionOn) {
   const auto account = accounts.reserve("/bin/cc1", nullptr);
   EXPECT_EQ(accounts.listedCount(), 0u);
   accounts.add(account, {});
@@ -96,16 +96,16 @@ TEST_F(UsageAccountsTest, IsListedFromTheFirstAdditionOn) {
   EXPECT_EQ(accounts.find(account)->usage, (Usage{7, 70}));
 }
 
-TEST_F(UsageAccountsTest, AddsNothingToAnAccountThatIsNotThere) {
+TEST_F(AccountBookTest, AddsNothingToAnAccountThatIsNotThere) {
   accounts.add(5, {3, 30});
-  accounts.add(UsageAccounts::kFirstIdentifier + 9, {3, 30});
+  accounts.add(AccountBook::kFirstIdentifier + 9, {3, 30});
   EXPECT_EQ(sum(), Usage());
   EXPECT_EQ(accounts.find(5), nullptr);
 }
 
 // Folding.
 
-TEST_F(UsageAccountsTest, FoldsAnAccountUnderWhoseNameNothingRunsOnceItDoesNotGrow) {
+TEST_F(AccountBookTest, FoldsAnAccountUnderWhoseNameNothingRunsOnceItDoesNotGrow) {
   const auto account = use("tool", {3, 30});
   accounts.fold();
   EXPECT_EQ(accounts.find(account)->usage, (Usage{3, 30})) << "it has grown on this pass";
@@ -118,7 +118,7 @@ TEST_F(UsageAccountsTest, FoldsAnAccountUnderWhoseNameNothingRunsOnceItDoesNotGr
   EXPECT_EQ(accounts.find(account), nullptr);
 }
 
-TEST_F(UsageAccountsTest, WhatIsFoldedStaysInTheSumWithoutAName) {
+TEST_F(AccountBookTest, WhatIsFoldedStaysInTheSumWithoutAName) {
   use("first", {3, 30});
   use("second", {5, 50});
   nextPass();
@@ -127,7 +127,7 @@ TEST_F(UsageAccountsTest, WhatIsFoldedStaysInTheSumWithoutAName) {
   EXPECT_EQ(sum(), (Usage{15, 150}));
   EXPECT_EQ(listedKeys(), (Keys{"", "third"}));
   EXPECT_EQ(accounts.listedCount(), 2u);
-  EXPECT_EQ(accounts.find(UsageAccounts::kFolded)->usage, (Usage{8, 80}));
+  EXPECT_EQ(accounts.find(AccountBook::kFolded)->usage, (Usage{8, 80}));
   nextPass();
   accounts.fold();
   nextPass();
@@ -137,7 +137,7 @@ TEST_F(UsageAccountsTest, WhatIsFoldedStaysInTheSumWithoutAName) {
   EXPECT_EQ(sum(), (Usage{15, 150}));
 }
 
-TEST_F(UsageAccountsTest, KeepsTheAccountOfANameUnderWhichSomethingRuns) {
+TEST_F(AccountBookTest, KeepsTheAccountOfANameUnderWhichSomethingRuns) {
   const auto daemon = use("daemon", {3, 30});
   for (int pass = 0; pass < 1000; ++pass) {
     nextPass();
@@ -148,7 +148,7 @@ TEST_F(UsageAccountsTest, KeepsTheAccountOfANameUnderWhichSomethingRuns) {
   EXPECT_EQ(listedKeys(), Keys{"daemon"}) << "there is nothing to fold";
 }
 
-TEST_F(UsageAccountsTest, DropsAnAccountThatWasNeverUsedOnceNothingRunsUnderIt) {
+TEST_F(AccountBookTest, DropsAnAccountThatWasNeverUsedOnceNothingRunsUnderIt) {
   nextPass();
   const auto account = accounts.reserve("/bin/idle", nullptr);
   accounts.noteLife(account);
@@ -160,13 +160,13 @@ TEST_F(UsageAccountsTest, DropsAnAccountThatWasNeverUsedOnceNothingRunsUnderIt) 
   EXPECT_EQ(accounts.listedCount(), 0u);
 }
 
-TEST_F(UsageAccountsTest, NotesNoLifeInAnAccountThatIsNotThere) {
+TEST_F(AccountBookTest, NotesNoLifeInAnAccountThatIsNotThere) {
   accounts.noteLife(0);
-  accounts.noteLife(UsageAccounts::kFirstIdentifier + 9);
+  accounts.noteLife(AccountBook::kFirstIdentifier + 9);
   EXPECT_EQ(accounts.find(0), nullptr);
 }
 
-TEST_F(UsageAccountsTest, ANameThatComesBackAfterItWasFoldedBeginsAtNothing) {
+TEST_F(AccountBookTest, ANameThatComesBackAfterItWasFoldedBeginsAtNothing) {
   const auto former = use("job", {3, 30});
   nextPass();
   accounts.fold();
@@ -178,7 +178,7 @@ TEST_F(UsageAccountsTest, ANameThatComesBackAfterItWasFoldedBeginsAtNothing) {
 
 // Parts.
 
-TEST_F(UsageAccountsTest, TheBytesAreSharedAsTheTimeIs) {
+TEST_F(AccountBookTest, TheBytesAreSharedAsTheTimeIs) {
   const Usage usage{8, 100};
   EXPECT_EQ(usage.part(0), Usage());
   EXPECT_EQ(usage.part(2), (Usage{2, 25}));

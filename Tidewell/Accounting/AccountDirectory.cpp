@@ -1,15 +1,15 @@
-#include "Tidewell/ProcessAccounts.h"
+#include "Tidewell/Accounting/AccountDirectory.h"
 
 #include <utility>
 
 namespace tidewell {
 
-void ProcessAccounts::assign(std::int32_t pid, std::int32_t account) {
+void AccountDirectory::assign(std::int32_t pid, std::int32_t account) {
   const std::lock_guard lock(mutex_);
   entries_[pid] = {account, 0};
 }
 
-void ProcessAccounts::noteEnd(std::int32_t pid) {
+void AccountDirectory::noteEnd(std::int32_t pid) {
   const std::lock_guard lock(mutex_);
   const auto entry = entries_.find(pid);
   if (entry == entries_.end()) return;
@@ -23,18 +23,18 @@ void ProcessAccounts::noteEnd(std::int32_t pid) {
   if (former != entries_.end() && former->second.end == oldest.number) entries_.erase(former);
 }
 
-std::optional<std::int32_t> ProcessAccounts::accountOf(std::int32_t pid) const {
+std::optional<std::int32_t> AccountDirectory::accountOf(std::int32_t pid) const {
   const std::lock_guard lock(mutex_);
   const auto entry = entries_.find(pid);
   return entry == entries_.end() ? std::nullopt : std::optional(entry->second.account);
 }
 
-void ProcessAccounts::noteUse(std::int32_t account) {
+void AccountDirectory::noteUse(std::int32_t account) {
   const std::lock_guard lock(mutex_);
   used_.push_back(account);
 }
 
-std::vector<std::int32_t> ProcessAccounts::takeUsed() {
+std::vector<std::int32_t> AccountDirectory::takeUsed() {
   const std::lock_guard lock(mutex_);
   return std::exchange(used_, {});
 }

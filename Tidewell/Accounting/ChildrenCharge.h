@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "Tidewell/UsageAccounts.h"
+#include "Tidewell/Accounting/AccountBook.h"
 
 namespace tidewell {
 
@@ -12,7 +12,7 @@ namespace tidewell {
 ///
 /// A plain value of bounded size. Times are in the table's units, `tolerance` included: the reaped
 /// time may be rounded by as much, so it is compared in sum, and an error never adds up.
-class ReapedUsage {
+class ChildrenCharge {
  public:
   /// What the process's counters grew by: its reaped children's time, and its disk bytes, in which
   /// those of its reaped children are.

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "Tidewell/CountedProcess.h"
+#include "Tidewell/Accounting/FollowedProcess.h"
 
 namespace tidewell {
 
@@ -13,7 +13,7 @@ namespace tidewell {
 ///
 /// Works on the lists that it is made with, both ascending by identifier, which must outlive it and
 /// keep their places between `claim` and the last `settle`.
-class ReaperCharges {
+class ChargeSettlement {
  public:
   struct Terms {
     Usage most;                   ///< What can have been used since the last pass.
@@ -22,15 +22,15 @@ class ReaperCharges {
   };
 
   /// `gone` are the processes that ended on this pass.
-  ReaperCharges(std::vector<CountedProcess>& living, std::vector<CountedProcess>& gone,
-                Terms terms);
+  ChargeSettlement(std::vector<FollowedProcess>& living, std::vector<FollowedProcess>& gone,
+                   Terms terms);
 
   /// Takes what had been seen of the ended processes out of what their reapers are charged.
   void claim();
 
   /// Counts what `reaper`, of either list, was charged beyond all that had been seen: with the
   /// children that were seen, at most as much again as of each, with itself the rest.
-  void settle(CountedProcess& reaper);
+  void settle(FollowedProcess& reaper);
 
  private:
   /// What had been seen of an ended process was found in the charge of another.
@@ -39,13 +39,13 @@ class ReaperCharges {
     std::size_t ended = 0;  ///< In `gone_`.
   };
 
-  void note(const CountedProcess& ended, const CountedProcess* reaper);
-  CountedProcess* livingParent(const CountedProcess& ended);
-  CountedProcess* claimFromAncestors(std::int32_t ancestor, const Usage& seen);
-  [[nodiscard]] Usage seenOf(const CountedProcess& process) const;
+  void note(const FollowedProcess& ended, const FollowedProcess* reaper);
+  FollowedProcess* livingParent(const FollowedProcess& ended);
+  FollowedProcess* claimFromAncestors(std::int32_t ancestor, const Usage& seen);
+  [[nodiscard]] Usage seenOf(const FollowedProcess& process) const;
 
-  std::vector<CountedProcess>& living_;
-  std::vector<CountedProcess>& gone_;
+  std::vector<FollowedProcess>& living_;
+  std::vector<FollowedProcess>& gone_;
   Terms terms_;
   std::vector<Claim> claims_;  ///< By reaper, once all are made.
 };

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "Tests/Tidewell/ConservedTable.h"
+#include "Tests/Tidewell/Accounting/ConservedTable.h"
 
 namespace tidewell {
 namespace {

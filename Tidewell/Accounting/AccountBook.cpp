@@ -1,4 +1,4 @@
-#include "Tidewell/UsageAccounts.h"
+#include "Tidewell/Accounting/AccountBook.h"
 
 #include <algorithm>
 #include <utility>
@@ -35,11 +35,11 @@ Usage Usage::part(std::uint64_t partTime) const {
   return {partTime, std::min(disk, static_cast<std::uint64_t>(static_cast<double>(disk) * share))};
 }
 
-UsageAccounts::UsageAccounts() {
+AccountBook::AccountBook() {
   accounts_.emplace_back().identifier = kFolded;
 }
 
-std::string UsageAccounts::key(std::string_view path, const RunningApplication* application) {
+std::string AccountBook::key(std::string_view path, const RunningApplication* application) {
   if (application && application->bundleIdentifier()) return *application->bundleIdentifier();
   if (path.empty() && application && application->localizedName()) {
     return *application->localizedName();
@@ -47,7 +47,7 @@ std::string UsageAccounts::key(std::string_view path, const RunningApplication* 
   return path.empty() ? std::string() : std::string(ProcessSampler::nameFromPath(path));
 }
 
-std::int32_t UsageAccounts::reserve(std::string_view path, const RunningApplication* application) {
+std::int32_t AccountBook::reserve(std::string_view path, const RunningApplication* application) {
   std::string wanted = key(path, application);
   const auto found = std::ranges::find(accounts_, wanted, &Account::key);
   if (found != accounts_.end()) return found->identifier;
@@ -61,7 +61,7 @@ std::int32_t UsageAccounts::reserve(std::string_view path, const RunningApplicat
   return account.identifier;
 }
 
-void UsageAccounts::add(std::int32_t identifier, const Usage& usage) {
+void AccountBook::add(std::int32_t identifier, const Usage& usage) {
   Account* const account = findToChange(identifier);
   if (!account) return;
   if (!std::exchange(account->isListed, true)) ++listedCount_;
@@ -69,11 +69,11 @@ void UsageAccounts::add(std::int32_t identifier, const Usage& usage) {
   account->lastLife = pass_;
 }
 
-void UsageAccounts::noteLife(std::int32_t identifier) {
+void AccountBook::noteLife(std::int32_t identifier) {
   if (Account* const account = findToChange(identifier)) account->lastLife = pass_;
 }
 
-void UsageAccounts::fold() {
+void AccountBook::fold() {
   Usage folded;
   std::erase_if(accounts_, [&](const Account& account) {
     if (account.lastLife == pass_ || account.identifier == kFolded) return false;
@@ -84,12 +84,12 @@ void UsageAccounts::fold() {
   if (folded != Usage()) add(kFolded, folded);
 }
 
-UsageAccounts::Account* UsageAccounts::findToChange(std::int32_t identifier) {
+AccountBook::Account* AccountBook::findToChange(std::int32_t identifier) {
   const auto found = std::ranges::lower_bound(accounts_, identifier, {}, &Account::identifier);
   return found == accounts_.end() || found->identifier != identifier ? nullptr : &*found;
 }
 
-const UsageAccounts::Account* UsageAccounts::find(std::int32_t identifier) const {
+const AccountBook::Account* AccountBook::find(std::int32_t identifier) const {
   const auto found = std::ranges::lower_bound(accounts_, identifier, {}, &Account::identifier);
   return found == accounts_.end() || found->identifier != identifier ? nullptr : &*found;
 }

@@ -1,14 +1,16 @@
-#include "Tidewell/ConservedProcesses.h"
+#include "Tidewell/Accounting/ConservedProcesses.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <map>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
 #include "Tests/Fakes/FakeRunningApplications.h"
-#include "Tests/Tidewell/ConservedTable.h"
+#include "Tests/Tidewell/Accounting/ConservedTable.h"
 
 namespace tidewell {
 namespace {
@@ -16,6 +18,35 @@ namespace {
 using namespace std::chrono_literals;
 
 using ConservedProcessesTest = ConservedTable;
+
+TEST_F(ConservedProcessesTest, CountsTheExampleOfTheHeader) {
+  using Counts = std::map<std::string, Usage>;
+  const auto make = kernel.spawn(1, "/bin/make");
+  const auto first = kernel.spawn(make, "/bin/cc");
+  kernel.work(make, 1);
+  kernel.work(first, 3);
+  pass();
+  EXPECT_EQ(counted, (Counts{{"init", {}}, {"make", {1, 0}}, {"cc", {3, 0}}}));
+  EXPECT_EQ(total.time, 4U);
+  kernel.work(first, 2);
+  kernel.endAndReap(first);
+  pass();
+  EXPECT_EQ(counted, (Counts{{"init", {}}, {"make", {1, 0}}, {"cc", {5, 0}}}));
+  EXPECT_EQ(total.time, 6U);
+  const auto second = kernel.spawn(make, "/bin/cc");
+  kernel.work(second, 4);
+  kernel.endAndReap(second);
+  pass();
+  EXPECT_EQ(counted["make"], (Usage{5, 0}));
+  EXPECT_EQ(ended, std::set<std::string>{"cc"});
+  EXPECT_EQ(total.time, 10U);
+  const auto third = kernel.spawn(make, "/bin/cc");
+  kernel.work(third, 2);
+  pass();
+  EXPECT_EQ(counted["make"], (Usage{5, 0}));
+  EXPECT_EQ(counted["cc"], (Usage{2, 0}));
+  EXPECT_EQ(total.time, 12U);
+}
 
 TEST_F(ConservedProcessesTest, KeepsWhatAnEndedProcessHadUsedUnderItsName) {
   const auto shell = kernel.spawn(1, "/bin/sh");
@@ -242,7 +273,7 @@ TEST_F(ConservedProcessesTest, ListsAnAccountBehindTheProcessesUnderANumberThatN
   pass();
   const auto account = accounts.accountOf(job);
   ASSERT_TRUE(account);
-  EXPECT_GE(*account, UsageAccounts::kFirstIdentifier);
+  EXPECT_GE(*account, AccountBook::kFirstIdentifier);
   EXPECT_EQ(listed, (std::vector<std::int32_t>{1, job})) << "nothing is counted there yet";
   kernel.endAndReap(job);
   pass();
