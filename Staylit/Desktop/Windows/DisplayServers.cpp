@@ -13,8 +13,7 @@
 #include <optional>
 #include <string_view>
 #include <system_error>
-
-#include "Platform/Linux/Files/Descriptor.h"
+#include <utility>
 
 namespace staylit::windows {
 namespace {
@@ -27,26 +26,6 @@ bool isStranger(int socket) {
   socklen_t size = sizeof server;
   if (getsockopt(socket, SOL_SOCKET, SO_PEERCRED, &server, &size) != 0) return false;
   return server.uid != 0 && server.uid != geteuid();
-}
-
-/// Whether a stranger listens at `path`, or at the address of that name that is no file. Whoever
-/// takes no connection now may take the next one, so that he counts as a stranger.
-bool isStrangersSocket(const std::string& path, bool isAbstract) {
-  sockaddr_un address{};
-  address.sun_family = AF_UNIX;
-  const std::size_t offset = isAbstract ? 1 : 0;
-  if (path.size() + 1 + offset > sizeof address.sun_path) return false;
-  std::memcpy(address.sun_path + offset, path.data(), path.size());
-  const std::size_t size =
-      offsetof(sockaddr_un, sun_path) + path.size() + 1;  // Either a zero before or one after.
-  const platform::Descriptor socket(
-      ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
-  if (connect(socket.get(), reinterpret_cast<const sockaddr*>(&address),
-              static_cast<socklen_t>(size)) == 0) {
-    return isStranger(socket.get());
-  }
-  const bool isNobodyThere = errno == ENOENT || errno == ECONNREFUSED;
-  return !isNobodyThere;
 }
 
 std::string waylandSocket() {
@@ -71,18 +50,42 @@ std::optional<std::string> peerName(int socket) {
 
 }  // namespace
 
-bool isStrangersX(const std::string& display) {
+DisplayListeners::DisplayListeners(const std::string& display) {
   // "host:0" is another machine's; "unix:0" and ":0.1" are this one's.
   const std::size_t colon = display.find(':');
-  if (colon == std::string::npos || (colon > 0 && display.substr(0, colon) != "unix")) return false;
+  if (colon == std::string::npos || (colon > 0 && display.substr(0, colon) != "unix")) return;
   std::string number = display.substr(colon + 1);
   number.resize(std::min(number.find('.'), number.size()));
   const std::string path = std::string(kXSockets) + number;
-  return isStrangersSocket(path, true) || isStrangersSocket(path, false);
+  ask(path, true);
+  ask(path, false);
 }
 
-bool isStrangersWayland() {
-  return isStrangersSocket(waylandSocket(), false);
+DisplayListeners DisplayListeners::ofWayland() {
+  DisplayListeners listeners;
+  listeners.ask(waylandSocket(), false);
+  return listeners;
+}
+
+/// Asks who listens at `path`, or at the address of that name that is no file. Whoever takes no
+/// connection now may take the next one, and so counts as a stranger.
+void DisplayListeners::ask(const std::string& path, bool isAbstract) {
+  sockaddr_un address{};
+  address.sun_family = AF_UNIX;
+  const std::size_t offset = isAbstract ? 1 : 0;
+  if (path.size() + 1 + offset > sizeof address.sun_path) return;
+  std::memcpy(address.sun_path + offset, path.data(), path.size());
+  const std::size_t size =
+      offsetof(sockaddr_un, sun_path) + path.size() + 1;  // Either a zero before or one after.
+  platform::Descriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+  if (connect(socket.get(), reinterpret_cast<const sockaddr*>(&address),
+              static_cast<socklen_t>(size)) == 0) {
+    areStrangers_ = areStrangers_ || isStranger(socket.get());
+    connections_.push_back(std::move(socket));
+    return;
+  }
+  const bool isNobodyThere = errno == ENOENT || errno == ECONNREFUSED;
+  areStrangers_ = areStrangers_ || !isNobodyThere;
 }
 
 bool isServedByStrangers() {

@@ -76,6 +76,12 @@ bool isWayland(const QString& platform) {
   return platform.startsWith(QLatin1String("wayland"));
 }
 
+/// Nobody, for what draws without a display of someone else's.
+DisplayListeners listenersOf(const QString& platform) {
+  if (isWayland(platform)) return DisplayListeners::ofWayland();
+  return DisplayListeners(isX(platform) ? qEnvironmentVariable("DISPLAY").toStdString() : "");
+}
+
 /// As `usablePlatform`, of one that is given with its options.
 std::optional<UsablePlatform> attempt(const QString& candidate) {
   const QString name = candidate.section(':', 0, 0);
@@ -83,9 +89,8 @@ std::optional<UsablePlatform> attempt(const QString& candidate) {
     qWarning("Staylit: Qt has no usable plugin for %s here", qPrintable(name));
     return std::nullopt;
   }
-  const bool isStrangers = isX(name) ? isStrangersX(qEnvironmentVariable("DISPLAY").toStdString())
-                                     : isWayland(name) && isStrangersWayland();
-  if (isStrangers) {
+  const DisplayListeners listeners = listenersOf(name);
+  if (listeners.areStrangers()) {
     qWarning("Staylit: the display (%s) is served by another user, or too busy to tell",
              qPrintable(name));
     return std::nullopt;

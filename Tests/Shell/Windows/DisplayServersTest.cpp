@@ -11,6 +11,7 @@
 #include <array>
 #include <cstddef>
 #include <cstring>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -27,6 +28,16 @@ namespace {
 using platform::Descriptor;
 using platform::testing::SilentDisplay;
 using platform::testing::Stranger;
+
+bool isStrangersX(const std::string& display) {
+  return DisplayListeners(display).areStrangers();
+}
+
+/// Whether the other end has closed the connection.
+bool isClosed(const Descriptor& connection) {
+  char byte = 0;
+  return ::recv(connection.get(), &byte, 1, MSG_DONTWAIT) == 0;
+}
 
 /// Somebody else's process, which listens where clients of X look first.
 class StrangersDisplay {
@@ -146,6 +157,15 @@ TEST(FullDisplayTest, CountsAsAStrangersBecauseNobodySeesWhoseItIs) {
   EXPECT_TRUE(isStrangersX(full.name()));
   EXPECT_TRUE(full.wasAsked());
   EXPECT_FALSE(isStrangersX(full.name())) << "it has taken its callers";
+}
+
+TEST(DisplayListenersTest, HearNoConnectionCloseBeforeTheClientHasItsOwn) {
+  SilentDisplay display;
+  std::optional<DisplayListeners> listeners(display.name());
+  const Descriptor caller = display.nextCaller();
+  EXPECT_FALSE(isClosed(caller));
+  listeners.reset();
+  EXPECT_TRUE(isClosed(caller));
 }
 
 TEST_F(DisplayServersTest, AreSeenInAConnectionThatIsThere) {
