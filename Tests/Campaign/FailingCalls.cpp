@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <map>
 #include <string>
+#include <string_view>
 #include <thread>
 #include <vector>
 
@@ -82,7 +83,9 @@ class FailingCalls : testing::OwnMachine {
     const testing::ScopedEnvironment mark("STAYLIT_FAILING_MARK", markFile());
     std::filesystem::remove(markFile());
     letRun({"--diagnose"}, effort.quick ? 300ms : 1500ms, SIGTERM);
+    windowsAskedFor_ = std::string_view(failure.call) == "fork" ? number : 0;
     letRun({}, effort.quick ? 500ms : 4500ms, 0);
+    windowsAskedFor_ = 0;
     if (std::filesystem::exists(markFile())) ++reached_[failure.call];
     ++outcome_.runs;
   }
@@ -95,6 +98,7 @@ class FailingCalls : testing::OwnMachine {
     writeSettings(kText);
     {
       testing::ChildProgram program = startWithShim(arguments);
+      askForWindows();
       std::this_thread::sleep_for(time);
       if (const std::string reason = holdReason();
           !reason.empty() && reason != "waiting for work to resume") {
@@ -107,8 +111,19 @@ class FailingCalls : testing::OwnMachine {
     checkSettings();
   }
 
+  /// For each a process is started that tries the display, of which there is none.
+  void askForWindows() {
+    if (windowsAskedFor_ > 0) eventually([this] { return !holdReason().empty(); }, 20s);
+    const testing::ScopedEnvironment display("DISPLAY", ":4999");
+    for (int number = 0; number < windowsAskedFor_; ++number) {
+      wait(start({"--settings"}));
+      std::this_thread::sleep_for(100ms);
+    }
+  }
+
   testing::ChildProgram startWithShim(const std::vector<std::string>& arguments) {
     const testing::ScopedEnvironment shim("LD_PRELOAD", FAILING_CALLS_LIBRARY);
+    const testing::ScopedEnvironment display("DISPLAY", ":4999");
     return start(arguments);
   }
 
@@ -139,6 +154,7 @@ class FailingCalls : testing::OwnMachine {
   Outcome outcome_;
   std::string what_;
   std::string ending_;
+  int windowsAskedFor_ = 0;
   std::map<std::string, int> reached_;
 };
 

@@ -134,8 +134,10 @@ class OwnMachine {
       // Whoever runs us in the background may ignore some.
       for (const int signal : {SIGINT, SIGHUP})
         std::signal(signal, SIG_DFL);
-      const int out = ::open((folder.path() / "out").c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_APPEND, 0600);
-      const int err = ::open((folder.path() / "err").c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_APPEND, 0600);
+      const int out =
+          ::open((folder.path() / "out").c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_APPEND, 0600);
+      const int err =
+          ::open((folder.path() / "err").c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_APPEND, 0600);
       return ::dup2(out, STDOUT_FILENO) >= 0 && ::dup2(err, STDERR_FILENO) >= 0;
     });
   }
