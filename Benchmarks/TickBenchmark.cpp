@@ -7,8 +7,8 @@
 #include <cstdint>
 #include <memory>
 #include <numeric>
-#include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "Benchmarks/Crowd.h"
@@ -31,7 +31,7 @@ void manyProcesses(benchmark::internal::Benchmark* benchmark) {
 void snapshot(benchmark::State& state) {
   const Crowd crowd(static_cast<int>(state.range(0)), 0);
   const auto ports = platform::makeLinuxPorts(std::make_shared<platform::EventLoop>());
-  tidewell::ProcessSampler sampler(*ports->processTable, *ports->runningApplications);
+  tidewell::ProcessSampler sampler(*ports->processTable);
   for (auto _ : state)
     benchmark::DoNotOptimize(sampler.sample().size());
 }
@@ -40,26 +40,23 @@ BENCHMARK(snapshot)->Apply(manyProcesses);
 /// A table in memory, of as many processes as wanted under three hundred names.
 class Table : public tidewell::ProcessTable {
  public:
-  explicit Table(std::int64_t processes) : processes_(static_cast<std::int32_t>(processes)) {
+  explicit Table(std::int64_t processes) : pids_(static_cast<std::size_t>(processes)) {
+    std::iota(pids_.begin(), pids_.end(), 1);
     for (int name = 0; name < 300; ++name)
       paths_.push_back("/usr/bin/program-" + std::to_string(name));
   }
-  int listPids(std::span<std::int32_t> buffer) override {
-    if (!buffer.empty()) std::iota(buffer.begin(), buffer.end(), 1);
-    return processes_ * 4;
-  }
+  tidewell::ProcessSnapshot snapshot() override { return {pids_, {}}; }
   bool resourceUsage(std::int32_t pid, tidewell::ResourceUsage& usage) override {
     usage.userTime = static_cast<std::uint64_t>(pid) * 1000;
     return true;
   }
-  int path(std::int32_t pid, std::span<char, kPathCapacity> buffer) override {
-    const std::string& path = paths_[static_cast<std::size_t>(pid) % paths_.size()];
-    return static_cast<int>(path.copy(buffer.data(), buffer.size()));
+  std::string_view path(std::int32_t pid) override {
+    return paths_[static_cast<std::size_t>(pid) % paths_.size()];
   }
   tidewell::Timebase timebase() override { return {1, 1}; }
 
  private:
-  std::int32_t processes_;
+  std::vector<std::int32_t> pids_;
   std::vector<std::string> paths_;
 };
 

@@ -27,7 +27,7 @@ double perSecond(std::uint64_t now, std::uint64_t before, Seconds interval) {
 ActivityMonitor::ActivityMonitor(Ports& ports)
     : text_(*ports.text),
       clock_(*ports.clock),
-      processSampler_(*ports.processTable, *ports.runningApplications),
+      processSampler_(*ports.processTable),
       networkSampler_(*ports.networkTool, *ports.serialQueues, *ports.clock) {}
 
 std::vector<BusyApp> ActivityMonitor::tick(const ActivityThresholds& thresholds) {

@@ -10,8 +10,6 @@
 namespace tidewell {
 namespace {
 
-constexpr std::size_t kIdentifierBytes = sizeof(std::int32_t);
-
 /// The last piece between slashes that is not empty.
 std::string_view lastComponent(std::string_view path) {
   const std::size_t last = path.find_last_not_of('/');
@@ -27,14 +25,14 @@ std::int32_t pidOf(const std::shared_ptr<const RunningApplication>& application)
 
 }  // namespace
 
-ProcessSampler::ProcessSampler(ProcessTable& table, RunningApplications& applications)
-    : table_(table), applications_(applications) {}
+ProcessSampler::ProcessSampler(ProcessTable& table) : table_(table) {}
 
 const std::vector<RawSample>& ProcessSampler::sample() {
-  refreshGUIApps();
-  const std::vector<std::int32_t>& pids = livePIDs();
+  const ProcessSnapshot all = table_.snapshot();
+  refreshGUIApps(all.applications);
+  livePIDs(all.processes);
   std::size_t used = 0;
-  for (const std::int32_t pid : pids) {
+  for (const std::int32_t pid : pids_) {
     if (used == snapshot_.size()) snapshot_.emplace_back();
     if (fill(pid, snapshot_[used])) ++used;
   }
@@ -61,8 +59,7 @@ std::string_view ProcessSampler::nameFromPath(std::string_view path) {
   return name.empty() && !path.empty() ? path.substr(0, 1) : name;
 }
 
-void ProcessSampler::refreshGUIApps() {
-  const auto all = applications_.all();
+void ProcessSampler::refreshGUIApps(std::span<const Application> all) {
   guiApps_.assign(all.begin(), all.end());
   if (std::ranges::is_sorted(guiApps_, {}, pidOf)) return;
   std::ranges::stable_sort(guiApps_, {}, pidOf);
@@ -75,24 +72,14 @@ const RunningApplication* ProcessSampler::guiApp(std::int32_t pid) const {
   return std::prev(end)->get();
 }
 
-std::vector<std::int32_t>& ProcessSampler::livePIDs() {
-  pids_.clear();
-  const int needed = table_.listPids({});
-  if (needed < 1) return pids_;
-  // Exactly as large as that answer: what starts in between is seen by the next snapshot.
-  pids_.assign(static_cast<std::size_t>(needed) / kIdentifierBytes, 0);
-  const int written = table_.listPids(pids_);
-  const std::size_t listed = written < 1 ? 0 : static_cast<std::size_t>(written) / kIdentifierBytes;
-  pids_.resize(std::min(pids_.size(), listed));
+void ProcessSampler::livePIDs(std::span<const std::int32_t> all) {
+  pids_.assign(all.begin(), all.end());
   std::erase_if(pids_, [](std::int32_t pid) { return pid < 1; });
-  return pids_;
 }
 
 std::string_view ProcessSampler::executableName(std::int32_t pid, std::string_view fallback) {
-  const int length = table_.path(pid, path_);
-  if (length < 1) return fallback;
-  const std::size_t size = std::min(static_cast<std::size_t>(length), path_.size());
-  return nameFromPath({path_.data(), size});
+  const std::string_view path = table_.path(pid);
+  return path.empty() ? fallback : nameFromPath(path);
 }
 
 bool ProcessSampler::fill(std::int32_t pid, RawSample& sample) {

@@ -1,9 +1,9 @@
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string_view>
 #include <vector>
 
@@ -16,10 +16,10 @@ namespace tidewell {
 /// Takes snapshots of every live process. Keeps no history and computes no rates.
 ///
 /// Owned by the activity monitor; main thread only. Never fails: a process that cannot be read is
-/// left out. The two ports must outlive it.
+/// left out. The table must outlive it.
 class ProcessSampler {
  public:
-  ProcessSampler(ProcessTable& table, RunningApplications& applications);
+  explicit ProcessSampler(ProcessTable& table);
 
   /// One snapshot, in the order of the kernel's process list. It lies in storage that is used
   /// again, so that a process that does nothing costs no allocation: valid until the next call.
@@ -36,20 +36,18 @@ class ProcessSampler {
  private:
   using Application = std::shared_ptr<const RunningApplication>;
 
-  void refreshGUIApps();
+  void refreshGUIApps(std::span<const Application> all);
   const RunningApplication* guiApp(std::int32_t pid) const;
-  std::vector<std::int32_t>& livePIDs();
+  void livePIDs(std::span<const std::int32_t> all);
   std::string_view executableName(std::int32_t pid, std::string_view fallback);
   bool fill(std::int32_t pid, RawSample& sample);
   Timebase machTimebase();
 
   ProcessTable& table_;
-  RunningApplications& applications_;
   /// By process identifier, ascending: a map that costs no allocation to rebuild every tick.
   std::vector<Application> guiApps_;
   std::optional<Timebase> machTimebase_;
   std::vector<std::int32_t> pids_;
-  std::array<char, ProcessTable::kPathCapacity> path_{};
   std::vector<RawSample> snapshot_;
 };
 

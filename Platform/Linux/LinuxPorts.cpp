@@ -70,9 +70,8 @@ struct LinuxSystem {
   std::shared_ptr<NamedHolders> namedHolders = std::make_shared<NamedHolders>();
   LinuxRunningApplications runningApplications{tracker, namedHolders};
   tidewell::AccountDirectory accountDirectory;
-  tidewell::ConservedProcesses conserved{{processTable, runningApplications, clock,
-                                          accountDirectory,
-                                          std::max(1U, std::thread::hardware_concurrency())}};
+  tidewell::ConservedProcesses conserved{
+      {processTable, clock, accountDirectory, std::max(1U, std::thread::hardware_concurrency())}};
 
   ThreadQueues serialQueues{loop.get()};
   SocketTableTool networkTool{&accountDirectory};
@@ -105,7 +104,7 @@ std::unique_ptr<tidewell::Ports> makeLinuxPorts(std::shared_ptr<EventLoop> loop,
   ports->defaults = port(system->defaults);
   ports->mainLoop = port(*system->loop);
   ports->processTable = port(system->conserved);
-  ports->runningApplications = port(system->conserved);
+  ports->runningApplications = port(system->runningApplications);
   ports->serialQueues = port(system->serialQueues);
   ports->networkTool = port(system->networkTool);
   ports->powerSources = port(system->powerSources);

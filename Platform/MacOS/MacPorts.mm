@@ -27,16 +27,15 @@
 namespace platform {
 namespace {
 
-/// The process table and the running applications, with all that they stand on. What the work of
+/// The process table, with all that it stands on. What the work of
 /// ended processes gains over the plain table was measured on Linux only.
 struct ProcessSources {
-  LibprocProcessTable table;
-  WorkspaceRunningApplications applications;
+  LibprocProcessTable table{WorkspaceRunningApplications::all};
   FoundationClock clock;
   /// The system's own tool measures the network, process by process, so nobody asks here.
   tidewell::AccountDirectory accounts;
   tidewell::ConservedProcesses conserved{
-      {table, applications, clock, accounts, std::max(1U, std::thread::hardware_concurrency())}};
+      {table, clock, accounts, std::max(1U, std::thread::hardware_concurrency())}};
 };
 
 }  // namespace
@@ -52,7 +51,7 @@ std::unique_ptr<tidewell::Ports> makePorts() {
   ports->mainLoop = mainLoop;
   const auto processes = std::make_shared<ProcessSources>();
   ports->processTable = {processes, &processes->conserved};
-  ports->runningApplications = {processes, &processes->conserved};
+  ports->runningApplications = std::make_shared<WorkspaceRunningApplications>();
   ports->serialQueues = std::make_shared<DispatchSerialQueues>();
   ports->networkTool = std::make_shared<NSTaskLauncher>();
   ports->powerSources = std::make_shared<IOKitPowerSources>();

@@ -16,11 +16,10 @@ struct ComposedPorts : FakePorts {
   explicit ComposedPorts(Composition composition = Composition::shipped) {
     if (composition == Composition::bare) return;
     ports.processTable = borrowed(conserved);
-    ports.runningApplications = borrowed(conserved);
   }
 
   AccountDirectory accounts;
-  ConservedProcesses conserved{{processes, applications, clock, accounts, 8}};
+  ConservedProcesses conserved{{processes, clock, accounts, 8}};
 };
 
 }  // namespace tidewell

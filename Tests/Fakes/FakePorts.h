@@ -42,8 +42,8 @@ struct FakePorts {
   FakeText text;
   FakeDefaults defaults{calls};
   FakeMainLoop mainLoop{calls};
-  FakeProcessTable processes{calls};
   FakeRunningApplications applications{calls};
+  FakeProcessTable processes{calls, applications};
   FakeSerialQueues queues{calls};
   FakeTaskLauncher networkTool;
   FakePowerSources powerSources{calls};

@@ -9,12 +9,15 @@
 #include <string_view>
 #include <vector>
 
+#include "Platform/MacOS/Processes/KernelSnapshot.h"
 #include "Tests/Fakes/CallLog.h"
+#include "Tests/Fakes/FakeRunningApplications.h"
 #include "Tidewell/Ports/ProcessTable.h"
 
 namespace tidewell {
 
-/// A table of processes that the test fills, in the order in which the kernel would list them.
+/// A table of processes that the test fills, in the order in which the kernel would list them. It
+/// gives a snapshot in the steps of the system whose kernel lists them so.
 class FakeProcessTable : public ProcessTable {
  public:
   struct Row {
@@ -25,21 +28,13 @@ class FakeProcessTable : public ProcessTable {
     std::int32_t parent = 0;  ///< Who reaps it; 0: nobody can tell.
   };
 
-  explicit FakeProcessTable(std::shared_ptr<CallLog> calls = std::make_shared<CallLog>())
-      : calls_(std::move(calls)) {}
+  /// `applications` must outlive it.
+  FakeProcessTable(std::shared_ptr<CallLog> calls, FakeRunningApplications& applications)
+      : calls_(std::move(calls)),
+        snapshot_({[&applications] { return applications.list(); },
+                   [this](std::span<std::int32_t> buffer) { return listPids(buffer); }}) {}
 
-  int listPids(std::span<std::int32_t> buffer) override {
-    if (buffer.empty()) {
-      calls_->add("list processes");
-      if (whileListing) whileListing();
-      return bytesNeeded.value_or(bytesFor(rows.size()));
-    }
-    bufferLengths.push_back(buffer.size());
-    const std::size_t count = std::min(buffer.size(), rows.size());
-    std::ranges::transform(rows.begin(), rows.begin() + static_cast<std::ptrdiff_t>(count),
-                           buffer.begin(), &Row::pid);
-    return bytesWritten.value_or(bytesFor(count));
-  }
+  ProcessSnapshot snapshot() override { return snapshot_.take(); }
 
   bool resourceUsage(std::int32_t pid, ResourceUsage& usage) override {
     usageAsked.push_back(pid);
@@ -49,14 +44,10 @@ class FakeProcessTable : public ProcessTable {
     return true;
   }
 
-  int path(std::int32_t pid, std::span<char, kPathCapacity> buffer) override {
+  std::string_view path(std::int32_t pid) override {
     pathAsked.push_back(pid);
     const auto row = std::ranges::find(rows, pid, &Row::pid);
-    if (row == rows.end() || !row->path) return 0;
-    const std::size_t length = std::min(row->path->size(), kPathCapacity - 1);
-    std::ranges::copy(std::string_view(*row->path).substr(0, length), buffer.begin());
-    buffer[length] = '\0';
-    return static_cast<int>(length);
+    return row == rows.end() || !row->path ? std::string_view() : *row->path;
   }
 
   std::int32_t parent(std::int32_t pid) override {
@@ -99,9 +90,22 @@ class FakeProcessTable : public ProcessTable {
   int timebaseAsked = 0;
 
  private:
+  int listPids(std::span<std::int32_t> buffer) {
+    if (buffer.empty()) {
+      calls_->add("list processes");
+      if (whileListing) whileListing();
+      return bytesNeeded.value_or(bytesFor(rows.size()));
+    }
+    bufferLengths.push_back(buffer.size());
+    const std::size_t count = std::min(buffer.size(), rows.size());
+    std::ranges::transform(rows.begin(), rows.begin() + static_cast<std::ptrdiff_t>(count),
+                           buffer.begin(), &Row::pid);
+    return bytesWritten.value_or(bytesFor(count));
+  }
   static int bytesFor(std::size_t count) { return static_cast<int>(count * 4); }
 
   std::shared_ptr<CallLog> calls_;
+  platform::KernelSnapshot snapshot_;
 };
 
 }  // namespace tidewell

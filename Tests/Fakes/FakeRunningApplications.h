@@ -38,16 +38,15 @@ class FakeRunningApplication : public RunningApplication {
   std::shared_ptr<int> propertiesAsked_;
 };
 
-/// A list of applications that the test fills.
+/// A list of applications that the test fills, for itself and for a snapshot of the processes.
 class FakeRunningApplications : public RunningApplications {
  public:
   explicit FakeRunningApplications(std::shared_ptr<CallLog> calls = std::make_shared<CallLog>())
       : calls_(std::move(calls)) {}
 
-  std::span<const std::shared_ptr<const RunningApplication>> all() override {
+  std::vector<std::shared_ptr<const RunningApplication>> list() {
     calls_->add("list applications");
-    listed_ = applications_;
-    return listed_;
+    return applications_;
   }
 
   std::shared_ptr<const RunningApplication> withProcessIdentifier(std::int32_t pid) override {
@@ -71,7 +70,6 @@ class FakeRunningApplications : public RunningApplications {
   std::shared_ptr<CallLog> calls_;
   std::shared_ptr<int> propertiesAsked_ = std::make_shared<int>(0);
   std::vector<std::shared_ptr<const RunningApplication>> applications_;
-  std::vector<std::shared_ptr<const RunningApplication>> listed_;
 };
 
 }  // namespace tidewell

@@ -2,8 +2,10 @@
 
 #include <cstddef>
 #include <cstdlib>
+#include <memory>
 #include <new>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "Tests/Fakes/FakeProcessTable.h"
@@ -55,30 +57,17 @@ namespace {
 /// The fake, without its notes on who asked, which would be allocations too.
 class QuietProcessTable : public FakeProcessTable {
  public:
-  int listPids(std::span<std::int32_t> buffer) override {
-    const std::size_t count = std::min(buffer.size(), rows.size());
-    for (std::size_t row = 0; row < count; ++row)
-      buffer[row] = rows[row].pid;
-    return static_cast<int>(rows.size() * 4);
-  }
+  using FakeProcessTable::FakeProcessTable;
+
+  ProcessSnapshot snapshot() override { return {pids, applications}; }
   bool resourceUsage(std::int32_t pid, ResourceUsage& usage) override {
     usage = at(pid).usage;
     return at(pid).readable;
   }
-  int path(std::int32_t pid, std::span<char, kPathCapacity> buffer) override {
-    const std::string& text = *at(pid).path;
-    std::ranges::copy(text, buffer.begin());
-    buffer[text.size()] = '\0';
-    return static_cast<int>(text.size());
-  }
-};
+  std::string_view path(std::int32_t pid) override { return *at(pid).path; }
 
-/// The fake with a list that is made once.
-class QuietRunningApplications : public FakeRunningApplications {
- public:
-  std::span<const std::shared_ptr<const RunningApplication>> all() override { return kept; }
-
-  std::vector<std::shared_ptr<const RunningApplication>> kept;
+  std::vector<std::int32_t> pids;
+  std::vector<std::shared_ptr<const RunningApplication>> applications;
 };
 
 class ProcessSamplerAllocationTest : public testing::Test {
@@ -94,8 +83,9 @@ class ProcessSamplerAllocationTest : public testing::Test {
       applications.add(pid, "com.example.a-rather-long-identifier" + std::to_string(pid),
                        "An Application With a Rather Long Name");
     }
-    const auto listed = applications.FakeRunningApplications::all();
-    applications.kept.assign(listed.begin(), listed.end());
+    for (const auto& row : processes.rows)
+      processes.pids.push_back(row.pid);
+    processes.applications = applications.list();
   }
 
   std::size_t allocationsOfASample() {
@@ -104,9 +94,9 @@ class ProcessSamplerAllocationTest : public testing::Test {
     return allocations - before;
   }
 
-  QuietProcessTable processes;
-  QuietRunningApplications applications;
-  ProcessSampler sampler{processes, applications};
+  FakeRunningApplications applications;
+  QuietProcessTable processes{std::make_shared<CallLog>(), applications};
+  ProcessSampler sampler{processes};
 };
 
 TEST_F(ProcessSamplerAllocationTest, AFirstSnapshotAllocatesAndIsCounted) {

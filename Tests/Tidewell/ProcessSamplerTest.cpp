@@ -40,7 +40,7 @@ class SampledPorts : public testing::Test {
   ComposedPorts fakes;
   FakeProcessTable& processes = fakes.processes;
   FakeRunningApplications& applications = fakes.applications;
-  ProcessSampler sampler{*fakes.ports.processTable, *fakes.ports.runningApplications};
+  ProcessSampler sampler{*fakes.ports.processTable};
 };
 
 /// What the sampler asks of its table, seen where nothing stands in between.

@@ -64,7 +64,7 @@ std::int32_t AccountBook::reserve(std::string_view path, const RunningApplicatio
 void AccountBook::add(std::int32_t identifier, const Usage& usage) {
   Account* const account = findToChange(identifier);
   if (!account) return;
-  if (!std::exchange(account->isListed, true)) ++listedCount_;
+  account->isListed = true;
   account->usage += usage;
   account->lastLife = pass_;
 }
@@ -78,7 +78,6 @@ void AccountBook::fold() {
   std::erase_if(accounts_, [&](const Account& account) {
     if (account.lastLife == pass_ || account.identifier == kFolded) return false;
     folded += account.usage;
-    listedCount_ -= account.isListed ? 1 : 0;
     return true;
   });
   if (folded != Usage()) add(kFolded, folded);

@@ -74,7 +74,6 @@ class AccountBook {
 
   /// All of them, ascending by identifier; also those that are not listed.
   [[nodiscard]] const std::vector<Account>& accounts() const { return accounts_; }
-  [[nodiscard]] std::size_t listedCount() const { return listedCount_; }
   /// Null when there is none.
   [[nodiscard]] const Account* find(std::int32_t identifier) const;
 
@@ -87,7 +86,6 @@ class AccountBook {
   std::uint64_t pass_ = 0;
   std::int32_t nextIdentifier_ = kFolded + 1;
   std::vector<Account> accounts_;  ///< That of what was folded comes first.
-  std::size_t listedCount_ = 0;
 };
 
 }  // namespace tidewell

@@ -8,7 +8,6 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr std::size_t kPidSize = sizeof(std::int32_t);
 /// The user and the system part of a reaped time, each cut to a hundredth of a second.
 constexpr std::uint64_t kToleranceNanos = 20'000'000;
 /// Processes are read one after the other, so an interval may be longer for one than for another.
@@ -30,37 +29,14 @@ ConservedProcesses::ConservedProcesses(Sources sources)
 
 ConservedProcesses::~ConservedProcesses() = default;
 
-std::span<const std::shared_ptr<const RunningApplication>> ConservedProcesses::all() {
-  const auto current = sources_.applications.all();
-  applications_.assign(current.begin(), current.end());
-  std::ranges::stable_sort(applications_, {}, &RunningApplication::processIdentifier);
-  pass();
-  prepared_ = true;
-
-  listed_.assign(applications_.begin(), applications_.end());
+ProcessSnapshot ConservedProcesses::snapshot() {
+  pass(sources_.table.snapshot());
   for (const AccountBook::Account& account : accounts_.accounts()) {
-    if (account.isListed && account.application) listed_.push_back(account.application);
+    if (!account.isListed) continue;
+    processes_.order().push_back(account.identifier);
+    if (account.application) applications_.push_back(account.application);
   }
-  return listed_;
-}
-
-std::shared_ptr<const RunningApplication> ConservedProcesses::withProcessIdentifier(
-    std::int32_t pid) {
-  return sources_.applications.withProcessIdentifier(pid);
-}
-
-int ConservedProcesses::listPids(std::span<std::int32_t> buffer) {
-  if (buffer.empty() && !std::exchange(prepared_, false)) pass();
-  const std::vector<std::int32_t>& order = processes_.order();
-  const std::size_t count = order.size() + accounts_.listedCount();
-  if (buffer.empty()) return static_cast<int>(count * kPidSize);
-
-  std::size_t written = std::min(buffer.size(), order.size());
-  std::copy_n(order.begin(), written, buffer.begin());
-  for (const AccountBook::Account& account : accounts_.accounts()) {
-    if (account.isListed && written < buffer.size()) buffer[written++] = account.identifier;
-  }
-  return static_cast<int>(written * kPidSize);
+  return {processes_.order(), applications_};
 }
 
 bool ConservedProcesses::resourceUsage(std::int32_t pid, ResourceUsage& usage) {
@@ -77,17 +53,10 @@ bool ConservedProcesses::resourceUsage(std::int32_t pid, ResourceUsage& usage) {
   return true;
 }
 
-int ConservedProcesses::path(std::int32_t pid, std::span<char, kPathCapacity> buffer) {
-  const std::string* path = nullptr;
-  if (const FollowedProcess* process = processes_.find(pid)) {
-    path = &process->path;
-  } else if (const auto* account = accounts_.find(pid)) {
-    path = &account->path;
-  }
-  if (!path) return sources_.table.path(pid, buffer);
-  const std::size_t length = path->copy(buffer.data(), buffer.size() - 1);
-  buffer[length] = '\0';
-  return static_cast<int>(length);
+std::string_view ConservedProcesses::path(std::int32_t pid) {
+  if (const FollowedProcess* process = processes_.find(pid)) return process->path;
+  const auto* account = accounts_.find(pid);
+  return account ? account->path : sources_.table.path(pid);
 }
 
 std::int32_t ConservedProcesses::parent(std::int32_t pid) {
@@ -102,11 +71,13 @@ Timebase ConservedProcesses::timebase() {
   return sources_.table.timebase();
 }
 
-void ConservedProcesses::pass() {
+void ConservedProcesses::pass(const ProcessSnapshot& system) {
+  applications_.assign(system.applications.begin(), system.applications.end());
+  std::ranges::stable_sort(applications_, {}, &RunningApplication::processIdentifier);
   const ChargeSettlement::Terms terms = nextTerms();
   accounts_.nextPass();
   noteUses();
-  processes_.read(applications_, terms.most);
+  processes_.read(system.processes, applications_, terms.most);
   settleCharges(terms);
   closeGone();
   processes_.updateParents();

@@ -1,9 +1,8 @@
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <span>
+#include <string_view>
 #include <vector>
 
 #include "Tidewell/Accounting/AccountBook.h"
@@ -13,16 +12,15 @@
 #include "Tidewell/Accounting/ProcessCounter.h"
 #include "Tidewell/Ports/Clock.h"
 #include "Tidewell/Ports/ProcessTable.h"
-#include "Tidewell/Ports/RunningApplications.h"
 
 namespace tidewell {
 
 /// A process table in which nothing that was used is lost, whatever happens to the processes that
 /// used it: a build is a build, however many processes it is.
 ///
-/// It stands between the core and the system's own table and running applications, and is both
-/// itself. The invariant: **the sum of the counters of everything that it lists only grows, and
-/// grows by what the kernel charged, each nanosecond and byte once and under one name.**
+/// It stands between the core and the system's own table, and is a table itself. The invariant:
+/// **the sum of the counters of everything that it lists only grows, and grows by what the kernel
+/// charged, each nanosecond and byte once and under one name.**
 ///
 /// * What a process had used when it ended stays, in an account of its name and application that
 ///   is listed like a process (`AccountBook`), as long as others of that name run or ended on
@@ -66,11 +64,10 @@ namespace tidewell {
 ///   reaped the child itself. It is taken to have done so while it lives.
 ///
 /// Main thread only; the arguments must outlive it. A pass costs one look at each process.
-class ConservedProcesses : public ProcessTable, public RunningApplications {
+class ConservedProcesses : public ProcessTable {
  public:
   struct Sources {
     ProcessTable& table;
-    RunningApplications& applications;
     Clock& clock;
     AccountDirectory& accounts;  ///< Is told of every process's account.
     unsigned processors;         ///< How many can work at once; at least 1.
@@ -79,15 +76,11 @@ class ConservedProcesses : public ProcessTable, public RunningApplications {
   explicit ConservedProcesses(Sources sources);
   ~ConservedProcesses() override;
 
-  /// Makes a pass over the system's table; the `listPids` that follows answers from it.
-  std::span<const std::shared_ptr<const RunningApplication>> all() override;
-  std::shared_ptr<const RunningApplication> withProcessIdentifier(std::int32_t pid) override;
-
-  /// The processes in the order of the system's table, then the accounts.
-  int listPids(std::span<std::int32_t> buffer) override;
+  /// Makes a pass over the system's table. Lists the processes in its order, then the accounts.
+  ProcessSnapshot snapshot() override;
   /// Of the disk bytes, only the sum is conserved; it is reported as read.
   bool resourceUsage(std::int32_t pid, ResourceUsage& usage) override;
-  int path(std::int32_t pid, std::span<char, kPathCapacity> buffer) override;
+  std::string_view path(std::int32_t pid) override;
   std::int32_t parent(std::int32_t pid) override;
   bool isAlive(std::int32_t pid) override;
   bool diskIncludesReaped() override { return false; }
@@ -96,7 +89,7 @@ class ConservedProcesses : public ProcessTable, public RunningApplications {
  private:
   using Application = std::shared_ptr<const RunningApplication>;
 
-  void pass();
+  void pass(const ProcessSnapshot& system);
   ChargeSettlement::Terms nextTerms();
   void settleCharges(const ChargeSettlement::Terms& terms);
   void closeGone();
@@ -107,11 +100,9 @@ class ConservedProcesses : public ProcessTable, public RunningApplications {
   AccountBook accounts_;
   ProcessCounter counter_;
   FollowedProcesses processes_;
-  bool prepared_ = false;
   Moment lastPass_{};
   std::vector<std::int32_t> lastUses_;     ///< The accounts that others counted under.
-  std::vector<Application> applications_;  ///< The system's, ascending by pid.
-  std::vector<Application> listed_;        ///< Those and the accounts'.
+  std::vector<Application> applications_;  ///< The system's, and then the accounts' as well.
 };
 
 }  // namespace tidewell

@@ -7,8 +7,6 @@
 namespace tidewell {
 namespace {
 
-constexpr std::size_t kPidBytes = sizeof(std::int32_t);
-
 bool isGoneFrom(const std::vector<FollowedProcess>& gone, std::int32_t pid) {
   return std::ranges::binary_search(gone, pid, {}, &FollowedProcess::pid);
 }
@@ -18,25 +16,18 @@ bool isGoneFrom(const std::vector<FollowedProcess>& gone, std::int32_t pid) {
 FollowedProcesses::FollowedProcesses(ProcessTable& table, ProcessCounter& counter)
     : table_(table), counter_(counter) {}
 
-void FollowedProcesses::read(std::span<const Application> applications, const Usage& most) {
+void FollowedProcesses::read(std::span<const std::int32_t> pids,
+                             std::span<const Application> applications, const Usage& most) {
   most_ = most;
-  list();
+  order_.assign(pids.begin(), pids.end());
+  ascending_ = order_;
+  if (!std::ranges::is_sorted(ascending_)) std::ranges::sort(ascending_);
   readAll(applications);
   findReapedMeanwhile();
   findReplaced();
   removeEnded();
   isPrimed_ = true;
   cursor_ = 0;
-}
-
-void FollowedProcesses::list() {
-  const int needed = table_.listPids({});
-  order_.assign(needed < 1 ? 0 : static_cast<std::size_t>(needed) / kPidBytes, 0);
-  const int written = order_.empty() ? 0 : table_.listPids(order_);
-  order_.resize(
-      std::min(order_.size(), static_cast<std::size_t>(std::max(written, 0)) / kPidBytes));
-  ascending_ = order_;
-  if (!std::ranges::is_sorted(ascending_)) std::ranges::sort(ascending_);
 }
 
 void FollowedProcesses::readAll(std::span<const Application> applications) {

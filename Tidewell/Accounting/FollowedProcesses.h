@@ -24,9 +24,10 @@ class FollowedProcesses {
 
   FollowedProcesses(ProcessTable& table, ProcessCounter& counter);
 
-  /// Reads every process and finds out which have ended. `applications` are ascending by process.
-  /// What is new is credited with no more than `most`, except on the first pass.
-  void read(std::span<const Application> applications, const Usage& most);
+  /// Reads all of `pids` and finds out which processes have ended. `applications` are ascending by
+  /// process. What is new is credited with no more than `most`, except on the first pass.
+  void read(std::span<const std::int32_t> pids, std::span<const Application> applications,
+            const Usage& most);
 
   /// Looks who inherited the children of those that ended. After the claims, which go by who was
   /// whose child when they still lived.
@@ -39,13 +40,13 @@ class FollowedProcesses {
   [[nodiscard]] std::vector<FollowedProcess>& living() { return living_; }
   [[nodiscard]] std::vector<FollowedProcess>& gone() { return gone_; }
   /// All that live or wait to be reaped, as the table lists them; also those that cannot be read.
-  [[nodiscard]] const std::vector<std::int32_t>& order() const { return order_; }
+  /// The caller may add to it.
+  [[nodiscard]] std::vector<std::int32_t>& order() { return order_; }
 
   /// The living one with that identifier, or null. Cheapest when asked in ascending order.
   FollowedProcess* find(std::int32_t pid);
 
  private:
-  void list();
   void readAll(std::span<const Application> applications);
   void readOne(std::int32_t pid, FollowedProcess* known, const Application& application);
   void begin(FollowedProcess& process, const ResourceUsage& usage, const Application& application);

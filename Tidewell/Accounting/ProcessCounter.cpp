@@ -78,8 +78,7 @@ void ProcessCounter::update(FollowedProcess& process, const ResourceUsage& usage
 /// Reads path and application. What was counted so far stays under the former name.
 void ProcessCounter::readName(FollowedProcess& process, std::uint32_t version,
                               const Application& application) {
-  const int length = table_.path(process.pid, path_);
-  const std::string_view path(path_.data(), static_cast<std::size_t>(std::max(length, 0)));
+  const std::string_view path = table_.path(process.pid);
   process.programVersion = version;
   // One that has just ended has no path any more.
   if (path.empty() && !process.path.empty()) return;

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <memory>
 
@@ -43,7 +42,6 @@ class ProcessCounter {
   ProcessTable& table_;
   AccountBook& accounts_;
   AccountDirectory& directory_;
-  std::array<char, ProcessTable::kPathCapacity> path_{};
 };
 
 }  // namespace tidewell

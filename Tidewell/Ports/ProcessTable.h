@@ -1,8 +1,11 @@
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <span>
+#include <string_view>
+
+#include "Tidewell/Ports/RunningApplications.h"
 
 namespace tidewell {
 
@@ -33,28 +36,33 @@ struct Timebase {
   std::uint64_t denom = 1;
 };
 
+/// All processes and running applications at one moment. Valid until the next snapshot of the
+/// table.
+struct ProcessSnapshot {
+  /// In the kernel's order. Empty when they cannot be listed.
+  std::span<const std::int32_t> processes;
+  /// In any order; of several with one process the last counts.
+  std::span<const std::shared_ptr<const RunningApplication>> applications;
+};
+
 /// The kernel's table of processes: who is alive, what each has used, and where its program lies.
 ///
 /// Carries raw facts only; names and rates are made above it. Used from the main thread alone.
-/// A process that vanishes between two calls is data, not an error: the calls about it just fail.
+/// A process that vanishes after the snapshot is data, not an error: the calls about it just fail.
 class ProcessTable {
  public:
-  static constexpr std::size_t kPathCapacity = 4096;
-
   virtual ~ProcessTable() = default;
 
-  /// With an empty `buffer`: the number of bytes that a list of all live processes needs now.
-  /// Otherwise fills `buffer` in the kernel's order and returns the number of bytes written, four
-  /// per identifier; processes that do not fit are left out. Less than 1 means failure.
-  virtual int listPids(std::span<std::int32_t> buffer) = 0;
+  /// Looks at the whole system anew. What the calls below tell is no older than this.
+  virtual ProcessSnapshot snapshot() = 0;
 
   /// Fills `usage`. False when the process is gone or may not be read; of one that is there, its
   /// start time may be told even so, and is 0 otherwise.
   virtual bool resourceUsage(std::int32_t pid, ResourceUsage& usage) = 0;
 
-  /// Writes the NUL-terminated path of the process's program and returns its length in bytes
-  /// without the NUL, or a number below 1 when it cannot be told. The path is valid UTF-8.
-  virtual int path(std::int32_t pid, std::span<char, kPathCapacity> buffer) = 0;
+  /// The path of the process's program, in valid UTF-8; empty when it cannot be told. Valid until
+  /// the next call of `path` or `snapshot`.
+  virtual std::string_view path(std::int32_t pid) = 0;
 
   /// The process that reaps it when it ends, as far as is known now; 0 when that cannot be told.
   virtual std::int32_t parent([[maybe_unused]] std::int32_t pid) { return 0; }

@@ -3,7 +3,6 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
-#include <span>
 #include <string>
 
 namespace tidewell {
@@ -22,14 +21,11 @@ class RunningApplication {
   virtual const std::optional<std::string>& localizedName() const = 0;
 };
 
-/// The desktop's running applications. Main thread only; nothing here fails, what is unknown is
-/// absent.
+/// Names single processes; all running applications together are in `ProcessTable::snapshot`. Main
+/// thread only; nothing here fails, what is unknown is absent.
 class RunningApplications {
  public:
   virtual ~RunningApplications() = default;
-
-  /// All of them as of now. The span stays valid until the next call of `all`.
-  virtual std::span<const std::shared_ptr<const RunningApplication>> all() = 0;
 
   /// What names process `pid`, or null for a process that nobody can name.
   virtual std::shared_ptr<const RunningApplication> withProcessIdentifier(std::int32_t pid) = 0;

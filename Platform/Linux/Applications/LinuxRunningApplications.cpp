@@ -31,16 +31,6 @@ LinuxRunningApplications::LinuxRunningApplications(ProcessTracker& tracker,
                                                    std::shared_ptr<NamedHolders> namedHolders)
     : tracker_(tracker), namedHolders_(std::move(namedHolders)) {}
 
-std::span<const std::shared_ptr<const tidewell::RunningApplication>>
-LinuxRunningApplications::all() {
-  tracker_.prepare();
-  all_.clear();
-  for (const TrackedProcess& process : tracker_.processes()) {
-    if (process.application) all_.push_back(process.application);
-  }
-  return all_;
-}
-
 std::shared_ptr<const tidewell::RunningApplication> LinuxRunningApplications::withProcessIdentifier(
     std::int32_t pid) {
   if (const auto id = namedHolders_->applicationId(pid)) {

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <memory>
-#include <vector>
 
 #include "Platform/Linux/Applications/NamedHolders.h"
 #include "Platform/Linux/Processes/ProcessTracker.h"
@@ -9,14 +8,10 @@
 
 namespace platform {
 
-/// The running applications, as the process tracker knows them. Listing them makes a pass of the
-/// tracker, from which the process table answers next. Main thread only; `tracker` must outlive
-/// it.
+/// Names processes as the process tracker knows them. Main thread only; `tracker` must outlive it.
 class LinuxRunningApplications : public tidewell::RunningApplications {
  public:
   LinuxRunningApplications(ProcessTracker& tracker, std::shared_ptr<NamedHolders> namedHolders);
-
-  std::span<const std::shared_ptr<const tidewell::RunningApplication>> all() override;
 
   /// Names also what is no application: a process by its executable name, so that ignoring it
   /// works, and the holder of an assertion that a session service lists by name alone.
@@ -26,7 +21,6 @@ class LinuxRunningApplications : public tidewell::RunningApplications {
  private:
   ProcessTracker& tracker_;
   std::shared_ptr<NamedHolders> namedHolders_;
-  std::vector<std::shared_ptr<const tidewell::RunningApplication>> all_;
 };
 
 }  // namespace platform

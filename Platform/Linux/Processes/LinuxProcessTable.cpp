@@ -1,22 +1,18 @@
 #include "Platform/Linux/Processes/LinuxProcessTable.h"
 
-#include <algorithm>
-
 namespace platform {
 
 LinuxProcessTable::LinuxProcessTable(ProcessTracker& tracker) : tracker_(tracker) {}
 
-int LinuxProcessTable::listPids(std::span<std::int32_t> buffer) {
-  constexpr std::size_t kPidSize = sizeof(std::int32_t);
-  const auto& processes = tracker_.processes();
-  if (buffer.empty()) {
-    tracker_.refreshUnlessPrepared();
-    return static_cast<int>(processes.size() * kPidSize);
+tidewell::ProcessSnapshot LinuxProcessTable::snapshot() {
+  tracker_.refresh();
+  pids_.clear();
+  applications_.clear();
+  for (const TrackedProcess& process : tracker_.processes()) {
+    pids_.push_back(process.pid);
+    if (process.application) applications_.push_back(process.application);
   }
-  const std::size_t count = std::min(buffer.size(), processes.size());
-  std::ranges::transform(processes.begin(), processes.begin() + static_cast<std::ptrdiff_t>(count),
-                         buffer.begin(), &TrackedProcess::pid);
-  return static_cast<int>(count * kPidSize);
+  return {pids_, applications_};
 }
 
 bool LinuxProcessTable::resourceUsage(std::int32_t pid, tidewell::ResourceUsage& usage) {
@@ -35,17 +31,9 @@ bool LinuxProcessTable::resourceUsage(std::int32_t pid, tidewell::ResourceUsage&
   return true;
 }
 
-int LinuxProcessTable::path(std::int32_t pid, std::span<char, kPathCapacity> buffer) {
+std::string_view LinuxProcessTable::path(std::int32_t pid) {
   const TrackedProcess* process = tracker_.find(pid);
-  if (!process || process->path.empty()) return 0;
-  // Of a path that is too long the end matters, from a character on.
-  std::string_view path = process->path;
-  if (path.size() >= buffer.size()) path.remove_prefix(path.size() - buffer.size() + 1);
-  while (path.size() < process->path.size() && (path.front() & 0xC0) == 0x80)
-    path.remove_prefix(1);
-  const std::size_t length = path.copy(buffer.data(), buffer.size() - 1);
-  buffer[length] = '\0';
-  return static_cast<int>(length);
+  return process ? std::string_view(process->path) : std::string_view();
 }
 
 std::int32_t LinuxProcessTable::parent(std::int32_t pid) {

@@ -78,15 +78,6 @@ bool ProcessTracker::hadStrangers(std::size_t found) const {
   return static_cast<std::size_t>(*newest_ - *formerNewest_) > found;
 }
 
-void ProcessTracker::prepare() {
-  refresh();
-  prepared_ = true;
-}
-
-void ProcessTracker::refreshUnlessPrepared() {
-  if (!std::exchange(prepared_, false)) refresh();
-}
-
 const TrackedProcess* ProcessTracker::find(std::int32_t pid) {
   // Ascending questions, each asked several times, hit the same entry or the next.
   if (cursor_ < processes_.size() && processes_[cursor_].pid < pid) ++cursor_;

@@ -48,11 +48,6 @@ class ProcessTracker {
   /// One pass: after it, `processes` is what is alive and what it has used.
   void refresh();
 
-  /// As `refresh`, for the first of two readers of one snapshot: the next `refreshUnlessPrepared`
-  /// does nothing then.
-  void prepare();
-  void refreshUnlessPrepared();
-
   /// Ascending by pid. Valid until the next pass.
   [[nodiscard]] const std::vector<TrackedProcess>& processes() const { return processes_; }
 
@@ -94,7 +89,6 @@ class ProcessTracker {
   Sources sources_;
   ProcessReader reader_;
   bool clocksWork_;
-  bool prepared_ = false;
   long ticksPerSecond_;
   std::vector<TrackedProcess> processes_;
   std::vector<std::int32_t> newParents_;

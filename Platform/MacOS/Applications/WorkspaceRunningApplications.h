@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <vector>
 
 #include "Tidewell/Ports/RunningApplications.h"
@@ -10,12 +11,10 @@ namespace platform {
 /// to date from the main run loop.
 class WorkspaceRunningApplications final : public tidewell::RunningApplications {
  public:
-  std::span<const std::shared_ptr<const tidewell::RunningApplication>> all() override;
+  /// All of them as of now.
+  static std::vector<std::shared_ptr<const tidewell::RunningApplication>> all();
   std::shared_ptr<const tidewell::RunningApplication> withProcessIdentifier(
       std::int32_t pid) override;
-
- private:
-  std::vector<std::shared_ptr<const tidewell::RunningApplication>> all_;
 };
 
 }  // namespace platform

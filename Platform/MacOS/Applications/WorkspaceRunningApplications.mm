@@ -41,15 +41,15 @@ class WorkspaceApplication final : public tidewell::RunningApplication {
 
 }  // namespace
 
-std::span<const std::shared_ptr<const tidewell::RunningApplication>>
+std::vector<std::shared_ptr<const tidewell::RunningApplication>>
 WorkspaceRunningApplications::all() {
+  std::vector<std::shared_ptr<const tidewell::RunningApplication>> all;
   @autoreleasepool {
-    all_.clear();
     for (NSRunningApplication* application in NSWorkspace.sharedWorkspace.runningApplications) {
-      all_.push_back(std::make_shared<const WorkspaceApplication>(application));
+      all.push_back(std::make_shared<const WorkspaceApplication>(application));
     }
   }
-  return all_;
+  return all;
 }
 
 std::shared_ptr<const tidewell::RunningApplication>

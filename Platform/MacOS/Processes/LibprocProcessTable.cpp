@@ -14,19 +14,6 @@
 #include "Tidewell/ForeignText.h"
 
 namespace platform {
-namespace {
-
-/// Replaces the path of `length` bytes that `buffer` holds by a clean one that fits as well.
-int cleanPath(std::span<char> buffer, int length) {
-  const std::string_view path(buffer.data(), static_cast<std::size_t>(length));
-  const std::string clean = tidewell::cleaned(path, buffer.size());
-  if (clean == path) return length;
-  const std::string_view fitting = cutToBytes(clean, buffer.size() - 1);
-  *std::copy(fitting.begin(), fitting.end(), buffer.begin()) = '\0';
-  return static_cast<int>(fitting.size());
-}
-
-}  // namespace
 
 int LibprocProcessTable::listPids(std::span<std::int32_t> buffer) {
   if (buffer.empty()) return proc_listpids(PROC_ALL_PIDS, 0, nullptr, 0);
@@ -49,11 +36,13 @@ bool LibprocProcessTable::resourceUsage(std::int32_t pid, tidewell::ResourceUsag
   return true;
 }
 
-int LibprocProcessTable::path(std::int32_t pid, std::span<char, kPathCapacity> buffer) {
+std::string_view LibprocProcessTable::path(std::int32_t pid) {
   static_assert(kPathCapacity == PROC_PIDPATHINFO_MAXSIZE);
-  const int length = proc_pidpath(pid, buffer.data(), static_cast<std::uint32_t>(buffer.size()));
-  if (length < 1 || static_cast<std::size_t>(length) >= buffer.size()) return 0;
-  return cleanPath(buffer, length);
+  const int length = proc_pidpath(pid, path_.data(), static_cast<std::uint32_t>(path_.size()));
+  if (length < 1 || static_cast<std::size_t>(length) >= path_.size()) return {};
+  const std::string_view path(path_.data(), static_cast<std::size_t>(length));
+  cleanPath_ = tidewell::cleaned(path, path_.size());
+  return cutToBytes(cleanPath_, path_.size() - 1);
 }
 
 std::int32_t LibprocProcessTable::parent(std::int32_t pid) {

@@ -1,5 +1,15 @@
 #pragma once
 
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "Platform/MacOS/Processes/KernelSnapshot.h"
 #include "Tidewell/Ports/ProcessTable.h"
 
 namespace platform {
@@ -7,13 +17,27 @@ namespace platform {
 /// The process table through libproc. Times are in Mach absolute-time units.
 class LibprocProcessTable final : public tidewell::ProcessTable {
  public:
-  int listPids(std::span<std::int32_t> buffer) override;
+  /// `listApplications` gives the running applications of each snapshot.
+  explicit LibprocProcessTable(std::function<KernelSnapshot::Applications()> listApplications)
+      : snapshot_({std::move(listApplications), listPids}) {}
+
+  /// As `KernelSnapshot::Calls` wants it.
+  static int listPids(std::span<std::int32_t> buffer);
+
+  tidewell::ProcessSnapshot snapshot() override { return snapshot_.take(); }
   bool resourceUsage(std::int32_t pid, tidewell::ResourceUsage& usage) override;
-  int path(std::int32_t pid, std::span<char, kPathCapacity> buffer) override;
+  std::string_view path(std::int32_t pid) override;
   std::int32_t parent(std::int32_t pid) override;
   /// Also of a process that waits to be reaped, of which nothing else can be read any more.
   bool isAlive(std::int32_t pid) override;
   tidewell::Timebase timebase() override;
+
+ private:
+  static constexpr std::size_t kPathCapacity = 4096;
+
+  KernelSnapshot snapshot_;
+  std::array<char, kPathCapacity> path_{};
+  std::string cleanPath_;
 };
 
 }  // namespace platform

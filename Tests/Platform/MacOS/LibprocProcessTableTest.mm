@@ -62,21 +62,13 @@ class Sleeper {
 class LibprocProcessTableTest : public ::testing::Test {
  protected:
   std::vector<std::int32_t> pids() {
-    // Room for what starts between the two calls.
-    const int bytes = table.listPids({});
-    std::vector<std::int32_t> all(static_cast<std::size_t>(bytes) / sizeof(std::int32_t) + 64);
-    const int filled = table.listPids(all);
-    all.resize(static_cast<std::size_t>(filled) / sizeof(std::int32_t));
-    return all;
+    const tidewell::ProcessSnapshot snapshot = table.snapshot();
+    return {snapshot.processes.begin(), snapshot.processes.end()};
   }
 
-  std::string path(pid_t pid) {
-    std::array<char, tidewell::ProcessTable::kPathCapacity> buffer{};
-    const int length = table.path(pid, buffer);
-    return length < 1 ? "" : std::string(buffer.data(), static_cast<std::size_t>(length));
-  }
+  std::string path(pid_t pid) { return std::string(table.path(pid)); }
 
-  LibprocProcessTable table;
+  LibprocProcessTable table{[] { return KernelSnapshot::Applications(); }};
 };
 
 TEST_F(LibprocProcessTableTest, ListsThisProcessItsParentAndItsChild) {
@@ -88,7 +80,7 @@ TEST_F(LibprocProcessTableTest, ListsThisProcessItsParentAndItsChild) {
 
 TEST_F(LibprocProcessTableTest, FillsNoMoreThanThereIsRoomFor) {
   std::array<std::int32_t, 3> buffer{0, 0, -7};
-  EXPECT_EQ(table.listPids(std::span(buffer).first(2)), 8);
+  EXPECT_EQ(LibprocProcessTable::listPids(std::span(buffer).first(2)), 8);
   EXPECT_EQ(buffer[2], -7);
 }
 
@@ -108,7 +100,7 @@ TEST_F(LibprocProcessTableTest, CountsTheTimeThatTheKernelCharges) {
 }
 
 TEST_F(LibprocProcessTableTest, TellsTheProgramOfAProcess) {
-  std::array<char, tidewell::ProcessTable::kPathCapacity> own{};
+  std::array<char, 4096> own{};
   auto size = static_cast<std::uint32_t>(own.size());
   ASSERT_EQ(_NSGetExecutablePath(own.data(), &size), 0);
   EXPECT_EQ(path(getpid()), std::filesystem::canonical(own.data()).string());

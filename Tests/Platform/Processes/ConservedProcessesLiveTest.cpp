@@ -28,16 +28,12 @@ namespace {
 using namespace std::chrono_literals;
 using Steady = std::chrono::steady_clock;
 
-class NoRunningApplications : public ApplicationResolver, public tidewell::RunningApplications {
+class NobodysApplications : public ApplicationResolver {
  public:
   std::shared_ptr<const ApplicationIdentity> applicationOf(const ProcessFacts&) override {
     return nullptr;
   }
   void refresh() override {}
-  std::span<const std::shared_ptr<const tidewell::RunningApplication>> all() override { return {}; }
-  std::shared_ptr<const tidewell::RunningApplication> withProcessIdentifier(std::int32_t) override {
-    return nullptr;
-  }
 };
 
 /// A driver that starts one worker after the other, all under a name that nobody else has, and then
@@ -101,13 +97,10 @@ class ConservedProcessesLiveTest : public ::testing::Test {
  protected:
   /// The time of all that is counted under the driver's path, in seconds.
   double counted(const std::string& program) {
-    conserved.all();
-    std::vector<std::int32_t> pids(static_cast<std::size_t>(conserved.listPids({})) / 4);
-    conserved.listPids(pids);
     double sum = 0;
-    for (const std::int32_t pid : pids) {
+    for (const std::int32_t pid : conserved.snapshot().processes) {
       tidewell::ResourceUsage usage;
-      if (pathOf(pid) != program || !conserved.resourceUsage(pid, usage)) continue;
+      if (conserved.path(pid) != program || !conserved.resourceUsage(pid, usage)) continue;
       sum += static_cast<double>(usage.userTime + usage.systemTime) / 1e9;
     }
     return sum;
@@ -129,23 +122,15 @@ class ConservedProcessesLiveTest : public ::testing::Test {
     EXPECT_NEAR(counted(driver.program()), all, 0.05);
   }
 
-  std::string pathOf(std::int32_t pid) {
-    const int length = conserved.path(pid, path_);
-    return {path_.data(), static_cast<std::size_t>(std::max(length, 0))};
-  }
-
   ProcFileSystem proc;
   KernelCpuClock cpuClock;
-  NoRunningApplications applications;
+  NobodysApplications applications;
   IcuText text;
   ProcessTracker tracker{ProcessTracker::Sources{proc, cpuClock, applications, text}};
   LinuxProcessTable table{tracker};
   SystemClock clock;
   tidewell::AccountDirectory accounts;
-  tidewell::ConservedProcesses conserved{{table, applications, clock, accounts, 64}};
-
- private:
-  std::array<char, tidewell::ProcessTable::kPathCapacity> path_{};
+  tidewell::ConservedProcesses conserved{{table, clock, accounts, 64}};
 };
 
 TEST_F(ConservedProcessesLiveTest, CountsTheWorkOfShortProcessesWhole) {

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "Platform/Linux/Processes/LinuxProcessTable.h"
 #include "Platform/Linux/Text/IcuText.h"
 #include "Tests/Platform/Processes/ProcTree.h"
 
@@ -304,16 +305,20 @@ TEST_F(ProcessTrackerTest, SurvivesAnEmptyFolder) {
   EXPECT_TRUE(pids().empty());
 }
 
-TEST_F(ProcessTrackerTest, RefreshesOnceForTheTwoReadersOfASnapshot) {
+TEST_F(ProcessTrackerTest, ASnapshotOfTheTableIsOnePass) {
+  LinuxProcessTable table(tracker());
+  const auto listed = [&table] {
+    const auto all = table.snapshot().processes;
+    return std::vector(all.begin(), all.end());
+  };
   tree.put({.pid = 4, .exe = "/usr/bin/a"});
   tree.setNewest(4);
-  tracker().prepare();
+  EXPECT_EQ(listed(), (std::vector{4}));
   tree.put({.pid = 5, .exe = "/usr/bin/a"});
   tree.setNewest(5);
-  tracker().refreshUnlessPrepared();
-  EXPECT_EQ(pids(), (std::vector{4}));
-  tracker().refreshUnlessPrepared();
-  EXPECT_EQ(pids(), (std::vector{4, 5}));
+  EXPECT_EQ(table.path(4), "/usr/bin/a");
+  EXPECT_EQ(table.path(5), "") << "until the next snapshot";
+  EXPECT_EQ(listed(), (std::vector{4, 5}));
 }
 
 TEST_F(ProcessTrackerTest, AsksAParentForWhatItsChildrenUsed) {

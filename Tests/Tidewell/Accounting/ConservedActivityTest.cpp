@@ -20,7 +20,6 @@ using namespace std::chrono_literals;
 template <typename Table>
 Ports onTable(Ports ports, Table& table) {
   ports.processTable = {std::shared_ptr<void>(), &table};
-  ports.runningApplications = {std::shared_ptr<void>(), &table};
   return ports;
 }
 
@@ -54,7 +53,7 @@ class ConservedActivityTest : public testing::Test {
   FakePorts fakes;
   SimulatedKernel kernel;
   AccountDirectory accounts;
-  ConservedProcesses table{{kernel, kernel, fakes.clock, accounts, 2}};
+  ConservedProcesses table{{kernel, fakes.clock, accounts, 2}};
   Ports ports = onTable(fakes.ports, table);
   Ports plainPorts = onTable(fakes.ports, kernel);
   ActivityThresholds limits{15.0, 500.0, 100.0, 10, {}, false};

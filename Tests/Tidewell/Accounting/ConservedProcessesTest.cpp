@@ -211,33 +211,32 @@ TEST_F(ConservedProcessesTest, TakesAChildThatWasReapedDuringThePassForEnded) {
   // The list still has the job, and its counters are read; then the shell reaps it and is read.
   struct LateReaper : ProcessTable {
     LateReaper(SimulatedKernel& simulated, std::int32_t reaped) : kernel(simulated), job(reaped) {}
-    int listPids(std::span<std::int32_t> buffer) override {
-      const int bytes = kernel.listPids(buffer);
-      std::ranges::reverse(buffer);
-      return bytes;
+    ProcessSnapshot snapshot() override {
+      const ProcessSnapshot snapshot = kernel.snapshot();
+      pids.assign(snapshot.processes.rbegin(), snapshot.processes.rend());
+      return {pids, snapshot.applications};
     }
     bool resourceUsage(std::int32_t pid, ResourceUsage& usage) override {
       return kernel.resourceUsage(pid, usage);
     }
-    int path(std::int32_t pid, std::span<char, kPathCapacity> buffer) override {
-      return kernel.path(pid, buffer);
-    }
+    std::string_view path(std::int32_t pid) override { return kernel.path(pid); }
     std::int32_t parent(std::int32_t pid) override { return kernel.parent(pid); }
     bool isAlive(std::int32_t pid) override { return kernel.isAlive(pid) && pid != job; }
     bool diskIncludesReaped() override { return true; }
     Timebase timebase() override { return kernel.timebase(); }
     SimulatedKernel& kernel;
     std::int32_t job;
+    std::vector<std::int32_t> pids;
   };
   LateReaper late(kernel, 0);
-  ConservedProcesses conserved({late, kernel, clock, accounts, 1000});
-  conserved.all();
+  ConservedProcesses conserved({late, clock, accounts, 1000});
+  conserved.snapshot();
   // From here the shell's counters have the job, which is still listed.
   kernel.processes[shell].reaped += 5;
   kernel.processes[shell].disk += 50;
   late.job = job;
   clock.advance(2s);
-  conserved.all();
+  conserved.snapshot();
   ResourceUsage usage;
   ASSERT_TRUE(conserved.resourceUsage(shell, usage));
   EXPECT_EQ(usage.userTime, 0u);
@@ -246,23 +245,23 @@ TEST_F(ConservedProcessesTest, TakesAChildThatWasReapedDuringThePassForEnded) {
 }
 
 TEST_F(ConservedProcessesTest, DropsTimeThatNoProcessorCouldHaveGivenSinceTheLastPass) {
-  ConservedProcesses two({kernel, kernel, clock, accounts, 2});
+  ConservedProcesses two({kernel, clock, accounts, 2});
   const auto shell = kernel.spawn(1, "/bin/sh");
   const auto job = kernel.spawn(shell, "/usr/bin/secret");
   kernel.unreadable = job;
   clock.advance(2s);
-  two.all();
+  two.snapshot();
   kernel.work(job, 80'000, 8'000);
   kernel.endAndReap(job);
   kernel.unreadable = 0;
   clock.advance(2s);
-  two.all();
+  two.snapshot();
   ResourceUsage usage;
   ASSERT_TRUE(two.resourceUsage(shell, usage));
   EXPECT_EQ(usage.userTime, 5u);  // Two processors, two seconds, and a margin.
   EXPECT_EQ(usage.diskBytesRead, 0u);
   clock.advance(2s);
-  two.all();
+  two.snapshot();
   ASSERT_TRUE(two.resourceUsage(shell, usage));
   EXPECT_EQ(usage.userTime, 5u);
 }
@@ -373,7 +372,7 @@ TEST_F(ConservedProcessesTest, KeepsWhatAnApplicationsProcessHadUsedUnderTheAppl
   kernel.endAndReap(helper);
   kernel.applications.clear();
   clock.advance(2s);
-  const auto applications = table.all();
+  const auto applications = table.snapshot().applications;
   ASSERT_EQ(applications.size(), 1u);
   EXPECT_EQ(applications[0]->processIdentifier(), accounts.accountOf(helper));
   EXPECT_EQ(applications[0]->bundleIdentifier(), "org.example.Editor");
@@ -481,14 +480,6 @@ TEST_F(ConservedProcessesTest, LeavesAProcesssOwnBytesWithItWhereThoseOfChildren
   pass();
   EXPECT_EQ(counted["archiver"].disk, 1000u);
   EXPECT_EQ(counted["helper"].disk, 0u);
-}
-
-TEST_F(ConservedProcessesTest, AnswersInTheTwoCallsOfATable) {
-  kernel.spawn(1, "/bin/a");
-  pass();
-  std::vector<std::int32_t> one(1);
-  EXPECT_EQ(table.listPids(one), 4);
-  EXPECT_EQ(one[0], 1);
 }
 
 }  // namespace

@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <array>
 #include <chrono>
 #include <cstdint>
 #include <map>
@@ -23,25 +21,21 @@ class ConservedTable : public testing::Test {
  protected:
   /// Without a number, so many that no growth is beyond what they could give.
   explicit ConservedTable(unsigned processors = 1'000'000)
-      : table({kernel, kernel, clock, accounts, processors}) {}
+      : table({kernel, clock, accounts, processors}) {}
 
   /// One pass.
   void pass() {
     clock.advance(std::chrono::seconds(2));
-    table.all();
-    listed.resize(static_cast<std::size_t>(table.listPids({})) / 4);
-    listed.resize(static_cast<std::size_t>(table.listPids(listed)) / 4);
+    const ProcessSnapshot snapshot = table.snapshot();
+    listed.assign(snapshot.processes.begin(), snapshot.processes.end());
     std::map<std::string, Usage> present;
     total = {};
     for (const std::int32_t pid : listed) {
       ResourceUsage usage;
-      std::array<char, ProcessTable::kPathCapacity> path{};
       if (!table.resourceUsage(pid, usage)) continue;
-      const int length = table.path(pid, path);
       const Usage used{usage.userTime + usage.systemTime,
                        usage.diskBytesRead + usage.diskBytesWritten};
-      present[std::string(ProcessSampler::nameFromPath(
-          {path.data(), static_cast<std::size_t>(std::max(0, length))}))] += used;
+      present[std::string(ProcessSampler::nameFromPath(table.path(pid)))] += used;
       total += used;
     }
     ended.clear();

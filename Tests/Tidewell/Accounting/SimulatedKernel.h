@@ -4,7 +4,9 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "Tidewell/Ports/ProcessTable.h"
@@ -14,7 +16,7 @@ namespace tidewell {
 
 /// A kernel of the test's own: processes are born, work, replace their program, end, are reaped or
 /// inherited, exactly as a kernel charges for it. One unit of time is a second.
-class SimulatedKernel : public ProcessTable, public RunningApplications {
+class SimulatedKernel : public ProcessTable {
  public:
   struct Process {
     std::int32_t parent = 0;
@@ -72,14 +74,12 @@ class SimulatedKernel : public ProcessTable, public RunningApplications {
     if (processes.contains(pid)) reap(pid);
   }
 
-  int listPids(std::span<std::int32_t> buffer) override {
-    if (buffer.empty()) return static_cast<int>(processes.size() * 4);
-    std::size_t count = 0;
+  ProcessSnapshot snapshot() override {
+    listed_.clear();
     for (const auto& [pid, process] : processes) {
-      const bool isHidden = hidesZombies && process.zombie;
-      if (!isHidden && count < buffer.size()) buffer[count++] = pid;
+      if (!hidesZombies || !process.zombie) listed_.push_back(pid);
     }
-    return static_cast<int>(count * 4);
+    return {listed_, applications};
   }
   bool resourceUsage(std::int32_t pid, ResourceUsage& usage) override {
     if (beforeReading) beforeReading(pid);
@@ -97,11 +97,10 @@ class SimulatedKernel : public ProcessTable, public RunningApplications {
     usage.programVersion = process.version;
     return true;
   }
-  int path(std::int32_t pid, std::span<char, kPathCapacity> buffer) override {
+  std::string_view path(std::int32_t pid) override {
     const auto found = processes.find(pid);
-    if (found == processes.end() || found->second.zombie) return 0;
-    found->second.path.copy(buffer.data(), buffer.size());
-    return static_cast<int>(found->second.path.size());
+    const bool isTold = found != processes.end() && !found->second.zombie;
+    return isTold ? std::string_view(found->second.path) : std::string_view();
   }
   std::int32_t parent(std::int32_t pid) override {
     const auto found = processes.find(pid);
@@ -110,11 +109,6 @@ class SimulatedKernel : public ProcessTable, public RunningApplications {
   bool isAlive(std::int32_t pid) override { return processes.contains(pid); }
   bool diskIncludesReaped() override { return addsReapedDisk; }
   Timebase timebase() override { return {1'000'000'000, 1}; }
-
-  std::span<const std::shared_ptr<const RunningApplication>> all() override { return applications; }
-  std::shared_ptr<const RunningApplication> withProcessIdentifier(std::int32_t) override {
-    return nullptr;
-  }
 
   std::map<std::int32_t, Process> processes;
   std::vector<std::shared_ptr<const RunningApplication>> applications;
@@ -127,6 +121,9 @@ class SimulatedKernel : public ProcessTable, public RunningApplications {
   bool tellsStart = true;      ///< Also of what cannot be read.
   bool hidesZombies = false;   ///< Nothing can be read of what waits to be reaped.
   bool addsReapedDisk = true;  ///< To the bytes of who reaps.
+
+ private:
+  std::vector<std::int32_t> listed_;
 };
 
 }  // namespace tidewell
