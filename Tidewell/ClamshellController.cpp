@@ -82,21 +82,18 @@ std::string escapedForScript(std::string_view command) {
 
 constexpr std::string_view kSpaces = " \t\n\v\f\r";
 
-/// Whether `text` begins with `SleepDisabled\s+1`.
-bool beginsWithSetting(std::string_view text, std::string_view word) {
-  if (!text.starts_with(word)) return false;
-  const std::size_t digit = text.find_first_not_of(kSpaces, word.size());
-  return digit != std::string_view::npos && digit > word.size() && text[digit] == '1';
+/// Whether `text` begins with spaces and a 1. Every version may space its columns otherwise.
+bool beginsWithSpacesAndOne(std::string_view text) {
+  const std::size_t digit = text.find_first_not_of(kSpaces);
+  return digit != std::string_view::npos && digit > 0 && text[digit] == '1';
 }
 
-/// Whether the tool's list of settings says that sleep is switched off.
+/// Whether the tool's list of settings says that sleep is switched off: `SleepDisabled\s+1`.
 bool saysSleepDisabled(std::string_view output) {
   constexpr std::string_view kWord = "SleepDisabled";
-  if (output.find("SleepDisabled\t1") != std::string_view::npos) return true;
-  // Another version may space its columns otherwise.
-  for (std::size_t at = output.find(kWord); at != std::string_view::npos;
-       at = output.find(kWord, at + 1)) {
-    if (beginsWithSetting(output.substr(at), kWord)) return true;
+  for (std::size_t at = 0; (at = output.find(kWord)) != std::string_view::npos;) {
+    output.remove_prefix(at + kWord.size());
+    if (beginsWithSpacesAndOne(output)) return true;
   }
   return false;
 }
