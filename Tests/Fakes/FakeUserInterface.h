@@ -56,8 +56,9 @@ class FakeUserInterface : public UserInterface {
 
   std::vector<Rect> visibleFrames() override { return frames; }
   void activate() override { calls_->add("activate"); }
-  void tell(const std::string& summary, const std::string& /*body*/) override {
+  void tell(const std::string& summary, const std::string& body) override {
     calls_->add("tell: " + summary);
+    told.push_back(body);
   }
   void terminate() override { calls_->add("terminate"); }
 
@@ -69,6 +70,7 @@ class FakeUserInterface : public UserInterface {
   MenuDelegate* menu = nullptr;                       ///< Of the status item, while that is there.
   std::vector<StatusItemAppearance> shown;            ///< By the status item, in order.
   std::vector<std::shared_ptr<ShownWindow>> windows;  ///< All that were made, in order.
+  std::vector<std::string> told;                      ///< The bodies of what was told, in order.
 
  private:
   class Item : public StatusItem {

@@ -171,6 +171,19 @@ TEST_F(AppDelegateTest, LaunchingAgainReplacesTheEngineItsHoldAndItsMenuBar) {
   EXPECT_TRUE(fakes.mainLoop.timers[1]->valid);
 }
 
+TEST_F(AppDelegateTest, LaunchingAgainWithoutATerminalWritesNothingMore) {
+  fakes.console.outputTerminal = true;
+  fakes.power.granted = false;
+  delegate.applicationDidFinishLaunching();
+  const std::string written = fakes.console.output;
+  fakes.console.outputTerminal = false;
+  delegate.applicationDidFinishLaunching();
+  for (int look = 0; look < 20; ++look)
+    delegate.engine()->tick();
+  EXPECT_EQ(userInterface.told.size(), 1U);
+  EXPECT_EQ(fakes.console.output, written);
+}
+
 TEST_F(AppDelegateTest, TellsTheUserOnceAndTheTerminalThatNoServiceGrantsTheHold) {
   fakes.console.outputTerminal = true;
   fakes.power.granted = false;
@@ -178,6 +191,7 @@ TEST_F(AppDelegateTest, TellsTheUserOnceAndTheTerminalThatNoServiceGrantsTheHold
   for (int look = 0; look < 20; ++look)
     delegate.engine()->tick();
   EXPECT_EQ(fakes.calls->count("tell: The computer may fall asleep during the work"), 1U);
+  EXPECT_EQ(userInterface.told, Texts{"No service of the system grants Staylit's hold."});
   EXPECT_EQ(fakes.console.output,
             "09:00:00  Work stopped \u2014 releasing in 120s\n"
             "09:00:00  No service of the system grants the hold \u2014 your Mac can sleep\n");
@@ -196,6 +210,8 @@ TEST_F(AppDelegateTest, TellsTheUserWhenTheLidCannotBeHeldAgain) {
   fakes.defaults.setBoolean(keys::allowLidClosed, true);
   delegate.applicationDidFinishLaunching();
   EXPECT_EQ(fakes.calls->count("tell: With its lid closed the computer will sleep"), 1U);
+  EXPECT_EQ(userInterface.told,
+            Texts{"\"Work with the lid closed\" could not be switched on again."});
 }
 
 TEST_F(AppDelegateTest, TellsNothingOfALidThatIsTriedAgainUntilItIsKnownToBeLost) {
@@ -215,6 +231,7 @@ TEST_F(AppDelegateTest, TellsTheUserOfALidThatIsLostLater) {
   fakes.lidSwitch.become(false);
   fakes.lidSwitch.become(true);
   EXPECT_EQ(fakes.calls->count("tell: With its lid closed the computer will sleep"), 1U);
+  EXPECT_EQ(userInterface.told, Texts{"\"Work with the lid closed\" is not in effect."});
 }
 
 TEST_F(AppDelegateTest, LeavesTheLidAloneWhileTheSettingIsOff) {

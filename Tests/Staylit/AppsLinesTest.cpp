@@ -114,6 +114,15 @@ TEST(AppsLines, AreTheHeadingsWithTheApplicationsBelowThem) {
   EXPECT_EQ(table.rows[3].count, 1U);
 }
 
+TEST(AppsLines, AllTellWhichListTheyAreIn) {
+  Table table;
+  table.show(lists({app("a")}, {app("b"), app("c")}));
+  std::vector<std::size_t> sections;
+  for (const AppsLine& row : table.rows)
+    sections.push_back(row.section);
+  EXPECT_EQ(sections, (std::vector<std::size_t>{0, 0, 1, 1, 1}));
+}
+
 TEST(AppsLines, SayWhatAnEmptyListSays) {
   Table table;
   table.show(lists({}, {}));

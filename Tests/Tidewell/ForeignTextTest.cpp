@@ -37,6 +37,10 @@ TEST(ForeignText, ReplacesControlCharacters) {
   EXPECT_EQ(cleaned(std::string_view("a\0b", 3)), "a\uFFFDb");
 }
 
+TEST(ForeignText, ReplacesTheLastControlCharacterAndLeavesItsNeighbourAlone) {
+  EXPECT_EQ(cleaned("a\u001F z\u009F\u00A0"), "a\uFFFD z\uFFFD\u00A0");
+}
+
 TEST(ForeignText, ReplacesWhatBreaksALineOrTurnsIt) {
   EXPECT_EQ(cleaned("a\u2028b\u2029c"), "a\uFFFDb\uFFFDc");
   EXPECT_EQ(cleaned("exe.\u202Egpj"), "exe.\uFFFDgpj");

@@ -5,6 +5,9 @@
 #include <cstdint>
 #include <limits>
 #include <locale>
+#include <string>
+#include <string_view>
+#include <vector>
 
 namespace tidewell {
 namespace {
@@ -71,6 +74,16 @@ TEST(PropertyConversion, TakesTextWithoutANumberForZero) {
   }
 }
 
+TEST(PropertyConversion, SkipsNothingButBlanksBeforeANumber) {
+  for (char first = '!'; first <= '~'; ++first) {
+    if (std::string_view("+-0123456789").find(first) != std::string_view::npos) continue;
+    EXPECT_EQ(integerValue(std::string{first, '5'}), 0) << first;
+    EXPECT_EQ(realValue(std::string{first, '5'}), first == '.' ? 0.5 : 0.0) << first;
+    const bool saysYes = std::string_view("YyTt").find(first) != std::string_view::npos;
+    EXPECT_EQ(booleanValue(std::string{first, '5'}), saysYes) << first;
+  }
+}
+
 TEST(PropertyConversion, TakesTheNearestIntegerForTextBeyondTheRange) {
   EXPECT_EQ(integerValue(text("9223372036854775806")), 9223372036854775806);
   EXPECT_EQ(integerValue(text("9223372036854775807")), 9223372036854775807);
@@ -131,6 +144,13 @@ TEST(PropertyConversion, TakesAllOtherTextForFalse) {
   for (const char* characters : {"", "NO", "no", "false", "0", "000", "-", "on", "0.5", "nyet"}) {
     EXPECT_FALSE(booleanValue(text(characters))) << characters;
   }
+}
+
+TEST(PropertyConversion, LooksForATruthBehindOneSignAndThenZeros) {
+  for (const char* characters : {"-01", "+007", " \t+00y"})
+    EXPECT_TRUE(booleanValue(text(characters))) << characters;
+  for (const char* characters : {"0-1", "0+1", "--1", "-0", "0 1"})
+    EXPECT_FALSE(booleanValue(text(characters))) << characters;
 }
 
 TEST(PropertyConversion, ReadsListsAndUnknownTypesAsNoNumber) {
