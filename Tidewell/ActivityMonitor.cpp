@@ -28,7 +28,7 @@ ActivityMonitor::ActivityMonitor(Ports& ports)
     : text_(*ports.text),
       clock_(*ports.clock),
       processSampler_(*ports.processTable),
-      networkSampler_(*ports.networkTool, *ports.serialQueues, *ports.clock) {}
+      networkSampler_(*ports.networkMeter, *ports.serialQueues) {}
 
 std::vector<BusyApp> ActivityMonitor::tick(const ActivityThresholds& thresholds) {
   networkSampler_.refresh();

@@ -4,7 +4,7 @@
 #include "Platform/Linux/Applications/DesktopFiles.h"
 #include "Platform/Linux/Applications/LinuxRunningApplications.h"
 #include "Platform/Linux/Applications/NamedHolders.h"
-#include "Platform/Linux/Network/SocketTableTool.h"
+#include "Platform/Linux/Network/SocketMeter.h"
 #include "Platform/Linux/Proc/CpuClock.h"
 #include "Platform/Linux/Proc/ProcFileSystem.h"
 #include "Platform/Linux/Processes/LinuxProcessTable.h"
@@ -25,7 +25,7 @@ struct PlainSystem {
   platform::LinuxProcessTable processTable{tracker};
   platform::LinuxRunningApplications runningApplications{
       tracker, std::make_shared<platform::NamedHolders>()};
-  platform::SocketTableTool networkTool;
+  platform::SocketMeter networkMeter;
 };
 
 }  // namespace
@@ -35,6 +35,6 @@ std::unique_ptr<tidewell::Ports> makePlainPorts(const tidewell::Ports& whole) {
   auto ports = std::make_unique<tidewell::Ports>(whole);
   ports->processTable = {system, &system->processTable};
   ports->runningApplications = {system, &system->runningApplications};
-  ports->networkTool = {system, &system->networkTool};
+  ports->networkMeter = {system, &system->networkMeter};
   return ports;
 }

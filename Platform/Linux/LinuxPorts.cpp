@@ -14,7 +14,7 @@
 #include "Platform/Linux/Log/JournalLog.h"
 #include "Platform/Linux/Loop/ThreadQueues.h"
 #include "Platform/Linux/Modules/Modules.h"
-#include "Platform/Linux/Network/SocketTableTool.h"
+#include "Platform/Linux/Network/SocketMeter.h"
 #include "Platform/Linux/Power/UPowerSources.h"
 #include "Platform/Linux/Proc/CpuClock.h"
 #include "Platform/Linux/Proc/ProcFileSystem.h"
@@ -74,7 +74,7 @@ struct LinuxSystem {
       {processTable, clock, accountDirectory, std::max(1U, std::thread::hardware_concurrency())}};
 
   ThreadQueues serialQueues{loop.get()};
-  SocketTableTool networkTool{&accountDirectory};
+  SocketMeter networkMeter{&accountDirectory};
   UPowerSources powerSources{systemBus};
   SleepInhibitors powerManagement{systemBus, sessionBus, *loop};
   InhibitorList assertionTable{systemBus, sessionBus, namedHolders};
@@ -106,7 +106,7 @@ std::unique_ptr<tidewell::Ports> makeLinuxPorts(std::shared_ptr<EventLoop> loop,
   ports->processTable = port(system->conserved);
   ports->runningApplications = port(system->runningApplications);
   ports->serialQueues = port(system->serialQueues);
-  ports->networkTool = port(system->networkTool);
+  ports->networkMeter = port(system->networkMeter);
   ports->powerSources = port(system->powerSources);
   ports->powerManagement = port(system->powerManagement);
   ports->assertionTable = port(system->assertionTable);

@@ -6,6 +6,7 @@
 #include "Platform/MacOS/Log/UnifiedLog.h"
 #include "Platform/MacOS/Loop/DispatchSerialQueues.h"
 #include "Platform/MacOS/Loop/RunLoopMain.h"
+#include "Platform/MacOS/Network/NettopMeter.h"
 #include "Platform/MacOS/Power/IOKitPowerSources.h"
 #include "Platform/MacOS/Processes/LibprocProcessTable.h"
 #include "Platform/MacOS/Settings/MainAppLoginItem.h"
@@ -38,6 +39,13 @@ struct ProcessSources {
       {table, clock, accounts, std::max(1U, std::thread::hardware_concurrency())}};
 };
 
+/// The network meter and what it runs the tool with.
+struct NetworkTool {
+  NSTaskLauncher launcher;
+  FoundationClock clock;
+  NettopMeter meter{launcher, clock};
+};
+
 }  // namespace
 
 std::unique_ptr<tidewell::Ports> makePorts() {
@@ -53,7 +61,8 @@ std::unique_ptr<tidewell::Ports> makePorts() {
   ports->processTable = {processes, &processes->conserved};
   ports->runningApplications = std::make_shared<WorkspaceRunningApplications>();
   ports->serialQueues = std::make_shared<DispatchSerialQueues>();
-  ports->networkTool = std::make_shared<NSTaskLauncher>();
+  const auto networkTool = std::make_shared<NetworkTool>();
+  ports->networkMeter = {networkTool, &networkTool->meter};
   ports->powerSources = std::make_shared<IOKitPowerSources>();
   ports->powerManagement = std::make_shared<IOKitPowerManagement>();
   ports->assertionTable = std::make_shared<IOKitAssertionTable>();

@@ -341,19 +341,12 @@ void VirtualMachine::changeAssertions() {
 
 void VirtualMachine::finishNetworkRun() {
   const bool fails = happens(0.02);
-  std::string output;
   std::map<std::int32_t, std::uint64_t> found;
-  for (const Process& process : processes_) {
-    output += "name.with.dots." + std::to_string(process.pid) + "," +
-              std::to_string(process.net / 3) + "," +
-              std::to_string(process.net - process.net / 3) + ",\n";
+  for (const Process& process : processes_)
     found[process.pid] = process.net;
-  }
-  fakes_.networkTool.script = {};
-  fakes_.networkTool.script.launchError = fails ? "no such tool" : "";
-  fakes_.setNetworkOutput(output);
+  fakes_.network.setTotals({found.begin(), found.end()});
+  if (fails) fakes_.network.next = {std::nullopt, "no such tool"};
   fakes_.queues.runAll();
-  fakes_.networkTool.tasks.clear();
   if (runIsUnderWay_ && !fails) networkBytes_ = found;
   if (runIsUnderWay_ && fails) rules_.log.push_back("error: nettop failed to launch: no such tool");
   runIsUnderWay_ = false;

@@ -11,6 +11,7 @@
 #include "Tests/Fakes/FakeLidSwitch.h"
 #include "Tests/Fakes/FakeLoginItem.h"
 #include "Tests/Fakes/FakeMainLoop.h"
+#include "Tests/Fakes/FakeNetworkMeter.h"
 #include "Tests/Fakes/FakePowerManagement.h"
 #include "Tests/Fakes/FakePowerSources.h"
 #include "Tests/Fakes/FakePrivilegedScripts.h"
@@ -45,7 +46,7 @@ struct FakePorts {
   FakeRunningApplications applications{calls};
   FakeProcessTable processes{calls, applications};
   FakeSerialQueues queues{calls};
-  FakeTaskLauncher networkTool;
+  FakeNetworkMeter network;
   FakePowerSources powerSources{calls};
   FakePowerManagement power{calls};
   FakeAssertionTable assertions{calls};
@@ -61,15 +62,12 @@ struct FakePorts {
               borrowed(console),      borrowed(text),
               borrowed(defaults),     borrowed(mainLoop),
               borrowed(processes),    borrowed(applications),
-              borrowed(queues),       borrowed(networkTool),
+              borrowed(queues),       borrowed(network),
               borrowed(powerSources), borrowed(power),
               borrowed(assertions),   borrowed(sleepNotifications),
               borrowed(processInfo),  borrowed(loginItem),
               borrowed(tasks),        borrowed(scripts),
               borrowed(files),        nullptr};
-
-  /// What the network tool prints from now on, line by line.
-  void setNetworkOutput(const std::string& output) { networkTool.script.output = output; }
 
   /// Makes this a system that has a lid switch.
   void useLidSwitch() { ports.lidSwitch = borrowed(lidSwitch); }

@@ -1,7 +1,7 @@
 #include <algorithm>
 
+#include "Platform/MacOS/Network/NettopMeter.h"
 #include "Tests/Fuzz/Fuzzer.h"
-#include "Tidewell/NetworkSampler.h"
 
 namespace {
 
@@ -21,6 +21,6 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const std::string_view text = fuzz::textOf(data, size);
   if (hasLongNumber(text)) return 0;
   const auto lines = static_cast<std::size_t>(std::ranges::count(text, '\n')) + 1;
-  fuzz::require(tidewell::NetworkSampler::parse(text).size() <= lines);
+  fuzz::require(platform::NettopMeter::parse(text).size() <= lines);
   return 0;
 }

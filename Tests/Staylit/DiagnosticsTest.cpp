@@ -143,7 +143,7 @@ TEST_F(DiagnosticsTest, ReportsTrafficOfTheRunsThatEndWhileItSamples) {
   std::uint64_t total = 0;
   duringSleep.push_back([this, &total] {
     total += std::uint64_t{2} * 340 * 1024;
-    fakes.setNetworkOutput("curl.10," + std::to_string(total) + ",0,\n");
+    fakes.network.setTotals({{10, total}});
     fakes.queues.runAll();
   });
   const std::string row = "  curl / wget                340 KB/s net  [busy 14s]\n";

@@ -63,9 +63,9 @@ class MonitoredPorts : public testing::Test {
     return tickAfter(2s);
   }
 
-  /// Lets the network tool that the last tick asked for print this and end.
-  void finishNetworkRun(const std::string& output) {
-    fakes.setNetworkOutput(output);
+  /// Lets the network measurement that the last tick asked for find this and end.
+  void finishNetworkRun(const NetworkTotals& totals) {
+    fakes.network.setTotals(totals);
     fakes.queues.runAll();
   }
 
@@ -200,7 +200,7 @@ TEST_P(ActivityMonitorTest, RefreshesTheNetworkBeforeItTakesTheSnapshot) {
   const Texts inOrder = {"submit work to a queue", "list processes", "list assertions"};
   tick();
   fakes.calls->clear();
-  finishNetworkRun("");
+  finishNetworkRun({});
   tickAfter(2s);
   EXPECT_EQ(fakes.calls->only(inOrder), inOrder);
 }
@@ -208,9 +208,9 @@ TEST_P(ActivityMonitorTest, RefreshesTheNetworkBeforeItTakesTheSnapshot) {
 TEST_P(ActivityMonitorTest, TakesTheTotalsAfterItAskedForARunSoThatAQuickOneCountsAtOnce) {
   fakes.queues.runAtOnce();
   startTool(10, "tool");
-  fakes.setNetworkOutput("tool.10,0,0,\n");
+  fakes.network.setTotals({{10, 0}});
   tick();
-  fakes.setNetworkOutput("tool.10,2048000,0,\n");
+  fakes.network.setTotals({{10, 2048000}});
   const std::vector<BusyApp> busy = tickAfter(2s);
   ASSERT_EQ(busy.size(), 1U);
   EXPECT_DOUBLE_EQ(busy[0].netKBps, 1000);
@@ -224,10 +224,10 @@ TEST_P(ActivityMonitorTest, ReadsTheClockAfterTheSnapshot) {
   EXPECT_DOUBLE_EQ(tickAfter(2s).at(0).cpuPercent, 100) << "3 s of 3 s";
 }
 
-TEST_P(ActivityMonitorTest, NeverWaitsForTheNetworkTool) {
+TEST_P(ActivityMonitorTest, NeverWaitsForTheNetworkMeasurement) {
   tick();
   tickAfter(2s);
-  EXPECT_EQ(fakes.networkTool.launches, 0);
+  EXPECT_EQ(fakes.network.measurements, 0);
   EXPECT_EQ(fakes.queues.waiting(), 1U);
 }
 
@@ -252,11 +252,11 @@ TEST_P(ActivityMonitorTest, EightSecondsOfCPUTimeInTwoSecondsAreFourHundredPerce
 
 TEST_P(ActivityMonitorTest, DiskAndNetworkCountInKilobytesPerSecond) {
   startTool(10, "tool");
-  finishNetworkRun("");
+  finishNetworkRun({});
   tick();
-  finishNetworkRun("tool.10,1024,0,\n");
+  finishNetworkRun({{10, 1024}});
   tickAfter(2s);
-  finishNetworkRun("tool.10,308224,103424,\n");  // 401 KB more.
+  finishNetworkRun({{10, 411648}});  // 401 KB more.
   writeDisk(10, 1001);
   const std::vector<BusyApp> busy = tickAfter(2s);
   ASSERT_EQ(busy.size(), 1U);
@@ -277,9 +277,9 @@ TEST_P(ActivityMonitorTest, SumsTheDiskBytesOfAnApplicationsProcesses) {
 TEST_P(ActivityMonitorTest, UsesTheTotalsOfTheLastNetworkRunThatEnded) {
   startTool(10, "tool");
   tick();
-  finishNetworkRun("tool.10,0,0,\n");
+  finishNetworkRun({{10, 0}});
   tickAfter(2s);
-  fakes.setNetworkOutput("tool.10,2048000,0,\n");
+  fakes.network.setTotals({{10, 2048000}});
   EXPECT_TRUE(tickAfter(2s).empty()) << "the run has not ended";
   fakes.queues.runAll();
   EXPECT_DOUBLE_EQ(tickAfter(2s).at(0).netKBps, 1000);
@@ -289,16 +289,16 @@ TEST_P(ActivityMonitorTest, SumsTheNetworkBytesOfAnApplicationsProcesses) {
   startApp(10, "com.example.app", "App");
   startApp(11, "com.example.app", "App");
   tick();
-  finishNetworkRun("a.10,0,0,\na.11,0,0,\nother.12,9999999,0,\n");
+  finishNetworkRun({{10, 0}, {11, 0}, {12, 9999999}});
   tickAfter(2s);
-  finishNetworkRun("a.10,204800,0,\na.11,0,204800,\nother.12,99999999,0,\n");
+  finishNetworkRun({{10, 204800}, {11, 204800}, {12, 99999999}});
   EXPECT_DOUBLE_EQ(tickAfter(2s).at(0).netKBps, 200);
 }
 
 TEST_P(ActivityMonitorTest, AMissingNetworkMeasurementCountsAsNothing) {
   startTool(10, "tool");
   tick();
-  finishNetworkRun("other.11,5,5,\n");
+  finishNetworkRun({{11, 10}});
   tickAfter(2s);
   EXPECT_DOUBLE_EQ(tickWith(10, 50).at(0).netKBps, 0);
 }
@@ -321,9 +321,9 @@ TEST_P(ActivityMonitorTest, NetworkSumsWrapAround) {
   startApp(10, "com.example.app", "App");
   startApp(11, "com.example.app", "App");
   tick();
-  finishNetworkRun("a.10,18446744073709551615,0,\na.11,1,0,\n");
+  finishNetworkRun({{10, 18446744073709551615U}, {11, 1}});
   tickAfter(2s);
-  finishNetworkRun("a.10,18446744073709551615,0,\na.11,409601,0,\n");
+  finishNetworkRun({{10, 18446744073709551615U}, {11, 409601}});
   EXPECT_DOUBLE_EQ(tickAfter(2s).at(0).netKBps, 200);
 }
 
@@ -461,11 +461,11 @@ TEST_P(ActivityMonitorTest, DiskExactlyAtItsThresholdIsOver) {
 TEST_P(ActivityMonitorTest, NetworkExactlyAtItsThresholdIsOver) {
   startTool(10, "tool");
   tick();
-  finishNetworkRun("tool.10,0,0,\n");
+  finishNetworkRun({{10, 0}});
   tickAfter(2s);
-  finishNetworkRun("tool.10,204800,0,\n");
+  finishNetworkRun({{10, 204800}});
   EXPECT_EQ(ids(tickAfter(2s)), Texts{"tool"});
-  finishNetworkRun("tool.10,409599,0,\n");
+  finishNetworkRun({{10, 409599}});
   EXPECT_TRUE(tickAfter(2s).empty());
 }
 
@@ -579,9 +579,9 @@ TEST_P(ActivityMonitorTest, OrdersBusyByCPUPlusNetworkAndCandidatesByCPU) {
   startTool(10, "A");
   startTool(11, "B");
   tick();
-  finishNetworkRun("B.11,0,0,\n");
+  finishNetworkRun({{11, 0}});
   tickAfter(2s);
-  finishNetworkRun("B.11,81920,0,\n");  // 40 KB/s.
+  finishNetworkRun({{11, 81920}});  // 40 KB/s.
   useCPU(11, 0.6s);
   EXPECT_EQ(ids(tickWith(10, 50)), (Texts{"B", "A"}));
   EXPECT_EQ(ids(monitor.lastBusy()), (Texts{"B", "A"}));

@@ -1,14 +1,13 @@
 #include <gtest/gtest.h>
 
-#include <condition_variable>
+#include <cstdint>
+#include <functional>
 #include <future>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <thread>
 #include <vector>
 
-#include "Tests/Fakes/FakeClock.h"
 #include "Tidewell/NetworkSampler.h"
 
 // The sampler between two real threads; above all for the thread sanitizer to look at.
@@ -45,67 +44,37 @@ class ThreadQueues : public SerialQueues {
   std::vector<std::thread> threads_;
 };
 
-/// Launches a tool that prints its number, or one that prints nothing until it is terminated.
-class ThreadedLauncher : public TaskLauncher {
+/// Finds the number of the measurement, or hangs until it is cancelled.
+class ThreadedMeter : public NetworkMeter {
  public:
-  Launch launch(const std::string&, const std::vector<std::string>&) override {
-    ++launches_;
-    if (hangs) return {std::make_unique<HangingTask>(reading_), ""};
-    return {std::make_unique<PrintingTask>("a.1," + std::to_string(launches_) + ",0,\n"), ""};
+  NetworkMeasurement measure(Cancellation& cancellation) override {
+    ++measurements_;
+    if (hangs) waitFor(cancellation);
+    return {NetworkTotals{{1, measurements_}}, ""};
   }
 
-  /// Waits until a hanging tool is being read.
-  void waitForReader() { reading_.get_future().wait(); }
+  /// Waits until a measurement hangs.
+  void waitUntilItHangs() { hanging_.get_future().wait(); }
 
   bool hangs = false;
 
  private:
-  class PrintingTask : public Task {
-   public:
-    explicit PrintingTask(std::string output) : output_(std::move(output)) {}
-    std::optional<std::string> readToEnd(std::size_t) override { return output_; }
-    bool isRunning() override { return false; }
-    void terminate() override {}
+  void waitFor(Cancellation& cancellation) {
+    std::promise<void> cancelled;
+    cancellation.onCancel([&cancelled] { cancelled.set_value(); });
+    hanging_.set_value();
+    cancelled.get_future().wait();
+    cancellation.onCancel(nullptr);
+  }
 
-   private:
-    std::string output_;
-  };
-
-  class HangingTask : public Task {
-   public:
-    explicit HangingTask(std::promise<void>& reading) : reading_(reading) {}
-    std::optional<std::string> readToEnd(std::size_t) override {
-      reading_.set_value();
-      std::unique_lock lock(mutex_);
-      ended_.wait(lock, [this] { return terminated_; });
-      return "";
-    }
-    bool isRunning() override {
-      const std::lock_guard lock(mutex_);
-      return !terminated_;
-    }
-    void terminate() override {
-      const std::lock_guard lock(mutex_);
-      terminated_ = true;
-      ended_.notify_all();
-    }
-
-   private:
-    std::promise<void>& reading_;
-    std::mutex mutex_;
-    std::condition_variable ended_;
-    bool terminated_ = false;
-  };
-
-  int launches_ = 0;
-  std::promise<void> reading_;
+  std::uint64_t measurements_ = 0;
+  std::promise<void> hanging_;
 };
 
-TEST(NetworkSamplerThreads, AnswersWhileTheToolRunsElsewhere) {
-  FakeClock clock;
+TEST(NetworkSamplerThreads, AnswersWhileItMeasuresElsewhere) {
   ThreadQueues queues;
-  ThreadedLauncher launcher;
-  NetworkSampler sampler(launcher, queues, clock);
+  ThreadedMeter meter;
+  NetworkSampler sampler(meter, queues);
   for (std::uint64_t run = 1; run <= 50; ++run) {
     sampler.refresh();
     sampler.refresh();
@@ -116,16 +85,15 @@ TEST(NetworkSamplerThreads, AnswersWhileTheToolRunsElsewhere) {
   }
 }
 
-TEST(NetworkSamplerThreads, EndsAToolThatHangsWhenItIsDestroyed) {
-  FakeClock clock;
+TEST(NetworkSamplerThreads, EndsAMeasurementThatHangsWhenItIsDestroyed) {
   ThreadQueues queues;
-  ThreadedLauncher launcher;
-  launcher.hangs = true;
-  auto sampler = std::make_unique<NetworkSampler>(launcher, queues, clock);
+  ThreadedMeter meter;
+  meter.hangs = true;
+  auto sampler = std::make_unique<NetworkSampler>(meter, queues);
   sampler->refresh();
-  launcher.waitForReader();
+  meter.waitUntilItHangs();
   sampler.reset();
-  queues.join();  // It would not return while the tool hangs.
+  queues.join();  // It would not return while the measurement hangs.
 }
 
 }  // namespace

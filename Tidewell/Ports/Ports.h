@@ -11,6 +11,7 @@
 #include "Tidewell/Ports/LidSwitch.h"
 #include "Tidewell/Ports/LoginItem.h"
 #include "Tidewell/Ports/MainLoop.h"
+#include "Tidewell/Ports/NetworkMeter.h"
 #include "Tidewell/Ports/PowerManagement.h"
 #include "Tidewell/Ports/PowerSources.h"
 #include "Tidewell/Ports/PrivilegedScripts.h"
@@ -41,14 +42,14 @@ struct Ports {
   std::shared_ptr<ProcessTable> processTable;
   std::shared_ptr<RunningApplications> runningApplications;
   std::shared_ptr<SerialQueues> serialQueues;
-  std::shared_ptr<TaskLauncher> networkTool;
+  std::shared_ptr<NetworkMeter> networkMeter;
   std::shared_ptr<PowerSources> powerSources;
   std::shared_ptr<PowerManagement> powerManagement;
   std::shared_ptr<AssertionTable> assertionTable;
   std::shared_ptr<SleepNotifications> sleepNotifications;
   std::shared_ptr<ProcessInfo> processInfo;
   std::shared_ptr<LoginItem> loginItem;
-  std::shared_ptr<TaskLauncher> taskLauncher;  ///< For real tools.
+  std::shared_ptr<TaskLauncher> taskLauncher;
   std::shared_ptr<PrivilegedScripts> privilegedScripts;
   std::shared_ptr<FileManager> fileManager;
   std::shared_ptr<LidSwitch> lidSwitch;

@@ -1,7 +1,6 @@
 #include "Platform/Linux/Network/OwnerProcesses.h"
 
 #include <algorithm>
-#include <utility>
 
 namespace platform {
 
@@ -12,10 +11,8 @@ void OwnerProcesses::refresh() {
 bool OwnerProcesses::stillLives(OwnerProcess& process) {
   const auto cpuTime = holders_.cpuTime(process.pid);
   if (cpuTime && cpuTime == process.cpuTime) return true;
-  auto identity = holders_.identity(process.pid);
-  if (!identity || identity->startTime != process.startTime) return false;
+  if (holders_.startTime(process.pid) != process.startTime) return false;
   process.cpuTime = cpuTime;
-  process.name = std::move(identity->name);
   return true;
 }
 
@@ -23,10 +20,10 @@ const OwnerProcess* OwnerProcesses::add(std::int32_t pid) {
   if (const OwnerProcess* known = find(pid)) return known;
   // In this order: what the process does in between shows as time used.
   const auto cpuTime = holders_.cpuTime(pid);
-  auto identity = holders_.identity(pid);
-  if (!identity) return nullptr;
+  const auto startTime = holders_.startTime(pid);
+  if (!startTime) return nullptr;
   const auto place = std::ranges::lower_bound(processes_, pid, {}, &OwnerProcess::pid);
-  return &*processes_.insert(place, {pid, identity->startTime, cpuTime, std::move(identity->name)});
+  return &*processes_.insert(place, {pid, *startTime, cpuTime});
 }
 
 bool OwnerProcesses::isAlive(std::int32_t pid, std::uint64_t startTime) const {

@@ -3,7 +3,6 @@
 #include <cstdint>
 #include <optional>
 #include <span>
-#include <string>
 #include <vector>
 
 #include "Platform/Linux/Network/SocketHolders.h"
@@ -15,13 +14,12 @@ struct OwnerProcess {
   std::int32_t pid = 0;
   std::uint64_t startTime = 0;
   std::optional<std::uint64_t> cpuTime;  ///< As of the last look.
-  std::string name;
 };
 
 /// The living processes among those that ever owned a socket.
 ///
 /// Holds as many entries as there are such processes and no dead ones after `refresh`. A process
-/// is looked at again only if it ran: one that did not run is the one it was, by the same name.
+/// is looked at again only if it ran: one that did not run is the one it was.
 /// One thread at a time; `holders` must outlive it.
 class OwnerProcesses {
  public:

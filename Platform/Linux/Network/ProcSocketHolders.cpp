@@ -9,7 +9,6 @@
 #include <functional>
 #include <string_view>
 #include <system_error>
-#include <utility>
 
 #include "Platform/Linux/Network/NumberedEntries.h"
 #include "Platform/Linux/Proc/ProcStat.h"
@@ -60,15 +59,15 @@ std::optional<std::uint64_t> ProcSocketHolders::cpuTime(std::int32_t pid) {
   return clock_.nanoseconds(pid);
 }
 
-std::optional<SocketHolders::Identity> ProcSocketHolders::identity(std::int32_t pid) {
+std::optional<std::uint64_t> ProcSocketHolders::startTime(std::int32_t pid) {
   const Descriptor file(openat(root_.get(), pathOf(pid, "/stat").c_str(), O_RDONLY | O_CLOEXEC));
   if (!file) return std::nullopt;
   std::array<char, 1024> text{};
   const ssize_t length = read(file.get(), text.data(), text.size());
   if (length <= 0) return std::nullopt;
-  auto stat = parseProcStat({text.data(), static_cast<std::size_t>(length)});
+  const auto stat = parseProcStat({text.data(), static_cast<std::size_t>(length)});
   if (!stat || stat->state == 'Z' || stat->state == 'X') return std::nullopt;
-  return Identity{stat->startTicks, std::move(stat->comm)};
+  return stat->startTicks;
 }
 
 SocketHolders::Search ProcSocketHolders::visitSockets(

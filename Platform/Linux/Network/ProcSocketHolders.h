@@ -18,7 +18,7 @@ class ProcSocketHolders : public SocketHolders {
 
   void listPids(std::vector<std::int32_t>& pids) override;
   std::optional<std::uint64_t> cpuTime(std::int32_t pid) override;
-  std::optional<Identity> identity(std::int32_t pid) override;
+  std::optional<std::uint64_t> startTime(std::int32_t pid) override;
   Search visitSockets(std::int32_t pid,
                       const std::function<bool(std::uint32_t inode)>& visit) override;
 

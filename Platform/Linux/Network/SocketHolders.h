@@ -3,7 +3,6 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
-#include <string>
 #include <vector>
 
 namespace platform {
@@ -12,11 +11,6 @@ namespace platform {
 /// process that is gone is data, not an error.
 class SocketHolders {
  public:
-  /// What tells a process from a later one with the same identifier, and its name as it is now.
-  struct Identity {
-    std::uint64_t startTime = 0;
-    std::string name;
-  };
   enum class Search { complete, stopped, refused };
 
   virtual ~SocketHolders() = default;
@@ -28,8 +22,9 @@ class SocketHolders {
   /// system does not tell.
   virtual std::optional<std::uint64_t> cpuTime(std::int32_t pid) = 0;
 
-  /// Absent when the process has ended.
-  virtual std::optional<Identity> identity(std::int32_t pid) = 0;
+  /// What tells a process from a later one with the same identifier. Absent when the process has
+  /// ended.
+  virtual std::optional<std::uint64_t> startTime(std::int32_t pid) = 0;
 
   /// Calls `visit` with the inode of each socket that the process holds open, until it returns
   /// false. Refused when the process may not be looked into or is gone.

@@ -4,19 +4,17 @@
 #include <functional>
 #include <map>
 #include <optional>
-#include <string>
 #include <vector>
 
 #include "Platform/Linux/Network/SocketHolders.h"
 
 namespace platform {
 
-/// Processes as a test sets them, with a log of who was searched and whose identity was asked.
+/// Processes as a test sets them, with a log of who was searched and whose start time was asked.
 class FakeSocketHolders : public SocketHolders {
  public:
   struct Process {
     std::uint64_t startTime = 0;
-    std::string name;
     std::uint64_t cpuTime = 1;
     std::vector<std::uint32_t> sockets;
     bool isReadable = true;
@@ -33,10 +31,10 @@ class FakeSocketHolders : public SocketHolders {
     return processes[pid].cpuTime;
   }
 
-  std::optional<Identity> identity(std::int32_t pid) override {
+  std::optional<std::uint64_t> startTime(std::int32_t pid) override {
     identified.push_back(pid);
     if (!processes.contains(pid)) return std::nullopt;
-    return Identity{processes[pid].startTime, processes[pid].name};
+    return processes[pid].startTime;
   }
 
   Search visitSockets(std::int32_t pid,

@@ -54,13 +54,13 @@ class SocketOwnersTest : public ::testing::Test {
 };
 
 TEST_F(SocketOwnersTest, FindsTheProcessThatHoldsASocket) {
-  holders_.processes[5] = {100, "five", 1, {41, 42}};
-  holders_.processes[6] = {100, "six", 1, {43}};
+  holders_.processes[5] = {100, 1, {41, 42}};
+  holders_.processes[6] = {100, 1, {43}};
   EXPECT_EQ(ownersOf({socket(41), socket(42), socket(43)}), (Pids{5, 5, 6}));
 }
 
 TEST_F(SocketOwnersTest, KnowsTheStartOfTheOwner) {
-  holders_.processes[5] = {777, "five", 1, {41}};
+  holders_.processes[5] = {777, 1, {41}};
   const std::vector<SocketRecord> sockets{socket(41)};
   const auto owners = owners_.find(sockets, Coverage::complete, now_);
   ASSERT_EQ(owners.size(), 1U);
@@ -68,7 +68,7 @@ TEST_F(SocketOwnersTest, KnowsTheStartOfTheOwner) {
 }
 
 TEST_F(SocketOwnersTest, SearchesNobodyForASocketThatItKnows) {
-  holders_.processes[5] = {100, "five", 1, {41}};
+  holders_.processes[5] = {100, 1, {41}};
   ownersOf({socket(41)});
   holders_.run(5);
   EXPECT_EQ(ownersOf({socket(41)}), (Pids{5}));
@@ -76,17 +76,17 @@ TEST_F(SocketOwnersTest, SearchesNobodyForASocketThatItKnows) {
 }
 
 TEST_F(SocketOwnersTest, SearchesYoungerProcessesFirstAndStopsWhenAllIsFound) {
-  holders_.processes[5] = {100, "five", 1, {41}};
-  holders_.processes[6] = {100, "six", 1, {42}};
-  holders_.processes[7] = {100, "seven", 1, {}};
+  holders_.processes[5] = {100, 1, {41}};
+  holders_.processes[6] = {100, 1, {42}};
+  holders_.processes[7] = {100, 1, {}};
   ownersOf({socket(42)});
   EXPECT_EQ(holders_.searched, (Pids{7, 6}));
 }
 
 TEST_F(SocketOwnersTest, SearchesProcessesThatOwnSocketsBeforeOthers) {
-  holders_.processes[5] = {100, "five", 1, {41}};
+  holders_.processes[5] = {100, 1, {41}};
   ownersOf({socket(41)});
-  holders_.processes[6] = {100, "six", 1, {}};
+  holders_.processes[6] = {100, 1, {}};
   holders_.processes[5].sockets.push_back(42);
   holders_.run(5);
   EXPECT_EQ(ownersOf({socket(41), socket(42)}), (Pids{5, 5}));
@@ -94,8 +94,8 @@ TEST_F(SocketOwnersTest, SearchesProcessesThatOwnSocketsBeforeOthers) {
 }
 
 TEST_F(SocketOwnersTest, SearchesOnlyProcessesThatRanOnceTheyWereFoundAtRest) {
-  holders_.processes[5] = {100, "five", 1, {41}};
-  holders_.processes[6] = {100, "six", 1, {}};
+  holders_.processes[5] = {100, 1, {41}};
+  holders_.processes[6] = {100, 1, {}};
   settle({socket(40)});
   holders_.run(6);
   now_ += 1min;
@@ -104,7 +104,7 @@ TEST_F(SocketOwnersTest, SearchesOnlyProcessesThatRanOnceTheyWereFoundAtRest) {
 }
 
 TEST_F(SocketOwnersTest, FindsASocketOpenedBetweenTheListingAndTheSearch) {
-  holders_.processes[5] = {100, "five", 1, {41, 42}};
+  holders_.processes[5] = {100, 1, {41, 42}};
   // 42 was opened just before the search for 40 and is in the next listing only; the process has
   // not run since.
   ownersOf({socket(40)});
@@ -113,8 +113,8 @@ TEST_F(SocketOwnersTest, FindsASocketOpenedBetweenTheListingAndTheSearch) {
 
 TEST_F(SocketOwnersTest, SearchesEverybodyWhereTheSystemTellsNoCpuTime) {
   holders_.refusesCpuTime = true;
-  holders_.processes[5] = {100, "five", 1, {41}};
-  holders_.processes[6] = {100, "six", 1, {}};
+  holders_.processes[5] = {100, 1, {41}};
+  holders_.processes[6] = {100, 1, {}};
   settle({socket(40)});
   now_ += 1min;
   EXPECT_EQ(ownersOf({socket(40), socket(41)}), (Pids{0, 5}));
@@ -123,7 +123,7 @@ TEST_F(SocketOwnersTest, SearchesEverybodyWhereTheSystemTellsNoCpuTime) {
 
 TEST_F(SocketOwnersTest, LooksForAMissingSocketOnceMoreAndThenEvery30Seconds) {
   holders_.refusesCpuTime = true;
-  holders_.processes[5] = {100, "five", 1, {}};
+  holders_.processes[5] = {100, 1, {}};
   ownersOf({socket(41)});
   EXPECT_EQ(holders_.searched, (Pids{5}));
   ownersOf({socket(41)});
@@ -139,7 +139,7 @@ TEST_F(SocketOwnersTest, LooksForAMissingSocketOnceMoreAndThenEvery30Seconds) {
 }
 
 TEST_F(SocketOwnersTest, FindsAMissingSocketOnTheWayToAnother) {
-  holders_.processes[5] = {100, "five", 1, {}};
+  holders_.processes[5] = {100, 1, {}};
   settle({socket(41)});
   holders_.processes[5].sockets = {41, 42};
   holders_.run(5);
@@ -147,8 +147,8 @@ TEST_F(SocketOwnersTest, FindsAMissingSocketOnTheWayToAnother) {
 }
 
 TEST_F(SocketOwnersTest, FindsAMissingSocketAtTheRetryThoughItsHolderRanLongBefore) {
-  holders_.processes[5] = {100, "five", 1, {}};
-  holders_.processes[6] = {100, "six", 1, {}};
+  holders_.processes[5] = {100, 1, {}};
+  holders_.processes[6] = {100, 1, {}};
   settle({socket(41)});
   holders_.processes[5].sockets = {41};
   holders_.run(5);
@@ -161,13 +161,13 @@ TEST_F(SocketOwnersTest, FindsAMissingSocketAtTheRetryThoughItsHolderRanLongBefo
 }
 
 TEST_F(SocketOwnersTest, SearchesNobodyForASocketThatNoProcessHolds) {
-  holders_.processes[5] = {100, "five", 1, {41}};
+  holders_.processes[5] = {100, 1, {41}};
   EXPECT_EQ(ownersOf({socket(0)}), (Pids{0}));
   EXPECT_EQ(holders_.searched, (Pids{}));
 }
 
 TEST_F(SocketOwnersTest, LooksForAWaitingConnectionAsSoonAsItIsAccepted) {
-  holders_.processes[5] = {100, "five", 1, {}};
+  holders_.processes[5] = {100, 1, {}};
   const std::uint64_t cookie = 9;
   ownersOf({{cookie, 0, 1000, 0, 0}});
   holders_.processes[5].sockets = {44};
@@ -176,7 +176,7 @@ TEST_F(SocketOwnersTest, LooksForAWaitingConnectionAsSoonAsItIsAccepted) {
 }
 
 TEST_F(SocketOwnersTest, LeavesAClosedSocketToItsProcess) {
-  holders_.processes[5] = {100, "five", 1, {41}};
+  holders_.processes[5] = {100, 1, {41}};
   ownersOf({socket(41)});
   holders_.processes[5].sockets = {};
   SocketRecord closed = socket(41);
@@ -186,40 +186,40 @@ TEST_F(SocketOwnersTest, LeavesAClosedSocketToItsProcess) {
 
 TEST_F(SocketOwnersTest, NeverLooksForAnotherUsersSocketWhenItMayNotRead) {
   SocketOwners owners(holders_, processes_, 1000);
-  holders_.processes[5] = {100, "five", 1, {41}};
+  holders_.processes[5] = {100, 1, {41}};
   EXPECT_EQ(ownersOf(owners, {socket(41, 0)}, Coverage::complete), (Pids{0}));
   EXPECT_EQ(holders_.searched, (Pids{}));
   EXPECT_EQ(ownersOf(owners, {socket(41, 1000)}, Coverage::complete), (Pids{5}));
 }
 
 TEST_F(SocketOwnersTest, LooksForAnotherOwnerWhenTheFirstHasEnded) {
-  holders_.processes[5] = {100, "parent", 1, {41}};
-  holders_.processes[6] = {100, "child", 1, {41}};
+  holders_.processes[5] = {100, 1, {41}};
+  holders_.processes[6] = {100, 1, {41}};
   EXPECT_EQ(ownersOf({socket(41)}), (Pids{6}));
   holders_.processes.erase(6);
   EXPECT_EQ(ownersOf({socket(41)}), (Pids{5}));
 }
 
 TEST_F(SocketOwnersTest, TakesALaterProcessOfTheSameIdentifierForAnother) {
-  holders_.processes[5] = {100, "five", 50, {41}};
+  holders_.processes[5] = {100, 50, {41}};
   ASSERT_EQ(ownersOf({socket(41)}), (Pids{5}));
-  holders_.processes[5] = {200, "later", 2, {}};
+  holders_.processes[5] = {200, 2, {}};
   EXPECT_EQ(ownersOf({socket(41)}), (Pids{0}));
 }
 
 TEST_F(SocketOwnersTest, PassesOverProcessesThatMayNotBeRead) {
-  holders_.processes[5] = {100, "five", 1, {41}};
-  holders_.processes[6] = {100, "secret", 1, {42}, false};
+  holders_.processes[5] = {100, 1, {41}};
+  holders_.processes[6] = {100, 1, {42}, false};
   EXPECT_EQ(ownersOf({socket(41), socket(42)}), (Pids{5, 0}));
 }
 
 TEST_F(SocketOwnersTest, GivesAllConnectionsOfOneDescriptorToItsHolder) {
-  holders_.processes[5] = {100, "five", 1, {41}};
+  holders_.processes[5] = {100, 1, {41}};
   EXPECT_EQ(ownersOf({{1, 41, 0, 0, 0}, {2, 41, 0, 0, 0}}), (Pids{5, 5}));
 }
 
 TEST_F(SocketOwnersTest, RemembersASocketThatAListingSkipped) {
-  holders_.processes[5] = {100, "five", 1, {41}};
+  holders_.processes[5] = {100, 1, {41}};
   ownersOf({socket(41)});
   ownersOf({});
   EXPECT_EQ(ownersOf({socket(41)}), (Pids{5}));
@@ -227,7 +227,7 @@ TEST_F(SocketOwnersTest, RemembersASocketThatAListingSkipped) {
 }
 
 TEST_F(SocketOwnersTest, RemembersASocketThatPartialListingsLacked) {
-  holders_.processes[5] = {100, "five", 1, {41}};
+  holders_.processes[5] = {100, 1, {41}};
   ownersOf({socket(41)});
   ownersOf({}, Coverage::partial);
   ownersOf({}, Coverage::partial);
@@ -236,7 +236,7 @@ TEST_F(SocketOwnersTest, RemembersASocketThatPartialListingsLacked) {
 }
 
 TEST_F(SocketOwnersTest, AsksWhoAProcessIsOnlyAfterItRan) {
-  holders_.processes[5] = {100, "five", 1, {41}};
+  holders_.processes[5] = {100, 1, {41}};
   ownersOf({socket(41)});
   ownersOf({socket(41)});
   EXPECT_EQ(holders_.identified, (Pids{}));
@@ -245,19 +245,9 @@ TEST_F(SocketOwnersTest, AsksWhoAProcessIsOnlyAfterItRan) {
   EXPECT_EQ(holders_.identified, (Pids{5}));
 }
 
-TEST_F(SocketOwnersTest, FollowsTheNameOfAnOwner) {
-  holders_.processes[5] = {100, "before", 1, {41}};
-  ownersOf({socket(41)});
-  holders_.processes[5].name = "after";
-  holders_.run(5);
-  ownersOf({socket(41)});
-  ASSERT_EQ(processes_.all().size(), 1U);
-  EXPECT_EQ(processes_.all()[0].name, "after");
-}
-
 TEST_F(SocketOwnersTest, ForgetsOwnersThatHaveEnded) {
-  holders_.processes[5] = {100, "five", 1, {41}};
-  holders_.processes[6] = {100, "six", 1, {42}};
+  holders_.processes[5] = {100, 1, {41}};
+  holders_.processes[6] = {100, 1, {42}};
   ownersOf({socket(41), socket(42)});
   holders_.processes.erase(5);
   ownersOf({socket(42)});

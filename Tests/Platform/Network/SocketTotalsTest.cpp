@@ -143,7 +143,7 @@ TEST_F(SocketTotalsTest, DoesNotCountASocketAgainThatPartialListingsLacked) {
 
 TEST_F(SocketTotalsTest, ForgetsTheProcessesThatAreNotAmongTheLiving) {
   update({{1, {10, 1}, {7, 100}}, {2, {10, 1}, {8, 100}}, {3, {10, 1}, {9, 100}}});
-  const std::vector<OwnerProcess> living{{7, 100, 1, "a"}, {9, 300, 1, "c"}};
+  const std::vector<OwnerProcess> living{{7, 100, 1}, {9, 300, 1}};
   totals_.keepOnly(living);
   EXPECT_EQ(of(7), Bytes(10, 1));
   EXPECT_EQ(of(8), std::nullopt);

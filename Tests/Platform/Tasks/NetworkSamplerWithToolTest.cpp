@@ -13,6 +13,7 @@
 
 #include "Platform/Linux/Loop/ThreadQueues.h"
 #include "Platform/Linux/Tasks/SpawnedTaskLauncher.h"
+#include "Platform/MacOS/Network/NettopMeter.h"
 #include "Tests/Platform/Tasks/TemporaryFolder.h"
 #include "Tidewell/NetworkSampler.h"
 
@@ -88,7 +89,8 @@ class NetworkSamplerWithToolTest : public ::testing::Test {
   ScriptLauncher launcher_{folder_.path("tool")};
   ThreadQueues queues_;
   SystemClock clock_;
-  tidewell::NetworkSampler sampler_{launcher_, queues_, clock_};
+  NettopMeter meter_{launcher_, clock_};
+  tidewell::NetworkSampler sampler_{meter_, queues_};
 };
 
 TEST_F(NetworkSamplerWithToolTest, HasTheTotalsThatTheToolPrints) {

@@ -4,8 +4,6 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
-#include <cstddef>
-#include <string>
 #include <utility>
 #include <vector>
 
@@ -13,12 +11,10 @@
 #include "Platform/Linux/Network/InterfaceCounters.h"
 #include "Platform/Linux/Network/ProcSocketHolders.h"
 #include "Platform/Linux/Network/SocketDiagnostics.h"
-#include "Platform/Linux/Network/SocketTableTool.h"
+#include "Platform/Linux/Network/SocketMeter.h"
 
 namespace platform {
 namespace {
-
-constexpr std::size_t kOutputLimit = std::size_t{1} << 20;
 
 /// Both ends of loopback connections, all in this process.
 class LoopbackConnections {
@@ -61,55 +57,55 @@ class LoopbackConnections {
 
 constexpr int kConnections = 200;  // 400 sockets.
 
-void run(SocketTableTool& tool) {
-  const auto launched = tool.launch("/usr/bin/nettop", {});
-  benchmark::DoNotOptimize(launched.task->readToEnd(kOutputLimit));
+void run(SocketMeter& meter) {
+  tidewell::Cancellation cancellation;
+  benchmark::DoNotOptimize(meter.measure(cancellation));
 }
 
-void NetworkToolWhileNothingMoves(benchmark::State& state) {
+void NetworkMeterWhileNothingMoves(benchmark::State& state) {
   const LoopbackConnections connections(kConnections);
-  SocketTableTool tool;
-  run(tool);
+  SocketMeter meter;
+  run(meter);
   for (auto _ : state)
-    run(tool);
+    run(meter);
 }
-BENCHMARK(NetworkToolWhileNothingMoves)->Unit(benchmark::kMicrosecond);
+BENCHMARK(NetworkMeterWhileNothingMoves)->Unit(benchmark::kMicrosecond);
 
-void NetworkToolAfterTraffic(benchmark::State& state) {
+void NetworkMeterAfterTraffic(benchmark::State& state) {
   const LoopbackConnections connections(kConnections);
-  SocketTableTool tool;
-  run(tool);
+  SocketMeter meter;
+  run(meter);
   for (auto _ : state) {
     state.PauseTiming();
     connections.talk();
     state.ResumeTiming();
-    run(tool);
+    run(meter);
   }
 }
-BENCHMARK(NetworkToolAfterTraffic)->Unit(benchmark::kMicrosecond);
+BENCHMARK(NetworkMeterAfterTraffic)->Unit(benchmark::kMicrosecond);
 
-void NetworkToolAfterANewConnection(benchmark::State& state) {
+void NetworkMeterAfterANewConnection(benchmark::State& state) {
   LoopbackConnections connections(kConnections);
-  SocketTableTool tool;
-  run(tool);
+  SocketMeter meter;
+  run(meter);
   for (auto _ : state) {
     state.PauseTiming();
     connections.close();
     connections.open();
     state.ResumeTiming();
-    run(tool);
+    run(meter);
   }
 }
-BENCHMARK(NetworkToolAfterANewConnection)->Unit(benchmark::kMicrosecond);
+BENCHMARK(NetworkMeterAfterANewConnection)->Unit(benchmark::kMicrosecond);
 
-void NetworkToolFirstRun(benchmark::State& state) {
+void NetworkMeterFirstRun(benchmark::State& state) {
   const LoopbackConnections connections(kConnections);
   for (auto _ : state) {
-    SocketTableTool tool;
-    run(tool);
+    SocketMeter meter;
+    run(meter);
   }
 }
-BENCHMARK(NetworkToolFirstRun)->Unit(benchmark::kMicrosecond);
+BENCHMARK(NetworkMeterFirstRun)->Unit(benchmark::kMicrosecond);
 
 /// The floor of a run after traffic: the kernel's own part.
 void SocketListing(benchmark::State& state) {

@@ -2,6 +2,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdint>
 #include <optional>
@@ -13,8 +14,7 @@
 #include "Platform/Linux/Loop/ThreadQueues.h"
 #include "Platform/Linux/Network/SocketDestroyNotifications.h"
 #include "Platform/Linux/Network/SocketDiagnostics.h"
-#include "Platform/Linux/Network/SocketTableTool.h"
-#include "Platform/Linux/Time/BootTime.h"
+#include "Platform/Linux/Network/SocketMeter.h"
 #include "Tests/Platform/Network/LoopbackChild.h"
 #include "Tests/Platform/Network/LoopbackServer.h"
 #include "Tidewell/Accounting/AccountBook.h"
@@ -31,7 +31,7 @@ using Transferred = std::pair<std::uint64_t, std::uint64_t>;
 /// How many bytes the opening and the closing mark of a connection may add to what it sent.
 constexpr std::uint64_t kMarks = 2;
 
-class SocketTableToolLive : public ::testing::Test {
+class SocketMeterLive : public ::testing::Test {
  protected:
   void SetUp() override {
     std::vector<SocketRecord> sockets;
@@ -40,22 +40,14 @@ class SocketTableToolLive : public ::testing::Test {
     }
   }
 
-  std::string output() {
-    const auto launched = tool_.launch("/usr/bin/nettop", {});
-    EXPECT_EQ(launched.error, "");
-    return launched.task ? launched.task->readToEnd(10'000'000).value_or("") : "";
-  }
+  void measure() { EXPECT_EQ(meter_.measure(cancellation_).error, ""); }
 
-  /// What one run tells of a process, without the help of the sampler's parser.
+  /// What one measurement finds of a process.
   std::optional<Transferred> bytesOf(pid_t pid) {
-    const std::string lines = output();
-    const std::string mark = "." + std::to_string(pid) + ",";
-    const std::size_t found = lines.find(mark);
-    if (found == std::string::npos) return std::nullopt;
-    std::size_t length = 0;
-    const std::string rest = lines.substr(found + mark.size());
-    const std::uint64_t received = std::stoull(rest, &length);
-    return Transferred(received, std::stoull(rest.substr(length + 1)));
+    measure();
+    const auto found = std::ranges::find(meter_.totals(), pid, &SocketTotals::Total::identifier);
+    if (found == meter_.totals().end()) return std::nullopt;
+    return Transferred(found->bytesReceived, found->bytesSent);
   }
 
   /// Lets the child pull `count` bytes through its last connection.
@@ -70,10 +62,11 @@ class SocketTableToolLive : public ::testing::Test {
     EXPECT_LE(value, high);
   }
 
-  SocketTableTool tool_;
+  SocketMeter meter_;
+  tidewell::Cancellation cancellation_;
 };
 
-TEST_F(SocketTableToolLive, CountsExactlyWhatAnotherProcessReceives) {
+TEST_F(SocketMeterLive, CountsExactlyWhatAnotherProcessReceives) {
   const LoopbackServer server(AF_INET);
   LoopbackChild child(server);
   ASSERT_TRUE(child.connect());
@@ -85,7 +78,7 @@ TEST_F(SocketTableToolLive, CountsExactlyWhatAnotherProcessReceives) {
   EXPECT_EQ(bytesOf(child.pid()).value_or(Transferred()).first, 1'234'567U);
 }
 
-TEST_F(SocketTableToolLive, CountsWhatAnotherProcessSends) {
+TEST_F(SocketMeterLive, CountsWhatAnotherProcessSends) {
   const LoopbackServer server(AF_INET);
   LoopbackChild child(server);
   ASSERT_TRUE(child.connect());
@@ -102,7 +95,7 @@ TEST_F(SocketTableToolLive, CountsWhatAnotherProcessSends) {
   expectBetween(bytes.second, 500'000, 500'000 + kMarks);
 }
 
-TEST_F(SocketTableToolLive, CountsIPv6AsWell) {
+TEST_F(SocketMeterLive, CountsIPv6AsWell) {
   const LoopbackServer server(AF_INET6);
   if (!server.isListening()) GTEST_SKIP() << "no IPv6 here";
   LoopbackChild child(server);
@@ -112,7 +105,7 @@ TEST_F(SocketTableToolLive, CountsIPv6AsWell) {
   EXPECT_EQ(bytesOf(child.pid()).value_or(Transferred()).first, 77'777U);
 }
 
-TEST_F(SocketTableToolLive, KeepsBothEndsOfAConnectionApart) {
+TEST_F(SocketMeterLive, KeepsBothEndsOfAConnectionApart) {
   const LoopbackServer server(AF_INET);
   LoopbackChild child(server);
   ASSERT_TRUE(child.connect());
@@ -123,7 +116,7 @@ TEST_F(SocketTableToolLive, KeepsBothEndsOfAConnectionApart) {
   expectBetween(own.second, 40'000, 40'000 + kMarks);
 }
 
-TEST_F(SocketTableToolLive, KeepsTheBytesOfAClosedConnection) {
+TEST_F(SocketMeterLive, KeepsTheBytesOfAClosedConnection) {
   const LoopbackServer server(AF_INET);
   LoopbackChild child(server);
   ASSERT_TRUE(child.connect());
@@ -139,21 +132,21 @@ TEST_F(SocketTableToolLive, KeepsTheBytesOfAClosedConnection) {
   expectBetween(bytesOf(child.pid()).value_or(Transferred()).first, 35'000, 35'000 + kMarks);
 }
 
-TEST_F(SocketTableToolLive, LosesNoneOfAHundredConnectionsThatItSaw) {
+TEST_F(SocketMeterLive, LosesNoneOfAHundredConnectionsThatItSaw) {
   const LoopbackServer server(AF_INET);
   LoopbackChild child(server);
   for (int number = 0; number < 100; ++number) {
     ASSERT_TRUE(child.connect());
     const Descriptor serverEnd = server.accept();
     pull(child, serverEnd, 1'000);
-    output();
+    measure();
     ASSERT_TRUE(child.close());
   }
   expectBetween(bytesOf(child.pid()).value_or(Transferred()).first, 100'000,
                 100'000 + 100 * kMarks);
 }
 
-TEST_F(SocketTableToolLive, SeesAHundredConnectionsAtOnce) {
+TEST_F(SocketMeterLive, SeesAHundredConnectionsAtOnce) {
   const LoopbackServer server(AF_INET);
   LoopbackChild child(server);
   std::vector<Descriptor> serverEnds;
@@ -165,7 +158,7 @@ TEST_F(SocketTableToolLive, SeesAHundredConnectionsAtOnce) {
   EXPECT_EQ(bytesOf(child.pid()).value_or(Transferred()).first, 100'000U);
 }
 
-TEST_F(SocketTableToolLive, DoesNotSeeAConnectionThatOpensAndClosesBetweenTwoRuns) {
+TEST_F(SocketMeterLive, DoesNotSeeAConnectionThatOpensAndClosesBetweenTwoRuns) {
   const LoopbackServer server(AF_INET);
   LoopbackChild child(server);
   ASSERT_TRUE(child.connect());
@@ -180,7 +173,7 @@ TEST_F(SocketTableToolLive, DoesNotSeeAConnectionThatOpensAndClosesBetweenTwoRun
   EXPECT_EQ(bytesOf(child.pid()).value_or(Transferred()).first, 1'000U);
 }
 
-TEST_F(SocketTableToolLive, DropsAProcessThatHasEnded) {
+TEST_F(SocketMeterLive, DropsAProcessThatHasEnded) {
   const LoopbackServer server(AF_INET);
   LoopbackChild child(server);
   ASSERT_TRUE(child.connect());
@@ -192,7 +185,7 @@ TEST_F(SocketTableToolLive, DropsAProcessThatHasEnded) {
   EXPECT_EQ(bytesOf(pid), std::nullopt);
 }
 
-TEST_F(SocketTableToolLive, FindsTheConnectionsOfAProcessThatWasAtRestBefore) {
+TEST_F(SocketMeterLive, FindsTheConnectionsOfAProcessThatWasAtRestBefore) {
   const LoopbackServer server(AF_INET);
   LoopbackChild child(server);
   LoopbackChild other(server);
@@ -200,7 +193,7 @@ TEST_F(SocketTableToolLive, FindsTheConnectionsOfAProcessThatWasAtRestBefore) {
   for (int run = 0; run < 3; ++run) {
     ASSERT_TRUE(other.connect());
     const Descriptor serverEnd = server.accept();
-    output();
+    measure();
   }
   ASSERT_TRUE(child.connect());
   const Descriptor serverEnd = server.accept();
@@ -208,19 +201,14 @@ TEST_F(SocketTableToolLive, FindsTheConnectionsOfAProcessThatWasAtRestBefore) {
   EXPECT_EQ(bytesOf(child.pid()).value_or(Transferred()).first, 2'222U);
 }
 
-TEST_F(SocketTableToolLive, ReachesTheSamplerThroughAQueueOfItsOwn) {
-  struct SystemClock : tidewell::Clock {
-    tidewell::Moment now() override { return BootTime::now(); }
-    tidewell::WallTime wallTime() override { return std::chrono::system_clock::now(); }
-    void sleepFor(tidewell::Seconds duration) override { std::this_thread::sleep_for(duration); }
-  } clock;
+TEST_F(SocketMeterLive, ReachesTheSamplerThroughAQueueOfItsOwn) {
   const LoopbackServer server(AF_INET);
   LoopbackChild child(server);
   ASSERT_TRUE(child.connect());
   const Descriptor serverEnd = server.accept();
   pull(child, serverEnd, 123'456);
   ThreadQueues queues;
-  tidewell::NetworkSampler sampler(tool_, queues, clock);
+  tidewell::NetworkSampler sampler(meter_, queues);
   const auto deadline = std::chrono::steady_clock::now() + 10s;
   while (!sampler.currentTotals().contains(child.pid()) &&
          std::chrono::steady_clock::now() < deadline) {
@@ -232,17 +220,16 @@ TEST_F(SocketTableToolLive, ReachesTheSamplerThroughAQueueOfItsOwn) {
   expectBetween(totals.at(child.pid()), 123'456, 123'456 + kMarks);
 }
 
-TEST_F(SocketTableToolLive, KeepsAllThatAProcessMovedBeforeItEnded) {
+TEST_F(SocketMeterLive, KeepsAllThatAProcessMovedBeforeItEnded) {
   if (!SocketDestroyNotifications().isAvailable()) GTEST_SKIP() << "no announcements here";
   constexpr std::int32_t kAccount = tidewell::AccountBook::kFirstIdentifier;
   tidewell::AccountDirectory accounts;
-  SocketTableTool tool(&accounts);
-  const auto bytesReceived = [&] {
-    const auto launched = tool.launch("", {});
-    const std::string lines = launched.task->readToEnd(10'000'000).value_or("");
-    const std::string mark = "account." + std::to_string(kAccount) + ",";
-    const auto found = lines.find(mark);
-    return found == std::string::npos ? 0 : std::stoull(lines.substr(found + mark.size()));
+  SocketMeter meter(&accounts);
+  const auto bytesReceived = [&]() -> std::uint64_t {
+    meter.measure(cancellation_);
+    const auto found =
+        std::ranges::find(meter.totals(), kAccount, &SocketTotals::Total::identifier);
+    return found == meter.totals().end() ? 0 : found->bytesReceived;
   };
   const LoopbackServer server(AF_INET);
   {

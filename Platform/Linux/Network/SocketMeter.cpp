@@ -1,25 +1,22 @@
-#include "Platform/Linux/Network/SocketTableTool.h"
+#include "Platform/Linux/Network/SocketMeter.h"
 
 #include <unistd.h>
 
 #include <algorithm>
 #include <cstddef>
-#include <span>
 #include <system_error>
 #include <utility>
 
-#include "Platform/Linux/Network/PreparedTask.h"
 #include "Platform/Linux/Network/ProcSocketHolders.h"
 #include "Platform/Linux/Network/SocketDestroyNotifications.h"
 #include "Platform/Linux/Network/SocketDiagnostics.h"
-#include "Platform/Linux/Network/ToolName.h"
 #include "Platform/Linux/Time/BootTime.h"
 
 namespace platform {
 namespace {
 
-SocketTableTool::Parts machineParts(tidewell::AccountDirectory* accounts) {
-  SocketTableTool::Parts parts;
+SocketMeter::Parts machineParts(tidewell::AccountDirectory* accounts) {
+  SocketMeter::Parts parts;
   parts.accounts = accounts;
   parts.closed = std::make_unique<SocketDestroyNotifications>();
   parts.source = std::make_unique<SocketDiagnostics>();
@@ -48,17 +45,16 @@ void putInOrder(std::vector<SocketRecord>& sockets) {
 
 }  // namespace
 
-SocketTableTool::SocketTableTool(tidewell::AccountDirectory* accounts)
-    : SocketTableTool(machineParts(accounts)) {}
+SocketMeter::SocketMeter(tidewell::AccountDirectory* accounts)
+    : SocketMeter(machineParts(accounts)) {}
 
-SocketTableTool::SocketTableTool(Parts parts)
+SocketMeter::SocketMeter(Parts parts)
     : parts_(std::move(parts)),
       processes_(*parts_.holders),
       owners_(*parts_.holders, processes_, parts_.onlyUid),
       totals_(parts_.accounts) {}
 
-tidewell::TaskLauncher::Launch SocketTableTool::launch(const std::string&,
-                                                       const std::vector<std::string>&) {
+tidewell::NetworkMeasurement SocketMeter::measure(tidewell::Cancellation& /*cancellation*/) {
   // First, since owners of what has closed are forgotten once a listing lacks it. The kernel tells
   // of an end a while after the last byte, so also while nothing moves.
   countClosed();
@@ -67,58 +63,45 @@ tidewell::TaskLauncher::Launch SocketTableTool::launch(const std::string&,
     const SocketSource::Listing listing = parts_.source->list(sockets_);
     if (listing.errorNumber != 0) return failed(listing.errorNumber);
     hasFailed_ = false;
-    measure(listing.coverage);
+    count(listing.coverage);
     interfaceSum_ = listing.coverage == Coverage::complete ? interfaceSum : std::nullopt;
   }
-  return {std::make_unique<PreparedTask>(output_), ""};
+  return measured();
 }
 
-tidewell::TaskLauncher::Launch SocketTableTool::failed(int errorNumber) {
+tidewell::NetworkMeasurement SocketMeter::failed(int errorNumber) {
   interfaceSum_.reset();
-  if (std::exchange(hasFailed_, true)) {
-    // The caller logs every failure. From the second on it gets what was known, less the processes
-    // that have ended since.
-    processes_.refresh();
-    totals_.keepOnly(processes_.all());
-    writeOutput();
-    return {std::make_unique<PreparedTask>(output_), ""};
-  }
-  return {nullptr, "cannot list sockets: " + std::generic_category().message(errorNumber)};
+  if (!std::exchange(hasFailed_, true))
+    return {std::nullopt, "cannot list sockets: " + std::generic_category().message(errorNumber)};
+  // The caller logs every failure. From the second on it gets what was known, less the processes
+  // that have ended since.
+  processes_.refresh();
+  totals_.keepOnly(processes_.all());
+  return measured();
 }
 
-void SocketTableTool::measure(Coverage coverage) {
+tidewell::NetworkMeasurement SocketMeter::measured() const {
+  tidewell::NetworkTotals totals;
+  for (const SocketTotals::Total& total : totals_.all())
+    totals.emplace(total.identifier, total.bytesReceived + total.bytesSent);
+  return {std::move(totals), ""};
+}
+
+void SocketMeter::count(Coverage coverage) {
   putInOrder(sockets_);
   hasUnread_ = std::ranges::any_of(sockets_, &SocketRecord::hasUnread);
   processes_.refresh();
   const auto owners = owners_.find(sockets_, coverage, parts_.now());
   totals_.update(sockets_, owners, coverage);
   totals_.keepOnly(processes_.all());
-  writeOutput();
 }
 
-void SocketTableTool::countClosed() {
+void SocketMeter::countClosed() {
   if (!parts_.closed) return;
   parts_.closed->take(closed_);
-  if (closed_.empty()) return;
   for (const SocketRecord& socket : closed_)
     totals_.countClosed(socket, owners_.lastOwner(socket.cookie));
-  totals_.keepOnly(processes_.all());
-  writeOutput();
-}
-
-void SocketTableTool::writeOutput() {
-  output_.clear();
-  std::span<const OwnerProcess> processes = processes_.all();
-  for (const SocketTotals::Total& total : totals_.all()) {
-    const auto process =
-        std::ranges::lower_bound(processes, total.identifier, {}, &OwnerProcess::pid);
-    const bool isAccount = SocketTotals::isAccount(total);
-    if (!isAccount && (process == processes.end() || process->pid != total.identifier)) continue;
-    appendToolName(output_, isAccount ? "account" : process->name);
-    output_.append(".").append(std::to_string(total.identifier));
-    output_.append(",").append(std::to_string(total.bytesReceived));
-    output_.append(",").append(std::to_string(total.bytesSent)).append(",\n");
-  }
+  if (!closed_.empty()) totals_.keepOnly(processes_.all());
 }
 
 }  // namespace platform
