@@ -1,17 +1,8 @@
 #include "Tidewell/SleepController.h"
 
-#include <string_view>
-
 #include "Tidewell/Log.h"
 
 namespace tidewell {
-namespace {
-
-constexpr std::string_view kSystemAssertion = "PreventUserIdleSystemSleep";
-constexpr std::string_view kDisplayAssertion = "PreventUserIdleDisplaySleep";
-constexpr std::uint32_t kLevelOn = 255;
-
-}  // namespace
 
 SleepController::SleepController(PowerManagement& power) : power_(power) {}
 
@@ -25,7 +16,7 @@ void SleepController::hold(const std::string& reason, bool keepScreenOn) {
     syncDisplayAssertion(reason, keepScreenOn);
     return;
   }
-  const auto creation = power_.createAssertion(kSystemAssertion, kLevelOn, reason);
+  const auto creation = power_.createAssertion(AssertionKind::system, reason);
   if (creation.code != 0) {
     Log::error("failed to create sleep assertion: " + std::to_string(creation.code));
     return;
@@ -56,7 +47,7 @@ void SleepController::syncDisplayAssertion(const std::string& reason, bool keepS
   if (!keepScreenOn) {
     releaseAssertion(displayAssertion_);
   } else if (displayAssertion_ == 0) {
-    const auto creation = power_.createAssertion(kDisplayAssertion, kLevelOn, reason);
+    const auto creation = power_.createAssertion(AssertionKind::display, reason);
     if (creation.code == 0) displayAssertion_ = creation.id;
   }
 }

@@ -19,7 +19,7 @@ class RecordingPower : public tidewell::PowerManagement {
     std::string name;       ///< Empty for a release.
   };
 
-  Creation createAssertion(std::string_view, std::uint32_t, const std::string& name) override {
+  Creation createAssertion(tidewell::AssertionKind, const std::string& name) override {
     record("create", name);
     ++live_;
     return {0, ++last_};

@@ -7,14 +7,14 @@
 namespace platform {
 
 RecordedPowerManagement::Creation RecordedPowerManagement::createAssertion(
-    std::string_view type, std::uint32_t level, const std::string& name) {
+    tidewell::AssertionKind kind, const std::string& name) {
   if (!std::exchange(saidSo_, true)) {
     tidewell::Log::info("no sleep service here: holds are recorded only");
   }
   do {
     ++lastId_;
   } while (lastId_ == 0 || assertions_.contains(lastId_));
-  assertions_.emplace(lastId_, Assertion{std::string(type), level, name});
+  assertions_.emplace(lastId_, Assertion{kind, name});
   return {0, lastId_};
 }
 

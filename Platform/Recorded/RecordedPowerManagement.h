@@ -3,7 +3,6 @@
 #include <cstdint>
 #include <map>
 #include <string>
-#include <string_view>
 
 #include "Tidewell/Ports/PowerManagement.h"
 
@@ -14,13 +13,11 @@ namespace platform {
 class RecordedPowerManagement : public tidewell::PowerManagement {
  public:
   struct Assertion {
-    std::string type;
-    std::uint32_t level = 0;
+    tidewell::AssertionKind kind = tidewell::AssertionKind::system;
     std::string name;
   };
 
-  Creation createAssertion(std::string_view type, std::uint32_t level,
-                           const std::string& name) override;
+  Creation createAssertion(tidewell::AssertionKind kind, const std::string& name) override;
   void setAssertionName(std::uint32_t id, const std::string& name) override;
   void releaseAssertion(std::uint32_t id) override;
   bool isGranted() override { return assertions_.empty(); }

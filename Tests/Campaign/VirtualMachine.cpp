@@ -436,11 +436,12 @@ std::optional<std::string> VirtualMachine::compare() {
   }
   std::vector<std::string> held;
   for (const auto& [id, assertion] : fakes_.power.live)
-    held.push_back(assertion.type + " " + std::to_string(assertion.level) + " " + assertion.name);
+    held.push_back((assertion.kind == tidewell::AssertionKind::display ? "display " : "system ") +
+                   assertion.name);
   std::vector<std::string> expected;
-  if (rules_.isHeld) expected.push_back("PreventUserIdleSystemSleep 255 " + rules_.holdName);
+  if (rules_.isHeld) expected.push_back("system " + rules_.holdName);
   if (rules_.isDisplayHeld) {
-    expected.push_back("PreventUserIdleDisplaySleep 255 " + rules_.displayHoldName);
+    expected.push_back("display " + rules_.displayHoldName);
   }
   return differs("what is held", textOf(held), textOf(expected));
 }

@@ -4,7 +4,6 @@
 #include <map>
 #include <memory>
 #include <string>
-#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -17,8 +16,7 @@ namespace tidewell {
 class FakePowerManagement : public PowerManagement {
  public:
   struct Assertion {
-    std::string type;
-    std::uint32_t level = 0;
+    AssertionKind kind = AssertionKind::system;
     std::string name;
     friend bool operator==(const Assertion&, const Assertion&) = default;
   };
@@ -26,12 +24,12 @@ class FakePowerManagement : public PowerManagement {
   explicit FakePowerManagement(std::shared_ptr<CallLog> shared = std::make_shared<CallLog>())
       : shared_(std::move(shared)) {}
 
-  Creation createAssertion(std::string_view type, std::uint32_t level,
-                           const std::string& name) override {
-    record("create " + std::string(type) + " '" + name + "'");
-    const std::int32_t code = isDisplay(type) ? displayFailure : systemFailure;
+  Creation createAssertion(AssertionKind kind, const std::string& name) override {
+    const bool isDisplay = kind == AssertionKind::display;
+    record(std::string("create ") + (isDisplay ? "display" : "system") + " '" + name + "'");
+    const std::int32_t code = isDisplay ? displayFailure : systemFailure;
     if (code != 0) return {code, kNoIdentifier};
-    live.emplace(++last_, Assertion{std::string(type), level, name});
+    live.emplace(++last_, Assertion{kind, name});
     return {0, last_};
   }
 
@@ -64,8 +62,6 @@ class FakePowerManagement : public PowerManagement {
  private:
   /// What a failed creation may leave behind; nobody is to use it.
   static constexpr std::uint32_t kNoIdentifier = 4711;
-
-  static bool isDisplay(std::string_view type) { return type == "PreventUserIdleDisplaySleep"; }
 
   void record(const std::string& call) {
     calls.push_back(call);

@@ -28,22 +28,21 @@ TEST_F(SleepControllerTest, TakesASystemAssertionNamedAfterTheReason) {
   sleep.hold("R", false);
   EXPECT_TRUE(sleep.isHolding());
   ASSERT_EQ(fakes.power.live.size(), 1U);
-  EXPECT_EQ(fakes.power.live.at(1),
-            (FakePowerManagement::Assertion{"PreventUserIdleSystemSleep", 255, "R"}));
+  EXPECT_EQ(fakes.power.live.at(1), (FakePowerManagement::Assertion{AssertionKind::system, "R"}));
   EXPECT_EQ(fakes.log.lines(), Texts{"info: holding sleep \u2014 R"});
 }
 
 TEST_F(SleepControllerTest, HoldingTwiceForTheSameReasonTakesAndLogsOnce) {
   sleep.hold("R", false);
   sleep.hold("R", false);
-  EXPECT_EQ(fakes.power.calls, Texts{"create PreventUserIdleSystemSleep 'R'"});
+  EXPECT_EQ(fakes.power.calls, Texts{"create system 'R'"});
   EXPECT_EQ(fakes.log.lines(), Texts{"info: holding sleep \u2014 R"});
 }
 
 TEST_F(SleepControllerTest, ANewReasonRenamesTheLiveAssertionSilently) {
   sleep.hold("R1", false);
   sleep.hold("R2", false);
-  EXPECT_EQ(fakes.power.calls, (Texts{"create PreventUserIdleSystemSleep 'R1'", "rename 1 'R2'"}));
+  EXPECT_EQ(fakes.power.calls, (Texts{"create system 'R1'", "rename 1 'R2'"}));
   EXPECT_EQ(fakes.power.live.at(1).name, "R2");
   EXPECT_EQ(fakes.log.lines(), Texts{"info: holding sleep \u2014 R1"});
 }
@@ -58,8 +57,7 @@ TEST_F(SleepControllerTest, ADisplayAssertionFollowsTheSettingWhileHolding) {
   sleep.hold("R1", false);
   sleep.hold("R1", true);
   ASSERT_EQ(fakes.power.live.size(), 2U);
-  EXPECT_EQ(fakes.power.live.at(2),
-            (FakePowerManagement::Assertion{"PreventUserIdleDisplaySleep", 255, "R1"}));
+  EXPECT_EQ(fakes.power.live.at(2), (FakePowerManagement::Assertion{AssertionKind::display, "R1"}));
 }
 
 TEST_F(SleepControllerTest, TheDisplayAssertionKeepsTheNameItWasCreatedWith) {
@@ -67,30 +65,28 @@ TEST_F(SleepControllerTest, TheDisplayAssertionKeepsTheNameItWasCreatedWith) {
   sleep.hold("R1", true);
   sleep.hold("R2", true);
   EXPECT_EQ(fakes.power.liveNames(), (Texts{"R2", "R1"}));
-  EXPECT_EQ(fakes.power.calls, (Texts{"create PreventUserIdleSystemSleep 'R1'",
-                                      "create PreventUserIdleDisplaySleep 'R1'", "rename 1 'R2'"}));
+  EXPECT_EQ(fakes.power.calls,
+            (Texts{"create system 'R1'", "create display 'R1'", "rename 1 'R2'"}));
 }
 
 TEST_F(SleepControllerTest, ADisplayAssertionThatComesWithANewReasonCarriesTheNewOne) {
   sleep.hold("R1", false);
   sleep.hold("R2", true);
-  EXPECT_EQ(fakes.power.calls, (Texts{"create PreventUserIdleSystemSleep 'R1'", "rename 1 'R2'",
-                                      "create PreventUserIdleDisplaySleep 'R2'"}));
+  EXPECT_EQ(fakes.power.calls,
+            (Texts{"create system 'R1'", "rename 1 'R2'", "create display 'R2'"}));
 }
 
 TEST_F(SleepControllerTest, SwitchingTheScreenOffReleasesTheDisplayAssertionOnly) {
   sleep.hold("R", true);
   sleep.hold("R", false);
-  EXPECT_EQ(fakes.power.calls, (Texts{"create PreventUserIdleSystemSleep 'R'",
-                                      "create PreventUserIdleDisplaySleep 'R'", "release 2"}));
+  EXPECT_EQ(fakes.power.calls, (Texts{"create system 'R'", "create display 'R'", "release 2"}));
   EXPECT_TRUE(sleep.isHolding());
   sleep.hold("R", false);
   EXPECT_EQ(fakes.power.calls.size(), 3U) << "what is released is not released again";
 }
 
 TEST_F(SleepControllerTest, TakesBothAssertionsBeforeItLogsTheHold) {
-  const Texts inOrder = {"create PreventUserIdleSystemSleep 'R'",
-                         "create PreventUserIdleDisplaySleep 'R'", "log holding sleep \u2014 R"};
+  const Texts inOrder = {"create system 'R'", "create display 'R'", "log holding sleep \u2014 R"};
   sleep.hold("R", true);
   EXPECT_EQ(fakes.calls->only(inOrder), inOrder);
 }
@@ -112,8 +108,7 @@ TEST_F(SleepControllerTest, ReleasesTheSystemAssertionThenTheDisplayOne) {
   sleep.hold("R", true);
   sleep.release();
   EXPECT_EQ(fakes.power.calls,
-            (Texts{"create PreventUserIdleSystemSleep 'R'",
-                   "create PreventUserIdleDisplaySleep 'R'", "release 1", "release 2"}));
+            (Texts{"create system 'R'", "create display 'R'", "release 1", "release 2"}));
   EXPECT_FALSE(sleep.isHolding());
   EXPECT_TRUE(fakes.power.live.empty());
 }
@@ -124,7 +119,7 @@ TEST_F(SleepControllerTest, LogsAReleaseOnce) {
   sleep.release();
   EXPECT_EQ(fakes.log.lines(),
             (Texts{"info: holding sleep \u2014 R", "info: released sleep hold"}));
-  EXPECT_EQ(fakes.power.calls, (Texts{"create PreventUserIdleSystemSleep 'R'", "release 1"}));
+  EXPECT_EQ(fakes.power.calls, (Texts{"create system 'R'", "release 1"}));
 }
 
 TEST_F(SleepControllerTest, TakesANewAssertionAfterARelease) {
@@ -141,7 +136,7 @@ TEST_F(SleepControllerTest, LogsTheCodeOfAFailedCreationAndTriesAgainNextTime) {
   fakes.power.systemFailure = -536870206;
   sleep.hold("R", true);
   EXPECT_FALSE(sleep.isHolding());
-  EXPECT_EQ(fakes.power.calls, Texts{"create PreventUserIdleSystemSleep 'R'"})
+  EXPECT_EQ(fakes.power.calls, Texts{"create system 'R'"})
       << "without a system assertion there is no display assertion";
   EXPECT_EQ(fakes.log.lines(), Texts{"error: failed to create sleep assertion: -536870206"});
 
@@ -163,7 +158,7 @@ TEST_F(SleepControllerTest, ReleasingAfterAFailedCreationDoesNothing) {
   fakes.power.systemFailure = 5;
   sleep.hold("R", false);
   sleep.release();
-  EXPECT_EQ(fakes.power.calls, Texts{"create PreventUserIdleSystemSleep 'R'"});
+  EXPECT_EQ(fakes.power.calls, Texts{"create system 'R'"});
   EXPECT_EQ(fakes.log.lines().size(), 1U);
 }
 

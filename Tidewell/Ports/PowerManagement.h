@@ -2,9 +2,16 @@
 
 #include <cstdint>
 #include <string>
-#include <string_view>
 
 namespace tidewell {
+
+/// What an assertion keeps the machine from doing while nobody uses it.
+enum class AssertionKind {
+  /// Going to sleep; the screen may go blank.
+  system,
+  /// Blanking the screen.
+  display,
+};
 
 /// Creates, names and releases the platform's assertions that keep the machine awake.
 ///
@@ -21,10 +28,8 @@ class PowerManagement {
 
   virtual ~PowerManagement() = default;
 
-  /// `type` is "PreventUserIdleSystemSleep" or "PreventUserIdleDisplaySleep", `level` 255 for on,
-  /// `name` the reason that the system shows to people.
-  virtual Creation createAssertion(std::string_view type, std::uint32_t level,
-                                   const std::string& name) = 0;
+  /// `name` is the reason that the system shows to people.
+  virtual Creation createAssertion(AssertionKind kind, const std::string& name) = 0;
 
   /// Renames a live assertion; the machine is held without a gap meanwhile.
   virtual void setAssertionName(std::uint32_t id, const std::string& name) = 0;

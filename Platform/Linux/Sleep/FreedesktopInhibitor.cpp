@@ -25,8 +25,8 @@ FreedesktopInhibitor FreedesktopInhibitor::screenSaver(Bus& sessionBus) {
           "org.freedesktop.ScreenSaver"};
 }
 
-InhibitMechanism::Taken FreedesktopInhibitor::take(HoldKind /*kind*/, const std::string& reason,
-                                                   Late late) {
+InhibitMechanism::Taken FreedesktopInhibitor::take(tidewell::AssertionKind /*kind*/,
+                                                   const std::string& reason, Late late) {
   const std::string text = told(reason);
   return CookieInhibition::take(
       sessionBus_, {service_, path_, interface_, "Inhibit"},

@@ -5,6 +5,7 @@
 
 #include "Platform/Linux/Bus/Bus.h"
 #include "Platform/Linux/Sleep/InhibitMechanism.h"
+#include "Tidewell/Ports/PowerManagement.h"
 
 namespace platform {
 
@@ -17,7 +18,7 @@ class FreedesktopInhibitor : public InhibitMechanism {
   static FreedesktopInhibitor screenSaver(Bus& sessionBus);
 
   [[nodiscard]] const char* serviceName() const override { return service_; }
-  Taken take(HoldKind kind, const std::string& reason, Late late) override;
+  Taken take(tidewell::AssertionKind kind, const std::string& reason, Late late) override;
   [[nodiscard]] std::string told(const std::string& reason) const override;
   [[nodiscard]] std::shared_ptr<void> list(Listed listed) override;
   /// PowerDevil, which stands behind both on KDE, heeds nothing that is younger than five seconds.

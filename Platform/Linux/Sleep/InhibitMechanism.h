@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
-#include "Platform/Linux/Sleep/HoldKind.h"
 #include "Platform/Linux/Sleep/Inhibition.h"
 #include "Tidewell/Ports/Clock.h"
+#include "Tidewell/Ports/PowerManagement.h"
 
 namespace platform {
 
@@ -30,7 +30,7 @@ class InhibitMechanism {
   [[nodiscard]] virtual const char* serviceName() const = 0;
 
   /// Asks the service. What it grants after this has given up waiting goes to `late`.
-  virtual Taken take(HoldKind kind, const std::string& reason, Late late) = 0;
+  virtual Taken take(tidewell::AssertionKind kind, const std::string& reason, Late late) = 0;
 
   /// The text by which the service is told `reason`.
   [[nodiscard]] virtual std::string told(const std::string& reason) const = 0;

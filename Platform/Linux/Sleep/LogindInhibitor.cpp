@@ -57,8 +57,8 @@ const char* LogindInhibitor::serviceName() const {
   return services::kLogind;
 }
 
-InhibitMechanism::Taken LogindInhibitor::take(HoldKind /*kind*/, const std::string& reason,
-                                              Late late) {
+InhibitMechanism::Taken LogindInhibitor::take(tidewell::AssertionKind /*kind*/,
+                                              const std::string& reason, Late late) {
   LogindLock lock = takeLogindLock(
       systemBus_, "idle", reason, "block", [late = std::move(late)](Descriptor descriptor) {
         late(std::make_unique<LogindInhibition>(std::move(descriptor)));

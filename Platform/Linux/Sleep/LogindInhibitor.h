@@ -5,6 +5,7 @@
 
 #include "Platform/Linux/Bus/Bus.h"
 #include "Platform/Linux/Sleep/InhibitMechanism.h"
+#include "Tidewell/Ports/PowerManagement.h"
 
 namespace platform {
 
@@ -16,7 +17,7 @@ class LogindInhibitor : public InhibitMechanism {
   explicit LogindInhibitor(Bus& systemBus);
 
   [[nodiscard]] const char* serviceName() const override;
-  Taken take(HoldKind kind, const std::string& reason, Late late) override;
+  Taken take(tidewell::AssertionKind kind, const std::string& reason, Late late) override;
   [[nodiscard]] std::string told(const std::string& reason) const override;
   [[nodiscard]] std::shared_ptr<void> list(Listed listed) override;
 

@@ -127,9 +127,10 @@ const char* SessionManagerInhibitor::serviceName() const {
   return services::kSessionManager;
 }
 
-InhibitMechanism::Taken SessionManagerInhibitor::take(HoldKind kind, const std::string& reason,
-                                                      Late late) {
-  const std::uint32_t flags = kind == HoldKind::display ? kSuspendFlag | kIdleFlag : kSuspendFlag;
+InhibitMechanism::Taken SessionManagerInhibitor::take(tidewell::AssertionKind kind,
+                                                      const std::string& reason, Late late) {
+  const std::uint32_t flags =
+      kind == tidewell::AssertionKind::display ? kSuspendFlag | kIdleFlag : kSuspendFlag;
   const std::string text = told(reason);
   return CookieInhibition::take(
       sessionBus_,

@@ -7,6 +7,7 @@
 
 #include "Platform/Linux/Bus/Bus.h"
 #include "Platform/Linux/Sleep/InhibitMechanism.h"
+#include "Tidewell/Ports/PowerManagement.h"
 
 namespace platform {
 
@@ -17,7 +18,7 @@ class SessionManagerInhibitor : public InhibitMechanism {
   explicit SessionManagerInhibitor(Bus& sessionBus);
 
   [[nodiscard]] const char* serviceName() const override;
-  Taken take(HoldKind kind, const std::string& reason, Late late) override;
+  Taken take(tidewell::AssertionKind kind, const std::string& reason, Late late) override;
   [[nodiscard]] std::string told(const std::string& reason) const override;
   [[nodiscard]] std::shared_ptr<void> list(Listed listed) override;
   void forgetList() override { known_->clear(); }

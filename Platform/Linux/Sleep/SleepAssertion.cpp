@@ -18,7 +18,7 @@ SleepAssertion::Moment heededAfter(SleepAssertion::Moment taken,
 
 }  // namespace
 
-SleepAssertion::SleepAssertion(HoldKind kind, std::string reason, Now now,
+SleepAssertion::SleepAssertion(tidewell::AssertionKind kind, std::string reason, Now now,
                                std::function<void()> grantedLate)
     : kind_(kind),
       reason_(std::move(reason)),

@@ -9,9 +9,9 @@
 #include <string>
 #include <vector>
 
-#include "Platform/Linux/Sleep/HoldKind.h"
 #include "Platform/Linux/Sleep/InhibitMechanism.h"
 #include "Tidewell/Ports/Clock.h"
+#include "Tidewell/Ports/PowerManagement.h"
 
 namespace platform {
 
@@ -36,9 +36,10 @@ class SleepAssertion : public std::enable_shared_from_this<SleepAssertion> {
   static constexpr std::chrono::seconds kLongestRetry{60};
 
   /// `grantedLate` runs from the loop when a service granted something after all.
-  SleepAssertion(HoldKind kind, std::string reason, Now now, std::function<void()> grantedLate);
+  SleepAssertion(tidewell::AssertionKind kind, std::string reason, Now now,
+                 std::function<void()> grantedLate);
 
-  [[nodiscard]] HoldKind kind() const { return kind_; }
+  [[nodiscard]] tidewell::AssertionKind kind() const { return kind_; }
   [[nodiscard]] bool isHeld() const;
 
   /// Asks those that `wanted` names for what is due, then drops what was replaced and need not be
@@ -98,7 +99,7 @@ class SleepAssertion : public std::enable_shared_from_this<SleepAssertion> {
   void dropTheUnwanted();
   void dropTheReplaced();
 
-  HoldKind kind_;
+  tidewell::AssertionKind kind_;
   std::string reason_;
   Now now_;
   std::function<void()> grantedLate_;

@@ -1,23 +1,15 @@
 #include "Platform/Linux/Sleep/SleepInhibitors.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <optional>
 #include <utility>
 
 namespace platform {
 namespace {
 
-constexpr std::uint32_t kLevelOn = 255;
 constexpr std::chrono::seconds kLookAgain{10};
 constexpr tidewell::Seconds kLeastDelay{0.1};
 constexpr tidewell::Seconds kTolerance{0.25};
-
-std::optional<HoldKind> holdKind(std::string_view type) {
-  if (type == "PreventUserIdleSystemSleep") return HoldKind::system;
-  if (type == "PreventUserIdleDisplaySleep") return HoldKind::display;
-  return std::nullopt;
-}
 
 }  // namespace
 
@@ -35,19 +27,16 @@ SleepInhibitors::SleepInhibitors(Bus& systemBus, Bus& sessionBus, tidewell::Main
 
 SleepInhibitors::~SleepInhibitors() = default;
 
-SleepInhibitors::Creation SleepInhibitors::createAssertion(std::string_view type,
-                                                           std::uint32_t level,
+SleepInhibitors::Creation SleepInhibitors::createAssertion(tidewell::AssertionKind kind,
                                                            const std::string& name) {
-  const std::optional<HoldKind> kind = holdKind(type);
-  if (!kind || level != kLevelOn) return {-EINVAL, 0};
-  const SleepServices::Row wanted = row(*kind);
-  Live live{std::make_shared<SleepAssertion>(*kind, name, now_, [this] { attend(); })};
+  const SleepServices::Row wanted = row(kind);
+  Live live{std::make_shared<SleepAssertion>(kind, name, now_, [this] { attend(); })};
   if (!wanted.mechanisms.empty()) {
     if (const int error = live.assertion->hold(wanted.mechanisms); error < 0) return {error, 0};
   } else if (wanted.error < 0) {
     return {wanted.error, 0};
   } else {
-    live.recordedId = recorded_.createAssertion(type, level, name).id;
+    live.recordedId = recorded_.createAssertion(kind, name).id;
   }
   const Creation creation{0, add(std::move(live))};
   attendLater();
@@ -83,7 +72,7 @@ void SleepInhibitors::releaseAssertion(std::uint32_t id) {
 bool SleepInhibitors::isGranted() {
   return std::all_of(live_.begin(), live_.end(), [](const auto& entry) {
     const SleepAssertion& assertion = *entry.second.assertion;
-    return assertion.kind() != HoldKind::system || assertion.isHeld();
+    return assertion.kind() != tidewell::AssertionKind::system || assertion.isHeld();
   });
 }
 
@@ -97,7 +86,7 @@ void SleepInhibitors::serviceChanged(InhibitMechanism* mechanism, bool present) 
   attendLater();
 }
 
-SleepServices::Row SleepInhibitors::row(HoldKind kind) {
+SleepServices::Row SleepInhibitors::row(tidewell::AssertionKind kind) {
   SleepServices::Row result = services_.row(kind);
   // Nobody tells when a bus in trouble is well again.
   if (result.error < 0) lookAgain_ = now_() + kLookAgain;

@@ -6,7 +6,6 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <string_view>
 
 #include "Platform/Linux/Bus/Bus.h"
 #include "Platform/Linux/Sleep/ReadBack.h"
@@ -34,8 +33,7 @@ class SleepInhibitors : public tidewell::PowerManagement {
   SleepInhibitors(const SleepInhibitors&) = delete;
   SleepInhibitors& operator=(const SleepInhibitors&) = delete;
 
-  Creation createAssertion(std::string_view type, std::uint32_t level,
-                           const std::string& name) override;
+  Creation createAssertion(tidewell::AssertionKind kind, const std::string& name) override;
   void setAssertionName(std::uint32_t id, const std::string& name) override;
   void releaseAssertion(std::uint32_t id) override;
   bool isGranted() override;
@@ -51,7 +49,7 @@ class SleepInhibitors : public tidewell::PowerManagement {
 
   std::uint32_t add(Live live);
   void serviceChanged(InhibitMechanism* mechanism, bool present);
-  SleepServices::Row row(HoldKind kind);
+  SleepServices::Row row(tidewell::AssertionKind kind);
   void hold(Live& live);
   bool compare(InhibitMechanism& mechanism, Moment askedAt, const ReadBack::Reasons& listed);
   void readBack();

@@ -43,19 +43,19 @@ SleepServices::SleepServices(Bus& systemBus, Bus& sessionBus, Changed changed)
   watch(sessionBus, screenSaver_.serviceName(), &screenSaver_);
 }
 
-SleepServices::Row SleepServices::row(HoldKind kind) {
+SleepServices::Row SleepServices::row(tidewell::AssertionKind kind) {
   Row row;
   if (isPresent(sessionBus_, sessionManager_.serviceName(), row.error)) {
     row.mechanisms.push_back(&sessionManager_);
   } else if (isPresent(sessionBus_, powerManagement_.serviceName(), row.error)) {
     row.mechanisms.push_back(&powerManagement_);
-    if (kind == HoldKind::display &&
+    if (kind == tidewell::AssertionKind::display &&
         isPresent(sessionBus_, screenSaver_.serviceName(), row.error)) {
       row.mechanisms.push_back(&screenSaver_);
     }
   }
   // KDE keeps the screen on for logind's idle lock, which a hold of the system alone must not do.
-  const bool keepsScreenOn = kind == HoldKind::system && !row.mechanisms.empty() &&
+  const bool keepsScreenOn = kind == tidewell::AssertionKind::system && !row.mechanisms.empty() &&
                              isPresent(sessionBus_, services::kSolid, row.error);
   if (!keepsScreenOn && isPresent(systemBus_, logind_.serviceName(), row.error)) {
     row.mechanisms.push_back(&logind_);

@@ -6,11 +6,11 @@
 
 #include "Platform/Linux/Bus/Bus.h"
 #include "Platform/Linux/Sleep/FreedesktopInhibitor.h"
-#include "Platform/Linux/Sleep/HoldKind.h"
 #include "Platform/Linux/Sleep/InhibitMechanism.h"
 #include "Platform/Linux/Sleep/LogindInhibitor.h"
 #include "Platform/Linux/Sleep/SessionManagerInhibitor.h"
 #include "Platform/Linux/Sleep/SleepAssertion.h"
+#include "Tidewell/Ports/PowerManagement.h"
 
 namespace platform {
 
@@ -32,7 +32,7 @@ class SleepServices {
   /// The buses must outlive this. `changed` must not destroy it.
   SleepServices(Bus& systemBus, Bus& sessionBus, Changed changed);
 
-  Row row(HoldKind kind);
+  Row row(tidewell::AssertionKind kind);
   /// All that a row may name.
   SleepAssertion::Mechanisms all();
 

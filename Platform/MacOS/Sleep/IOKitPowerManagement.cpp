@@ -4,6 +4,7 @@
 
 #include "Platform/MacOS/CoreFoundation/CFRef.h"
 #include "Platform/MacOS/CoreFoundation/CFText.h"
+#include "Platform/MacOS/Sleep/AssertionTypes.h"
 
 namespace platform {
 namespace {
@@ -21,12 +22,12 @@ CFRef<CFStringRef> assertionName(const std::string& name) {
 
 }  // namespace
 
-tidewell::PowerManagement::Creation IOKitPowerManagement::createAssertion(std::string_view type,
-                                                                          std::uint32_t level,
-                                                                          const std::string& name) {
+tidewell::PowerManagement::Creation IOKitPowerManagement::createAssertion(
+    tidewell::AssertionKind kind, const std::string& name) {
   Creation creation;
-  creation.code = IOPMAssertionCreateWithName(makeCFString(type).get(), level,
-                                              assertionName(name).get(), &creation.id);
+  creation.code =
+      IOPMAssertionCreateWithName(makeCFString(assertionType(kind)).get(), kAssertionLevelOn,
+                                  assertionName(name).get(), &creation.id);
   return creation;
 }
 

@@ -8,8 +8,7 @@ namespace platform {
 /// are cut to the 128 characters that the system allows.
 class IOKitPowerManagement final : public tidewell::PowerManagement {
  public:
-  Creation createAssertion(std::string_view type, std::uint32_t level,
-                           const std::string& name) override;
+  Creation createAssertion(tidewell::AssertionKind kind, const std::string& name) override;
   void setAssertionName(std::uint32_t id, const std::string& name) override;
   void releaseAssertion(std::uint32_t id) override;
   bool isGranted() override { return true; }

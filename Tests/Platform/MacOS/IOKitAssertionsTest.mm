@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "Platform/MacOS/Sleep/IOKitAssertionTable.h"
@@ -20,8 +21,8 @@ constexpr std::uint32_t kOn = 255;
 /// An assertion that is given back at the end.
 class Held {
  public:
-  Held(std::string_view type, const std::string& name)
-      : creation_(power_.createAssertion(type, kOn, name)) {}
+  Held(tidewell::AssertionKind kind, const std::string& name)
+      : creation_(power_.createAssertion(kind, name)) {}
   ~Held() { power_.releaseAssertion(creation_.id); }
   Held(const Held&) = delete;
   Held& operator=(const Held&) = delete;
@@ -56,9 +57,11 @@ std::vector<PropertyValue> listed(const std::string& type, const std::string& ke
 using Values = std::vector<PropertyValue>;
 
 TEST(IOKitAssertions, AreListedWithTypeNameAndLevelWhileTheyAreHeld) {
-  for (const char* type : {"PreventUserIdleSystemSleep", "PreventUserIdleDisplaySleep"}) {
+  using Kind = tidewell::AssertionKind;
+  for (const auto& [kind, type] : {std::pair(Kind::system, "PreventUserIdleSystemSleep"),
+                                   std::pair(Kind::display, "PreventUserIdleDisplaySleep")}) {
     {
-      const Held held(type, "a test is working");
+      const Held held(kind, "a test is working");
       EXPECT_EQ(held.code(), 0);
       EXPECT_NE(held.id(), 0U);
       EXPECT_EQ(listed(type, "AssertName"), Values{std::string("a test is working")});
@@ -69,14 +72,14 @@ TEST(IOKitAssertions, AreListedWithTypeNameAndLevelWhileTheyAreHeld) {
 }
 
 TEST(IOKitAssertions, CanBeRenamedWhileTheyAreHeld) {
-  Held held("PreventUserIdleSystemSleep", "a test is working");
+  Held held(tidewell::AssertionKind::system, "a test is working");
   held.rename("é and 2 more are working");
   EXPECT_EQ(listed("PreventUserIdleSystemSleep", "AssertName"),
             Values{std::string("é and 2 more are working")});
 }
 
 TEST(IOKitAssertions, HaveTheirNamesCutToWhatTheSystemTakes) {
-  const Held held("PreventUserIdleSystemSleep", std::string(200, 'x'));
+  const Held held(tidewell::AssertionKind::system, std::string(200, 'x'));
   EXPECT_EQ(held.code(), 0);
   EXPECT_EQ(listed("PreventUserIdleSystemSleep", "AssertName"), Values{std::string(128, 'x')});
 }

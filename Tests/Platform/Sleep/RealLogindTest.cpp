@@ -167,7 +167,7 @@ TEST_F(RealLogindTest, HoldsNothingForAProcessThatWasKilled) {
     Bus system(childLoop, Bus::Kind::system);
     Bus session(childLoop, Bus::Kind::session);
     SleepInhibitors holds(system, session, childLoop);
-    const bool isHeld = holds.createAssertion(kSystem, 255, "from the child").code == 0;
+    const bool isHeld = holds.createAssertion(kSystem, "from the child").code == 0;
     if (isHeld && ::write(ends[1], "x", 1) == 1) ::pause();
     return false;
   });
@@ -205,7 +205,7 @@ int closeLocksBehindTheBack() {
 TEST_F(RealLogindTest, ReadsBackThatALockIsGoneAndTakesItAgain) {
   tidewell::FakeMainLoop timers;
   SleepInhibitors holds(*systemBus, *sessionBus, timers, [this] { return now; });
-  ASSERT_EQ(holds.createAssertion(kSystem, 255, "a").code, 0);
+  ASSERT_EQ(holds.createAssertion(kSystem, "a").code, 0);
   ASSERT_GE(closeLocksBehindTheBack(), 1);
   ASSERT_TRUE(eventually([&] { return reasons().empty(); }));
   now += std::chrono::seconds(3);
@@ -216,7 +216,7 @@ TEST_F(RealLogindTest, ReadsBackThatALockIsGoneAndTakesItAgain) {
 TEST_F(RealLogindTest, LeavesALockAloneThatIsListed) {
   tidewell::FakeMainLoop timers;
   SleepInhibitors holds(*systemBus, *sessionBus, timers, [this] { return now; });
-  ASSERT_EQ(holds.createAssertion(kSystem, 255, "broken \xFF").code, 0);
+  ASSERT_EQ(holds.createAssertion(kSystem, "broken \xFF").code, 0);
   for (int reading = 0; reading < 3; ++reading) {
     now += std::chrono::seconds(60);
     timers.fireTimers();

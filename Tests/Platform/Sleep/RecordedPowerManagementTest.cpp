@@ -19,19 +19,19 @@ class RecordedPowerManagementTest : public ::testing::Test {
 };
 
 TEST_F(RecordedPowerManagementTest, HandsOutIdsAndKeepsNames) {
-  const auto first = recorded.createAssertion("PreventUserIdleSystemSleep", 255, "a");
-  const auto second = recorded.createAssertion("PreventUserIdleDisplaySleep", 255, "b");
+  const auto first = recorded.createAssertion(tidewell::AssertionKind::system, "a");
+  const auto second = recorded.createAssertion(tidewell::AssertionKind::display, "b");
   EXPECT_EQ(first.code, 0);
   EXPECT_NE(first.id, 0U);
   EXPECT_NE(first.id, second.id);
   recorded.setAssertionName(first.id, "c");
   EXPECT_EQ(recorded.assertions().at(first.id).name, "c");
-  EXPECT_EQ(recorded.assertions().at(first.id).type, "PreventUserIdleSystemSleep");
+  EXPECT_EQ(recorded.assertions().at(first.id).kind, tidewell::AssertionKind::system);
   EXPECT_EQ(recorded.assertions().at(second.id).name, "b");
 }
 
 TEST_F(RecordedPowerManagementTest, ForgetsWhatIsReleased) {
-  const auto creation = recorded.createAssertion("PreventUserIdleSystemSleep", 255, "a");
+  const auto creation = recorded.createAssertion(tidewell::AssertionKind::system, "a");
   recorded.releaseAssertion(creation.id);
   recorded.setAssertionName(creation.id, "b");
   EXPECT_TRUE(recorded.assertions().empty());
@@ -39,8 +39,8 @@ TEST_F(RecordedPowerManagementTest, ForgetsWhatIsReleased) {
 
 TEST_F(RecordedPowerManagementTest, SaysOnceThatNothingIsHeld) {
   EXPECT_EQ(ports.log.lines(), Lines{});
-  recorded.createAssertion("PreventUserIdleSystemSleep", 255, "a");
-  recorded.createAssertion("PreventUserIdleSystemSleep", 255, "b");
+  recorded.createAssertion(tidewell::AssertionKind::system, "a");
+  recorded.createAssertion(tidewell::AssertionKind::system, "b");
   EXPECT_EQ(ports.log.lines(), Lines{"info: no sleep service here: holds are recorded only"});
 }
 

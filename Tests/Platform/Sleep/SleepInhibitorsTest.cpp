@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cerrno>
 #include <chrono>
 #include <memory>
 #include <string>
@@ -174,13 +173,6 @@ TEST_F(SleepTest, SucceedsWhenAtLeastOneServiceAgrees) {
   EXPECT_EQ(creation.code, 0);
   EXPECT_NE(creation.id, 0U);
   EXPECT_EQ(logind->held(), Lines{"idle|Staylit|a|block"});
-}
-
-TEST_F(SleepTest, RefusesWhatItDoesNotKnow) {
-  const auto logind = fakeLogind();
-  EXPECT_EQ(create("PreventDiskIdle", "a").code, -EINVAL);
-  EXPECT_EQ(inhibitors->createAssertion(kSystem, 0, "a").code, -EINVAL);
-  EXPECT_EQ(logind->granted(), Lines{});
 }
 
 TEST_F(SleepTest, SendsOnlyValidText) {

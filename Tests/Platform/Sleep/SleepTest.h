@@ -18,8 +18,8 @@ inline constexpr const char* kPowerManagement = "org.freedesktop.PowerManagement
 inline constexpr const char* kScreenSaver = "org.freedesktop.ScreenSaver";
 inline constexpr const char* kSolid = "org.kde.Solid.PowerManagement";
 
-inline constexpr const char* kSystem = "PreventUserIdleSystemSleep";
-inline constexpr const char* kDisplay = "PreventUserIdleDisplaySleep";
+inline constexpr auto kSystem = tidewell::AssertionKind::system;
+inline constexpr auto kDisplay = tidewell::AssertionKind::display;
 
 using Lines = std::vector<std::string>;
 
@@ -43,8 +43,9 @@ class SleepTest : public BusTest {
   std::unique_ptr<FakeLogind> fakeLogind() {
     return std::make_unique<FakeLogind>(systemDaemon->address());
   }
-  tidewell::PowerManagement::Creation create(const char* type, const std::string& name) {
-    return inhibitors->createAssertion(type, 255, name);
+  tidewell::PowerManagement::Creation create(tidewell::AssertionKind kind,
+                                             const std::string& name) {
+    return inhibitors->createAssertion(kind, name);
   }
 
   tidewell::FakePorts ports;
