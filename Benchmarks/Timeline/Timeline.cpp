@@ -62,8 +62,7 @@ class Machine {
       fakes_.assertions.hold(kAskingPid, "PreventUserIdleSystemSleep");
     }
     const bool onBattery = scene::kOnBattery.contains(second);
-    fakes_.powerSources.setBattery(scene::kBatteryPercent,
-                                   onBattery ? "Battery Power" : "AC Power");
+    fakes_.powerSources.current = tidewell::PowerSource{!onBattery, scene::kBatteryPercent};
   }
 
   tidewell::FakePorts fakes_;

@@ -247,13 +247,11 @@ void VirtualMachine::changePower() {
   battery_.isThere = happens(0.8);
   battery_.isOnMains = happens(0.6);
   battery_.charge = any<std::int64_t>({0, 5, 19, 20, 21, 49, 50, 80, 100});
-  fakes_.powerSources.sources.clear();
+  fakes_.powerSources.current.reset();
   if (battery_.isThere) {
-    fakes_.powerSources.setBattery(battery_.charge,
-                                   battery_.isOnMains ? "AC Power" : "Battery Power");
+    fakes_.powerSources.current = tidewell::PowerSource{battery_.isOnMains, battery_.charge};
   }
   fakes_.powerSources.lowPowerMode = happens(0.1);
-  fakes_.powerSources.described.clear();
   // The services that grant holds may fail as well.
   fakes_.power.systemFailure = happens(0.05) ? any({-5, -110, 3}) : 0;
   fakes_.power.displayFailure = happens(0.1) ? -5 : 0;

@@ -80,7 +80,7 @@ TEST_F(DiagnosticsTest, ReportsAMachineWithNothingToDo) {
 }
 
 TEST_F(DiagnosticsTest, ReportsABlockedMachineThatWorks) {
-  fakes.powerSources.setBattery(15, "Battery Power");
+  fakes.powerSources.setBattery(15);
   fakes.defaults.stored = {{"sustainSeconds", Integer{32}},
                            {"cpuThresholdPercent", 25.0},
                            {"diskThresholdKBps", 0.5},
@@ -188,7 +188,7 @@ TEST_F(DiagnosticsTest, Samples15SecondsForASustainTimeOf9And14For8) {
 }
 
 TEST_F(DiagnosticsTest, PrintsTheChargeOnBattery) {
-  fakes.powerSources.setBattery(85, "Battery Power");
+  fakes.powerSources.setBattery(85);
   EXPECT_EQ(line("Power:"), "Power:      85% \u00B7 battery \u00B7 lowPower=false");
 }
 
@@ -199,7 +199,7 @@ TEST_F(DiagnosticsTest, PrintsLowPowerModeAndThatItBlocks) {
 }
 
 TEST_F(DiagnosticsTest, PrintsNoBlockWhereThereIsNone) {
-  fakes.powerSources.setBattery(85, "Battery Power");
+  fakes.powerSources.setBattery(85);
   EXPECT_EQ(report().find("BLOCKED"), std::string::npos);
 }
 
@@ -248,7 +248,7 @@ TEST_F(DiagnosticsTest, ReadsTheThresholdsAfreshBeforeEveryTick) {
 
 TEST_F(DiagnosticsTest, ReadsThePowerStateOnce) {
   report();
-  EXPECT_EQ(fakes.calls->count("copy power sources"), 1U);
+  EXPECT_EQ(fakes.calls->count("read the power source"), 1U);
 }
 
 TEST_F(DiagnosticsTest, PrintsItsHeadBeforeItSamples) {

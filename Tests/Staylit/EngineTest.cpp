@@ -52,7 +52,7 @@ class EngineTest : public testing::Test {
     fakes.calls->clear();
   }
 
-  void setBattery(Integer charge) { fakes.powerSources.setBattery(charge, "Battery Power"); }
+  void setBattery(Integer charge) { fakes.powerSources.setBattery(charge); }
 
   EngineStatus status() { return engine->status().get(); }
 
@@ -77,7 +77,7 @@ TEST_F(EngineTest, BeginsIdleAndUnpausedWithNothingBusy) {
 
 TEST(Engine, ReadsThePowerStateWhenItIsMadeAndStartsNothing) {
   tidewell::FakePorts fakes;
-  fakes.powerSources.setBattery(45, "Battery Power");
+  fakes.powerSources.setBattery(45);
   StaylitEngine engine(fakes.ports);
   EXPECT_EQ(engine.powerState().get(), (PowerState{false, 45, false, true}));
   EXPECT_TRUE(fakes.mainLoop.timers.empty());
@@ -304,7 +304,7 @@ TEST_F(EngineTest, HoldsAgainAsSoonAsTheBlockLifts) {
   work(10, "A", 80);
   setBattery(19);
   tickUntilBusy();
-  fakes.powerSources.setBattery(19, "AC Power");
+  fakes.powerSources.setBatteryOnAC(19);
   tickAfter(2s);
   EXPECT_EQ(status(), EngineStatus::holding({"A"}));
 }

@@ -96,7 +96,7 @@ class SettingsViewTest : public testing::Test {
 // The form.
 
 TEST_F(SettingsViewTest, ShowsTheDefaultsInFiveSections) {
-  fakes.powerSources.setBattery(64, "Battery Power");
+  fakes.powerSources.setBattery(64);
   engine->tick();
   EXPECT_EQ(
       view->form(),

@@ -102,7 +102,7 @@ TEST_F(TerminalReporterTest, AnotherSetOfApplicationsIsAChange) {
 }
 
 TEST_F(TerminalReporterTest, AnotherReasonOfABlockIsAChange) {
-  fakes.powerSources.setBattery(10, "Battery Power");
+  fakes.powerSources.setBattery(10);
   engine.tick();
   EXPECT_EQ(printed(), "09:00:00  Not holding \u2014 battery below 20%\n");
   engine.tick();

@@ -1,25 +1,16 @@
 #pragma once
 
-#include <cstddef>
-#include <memory>
+#include <cstdint>
 #include <optional>
-
-#include "Tidewell/Ports/PropertyValue.h"
 
 namespace tidewell {
 
-/// All power sources at one moment. Owned by the reader, which drops it when done.
-class PowerSourcesSnapshot {
- public:
-  virtual ~PowerSourcesSnapshot() = default;
+/// What feeds the machine, besides or in place of the wall adapter: a battery, as a rule.
+struct PowerSource {
+  bool isOnAC = false;                     ///< The wall adapter feeds the machine now.
+  std::optional<std::int64_t> percentage;  ///< Whole percent; absent when the source does not tell.
 
-  /// How many sources there are; absent when the platform gave no list.
-  virtual std::optional<std::size_t> count() = 0;
-
-  /// Describes the source at `index` < `count()`; absent when it cannot be described. The keys
-  /// that matter: "Power Source State" (text, "AC Power" or another), "Current Capacity" and
-  /// "Max Capacity" (integers in one unit of the platform's choice).
-  virtual std::optional<PropertyDictionary> description(std::size_t index) = 0;
+  friend bool operator==(const PowerSource&, const PowerSource&) = default;
 };
 
 /// Batteries, wall adapter and power-saving mode. Main thread only; cheap enough for every tick.
@@ -29,8 +20,8 @@ class PowerSources {
 
   virtual bool isLowPowerModeEnabled() = 0;
 
-  /// Null when the platform offers no such information.
-  virtual std::unique_ptr<PowerSourcesSnapshot> copySnapshot() = 0;
+  /// The first source that can be described. Absent when there is none, or nobody tells.
+  virtual std::optional<PowerSource> source() = 0;
 };
 
 }  // namespace tidewell

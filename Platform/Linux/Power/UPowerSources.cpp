@@ -1,12 +1,9 @@
 #include "Platform/Linux/Power/UPowerSources.h"
 
 #include <algorithm>
-#include <cstddef>
 #include <cstdint>
 #include <string_view>
 #include <utility>
-
-#include "Platform/Linux/Power/PowerSupplyFiles.h"
 
 namespace platform {
 namespace {
@@ -34,37 +31,9 @@ bool isBattery(const PropertyDictionary& device) {
   return (type == kBatteryType || type == kUpsType) && property<bool>(device, "IsPresent") == true;
 }
 
-/// Whole percents, in 1024ths: in hundredths the reader's division would turn 29 % into 28.
-std::int64_t capacity(double percentage) {
-  constexpr std::int64_t hundred = 100;
-  if (!(percentage > 0)) return 0;
-  const auto whole = static_cast<std::int64_t>(std::min(percentage, 100.0));
-  return (whole * 1024 + hundred - 1) / hundred;
+std::int64_t wholePercent(double percentage) {
+  return percentage > 0 ? static_cast<std::int64_t>(std::min(percentage, 100.0)) : 0;
 }
-
-PropertyDictionary description(const PowerSituation& situation) {
-  PropertyDictionary result{
-      {"Power Source State", std::string(situation.onBattery ? "Battery Power" : "AC Power")}};
-  if (situation.percentage) {
-    result["Current Capacity"] = capacity(*situation.percentage);
-    result["Max Capacity"] = std::int64_t{1024};
-  }
-  return result;
-}
-
-/// All batteries as one source, or no source.
-class Snapshot : public tidewell::PowerSourcesSnapshot {
- public:
-  explicit Snapshot(const PowerSituation& situation) : situation_(situation) {}
-
-  std::optional<std::size_t> count() override { return situation_.hasBattery ? 1 : 0; }
-  std::optional<PropertyDictionary> description(std::size_t /*index*/) override {
-    return platform::description(situation_);
-  }
-
- private:
-  PowerSituation situation_;
-};
 
 }  // namespace
 
@@ -86,9 +55,12 @@ bool UPowerSources::isLowPowerModeEnabled() {
   return older != nullptr && savesPower(*older);
 }
 
-std::unique_ptr<tidewell::PowerSourcesSnapshot> UPowerSources::copySnapshot() {
+std::optional<tidewell::PowerSource> UPowerSources::source() {
   const std::optional<PowerSituation> now = situation();
-  return now ? std::make_unique<Snapshot>(*now) : nullptr;
+  if (!now || !now->hasBattery) return std::nullopt;
+  tidewell::PowerSource source{!now->onBattery, std::nullopt};
+  if (now->percentage) source.percentage = wholePercent(*now->percentage);
+  return source;
 }
 
 std::optional<PowerSituation> UPowerSources::situation() {

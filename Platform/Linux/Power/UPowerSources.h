@@ -1,12 +1,11 @@
 #pragma once
 
 #include <filesystem>
-#include <memory>
 #include <optional>
 
 #include "Platform/Linux/Bus/Bus.h"
 #include "Platform/Linux/Bus/RemoteProperties.h"
-#include "Platform/Linux/Power/PowerSituation.h"
+#include "Platform/Linux/Power/PowerSupplyFiles.h"
 #include "Tidewell/Ports/PowerSources.h"
 
 namespace platform {
@@ -24,7 +23,8 @@ class UPowerSources : public tidewell::PowerSources {
                          std::filesystem::path supplies = "/sys/class/power_supply");
 
   bool isLowPowerModeEnabled() override;
-  std::unique_ptr<tidewell::PowerSourcesSnapshot> copySnapshot() override;
+  /// All batteries as one source.
+  std::optional<tidewell::PowerSource> source() override;
 
  private:
   std::optional<PowerSituation> situation();

@@ -8,7 +8,7 @@ namespace platform {
 class IOKitPowerSources final : public tidewell::PowerSources {
  public:
   bool isLowPowerModeEnabled() override;
-  std::unique_ptr<tidewell::PowerSourcesSnapshot> copySnapshot() override;
+  std::optional<tidewell::PowerSource> source() override;
 };
 
 }  // namespace platform

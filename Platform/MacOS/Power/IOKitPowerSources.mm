@@ -3,50 +3,32 @@
 #import <Foundation/Foundation.h>
 #include <IOKit/ps/IOPowerSources.h>
 
-#include <utility>
+#include <cstddef>
 
 #include "Platform/MacOS/CoreFoundation/CFCast.h"
 #include "Platform/MacOS/CoreFoundation/CFProperties.h"
 #include "Platform/MacOS/CoreFoundation/CFRef.h"
+#include "Platform/MacOS/Power/PowerSourceDescription.h"
 
 namespace platform {
-namespace {
-
-class IOKitPowerSourcesSnapshot final : public tidewell::PowerSourcesSnapshot {
- public:
-  explicit IOKitPowerSourcesSnapshot(CFRef<CFTypeRef> information)
-      : information_(std::move(information)),
-        sources_(CFRef<CFArrayRef>::adopt(IOPSCopyPowerSourcesList(information_.get()))) {}
-
-  std::optional<std::size_t> count() override {
-    const CFArrayRef sources = asArray(sources_.get());
-    if (sources == nullptr) return std::nullopt;
-    return static_cast<std::size_t>(CFArrayGetCount(sources));
-  }
-
-  std::optional<tidewell::PropertyDictionary> description(std::size_t index) override {
-    const CFTypeRef source = CFArrayGetValueAtIndex(sources_.get(), static_cast<CFIndex>(index));
-    return propertyDictionary(IOPSGetPowerSourceDescription(information_.get(), source));
-  }
-
- private:
-  /// Owns the descriptions, so it stays as long as they are read.
-  CFRef<CFTypeRef> information_;
-  CFRef<CFArrayRef> sources_;
-};
-
-}  // namespace
-
 bool IOKitPowerSources::isLowPowerModeEnabled() {
   @autoreleasepool {
     return NSProcessInfo.processInfo.isLowPowerModeEnabled;
   }
 }
 
-std::unique_ptr<tidewell::PowerSourcesSnapshot> IOKitPowerSources::copySnapshot() {
-  auto information = CFRef<CFTypeRef>::adopt(IOPSCopyPowerSourcesInfo());
-  if (!information) return nullptr;
-  return std::make_unique<IOKitPowerSourcesSnapshot>(std::move(information));
+std::optional<tidewell::PowerSource> IOKitPowerSources::source() {
+  // It owns the descriptions, so it stays as long as they are read.
+  const auto information = CFRef<CFTypeRef>::adopt(IOPSCopyPowerSourcesInfo());
+  if (!information) return std::nullopt;
+  const auto list = CFRef<CFArrayRef>::adopt(IOPSCopyPowerSourcesList(information.get()));
+  const CFArrayRef sources = asArray(list.get());
+  if (sources == nullptr) return std::nullopt;
+  const auto describe = [&](std::size_t index) {
+    const CFTypeRef source = CFArrayGetValueAtIndex(sources, static_cast<CFIndex>(index));
+    return propertyDictionary(IOPSGetPowerSourceDescription(information.get(), source));
+  };
+  return firstPowerSource(static_cast<std::size_t>(CFArrayGetCount(sources)), describe);
 }
 
 }  // namespace platform

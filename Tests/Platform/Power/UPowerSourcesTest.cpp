@@ -6,6 +6,7 @@
 #include <fstream>
 #include <iterator>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "Tests/Platform/Support/BusTest.h"
@@ -16,7 +17,6 @@ namespace platform {
 namespace {
 
 using namespace testing;  // NOLINT: the fixture's names
-using tidewell::PropertyDictionary;
 
 constexpr const char* kUPower = "org.freedesktop.UPower";
 constexpr const char* kUPowerPath = "/org/freedesktop/UPower";
@@ -47,18 +47,12 @@ class UPowerSourcesTest : public BusTest {
     return service;
   }
 
-  /// "state percent" of the one source, as the reader works it out, or how many there are.
+  /// "state percent" of the source, as far as it tells.
   std::string source() {
-    const auto snapshot = sources->copySnapshot();
-    if (!snapshot) return "absent";
-    if (snapshot->count() != 1U) return std::to_string(snapshot->count().value()) + " sources";
-    const PropertyDictionary dictionary = snapshot->description(0).value();
-    const auto state = std::get<std::string>(dictionary.at("Power Source State"));
-    if (!dictionary.contains("Current Capacity")) return state;
-    const auto current = std::get<std::int64_t>(dictionary.at("Current Capacity"));
-    const auto full = std::get<std::int64_t>(dictionary.at("Max Capacity"));
-    const double percentage = static_cast<double>(current) / static_cast<double>(full) * 100.0;
-    return state + " " + std::to_string(static_cast<int>(percentage));
+    const auto source = sources->source();
+    if (!source) return "none";
+    const std::string state = source->isOnAC ? "AC Power" : "Battery Power";
+    return source->percentage ? state + " " + std::to_string(*source->percentage) : state;
   }
 
   TemporaryFolder supplies;
@@ -96,7 +90,7 @@ TEST_F(UPowerSourcesTest, FollowChangesWithoutAskingAgain) {
 TEST_F(UPowerSourcesTest, TellOfNoSourceOnADesktop) {
   const auto service = upower(false, 0.0);
   service->set(kDevicePath, kDevice, {{"Type", 0U}, {"IsPresent", false}, {"Percentage", 0.0}});
-  EXPECT_EQ(source(), "0 sources");
+  EXPECT_EQ(source(), "none");
 }
 
 TEST_F(UPowerSourcesTest, BelieveUPowerRatherThanTheKernel) {
@@ -107,7 +101,7 @@ TEST_F(UPowerSourcesTest, BelieveUPowerRatherThanTheKernel) {
 }
 
 TEST_F(UPowerSourcesTest, AskTheKernelWhereUPowerIsAbsent) {
-  EXPECT_EQ(source(), "0 sources");
+  EXPECT_EQ(source(), "none");
   supplies.write("BAT0/type", "Battery\n");
   supplies.write("BAT0/status", "Discharging\n");
   supplies.write("BAT0/capacity", "29\n");
@@ -121,15 +115,15 @@ TEST_F(UPowerSourcesTest, TellNoCapacityThatNobodyKnows) {
 
 TEST_F(UPowerSourcesTest, AreAbsentWhereNobodyTells) {
   UPowerSources nowhere(*systemBus, supplies.path() / "missing");
-  EXPECT_EQ(nowhere.copySnapshot(), nullptr);
+  EXPECT_EQ(nowhere.source(), std::nullopt);
 }
 
 TEST_F(UPowerSourcesTest, ChangeToUPowerWhenItAppearsAndBackWhenItGoes) {
-  EXPECT_EQ(source(), "0 sources");
+  EXPECT_EQ(source(), "none");
   auto service = upower(true, 45.0);
   EXPECT_TRUE(eventually([&] { return source() == "Battery Power 45"; }));
   service.reset();
-  EXPECT_TRUE(eventually([&] { return source() == "0 sources"; }));
+  EXPECT_TRUE(eventually([&] { return source() == "none"; }));
 }
 
 TEST_F(UPowerSourcesTest, StartUPowerOnceAtMostAndTheProfilesServiceNever) {
@@ -140,7 +134,7 @@ TEST_F(UPowerSourcesTest, StartUPowerOnceAtMostAndTheProfilesServiceNever) {
   systemDaemon->start();
   for (int tick = 0; tick < 3; ++tick) {
     EXPECT_FALSE(sources->isLowPowerModeEnabled());
-    EXPECT_EQ(source(), "0 sources");
+    EXPECT_EQ(source(), "none");
     runBriefly(*loop);
   }
   std::ifstream file(starts);
@@ -210,7 +204,7 @@ TEST_F(MockedPowerTest, FollowsAMockOfUPower) {
                            "--parameters", "{\"OnBattery\": true}"},
                           silence);
   ASSERT_TRUE(eventually([&] { return systemBus->nameHasOwner(kUPower) == 1; }));
-  EXPECT_TRUE(eventually([&] { return source() == "0 sources"; }));
+  EXPECT_TRUE(eventually([&] { return source() == "none"; }));
   call(kUPower, kUPowerPath, "SetupDisplayDevice", [](sd_bus_message* message) {
     return sd_bus_message_append(message, "uuddddxxbsu", 2U, 2U, 45.0, 20.0, 50.0, 5.0,
                                  std::int64_t{3600}, std::int64_t{0}, 1, "battery", 1U);

@@ -49,7 +49,7 @@ class Studio {
   Studio(std::string folder, std::string suffix)
       : folder_(std::move(folder)), suffix_(std::move(suffix)) {
     using enum tidewell::AppCategory;
-    fakes_.powerSources.setBattery(64, "Battery Power");
+    fakes_.powerSources.setBattery(64);
     fakes_.defaults.stored["ignoredApps"] = std::vector<std::string>{
         "com.spotify.client", "rsync", "backupd-helper", "com.example.nightly"};
     engine_.busyApps().set(

@@ -103,7 +103,7 @@ TEST_F(SettingsWindowTest, EscapeAndControlWCloseIt) {
 }
 
 TEST_F(SettingsWindowTest, ShowsTheFormOfTheView) {
-  fakes.powerSources.setBattery(64, "Battery Power");
+  fakes.powerSources.setBattery(64);
   engine->tick();
   turn();
   EXPECT_EQ(texts(Control::grace), (Texts{"Wait 2 minutes after work stops",

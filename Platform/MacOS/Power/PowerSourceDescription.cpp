@@ -1,0 +1,48 @@
+#include "Platform/MacOS/Power/PowerSourceDescription.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <variant>
+
+namespace platform {
+namespace {
+
+template <typename Value>
+std::optional<Value> valueOf(const tidewell::PropertyDictionary& dictionary, std::string_view key) {
+  const auto found = dictionary.find(key);
+  if (found == dictionary.end()) return std::nullopt;
+  const Value* value = std::get_if<Value>(&found->second);
+  return value == nullptr ? std::nullopt : std::optional<Value>(*value);
+}
+
+std::int64_t percentage(const tidewell::PropertyDictionary& source) {
+  const auto current = valueOf<std::int64_t>(source, "Current Capacity");
+  const auto max = valueOf<std::int64_t>(source, "Max Capacity");
+  if (max && *max < 1) return 100;
+  const double percent = (current ? static_cast<double>(*current) : 100.0) /
+                         static_cast<double>(max.value_or(100)) * 100.0;
+  // A damaged battery may report anything; no charge is beyond an integer.
+  constexpr double kLimit = 9.0e18;
+  return static_cast<std::int64_t>(std::clamp(std::trunc(percent), -kLimit, kLimit));
+}
+
+}  // namespace
+
+tidewell::PowerSource powerSource(const tidewell::PropertyDictionary& description) {
+  const bool isOnAC = valueOf<std::string>(description, "Power Source State") == "AC Power";
+  return {isOnAC, percentage(description)};
+}
+
+std::optional<tidewell::PowerSource> firstPowerSource(
+    std::size_t count,
+    const std::function<std::optional<tidewell::PropertyDictionary>(std::size_t index)>& describe) {
+  for (std::size_t index = 0; index < count; ++index) {
+    if (const auto description = describe(index)) return powerSource(*description);
+  }
+  return std::nullopt;
+}
+
+}  // namespace platform
