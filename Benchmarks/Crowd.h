@@ -5,7 +5,7 @@
 #include <filesystem>
 #include <vector>
 
-#include "Platform/Linux/Files/Descriptor.h"
+#include "Platform/Posix/Files/Descriptor.h"
 
 /// Many processes under a hundred names, a tenth of them awake, and connections over loopback.
 /// All of it ends with this object.

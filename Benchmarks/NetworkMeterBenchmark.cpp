@@ -7,11 +7,11 @@
 #include <utility>
 #include <vector>
 
-#include "Platform/Linux/Files/Descriptor.h"
 #include "Platform/Linux/Network/InterfaceCounters.h"
 #include "Platform/Linux/Network/ProcSocketHolders.h"
 #include "Platform/Linux/Network/SocketDiagnostics.h"
 #include "Platform/Linux/Network/SocketMeter.h"
+#include "Platform/Posix/Files/Descriptor.h"
 
 namespace platform {
 namespace {

@@ -11,6 +11,7 @@
 #include "Platform/Linux/Applications/NamedHolders.h"
 #include "Platform/Linux/Bus/Bus.h"
 #include "Platform/Linux/Bus/Buses.h"
+#include "Platform/Linux/Files/OwnProgram.h"
 #include "Platform/Linux/Log/JournalLog.h"
 #include "Platform/Linux/Loop/ThreadQueues.h"
 #include "Platform/Linux/Modules/Modules.h"
@@ -26,10 +27,6 @@
 #include "Platform/Linux/Sleep/LidInhibitor.h"
 #include "Platform/Linux/Sleep/LogindSleepNotifications.h"
 #include "Platform/Linux/Sleep/SleepInhibitors.h"
-#include "Platform/Linux/Tasks/LinuxFileManager.h"
-#include "Platform/Linux/Tasks/LinuxProcessInfo.h"
-#include "Platform/Linux/Tasks/NoPrivilegedScripts.h"
-#include "Platform/Linux/Tasks/SpawnedTaskLauncher.h"
 #include "Platform/Linux/Text/LazyText.h"
 #include "Platform/Linux/Text/UnicodeModule.h"
 #include "Platform/Linux/Time/SystemClock.h"
@@ -79,11 +76,7 @@ struct LinuxSystem {
   SleepInhibitors powerManagement{systemBus, sessionBus, *loop};
   InhibitorList assertionTable{systemBus, sessionBus, namedHolders};
   LogindSleepNotifications sleepNotifications{systemBus, *loop};
-  LinuxProcessInfo processInfo;
   AutostartEntry loginItem{ownProgram()};
-  SpawnedTaskLauncher taskLauncher;
-  NoPrivilegedScripts privilegedScripts;
-  LinuxFileManager fileManager;
   LidInhibitor lidSwitch{systemBus, *loop};
 };
 
@@ -111,11 +104,7 @@ std::unique_ptr<tidewell::Ports> makeLinuxPorts(std::shared_ptr<EventLoop> loop,
   ports->powerManagement = port(system->powerManagement);
   ports->assertionTable = port(system->assertionTable);
   ports->sleepNotifications = port(system->sleepNotifications);
-  ports->processInfo = port(system->processInfo);
   ports->loginItem = port(system->loginItem);
-  ports->taskLauncher = port(system->taskLauncher);
-  ports->privilegedScripts = port(system->privilegedScripts);
-  ports->fileManager = port(system->fileManager);
   ports->lidSwitch = port(system->lidSwitch);
   return ports;
 }

@@ -15,13 +15,13 @@
 #include "Platform/MacOS/Sleep/IOKitPowerManagement.h"
 #include "Platform/MacOS/Sleep/WorkspaceSleepNotifications.h"
 #include "Platform/MacOS/Tasks/AppleScriptRunner.h"
-#include "Platform/MacOS/Tasks/FoundationFileManager.h"
 #include "Platform/MacOS/Tasks/FoundationProcessInfo.h"
-#include "Platform/MacOS/Tasks/NSTaskLauncher.h"
 #include "Platform/MacOS/Text/FoundationText.h"
 #include "Platform/MacOS/Time/FoundationClock.h"
 #include "Platform/MakePorts.h"
 #include "Platform/Posix/PosixConsole.h"
+#include "Platform/Posix/Tasks/PosixFileManager.h"
+#include "Platform/Posix/Tasks/SpawnedTaskLauncher.h"
 #include "Tidewell/Accounting/AccountDirectory.h"
 #include "Tidewell/Accounting/ConservedProcesses.h"
 
@@ -41,7 +41,7 @@ struct ProcessSources {
 
 /// The network meter and what it runs the tool with.
 struct NetworkTool {
-  NSTaskLauncher launcher;
+  SpawnedTaskLauncher launcher;
   FoundationClock clock;
   NettopMeter meter{launcher, clock};
 };
@@ -69,9 +69,9 @@ std::unique_ptr<tidewell::Ports> makePorts() {
   ports->sleepNotifications = std::make_shared<WorkspaceSleepNotifications>(mainLoop);
   ports->processInfo = std::make_shared<FoundationProcessInfo>();
   ports->loginItem = std::make_shared<MainAppLoginItem>();
-  ports->taskLauncher = std::make_shared<NSTaskLauncher>();
+  ports->taskLauncher = std::make_shared<SpawnedTaskLauncher>();
   ports->privilegedScripts = std::make_shared<AppleScriptRunner>();
-  ports->fileManager = std::make_shared<FoundationFileManager>();
+  ports->fileManager = std::make_shared<PosixFileManager>();
   return ports;
 }
 

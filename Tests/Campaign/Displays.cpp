@@ -16,7 +16,7 @@
 #include <optional>
 #include <string>
 
-#include "Platform/Linux/Files/Descriptor.h"
+#include "Platform/Posix/Files/Descriptor.h"
 #include "Tests/Campaign/Campaigns.h"
 #include "Tests/EndToEnd/OwnMachine.h"
 #include "Tests/Platform/Support/SilentDisplay.h"

@@ -13,7 +13,7 @@
 #include <thread>
 #include <vector>
 
-#include "Platform/Linux/Files/Descriptor.h"
+#include "Platform/Posix/Files/Descriptor.h"
 #include "Tests/Campaign/Campaigns.h"
 #include "Tests/EndToEnd/OwnMachine.h"
 #include "Tests/Platform/Support/FakePropertyService.h"

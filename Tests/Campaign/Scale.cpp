@@ -15,8 +15,8 @@
 #include <utility>
 #include <vector>
 
-#include "Platform/Linux/Files/Descriptor.h"
 #include "Platform/Linux/Proc/CpuClock.h"
+#include "Platform/Posix/Files/Descriptor.h"
 #include "Tests/Campaign/Campaigns.h"
 #include "Tests/Campaign/ProgramFigures.h"
 #include "Tests/EndToEnd/OwnMachine.h"

@@ -12,8 +12,8 @@
 #include <utility>
 #include <vector>
 
-#include "Platform/Linux/Files/Descriptor.h"
 #include "Platform/Linux/Proc/CpuClock.h"
+#include "Platform/Posix/Files/Descriptor.h"
 #include "Tests/EndToEnd/Machine.h"
 
 namespace staylit::testing {

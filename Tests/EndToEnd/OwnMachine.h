@@ -17,8 +17,8 @@
 #include <vector>
 
 #include "Platform/Linux/Bus/Bus.h"
-#include "Platform/Linux/Files/Descriptor.h"
 #include "Platform/Linux/Loop/EventLoop.h"
+#include "Platform/Posix/Files/Descriptor.h"
 #include "Tests/Platform/Support/ChildProgram.h"
 #include "Tests/Platform/Support/PrivateBus.h"
 #include "Tests/Platform/Support/ProcessNamespace.h"

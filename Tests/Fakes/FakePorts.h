@@ -65,9 +65,9 @@ struct FakePorts {
               borrowed(queues),       borrowed(network),
               borrowed(powerSources), borrowed(power),
               borrowed(assertions),   borrowed(sleepNotifications),
-              borrowed(processInfo),  borrowed(loginItem),
-              borrowed(tasks),        borrowed(scripts),
-              borrowed(files),        nullptr};
+              borrowed(loginItem),    nullptr,
+              borrowed(processInfo),  borrowed(tasks),
+              borrowed(scripts),      borrowed(files)};
 
   /// Makes this a system that has a lid switch.
   void useLidSwitch() { ports.lidSwitch = borrowed(lidSwitch); }

@@ -31,7 +31,7 @@ namespace tidewell {
 /// Made whole by `makePorts`, of which each system has its own, or by a test from fakes. Owned by
 /// the process entry (or the test) and outlives every object that was given it. The members are
 /// destroyed in reverse order, so the ones that others build on come first. All are set but
-/// `lidSwitch`, which is null where the system has none.
+/// `lidSwitch`, which is null where the system has none, and what takes its place there.
 struct Ports {
   std::shared_ptr<SystemLog> log;
   std::shared_ptr<Clock> clock;
@@ -47,12 +47,13 @@ struct Ports {
   std::shared_ptr<PowerManagement> powerManagement;
   std::shared_ptr<AssertionTable> assertionTable;
   std::shared_ptr<SleepNotifications> sleepNotifications;
-  std::shared_ptr<ProcessInfo> processInfo;
   std::shared_ptr<LoginItem> loginItem;
+  std::shared_ptr<LidSwitch> lidSwitch;
+  // What `ClamshellController` makes do with where there is no lid switch; null elsewhere.
+  std::shared_ptr<ProcessInfo> processInfo;
   std::shared_ptr<TaskLauncher> taskLauncher;
   std::shared_ptr<PrivilegedScripts> privilegedScripts;
   std::shared_ptr<FileManager> fileManager;
-  std::shared_ptr<LidSwitch> lidSwitch;
 };
 
 /// Makes the process-wide `Ports` that the static namespaces (`Log`, `BatteryMonitor`,

@@ -13,6 +13,7 @@
 #include "Platform/Linux/Files/RegularFile.h"
 #include "Platform/Linux/Files/XdgFolders.h"
 #include "Platform/Linux/Text/EnvironmentLocale.h"
+#include "Platform/Posix/Files/HomeFolder.h"
 
 namespace platform {
 namespace {

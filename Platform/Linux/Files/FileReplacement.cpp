@@ -9,8 +9,8 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "Platform/Linux/Files/Descriptor.h"
 #include "Platform/Linux/Files/ReadLease.h"
+#include "Platform/Posix/Files/Descriptor.h"
 
 namespace platform {
 namespace {

@@ -2,7 +2,7 @@
 
 #include <filesystem>
 
-#include "Platform/Linux/Files/Descriptor.h"
+#include "Platform/Posix/Files/Descriptor.h"
 
 namespace platform {
 

@@ -9,7 +9,7 @@
 #include <optional>
 #include <utility>
 
-#include "Platform/Linux/Files/Descriptor.h"
+#include "Platform/Posix/Files/Descriptor.h"
 
 namespace platform {
 namespace {

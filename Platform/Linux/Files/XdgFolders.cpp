@@ -1,10 +1,9 @@
 #include "Platform/Linux/Files/XdgFolders.h"
 
-#include <pwd.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <cstdlib>
+
+#include "Platform/Posix/Files/HomeFolder.h"
 
 namespace platform {
 namespace {
@@ -17,17 +16,6 @@ fs::path absoluteFrom(const char* variable) {
   return value != nullptr && value[0] == '/' ? fs::path(value) : fs::path();
 }
 
-fs::path homeFromUserDatabase() {
-  passwd entry{};
-  passwd* found = nullptr;
-  char buffer[4096];
-  if (getpwuid_r(geteuid(), &entry, buffer, sizeof buffer, &found) != 0 || found == nullptr) {
-    return {};
-  }
-  const fs::path home = entry.pw_dir;
-  return home.is_absolute() ? home : fs::path();
-}
-
 fs::path belowHome(const char* variable, const char* folder) {
   const fs::path given = absoluteFrom(variable);
   if (!given.empty()) return given;
@@ -36,11 +24,6 @@ fs::path belowHome(const char* variable, const char* folder) {
 }
 
 }  // namespace
-
-fs::path homeFolder() {
-  const fs::path home = absoluteFrom("HOME");
-  return home.empty() ? homeFromUserDatabase() : home;
-}
 
 fs::path xdgConfigHome() {
   return belowHome("XDG_CONFIG_HOME", ".config");

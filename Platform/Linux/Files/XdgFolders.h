@@ -9,9 +9,6 @@ namespace platform {
 /// The folders of the XDG base directory rules, from the environment at each call. A value that
 /// is not an absolute path counts as not set, as the rules demand.
 
-/// The user's home folder: `HOME`, else what the user database says. Empty when neither knows.
-[[nodiscard]] std::filesystem::path homeFolder();
-
 /// `XDG_CONFIG_HOME`, else `~/.config`. Empty without a home.
 [[nodiscard]] std::filesystem::path xdgConfigHome();
 

@@ -18,7 +18,7 @@
 #define SD_JOURNAL_SUPPRESS_LOCATION
 #include <systemd/sd-journal.h>
 
-#include "Platform/Linux/Files/Descriptor.h"
+#include "Platform/Posix/Files/Descriptor.h"
 
 namespace platform {
 namespace {

@@ -7,8 +7,8 @@
 #include <memory>
 #include <vector>
 
-#include "Platform/Linux/Files/Descriptor.h"
 #include "Platform/Linux/Loop/EventSource.h"
+#include "Platform/Posix/Files/Descriptor.h"
 #include "Tidewell/Ports/MainLoop.h"
 
 namespace platform {

@@ -3,9 +3,9 @@
 #include <string>
 #include <vector>
 
-#include "Platform/Linux/Files/Descriptor.h"
 #include "Platform/Linux/Network/SocketHolders.h"
 #include "Platform/Linux/Proc/CpuClock.h"
+#include "Platform/Posix/Files/Descriptor.h"
 
 namespace platform {
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Platform/Linux/Files/Descriptor.h"
 #include "Platform/Linux/Network/ClosedSockets.h"
+#include "Platform/Posix/Files/Descriptor.h"
 
 namespace platform {
 

@@ -13,8 +13,8 @@
 #include <cstdint>
 #include <span>
 
-#include "Platform/Linux/Files/Descriptor.h"
 #include "Platform/Linux/Network/SocketListReader.h"
+#include "Platform/Posix/Files/Descriptor.h"
 
 namespace platform {
 namespace {

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "Platform/Linux/Files/Descriptor.h"
+#include "Platform/Posix/Files/Descriptor.h"
 
 namespace platform {
 

@@ -7,8 +7,8 @@
 #include <string>
 #include <string_view>
 
-#include "Platform/Linux/Files/Descriptor.h"
 #include "Platform/Linux/Proc/ProcIo.h"
+#include "Platform/Posix/Files/Descriptor.h"
 #include "Tidewell/Ports/RunningApplications.h"
 
 namespace platform {

@@ -6,6 +6,7 @@
 #include <system_error>
 
 #include "Platform/Linux/Files/XdgFolders.h"
+#include "Platform/Posix/Files/HomeFolder.h"
 
 namespace platform {
 namespace {

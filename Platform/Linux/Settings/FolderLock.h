@@ -3,7 +3,7 @@
 #include <filesystem>
 #include <string>
 
-#include "Platform/Linux/Files/Descriptor.h"
+#include "Platform/Posix/Files/Descriptor.h"
 
 namespace platform {
 

@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "Platform/Linux/Bus/Bus.h"
-#include "Platform/Linux/Files/Descriptor.h"
 #include "Platform/Linux/Sleep/LogindLock.h"
+#include "Platform/Posix/Files/Descriptor.h"
 #include "Tidewell/Ports/LidSwitch.h"
 #include "Tidewell/Ports/MainLoop.h"
 

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "Platform/Linux/Bus/Bus.h"
-#include "Platform/Linux/Files/Descriptor.h"
+#include "Platform/Posix/Files/Descriptor.h"
 
 namespace platform {
 

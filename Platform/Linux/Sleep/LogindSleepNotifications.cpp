@@ -4,9 +4,9 @@
 #include <cstddef>
 #include <utility>
 
-#include "Platform/Linux/Files/Descriptor.h"
 #include "Platform/Linux/Sleep/LogindLock.h"
 #include "Platform/Linux/Sleep/Services.h"
+#include "Platform/Posix/Files/Descriptor.h"
 
 namespace platform {
 namespace {

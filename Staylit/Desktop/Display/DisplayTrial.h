@@ -7,9 +7,9 @@
 #include <memory>
 #include <string>
 
-#include "Platform/Linux/Files/Descriptor.h"
 #include "Platform/Linux/Loop/EventLoop.h"
 #include "Platform/Linux/Loop/EventSource.h"
+#include "Platform/Posix/Files/Descriptor.h"
 
 namespace staylit {
 

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "Platform/Linux/Files/Descriptor.h"
+#include "Platform/Posix/Files/Descriptor.h"
 
 namespace staylit::windows {
 

@@ -15,8 +15,8 @@
 #include <optional>
 #include <thread>
 
-#include "Platform/Linux/Files/Descriptor.h"
 #include "Platform/Linux/Files/ReadLease.h"
+#include "Platform/Posix/Files/Descriptor.h"
 #include "Tests/Platform/ChildProcess.h"
 #include "Tests/Platform/Settings/SettingsFolder.h"
 

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "Platform/Posix/Files/HomeFolder.h"
 #include "Tests/Platform/ScopedVariable.h"
 
 namespace platform {

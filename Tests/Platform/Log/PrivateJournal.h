@@ -14,7 +14,7 @@
 #include <string>
 #include <string_view>
 
-#include "Platform/Linux/Files/Descriptor.h"
+#include "Platform/Posix/Files/Descriptor.h"
 
 namespace platform {
 

@@ -18,8 +18,8 @@
 #include <string>
 #include <thread>
 
-#include "Platform/Linux/Files/Descriptor.h"
 #include "Platform/Linux/Loop/ThreadQueues.h"
+#include "Platform/Posix/Files/Descriptor.h"
 #include "Tests/Platform/Loop/SerialQueueContract.h"
 
 namespace platform {

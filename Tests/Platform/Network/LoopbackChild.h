@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "Platform/Linux/Files/Descriptor.h"
+#include "Platform/Posix/Files/Descriptor.h"
 #include "Tests/Platform/Network/LoopbackServer.h"
 
 namespace platform {

@@ -14,7 +14,7 @@
 #include <string>
 #include <vector>
 
-#include "Platform/Linux/Files/Descriptor.h"
+#include "Platform/Posix/Files/Descriptor.h"
 #include "Tests/Platform/Tasks/TemporaryFolder.h"
 
 namespace platform {

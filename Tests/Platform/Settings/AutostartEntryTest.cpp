@@ -14,8 +14,8 @@
 
 #include "Platform/Linux/Applications/DesktopEntry.h"
 #include "Platform/Linux/Applications/ExecWords.h"
+#include "Platform/Linux/Files/OwnProgram.h"
 #include "Platform/Linux/Settings/AutostartText.h"
-#include "Platform/Linux/Tasks/LinuxProcessInfo.h"
 #include "Tests/Platform/Support/ChildProgram.h"
 #include "Tests/Platform/Support/ScopedEnvironment.h"
 #include "Tests/Platform/Support/TemporaryFolder.h"

@@ -16,7 +16,7 @@
 #include <utility>
 #include <vector>
 
-#include "Platform/Linux/Files/Descriptor.h"
+#include "Platform/Posix/Files/Descriptor.h"
 
 namespace platform::testing {
 

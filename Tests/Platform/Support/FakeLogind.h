@@ -15,7 +15,7 @@
 #include <utility>
 #include <vector>
 
-#include "Platform/Linux/Files/Descriptor.h"
+#include "Platform/Posix/Files/Descriptor.h"
 #include "Tests/Platform/Support/BusService.h"
 #include "Tests/Platform/Support/UnansweredCalls.h"
 

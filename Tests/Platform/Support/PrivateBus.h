@@ -13,7 +13,7 @@
 #include <string>
 #include <thread>
 
-#include "Platform/Linux/Files/Descriptor.h"
+#include "Platform/Posix/Files/Descriptor.h"
 #include "Tests/Platform/Support/ChildProgram.h"
 #include "Tests/Platform/Support/TemporaryFolder.h"
 

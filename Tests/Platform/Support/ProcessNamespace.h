@@ -18,7 +18,7 @@
 #include <optional>
 #include <string>
 
-#include "Platform/Linux/Files/Descriptor.h"
+#include "Platform/Posix/Files/Descriptor.h"
 
 namespace platform::testing {
 

@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-#include "Platform/Linux/Files/Descriptor.h"
+#include "Platform/Posix/Files/Descriptor.h"
 #include "Tests/Platform/Support/TemporaryFolder.h"
 
 namespace platform::testing {

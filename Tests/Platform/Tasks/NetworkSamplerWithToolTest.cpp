@@ -12,8 +12,8 @@
 #include <vector>
 
 #include "Platform/Linux/Loop/ThreadQueues.h"
-#include "Platform/Linux/Tasks/SpawnedTaskLauncher.h"
 #include "Platform/MacOS/Network/NettopMeter.h"
+#include "Platform/Posix/Tasks/SpawnedTaskLauncher.h"
 #include "Tests/Platform/Tasks/TemporaryFolder.h"
 #include "Tidewell/NetworkSampler.h"
 

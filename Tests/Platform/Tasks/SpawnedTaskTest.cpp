@@ -1,4 +1,4 @@
-#include "Platform/Linux/Tasks/SpawnedTask.h"
+#include "Platform/Posix/Tasks/SpawnedTask.h"
 
 #include <gtest/gtest.h>
 #include <sys/wait.h>
@@ -9,7 +9,7 @@
 #include <filesystem>
 #include <string>
 
-#include "Platform/Linux/Tasks/SpawnedTaskLauncher.h"
+#include "Platform/Posix/Tasks/SpawnedTaskLauncher.h"
 #include "Tests/Platform/Tasks/TaskContract.h"
 
 namespace platform {

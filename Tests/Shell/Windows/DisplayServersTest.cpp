@@ -16,7 +16,7 @@
 #include <utility>
 #include <vector>
 
-#include "Platform/Linux/Files/Descriptor.h"
+#include "Platform/Posix/Files/Descriptor.h"
 #include "Staylit/Desktop/Windows/UsablePlatform.h"
 #include "Tests/Platform/ScopedVariable.h"
 #include "Tests/Platform/Support/SilentDisplay.h"

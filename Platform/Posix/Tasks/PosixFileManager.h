@@ -7,8 +7,8 @@
 
 namespace platform {
 
-/// The default `NSFileManager`.
-class FoundationFileManager final : public tidewell::FileManager {
+/// The files of this machine. What it writes is its owner's alone.
+class PosixFileManager : public tidewell::FileManager {
  public:
   std::string homeDirectory() override;
   std::optional<std::string> createDirectory(const std::string& path) override;

@@ -7,7 +7,7 @@
 #include <optional>
 #include <string>
 
-#include "Platform/Linux/Files/Descriptor.h"
+#include "Platform/Posix/Files/Pipe.h"
 #include "Tidewell/Ports/TaskLauncher.h"
 
 namespace platform {
@@ -20,8 +20,8 @@ namespace platform {
 class SpawnedTask : public tidewell::Task {
  public:
   /// `child` is a process of ours that nobody else waits for; `output` the reading end of its
-  /// pipe, `wake` an event descriptor, both non-empty.
-  SpawnedTask(pid_t child, Descriptor output, Descriptor wake);
+  /// pipe, `wake` a pipe of nobody else's, which ends a wait. None is empty.
+  SpawnedTask(pid_t child, Descriptor output, Pipe wake);
   ~SpawnedTask() override;
   SpawnedTask(const SpawnedTask&) = delete;
   SpawnedTask& operator=(const SpawnedTask&) = delete;
@@ -34,13 +34,16 @@ class SpawnedTask : public tidewell::Task {
   enum class Wait { output, ended };
   Wait waitForOutput() const;
   void signal(int number);
-  void wakeReader() const;
+  void wakeReader();
   bool endsSoon();
 
-  std::mutex lock_;  ///< Guards `child_`: a number that was reaped may already be another process.
-  pid_t child_;      ///< 0 once reaped.
+  /// Guards `child_`, since a number that was reaped may already be another process, and
+  /// `isWoken_`.
+  std::mutex lock_;
+  pid_t child_;  ///< 0 once reaped.
   Descriptor output_;
-  const Descriptor wake_;
+  const Pipe wake_;
+  bool isWoken_ = false;
 };
 
 }  // namespace platform

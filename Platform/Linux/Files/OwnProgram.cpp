@@ -1,21 +1,10 @@
-#include "Platform/Linux/Tasks/LinuxProcessInfo.h"
+#include "Platform/Linux/Files/OwnProgram.h"
 
-#include <fstream>
 #include <system_error>
-
-#include "Tidewell/ForeignText.h"
 
 namespace platform {
 
 namespace fs = std::filesystem;
-
-std::string LinuxProcessInfo::processName() {
-  // Of the process, not of the thread that asks.
-  std::ifstream file("/proc/self/comm");
-  std::string name;
-  std::getline(file, name);
-  return tidewell::cleaned(name);
-}
 
 fs::path ownProgram() {
   std::error_code error;

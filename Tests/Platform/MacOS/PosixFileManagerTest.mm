@@ -1,4 +1,4 @@
-#include "Platform/MacOS/Tasks/FoundationFileManager.h"
+#include "Platform/Posix/Tasks/PosixFileManager.h"
 
 #include <gtest/gtest.h>
 
@@ -13,9 +13,9 @@ namespace {
 
 using testing::TemporaryFolder;
 
-TEST(FoundationFileManager, WritesAFileInAFolderThatItMakes) {
+TEST(PosixFileManager, WritesAFileInAFolderThatItMakes) {
   const TemporaryFolder folder;
-  FoundationFileManager files;
+  PosixFileManager files;
   const std::string made = folder.path() / "a/b";
   EXPECT_EQ(files.createDirectory(made), std::nullopt);
   EXPECT_EQ(files.createDirectory(made), std::nullopt) << "it is there";
@@ -26,17 +26,17 @@ TEST(FoundationFileManager, WritesAFileInAFolderThatItMakes) {
   EXPECT_EQ(text.str(), "two");
 }
 
-TEST(FoundationFileManager, SaysWhyAFileCannotBeWritten) {
+TEST(PosixFileManager, SaysWhyAFileCannotBeWritten) {
   const TemporaryFolder folder;
-  FoundationFileManager files;
+  PosixFileManager files;
   const auto failure = files.writeAtomically(folder.path() / "missing/file", "x");
   ASSERT_TRUE(failure);
   EXPECT_NE(*failure, "");
 }
 
-TEST(FoundationFileManager, RemovesWhatIsThere) {
+TEST(PosixFileManager, RemovesWhatIsThere) {
   const TemporaryFolder folder;
-  FoundationFileManager files;
+  PosixFileManager files;
   folder.write("file", "x");
   EXPECT_TRUE(files.exists(folder.path() / "file"));
   EXPECT_TRUE(files.remove(folder.path() / "file"));
@@ -44,8 +44,8 @@ TEST(FoundationFileManager, RemovesWhatIsThere) {
   EXPECT_FALSE(files.remove(folder.path() / "file"));
 }
 
-TEST(FoundationFileManager, KnowsTheHomeFolder) {
-  FoundationFileManager files;
+TEST(PosixFileManager, KnowsTheHomeFolder) {
+  PosixFileManager files;
   EXPECT_EQ(files.homeDirectory().front(), '/');
   EXPECT_TRUE(files.exists(files.homeDirectory()));
 }

@@ -7,7 +7,7 @@
 
 namespace platform {
 
-/// Runs command-line tools as child processes.
+/// Runs command-line tools as child processes, on both systems.
 ///
 /// A tool gets the program's environment, the null device as standard input and standard error, no
 /// other open descriptor, and every signal unblocked and at its default. `executable` is a path;

@@ -1,7 +1,6 @@
-#include "Platform/Linux/Tasks/SpawnedTask.h"
+#include "Platform/Posix/Tasks/SpawnedTask.h"
 
 #include <poll.h>
-#include <sys/eventfd.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -9,7 +8,6 @@
 #include <cerrno>
 #include <chrono>
 #include <csignal>
-#include <cstdint>
 #include <thread>
 #include <utility>
 
@@ -23,7 +21,7 @@ constexpr std::size_t kChunkBytes = std::size_t{16} << 10;
 
 }  // namespace
 
-SpawnedTask::SpawnedTask(pid_t child, Descriptor output, Descriptor wake)
+SpawnedTask::SpawnedTask(pid_t child, Descriptor output, Pipe wake)
     : child_(child), output_(std::move(output)), wake_(std::move(wake)) {}
 
 SpawnedTask::~SpawnedTask() {
@@ -51,7 +49,8 @@ std::optional<std::string> SpawnedTask::readToEnd(std::size_t limit) {
 }
 
 SpawnedTask::Wait SpawnedTask::waitForOutput() const {
-  std::array<pollfd, 2> watched{pollfd{wake_.get(), POLLIN, 0}, pollfd{output_.get(), POLLIN, 0}};
+  std::array<pollfd, 2> watched{pollfd{wake_.reading.get(), POLLIN, 0},
+                                pollfd{output_.get(), POLLIN, 0}};
   while (poll(watched.data(), watched.size(), -1) < 0) {
     if (errno != EINTR) return Wait::ended;
   }
@@ -77,9 +76,10 @@ void SpawnedTask::signal(int number) {
   if (child_ != 0) kill(child_, number);
 }
 
-void SpawnedTask::wakeReader() const {
-  // Fails only when the counter is full, and then it has been woken often enough.
-  static_cast<void>(eventfd_write(wake_.get(), 1));
+void SpawnedTask::wakeReader() {
+  const std::lock_guard guard(lock_);
+  // Once is enough: nobody reads the byte, so every later wait ends at once.
+  if (!isWoken_) isWoken_ = write(wake_.writing.get(), "", 1) == 1;
 }
 
 bool SpawnedTask::endsSoon() {

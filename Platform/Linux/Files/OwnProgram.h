@@ -1,19 +1,9 @@
 #pragma once
 
 #include <filesystem>
-#include <string>
 #include <string_view>
 
-#include "Tidewell/Ports/ProcessInfo.h"
-
 namespace platform {
-
-/// This process, as /proc shows it.
-class LinuxProcessInfo : public tidewell::ProcessInfo {
- public:
-  /// The kernel's name for it, of at most 15 bytes; that is what tools look processes up by.
-  std::string processName() override;
-};
 
 /// Where this program lies, for starting it again. Empty when that cannot be told.
 [[nodiscard]] std::filesystem::path ownProgram();

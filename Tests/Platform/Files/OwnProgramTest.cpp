@@ -1,32 +1,16 @@
-#include "Platform/Linux/Tasks/LinuxProcessInfo.h"
+#include "Platform/Linux/Files/OwnProgram.h"
 
 #include <gtest/gtest.h>
-#include <pthread.h>
 
 #include <filesystem>
-#include <string>
-#include <thread>
 
 #include "Tests/Platform/Support/TemporaryFolder.h"
 
 namespace platform {
 namespace {
 
-TEST(LinuxProcessInfo, NamesTheProcessAsItsToolsDo) {
-  EXPECT_EQ(LinuxProcessInfo().processName(), "platform-tasks-");
-}
-
-TEST(LinuxProcessInfo, NamesTheProcessNotTheThread) {
-  std::string name;
-  std::thread([&name] {
-    ::pthread_setname_np(::pthread_self(), "worker");
-    name = LinuxProcessInfo().processName();
-  }).join();
-  EXPECT_EQ(name, "platform-tasks-");
-}
-
 TEST(OwnProgram, IsTheFileThatRuns) {
-  EXPECT_EQ(ownProgram().filename(), "platform-tasks-tests");
+  EXPECT_EQ(ownProgram().filename(), "platform-files-tests");
   EXPECT_TRUE(std::filesystem::exists(ownProgram()));
 }
 

@@ -1,19 +1,19 @@
-#include "Platform/Linux/Tasks/SpawnedTaskLauncher.h"
+#include "Platform/Posix/Tasks/SpawnedTaskLauncher.h"
 
 #include <fcntl.h>
 #include <spawn.h>
-#include <sys/eventfd.h>
 #include <unistd.h>
 
-#include <array>
 #include <cerrno>
 #include <csignal>
 #include <memory>
 #include <system_error>
 #include <utility>
 
-#include "Platform/Linux/Files/Descriptor.h"
-#include "Platform/Linux/Tasks/SpawnedTask.h"
+#include "Platform/Posix/Files/Pipe.h"
+#include "Platform/Posix/Tasks/SpawnedTask.h"
+
+extern char** environ;
 
 namespace platform {
 namespace {
@@ -33,7 +33,7 @@ class FileActions {
     posix_spawn_file_actions_adddup2(&actions_, standardOutput, STDOUT_FILENO);
     posix_spawn_file_actions_addopen(&actions_, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
     posix_spawn_file_actions_addopen(&actions_, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
-    posix_spawn_file_actions_addclosefrom_np(&actions_, STDERR_FILENO + 1);
+    closeOthers();
   }
   ~FileActions() { posix_spawn_file_actions_destroy(&actions_); }
   FileActions(const FileActions&) = delete;
@@ -41,6 +41,14 @@ class FileActions {
   [[nodiscard]] const posix_spawn_file_actions_t* get() const { return &actions_; }
 
  private:
+#ifdef __APPLE__
+  void closeOthers() {}  // An attribute does it.
+#else
+  void closeOthers() {
+    posix_spawn_file_actions_addclosefrom_np(&actions_, STDERR_FILENO + 1);
+  }
+#endif
+
   posix_spawn_file_actions_t actions_{};
 };
 
@@ -55,7 +63,7 @@ class SpawnAttributes {
     posix_spawnattr_init(&attributes_);
     posix_spawnattr_setsigmask(&attributes_, &none);
     posix_spawnattr_setsigdefault(&attributes_, &all);
-    posix_spawnattr_setflags(&attributes_, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
+    posix_spawnattr_setflags(&attributes_, kFlags);
   }
   ~SpawnAttributes() { posix_spawnattr_destroy(&attributes_); }
   SpawnAttributes(const SpawnAttributes&) = delete;
@@ -63,6 +71,13 @@ class SpawnAttributes {
   [[nodiscard]] const posix_spawnattr_t* get() const { return &attributes_; }
 
  private:
+#ifdef __APPLE__
+  static constexpr short kFlags =
+      POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_CLOEXEC_DEFAULT;
+#else
+  static constexpr short kFlags = POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF;
+#endif
+
   posix_spawnattr_t attributes_{};
 };
 
@@ -83,22 +98,18 @@ std::vector<char*> argumentPointers(const std::string& executable,
 
 Launch SpawnedTaskLauncher::launch(const std::string& executable,
                                    const std::vector<std::string>& arguments) {
-  std::array<int, 2> ends{-1, -1};
-  if (pipe2(ends.data(), O_CLOEXEC) != 0) return failure(errno);
-  Descriptor reading(ends[0]);
-  Descriptor writing(ends[1]);
-  Descriptor wake(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
+  Pipe output = Pipe::make();
+  Pipe wake = output ? Pipe::make() : Pipe();
   if (!wake) return failure(errno);
 
-  const FileActions actions(writing.get());
+  const FileActions actions(output.writing.get());
   const SpawnAttributes attributes;
   const std::vector<char*> pointers = argumentPointers(executable, arguments);
   pid_t child = 0;
   const int error = posix_spawn(&child, executable.c_str(), actions.get(), attributes.get(),
                                 pointers.data(), environ);
   if (error != 0) return failure(error);
-  writing.reset();
-  return {std::make_unique<SpawnedTask>(child, std::move(reading), std::move(wake)), ""};
+  return {std::make_unique<SpawnedTask>(child, std::move(output.reading), std::move(wake)), ""};
 }
 
 }  // namespace platform

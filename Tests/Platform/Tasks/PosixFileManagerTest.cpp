@@ -1,4 +1,4 @@
-#include "Platform/Linux/Tasks/LinuxFileManager.h"
+#include "Platform/Posix/Tasks/PosixFileManager.h"
 
 #include <gtest/gtest.h>
 
@@ -16,7 +16,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-class LinuxFileManagerTest : public ::testing::Test {
+class PosixFileManagerTest : public ::testing::Test {
  protected:
   [[nodiscard]] std::string at(const char* name) const { return (folder.path() / name).string(); }
 
@@ -27,27 +27,27 @@ class LinuxFileManagerTest : public ::testing::Test {
   }
 
   testing::TemporaryFolder folder;
-  LinuxFileManager files;
+  PosixFileManager files;
 };
 
-TEST_F(LinuxFileManagerTest, KnowsTheHomeFolderWithoutASlashAtItsEnd) {
+TEST_F(PosixFileManagerTest, KnowsTheHomeFolderWithoutASlashAtItsEnd) {
   const testing::ScopedEnvironment home("HOME", "/home/me//");
   EXPECT_EQ(files.homeDirectory(), "/home/me");
 }
 
-TEST_F(LinuxFileManagerTest, MakesAFolderWithAllThatLeadToIt) {
+TEST_F(PosixFileManagerTest, MakesAFolderWithAllThatLeadToIt) {
   EXPECT_EQ(files.createDirectory(at("a/b/c")), std::nullopt);
   EXPECT_TRUE(fs::is_directory(at("a/b/c")));
   EXPECT_EQ(files.createDirectory(at("a/b/c")), std::nullopt);
 }
 
-TEST_F(LinuxFileManagerTest, SaysWhyAFolderCannotBeMade) {
+TEST_F(PosixFileManagerTest, SaysWhyAFolderCannotBeMade) {
   folder.write("a", "a file");
   EXPECT_EQ(files.createDirectory(at("a/b")), at("a/b") + ": Not a directory");
   EXPECT_EQ(files.createDirectory(at("a")), at("a") + ": Not a directory");
 }
 
-TEST_F(LinuxFileManagerTest, WritesAndReplacesAFileAndLeavesNothingBesideIt) {
+TEST_F(PosixFileManagerTest, WritesAndReplacesAFileAndLeavesNothingBesideIt) {
   EXPECT_EQ(files.writeAtomically(at("a"), "one"), std::nullopt);
   EXPECT_EQ(textOf(at("a")), "one");
   EXPECT_EQ(files.writeAtomically(at("a"), "two"), std::nullopt);
@@ -55,7 +55,7 @@ TEST_F(LinuxFileManagerTest, WritesAndReplacesAFileAndLeavesNothingBesideIt) {
   EXPECT_EQ(std::distance(fs::directory_iterator(folder.path()), {}), 1);
 }
 
-TEST_F(LinuxFileManagerTest, SaysWhyAFileCannotBeWritten) {
+TEST_F(PosixFileManagerTest, SaysWhyAFileCannotBeWritten) {
   EXPECT_EQ(files.writeAtomically(at("none/a"), "one"),
             at("none/a") + ": No such file or directory");
   fs::create_directory(at("b"));
@@ -63,7 +63,7 @@ TEST_F(LinuxFileManagerTest, SaysWhyAFileCannotBeWritten) {
   EXPECT_EQ(std::distance(fs::directory_iterator(folder.path()), {}), 1);
 }
 
-TEST_F(LinuxFileManagerTest, RemovesWhatExists) {
+TEST_F(PosixFileManagerTest, RemovesWhatExists) {
   folder.write("a", "one");
   EXPECT_TRUE(files.exists(at("a")));
   EXPECT_TRUE(files.remove(at("a")));
@@ -71,7 +71,7 @@ TEST_F(LinuxFileManagerTest, RemovesWhatExists) {
   EXPECT_FALSE(files.remove(at("a")));
 }
 
-TEST_F(LinuxFileManagerTest, SaysThatItCannotRemove) {
+TEST_F(PosixFileManagerTest, SaysThatItCannotRemove) {
   fs::create_directories(at("a/b"));
   EXPECT_FALSE(files.remove(at("a")));
   EXPECT_TRUE(files.exists(at("a")));
