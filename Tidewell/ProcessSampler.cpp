@@ -31,12 +31,15 @@ const std::vector<RawSample>& ProcessSampler::sample() {
   const ProcessSnapshot all = table_.snapshot();
   refreshGUIApps(all.applications);
   livePIDs(all.processes);
+  snapshot_.reserve(pids_.size());
   std::size_t used = 0;
   for (const std::int32_t pid : pids_) {
     if (used == snapshot_.size()) snapshot_.emplace_back();
-    if (fill(pid, snapshot_[used])) ++used;
+    if (used == programVersions_.size()) programVersions_.push_back(0);
+    if (fill(pid, used)) ++used;
   }
   snapshot_.resize(used);
+  programVersions_.resize(used);
   return snapshot_;
 }
 
@@ -82,10 +85,25 @@ std::string_view ProcessSampler::executableName(std::int32_t pid, std::string_vi
   return path.empty() ? fallback : nameFromPath(path);
 }
 
-bool ProcessSampler::fill(std::int32_t pid, RawSample& sample) {
+/// Fills the sample at `place`, which may have another process's names.
+bool ProcessSampler::fill(std::int32_t pid, std::size_t place) {
   ResourceUsage usage;
   if (!table_.resourceUsage(pid, usage)) return false;
 
+  RawSample& sample = snapshot_[place];
+  std::uint32_t& version = programVersions_[place];
+  const bool hasNames = version != 0 && sample.pid == pid && version == usage.programVersion;
+  if (!hasNames) {
+    version = 0;
+    if (!fillNames(pid, sample)) return false;
+    version = usage.programVersion;
+  }
+  sample.cpuNanos = nanoseconds(usage.userTime + usage.systemTime, machTimebase());
+  sample.diskBytes = usage.diskBytesRead + usage.diskBytesWritten;
+  return true;
+}
+
+bool ProcessSampler::fillNames(std::int32_t pid, RawSample& sample) {
   static const std::optional<std::string> absent;
   const RunningApplication* application = guiApp(pid);
   const std::optional<std::string>& localizedName =
@@ -98,8 +116,6 @@ bool ProcessSampler::fill(std::int32_t pid, RawSample& sample) {
   sample.executable.assign(name);
   sample.bundleID = application ? application->bundleIdentifier() : absent;
   sample.displayName.assign(localizedName ? std::string_view(*localizedName) : name);
-  sample.cpuNanos = nanoseconds(usage.userTime + usage.systemTime, machTimebase());
-  sample.diskBytes = usage.diskBytesRead + usage.diskBytesWritten;
   return true;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -22,7 +23,8 @@ class ProcessSampler {
   explicit ProcessSampler(ProcessTable& table);
 
   /// One snapshot, in the order of the kernel's process list. It lies in storage that is used
-  /// again, so that a process that does nothing costs no allocation: valid until the next call.
+  /// again, so that a process that does nothing costs no allocation, and its names are left as they
+  /// are while the table says that they cannot have changed. Valid until the next call.
   const std::vector<RawSample>& sample();
 
   /// Nanoseconds for `time` units of `timebase`, exact. An overflow, or a `denom` of 0, ends the
@@ -40,7 +42,8 @@ class ProcessSampler {
   const RunningApplication* guiApp(std::int32_t pid) const;
   void livePIDs(std::span<const std::int32_t> all);
   std::string_view executableName(std::int32_t pid, std::string_view fallback);
-  bool fill(std::int32_t pid, RawSample& sample);
+  bool fill(std::int32_t pid, std::size_t place);
+  bool fillNames(std::int32_t pid, RawSample& sample);
   Timebase machTimebase();
 
   ProcessTable& table_;
@@ -49,6 +52,7 @@ class ProcessSampler {
   std::optional<Timebase> machTimebase_;
   std::vector<std::int32_t> pids_;
   std::vector<RawSample> snapshot_;
+  std::vector<std::uint32_t> programVersions_;  ///< Of each sample; 0 where nobody told.
 };
 
 }  // namespace tidewell

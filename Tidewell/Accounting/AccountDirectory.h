@@ -5,7 +5,6 @@
 #include <deque>
 #include <mutex>
 #include <optional>
-#include <unordered_map>
 #include <vector>
 
 namespace tidewell {
@@ -38,6 +37,7 @@ class AccountDirectory {
 
  private:
   struct Entry {
+    std::int32_t pid = 0;
     std::int32_t account = 0;
     std::uint64_t end = 0;  ///< Which of all ends was its; 0 while it lives.
   };
@@ -46,8 +46,10 @@ class AccountDirectory {
     std::uint64_t number = 0;
   };
 
+  [[nodiscard]] std::vector<Entry>::const_iterator find(std::int32_t pid) const;
+
   mutable std::mutex mutex_;
-  std::unordered_map<std::int32_t, Entry> entries_;
+  std::vector<Entry> entries_;  ///< Ascending by pid.
   std::uint64_t ends_ = 0;
   std::deque<End> ended_;  ///< The latest last; the numbers of some may have been given out again.
   std::vector<std::int32_t> used_;

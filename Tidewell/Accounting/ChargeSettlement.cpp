@@ -47,6 +47,7 @@ void ChargeSettlement::claim() {
 }
 
 void ChargeSettlement::settle(FollowedProcess& reaper) {
+  if (reaper.reaped.isNothing()) return;
   const Usage unseen = reaper.reaped.settle(terms_.most, terms_.tolerance);
   Usage rest = unseen;
   // Clang 14 cannot use the `subrange` that `equal_range` gives.

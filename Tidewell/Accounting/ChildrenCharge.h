@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 #include "Tidewell/Accounting/AccountBook.h"
@@ -10,8 +11,9 @@ namespace tidewell {
 /// Sorts out what a process gets charged when it reaps children: what had been seen of them is
 /// counted elsewhere already, the rest is the process's to answer for.
 ///
-/// A plain value of bounded size. Times are in the table's units, `tolerance` included: the reaped
-/// time may be rounded by as much, so it is compared in sum, and an error never adds up.
+/// Of bounded size, and next to nothing for a process that was charged nothing, as most are. Times
+/// are in the table's units, `tolerance` included: the reaped time may be rounded by as much, so it
+/// is compared in sum, and an error never adds up.
 class ChildrenCharge {
  public:
   /// What the process's counters grew by: its reaped children's time, and its disk bytes, in which
@@ -36,6 +38,9 @@ class ChildrenCharge {
   /// `most` are dropped where some may be those of reaped children; its own never are.
   Usage settle(const Usage& most, std::uint64_t tolerance);
 
+  /// Whether there is nothing to settle.
+  [[nodiscard]] bool isNothing() const { return !charge_; }
+
   /// What is still to be taken out. Of very many, those that were there first come as one.
   [[nodiscard]] std::vector<Usage> takeDebts();
 
@@ -43,16 +48,22 @@ class ChildrenCharge {
   struct Debt {
     Usage seen;
     bool isOld = false;
+    friend bool operator==(const Debt&, const Debt&) = default;
+  };
+  struct Charge {
+    std::int64_t time = 0;          ///< Reaped time that is neither claimed nor credited.
+    std::uint64_t disk = 0;         ///< Growth of the disk bytes since the last settlement.
+    std::uint64_t claimedDisk = 0;  ///< What of it, or of the next growth, is counted elsewhere.
+    std::uint64_t formerClaimedDisk = 0;  ///< The same, left from the settlement before.
+    int settlementsWithOthers = 0;        ///< For how many there may be others' bytes in `disk`.
+    std::vector<Debt> debts;
+    friend bool operator==(const Charge&, const Charge&) = default;
   };
 
+  Charge& charge();
   std::uint64_t takeUnclaimedDisk();
 
-  std::int64_t time_ = 0;          ///< Reaped time that is neither claimed nor credited.
-  std::uint64_t disk_ = 0;         ///< Growth of the disk bytes since the last settlement.
-  std::uint64_t claimedDisk_ = 0;  ///< What of it, or of the next growth, is counted elsewhere.
-  std::uint64_t formerClaimedDisk_ = 0;  ///< The same, left from the settlement before.
-  int settlementsWithOthers_ = 0;        ///< For how many there may be others' bytes in `disk_`.
-  std::vector<Debt> debts_;
+  std::unique_ptr<Charge> charge_;  ///< Null while all of it is nothing.
 };
 
 }  // namespace tidewell

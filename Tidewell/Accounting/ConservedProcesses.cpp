@@ -41,15 +41,16 @@ ProcessSnapshot ConservedProcesses::snapshot() {
 
 bool ConservedProcesses::resourceUsage(std::int32_t pid, ResourceUsage& usage) {
   const Usage* counted = nullptr;
+  std::uint32_t nameVersion = 1;  // An account never takes another name.
   if (const FollowedProcess* process = processes_.find(pid)) {
     if (process->account != 0) counted = &process->counted;
+    nameVersion = process->nameVersion;
   } else if (const auto* account = accounts_.find(pid)) {
     counted = &account->usage;
   }
   if (!counted) return false;
-  usage = {};
-  usage.userTime = counted->time;
-  usage.diskBytesRead = counted->disk;
+  usage = {
+      .userTime = counted->time, .diskBytesRead = counted->disk, .programVersion = nameVersion};
   return true;
 }
 

@@ -3,12 +3,12 @@
 #include <algorithm>
 #include <cstdint>
 #include <memory>
-#include <string>
 #include <vector>
 
 #include "Tidewell/Accounting/AccountBook.h"
 #include "Tidewell/Accounting/ChildrenCharge.h"
 #include "Tidewell/Ports/RunningApplications.h"
+#include "Tidewell/SharedText.h"
 
 namespace tidewell {
 
@@ -28,8 +28,10 @@ struct FollowedProcess {
   bool reapedSome = false;  ///< On this pass.
   Usage counted;            ///< Under its present name.
   ChildrenCharge reaped;
-  std::string path;
+  SharedText path;
   std::shared_ptr<const RunningApplication> application;  ///< Null for none.
+  /// Another one for each name that any process takes; 0 for one that has never had a name.
+  std::uint32_t nameVersion = 0;
 
   /// The time that whoever reaps it is charged and that was counted already. A process without a
   /// name is seen by nobody.

@@ -20,9 +20,13 @@ void FollowedProcesses::read(std::span<const std::int32_t> pids,
                              std::span<const Application> applications, const Usage& most) {
   most_ = most;
   order_.assign(pids.begin(), pids.end());
-  ascending_ = order_;
-  if (!std::ranges::is_sorted(ascending_)) std::ranges::sort(ascending_);
-  readAll(applications);
+  if (std::ranges::is_sorted(pids)) {
+    readAll(pids, applications);
+  } else {
+    std::vector<std::int32_t> ascending = order_;
+    std::ranges::sort(ascending);
+    readAll(ascending, applications);
+  }
   findReapedMeanwhile();
   findReplaced();
   removeEnded();
@@ -30,11 +34,13 @@ void FollowedProcesses::read(std::span<const std::int32_t> pids,
   cursor_ = 0;
 }
 
-void FollowedProcesses::readAll(std::span<const Application> applications) {
+void FollowedProcesses::readAll(std::span<const std::int32_t> ascending,
+                                std::span<const Application> applications) {
   static const Application none;
+  if (living_.empty()) born_.reserve(ascending.size());
   auto known = living_.begin();
   auto application = applications.begin();
-  for (const std::int32_t pid : ascending_) {
+  for (const std::int32_t pid : ascending) {
     while (known != living_.end() && known->pid < pid)
       miss(*known++);
     while (application != applications.end() && (*application)->processIdentifier() < pid)
@@ -143,13 +149,20 @@ std::vector<std::int32_t> FollowedProcesses::endChildrenOf(
 
 /// Moves what ended to `gone_`, and what is new among the others.
 void FollowedProcesses::removeEnded() {
-  const auto isLive = [](const FollowedProcess& process) { return !process.ended; };
   for (std::vector<FollowedProcess>* list : {&living_, &born_}) {
-    const auto ended = std::stable_partition(list->begin(), list->end(), isLive);
-    std::move(ended, list->end(), std::back_inserter(gone_));
-    list->erase(ended, list->end());
+    const auto firstEnded = std::ranges::find(*list, true, &FollowedProcess::ended);
+    auto end = firstEnded;
+    for (auto process = firstEnded; process != list->end(); ++process) {
+      if (process->ended) {
+        gone_.push_back(std::move(*process));
+      } else {
+        *end++ = std::move(*process);
+      }
+    }
+    list->erase(end, list->end());
   }
   std::ranges::stable_sort(gone_, {}, &FollowedProcess::pid);
+  if (living_.empty()) living_.swap(born_);
   if (born_.empty()) return;
   const auto known = static_cast<std::ptrdiff_t>(living_.size());
   std::ranges::move(born_, std::back_inserter(living_));
@@ -159,10 +172,15 @@ void FollowedProcesses::removeEnded() {
 
 void FollowedProcesses::updateParents() {
   if (!gone_.empty()) {
+    std::int32_t livingParent = 0;  // Many in a row have the same.
     for (FollowedProcess& process : living_) {
+      if (process.parent > 0 && process.parent == livingParent) continue;
       // One that had just been born may not have told yet who its parent is.
       const bool isKnown = process.parent <= 0 ? !process.hidden : find(process.parent) != nullptr;
-      if (isKnown && !isGoneFrom(gone_, process.parent)) continue;
+      if (isKnown && !isGoneFrom(gone_, process.parent)) {
+        livingParent = process.parent;
+        continue;
+      }
       process.parent = table_.parent(process.pid);
       newParents_.push_back(process.parent);
     }

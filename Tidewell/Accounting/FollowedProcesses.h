@@ -47,7 +47,7 @@ class FollowedProcesses {
   FollowedProcess* find(std::int32_t pid);
 
  private:
-  void readAll(std::span<const Application> applications);
+  void readAll(std::span<const std::int32_t> ascending, std::span<const Application> applications);
   void readOne(std::int32_t pid, FollowedProcess* known, const Application& application);
   void begin(FollowedProcess& process, const ResourceUsage& usage, const Application& application);
   void noteUnread(FollowedProcess& process, const ResourceUsage& usage);
@@ -64,7 +64,6 @@ class FollowedProcesses {
   Usage most_;
   bool isPrimed_ = false;                 ///< Whether a pass was made before.
   std::vector<std::int32_t> order_;       ///< As the table lists them.
-  std::vector<std::int32_t> ascending_;   ///< The same, sorted.
   std::vector<FollowedProcess> living_;   ///< Ascending by pid.
   std::vector<FollowedProcess> born_;     ///< New on this pass, ascending.
   std::vector<FollowedProcess> gone_;     ///< Ended on this pass, ascending.

@@ -82,8 +82,9 @@ void ProcessCounter::readName(FollowedProcess& process, std::uint32_t version,
   process.programVersion = version;
   // One that has just ended has no path any more.
   if (path.empty() && !process.path.empty()) return;
-  if (path == process.path && application == process.application) return;
-  process.path = path;
+  if (process.path == path && application == process.application) return;
+  process.nameVersion = ++lastNameVersion_;
+  process.path = paths_.share(path);
   process.application = application;
   const bool isNamed = !AccountBook::key(path, application.get()).empty();
   const std::int32_t account = isNamed ? accounts_.reserve(path, application.get()) : 0;

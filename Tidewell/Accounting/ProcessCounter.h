@@ -7,6 +7,7 @@
 #include "Tidewell/Accounting/AccountDirectory.h"
 #include "Tidewell/Accounting/FollowedProcess.h"
 #include "Tidewell/Ports/ProcessTable.h"
+#include "Tidewell/SharedText.h"
 
 namespace tidewell {
 
@@ -42,6 +43,8 @@ class ProcessCounter {
   ProcessTable& table_;
   AccountBook& accounts_;
   AccountDirectory& directory_;
+  SharedTexts paths_;
+  std::uint32_t lastNameVersion_ = 0;
 };
 
 }  // namespace tidewell

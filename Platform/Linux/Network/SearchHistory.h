@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
 #include <vector>
 
 #include "Platform/Linux/Network/SocketHolders.h"
@@ -29,14 +28,13 @@ class SearchHistory {
   struct Entry {
     std::int32_t pid = 0;
     bool searchedAtRest = false;
-    std::optional<std::uint64_t> cpuTimeWhenSearched;
-    std::optional<std::uint64_t> cpuTimeNow;
+    std::uint64_t cpuTimeWhenSearched = 0;  ///< 0 where it was not told, as the other.
+    std::uint64_t cpuTimeNow = 0;
   };
   [[nodiscard]] static bool isCandidate(const Entry& entry);
 
   SocketHolders& holders_;
   std::vector<Entry> entries_;  ///< Ascending by identifier.
-  std::vector<Entry> formerEntries_;
   std::vector<std::int32_t> pids_;
 };
 

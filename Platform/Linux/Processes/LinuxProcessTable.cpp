@@ -33,7 +33,7 @@ bool LinuxProcessTable::resourceUsage(std::int32_t pid, tidewell::ResourceUsage&
 
 std::string_view LinuxProcessTable::path(std::int32_t pid) {
   const TrackedProcess* process = tracker_.find(pid);
-  return process ? std::string_view(process->path) : std::string_view();
+  return process ? process->path : std::string_view();
 }
 
 std::int32_t LinuxProcessTable::parent(std::int32_t pid) {

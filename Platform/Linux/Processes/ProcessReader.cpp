@@ -78,7 +78,7 @@ bool ProcessReader::readProgram(TrackedProcess& process, const ProcStat& stat) {
   }
   ++process.programVersion;
   process.linkHash = hashOf(program);
-  process.path = readPath(process, program);
+  process.path = paths_.share(readPath(process, program));
   readApplication(process, stat, program);
   return true;
 }
@@ -96,7 +96,7 @@ std::string ProcessReader::readPath(const TrackedProcess& process, const std::st
     const TrackedProcess* parent = known_(process.parentPid);
     const bool isForParent = work.kind == ShellWork::Kind::command && parent &&
                              parent->session == process.session && !parent->path.empty();
-    if (isForParent) return parent->path;
+    if (isForParent) return std::string(std::string_view(parent->path));
   }
   return programPath(program, process.commText(), text_);
 }

@@ -12,6 +12,7 @@
 #include "Platform/Linux/Processes/ApplicationResolver.h"
 #include "Platform/Linux/Processes/TrackedProcess.h"
 #include "Tidewell/Ports/Text.h"
+#include "Tidewell/SharedText.h"
 
 namespace platform {
 
@@ -62,6 +63,7 @@ class ProcessReader {
   ApplicationResolver& applications_;
   tidewell::Text& text_;
   Lookup known_;
+  tidewell::SharedTexts paths_;
   std::size_t mostKeptOpen_ = 128;
   std::size_t keptOpen_ = 0;
 };

@@ -208,6 +208,8 @@ void ProcessTracker::scan() {
     if (process.access == Access::refused) process.due = Reading::all;
   }
   const std::size_t known = processes_.size();
+  // Not twice as many, as a list that grows by itself: most of them never change in number.
+  if (pids->size() > processes_.capacity()) processes_.reserve(pids->size() + pids->size() / 8);
   for (const std::int32_t pid : *pids) {
     if (!isAmongFirst(known, pid)) add(pid);
   }

@@ -4,12 +4,12 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <string>
 #include <string_view>
 
 #include "Platform/Linux/Proc/ProcIo.h"
 #include "Platform/Posix/Files/Descriptor.h"
 #include "Tidewell/Ports/RunningApplications.h"
+#include "Tidewell/SharedText.h"
 
 namespace platform {
 
@@ -33,8 +33,8 @@ struct TrackedProcess {
   std::uint64_t cpuTime = 0;      ///< In the tracker's unit of CPU time.
   std::uint64_t reapedTicks = 0;  ///< CPU time of the children that it has reaped, and theirs.
   ProcIo io;
-  std::string path;          ///< As `programPath` made it; empty unless readable.
-  std::size_t linkHash = 0;  ///< Of the `exe` link that `path` was made from.
+  tidewell::SharedText path;  ///< As `programPath` made it; empty unless readable.
+  std::size_t linkHash = 0;   ///< Of the `exe` link that `path` was made from.
   std::shared_ptr<const tidewell::RunningApplication> application;  ///< Null for none.
   std::array<char, 16> comm{};
   Access access = Access::withoutProgram;

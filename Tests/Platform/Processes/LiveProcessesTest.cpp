@@ -204,7 +204,7 @@ TEST_F(LiveProcessesTest, DropsAProcessWhenItIsReaped) {
 TEST_F(LiveProcessesTest, KeepsTheCountsOfAProcessThatNobodyHasReaped) {
   Child child([] { burn(0.05); });
   tracker.refresh();
-  const std::string path = tracker.find(child.pid())->path;
+  const std::string path(std::string_view(tracker.find(child.pid())->path));
   child.killWithoutReaping();
   tracker.refresh();
   const TrackedProcess* process = tracker.find(child.pid());
