@@ -7,6 +7,7 @@
 #include "Staylit/WatchList.h"
 #include "Tidewell/AppCatalog.h"
 #include "Tidewell/TextMap.h"
+#include "Tidewell/TextReading.h"
 
 namespace staylit {
 
@@ -84,15 +85,8 @@ void addIgnored(EntryTable& table, tidewell::Text& text) {
   }
 }
 
-std::string_view trimmed(std::string_view text) {
-  constexpr std::string_view kBlanks = " \t";
-  const std::size_t begin = text.find_first_not_of(kBlanks);
-  if (begin == std::string_view::npos) return {};
-  return text.substr(begin, text.find_last_not_of(kBlanks) - begin + 1);
-}
-
 void filter(std::vector<Entry>& entries, std::string_view search, tidewell::Text& text) {
-  const std::string query = text.lowercased(trimmed(search));
+  const std::string query = text.lowercased(tidewell::trimmed(search));
   if (query.empty()) return;
   std::erase_if(entries, [&](const Entry& entry) {
     return text.lowercased(entry.name).find(query) == std::string::npos;

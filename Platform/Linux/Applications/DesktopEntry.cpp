@@ -4,15 +4,13 @@
 #include <cstddef>
 
 #include "Tidewell/ForeignText.h"
+#include "Tidewell/TextReading.h"
 
 namespace platform {
 namespace {
 
-std::string_view trimmed(std::string_view text) {
-  constexpr std::string_view blanks = " \t\r\v\f";
-  const std::size_t first = text.find_first_not_of(blanks);
-  if (first == std::string_view::npos) return {};
-  return text.substr(first, text.find_last_not_of(blanks) - first + 1);
+std::string_view withoutBlanks(std::string_view text) {
+  return tidewell::trimmed(text, " \t\r\v\f");
 }
 
 char escapedCharacter(char letter) {
@@ -97,7 +95,7 @@ std::optional<DesktopEntry> DesktopEntry::parse(std::string_view text,
   while (!text.empty()) {
     const std::string_view whole = text.substr(0, text.find('\n'));
     text.remove_prefix(std::min(whole.size() + 1, text.size()));
-    const std::string_view line = trimmed(whole);
+    const std::string_view line = withoutBlanks(whole);
     if (line.empty() || line.front() == '#') continue;
     if (line.front() == '[') {
       if (wasInGroup) break;
@@ -107,7 +105,8 @@ std::optional<DesktopEntry> DesktopEntry::parse(std::string_view text,
     }
     const std::size_t equals = line.find('=');
     if (!isInGroup || equals == std::string_view::npos) continue;
-    reader.readSetting(trimmed(line.substr(0, equals)), trimmed(line.substr(equals + 1)));
+    reader.readSetting(withoutBlanks(line.substr(0, equals)),
+                       withoutBlanks(line.substr(equals + 1)));
   }
   return wasInGroup ? std::optional(reader.entry()) : std::nullopt;
 }

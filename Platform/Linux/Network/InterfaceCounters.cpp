@@ -5,9 +5,9 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <charconv>
 #include <cstddef>
-#include <system_error>
+
+#include "Tidewell/TextReading.h"
 
 namespace platform {
 namespace {
@@ -27,10 +27,7 @@ std::optional<std::uint64_t> column(std::string_view columns, int index) {
     if (index == 0) break;
     columns.remove_prefix(std::min(columns.find(' '), columns.size()));
   }
-  std::uint64_t value = 0;
-  const auto [end, error] = std::from_chars(columns.data(), columns.data() + columns.size(), value);
-  if (error != std::errc()) return std::nullopt;
-  return value;
+  return tidewell::cutWholeNumber<std::uint64_t>(columns);
 }
 
 /// What a line counts; the two lines of headings have no colon.

@@ -3,24 +3,15 @@
 #include <dirent.h>
 
 #include <array>
-#include <charconv>
 #include <cstddef>
 #include <cstring>
-#include <optional>
-#include <string_view>
-#include <system_error>
+
+#include "Tidewell/TextReading.h"
 
 namespace platform {
 namespace {
 
 constexpr std::size_t kBufferBytes = std::size_t{4} << 10;
-
-std::optional<std::int32_t> wholeNumber(std::string_view name) {
-  std::int32_t number = 0;
-  const auto [end, error] = std::from_chars(name.data(), name.data() + name.size(), number);
-  if (error != std::errc() || end != name.data() + name.size() || number < 0) return std::nullopt;
-  return number;
-}
 
 }  // namespace
 
@@ -35,8 +26,8 @@ bool visitNumberedEntries(int directory, const std::function<bool(std::int32_t n
       std::memcpy(&length, &buffer[offset + offsetof(dirent64, d_reclen)], sizeof length);
       const char* name =
           reinterpret_cast<const char*>(&buffer[offset + offsetof(dirent64, d_name)]);
-      const auto number = wholeNumber(name);
-      if (number && !visit(*number)) return false;
+      const auto number = tidewell::wholeNumber<std::int32_t>(name);
+      if (number && *number >= 0 && !visit(*number)) return false;
       offset += length;
     }
   }

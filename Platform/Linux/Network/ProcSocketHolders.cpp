@@ -8,10 +8,10 @@
 #include <cstddef>
 #include <functional>
 #include <string_view>
-#include <system_error>
 
 #include "Platform/Linux/Network/NumberedEntries.h"
 #include "Platform/Linux/Proc/ProcStat.h"
+#include "Tidewell/TextReading.h"
 
 namespace platform {
 namespace {
@@ -26,10 +26,7 @@ std::optional<std::uint32_t> socketInode(std::string_view link) {
   if (!link.starts_with(kPrefix) || !link.ends_with(']')) return std::nullopt;
   link.remove_prefix(kPrefix.size());
   link.remove_suffix(1);
-  std::uint32_t inode = 0;
-  const auto [end, error] = std::from_chars(link.data(), link.data() + link.size(), inode);
-  if (error != std::errc() || end != link.data() + link.size()) return std::nullopt;
-  return inode;
+  return tidewell::wholeNumber<std::uint32_t>(link);
 }
 
 std::optional<std::uint32_t> socketInodeOf(int directory, std::int32_t descriptor) {

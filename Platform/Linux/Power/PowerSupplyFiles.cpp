@@ -1,12 +1,13 @@
 #include "Platform/Linux/Power/PowerSupplyFiles.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cstdint>
 #include <fstream>
 #include <string>
 #include <system_error>
 #include <vector>
+
+#include "Tidewell/TextReading.h"
 
 namespace platform {
 namespace {
@@ -43,11 +44,8 @@ std::string readLine(const fs::path& file) {
 }
 
 std::optional<std::int64_t> readNumber(const fs::path& file) {
-  const std::string line = readLine(file);
-  std::int64_t value = 0;
-  const auto [end, error] = std::from_chars(line.data(), line.data() + line.size(), value);
-  if (error != std::errc() || end != line.data() + line.size() || value < 0) return std::nullopt;
-  return value;
+  const auto value = tidewell::wholeNumber<std::int64_t>(readLine(file));
+  return value && *value >= 0 ? value : std::nullopt;
 }
 
 std::optional<Contents> readContents(const fs::path& supply, Contents::Kind kind,

@@ -6,9 +6,10 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <charconv>
 #include <cstdio>
 #include <memory>
+
+#include "Tidewell/TextReading.h"
 
 namespace platform {
 namespace {
@@ -18,10 +19,8 @@ struct DirectoryCloser {
 };
 
 std::optional<std::int32_t> parsePid(std::string_view text) {
-  std::int32_t pid = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), pid);
-  if (error != std::errc() || end != text.data() + text.size() || pid < 1) return std::nullopt;
-  return pid;
+  const auto pid = tidewell::wholeNumber<std::int32_t>(text);
+  return pid && *pid >= 1 ? pid : std::nullopt;
 }
 
 }  // namespace
@@ -47,11 +46,10 @@ std::optional<std::vector<std::int32_t>> ProcFileSystem::pids() {
 
 std::optional<std::int32_t> ProcFileSystem::newestPid() {
   const Descriptor file(openat(root_.get(), "loadavg", O_RDONLY | O_CLOEXEC));
-  auto text = read(file);
+  const auto text = read(file);
   if (!text) return std::nullopt;
-  while (!text->empty() && text->back() == '\n')
-    text->remove_suffix(1);
-  return parsePid(text->substr(text->rfind(' ') + 1));
+  const std::string_view line = tidewell::trimmed(*text, "\n");
+  return parsePid(line.substr(line.rfind(' ') + 1));
 }
 
 std::optional<std::string_view> ProcFileSystem::read(std::int32_t pid, const char* name) {

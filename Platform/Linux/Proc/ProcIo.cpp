@@ -1,6 +1,6 @@
 #include "Platform/Linux/Proc/ProcIo.h"
 
-#include <charconv>
+#include "Tidewell/TextReading.h"
 
 namespace platform {
 namespace {
@@ -8,10 +8,8 @@ namespace {
 std::optional<std::uint64_t> counter(std::string_view text, std::string_view label) {
   const std::size_t found = text.find(label);
   if (found == std::string_view::npos) return std::nullopt;
-  const char* begin = text.data() + found + label.size();
-  std::uint64_t value = 0;
-  const auto [end, error] = std::from_chars(begin, text.data() + text.size(), value);
-  return error == std::errc() && end != begin ? std::optional(value) : std::nullopt;
+  text.remove_prefix(found + label.size());
+  return tidewell::cutWholeNumber<std::uint64_t>(text);
 }
 
 }  // namespace

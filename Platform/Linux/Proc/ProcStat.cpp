@@ -1,6 +1,6 @@
 #include "Platform/Linux/Proc/ProcStat.h"
 
-#include <charconv>
+#include "Tidewell/TextReading.h"
 
 namespace platform {
 namespace {
@@ -21,9 +21,9 @@ class Fields {
 
   template <typename Integer>
   void read(Integer& value) {
-    const std::string_view field = next();
-    const auto [end, error] = std::from_chars(field.data(), field.data() + field.size(), value);
-    ok_ = ok_ && error == std::errc() && end == field.data() + field.size();
+    const auto number = tidewell::wholeNumber<Integer>(next());
+    ok_ = ok_ && number;
+    if (number) value = *number;
   }
 
   void skip(int count) {

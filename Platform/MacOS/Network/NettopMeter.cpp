@@ -1,12 +1,11 @@
 #include "Platform/MacOS/Network/NettopMeter.h"
 
-#include <charconv>
 #include <chrono>
 #include <cstdint>
-#include <system_error>
 #include <type_traits>
 
 #include "Tidewell/CheckedArithmetic.h"
+#include "Tidewell/TextReading.h"
 #include "Tidewell/Utf8.h"
 
 namespace platform {
@@ -24,21 +23,12 @@ std::optional<Integer> parseInteger(std::string_view text) {
     text.remove_prefix(1);
     if (text.starts_with('-')) return std::nullopt;
   }
-  // An unsigned minus zero is a number too, which from_chars does not know.
+  // An unsigned minus zero is a number too, which `wholeNumber` does not know.
   if (std::is_unsigned_v<Integer> && text.starts_with('-')) {
     text.remove_prefix(1);
     if (text.find_first_not_of('0') != std::string_view::npos) return std::nullopt;
   }
-  Integer value{};
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-  if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
-  return value;
-}
-
-std::string_view trimmed(std::string_view text) {
-  const std::size_t first = text.find_first_not_of(" \t");
-  if (first == std::string_view::npos) return {};
-  return text.substr(first, text.find_last_not_of(" \t") - first + 1);
+  return tidewell::wholeNumber<Integer>(text);
 }
 
 /// Cuts the text before the next `separator` off `rest`, and the separator with it. Absent when
@@ -66,8 +56,8 @@ void addLine(std::string_view line, tidewell::NetworkTotals& totals) {
   const std::string_view out = rest.substr(0, rest.find(','));
 
   const auto pid = parsePid(*process);
-  const auto bytesIn = parseInteger<std::uint64_t>(trimmed(*in));
-  const auto bytesOut = parseInteger<std::uint64_t>(trimmed(out));
+  const auto bytesIn = parseInteger<std::uint64_t>(tidewell::trimmed(*in));
+  const auto bytesOut = parseInteger<std::uint64_t>(tidewell::trimmed(out));
   if (!pid || !bytesIn || !bytesOut) return;
   std::uint64_t& total = totals[*pid];
   total = tidewell::checkedAdd(total, tidewell::checkedAdd(*bytesIn, *bytesOut));

@@ -15,6 +15,8 @@
 #include <system_error>
 #include <utility>
 
+#include "Tidewell/TextReading.h"
+
 namespace staylit::windows {
 namespace {
 
@@ -94,10 +96,10 @@ bool isServedByStrangers() {
   std::filesystem::directory_iterator entry("/proc/self/fd", error);
   for (const std::filesystem::directory_iterator end; !error && entry != end;
        entry.increment(error)) {
-    const int number = std::atoi(entry->path().filename().c_str());
-    const std::optional<std::string> name = peerName(number);
+    const auto number = tidewell::wholeNumber<int>(entry->path().filename().native());
+    const std::optional<std::string> name = number ? peerName(*number) : std::nullopt;
     if (!name || (!name->starts_with(kXSockets) && *name != wayland)) continue;
-    if (isStranger(number)) return true;
+    if (isStranger(*number)) return true;
   }
   return false;
 }
