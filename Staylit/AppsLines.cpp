@@ -139,4 +139,19 @@ std::optional<std::size_t> AppsLines::entryNear(std::size_t row) const {
   return std::nullopt;
 }
 
+void AppsAnchors::add(const AppsLine& line, double top) {
+  anchors_.push_back({line, top});
+}
+
+std::optional<AppsAnchors::Place> AppsAnchors::firstUnmoved(const AppsLines& lines) const {
+  for (const auto& [before, top] : anchors_) {
+    const std::optional<std::size_t> row = lines.rowOf(before.id);
+    if (!row) continue;
+    const AppsLine& now = lines.lines()[*row];
+    // Those that work stand first in their list.
+    if (now.section == before.section && now.isWorking == before.isWorking) return {{*row, top}};
+  }
+  return std::nullopt;
+}
+
 }  // namespace staylit

@@ -82,4 +82,28 @@ class AppsLines {
   std::vector<AppsLine> lines_;
 };
 
+/// Where applications are seen in lines that are about to change, so that the view can be scrolled
+/// to where they are afterwards.
+class AppsAnchors {
+ public:
+  /// An application's line, whose upper edge is `top` below that of what is seen. To be called for
+  /// those that are seen, from above.
+  void add(const AppsLine& line, double top);
+
+  struct Place {
+    std::size_t row;  ///< Where the application is now.
+    double top;       ///< Where its line was seen.
+  };
+  /// Of the first that has not moved within its list; absent when all have.
+  [[nodiscard]] std::optional<Place> firstUnmoved(const AppsLines& lines) const;
+
+ private:
+  struct Anchor {
+    AppsLine line;
+    double top;
+  };
+
+  std::vector<Anchor> anchors_;
+};
+
 }  // namespace staylit

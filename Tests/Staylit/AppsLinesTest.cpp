@@ -240,5 +240,38 @@ TEST(AppsLines, KnowTheApplicationNearest) {
   EXPECT_EQ(table.lines.entryNear(0), std::nullopt);
 }
 
+// Anchors.
+
+TEST(AppsAnchors, LeadToTheFirstApplicationThatStayedInItsList) {
+  Table table;
+  table.show(lists({app("a"), app("b"), app("c")}, {}));
+  AppsAnchors anchors;
+  anchors.add(table.lines.lines().at(2), 10);
+  anchors.add(table.lines.lines().at(3), 50);
+  table.show(lists({app("a"), app("new"), app("c")}, {app("b")}));
+  const auto place = anchors.firstUnmoved(table.lines);
+  ASSERT_TRUE(place);
+  EXPECT_EQ(place->row, 3U);
+  EXPECT_EQ(place->top, 50);
+}
+
+TEST(AppsAnchors, LeaveAnApplicationThatBeganToWork) {
+  Table table;
+  table.show(lists({app("a"), app("b")}, {}));
+  AppsAnchors anchors;
+  anchors.add(table.lines.lines().at(2), 10);
+  table.show(lists({working("b"), app("a")}, {}));
+  EXPECT_FALSE(anchors.firstUnmoved(table.lines));
+}
+
+TEST(AppsAnchors, LeadNowhereWhenTheApplicationsAreGone) {
+  Table table;
+  table.show(lists({app("a")}, {}));
+  AppsAnchors anchors;
+  anchors.add(table.lines.lines().at(1), 10);
+  table.show(lists({}, {}));
+  EXPECT_FALSE(anchors.firstUnmoved(table.lines));
+}
+
 }  // namespace
 }  // namespace staylit

@@ -2,10 +2,6 @@
 
 #import <AppKit/AppKit.h>
 
-#include <cstddef>
-#include <string>
-#include <vector>
-
 #include "Staylit/AppsLines.h"
 
 namespace staylit {
@@ -22,15 +18,7 @@ class ScrollPlace {
   void restore(NSTableView* table, const AppsLines& lines) const;
 
  private:
-  /// An application, and how far below the upper edge of what is seen.
-  struct Anchor {
-    std::string id;
-    std::size_t section;
-    bool isWorking;
-    CGFloat top;
-  };
-
-  std::vector<Anchor> anchors_;
+  AppsAnchors anchors_;
 };
 
 }  // namespace staylit

@@ -1,6 +1,6 @@
 #include "Staylit/AppKit/Windows/Parts/ScrollPlace.h"
 
-#include <optional>
+#include <cstddef>
 
 namespace staylit {
 namespace {
@@ -25,20 +25,13 @@ ScrollPlace::ScrollPlace(NSTableView* table, const AppsLines& lines) {
   const NSRange rows = [table rowsInRect:seen];
   for (NSUInteger row = rows.location; row < NSMaxRange(rows); ++row) {
     const CGFloat top = topOf(table, row) - NSMinY(seen);
-    if (!lines.isEntry(row) || top < 0) continue;
-    const AppsLine& line = lines.lines()[row];
-    anchors_.push_back({line.id, line.section, line.isWorking, top});
+    if (lines.isEntry(row) && top >= 0) anchors_.add(lines.lines()[row], top);
   }
 }
 
 void ScrollPlace::restore(NSTableView* table, const AppsLines& lines) const {
-  for (const Anchor& anchor : anchors_) {
-    const std::optional<std::size_t> row = lines.rowOf(anchor.id);
-    if (!row) continue;
-    const AppsLine& line = lines.lines()[*row];
-    if (line.section != anchor.section || line.isWorking != anchor.isWorking) continue;
-    return scrollTo(table.enclosingScrollView, topOf(table, *row) - anchor.top);
-  }
+  const auto place = anchors_.firstUnmoved(lines);
+  if (place) scrollTo(table.enclosingScrollView, topOf(table, place->row) - place->top);
 }
 
 }  // namespace staylit

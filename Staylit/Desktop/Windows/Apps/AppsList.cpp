@@ -37,7 +37,7 @@ AppsList::AppsList(QWidget* parent)
 }
 
 void AppsList::showSections(const std::vector<AppsView::Section>& sections) {
-  const std::vector<Anchor> before = anchors();
+  const AppsAnchors before = anchors();
   if (!model_->show(sections)) return;
   doItemsLayout();
   holdFast(before);
@@ -45,8 +45,8 @@ void AppsList::showSections(const std::vector<AppsView::Section>& sections) {
   viewport()->update();
 }
 
-std::vector<AppsList::Anchor> AppsList::anchors() const {
-  std::vector<Anchor> found;
+AppsAnchors AppsList::anchors() const {
+  AppsAnchors found;
   // At the top one wants to see what appears there.
   if (verticalScrollBar()->value() == 0) return found;
   for (int row = 0; row < model_->rowCount(); ++row) {
@@ -54,22 +54,17 @@ std::vector<AppsList::Anchor> AppsList::anchors() const {
     const QRect place = visualRect(index);
     if (!model_->isEntry(index) || place.top() < 0) continue;
     if (place.top() > viewport()->height()) break;
-    const AppsLine& line = model_->line(index);
-    found.push_back({line.id, line.section, line.isWorking, place.top()});
+    found.add(model_->line(index), place.top());
   }
   return found;
 }
 
-void AppsList::holdFast(const std::vector<Anchor>& anchors) {
-  for (const Anchor& anchor : anchors) {
-    const QModelIndex index = model_->indexOf(anchor.id);
-    if (!index.isValid()) continue;
-    const AppsLine& line = model_->line(index);
-    if (line.section != anchor.section || line.isWorking != anchor.isWorking) continue;
-    QScrollBar* bar = verticalScrollBar();
-    bar->setValue(bar->value() + visualRect(index).top() - anchor.top);
-    return;
-  }
+void AppsList::holdFast(const AppsAnchors& anchors) {
+  const auto place = anchors.firstUnmoved(model_->lines());
+  if (!place) return;
+  const QModelIndex index = model_->index(static_cast<int>(place->row));
+  QScrollBar* bar = verticalScrollBar();
+  bar->setValue(bar->value() + visualRect(index).top() - static_cast<int>(place->top));
 }
 
 void AppsList::leaveHeading() {

@@ -48,16 +48,8 @@ class AppsList : public QListView {
   void scrollContentsBy(int dx, int dy) override;
 
  private:
-  /// Where a row was on the screen, and what would make it move.
-  struct Anchor {
-    std::string id;
-    std::size_t section = 0;
-    bool isWorking = false;
-    int top = 0;
-  };
-
-  [[nodiscard]] std::vector<Anchor> anchors() const;
-  void holdFast(const std::vector<Anchor>& anchors);
+  [[nodiscard]] AppsAnchors anchors() const;
+  void holdFast(const AppsAnchors& anchors);
   [[nodiscard]] QModelIndex pageFrom(int pages) const;
   void choose(const QModelIndex& index);
   /// The application that takes the place of one that leaves its section.

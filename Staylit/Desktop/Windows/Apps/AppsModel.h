@@ -24,6 +24,7 @@ class AppsModel : public QAbstractListModel {
   [[nodiscard]] bool isEntry(const QModelIndex& index) const;
   /// Invalid when there is none.
   [[nodiscard]] QModelIndex indexOf(const std::string& id) const;
+  [[nodiscard]] const AppsLines& lines() const { return lines_; }
 
   /// The first application from `row` on, in steps of 1 or -1; invalid when there is none.
   [[nodiscard]] QModelIndex nextEntry(int row, int step) const;
