@@ -10,6 +10,7 @@
 
 #include "Staylit/Prefs.h"
 #include "Staylit/SamplingProgress.h"
+#include "Staylit/StaylitEngine.h"
 #include "Tidewell/ActivityMonitor.h"
 #include "Tidewell/BatteryMonitor.h"
 #include "Tidewell/FatalError.h"
@@ -26,7 +27,6 @@ constexpr std::size_t kMostRows = 12;
 constexpr std::size_t kNameWidth = 26;
 constexpr std::int64_t kShortestSampling = 14;
 constexpr std::int64_t kSamplingBeyondSustain = 6;
-constexpr Seconds kSamplingInterval{2.0};
 /// A century: a longer wait is as good as endless, and its end is still a moment.
 constexpr std::int64_t kLongestSampling = 3'155'760'000;
 
@@ -97,7 +97,7 @@ void sample(tidewell::ActivityMonitor& monitor, tidewell::Ports& ports, std::int
   for (Moment now = begin; now < deadline; now = ports.clock->now()) {
     progress.show(now - begin);
     monitor.tick(Prefs::shared().activityThresholds());
-    ports.clock->sleepFor(kSamplingInterval);
+    ports.clock->sleepFor(StaylitEngine::kInterval);
   }
   monitor.tick(Prefs::shared().activityThresholds());
 }

@@ -26,6 +26,10 @@ inline constexpr std::string_view launchAtLogin = "launchAtLogin";
 inline constexpr std::string_view verbose = "verbose";
 }  // namespace keys
 
+/// How long the hold goes on after the work, whatever the store says.
+inline constexpr std::int64_t kShortestGraceSeconds = 30;
+inline constexpr std::int64_t kLongestGraceSeconds = 600;
+
 /// The one access point to the user's settings. Everything is read from the store afresh, so a
 /// change counts at the next tick. Main thread only.
 class Prefs {

@@ -95,7 +95,7 @@ SettingsView::Section SettingsView::batterySection() const {
 }
 
 Slider SettingsView::graceSlider() const {
-  Slider made = slider(grace_, 30, 600, 30);
+  Slider made = slider(grace_, kShortestGraceSeconds, kLongestGraceSeconds, 30);
   made.text = formatted(grace_);
   return made;
 }

@@ -14,12 +14,9 @@ using tidewell::Seconds;
 
 namespace {
 
-constexpr std::int64_t kShortestGrace = 30;
-constexpr std::int64_t kLongestGrace = 600;
-
 std::int64_t graceSeconds() {
-  return std::clamp(Prefs::shared().defaults().integer(keys::graceSeconds), kShortestGrace,
-                    kLongestGrace);
+  return std::clamp(Prefs::shared().defaults().integer(keys::graceSeconds), kShortestGraceSeconds,
+                    kLongestGraceSeconds);
 }
 
 bool keepScreenOn() {

@@ -23,6 +23,10 @@ namespace staylit {
 class StaylitEngine {
  public:
   /// Starts nothing.
+  /// How often it ticks, and how late a tick may be.
+  static constexpr tidewell::Seconds kInterval{2.0};
+  static constexpr tidewell::Seconds kTolerance{0.5};
+
   explicit StaylitEngine(tidewell::Ports& ports);
   ~StaylitEngine();
   StaylitEngine(const StaylitEngine&) = delete;
@@ -59,9 +63,6 @@ class StaylitEngine {
   [[nodiscard]] const tidewell::ActivityMonitor& monitor() const { return monitor_; }
 
  private:
-  static constexpr tidewell::Seconds kInterval{2.0};
-  static constexpr tidewell::Seconds kTolerance{0.5};
-
   void observeSystemSleep();
   void passBlocked(std::string reason);
   void passQuiet();

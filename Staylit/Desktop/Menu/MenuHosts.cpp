@@ -2,10 +2,11 @@
 
 #include <utility>
 
+#include "Staylit/StaylitEngine.h"
+
 namespace staylit {
 namespace {
 
-constexpr tidewell::Seconds kTick{2};
 /// Five minutes, far longer than anybody reads a menu.
 constexpr int kMostTicks = 150;
 /// Half a minute.
@@ -47,8 +48,8 @@ void MenuHosts::surelyClosed() {
 
 void MenuHosts::startClock() {
   if (timer_) return;
-  timer_ = loop_.scheduleRepeating(kTick, [this] { tick(); });
-  timer_->setTolerance(kTick / 4);
+  timer_ = loop_.scheduleRepeating(StaylitEngine::kInterval, [this] { tick(); });
+  timer_->setTolerance(StaylitEngine::kTolerance);
 }
 
 void MenuHosts::stopClockIfIdle() {

@@ -17,7 +17,8 @@ namespace staylit {
 /// open for a while after that. Main thread only; the loop must outlive it.
 class MenuHosts {
  public:
-  /// `refresh` runs every two seconds while the menu is open, and once after it may have been.
+  /// `refresh` runs as often as the engine ticks while the menu is open, and once after it may have
+  /// been.
   MenuHosts(platform::EventLoop& loop, std::function<void()> refresh);
   ~MenuHosts();
   MenuHosts(const MenuHosts&) = delete;
