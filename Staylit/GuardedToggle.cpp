@@ -5,10 +5,7 @@
 namespace staylit {
 
 GuardedToggle::GuardedToggle(bool isOn, tidewell::MainLoop& mainLoop, Apply apply)
-    : isOn_(isOn),
-      mainLoop_(mainLoop),
-      apply_(std::move(apply)),
-      self_(std::make_shared<GuardedToggle*>(this)) {}
+    : isOn_(isOn), mainLoop_(mainLoop), apply_(std::move(apply)) {}
 
 void GuardedToggle::set(bool on) {
   isOn_ = on;
@@ -27,10 +24,9 @@ void GuardedToggle::show(bool on) {
 void GuardedToggle::failed(bool on, bool stored) {
   if (++failures_ >= kMostAttempts) return set(stored);
   set(!on);
-  mainLoop_.async([weak = std::weak_ptr(self_), change = changes_] {
-    const auto toggle = weak.lock();
+  mainLoop_.async([toggle = self_.make(), change = changes_] {
     // Unless the user has changed it again by then: that was acted upon already.
-    if (toggle && (*toggle)->changes_ == change) (*toggle)->act();
+    if (toggle && toggle->changes_ == change) toggle->act();
   });
 }
 

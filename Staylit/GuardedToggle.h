@@ -2,9 +2,9 @@
 
 #include <cstdint>
 #include <functional>
-#include <memory>
 
 #include "Tidewell/Ports/MainLoop.h"
+#include "Tidewell/WeakReference.h"
 
 namespace staylit {
 
@@ -50,8 +50,7 @@ class GuardedToggle {
   int failures_ = 0;  ///< Since the user's own change.
   tidewell::MainLoop& mainLoop_;
   Apply apply_;
-  /// What work for later holds instead of the toggle: gone when it is.
-  std::shared_ptr<GuardedToggle*> self_;
+  tidewell::WeakReferences<GuardedToggle> self_{*this};  ///< For work that is posted.
 };
 
 }  // namespace staylit

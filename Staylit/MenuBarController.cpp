@@ -141,10 +141,7 @@ void addCommands(Menu& menu, bool isPaused) {
 
 MenuBarController::MenuBarController(StaylitEngine& engine, UserInterface& userInterface,
                                      tidewell::Ports& ports)
-    : engine_(engine),
-      userInterface_(userInterface),
-      ports_(ports),
-      self_(std::make_shared<MenuBarController*>(this)) {
+    : engine_(engine), userInterface_(userInterface), ports_(ports) {
   // Last, since it may ask for the menu at once.
   statusItem_ = userInterface_.makeStatusItem(*this);
   followStatus();
@@ -159,8 +156,8 @@ void MenuBarController::followStatus() {
 }
 
 void MenuBarController::postRender(const EngineStatus& status) {
-  ports_.mainLoop->async([weak = std::weak_ptr(self_), status] {
-    if (const auto controller = weak.lock()) (*controller)->render(status);
+  ports_.mainLoop->async([controller = self_.make(), status] {
+    if (controller) controller->render(status);
   });
 }
 

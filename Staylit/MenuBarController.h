@@ -11,6 +11,7 @@
 #include "Staylit/StaylitEngine.h"
 #include "Staylit/UserInterface.h"
 #include "Tidewell/Ports/Ports.h"
+#include "Tidewell/WeakReference.h"
 
 namespace staylit {
 
@@ -60,8 +61,7 @@ class MenuBarController : public MenuDelegate {
   std::unique_ptr<SettingsView> settingsView_;
   std::unique_ptr<Window> settingsWindow_;
   Subscription statusSubscription_;
-  /// What work for later holds instead of the controller: gone when it is.
-  std::shared_ptr<MenuBarController*> self_;
+  tidewell::WeakReferences<MenuBarController> self_{*this};  ///< For work that is posted.
 };
 
 }  // namespace staylit

@@ -56,8 +56,7 @@ SettingsView::SettingsView(StaylitEngine& engine, tidewell::Ports& ports)
       lidClosed_(lidIsAllowed(ports), *ports.mainLoop, [this](bool on) { applyLidSetting(on); }),
       launchAtLogin_(defaults().boolean(keys::launchAtLogin), *ports.mainLoop,
                      [this](bool on) { applyLaunchAtLogin(on); }),
-      changes_(engine, *ports.mainLoop),
-      self_(std::make_shared<SettingsView*>(this)) {
+      changes_(engine, *ports.mainLoop) {
   followLid();
 }
 
@@ -193,12 +192,9 @@ std::string SettingsView::lidError() const {
 void SettingsView::applyLidSetting(bool on) {
   if (!on) return lidApplied(on, tidewell::ClamshellController::disable());
   tidewell::ClamshellController::enable(
-      [weak = std::weak_ptr(self_), on, change = lidClosed_.changes()](bool isDone) {
-        const auto view = weak.lock();
+      [view = self_.make(), on, change = lidClosed_.changes()](bool isDone) {
         // A failure of what the user has changed again meanwhile flips nothing back.
-        if (view && (isDone || (*view)->lidClosed_.changes() == change)) {
-          (*view)->lidApplied(on, isDone);
-        }
+        if (view && (isDone || view->lidClosed_.changes() == change)) view->lidApplied(on, isDone);
       });
 }
 

@@ -14,6 +14,7 @@
 #include "Staylit/StaylitEngine.h"
 #include "Staylit/ViewChanges.h"
 #include "Tidewell/Ports/Ports.h"
+#include "Tidewell/WeakReference.h"
 
 namespace staylit {
 
@@ -132,8 +133,7 @@ class SettingsView {
   std::optional<std::string> lidError_;
   ViewChanges changes_;
   std::shared_ptr<void> lidChanges_;
-  /// What an answer that may come late holds instead of the view: gone when it is.
-  std::shared_ptr<SettingsView*> self_;
+  tidewell::WeakReferences<SettingsView> self_{*this};  ///< For answers that may come late.
 };
 
 }  // namespace staylit

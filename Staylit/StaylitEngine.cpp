@@ -32,19 +32,18 @@ StaylitEngine::StaylitEngine(tidewell::Ports& ports)
       assertingApps_({}),
       powerState_(tidewell::BatteryMonitor::current()),
       monitor_(ports),
-      sleep_(*ports.powerManagement),
-      self_(std::make_shared<StaylitEngine*>(this)) {}
+      sleep_(*ports.powerManagement) {}
 
 StaylitEngine::~StaylitEngine() = default;
 
 void StaylitEngine::start() {
   observeSystemSleep();
-  timer_ = ports_.mainLoop->scheduleRepeating(
-      kInterval, [&loop = *ports_.mainLoop, weak = std::weak_ptr(self_)] {
-        loop.async([weak] {
-          if (const auto engine = weak.lock()) (*engine)->tick();
-        });
-      });
+  timer_ = ports_.mainLoop->scheduleRepeating(kInterval,
+                                              [&loop = *ports_.mainLoop, engine = self_.make()] {
+                                                loop.async([engine] {
+                                                  if (engine) engine->tick();
+                                                });
+                                              });
   timer_->setTolerance(kTolerance);
   tick();
 }
@@ -88,9 +87,9 @@ void StaylitEngine::setPaused(bool paused) {
 void StaylitEngine::observeSystemSleep() {
   // What an observer does is posted to the main loop, and the engine may be gone by then.
   const auto hop = [this](void (*action)(StaylitEngine&)) {
-    return [&loop = *ports_.mainLoop, weak = std::weak_ptr(self_), action] {
-      loop.async([weak, action] {
-        if (const auto engine = weak.lock()) action(**engine);
+    return [&loop = *ports_.mainLoop, engine = self_.make(), action] {
+      loop.async([engine, action] {
+        if (engine) action(*engine);
       });
     };
   };

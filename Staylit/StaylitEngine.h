@@ -11,6 +11,7 @@
 #include "Tidewell/Ports/Ports.h"
 #include "Tidewell/PowerState.h"
 #include "Tidewell/SleepController.h"
+#include "Tidewell/WeakReference.h"
 
 namespace staylit {
 
@@ -22,11 +23,11 @@ namespace staylit {
 /// that fails is logged below and tried again on the next tick. Dropping it drops the hold.
 class StaylitEngine {
  public:
-  /// Starts nothing.
   /// How often it ticks, and how late a tick may be.
   static constexpr tidewell::Seconds kInterval{2.0};
   static constexpr tidewell::Seconds kTolerance{0.5};
 
+  /// Starts nothing.
   explicit StaylitEngine(tidewell::Ports& ports);
   ~StaylitEngine();
   StaylitEngine(const StaylitEngine&) = delete;
@@ -79,8 +80,7 @@ class StaylitEngine {
   tidewell::SleepController sleep_;
   std::unique_ptr<tidewell::RepeatingTimer> timer_;
   std::optional<tidewell::Moment> quietSince_;  ///< When the current spell without work began.
-  /// What the timer and the observers hold instead of the engine: gone when it is.
-  std::shared_ptr<StaylitEngine*> self_;
+  tidewell::WeakReferences<StaylitEngine> self_{*this};  ///< For the timer and the observers.
 };
 
 }  // namespace staylit

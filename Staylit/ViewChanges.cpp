@@ -1,6 +1,7 @@
 #include "Staylit/ViewChanges.h"
 
 #include <array>
+#include <memory>
 #include <utility>
 
 namespace staylit {
@@ -8,7 +9,8 @@ namespace staylit {
 /// One observer, kept alive by its subscription alone.
 class ViewChanges::Observer : public std::enable_shared_from_this<Observer> {
  public:
-  Observer(tidewell::MainLoop& mainLoop, std::weak_ptr<void> view, std::function<void()> changed)
+  Observer(tidewell::MainLoop& mainLoop, tidewell::WeakReference<ViewChanges> view,
+           std::function<void()> changed)
       : mainLoop_(mainLoop), view_(std::move(view)), changed_(std::move(changed)) {}
 
   void follow(StaylitEngine& engine, Published<std::int64_t>& own) {
@@ -30,26 +32,26 @@ class ViewChanges::Observer : public std::enable_shared_from_this<Observer> {
   void callBack() {
     // Before the call, so that what changes during it is told of as well.
     isPosted_ = false;
-    if (!view_.expired()) changed_();
+    if (view_) changed_();
   }
 
   tidewell::MainLoop& mainLoop_;
-  std::weak_ptr<void> view_;
+  tidewell::WeakReference<ViewChanges> view_;
   std::function<void()> changed_;
   bool isPosted_ = false;
   std::array<Subscription, 5> subscriptions_;
 };
 
 ViewChanges::ViewChanges(StaylitEngine& engine, tidewell::MainLoop& mainLoop)
-    : engine_(engine), mainLoop_(mainLoop), own_(std::make_shared<Published<std::int64_t>>(0)) {}
+    : engine_(engine), mainLoop_(mainLoop) {}
 
 void ViewChanges::tell() {
-  own_->set(own_->get() + 1);
+  own_.set(own_.get() + 1);
 }
 
 Subscription ViewChanges::observe(std::function<void()> changed) {
-  auto observer = std::make_shared<Observer>(mainLoop_, own_, std::move(changed));
-  observer->follow(engine_, *own_);
+  auto observer = std::make_shared<Observer>(mainLoop_, self_.make(), std::move(changed));
+  observer->follow(engine_, own_);
   return Subscription(std::move(observer));
 }
 

@@ -2,11 +2,11 @@
 
 #include <cstdint>
 #include <functional>
-#include <memory>
 
 #include "Staylit/Published.h"
 #include "Staylit/StaylitEngine.h"
 #include "Tidewell/Ports/MainLoop.h"
+#include "Tidewell/WeakReference.h"
 
 namespace staylit {
 
@@ -31,8 +31,8 @@ class ViewChanges {
 
   StaylitEngine& engine_;
   tidewell::MainLoop& mainLoop_;
-  /// Counts what the view did; shared, so that what is posted can see that the view is gone.
-  std::shared_ptr<Published<std::int64_t>> own_;
+  Published<std::int64_t> own_{0};                     ///< Counts what the view did.
+  tidewell::WeakReferences<ViewChanges> self_{*this};  ///< For what is posted.
 };
 
 }  // namespace staylit

@@ -8,19 +8,17 @@
 namespace staylit {
 namespace {
 
-/// Forgets whose menu it is when the item goes.
+/// A status item that tells whose menu it has, for as long as it exists.
 class RememberedItem : public StatusNotifierItem {
  public:
-  RememberedItem(platform::EventLoop& loop, platform::Bus& bus, MenuDelegate& delegate,
-                 std::shared_ptr<MenuDelegate*> memory)
+  RememberedItem(platform::EventLoop& loop, platform::Bus& bus, MenuDelegate& delegate)
       : StatusNotifierItem(loop, bus, delegate, StatusIcons::ofThisProgram()),
-        memory_(std::move(memory)) {
-    *memory_ = &delegate;
-  }
-  ~RememberedItem() override { *memory_ = nullptr; }
+        delegate_(delegate) {}
+
+  [[nodiscard]] tidewell::WeakReference<MenuDelegate> delegate() const { return delegate_.make(); }
 
  private:
-  std::shared_ptr<MenuDelegate*> memory_;
+  tidewell::WeakReferences<MenuDelegate> delegate_;
 };
 
 }  // namespace
@@ -29,7 +27,9 @@ DesktopUserInterface::DesktopUserInterface(platform::EventLoop& loop, platform::
     : loop_(loop), sessionBus_(sessionBus), windowing_(loop, sessionBus) {}
 
 std::unique_ptr<StatusItem> DesktopUserInterface::makeStatusItem(MenuDelegate& delegate) {
-  return std::make_unique<RememberedItem>(loop_, sessionBus_, delegate, delegate_);
+  auto item = std::make_unique<RememberedItem>(loop_, sessionBus_, delegate);
+  delegate_ = item->delegate();
+  return item;
 }
 
 std::unique_ptr<Window> DesktopUserInterface::makeAppsWindow(const WindowStyle& style,
@@ -60,7 +60,7 @@ void DesktopUserInterface::terminate() {
 }
 
 void DesktopUserInterface::choose(MenuItem::Action action) {
-  if (*delegate_) staylit::choose(**delegate_, action);
+  if (delegate_) staylit::choose(*delegate_, action);
 }
 
 void DesktopUserInterface::tell(const std::string& summary, const std::string& body) {

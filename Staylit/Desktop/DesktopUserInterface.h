@@ -7,6 +7,7 @@
 #include "Platform/Linux/Loop/EventLoop.h"
 #include "Staylit/Desktop/Display/Windowing.h"
 #include "Staylit/UserInterface.h"
+#include "Tidewell/WeakReference.h"
 
 namespace staylit {
 
@@ -37,8 +38,7 @@ class DesktopUserInterface : public UserInterface {
   platform::EventLoop& loop_;
   platform::Bus& sessionBus_;
   Windowing windowing_;
-  /// The status item's, as long as that exists.
-  std::shared_ptr<MenuDelegate*> delegate_ = std::make_shared<MenuDelegate*>(nullptr);
+  tidewell::WeakReference<MenuDelegate> delegate_;  ///< The status item's, while that exists.
 };
 
 }  // namespace staylit

@@ -170,8 +170,8 @@ void Bus::lost(int error) {
   trust_.forget();
   if (connection_) {
     retired_.push_back(std::exchange(connection_, {}));
-    loop_.async([weak = std::weak_ptr<bool>(alive_), this] {
-      if (weak.lock()) retired_.clear();
+    loop_.async([bus = self_.make()] {
+      if (bus) bus->retired_.clear();
     });
   }
   backoff_.failed(error, timing_.now());

@@ -19,6 +19,7 @@
 #include "Platform/Linux/Bus/BusTiming.h"
 #include "Platform/Linux/Bus/BusTrust.h"
 #include "Platform/Linux/Loop/EventLoop.h"
+#include "Tidewell/WeakReference.h"
 
 namespace platform {
 
@@ -136,7 +137,7 @@ class Bus {
   bool isReady_ = false;
   std::uint64_t number_ = 0;
   std::unique_ptr<tidewell::RepeatingTimer> timer_;
-  std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);
+  tidewell::WeakReferences<Bus> self_{*this};  ///< For work that is posted.
 };
 
 }  // namespace platform

@@ -70,8 +70,8 @@ DBusMenu::DBusMenu(platform::EventLoop& loop, platform::Bus& bus, MenuDelegate& 
 
 void DBusMenu::refresh() {
   if (layout_.revision() == 0) return;
-  loop_.async([weak = std::weak_ptr<bool>(alive_), this] {
-    if (!weak.lock()) return;
+  loop_.async([menu = self_.make(), this] {
+    if (!menu) return;
     const MenuLayout::Change change = rebuild();
     if (hosts_.isOpen() || layout_.entries().size() != toldCount_) return announce(change);
     announceItems(change);
@@ -80,8 +80,8 @@ void DBusMenu::refresh() {
 }
 
 void DBusMenu::chooseLater(MenuItem::Action action) {
-  loop_.async([weak = std::weak_ptr<bool>(alive_), this, action] {
-    if (weak.lock()) staylit::choose(delegate_, action);
+  loop_.async([menu = self_.make(), action] {
+    if (menu) staylit::choose(menu->delegate_, action);
   });
 }
 
@@ -246,11 +246,11 @@ bool DBusMenu::happened(std::int32_t id, const std::string& type, sd_bus_message
 void DBusMenu::choose(const MenuItem& item) {
   if (!item.isEnabled || item.action == MenuItem::Action::none) return;
   // The host is answered first: what is chosen may take its time, or end the program.
-  loop_.async([weak = std::weak_ptr<bool>(alive_), this, item] {
-    if (!weak.lock()) return;
+  loop_.async([menu = self_.make(), this, item] {
+    if (!menu) return;
     hosts_.surelyClosed();
     delegate_.perform(item);
-    if (weak.lock() && (isLayoutNews_ || hosts_.isOpen())) announce(rebuild());
+    if (menu && (isLayoutNews_ || hosts_.isOpen())) announce(rebuild());
   });
 }
 

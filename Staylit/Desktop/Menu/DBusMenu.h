@@ -13,6 +13,7 @@
 #include "Staylit/Desktop/Menu/MenuHosts.h"
 #include "Staylit/Desktop/Menu/MenuLayout.h"
 #include "Staylit/UserInterface.h"
+#include "Tidewell/WeakReference.h"
 
 namespace staylit {
 
@@ -75,9 +76,8 @@ class DBusMenu {
   /// heard of.
   bool isLayoutNews_ = false;
   std::size_t toldCount_ = 0;
-  /// What work for later holds instead of the menu: gone when it is.
-  std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);
   platform::BusObject object_;
+  tidewell::WeakReferences<DBusMenu> self_{*this};  ///< For work that is posted.
 };
 
 }  // namespace staylit

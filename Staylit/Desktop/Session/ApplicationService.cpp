@@ -193,8 +193,8 @@ void ApplicationService::keepName() {
 }
 
 void ApplicationService::performLater(MenuItem::Action action) {
-  loop_.async([weak = std::weak_ptr<bool>(alive_), this, action] {
-    if (weak.lock()) perform_(action);
+  loop_.async([service = self_.make(), action] {
+    if (service) service->perform_(action);
   });
 }
 

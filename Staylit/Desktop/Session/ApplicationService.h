@@ -12,6 +12,7 @@
 #include "Platform/Linux/Bus/BusObject.h"
 #include "Platform/Linux/Loop/EventLoop.h"
 #include "Staylit/Menu.h"
+#include "Tidewell/WeakReference.h"
 
 namespace staylit {
 
@@ -71,7 +72,6 @@ class ApplicationService {
   platform::EventLoop& loop_;
   platform::Bus& bus_;
   std::function<void(MenuItem::Action)> perform_;
-  std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);
   platform::BusObject object_;
   platform::BusListening connection_;
   platform::BusSlot request_;
@@ -79,6 +79,7 @@ class ApplicationService {
   platform::BusSlot question_;
   std::optional<Answer> answer_;
   std::function<void()> leave_;  ///< Set while this one runs beside the owner.
+  tidewell::WeakReferences<ApplicationService> self_{*this};  ///< For work that is posted.
 };
 
 }  // namespace staylit
