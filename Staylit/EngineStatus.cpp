@@ -5,7 +5,7 @@ namespace {
 
 std::string summaryOf(const EngineStatus::Holding& holding) {
   if (holding.names.empty()) return "Holding sleep";
-  const std::string first = "Awake for " + holding.names.front();
+  std::string first = "Awake for " + holding.names.front();
   if (holding.names.size() == 1) return first;
   return first + " +" + std::to_string(holding.names.size() - 1) + " more";
 }

@@ -13,8 +13,8 @@ namespace tidewell {
 
 /// One known application or family of command-line tools. Immutable.
 struct CatalogEntry {
-  CatalogEntry(std::string display, AppCategory category, std::vector<std::string> bundleIDs,
-               std::vector<std::string> executables, std::optional<double> cpuFloor);
+  CatalogEntry(std::string displayName, AppCategory appCategory, std::vector<std::string> bundles,
+               std::vector<std::string> programs, std::optional<double> floor);
 
   std::string display;  ///< The name shown to the user.
   AppCategory category;

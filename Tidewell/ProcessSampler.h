@@ -39,7 +39,7 @@ class ProcessSampler {
   using Application = std::shared_ptr<const RunningApplication>;
 
   void refreshGUIApps(std::span<const Application> all);
-  const RunningApplication* guiApp(std::int32_t pid) const;
+  [[nodiscard]] const RunningApplication* guiApp(std::int32_t pid) const;
   void livePIDs(std::span<const std::int32_t> all);
   std::string_view executableName(std::int32_t pid, std::string_view fallback);
   bool fill(std::int32_t pid, std::size_t place);

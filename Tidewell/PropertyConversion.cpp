@@ -82,7 +82,8 @@ bool booleanOf(std::string_view text) {
   text = withoutLeading(text, kBlanks);
   text.remove_prefix(signsAt(text, 0));
   text = withoutLeading(text, "0");
-  return !text.empty() && std::string_view("123456789YyTt").find(text.front()) != text.npos;
+  return !text.empty() &&
+         std::string_view("123456789YyTt").find(text.front()) != std::string_view::npos;
 }
 
 }  // namespace

@@ -16,9 +16,13 @@ class AccountApplication : public RunningApplication {
         bundleIdentifier_(original.bundleIdentifier()),
         localizedName_(original.localizedName()) {}
 
-  std::int32_t processIdentifier() const override { return identifier_; }
-  const std::optional<std::string>& bundleIdentifier() const override { return bundleIdentifier_; }
-  const std::optional<std::string>& localizedName() const override { return localizedName_; }
+  [[nodiscard]] std::int32_t processIdentifier() const override { return identifier_; }
+  [[nodiscard]] const std::optional<std::string>& bundleIdentifier() const override {
+    return bundleIdentifier_;
+  }
+  [[nodiscard]] const std::optional<std::string>& localizedName() const override {
+    return localizedName_;
+  }
 
  private:
   std::int32_t identifier_;

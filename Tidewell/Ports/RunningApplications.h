@@ -14,11 +14,11 @@ namespace tidewell {
 class RunningApplication {
  public:
   virtual ~RunningApplication() = default;
-  virtual std::int32_t processIdentifier() const = 0;
+  [[nodiscard]] virtual std::int32_t processIdentifier() const = 0;
   /// The application's identifier, for example "org.mozilla.firefox"; absent when it has none.
-  virtual const std::optional<std::string>& bundleIdentifier() const = 0;
+  [[nodiscard]] virtual const std::optional<std::string>& bundleIdentifier() const = 0;
   /// The name a person knows it by, in the user's language; absent when it has none.
-  virtual const std::optional<std::string>& localizedName() const = 0;
+  [[nodiscard]] virtual const std::optional<std::string>& localizedName() const = 0;
 };
 
 /// Names single processes; all running applications together are in `ProcessTable::snapshot`. Main

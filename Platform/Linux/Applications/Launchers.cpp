@@ -101,7 +101,7 @@ constexpr std::array kLaunchers = std::to_array<std::string_view>({
 
 bool isLauncher(std::string_view name) {
   const std::size_t last = name.find_last_not_of("0123456789.-");
-  const std::string_view stem = name.substr(0, last == name.npos ? 0 : last + 1);
+  const std::string_view stem = name.substr(0, last == std::string_view::npos ? 0 : last + 1);
   return std::ranges::find(kLaunchers, name) != kLaunchers.end() ||
          std::ranges::find(kLaunchers, stem) != kLaunchers.end();
 }

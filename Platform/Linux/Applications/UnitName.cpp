@@ -69,7 +69,8 @@ void add(Ids& ids, std::string_view escaped) {
 void addReadings(Ids& ids, std::string_view body) {
   if (const auto flatpak = after(body, "flatpak-")) body = *flatpak;
   add(ids, body);
-  for (std::size_t dash = body.find('-'); dash != body.npos; dash = body.find('-', dash + 1)) {
+  for (std::size_t dash = body.find('-'); dash != std::string_view::npos;
+       dash = body.find('-', dash + 1)) {
     add(ids, body.substr(dash + 1));
   }
 }
@@ -82,7 +83,8 @@ void addSnap(Ids& ids, std::string_view name) {
   if (name.back() != '.' && name.back() != '-') return;
   name.remove_suffix(1);
   const std::size_t dot = name.find('.');
-  if (dot == name.npos || name.find('.', dot + 1) != name.npos) return;
+  constexpr auto kNone = std::string_view::npos;
+  if (dot == kNone || name.find('.', dot + 1) != kNone) return;
   const std::string_view snap = name.substr(0, dot);
   const std::string_view app = name.substr(dot + 1);
   if (snap.empty() || app.empty()) return;

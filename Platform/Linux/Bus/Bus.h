@@ -101,7 +101,7 @@ class Bus {
   void lost(int error);
   void failedToAnswer(const BusMethod& method);
   void answered(const std::string& destination);
-  int remembered(const BusMethod& method) const;
+  [[nodiscard]] int remembered(const BusMethod& method) const;
   BusReply exchange(sd_bus_message* message, const BusMethod& method, BusTiming::Deadline deadline,
                     LateReply late);
   BusReply prepare(const BusMethod& method, const Arguments& arguments);

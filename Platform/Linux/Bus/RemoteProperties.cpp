@@ -113,7 +113,7 @@ struct RemoteProperties::State {
   BusListening presence{};
   BusSlot pending{};
 
-  BusMethod getAll(BusActivation start) const {
+  [[nodiscard]] BusMethod getAll(BusActivation start) const {
     return {service.c_str(), path.c_str(), kPropertiesInterface, "GetAll", start};
   }
 

@@ -17,7 +17,7 @@ fs::path absoluteFrom(const char* variable) {
 }
 
 fs::path belowHome(const char* variable, const char* folder) {
-  const fs::path given = absoluteFrom(variable);
+  fs::path given = absoluteFrom(variable);
   if (!given.empty()) return given;
   const fs::path home = homeFolder();
   return home.empty() ? fs::path() : home / folder;

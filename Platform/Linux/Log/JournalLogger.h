@@ -16,7 +16,7 @@ class JournalLogger : public tidewell::SystemLogger {
   void emit(tidewell::LogType type, const std::string& message) override;
 
  private:
-  bool sendToJournal(tidewell::LogType type, const std::string& message) const;
+  [[nodiscard]] bool sendToJournal(tidewell::LogType type, const std::string& message) const;
   void writeToStandardError(const std::string& message) const;
 
   std::string subsystem_;

@@ -87,18 +87,16 @@ ThreadQueue::~ThreadQueue() {
 void ThreadQueue::async(std::function<void()> work) {
   // Once the lock is free the work may begin and end the queue.
   const std::shared_ptr<State> state = state_;
-  bool hasThread = false;
-  {
-    const std::lock_guard guard(state->lock);
-    hasThread = state->hasThread || startThread();
-    if (hasThread) state->pending.push_back(std::move(work));
+  std::unique_lock lock(state->lock);
+  const bool hasThread = state->hasThread || startThread();
+  if (!hasThread) {
+    lock.unlock();
+    return work();
   }
-  // After the lock, or the thread would wake only to wait for it.
-  if (hasThread) {
-    state->changed.notify_one();
-  } else {
-    work();
-  }
+  state->pending.push_back(std::move(work));
+  lock.unlock();
+  // After the lock is free, or the thread would wake only to wait for it.
+  state->changed.notify_one();
 }
 
 bool ThreadQueue::startThread() {

@@ -15,11 +15,11 @@ class LinuxApplication : public tidewell::RunningApplication {
   LinuxApplication(std::int32_t pid, std::shared_ptr<const ApplicationIdentity> identity)
       : pid_(pid), identity_(std::move(identity)) {}
 
-  std::int32_t processIdentifier() const override { return pid_; }
-  const std::optional<std::string>& bundleIdentifier() const override {
+  [[nodiscard]] std::int32_t processIdentifier() const override { return pid_; }
+  [[nodiscard]] const std::optional<std::string>& bundleIdentifier() const override {
     return identity_->bundleIdentifier;
   }
-  const std::optional<std::string>& localizedName() const override {
+  [[nodiscard]] const std::optional<std::string>& localizedName() const override {
     return identity_->localizedName;
   }
 

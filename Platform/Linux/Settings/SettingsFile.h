@@ -42,7 +42,8 @@ class SettingsFile {
 
   /// Replaces the content at one stroke, provided that it is still what was `read`. To be called
   /// under the lock.
-  Change replace(std::string_view text, const RegularFile& read, const FolderLock& lock) const;
+  [[nodiscard]] Change replace(std::string_view text, const RegularFile& read,
+                               const FolderLock& lock) const;
 
  private:
   std::filesystem::path path_;

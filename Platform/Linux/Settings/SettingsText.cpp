@@ -264,7 +264,7 @@ class Editor {
   [[nodiscard]] std::string literalFor(const tidewell::PropertyValue& value) const {
     std::string literal = tomlLiteral(value);
     if (lineEnd(original_) == "\n") return literal;
-    for (std::size_t at = 0; (at = literal.find('\n', at)) != literal.npos; at += 2)
+    for (std::size_t at = 0; (at = literal.find('\n', at)) != std::string::npos; at += 2)
       literal.insert(at, 1, '\r');
     return literal;
   }
@@ -345,7 +345,7 @@ class Editor {
     return last;
   }
 
-  TextEdit insertion(std::size_t offset, std::string lines) const {
+  [[nodiscard]] TextEdit insertion(std::size_t offset, std::string lines) const {
     const std::string_view before = original_.substr(0, offset);
     const bool isAfterOpenLine = offset > 0 && before.back() != '\n' && before != kByteOrderMark;
     if (isAfterOpenLine) lines.insert(0, lineEnd(original_));

@@ -80,7 +80,8 @@ class SessionManagerInhibitor::Reading {
 
   /// Some session managers have methods for this, others properties of another spelling. What goes
   /// meanwhile is nobody's. When there is no answer the reading ends, and tells nothing.
-  void ask(const char* method, const char* property, std::function<void(std::string)> answered) {
+  void ask(const char* method, const char* property,
+           const std::function<void(std::string)>& answered) {
     const char* const path = paths_[index_].c_str();
     call_ = bus_.callAsync(
         {services::kSessionManager, path, kInhibitor, method}, {},

@@ -37,7 +37,7 @@ class SleepServices {
   SleepAssertion::Mechanisms all();
 
  private:
-  bool isPresent(Bus& bus, const std::string& name, int& error);
+  static bool isPresent(Bus& bus, const std::string& name, int& error);
 
   Bus& systemBus_;
   Bus& sessionBus_;

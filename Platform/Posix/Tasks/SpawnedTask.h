@@ -32,7 +32,7 @@ class SpawnedTask : public tidewell::Task {
 
  private:
   enum class Wait { output, ended };
-  Wait waitForOutput() const;
+  [[nodiscard]] Wait waitForOutput() const;
   void signal(int number);
   void wakeReader();
   bool endsSoon();

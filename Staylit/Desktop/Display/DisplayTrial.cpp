@@ -146,7 +146,7 @@ int DisplayTrial::readable(sd_event_source* /*source*/, int descriptor, unsigned
   return 0;
 }
 
-void DisplayTrial::finish(Verdict verdict) {
+void DisplayTrial::finish(const Verdict& verdict) {
   source_.reset();
   limit_.reset();
   const auto done = std::exchange(done_, nullptr);

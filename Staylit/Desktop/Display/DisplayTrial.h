@@ -55,7 +55,7 @@ class DisplayTrial {
  private:
   static int readable(sd_event_source* source, int descriptor, unsigned events, void* data);
   bool start(const std::string& program);
-  void finish(Verdict verdict);
+  void finish(const Verdict& verdict);
 
   platform::EventLoop& loop_;
   std::function<void(const Verdict&)> done_;

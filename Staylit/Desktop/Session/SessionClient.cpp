@@ -17,7 +17,7 @@ constexpr platform::BusMethod kRegisterClient{kManager, "/org/gnome/SessionManag
 /// What the manager gave to the program that it started; no child of ours may have it too.
 std::string takeStartupId() {
   const char* id = std::getenv(kAutostartId);
-  const std::string result = id ? id : "";
+  std::string result = id ? id : "";
   ::unsetenv(kAutostartId);
   return result;
 }
