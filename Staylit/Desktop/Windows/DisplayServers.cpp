@@ -22,7 +22,7 @@ namespace {
 
 constexpr std::string_view kXSockets = "/tmp/.X11-unix/X";
 
-/// Of whoever listens at the other end.
+/// For the process that listens at the other end.
 bool isStranger(int socket) {
   ucred server{};
   socklen_t size = sizeof server;
@@ -32,13 +32,13 @@ bool isStranger(int socket) {
 
 std::string waylandSocket() {
   const char* name = std::getenv("WAYLAND_DISPLAY");
-  const std::string display = name && *name ? name : "wayland-0";
+  std::string display = name && *name ? name : "wayland-0";
   if (display.starts_with('/')) return display;
   const char* folder = std::getenv("XDG_RUNTIME_DIR");
   return folder ? std::string(folder) + "/" + display : "";
 }
 
-/// The name of the other end of a local connection; absent for what is none.
+/// The name of the other end of a local connection; absent for a descriptor that is none.
 std::optional<std::string> peerName(int socket) {
   sockaddr_un address{};
   socklen_t size = sizeof address;
@@ -53,7 +53,7 @@ std::optional<std::string> peerName(int socket) {
 }  // namespace
 
 DisplayListeners::DisplayListeners(const std::string& display) {
-  // "host:0" is another machine's; "unix:0" and ":0.1" are this one's.
+  // "host:0" is another machine's display; "unix:0" and ":0.1" are displays of this machine.
   const std::size_t colon = display.find(':');
   if (colon == std::string::npos || (colon > 0 && display.substr(0, colon) != "unix")) return;
   std::string number = display.substr(colon + 1);

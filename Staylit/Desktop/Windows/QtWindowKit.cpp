@@ -22,8 +22,8 @@ Rect toRect(const QRect& rect) {
   return {{double(rect.x()), double(rect.y())}, {double(rect.width()), double(rect.height())}};
 }
 
-/// Qt takes the user's locale for the whole process. How numbers are read and written belongs to
-/// the program.
+/// Qt sets the user's locale for the whole process. The program itself decides how numbers are read
+/// and written.
 std::unique_ptr<QApplication> makeApplication(int& argumentCount, char** arguments) {
   const char* current = std::setlocale(LC_NUMERIC, nullptr);
   const std::string numbers = current ? current : "C";
@@ -40,13 +40,13 @@ QtWindowKit::QtWindowKit(DrivenLoop loop, std::string platform)
       arguments_{programName, platformOption, platform_.data(), nullptr},
       argumentCount_(static_cast<int>(arguments_.size()) - 1),
       application_(makeApplication(argumentCount_, arguments_.data())) {
-  // No display name: Qt would append it to every title.
+  // There is no display name, because Qt would append it to every title.
   QCoreApplication::setApplicationName(QStringLiteral("Staylit"));
   QGuiApplication::setDesktopFileName(QStringLiteral("com.staylit.app"));
-  // Nothing that Qt sees come and go ends the program.
+  // Whatever Qt sees come and go, it must not end the program.
   QGuiApplication::setQuitOnLastWindowClosed(false);
   QCoreApplication::setQuitLockEnabled(false);
-  // Whether the program starts with the next session is a setting of its own.
+  // Whether the program starts with the next session is a setting of the program.
   const auto neverRestart = [](QSessionManager& manager) {
     manager.setRestartHint(QSessionManager::RestartNever);
   };
@@ -63,14 +63,14 @@ void QtWindowKit::run() {
   QSocketNotifier readable(loop_.descriptor, QSocketNotifier::Read);
   QObject context;
   QObject::connect(&readable, &QSocketNotifier::activated, &context, [this] { pump(); });
-  // What was scheduled from a window's event is not told by the descriptor.
+  // The descriptor does not tell of work that a window's event handler scheduled.
   QObject::connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::aboutToBlock,
                    &context, [this] { pump(); });
   pump();
   if (!loop_.isStopping()) QApplication::exec();
 }
 
-void QtWindowKit::pump() {
+void QtWindowKit::pump() const {
   loop_.pump();
   if (loop_.isStopping()) QCoreApplication::exit();
 }

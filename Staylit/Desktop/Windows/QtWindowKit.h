@@ -11,17 +11,17 @@
 
 namespace staylit::windows {
 
-/// The windows on Qt. Main thread only; one in a process.
+/// The windows on Qt. Main thread only; one kit in a process.
 ///
-/// When the connection to the display breaks, Qt ends the process with status 1, without a chance
-/// for anyone to say otherwise. What the program holds is given back by the system then.
+/// When the connection to the display breaks, Qt ends the process with status 1, and nobody can
+/// prevent it. The system then gives back what the program holds.
 class QtWindowKit : public WindowKit {
  public:
   /// `platform` is the name of a Qt platform that is known to work here: with any other, Qt ends
   /// the process.
   QtWindowKit(DrivenLoop loop, std::string platform);
 
-  /// Returns before the loop is stopping when the desktop's session ends.
+  /// Also returns when the desktop's session ends, even if the loop is not stopping yet.
   void run() override;
 
   std::unique_ptr<Window> makeAppsWindow(const WindowStyle& style, AppsView& view) override;
@@ -30,11 +30,11 @@ class QtWindowKit : public WindowKit {
   void activate() override;
 
  private:
-  void pump();
+  void pump() const;
 
   DrivenLoop loop_;
   std::string platform_;
-  // Qt keeps pointers to all of these.
+  // Qt keeps pointers to all of these members.
   std::vector<char*> arguments_;
   int argumentCount_;
   std::unique_ptr<QApplication> application_;

@@ -11,7 +11,7 @@ namespace staylit::windows {
 /// Draws the lines of the Choose Apps window.
 class AppsDelegate : public QAbstractItemDelegate {
  public:
-  /// How the list reacts to the user at the moment.
+  /// How the list responds to the user at the moment.
   struct Feedback {
     QPersistentModelIndex hovered;
     QPersistentModelIndex pressed;
@@ -24,7 +24,7 @@ class AppsDelegate : public QAbstractItemDelegate {
 
   void paint(QPainter* painter, const QStyleOptionViewItem& given,
              const QModelIndex& index) const override;
-  /// The height in a list as wide as the option's rectangle.
+  /// The height of the line in a list that is as wide as the option's rectangle.
   [[nodiscard]] QSize sizeHint(const QStyleOptionViewItem& option,
                                const QModelIndex& index) const override;
 
@@ -36,8 +36,8 @@ class AppsDelegate : public QAbstractItemDelegate {
   static void paintBadge(const Canvas& canvas, std::size_t count, int left, QRect line);
   static void paintEmpty(const Canvas& canvas, const AppsLine& line);
   void paintEntry(const Canvas& canvas, const AppsLine& line, const QModelIndex& index) const;
-  int marginBelow(const QModelIndex& index) const;
-  QColor plateColor(const Surface& surface, const QModelIndex& index) const;
+  [[nodiscard]] int marginBelow(const QModelIndex& index) const;
+  [[nodiscard]] QColor plateColor(const Surface& surface, const QModelIndex& index) const;
   void paintPlate(const Canvas& canvas, const QModelIndex& index) const;
   static void paintName(const Canvas& canvas, const AppsLine& entry, QRect line);
 

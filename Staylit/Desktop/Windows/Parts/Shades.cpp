@@ -11,8 +11,8 @@ constexpr double kTertiaryShare = 0.58;
 constexpr double kFaintShare = 0.42;
 constexpr double kLineShare = 0.14;
 constexpr double kDarkCardShare = 0.06;
-/// How far each step goes in search of a legible colour.
-constexpr double kStep = 0.04;
+/// In the search for a legible colour.
+constexpr int kSteps = 25;
 
 double linear(double channel) {
   return channel <= 0.04045 ? channel / 12.92 : std::pow((channel + 0.055) / 1.055, 2.4);
@@ -38,7 +38,8 @@ Surface Surface::base(const QPalette& palette) {
 }
 
 Surface Surface::card(const QPalette& palette) {
-  // A dark base is a hollow in the window; a group of settings should rise from it instead.
+  // A dark base looks like a hollow in the window, but a group of settings should rise from the
+  // window.
   const Surface around = window(palette);
   if (!around.isDark()) return base(palette);
   return {mixed(around.text, around.background, kDarkCardShare), around.text};
@@ -63,8 +64,8 @@ QColor mixed(const QColor& top, const QColor& bottom, double share) {
 QColor legible(const QColor& wanted, const QColor& background, double ratio) {
   const bool brighten = contrast(Qt::white, background) > contrast(Qt::black, background);
   const QColor end = brighten ? Qt::white : Qt::black;
-  for (double share = 0; share < 1; share += kStep) {
-    const QColor candidate = mixed(end, wanted, share);
+  for (int step = 0; step < kSteps; ++step) {
+    const QColor candidate = mixed(end, wanted, static_cast<double>(step) / kSteps);
     if (contrast(candidate, background) >= ratio) return candidate;
   }
   return end;

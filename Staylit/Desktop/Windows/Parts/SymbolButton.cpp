@@ -1,6 +1,7 @@
 #include "Staylit/Desktop/Windows/Parts/SymbolButton.h"
 
 #include <QPainter>
+#include <utility>
 
 #include "Staylit/Desktop/Windows/Parts/Shades.h"
 #include "Staylit/Desktop/Windows/Parts/Symbols.h"
@@ -12,8 +13,8 @@ constexpr int kButtonSide = 16;
 
 }  // namespace
 
-SymbolButton::SymbolButton(const QString& symbol, const QString& accessibleName, QWidget* parent)
-    : QToolButton(parent), symbol_(symbol) {
+SymbolButton::SymbolButton(QString symbol, const QString& accessibleName, QWidget* parent)
+    : QToolButton(parent), symbol_(std::move(symbol)) {
   setAccessibleName(accessibleName);
   setFocusPolicy(Qt::NoFocus);
   setCursor(Qt::ArrowCursor);

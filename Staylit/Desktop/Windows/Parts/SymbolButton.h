@@ -4,10 +4,10 @@
 
 namespace staylit::windows {
 
-/// A button that is nothing but a symbol. The keyboard passes it by: what it does has a key.
+/// A button that shows only a symbol. The keyboard skips it, because a key does the same.
 class SymbolButton : public QToolButton {
  public:
-  SymbolButton(const QString& symbol, const QString& accessibleName, QWidget* parent);
+  SymbolButton(QString symbol, const QString& accessibleName, QWidget* parent);
 
   [[nodiscard]] QSize sizeHint() const override;
 

@@ -6,14 +6,12 @@
 #include <QRectF>
 #include <QString>
 
-namespace staylit::windows {
-
-/// The symbols that the program names; our own drawings, which come with the module.
-namespace symbols {
+/// The symbols that the program names. They are our own drawings, and come with the module.
+namespace staylit::windows::symbols {
 
 [[nodiscard]] bool has(const QString& name);
 
-/// Draws a symbol in one colour, as large as fits into `frame` and in its middle. Nothing when
+/// Draws a symbol in one colour, in the middle of `frame` and as large as fits. Draws nothing when
 /// there is no such symbol.
 void draw(QPainter& painter, const QString& name, const QRectF& frame, const QColor& color);
 
@@ -21,6 +19,4 @@ void draw(QPainter& painter, const QString& name, const QRectF& frame, const QCo
 /// is no such symbol.
 QPixmap pixmap(const QString& name, int side, const QColor& color, qreal pixelRatio);
 
-}  // namespace symbols
-
-}  // namespace staylit::windows
+}  // namespace staylit::windows::symbols
