@@ -28,7 +28,8 @@
   _delegate->applicationWillTerminate();
 }
 
-/// Opened again in the Finder, or by another start. There is no window to bring back as it was.
+/// The user opened the program again, in the Finder or by another start. It has no window that
+/// could simply be brought back.
 - (BOOL)applicationShouldHandleReopen:(NSApplication*)__unused application
                     hasVisibleWindows:(BOOL)__unused hasVisibleWindows {
   _delegate->applicationShouldHandleReopen();
@@ -46,7 +47,8 @@ namespace staylit {
 void AppKitApplication::run(ApplicationDelegate& delegate) {
   @autoreleasepool {
     NSApplication* application = NSApplication.sharedApplication;
-    // The application holds its delegate weakly, and ARC would drop it after its last mention.
+    // The application holds its delegate weakly, and ARC would drop the delegate after its last
+    // use.
     NS_VALID_UNTIL_END_OF_SCOPE StaylitApplicationDelegate* forwarder =
         [[StaylitApplicationDelegate alloc] initWithDelegate:delegate];
     application.delegate = forwarder;

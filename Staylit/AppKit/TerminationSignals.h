@@ -6,9 +6,9 @@
 
 namespace staylit {
 
-/// While it lives, SIGTERM, SIGINT and SIGHUP terminate the shared application in order, on the
-/// main thread. A signal that this process was started to ignore stays ignored. Made on the main
-/// thread, once.
+/// While this object lives, SIGTERM, SIGINT and SIGHUP terminate the shared application in order,
+/// on the main thread. A signal stays ignored when this process was started with it ignored. Make
+/// one object, on the main thread.
 class TerminationSignals {
  public:
   TerminationSignals();

@@ -11,8 +11,8 @@ bool isIgnored(int signal) {
   return sigaction(signal, nullptr, &current) == 0 && current.sa_handler == SIG_IGN;
 }
 
-/// Keeps the signal from ending the process at once. A handler and not SIG_IGN, which the tools
-/// that are launched would inherit and then could not be terminated.
+/// Keeps the signal from ending the process at once. This is a handler and not SIG_IGN, because
+/// launched tools would inherit SIG_IGN and could then not be terminated.
 void catchAndDiscard(int signal) {
   struct sigaction action {};
   action.sa_handler = [](int) {};

@@ -7,8 +7,8 @@
 
 namespace platform {
 
-/// The running applications as the shared workspace lists them. The workspace brings its list up
-/// to date from the main run loop.
+/// The running applications, as the shared workspace lists them. The workspace updates its list
+/// from the main run loop.
 class WorkspaceRunningApplications final : public tidewell::RunningApplications {
  public:
   /// All of them as of now.

@@ -7,7 +7,7 @@
 namespace platform {
 namespace {
 
-/// Asks the system's object only for what is asked of it, and for that once.
+/// Reads a property from the system's object only when somebody asks for it, and only once.
 class WorkspaceApplication final : public tidewell::RunningApplication {
  public:
   explicit WorkspaceApplication(NSRunningApplication* application) : application_(application) {}
@@ -31,7 +31,7 @@ class WorkspaceApplication final : public tidewell::RunningApplication {
   }
 
  private:
-  /// A property's value, which may be that there is none; absent until it was asked for.
+  /// The value of a property, which may itself be absent; absent until somebody asks for it.
   using Asked = std::optional<std::optional<std::string>>;
 
   NSRunningApplication* const application_;

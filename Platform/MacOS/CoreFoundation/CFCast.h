@@ -4,8 +4,8 @@
 
 namespace platform {
 
-// What others hand over has the type that they chose: each of these answers with the object as the
-// wanted type, or with null for null and for an object of another type. No reference is added.
+// Objects from others may have any type. Each of these functions returns the object as the wanted
+// type. It returns null for null and for an object of another type. No reference is added.
 
 inline bool isOfType(CFTypeRef object, CFTypeID type) {
   return object != nullptr && CFGetTypeID(object) == type;

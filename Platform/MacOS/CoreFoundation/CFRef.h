@@ -13,12 +13,12 @@ class CFRef {
  public:
   CFRef() = default;
 
-  /// Takes over a reference that the caller owns: what a function with Create or Copy in its name
-  /// returned. `object` may be null.
+  /// Takes over a reference that the caller owns, as from a function with Create or Copy in its
+  /// name. `object` may be null.
   [[nodiscard]] static CFRef adopt(Object object) { return CFRef(object); }
 
-  /// Adds a reference to an object that another owns: what a function with Get in its name
-  /// returned. `object` may be null.
+  /// Adds a reference to an object that somebody else owns, as from a function with Get in its
+  /// name. `object` may be null.
   [[nodiscard]] static CFRef retain(Object object) {
     if (object != nullptr) CFRetain(object);
     return CFRef(object);

@@ -29,7 +29,7 @@ class UnifiedLogger final : public tidewell::SystemLogger {
   void emit(tidewell::LogType type, const std::string& message) override {
     if (!isEnabled(type)) return;
     const std::string text = repairedUtf8(message);
-    // Messages carry names of applications, which would be hidden as private otherwise.
+    // Messages contain names of applications, which the log would otherwise hide as private.
     os_log_with_type(log_, osLogType(type), "%{public}s", text.c_str());
   }
 

@@ -18,8 +18,8 @@ class DispatchSerialQueue final : public tidewell::SerialQueue {
             dispatch_queue_attr_make_with_qos_class(DISPATCH_QUEUE_SERIAL, QOS_CLASS_UTILITY, 0))) {
   }
 
-  // What has not begun finds itself dropped; what is under way is waited for, since it may use what
-  // goes away next.
+  // Work that has not begun does nothing when its turn comes. Work that is running is waited for,
+  // because it may use what is destroyed next.
   ~DispatchSerialQueue() override {
     *dropped_ = true;
     dispatch_sync(queue_, ^{

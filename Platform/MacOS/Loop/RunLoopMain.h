@@ -7,19 +7,20 @@
 
 namespace platform {
 
-/// The main thread's run loop. `async` may be called from any thread; timers fire in the common
-/// modes, so also while a menu is open.
+/// The main thread's run loop. `async` may be called from any thread. Timers fire in the common
+/// modes, and so also while a menu is open.
 class RunLoopMain final : public tidewell::MainLoop {
  public:
   std::unique_ptr<tidewell::RepeatingTimer> scheduleRepeating(
       tidewell::Seconds interval, std::function<void()> action) override;
   void async(std::function<void()> work) override;
 
-  /// Runs now what `async` has been given so far, in its order. Main thread only.
+  /// Runs the work that `async` has been given so far, in its order. Main thread only.
   void runPending();
 
  private:
-  /// Work that waits for the main thread; shared with the main queue, which may outlive the owner.
+  /// Work that waits for the main thread. It is shared with the main queue, which may outlive its
+  /// owner.
   class Pending {
    public:
     void add(std::function<void()> work);

@@ -37,8 +37,8 @@ std::unique_ptr<tidewell::RepeatingTimer> RunLoopMain::scheduleRepeating(
 
 void RunLoopMain::async(std::function<void()> work) {
   pending_->add(std::move(work));
-  // One turn of the main queue for each piece of work; a turn finds nothing when `runPending` came
-  // first.
+  // The main queue gets one turn for each piece of work. A turn finds nothing when `runPending`
+  // came first.
   dispatchAsync(dispatch_get_main_queue(), [pending = std::weak_ptr(pending_)] {
     if (const auto kept = pending.lock()) kept->runNext();
   });

@@ -7,7 +7,7 @@
 
 namespace platform {
 
-/// The application's own entry among the login items that System Settings shows.
+/// The application's own entry in the list of login items in System Settings.
 class MainAppLoginItem final : public tidewell::LoginItem {
  public:
   std::optional<std::string> registerItem() override;

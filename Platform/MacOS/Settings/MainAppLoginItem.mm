@@ -15,7 +15,8 @@ bool isGone(SMAppService* service) {
 
 }  // namespace
 
-// What there is decides, and not the answer alone: the system calls it an error to be told twice.
+// The present state decides, not only the answer: for the system a second request of the same kind
+// is an error.
 
 std::optional<std::string> MainAppLoginItem::registerItem() {
   @autoreleasepool {

@@ -6,7 +6,7 @@
 
 namespace platform {
 
-/// User defaults: the application's standard ones unless others are given.
+/// The user defaults: the application's standard ones unless others are given.
 class UserDefaultsStore final : public tidewell::Defaults {
  public:
   explicit UserDefaultsStore(NSUserDefaults* store = NSUserDefaults.standardUserDefaults)
@@ -24,7 +24,7 @@ class UserDefaultsStore final : public tidewell::Defaults {
   void setBoolean(std::string_view key, bool value) override;
   void setStringList(std::string_view key, const std::vector<std::string>& value) override;
 
-  /// Hands what was set to the system's own process, which writes it.
+  /// Hands the new values to the system's own process, which writes them.
   void finishWriting() override;
 
  private:

@@ -5,7 +5,7 @@
 namespace platform {
 namespace {
 
-/// One property value as an object of the store; nil for what the store cannot hold.
+/// A property value as an object of the store; nil for a value that the store cannot hold.
 struct StoredObject {
   id operator()(std::monostate) const { return nil; }
   id operator()(bool value) const { return @(value); }

@@ -4,7 +4,7 @@
 
 namespace platform {
 
-/// Text by Foundation's rules; a character is a composed character sequence.
+/// Text by Foundation's rules. A character is a composed character sequence.
 class FoundationText final : public tidewell::Text {
  public:
   std::string lowercased(std::string_view text) override;

@@ -10,10 +10,10 @@
 
 namespace platform {
 
-/// What stands for something that is no character.
+/// The replacement for something that is no character.
 inline constexpr std::string_view kReplacementCharacter = "\xEF\xBF\xBD";
 
-/// The length of the well-formed UTF-8 sequence that begins `bytes`; 0 when none does.
+/// The length of the well-formed UTF-8 sequence at the beginning of `bytes`; 0 when there is none.
 inline std::size_t leadingCharacterLength(std::string_view bytes) {
   for (std::size_t length = 1; length <= 4 && length <= bytes.size(); ++length) {
     if (tidewell::isValidUtf8(bytes.substr(0, length))) return length;
@@ -33,8 +33,8 @@ inline std::string repairedUtf8(std::string_view bytes) {
   return repaired;
 }
 
-/// The longest beginning of the well-formed `text` that has at most `capacity` bytes and does not
-/// end within a character.
+/// The longest beginning of the well-formed `text` that has at most `capacity` bytes and ends with
+/// a whole character.
 inline std::string_view cutToBytes(std::string_view text, std::size_t capacity) {
   if (text.size() <= capacity) return text;
   const auto continues = [](char byte) {

@@ -6,7 +6,7 @@
 namespace platform {
 namespace {
 
-/// How many nanoseconds a unit of Mach's clocks is.
+/// The number of nanoseconds in a unit of Mach's clocks.
 double nanosecondsPerUnit() {
   static const double ratio = [] {
     mach_timebase_info_data_t info{};
@@ -19,7 +19,7 @@ double nanosecondsPerUnit() {
 }  // namespace
 
 tidewell::Moment FoundationClock::now() {
-  // Absolute time, which the steady clock is made of, stands still while the Mac sleeps.
+  // The steady clock is made of absolute time, which stands still while the Mac sleeps.
   const double nanoseconds = static_cast<double>(mach_continuous_time()) * nanosecondsPerUnit();
   return tidewell::Moment(std::chrono::nanoseconds(static_cast<std::int64_t>(nanoseconds)));
 }

@@ -4,8 +4,8 @@
 
 #include "Staylit/UserInterface.h"
 
-/// The status item's menu, which is filled anew from the portable items whenever it is about to
-/// open. Owns the menu and is its delegate and the target of its items. Main thread only.
+/// The status item's menu. It is filled anew from the portable items whenever it is about to open.
+/// The object owns the menu, and is its delegate and the target of its items. Main thread only.
 @interface StaylitStatusMenu : NSObject <NSMenuDelegate>
 
 @property(nonatomic, readonly) NSMenu* menu;
@@ -14,7 +14,7 @@
 - (instancetype)initWithDelegate:(staylit::MenuDelegate&)delegate NS_DESIGNATED_INITIALIZER;
 - (instancetype)init NS_UNAVAILABLE;
 
-/// From here on nothing reaches the delegate.
+/// After this call nothing reaches the delegate.
 - (void)disconnect;
 
 @end

@@ -13,7 +13,7 @@ using Action = staylit::MenuItem::Action;
   if (self == nil) return nil;
   _delegate = &delegate;
   _menu = [[NSMenu alloc] initWithTitle:@""];
-  // The items say themselves whether they are enabled.
+  // Each portable item says whether it is enabled, so AppKit must not decide it.
   _menu.autoenablesItems = NO;
   _menu.delegate = self;
   return self;
@@ -36,7 +36,7 @@ using Action = staylit::MenuItem::Action;
   NSMenuItem* made = [[NSMenuItem alloc] initWithTitle:platform::nsString(item.title)
                                                 action:[self actionOf:item]
                                          keyEquivalent:platform::nsString(item.keyEquivalent)];
-  // Without a target, quitting goes to the application.
+  // An item without a target sends its action to the application, which is what quitting needs.
   if (item.action != Action::none && item.action != Action::terminate) made.target = self;
   made.enabled = item.isEnabled;
   made.state = item.isOn ? NSControlStateValueOn : NSControlStateValueOff;

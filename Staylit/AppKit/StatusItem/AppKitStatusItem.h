@@ -9,7 +9,8 @@
 
 namespace staylit {
 
-/// A status item of variable length in the system's menu bar, there as long as the object lives.
+/// A status item of variable length in the system's menu bar. It is there as long as the object
+/// lives.
 class AppKitStatusItem final : public StatusItem {
  public:
   explicit AppKitStatusItem(MenuDelegate& delegate);
@@ -17,7 +18,7 @@ class AppKitStatusItem final : public StatusItem {
   AppKitStatusItem(const AppKitStatusItem&) = delete;
   AppKitStatusItem& operator=(const AppKitStatusItem&) = delete;
 
-  /// Touches only what is different, so that the menu bar is not drawn anew with every tick.
+  /// Changes only what differs, so that the menu bar is not drawn anew with every tick.
   void show(const StatusItemAppearance& appearance) override;
 
  private:

@@ -5,8 +5,8 @@
 
 namespace staylit {
 
-/// A window and its content. What the content draws must outlive it, though AppKit may keep the
-/// objects a little longer.
+/// A window and its content. The portable view that the content draws must outlive the window.
+/// AppKit may keep the window's objects a little longer.
 class AppKitWindow final : public Window {
  public:
   AppKitWindow(const WindowStyle& style, NSView<StaylitWindowContent>* content);

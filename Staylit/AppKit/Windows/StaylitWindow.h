@@ -4,13 +4,13 @@
 
 #import "Staylit/AppKit/Windows/StaylitWindowContent.h"
 
-/// A titled window that can be closed, and is only hidden by it. Main thread only.
+/// A window with a title and a close button. Closing only hides it. Main thread only.
 ///
-/// The program has no main menu, which is where the usual key equivalents come from: the window
-/// knows those that make sense in it. Escape closes it unless its content has a use for it.
+/// The program has no main menu, which usually provides the key equivalents, so the window itself
+/// handles those that make sense in it. Escape closes the window unless the content uses the key.
 @interface StaylitWindow : NSWindow
 
-/// `size` is the content's, in points. Keeps the content.
+/// `size` is the size of the content, in points. The window keeps `content`.
 - (instancetype)initWithTitle:(NSString*)title
                          size:(NSSize)size
                       content:(NSView<StaylitWindowContent>*)content NS_DESIGNATED_INITIALIZER;

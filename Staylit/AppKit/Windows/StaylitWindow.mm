@@ -5,7 +5,8 @@ namespace {
 constexpr NSEventModifierFlags kModifiers = NSEventModifierFlagCommand | NSEventModifierFlagShift |
                                             NSEventModifierFlagOption | NSEventModifierFlagControl;
 
-/// What the main menu of other programs would send for a key; null for a key without a meaning.
+/// The action that the main menu of other programs would send for a key; null for a key without a
+/// meaning.
 SEL commandFor(NSEvent* event) {
   const NSEventModifierFlags modifiers = event.modifierFlags & kModifiers;
   // With Command down, this is the Latin letter on other keyboards too.
@@ -43,7 +44,7 @@ SEL commandFor(NSEvent* event) {
   if (self == nil) return nil;
   self.title = title;
   self.releasedWhenClosed = NO;
-  // There is nothing to restore: a window is only ever opened by the menu.
+  // The system has nothing to restore at the next start: only the menu opens a window.
   self.restorable = NO;
   _content = content;
   self.contentView = content;

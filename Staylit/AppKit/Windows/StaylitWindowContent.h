@@ -2,24 +2,26 @@
 
 #import <AppKit/AppKit.h>
 
-/// What fills a window: draws one of the portable views and hands back what is done to it. Main
-/// thread only.
+/// The content of a window: it draws one of the portable views and hands the user's actions back.
+/// Main thread only.
 @protocol StaylitWindowContent <NSObject>
 
-/// What has the keyboard when the window is first shown; nil leaves it to the system.
+/// The view that has the keyboard when the window is first shown; nil leaves the choice to the
+/// system.
 @property(nonatomic, readonly) NSView* firstView;
 
-/// Shows what the view says now. Needed before the window is shown: nothing is followed while it is
-/// hidden.
+/// Shows what the portable view says now. Call it before the window is shown: a hidden window
+/// follows nothing.
 - (void)refresh;
 
-/// The view is about to go; from here on nothing reaches it.
+/// The portable view is about to go; after this call nothing reaches it.
 - (void)disconnect;
 
-/// The user pressed Escape. Whether that meant something in here, so that the window stays.
+/// The user pressed Escape. Returns whether the content used the key, so that the window stays
+/// open.
 - (BOOL)cancel;
 
-/// The user looks for something.
+/// The user pressed the key for searching.
 - (void)find;
 
 @end

@@ -2,10 +2,10 @@
 
 #import "Staylit/AppKit/Windows/Apps/StaylitLineCell.h"
 
-/// An application: one button, as large as the row, over what it shows.
+/// The row of an application: a button as large as the row lies over the name and the symbols.
 @interface StaylitAppCell : StaylitLineCell
 
-/// Told when the row is clicked, or pressed by VoiceOver.
+/// Called when the row is clicked, or pressed by VoiceOver.
 @property(nonatomic, copy) void (^pressed)(StaylitAppCell* cell);
 
 @end

@@ -20,7 +20,8 @@ void fixSize(NSView* view, CGFloat width, CGFloat height) {
   ]];
 }
 
-/// A place of one size for symbols of different sizes; a wider one stands out on both sides.
+/// A place of one size for symbols of different sizes. A symbol that is wider than the place stands
+/// out on both sides.
 NSView* makeSymbolPlace(NSImageView* symbol) {
   NSView* place = [[NSView alloc] init];
   place.clipsToBounds = NO;
@@ -34,7 +35,7 @@ NSView* makeSymbolPlace(NSImageView* symbol) {
   return place;
 }
 
-/// A button that is not seen, and as large as what it lies over.
+/// An invisible button, as large as the view that it lies over.
 NSButton* makeButton(id target, SEL action) {
   NSButton* button = [StaylitRowButton buttonWithTitle:@"" target:target action:action];
   button.bordered = NO;
@@ -43,7 +44,7 @@ NSButton* makeButton(id target, SEL action) {
     [button setContentHuggingPriority:1 forOrientation:orientation];
     [button setContentCompressionResistancePriority:1 forOrientation:orientation];
   }
-  // The keyboard moves through the list, not through the buttons in it.
+  // The keyboard moves through the rows of the list, not through the buttons in the rows.
   button.refusesFirstResponder = YES;
   return button;
 }
@@ -83,7 +84,7 @@ NSButton* makeButton(id target, SEL action) {
   _detail = staylit::makeLabel(NSFontTextStyleCaption1, NSColor.secondaryLabelColor);
   _moveSymbol = staylit::makeSymbolView(NSFontTextStyleBody, NSColor.tertiaryLabelColor);
   _button = makeButton(self, @selector(press));
-  // The button speaks for all of them.
+  // VoiceOver reads the button, so the parts of the row are hidden from it.
   staylit::hideFromAccessibility(_name);
   staylit::hideFromAccessibility(_detail);
 }
@@ -100,7 +101,8 @@ NSButton* makeButton(id target, SEL action) {
   _button.accessibilityHelp = platform::nsString(line.moveHint);
 }
 
-/// Of the row: on the colour of a selection, everything has the colour of selected text.
+/// The background is the row's. On the colour of a selection, every part takes the colour of
+/// selected text.
 - (void)setBackgroundStyle:(NSBackgroundStyle)style {
   [super setBackgroundStyle:style];
   const bool isSelected = style == NSBackgroundStyleEmphasized;

@@ -5,8 +5,8 @@
 #import "Staylit/AppKit/Windows/StaylitWindowContent.h"
 #include "Staylit/AppsView.h"
 
-/// What the Choose Apps window holds: a header with the search, the two lists, and a footer. Main
-/// thread only.
+/// The content of the Choose Apps window: a header with the search, the two lists, and a footer.
+/// Main thread only.
 @interface StaylitAppsContent : NSView <StaylitWindowContent>
 
 /// `view` must outlive the object or its `disconnect`.

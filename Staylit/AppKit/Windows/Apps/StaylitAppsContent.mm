@@ -96,7 +96,7 @@ constexpr CGFloat kFooterMargin = 11;
   });
 }
 
-// What the window asks of its content.
+// What the window asks its content.
 
 - (NSView*)firstView {
   return _search.keyView;

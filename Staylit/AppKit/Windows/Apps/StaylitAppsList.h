@@ -6,19 +6,19 @@
 
 #include "Staylit/AppsView.h"
 
-/// The two lists of the Choose Apps window, one below the other. What is looked at stays where it
-/// is when applications come and go, and so does the selection. Main thread only.
+/// The two lists of the Choose Apps window, one below the other. When applications come and go, the
+/// rows that the user sees stay where they are, and so does the selection. Main thread only.
 @interface StaylitAppsList : NSScrollView <NSTableViewDataSource, NSTableViewDelegate>
 
-/// Told of the application that was chosen, by its identifier.
+/// Called with the identifier of the application that was chosen.
 @property(nonatomic, copy) void (^chosen)(NSString* identifier);
 
-/// What has the keyboard in the list.
+/// The view in the list that has the keyboard.
 @property(nonatomic, readonly) NSView* keyView;
 
 - (void)showSections:(const std::vector<staylit::AppsView::Section>&)sections;
 
-/// Selects the first application unless one is selected, and gives the list the keyboard.
+/// Selects the first application unless one is selected already, and gives the list the keyboard.
 - (void)focus;
 
 @end

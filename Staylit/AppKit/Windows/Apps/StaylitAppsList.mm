@@ -28,7 +28,8 @@ NSUserInterfaceItemIdentifier identifierOf(AppsLine::Kind kind) {
 
 NSTableColumn* makeColumn() {
   NSTableColumn* column = [[NSTableColumn alloc] initWithIdentifier:@"lines"];
-  // Less than the table has for it, which stretches it from there and is never wider than it.
+  // The table has more room than this and stretches the column to fill it, so that the table is
+  // never wider than its room.
   column.width = 100;
   column.resizingMask = NSTableColumnAutoresizingMask;
   return column;
@@ -63,7 +64,7 @@ NSIndexSet* rowSet(std::size_t row) { return [NSIndexSet indexSetWithIndex:row];
   _table.columnAutoresizingStyle = NSTableViewLastColumnOnlyAutoresizingStyle;
   _table.dataSource = self;
   _table.delegate = self;
-  // A row is more than its cell: there is room on either side.
+  // A row is wider than its cell: there is room on either side.
   _table.target = self;
   _table.action = @selector(chooseClicked);
   __weak StaylitAppsList* weakSelf = self;
@@ -73,7 +74,7 @@ NSIndexSet* rowSet(std::size_t row) { return [NSIndexSet indexSetWithIndex:row];
   return _table;
 }
 
-/// A scroll bar that comes or goes changes what there is for the column.
+/// A scroll bar that comes or goes changes the room for the column.
 - (void)tile {
   [super tile];
   [_table sizeLastColumnToFit];
@@ -94,7 +95,8 @@ NSIndexSet* rowSet(std::size_t row) { return [NSIndexSet indexSetWithIndex:row];
   if (_lines.lines().empty()) return [self fillWith:sections];
   const staylit::ScrollPlace place(_table, _lines);
   bool isEdited = false;
-  // At once: rows that glide would be clicked for others, and the place could not be kept.
+  // Rows change at once: while they glide, a click would hit another row, and the place could not
+  // be kept.
   [NSAnimationContext beginGrouping];
   NSAnimationContext.currentContext.duration = 0;
   _lines.show(sections, [self, &isEdited](const Edit& edit) {
@@ -130,7 +132,7 @@ NSIndexSet* rowSet(std::size_t row) { return [NSIndexSet indexSetWithIndex:row];
   }
 }
 
-/// In place, so that whoever hears the row is not thrown off it.
+/// The row is changed in place, so that VoiceOver does not lose the row that it reads.
 - (void)redraw:(std::size_t)row {
   [_table noteHeightOfRowsWithIndexesChanged:rowSet(row)];
   StaylitLineCell* cell = [_table viewAtColumn:0
@@ -153,7 +155,8 @@ NSIndexSet* rowSet(std::size_t row) { return [NSIndexSet indexSetWithIndex:row];
   self.chosen(platform::nsString(_lines.lines()[index].id));
 }
 
-/// The selection stays at its place, on the next application, so that several can be moved in turn.
+/// The selection keeps its place and so moves to the next application. The user can then move
+/// several applications in turn.
 - (void)chooseByKeyboard:(NSInteger)row {
   [self choose:row];
   [self select:_lines.entryNear(static_cast<std::size_t>(row))];
@@ -193,7 +196,7 @@ NSIndexSet* rowSet(std::size_t row) { return [NSIndexSet indexSetWithIndex:row];
 
 - (void)chooseClicked {
   const NSInteger row = _table.clickedRow;
-  // As a click on the button does, which selects nothing.
+  // A click on the row does what a click on the button does, and that selects nothing.
   if (row >= 0) [_table deselectRow:row];
   [self choose:row];
 }

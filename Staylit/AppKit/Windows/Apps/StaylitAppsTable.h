@@ -2,11 +2,12 @@
 
 #import <AppKit/AppKit.h>
 
-/// A table whose rows are chosen by Return, Enter or Space, but not by a Space within a name that
-/// is typed. Of several clicks in one place it hears the first only. Escape is the window's.
+/// A table whose rows are chosen by Return, Enter or Space. A Space within a name that is being
+/// typed chooses nothing. Of several clicks in one place the table hears only the first. Escape
+/// goes on to the window.
 @interface StaylitAppsTable : NSTableView
 
-/// Told of the selected row when it is chosen.
+/// Called with the selected row when the user chooses it.
 @property(nonatomic, copy) void (^chosen)(NSInteger row);
 
 @end

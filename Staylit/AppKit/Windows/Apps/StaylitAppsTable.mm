@@ -6,17 +6,17 @@ constexpr unichar kEscape = 0x1B;
 constexpr NSEventModifierFlags kModifiers = NSEventModifierFlagCommand | NSEventModifierFlagShift |
                                             NSEventModifierFlagOption | NSEventModifierFlagControl;
 
-/// For so long after a letter, in seconds, a Space belongs to the name that is typed.
+/// For so many seconds after a letter, a Space belongs to the name that is being typed.
 constexpr NSTimeInterval kTypingPause = 1;
 
-/// The one character of a key that is pressed without modifiers; 0 for any other.
+/// The one character of a key that is pressed without modifiers; 0 for every other key.
 unichar plainKey(NSEvent* event) {
   NSString* characters = event.charactersIgnoringModifiers;
   if ((event.modifierFlags & kModifiers) != 0 || characters.length != 1) return 0;
   return [characters characterAtIndex:0];
 }
 
-/// Whether a key writes something that can stand in a name, which the arrows and their like do not.
+/// Whether a key writes a character that can stand in a name. The arrow keys, for example, do not.
 bool isLetter(NSEvent* event) {
   constexpr NSEventModifierFlags kCommands =
       NSEventModifierFlagCommand | NSEventModifierFlagControl;
@@ -60,12 +60,12 @@ bool isLetter(NSEvent* event) {
 - (void)choose:(NSEvent*)event {
   // A key that is held down must not empty the list.
   if (event.isARepeat) return;
-  // What is typed next is another name.
+  // The next letter begins another name.
   _lastLetter = 0;
   if (self.selectedRow >= 0 && self.chosen != nil) self.chosen(self.selectedRow);
 }
 
-// The first click has brought another application under the mouse, which nobody meant.
+// The first click has put another application under the mouse, and the user did not mean that one.
 - (void)mouseDown:(NSEvent*)event {
   if (event.clickCount == 1) [super mouseDown:event];
 }

@@ -2,6 +2,6 @@
 
 #import "Staylit/AppKit/Windows/Apps/StaylitLineCell.h"
 
-/// What stands in a list without applications.
+/// The text of a list that has no applications.
 @interface StaylitEmptyCell : StaylitLineCell
 @end

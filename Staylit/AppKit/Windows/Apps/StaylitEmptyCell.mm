@@ -5,7 +5,7 @@
 
 namespace {
 
-/// What a row of the list has at the least, with scroll bars beside it.
+/// The least width of a row of the list, with scroll bars beside it.
 constexpr CGFloat kTextWidth = 390;
 constexpr CGFloat kMargin = 4;
 

@@ -2,6 +2,7 @@
 
 #import "Staylit/AppKit/Windows/Apps/StaylitLineCell.h"
 
-/// The heading of a list: its symbol, its title, how many it has, and what it is below them.
+/// The heading of a list: its symbol, its title and the number of its applications, with the
+/// explanation of the list below them.
 @interface StaylitHeadingCell : StaylitLineCell
 @end

@@ -37,7 +37,7 @@ constexpr CGFloat kRoundEnds = 100;
 
 - (NSView*)makeBadge {
   _count = staylit::makeLabel(NSFontTextStyleCaption1, NSColor.secondaryLabelColor);
-  // The title gives way first.
+  // Where there is too little room, the title is shortened and the number is not.
   [_count setContentCompressionResistancePriority:NSLayoutPriorityRequired
                                    forOrientation:NSLayoutConstraintOrientationHorizontal];
   NSView* badge = [[StaylitRoundedView alloc] initWithColor:NSColor.secondaryLabelColor

@@ -2,7 +2,7 @@
 
 #import <AppKit/AppKit.h>
 
-/// A button in a row that another row may take the place of when it is pressed: of several clicks
-/// in one place, it hears the first only. Main thread only.
+/// A button in a row whose place another row may take when the button is pressed. Of several clicks
+/// in one place, the button hears only the first. Main thread only.
 @interface StaylitRowButton : NSButton
 @end

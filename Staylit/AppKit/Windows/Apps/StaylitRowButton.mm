@@ -2,8 +2,8 @@
 
 @implementation StaylitRowButton
 
-// Here and not where it is pressed: what VoiceOver presses has no event of its own, and would be
-// taken for the last click.
+// The test stands here and not where the press is handled: a press by VoiceOver has no event of its
+// own, so there it would be taken for the last click.
 - (void)mouseDown:(NSEvent*)event {
   if (event.clickCount == 1) [super mouseDown:event];
 }

@@ -60,7 +60,7 @@ NSTextField* makePlainField(NSString* placeholder) {
   button.bordered = NO;
   button.contentTintColor = NSColor.secondaryLabelColor;
   button.hidden = YES;
-  // It comes and goes, and must not change the height of the field.
+  // The button comes and goes, and must not change the height of the field.
   [button setContentCompressionResistancePriority:1
                                    forOrientation:NSLayoutConstraintOrientationVertical];
   [button setContentHuggingPriority:NSLayoutPriorityRequired

@@ -44,7 +44,7 @@ NSImageView* makeSymbolView(NSFontTextStyle style, NSColor* color) {
   NSImageView* view = [[NSImageView alloc] init];
   view.symbolConfiguration = [NSImageSymbolConfiguration configurationWithTextStyle:style];
   view.contentTintColor = color;
-  // Less than what gives a view a width of its own.
+  // This priority is lower than the one of a view with a width of its own.
   [view setContentHuggingPriority:NSLayoutPriorityDefaultHigh
                    forOrientation:NSLayoutConstraintOrientationHorizontal];
   hideFromAccessibility(view);

@@ -9,7 +9,7 @@
 
 namespace staylit {
 
-/// How high the lines of the Choose Apps window are; measured once for each shape of line. Main
+/// The heights of the lines of the Choose Apps window. Each shape of line is measured once. Main
 /// thread only.
 class LineHeights {
  public:
@@ -17,8 +17,8 @@ class LineHeights {
   CGFloat of(const AppsLine& line);
 
  private:
-  /// What the height of a line depends on: its kind, whether it has a detail, and for a text that
-  /// may be broken into lines, which one it is.
+  /// What the height of a line depends on: its kind, whether it has a detail, and, for a text that
+  /// may be broken into several lines, which text it is.
   using Shape = std::tuple<AppsLine::Kind, bool, std::size_t>;
 
   static Shape shapeOf(const AppsLine& line);

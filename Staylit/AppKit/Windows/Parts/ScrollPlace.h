@@ -6,15 +6,16 @@
 
 namespace staylit {
 
-/// Which applications are looked at in a list that is about to change, and where, so that they can
-/// be put there again. Main thread only.
+/// Remembers which applications are in sight in a list that is about to change, and where, so that
+/// the list can be scrolled back to them. Main thread only.
 class ScrollPlace {
  public:
-  /// Of `table`, which shows `lines`. At the very top it is no place: there one wants to see what
-  /// appears.
+  /// Reads `table`, which shows `lines`. At the very top it remembers nothing: there the user wants
+  /// to see what appears.
   ScrollPlace(NSTableView* table, const AppsLines& lines);
 
-  /// Scrolls so that the first application that has not moved within the list is where it was seen.
+  /// Scrolls so that the first application that has not moved within the list is where the user saw
+  /// it.
   void restore(NSTableView* table, const AppsLines& lines) const;
 
  private:

@@ -5,7 +5,8 @@
 /// A ground of one colour with round corners, drawn anew in every appearance. Main thread only.
 @interface StaylitRoundedView : NSView
 
-/// Whether a fine line goes around it, so that it is told from what is behind it in any contrast.
+/// Whether a fine line goes around the ground, which sets it off from what is behind it at any
+/// contrast.
 @property(nonatomic, getter=isBordered) BOOL bordered;
 
 /// A `radius` of more than half the height gives round ends: a capsule, or a dot. `opacity` is that

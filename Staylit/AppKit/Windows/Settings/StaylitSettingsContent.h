@@ -6,7 +6,7 @@
 #import "Staylit/AppKit/Windows/StaylitWindowContent.h"
 #include "Staylit/SettingsView.h"
 
-/// What the Settings window holds: the form, which is higher than the window and scrolls in it.
+/// The content of the Settings window: the form, which is higher than the window and scrolls in it.
 /// Main thread only.
 @interface StaylitSettingsContent : NSScrollView <StaylitWindowContent, StaylitSettingsActions>
 

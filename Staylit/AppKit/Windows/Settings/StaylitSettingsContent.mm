@@ -42,7 +42,7 @@ using staylit::SettingsView;
   });
 }
 
-// What the window asks of its content.
+// What the window asks its content.
 
 - (NSView*)firstView {
   return nil;
@@ -76,7 +76,7 @@ using staylit::SettingsView;
   if (_view == nullptr) return;
   _view->setOn(control, on);
   [self refresh];
-  // An error under it may have grown out of sight.
+  // An error under the control may have appeared out of sight.
   [_form scrollTo:control];
 }
 

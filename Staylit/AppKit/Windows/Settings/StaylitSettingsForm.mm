@@ -16,7 +16,7 @@ constexpr CGFloat kTitleSpacing = 6;
 constexpr CGFloat kSectionSpacing = 12;
 constexpr CGFloat kCornerRadius = 6;
 
-/// The ground of a section, with `rows` on it; a group to whoever hears it.
+/// The ground of a section, with `rows` on it. VoiceOver reads it as a group.
 NSView* makeGround(NSString* title, NSView* rows) {
   StaylitRoundedView* ground =
       [[StaylitRoundedView alloc] initWithColor:NSColor.controlBackgroundColor
@@ -48,7 +48,7 @@ NSView* makeGround(NSString* title, NSView* rows) {
   return self;
 }
 
-/// At the top, and as high as it needs to be.
+/// The column begins at the top and is as high as it needs to be.
 - (void)placeColumn {
   _column.translatesAutoresizingMaskIntoConstraints = NO;
   [self addSubview:_column];
@@ -64,7 +64,7 @@ NSView* makeGround(NSString* title, NSView* rows) {
   height.active = YES;
 }
 
-/// Puts the beginning of the form at the top of what shows it.
+/// Scrolls the beginning of the form to the top.
 - (BOOL)isFlipped {
   return YES;
 }
@@ -73,7 +73,7 @@ NSView* makeGround(NSString* title, NSView* rows) {
   if (_rows.count == 0) [self makeSections:sections];
   NSUInteger next = 0;
   for (const SettingsView::Section& section : sections) {
-    // All of them: a switch that the user flipped may have to go back to what it was.
+    // All rows are shown: a switch that the user flipped may have to go back.
     for (const SettingsView::Row& row : section.rows) {
       [_rows[next++] show:row];
     }

@@ -6,19 +6,19 @@
 #include "Staylit/SettingsView.h"
 
 /// A row of the settings form: its label with its control, then its error and its caption. There is
-/// one class for each kind of control, which adds the control. Main thread only.
+/// one subclass for each kind of control, and it adds the control. Main thread only.
 @interface StaylitSettingsRow : NSStackView
 
 @property(nonatomic, readonly) staylit::SettingsView::Control control;
 @property(nonatomic, readonly, weak) id<StaylitSettingsActions> actions;
 
-/// The row for what `row` says, which it does not show yet.
+/// Makes the right kind of row for `row`. It does not show `row` yet.
 + (StaylitSettingsRow*)makeRow:(const staylit::SettingsView::Row&)row
                        actions:(id<StaylitSettingsActions>)actions;
 
 - (void)show:(const staylit::SettingsView::Row&)row;
 
-// For the kinds of rows.
+// For the subclasses.
 
 /// The label.
 @property(nonatomic, readonly) NSTextField* label;

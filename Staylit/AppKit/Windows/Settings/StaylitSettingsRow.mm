@@ -15,7 +15,7 @@ namespace {
 constexpr CGFloat kSpacing = 4;
 constexpr CGFloat kVertical = 7;
 constexpr CGFloat kHorizontal = 12;
-/// What a row has at the least, with a scroll bar beside the form.
+/// The least width of a row, with a scroll bar beside the form.
 constexpr CGFloat kNoteWidth = 376;
 
 Class rowClassFor(const SettingsView::Row& row) {
@@ -35,7 +35,7 @@ void showNote(NSTextField* note, const std::string& text) {
   note.hidden = text.empty();
 }
 
-/// Tells whoever listens to the screen of something that appeared out of sight.
+/// Makes VoiceOver tell the user of a text that appeared elsewhere.
 void announce(NSString* text) {
   NSAccessibilityPostNotificationWithUserInfo(
       NSApp, NSAccessibilityAnnouncementRequestedNotification, @{

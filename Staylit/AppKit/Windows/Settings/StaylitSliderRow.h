@@ -2,6 +2,6 @@
 
 #import "Staylit/AppKit/Windows/Settings/StaylitSettingsRow.h"
 
-/// A slider below its label, which follows the knob while it is moved.
+/// A slider below its label. The label follows the knob while the user moves it.
 @interface StaylitSliderRow : StaylitSettingsRow
 @end

@@ -23,7 +23,7 @@ constexpr CGFloat kSpacing = 4;
   _slider.allowsTickMarkValuesOnly = YES;
   NSStackView* body = staylit::makeColumn(@[ self.label, _slider ], kSpacing);
   staylit::stretchAcross(body, _slider);
-  // It reads the same as the slider itself.
+  // The label reads the same as the slider itself, so VoiceOver skips the label.
   staylit::hideFromAccessibility(self.label);
   return body;
 }

@@ -20,7 +20,7 @@ constexpr CGFloat kSpacing = 8;
   _switch.controlSize = NSControlSizeSmall;
   _switch.target = self;
   _switch.action = @selector(flip);
-  // The switch speaks for both.
+  // VoiceOver reads the switch with its label, so the label itself is hidden from it.
   staylit::hideFromAccessibility(self.label);
   return staylit::makeRow(@[ self.label, staylit::makeSpacer(), _switch ], kSpacing);
 }

@@ -2,6 +2,6 @@
 
 #import "Staylit/AppKit/Windows/Settings/StaylitSettingsRow.h"
 
-/// A label with a value that cannot be changed at the end of its line.
+/// A label, and at the end of its line a value that cannot be changed.
 @interface StaylitValueRow : StaylitSettingsRow
 @end

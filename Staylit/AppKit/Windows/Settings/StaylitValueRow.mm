@@ -17,7 +17,7 @@ constexpr CGFloat kSpacing = 8;
 
 - (NSView*)makeBody {
   _value = staylit::makeLabel(NSFontTextStyleBody, NSColor.secondaryLabelColor);
-  // Heard with what it is the value of.
+  // VoiceOver reads the value together with its label.
   staylit::hideFromAccessibility(self.label);
   return staylit::makeRow(@[ self.label, staylit::makeSpacer(), _value ], kSpacing);
 }
