@@ -10,7 +10,8 @@ AppDelegate::AppDelegate(tidewell::Ports& ports, UserInterface& userInterface)
     : ports_(ports), userInterface_(userInterface) {}
 
 void AppDelegate::applicationDidFinishLaunching() {
-  // What shows the engine goes before it, and is there before its first tick.
+  // What shows the engine is destroyed before the engine, and is made before the engine's first
+  // tick.
   holdWatch_.reset();
   terminalReporter_.reset();
   menuBar_.reset();
@@ -35,7 +36,8 @@ void AppDelegate::resumeLidClosed() {
     });
   }
   if (!isWanted() || tidewell::ClamshellController::resume()) return;
-  // Asked for in an earlier run: nobody looks at the Settings window, which shows failures, now.
+  // The setting comes from an earlier run, so nobody looks at the Settings window, which would show
+  // the failure.
   tellOfTheLid("\"Work with the lid closed\" could not be switched on again.");
 }
 

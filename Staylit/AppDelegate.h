@@ -13,16 +13,16 @@
 
 namespace staylit {
 
-/// Owns what lives as long as the running application: the engine, and what shows it. Main thread
-/// only; both arguments must outlive it, and the ports be the installed ones.
+/// Owns the objects that live as long as the running application: the engine and what shows it.
+/// Main thread only; both arguments must outlive it, and the ports must be the installed ones.
 class AppDelegate : public ApplicationDelegate {
  public:
   AppDelegate(tidewell::Ports& ports, UserInterface& userInterface);
 
   void applicationDidFinishLaunching() override;
 
-  /// Stops the ticks and gives every hold back. Nothing else: the lid-closed setting stays as it
-  /// is. Does nothing before launching has finished.
+  /// Stops the ticks and gives every hold back. The lid-closed setting stays as it is. Does nothing
+  /// before launching has finished.
   void applicationWillTerminate() override;
 
   /// Shows Choose Apps. Does nothing before launching has finished.

@@ -9,14 +9,14 @@
 
 namespace staylit {
 
-/// The process entry above the system: sets up what everything else relies on, then either prints
-/// the diagnostics report or runs the application. Main thread only; all arguments must outlive it.
-/// The report asks nothing of the application and the user interface.
+/// The entry of the process, above the system: sets up what everything else relies on, then either
+/// prints the diagnostics report or runs the application. Main thread only; all arguments must
+/// outlive it. The report uses neither the application nor the user interface.
 class AppMain {
  public:
   AppMain(tidewell::Ports& ports, Application& application, UserInterface& userInterface);
 
-  /// `arguments` are all of the process's own. Returns the exit status, which is 0.
+  /// `arguments` are all arguments of the process. Returns the exit status, which is 0.
   int run(const std::vector<std::string>& arguments);
 
  private:

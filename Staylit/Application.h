@@ -2,13 +2,13 @@
 
 namespace staylit {
 
-/// What the application tells its delegate of its life. Main thread only.
+/// The application calls its delegate at these points of its life. Main thread only.
 class ApplicationDelegate {
  public:
   virtual ~ApplicationDelegate() = default;
   virtual void applicationDidFinishLaunching() = 0;
   virtual void applicationWillTerminate() = 0;
-  /// The program was started once more while it runs. The one that runs is to show itself.
+  /// The program was started once more while it runs. The running program is to show itself.
   virtual void applicationShouldHandleReopen() = 0;
 };
 

@@ -101,7 +101,7 @@ void AppsLines::removeAllBut(const std::vector<AppsLine>& next, const Audience& 
   }
 }
 
-/// Puts `line` at `row`; all above it are where they belong.
+/// Puts `line` at `row`. All lines above it are already where they belong.
 void AppsLines::place(std::size_t row, const AppsLine& line, const Audience& audience) {
   const auto here = at(lines_, row);
   const auto found = std::find_if(here, lines_.end(), same(line));
@@ -148,7 +148,7 @@ std::optional<AppsAnchors::Place> AppsAnchors::firstUnmoved(const AppsLines& lin
     const std::optional<std::size_t> row = lines.rowOf(before.id);
     if (!row) continue;
     const AppsLine& now = lines.lines()[*row];
-    // Those that work stand first in their list.
+    // In each list the applications that work stand first.
     if (now.section == before.section && now.isWorking == before.isWorking) return {{*row, top}};
   }
   return std::nullopt;

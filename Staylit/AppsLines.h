@@ -10,28 +10,28 @@
 
 namespace staylit {
 
-/// One line of the Choose Apps window: the heading of a list, what an empty list says, or an
+/// One line of the Choose Apps window: the heading of a list, the text of an empty list, or an
 /// application.
 struct AppsLine {
   enum class Kind { heading, empty, entry };
 
   Kind kind = Kind::heading;
-  std::size_t section = 0;  ///< Which of the lists, from 0.
-  std::string text;         ///< The list's title, its text for none, or the application's name.
-  std::string detail;       ///< Below the text; empty for none.
-  std::string symbol;       ///< Before the text; empty for none.
-  std::size_t count = 0;    ///< Of a heading: how many applications its list has.
-  std::string id;           ///< Of an application, as all that follows.
+  std::size_t section = 0;  ///< The number of the line's list, from 0.
+  std::string text;    ///< The list's title, the text of an empty list, or the application's name.
+  std::string detail;  ///< Shown below the text; empty for none.
+  std::string symbol;  ///< Shown before the text; empty for none.
+  std::size_t count = 0;  ///< For a heading: how many applications its list has.
+  std::string id;         ///< For an application, as are all fields below.
   bool isWorking = false;
   std::string moveSymbol;
   std::string moveHint;
 
-  /// Whether both lines are about the same thing, whatever they say of it.
+  /// Whether both lines stand for the same thing, even where they say different things of it.
   [[nodiscard]] bool isSame(const AppsLine& other) const;
 
-  /// An application's name and whether it works, to somebody who hears it.
+  /// What a screen reader says of an application: its name, and whether it works.
   [[nodiscard]] std::string spokenName() const;
-  /// All that an application's line shows, to somebody who hears it.
+  /// What a screen reader says of an application: everything that its line shows.
   [[nodiscard]] std::string spoken() const;
 
   friend bool operator==(const AppsLine&, const AppsLine&) = default;
@@ -39,24 +39,24 @@ struct AppsLine {
 
 /// The lists of the Choose Apps window, one below the other in one column of lines.
 ///
-/// Holds what was shown last, and comes to the present by single steps, so that whoever draws the
-/// lines keeps the place, the selection and what is spoken of. Owned by the window. Main thread
-/// only.
+/// Holds the lines that were shown last, and reaches new ones by single steps. So whoever draws the
+/// lines can keep the scroll position, the selection and what a screen reader reads. Owned by the
+/// window. Main thread only.
 class AppsLines {
  public:
   struct Edit {
     enum class Kind { remove, insert, move, change };
 
     Kind kind;
-    std::size_t row;          ///< Of a move: where the line was.
-    std::size_t movedTo = 0;  ///< Of a move, which always goes up.
+    std::size_t row;          ///< For a move: where the line was.
+    std::size_t movedTo = 0;  ///< For a move: where the line is now, which is always further up.
 
     friend bool operator==(const Edit&, const Edit&) = default;
   };
   using Told = std::function<void(const Edit& edit)>;
 
-  /// `edited` is told of each step once it is done, so that the lines are the ones that the step
-  /// led to; `aboutTo`, if there is one, right before.
+  /// `edited` is called after each step, when the lines are as the step left them. `aboutTo`, if
+  /// there is one, is called right before each step.
   void show(const std::vector<AppsView::Section>& sections, const Told& edited,
             const Told& aboutTo = {});
 
@@ -69,7 +69,7 @@ class AppsLines {
   [[nodiscard]] std::optional<std::size_t> entryNear(std::size_t row) const;
 
  private:
-  /// Whom to tell of a step, before and after.
+  /// The functions to call before and after a step.
   struct Audience {
     const Told& aboutTo;
     const Told& edited;
@@ -82,19 +82,20 @@ class AppsLines {
   std::vector<AppsLine> lines_;
 };
 
-/// Where applications are seen in lines that are about to change, so that the view can be scrolled
-/// to where they are afterwards.
+/// Remembers where applications are seen in lines that are about to change, so that the view can be
+/// scrolled back to them.
 class AppsAnchors {
  public:
-  /// An application's line, whose upper edge is `top` below that of what is seen. To be called for
-  /// those that are seen, from above.
+  /// Adds an application's line that is in sight. The line's upper edge is `top` below the upper
+  /// edge of what is seen. The lines are added from the top to the bottom.
   void add(const AppsLine& line, double top);
 
   struct Place {
     std::size_t row;  ///< Where the application is now.
     double top;       ///< Where its line was seen.
   };
-  /// Of the first that has not moved within its list; absent when all have.
+  /// The place of the first application that has not moved within its list; absent when all have
+  /// moved.
   [[nodiscard]] std::optional<Place> firstUnmoved(const AppsLines& lines) const;
 
  private:

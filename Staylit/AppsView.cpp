@@ -26,7 +26,7 @@ Entry makeEntry(std::string id, std::string name, AppCategory category) {
   return entry;
 }
 
-/// Entries by their identifiers, in the order in which these came first.
+/// Entries by their identifiers. They keep the order in which their identifiers were first put.
 class EntryTable {
  public:
   [[nodiscard]] bool contains(const std::string& id) const { return positions_.contains(id); }
@@ -74,10 +74,11 @@ Entry ignoredEntry(const std::string& id, tidewell::Text& text) {
   return entry;
 }
 
-/// An application that is neither known nor running still has a row, and so a way back.
+/// An application that is neither known nor running still gets a row, so that the user can take it
+/// back.
 void addIgnored(EntryTable& table, tidewell::Text& text) {
   const tidewell::TextSet ignored = Prefs::shared().ignoredApps();
-  // In a fixed order, so that rows of one name stay where they are.
+  // The order is fixed, so that rows of one name stay where they are.
   std::vector<std::string> ids(ignored.begin(), ignored.end());
   std::ranges::sort(ids);
   for (const std::string& id : ids) {

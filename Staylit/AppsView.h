@@ -15,12 +15,12 @@
 
 namespace staylit {
 
-/// What the Choose Apps window shows and does: all applications that are known, in two lists, the
-/// watched and the ignored ones.
+/// What the Choose Apps window shows and does: all known applications, in two lists, the watched
+/// and the ignored ones.
 ///
-/// Caches nothing but the search text. What a window system needs is virtual, because on Linux the
-/// windows lie in a module that links nothing of the program. Main thread only; the engine and the
-/// ports must outlive it, and the ports be the installed ones.
+/// Caches nothing but the search text. The functions that a window system needs are virtual,
+/// because on Linux the windows lie in a module that links nothing of the program. Main thread
+/// only; the engine and the ports must outlive the view, and the ports must be the installed ones.
 class AppsView {
  public:
   /// One row.
@@ -58,7 +58,8 @@ class AppsView {
     std::string_view searchSymbol;
     std::string_view searchPlaceholder;
     std::string_view
-        clearSymbol;  ///< Of the button that empties the search, shown while it is not.
+        /// For the button that empties the search; shown while there is a search text.
+        clearSymbol;
   };
 
   AppsView(StaylitEngine& engine, tidewell::Ports& ports);
@@ -67,35 +68,37 @@ class AppsView {
   AppsView& operator=(const AppsView&) = delete;
 
   [[nodiscard]] virtual Header header() const;
-  /// The watched, then the ignored ones.
+  /// The watched applications, then the ignored ones.
   [[nodiscard]] virtual std::vector<Section> sections() const;
-  /// Speaks of the second list as it is shown, so of what the search lets pass.
+  /// Speaks of the second list as it is shown: only of the applications that match the search.
   [[nodiscard]] virtual Footer footer() const;
 
   [[nodiscard]] virtual const std::string& search() const { return search_; }
-  /// Matches names, whatever their case; blanks and tabs around it do not count.
+  /// The search matches names in upper and lower case. Blanks and tabs around it do not count.
   virtual void setSearch(std::string search);
 
-  /// Grows with every change that is made to the lists here.
+  /// Grows with every change that is made to the lists through this view.
   [[nodiscard]] virtual std::int64_t version() const { return version_; }
 
-  /// A row was chosen: moves the application to the other list and lets the engine decide at once.
+  /// The user chose a row: moves the application to the other list and lets the engine decide at
+  /// once.
   virtual void move(const std::string& id);
-  /// Empties the list of the ignored ones.
+  /// Empties the list of the ignored applications.
   virtual void watchEverything();
 
-  /// `changed` is called from the main loop, once the new values can be read, after anything may
-  /// have changed that is shown here: once for all that changes in one pass of the loop. Until the
+  /// The main loop calls `changed` after anything that is shown here may have changed, once the new
+  /// values can be read: one call for all changes in one pass of the loop. The calls end when the
   /// subscription is dropped or the view is gone.
   [[nodiscard]] virtual Subscription observe(std::function<void()> changed);
 
-  /// All rows that the search lets pass, in order; then the two halves of them.
+  /// All applications that match the search, in the order in which they are shown; then the watched
+  /// and the ignored ones of them.
   [[nodiscard]] std::vector<Entry> allEntries() const;
   [[nodiscard]] std::vector<Entry> watched() const;
   [[nodiscard]] std::vector<Entry> ignored() const;
 
  private:
-  /// Those of `allEntries` that the user ignores, or those that the user does not.
+  /// Those of `allEntries` that the user ignores, or those that the user does not ignore.
   [[nodiscard]] std::vector<Entry> entries(bool ignored) const;
   void listsChanged();
 

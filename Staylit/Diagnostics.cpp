@@ -27,7 +27,7 @@ constexpr std::size_t kMostRows = 12;
 constexpr std::size_t kNameWidth = 26;
 constexpr std::int64_t kShortestSampling = 14;
 constexpr std::int64_t kSamplingBeyondSustain = 6;
-/// A century: a longer wait is as good as endless, and its end is still a moment.
+/// A century. A longer wait is as good as endless, and the end of this one is still a valid moment.
 constexpr std::int64_t kLongestSampling = 3'155'760'000;
 
 /// Room for any double: the largest has 309 digits before its point, the smallest 1,074 behind it.
@@ -129,7 +129,8 @@ void Diagnostics::run(tidewell::Ports& ports) {
          monitor.lastBusy(), "nothing sustained long enough");
   const std::vector<std::string> asserting = tidewell::PowerAssertionReader::appsPreventingSleep();
   printAsserting(console, asserting);
-  // Coarse on purpose: what blocks a hold, and whether others are trusted, stands above.
+  // The verdict is coarse on purpose: what blocks a hold, and whether other programs' requests
+  // count, is said above.
   const bool wouldHold = !monitor.lastBusy().empty() || !asserting.empty();
   console.printLine(std::string("\nVerdict: ") +
                     (wouldHold ? "WOULD HOLD sleep" : "would let the Mac sleep"));

@@ -8,15 +8,15 @@
 
 namespace staylit {
 
-/// Watches the machine for a short while and prints what it saw, and whether Staylit would hold
-/// the machine awake, to standard output. Main thread only, before any loop runs.
+/// Watches the machine for a short while. Then it prints to standard output what it saw, and
+/// whether Staylit would hold the machine awake. Main thread only, before any loop runs.
 class Diagnostics {
  public:
   Diagnostics() = delete;
 
-  /// The whole report; takes as long as its first line says. While it samples, a progress line
-  /// stands on standard error if that is a terminal. Takes no assertion and writes no setting.
-  /// `ports` are the installed ones.
+  /// Makes the whole report, and takes as long as its first line says. While it samples, a progress
+  /// line is shown on standard error if that is a terminal. Takes no assertion and writes no
+  /// setting. `ports` are the installed ones.
   static void run(tidewell::Ports& ports);
 
  private:

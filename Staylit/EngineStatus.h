@@ -8,14 +8,14 @@
 
 namespace staylit {
 
-/// The outcome of the engine's last decision; equal when case and payload are.
+/// The outcome of the engine's last decision. Two are equal when their cases and payloads are.
 struct EngineStatus {
-  /// Work is going on and the machine is held; what works, by name.
+  /// Work is going on and the machine is held awake; the names are those of what works.
   struct Holding {
     std::vector<std::string> names;
     friend bool operator==(const Holding&, const Holding&) = default;
   };
-  /// Work stopped and the hold continues until the grace period ends, in so many seconds.
+  /// Work stopped, and the hold continues until the grace period ends, in so many seconds.
   struct Winding {
     std::int64_t secondsLeft;
     friend bool operator==(const Winding&, const Winding&) = default;

@@ -25,7 +25,7 @@ void GuardedToggle::failed(bool on, bool stored) {
   if (++failures_ >= kMostAttempts) return set(stored);
   set(!on);
   mainLoop_.async([toggle = self_.make(), change = changes_] {
-    // Unless the user has changed it again by then: that was acted upon already.
+    // If the user has changed the toggle again by then, that change has been acted upon already.
     if (toggle && toggle->changes_ == change) toggle->act();
   });
 }

@@ -8,36 +8,38 @@
 
 namespace staylit {
 
-/// A toggle whose change counts only once what it asks for was done.
+/// A toggle whose change counts only once the system has done what the change asks for.
 ///
-/// When that fails, the toggle flips back, and since this is a change like any other, it is acted
-/// upon in its turn, later on the main loop; when that fails as well, what the user wanted is tried
-/// once more. After the third failure the toggle shows what is stored, and rests until the user
-/// changes it. Main thread only; the loop must outlive it.
+/// When that fails, the toggle flips back. Since flipping back is a change like any other, the
+/// system is asked for it as well, later on the main loop. When that fails too, the user's wish is
+/// tried once more. After the third failure the toggle shows what is stored, and rests until the
+/// user changes it. Main thread only; the loop must outlive it.
 class GuardedToggle {
  public:
-  /// Does what a change to `on` asks for, and then calls `succeeded` or `failed`, at once or later.
+  /// Asks the system for what a change to `on` means, and then calls `succeeded` or `failed`, at
+  /// once or later.
   using Apply = std::function<void(bool on)>;
   GuardedToggle(bool isOn, tidewell::MainLoop& mainLoop, Apply apply);
   GuardedToggle(const GuardedToggle&) = delete;
   GuardedToggle& operator=(const GuardedToggle&) = delete;
 
   [[nodiscard]] bool isOn() const { return isOn_; }
-  /// Whether an attempt has failed since the user changed it.
+  /// Whether an attempt has failed since the user changed the toggle.
   [[nodiscard]] bool hasFailed() const { return failures_ > 0; }
-  /// Grows with every change, so that whoever answers late sees whether the answer is still wanted.
+  /// Grows with every change, so that a late answer can tell whether it is still wanted.
   [[nodiscard]] std::int64_t changes() const { return changes_; }
 
-  /// The user changed it: `act` is to be called next. What was to follow a failure is forgotten.
+  /// The user changed the toggle; call `act` next. Anything that was to follow a failure is
+  /// forgotten.
   void change(bool on);
   void act() { apply_(isOn_); }
 
-  /// How `apply` ended.
+  /// The change succeeded, or failed.
   void succeeded() { failures_ = 0; }
-  /// `stored` is what the store says, where the change never came.
+  /// `stored` is the stored value, which the failed change to `on` has not reached.
   void failed(bool on, bool stored);
 
-  /// Shows `on` without acting on it: it became so by itself.
+  /// Shows `on` without asking the system: the value changed by itself.
   void show(bool on);
 
  private:

@@ -18,7 +18,7 @@ HoldWatch::HoldWatch(StaylitEngine& engine, tidewell::PowerManagement& power,
     : engine_(engine),
       power_(power),
       tell_(std::move(tellThatNothingHolds)),
-      // The engine assigns its status with every look, after it has held or released.
+      // The engine assigns its status after each decision, when it has already held or released.
       subscription_(engine.status().observe([this](const EngineStatus& next) { look(next); })) {}
 
 void HoldWatch::look(const EngineStatus& next) {

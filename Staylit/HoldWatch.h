@@ -8,11 +8,11 @@
 
 namespace staylit {
 
-/// Notices that the engine wants the machine awake and the system does not grant it.
+/// Notices that the engine wants the machine awake and the system does not grant the hold.
 ///
-/// Says so once, after a few looks of the engine in a row without a grant, since a service may be
-/// about to restart; and not again before something was granted. Main thread only; the engine and
-/// `power` must outlive it.
+/// Tells so once, after the engine has looked several times in a row without a grant, because a
+/// service may be about to restart. It does not tell again before a hold was granted. Main thread
+/// only; the engine and `power` must outlive it.
 class HoldWatch {
  public:
   HoldWatch(StaylitEngine& engine, tidewell::PowerManagement& power,

@@ -16,7 +16,7 @@ namespace {
 
 constexpr Size kWindowSize{460, 560};
 
-// Only of the ignored applications does a line tell how many more there are.
+// Only the section of ignored applications has a line that tells how many more there are.
 constexpr std::size_t kBusyLimit = 8;
 constexpr std::size_t kIgnoredLimit = 6;
 constexpr std::size_t kAssertingLimit = 5;
@@ -142,7 +142,7 @@ void addCommands(Menu& menu, bool isPaused) {
 MenuBarController::MenuBarController(StaylitEngine& engine, UserInterface& userInterface,
                                      tidewell::Ports& ports)
     : engine_(engine), userInterface_(userInterface), ports_(ports) {
-  // Last, since it may ask for the menu at once.
+  // This comes last, because the status item may ask for the menu at once.
   statusItem_ = userInterface_.makeStatusItem(*this);
   followStatus();
 }
@@ -233,7 +233,7 @@ void MenuBarController::makeAppsWindow() {
 }
 
 void MenuBarController::makeSettingsWindow() {
-  // Made with its window, since it reads the settings once.
+  // The view is made with its window, because it reads the settings only once.
   auto view = std::make_unique<SettingsView>(engine_, ports_);
   auto window = userInterface_.makeSettingsWindow({"Staylit Settings", kWindowSize}, *view);
   if (!window) return;

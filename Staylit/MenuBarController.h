@@ -18,9 +18,10 @@ namespace staylit {
 /// The program's only permanent presence on the screen: a status item that follows the engine, its
 /// menu, and the two windows that the menu opens.
 ///
-/// The windows and what they show are made when they are first opened and then kept, hidden or
-/// shown. What the status item shows follows the engine through the main loop. Main thread only;
-/// all arguments must outlive it, and the ports be the installed ones.
+/// Each window and its view are made when the window is first opened, and are then kept, whether
+/// the window is hidden or shown. The status item follows the engine through the main loop. Main
+/// thread only; all arguments must outlive the controller, and the ports must be the installed
+/// ones.
 class MenuBarController : public MenuDelegate {
  public:
   MenuBarController(StaylitEngine& engine, UserInterface& userInterface, tidewell::Ports& ports);
@@ -34,11 +35,11 @@ class MenuBarController : public MenuDelegate {
   Menu menuNeedsUpdate() override;
   void perform(const MenuItem& item) override;
 
-  /// Moves the application that the item is about between the watched and the ignored ones and
-  /// lets the engine decide at once. Does nothing for an item that is about none.
+  /// Moves the item's application between the watched and the ignored ones, and lets the engine
+  /// decide at once. Does nothing for an item without an application.
   void toggleApp(const MenuItem& item);
   void togglePause();
-  /// Both bring their window before all others. Nothing happens when it cannot be made.
+  /// Both bring their window to the front. Nothing happens when the window cannot be made.
   void openApps();
   void openSettings();
 
@@ -55,8 +56,8 @@ class MenuBarController : public MenuDelegate {
   StaylitEngine& engine_;
   UserInterface& userInterface_;
   tidewell::Ports& ports_;
-  std::unique_ptr<StatusItem> statusItem_;  ///< Null where there is no place for one.
-  std::unique_ptr<AppsView> appsView_;      ///< Here as long as its window, and after it.
+  std::unique_ptr<StatusItem> statusItem_;  ///< Null where the system has no place for an item.
+  std::unique_ptr<AppsView> appsView_;      ///< Made with its window, and destroyed after it.
   std::unique_ptr<Window> appsWindow_;      ///< Null until it is first opened.
   std::unique_ptr<SettingsView> settingsView_;
   std::unique_ptr<Window> settingsWindow_;

@@ -37,7 +37,7 @@ tidewell::PropertyDictionary registeredDefaults() {
 Prefs& Prefs::shared() {
   static std::mutex mutex;
   static std::unique_ptr<Prefs> only;
-  static std::uint64_t generation = 0;  // Of the ports whose store it reads.
+  static std::uint64_t generation = 0;  // The number of the ports whose store it reads.
   const std::lock_guard lock(mutex);
   if (!only || generation != tidewell::InstalledPorts::generation()) {
     only.reset(new Prefs(*tidewell::InstalledPorts::current().defaults));
@@ -70,7 +70,7 @@ tidewell::TextSet Prefs::ignoredApps() {
 }
 
 void Prefs::setIgnoredApps(const tidewell::TextSet& ignored) {
-  // Bytes of UTF-8 sort as their code points do.
+  // The bytes of UTF-8 have the same order as the code points.
   std::vector<std::string> list(ignored.begin(), ignored.end());
   std::ranges::sort(list);
   defaults_.setStringList(keys::ignoredApps, list);

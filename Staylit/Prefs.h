@@ -26,15 +26,15 @@ inline constexpr std::string_view launchAtLogin = "launchAtLogin";
 inline constexpr std::string_view verbose = "verbose";
 }  // namespace keys
 
-/// How long the hold goes on after the work, whatever the store says.
+/// The hold goes on for a time within these limits after the work, whatever value is stored.
 inline constexpr std::int64_t kShortestGraceSeconds = 30;
 inline constexpr std::int64_t kLongestGraceSeconds = 600;
 
-/// The one access point to the user's settings. Everything is read from the store afresh, so a
-/// change counts at the next tick. Main thread only.
+/// The one access point to the user's settings. Every value is read from the store afresh, so that
+/// a change counts at the next tick. Main thread only.
 class Prefs {
  public:
-  /// The only instance, on the installed ports; made on first use, when it registers the defaults.
+  /// The only instance, on the installed ports. The first use makes it and registers the defaults.
   static Prefs& shared();
 
   Prefs(const Prefs&) = delete;
@@ -43,11 +43,11 @@ class Prefs {
   [[nodiscard]] tidewell::ActivityThresholds activityThresholds();
   [[nodiscard]] tidewell::PowerPolicy powerPolicy();
 
-  /// The application keys that the user ignores; stored sorted by code point.
+  /// The keys of the applications that the user ignores; stored in the order of their code points.
   [[nodiscard]] tidewell::TextSet ignoredApps();
   void setIgnoredApps(const tidewell::TextSet& ignored);
 
-  /// The store itself, for the settings that only one place reads.
+  /// The store itself, for settings that only one place reads.
   [[nodiscard]] tidewell::Defaults& defaults() { return defaults_; }
 
  private:

@@ -7,7 +7,8 @@
 
 namespace staylit {
 
-/// Keeps an observer registered; dropping it ends the observation. May outlive what it observes.
+/// Keeps an observer registered; dropping it ends the observation. It may outlive the observed
+/// property.
 class Subscription {
  public:
   Subscription() = default;
@@ -17,8 +18,8 @@ class Subscription {
   std::shared_ptr<void> observer_;
 };
 
-/// A property whose observers are told of every assignment, before the value changes, also when
-/// the new value equals the old.
+/// A property whose observers are told of every assignment, before the value changes, even when the
+/// new value equals the old one.
 ///
 /// One thread only. An observer may drop its own subscription, or any other, while it is told.
 template <typename Value>
@@ -37,7 +38,7 @@ class Published {
     value_ = std::move(next);
   }
 
-  /// `observer` is told the value that is about to be assigned, until the subscription is dropped.
+  /// `observer` is told each value that is about to be assigned, until the subscription is dropped.
   [[nodiscard]] Subscription observe(Observer observer) {
     auto shared = std::make_shared<Observer>(std::move(observer));
     observers_.push_back(shared);

@@ -8,7 +8,7 @@
 namespace staylit {
 namespace {
 
-/// To the first column, and everything behind it cleared.
+/// Goes to the first column and clears everything behind it.
 constexpr std::string_view kClearLine = "\r\x1b[K";
 constexpr std::size_t kBarWidth = 20;
 

@@ -5,8 +5,8 @@
 
 namespace staylit {
 
-/// One line on standard error that tells how far sampling is and how long it still takes. It is
-/// there only if standard error is a terminal, and gone when this is.
+/// One line on standard error that tells how far the sampling is and how long it still takes. The
+/// line is shown only if standard error is a terminal, and disappears with this object.
 class SamplingProgress {
  public:
   SamplingProgress(tidewell::Console& console, tidewell::Seconds duration);

@@ -17,7 +17,7 @@ tidewell::Defaults& defaults() {
   return Prefs::shared().defaults();
 }
 
-/// Without its text.
+/// A slider without its text.
 Slider slider(std::int64_t stored, std::int64_t minimum, std::int64_t maximum, std::int64_t step) {
   return {std::clamp(stored, minimum, maximum), minimum, maximum, step, ""};
 }
@@ -26,13 +26,13 @@ std::string percent(std::int64_t value) {
   return std::to_string(value) + "%";
 }
 
-/// The nearest to `value` of all that the slider offers.
+/// The value nearest to `value` of all that the slider offers.
 std::int64_t offered(const Slider& slider, std::int64_t value) {
   const std::int64_t above = std::clamp(value, slider.minimum, slider.maximum) - slider.minimum;
   return slider.minimum + (above + slider.step / 2) / slider.step * slider.step;
 }
 
-/// What is stored, and where a process holds the lid itself, that it does.
+/// The stored value. Where a process holds the lid itself: whether it holds the lid now.
 bool lidIsAllowed(const tidewell::Ports& ports) {
   const bool isStored = defaults().boolean(keys::allowLidClosed);
   return isStored && (!ports.lidSwitch || ports.lidSwitch->holds());
@@ -125,7 +125,7 @@ void SettingsView::setValue(Control control, std::int64_t value) {
 
 void SettingsView::moveSlider(const Slider& slider, std::int64_t& stored, std::string_view key,
                               std::int64_t value) {
-  // A knob that is put where it stands is no change, also where something else is stored.
+  // A knob that is put where it stands changes nothing, even where another value is stored.
   const std::int64_t inRange = std::clamp(value, slider.minimum, slider.maximum);
   const std::int64_t next = offered(slider, value);
   if (inRange == slider.value || next == slider.value) return;
@@ -169,7 +169,7 @@ void SettingsView::flipGuarded(GuardedToggle& toggle, bool on) {
 }
 
 void SettingsView::flipBack(GuardedToggle& toggle, bool on, std::string_view key) {
-  // First, so that it is shown before it is acted upon.
+  // The observers are told first, so that they show the change before the system is asked for it.
   changes_.tell();
   toggle.failed(on, defaults().boolean(key));
 }
@@ -182,7 +182,7 @@ void SettingsView::followLid() {
   });
 }
 
-/// An off that may become an on by itself must not look like one that stays.
+/// An off that may become an on by itself must not look like an off that stays.
 std::string SettingsView::lidError() const {
   if (lidError_) return *lidError_;
   const bool isTriedAgain = ports_.lidSwitch && ports_.lidSwitch->isTriedAgain();
@@ -193,7 +193,7 @@ void SettingsView::applyLidSetting(bool on) {
   if (!on) return lidApplied(on, tidewell::ClamshellController::disable());
   tidewell::ClamshellController::enable(
       [view = self_.make(), on, change = lidClosed_.changes()](bool isDone) {
-        // A failure of what the user has changed again meanwhile flips nothing back.
+        // A failed change flips nothing back when the user has changed the toggle again meanwhile.
         if (view && (isDone || view->lidClosed_.changes() == change)) view->lidApplied(on, isDone);
       });
 }
@@ -201,7 +201,8 @@ void SettingsView::applyLidSetting(bool on) {
 void SettingsView::lidApplied(bool on, bool isDone) {
   if (isDone) {
     defaults().setBoolean(keys::allowLidClosed, on);
-    // Letting a lid switch go always succeeds, so that of a refused one nothing would be seen.
+    // Letting the lid go always succeeds. If that cleared the error of a refused hold, nobody would
+    // see the error.
     const bool isOnlyUndone = lidClosed_.hasFailed() && ports_.lidSwitch;
     if (!isOnlyUndone) lidError_.reset();
     lidClosed_.succeeded();

@@ -20,20 +20,19 @@ namespace staylit {
 
 /// What the Settings window shows and does: a form of five sections.
 ///
-/// The values are read from the store once, when the view is made; every change is stored at once.
-/// What a window system needs is virtual, because on Linux the windows lie in a module that links
-/// nothing of the program. Main thread only; the arguments must outlive it, and the ports be the
-/// installed ones.
+/// The view reads the values from the store once, when it is made, and stores every change at once.
+/// The functions that a window system needs are virtual, because on Linux the windows lie in a
+/// module that links nothing of the program. Main thread only; the arguments must outlive the view,
+/// and the ports must be the installed ones.
 ///
-/// Working with the lid closed and opening at login are done before they are stored, which may last
-/// until the user has answered the system; if it fails, the toggle flips back, and since that is a
-/// change like any other, it is acted upon in its turn, later on the main loop. After three
-/// failures the toggle shows what is stored, and rests. Where a process holds the lid itself, the
-/// toggle shows whether it does, also when that ends or begins by itself; while it is off and the
-/// hold is tried again, a line under it says so.
+/// Working with the lid closed and opening at login are `GuardedToggle`s: the system does what they
+/// ask for before the new value is stored, and that may last until the user has answered the
+/// system. Where a process holds the lid itself, the lid's toggle shows whether it holds it now,
+/// and follows when the hold ends or begins by itself. While the toggle is off and the hold is
+/// tried again, a line under the toggle says so.
 class SettingsView {
  public:
-  /// Names a control, so that a window can tell the view of a change.
+  /// The name of a control, with which a window tells the view of a change.
   enum class Control {
     grace,
     keepScreenOn,
@@ -47,8 +46,8 @@ class SettingsView {
   };
 
   struct Slider {
-    /// Where the knob stands: the stored value, brought into the range. It may lie between two
-    /// steps, and the label tells what is stored.
+    /// Where the knob stands: the stored value, brought into the range. The stored value may lie
+    /// between two steps. The label shows the stored value.
     std::int64_t value = 0;
     std::int64_t minimum = 0;
     std::int64_t maximum = 0;
@@ -90,8 +89,8 @@ class SettingsView {
   [[nodiscard]] virtual std::vector<Section> form() const;
 
   /// The user moved a slider or flipped a toggle. Has no effect on a control of another kind, or
-  /// when the value is what is shown. A value that the slider does not offer becomes the nearest
-  /// that it does.
+  /// when the control shows that value already. A value that the slider does not offer becomes the
+  /// nearest value that it offers.
   virtual void setValue(Control control, std::int64_t value);
   virtual void setOn(Control control, bool on);
 
@@ -112,7 +111,7 @@ class SettingsView {
                   std::int64_t value);
   void flip(bool& stored, std::string_view key, bool on);
   void flipGuarded(GuardedToggle& toggle, bool on);
-  /// Undoes the change to `on`, which failed and is not stored under `key`.
+  /// Undoes the change to `on`, which failed. The value under `key` is still the old one.
   void flipBack(GuardedToggle& toggle, bool on, std::string_view key);
 
   void applyLidSetting(bool on);

@@ -85,7 +85,7 @@ void StaylitEngine::setPaused(bool paused) {
 }
 
 void StaylitEngine::observeSystemSleep() {
-  // What an observer does is posted to the main loop, and the engine may be gone by then.
+  // An observer posts its work to the main loop, and the engine may be gone by then.
   const auto hop = [this](void (*action)(StaylitEngine&)) {
     return [&loop = *ports_.mainLoop, engine = self_.make(), action] {
       loop.async([engine, action] {

@@ -15,15 +15,16 @@
 
 namespace staylit {
 
-/// The program's main loop and the one source of truth about what it does.
+/// The program's main loop and the one source of truth about what the program does.
 ///
 /// Every two seconds it looks at the power situation and at all applications, decides whether the
 /// machine must stay awake, drives the sleep controller and publishes the outcome. One owner, main
-/// thread only; the ports must outlive it, and be the installed ones. It reports no errors: a hold
-/// that fails is logged below and tried again on the next tick. Dropping it drops the hold.
+/// thread only; the ports must outlive it, and must be the installed ones. It reports no errors:
+/// when a hold fails, the sleep controller logs it and the next tick tries again. Destroying the
+/// engine drops the hold.
 class StaylitEngine {
  public:
-  /// How often it ticks, and how late a tick may be.
+  /// How often the engine ticks, and how late a tick may be.
   static constexpr tidewell::Seconds kInterval{2.0};
   static constexpr tidewell::Seconds kTolerance{0.5};
 
@@ -33,7 +34,8 @@ class StaylitEngine {
   StaylitEngine(const StaylitEngine&) = delete;
   StaylitEngine& operator=(const StaylitEngine&) = delete;
 
-  /// Watches for the system's sleep and wake, starts the timer and ticks once. Call it once.
+  /// Begins to watch for the system's sleep and wake, starts the timer and ticks once. Call it
+  /// once.
   void start();
 
   /// One decision pass. Does nothing while paused.
@@ -45,22 +47,22 @@ class StaylitEngine {
   /// Gives the hold back, whatever the status says, until a tick takes it again.
   void releaseHold();
 
-  /// Whether the hold was taken, as far as the system said.
+  /// Whether the sleep controller has a hold, as far as the system said.
   [[nodiscard]] bool isHolding() const { return sleep_.isHolding(); }
 
   [[nodiscard]] bool isPaused() const { return isPaused_; }
-  /// Acts on every call, also when nothing changes: pausing releases the hold, resuming starts
-  /// from no history and ticks at once.
+  /// Acts on every call, even when nothing changes: pausing releases the hold; resuming forgets the
+  /// history and ticks at once.
   void setPaused(bool paused);
 
-  /// Assigned on every tick, whether they change or not.
+  /// These are assigned on every tick, even when their values stay the same.
   Published<EngineStatus>& status() { return status_; }
   Published<std::vector<tidewell::BusyApp>>& busyApps() { return busyApps_; }
   /// Names of other programs that hold sleep assertions of their own.
   Published<std::vector<std::string>>& assertingApps() { return assertingApps_; }
   Published<tidewell::PowerState>& powerState() { return powerState_; }
 
-  /// For who wants to know what the decisions rest on: what the last tick saw.
+  /// What the last tick saw, for those who want to know what the decisions rest on.
   [[nodiscard]] const tidewell::ActivityMonitor& monitor() const { return monitor_; }
 
  private:

@@ -9,7 +9,7 @@
 namespace staylit {
 namespace {
 
-/// `status` without what changes while the state stays the same.
+/// `status` without the parts that change while the state stays the same.
 EngineStatus stateOf(EngineStatus status) {
   if (auto* winding = std::get_if<EngineStatus::Winding>(&status.value)) winding->secondsLeft = 0;
   if (auto* holding = std::get_if<EngineStatus::Holding>(&status.value)) {
@@ -23,7 +23,7 @@ std::string timeOfDay(tidewell::WallTime wallTime) {
   const std::time_t time =
       system_clock::to_time_t(std::chrono::time_point_cast<system_clock::duration>(wallTime));
   std::array<char, 16> text{};
-  // Only the main thread asks for local time.
+  // `localtime` is safe here, because only the main thread asks for local time.
   const std::tm* local = std::localtime(&time);
   if (local) std::strftime(text.data(), text.size(), "%H:%M:%S", local);
   return text.data();

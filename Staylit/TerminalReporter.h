@@ -11,15 +11,15 @@
 namespace staylit {
 
 /// Tells a person who started Staylit in a terminal what it does: one line for each change of
-/// state, with the time, the status and what works and why. A countdown and a changed order of
-/// the same applications are no change.
+/// state, with the time, the status, and what works and why. A countdown, or a new order of the
+/// same applications, is no change.
 ///
 /// Main thread only; the engine, the console and the clock must outlive it.
 class TerminalReporter {
  public:
   TerminalReporter(StaylitEngine& engine, tidewell::Console& console, tidewell::Clock& clock);
 
-  /// Tells of something else, in a line with the time as well.
+  /// Prints another text, in a line with the time.
   void tell(const std::string& text);
 
  private:

@@ -54,49 +54,49 @@ class StatusItem {
 class MenuDelegate {
  public:
   virtual ~MenuDelegate() = default;
-  /// The whole menu, made afresh; asked whenever it is about to open.
+  /// Makes the whole menu afresh; called whenever the menu is about to open.
   virtual Menu menuNeedsUpdate() = 0;
-  /// One of the items that `menuNeedsUpdate` gave was chosen. Harmless for any other.
+  /// The user chose one of the items that `menuNeedsUpdate` returned. Harmless for any other item.
   virtual void perform(const MenuItem& item) = 0;
 };
 
-/// A titled window that can be closed and neither resized nor minimized. Closing it only hides it.
+/// A titled window that can be closed, but neither resized nor minimised. Closing only hides it.
 /// Main thread only.
 class Window {
  public:
   virtual ~Window() = default;
   virtual void setFrameOrigin(Point origin) = 0;
-  /// Puts it where the window system centres windows.
+  /// Puts the window where the window system centres windows.
   virtual void center() = 0;
   virtual void makeKeyAndOrderFront() = 0;
 };
 
-/// What a window of either kind is made with.
+/// The properties that a window of either kind is made with.
 struct WindowStyle {
   std::string title;
   Size contentSize;
 };
 
-/// The window system, as far as the program needs it. Main thread only.
+/// The part of the window system that the program needs. Main thread only.
 class UserInterface {
  public:
   virtual ~UserInterface() = default;
 
-  /// `delegate` must outlive the item. Null where the system has no place for one.
+  /// `delegate` must outlive the item. Null where the system has no place for an item.
   virtual std::unique_ptr<StatusItem> makeStatusItem(MenuDelegate& delegate) = 0;
 
-  /// Null when no window can be shown; the system tells the user why then. Null as well when that
-  /// is not known yet; the menu's item is chosen once more as soon as a window can be made. The
-  /// view must outlive the window.
+  /// Both return null when no window can be shown; the system then tells the user why. They also
+  /// return null as long as that is not known; as soon as a window can be made, the menu's item is
+  /// chosen once more. The view must outlive the window.
   virtual std::unique_ptr<Window> makeAppsWindow(const WindowStyle& style, AppsView& view) = 0;
   virtual std::unique_ptr<Window> makeSettingsWindow(const WindowStyle& style,
                                                      SettingsView& view) = 0;
 
-  /// What windows can cover of each screen, the main screen's first; empty where that cannot be
-  /// told.
+  /// The area of each screen that windows can cover, the main screen's first; empty where the
+  /// system does not tell.
   virtual std::vector<Rect> visibleFrames() = 0;
 
-  /// Brings the program before all others.
+  /// Brings the program's windows to the front.
   virtual void activate() = 0;
 
   /// Tells the user, who may be elsewhere, of something that no window shows. Does not wait.

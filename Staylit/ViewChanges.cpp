@@ -6,7 +6,7 @@
 
 namespace staylit {
 
-/// One observer, kept alive by its subscription alone.
+/// One observer. Only its subscription keeps it alive.
 class ViewChanges::Observer : public std::enable_shared_from_this<Observer> {
  public:
   Observer(tidewell::MainLoop& mainLoop, tidewell::WeakReference<ViewChanges> view,
@@ -30,7 +30,8 @@ class ViewChanges::Observer : public std::enable_shared_from_this<Observer> {
   }
 
   void callBack() {
-    // Before the call, so that what changes during it is told of as well.
+    // The flag is cleared before the call, so that the observer is also told of what changes during
+    // the call.
     isPosted_ = false;
     if (view_) changed_();
   }

@@ -10,12 +10,13 @@
 
 namespace staylit {
 
-/// Tells whoever shows a view that something shown there may have changed: what the engine
-/// publishes, or what the view itself did.
+/// Tells whoever shows a view that something in it may have changed: a value that the engine
+/// publishes, or something that the view itself did.
 ///
-/// The engine tells of a change before it happens, and of four in one tick; here an observer is
-/// told once for all of them, from the main loop, when they have happened. Owned by the view;
-/// nobody is told once it is gone. Main thread only; both arguments must outlive it.
+/// The engine tells of a change before it happens, and of four changes in one tick. Here an
+/// observer is told once for all of them, from the main loop, when they have happened. The view
+/// owns this object, and nobody is told once it is gone. Main thread only; both arguments must
+/// outlive it.
 class ViewChanges {
  public:
   ViewChanges(StaylitEngine& engine, tidewell::MainLoop& mainLoop);
@@ -23,7 +24,7 @@ class ViewChanges {
   /// The view changed something that is shown.
   void tell();
 
-  /// `changed` is called until the subscription is dropped, which it may do itself.
+  /// `changed` is called until the subscription is dropped. The call itself may drop it.
   [[nodiscard]] Subscription observe(std::function<void()> changed);
 
  private:

@@ -8,17 +8,17 @@
 
 namespace staylit {
 
-/// What the options of the program ask for, other than "--diagnose", which goes before them all.
-/// Whatever is not an option is passed over.
+/// What the program's options ask for, except "--diagnose", which goes before all others. Arguments
+/// that are not options are skipped.
 class CommandLine {
  public:
-  /// `arguments` are all of the process's own.
+  /// `arguments` are all arguments of the process.
   explicit CommandLine(const std::vector<std::string>& arguments) : arguments_(arguments) {}
 
-  /// The answer to "--help" or "--version"; absent where the program is to do its work.
+  /// The text that answers "--help" or "--version"; absent where the program is to do its work.
   [[nodiscard]] std::optional<std::string> information() const;
 
-  /// What this start is for, should the program run in the session already.
+  /// What this start asks of the program, should it already run in the session.
   [[nodiscard]] ApplicationService::Request request() const;
 
  private:

@@ -10,13 +10,13 @@ namespace staylit {
 
 /// The running program on Linux, with a desktop or without one.
 ///
-/// It is one of its kind in its session: a second start makes its request of the first and returns
-/// at once. It ends in order on SIGTERM, SIGINT, SIGHUP and with the user's session, which it
-/// outlives only as the unit of the user's service manager. Main thread only; what it refers to
-/// must outlive it.
+/// There is one such program in a session: a second start passes its request to the first and
+/// returns at once. The program ends in order on SIGTERM, SIGINT and SIGHUP, and with the user's
+/// session. Only as the unit of the user's service manager does it outlive a session. Main thread
+/// only; the objects that it refers to must outlive it.
 class DesktopApplication : public Application {
  public:
-  /// `request` is also what the first start does, once it runs.
+  /// The first start also does what `request` asks, once it runs.
   DesktopApplication(platform::EventLoop& loop, platform::Bus& sessionBus,
                      DesktopUserInterface& userInterface, ApplicationService::Request request);
 

@@ -8,7 +8,8 @@
 namespace staylit {
 namespace {
 
-/// A status item that tells whose menu it has, for as long as it exists.
+/// A status item that gives a reference to the delegate of its menu. The reference ends with the
+/// item.
 class RememberedItem : public StatusNotifierItem {
  public:
   RememberedItem(platform::EventLoop& loop, platform::Bus& bus, MenuDelegate& delegate)

@@ -16,7 +16,7 @@
 namespace staylit {
 namespace {
 
-// With what a toolkit needs to look as on that desktop.
+// These variables include those that make a toolkit look as it does on that desktop.
 constexpr std::array kNames{"DISPLAY",          "WAYLAND_DISPLAY",     "XAUTHORITY",
                             "XDG_SESSION_TYPE", "XDG_CURRENT_DESKTOP", "QT_QPA_PLATFORMTHEME"};
 
@@ -40,7 +40,8 @@ bool isDigits(std::string_view text) {
          std::ranges::all_of(text, [](char c) { return c >= '0' && c <= '9'; });
 }
 
-/// ":0", ":0.1" and "unix:0": whatever has a host before the colon is reached over a network.
+/// Whether `display` is of the form ":0", ":0.1" or "unix:0". A display with a host before the
+/// colon is reached over a network.
 bool isLocalX(std::string_view display) {
   if (display.starts_with("unix:")) display.remove_prefix(4);
   if (!display.starts_with(':')) return false;
@@ -50,20 +51,22 @@ bool isLocalX(std::string_view display) {
   return isDigits(display.substr(0, dot)) && (!hasScreen || isDigits(display.substr(dot + 1)));
 }
 
-/// Whether `path` is a file of that type which nobody but this user or the administrator made.
+/// Whether `path` is a file of that type which only this user or the administrator can have made.
 bool isOwn(const std::string& path, mode_t type) {
   struct stat status {};
   return path.starts_with('/') && stat(path.c_str(), &status) == 0 &&
          (status.st_mode & S_IFMT) == type && (status.st_uid == geteuid() || status.st_uid == 0);
 }
 
-/// A name within the user's own folder for sockets, or a socket of the user's.
+/// Whether `display` is a name within the user's own folder for sockets, or the path of a socket
+/// that `isOwn` accepts.
 bool isOwnWayland(const std::string& display) {
   if (display.starts_with('/')) return isOwn(display, S_IFSOCK);
   return display.find('/') == std::string::npos && !display.starts_with('.');
 }
 
-/// A word, or some with marks between them, such as name types and desktops.
+/// Whether `text` is a word, or several words with marks between them, as in the names of session
+/// types and desktops.
 bool isPlainName(std::string_view text) {
   constexpr std::string_view kMarks = "-_.:;,+= ";
   return text.size() <= 100 && std::ranges::all_of(text, [kMarks](char c) {
@@ -72,8 +75,8 @@ bool isPlainName(std::string_view text) {
          });
 }
 
-/// Whether what somebody else says of the display may be believed: it is of this machine, and makes
-/// the libraries open nothing that is not the user's.
+/// Whether the program may believe what somebody else says of the display: the display is on this
+/// machine, and the libraries open no file for it that a stranger made.
 bool isCredible(std::string_view name, const std::string& value) {
   if (value.empty()) return false;
   if (name == "DISPLAY") return isLocalX(value);
@@ -82,7 +85,7 @@ bool isCredible(std::string_view name, const std::string& value) {
   return isPlainName(value);
 }
 
-/// Tells the log, and the same only once in a row.
+/// Writes a line to the log, but not the same line twice in a row.
 void refuse(std::string_view variable) {
   static std::string lastLogged;
   const std::string shown = tidewell::cleaned(variable, kLongestLogged);

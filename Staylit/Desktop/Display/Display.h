@@ -7,27 +7,27 @@
 
 namespace staylit {
 
-/// Where windows can be shown, which is said by variables of the environment.
+/// Where windows can be shown. Variables of the environment say so.
 ///
-/// A program that was started before its user's desktop, by the service manager or the bus, has
-/// none of them and learns them later. Main thread only.
+/// A program that the service manager or the bus started before its user's desktop has none of
+/// these variables, and learns them later. Main thread only.
 class Display {
  public:
   Display() = delete;
 
   static bool isKnown();
 
-  /// The variables of this process that are about it, as "NAME=value".
+  /// The variables of this process that are about the display, as "NAME=value".
   static std::vector<std::string> variables();
-  /// Takes those over that are about it, unless a display is known already. They come from others:
-  /// only a display of this machine is taken, and only files that are this user's or the
-  /// administrator's. What is refused is a line in the log.
+  /// Takes over those of `variables` that are about the display, unless a display is known already.
+  /// The variables come from others, so only a display of this machine is accepted, and only files
+  /// that belong to this user or the administrator. A refusal is a line in the log.
   static void learn(const std::vector<std::string>& variables);
-  /// Forgets what was learnt, which is no use any more.
+  /// Forgets what was learnt, once it is of no use any more.
   static void forget();
-  /// Forgets also what this process was started with, which is of a session that may have ended.
+  /// Also forgets the display that this process was started with, since its session may have ended.
   static void forgetAll();
-  /// Learns it from the user's service manager, where desktops leave it. Waits for the answer.
+  /// Asks the user's service manager, to which desktops pass the variables. Waits for the answer.
   static void learnFromServiceManager(platform::Bus& sessionBus);
 };
 

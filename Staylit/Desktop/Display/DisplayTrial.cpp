@@ -25,7 +25,7 @@ namespace {
 using Kind = DisplayTrial::Verdict::Kind;
 using platform::Descriptor;
 
-// What the process says of its trial, in one line.
+// The line in which the process tells the outcome of its trial.
 constexpr std::string_view kUsable = "usable ";
 constexpr std::string_view kOfAnotherBuild = "of another build ";
 constexpr std::string_view kNotLoadable = "not loadable ";
@@ -55,7 +55,8 @@ Pipe makePipe() {
   return {Descriptor(ends[0]), Descriptor(ends[1])};
 }
 
-/// Starts `program` for a trial with these as its standard streams; -1 when that cannot be.
+/// Starts `program` for a trial with `input` and `output` as its standard streams; -1 when it
+/// cannot be started.
 pid_t spawn(const std::string& program, int input, int output) {
   posix_spawn_file_actions_t actions;
   posix_spawn_file_actions_init(&actions);
@@ -84,7 +85,7 @@ void say(int output, const std::string& line) {
   if (write(output, text.data(), text.size()) < 0) std::_Exit(EXIT_FAILURE);
 }
 
-/// Until whoever started the trial has no more use for it.
+/// Waits until the program that started the trial needs it no more.
 void waitForEnd() {
   char byte = 0;
   while (read(STDIN_FILENO, &byte, 1) > 0) {
@@ -123,7 +124,7 @@ bool DisplayTrial::start(const std::string& program) {
 DisplayTrial::~DisplayTrial() {
   if (process_ < 0) return;
   kill(process_, SIGKILL);
-  // It is gone at once, unless the kernel itself is stuck in it; nobody waits for that.
+  // The process is gone at once, unless the kernel itself is stuck in it. Nobody waits for that.
   constexpr auto kPatienceWithTheKernel = std::chrono::milliseconds(250);
   const auto end = std::chrono::steady_clock::now() + kPatienceWithTheKernel;
   while (waitpid(process_, nullptr, WNOHANG) == 0 && std::chrono::steady_clock::now() < end)
@@ -155,10 +156,11 @@ void DisplayTrial::finish(const Verdict& verdict) {
 
 int DisplayTrial::answer() {
   prctl(PR_SET_PDEATHSIG, SIGKILL);
-  // Libraries may write to standard output as well.
+  // The outcome has a descriptor of its own, because libraries may write to standard output as
+  // well.
   const Descriptor output(fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 3));
   dup2(STDERR_FILENO, STDOUT_FILENO);
-  // This is no program that the desktop should know of.
+  // The desktop's session should not learn of the trial as of a program of its own.
   for (const char* name : {"SESSION_MANAGER", "XDG_ACTIVATION_TOKEN", "DESKTOP_STARTUP_ID"})
     ::unsetenv(name);
   const platform::ModuleFunction function = platform::loadFromModule(kWindowsModule, kTryDisplay);
@@ -172,7 +174,8 @@ int DisplayTrial::answer() {
     say(output.get(), std::string(kUsable) + platform);
     waitForEnd();
   });
-  // Not in order: what was learnt is told, and a display may hang at the end as well.
+  // The process does not end in order: the outcome is told already, and a display may hang at the
+  // end as well.
   std::_Exit(EXIT_SUCCESS);
 }
 

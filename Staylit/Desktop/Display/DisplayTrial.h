@@ -15,9 +15,9 @@ namespace staylit {
 
 /// Tries the display in a process of its own, while the loop goes on.
 ///
-/// A display may accept a connection and never answer, and the libraries that speak with it wait
-/// for ever or end the process. So the program starts itself once more for the trial, which does
-/// all that the windows do at their start. Main thread only; the loop must outlive it.
+/// A display may accept a connection and never answer. The libraries that speak with it then wait
+/// for ever, or end the process. So the program starts itself once more for the trial, and that
+/// process does all that the windows do at their start. Main thread only; the loop must outlive it.
 class DisplayTrial {
  public:
   struct Verdict {
@@ -33,23 +33,25 @@ class DisplayTrial {
     std::string reason;    ///< Why the windows cannot be loaded; the process has not logged it.
   };
 
-  /// How the trial's process is started: the program's own file, even if it was replaced since.
+  /// How the process of the trial is started. It runs the program's own file, even if that was
+  /// replaced meanwhile.
   static constexpr const char* kOwnProgram = "/proc/self/exe";
   static constexpr const char* kOption = "--try-display";
-  /// A very busy machine needs its time to load the windows, and nobody waits for the trial.
+  /// The limit is long because a very busy machine needs its time to load the windows, and nobody
+  /// waits for the trial.
   static constexpr tidewell::Seconds kPatience{20};
 
-  /// `done` runs once, from the loop, and may destroy this. A display that is usable stays
-  /// connected until this is destroyed: some servers end or start afresh when their last client
+  /// `done` runs once, from the loop, and may destroy this object. A usable display stays connected
+  /// until this object is destroyed: some servers end or start afresh when their last client
   /// leaves.
   DisplayTrial(platform::EventLoop& loop, std::function<void(const Verdict&)> done,
                const std::string& program = kOwnProgram, tidewell::Seconds patience = kPatience);
-  /// Ends the trial's process.
+  /// Ends the process of the trial.
   ~DisplayTrial();
   DisplayTrial(const DisplayTrial&) = delete;
   DisplayTrial& operator=(const DisplayTrial&) = delete;
 
-  /// What the trial's process does instead of all else; returns its status.
+  /// What the process of the trial does instead of all else. Returns its exit status.
   static int answer();
 
  private:
@@ -61,7 +63,7 @@ class DisplayTrial {
   std::function<void(const Verdict&)> done_;
   pid_t process_ = -1;
   platform::Descriptor output_;
-  platform::Descriptor input_;  ///< The process ends when this is closed.
+  platform::Descriptor input_;  ///< Closing it ends the process.
   platform::EventSource source_;
   std::unique_ptr<tidewell::RepeatingTimer> limit_;
   std::string text_;

@@ -16,7 +16,7 @@ void endProcess() {
   std::_Exit(EXIT_FAILURE);
 }
 
-/// Whether somebody has asked the process to end and nobody has heard it yet.
+/// Whether somebody has asked the process to end and the loop has not yet seen the signal.
 bool isAskedToEnd() {
   sigset_t pending;
   sigemptyset(&pending);
@@ -25,7 +25,8 @@ bool isAskedToEnd() {
          sigismember(&pending, SIGHUP) == 1;
 }
 
-/// Blocks all signals, which are the loop's, for the threads that are started meanwhile.
+/// Blocks all signals in the threads that are started while it lives, because signals belong to the
+/// loop.
 class NoSignals {
  public:
   NoSignals() {

@@ -12,23 +12,23 @@
 
 namespace staylit {
 
-/// Sees to it that nothing is held for ever by a loop that stands still.
+/// Ends the process when the loop stands still, so that no hold lasts for ever.
 ///
 /// Once there are windows, the libraries that draw them may wait on the main thread for a display
-/// that no longer answers. Nobody can call them back. But what the program holds goes with the
-/// process, so the process is ended then: as it is when a display breaks altogether. A thread of
-/// its own looks now and then whether the loop has moved. It counts looks and not time, so that a
-/// process that was stopped, or a machine that slept, is not taken for one that hangs.
+/// that no longer answers. Nobody can interrupt this wait. But every hold ends with the process. So
+/// the guard ends the process, as the libraries do when a display breaks altogether. A thread of
+/// its own looks now and then whether the loop has moved. The guard counts looks and not time, so
+/// that it does not take a process that was stopped, or a machine that slept, for one that hangs.
 class LoopGuard {
  public:
   struct Patience {
     std::chrono::milliseconds look = std::chrono::seconds(5);
-    int looks = 6;           ///< So often in a row must the loop stand still.
-    int looksWhenEnded = 2;  ///< The same while a signal to end waits to be handled.
+    int looks = 6;  ///< After so many looks in a row at a loop that stands still, the process ends.
+    int looksWhenEnded = 2;  ///< The same while a signal to end the process waits for the loop.
   };
 
-  /// `lost` runs on the guard's thread, once; by default it ends the process with status 1. The
-  /// loop must outlive this. Main thread only.
+  /// `lost` runs once, on the guard's thread; by default it ends the process with status 1. The
+  /// loop must outlive the guard. Main thread only.
   explicit LoopGuard(platform::EventLoop& loop);
   LoopGuard(platform::EventLoop& loop, Patience patience, std::function<void()> lost);
   ~LoopGuard();

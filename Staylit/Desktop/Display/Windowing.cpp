@@ -41,7 +41,7 @@ void Windowing::tryDisplay() {
 }
 
 void Windowing::tried(const DisplayTrial::Verdict& verdict) {
-  // Its display stays connected until ours is.
+  // The trial keeps the display connected until the kit has connected to it.
   const std::unique_ptr<DisplayTrial> trial = std::move(trial_);
   if (verdict.kind == Kind::usable) return makeKit(verdict.platform);
   if (!verdict.reason.empty() && lastReason_ != verdict.reason) {
@@ -54,7 +54,7 @@ void Windowing::tried(const DisplayTrial::Verdict& verdict) {
   if (verdict.kind == Kind::notLoadable) {
     return cannotShow("its windows do not fit this system", kInstallAnew);
   }
-  // Perhaps of a desktop that has ended since.
+  // The display may be that of a desktop that has ended since.
   if (LoginSession::outlivesSessions()) {
     Display::forgetAll();
   } else {
@@ -72,7 +72,7 @@ void Windowing::makeKit(const std::string& platform) {
     return tried({function.isOfAnotherBuild ? Kind::ofAnotherBuild : Kind::notLoadable, {}, {}});
   const DrivenLoop driven{loop_.descriptor(), [this] { loop_.pump(); },
                           [this] { return loop_.isStopping(); }};
-  // From here on a display may keep the main thread waiting.
+  // From here on a display may block the main thread.
   guard_.emplace(loop_);
   kit_.reset(reinterpret_cast<MakeWindowKit>(function.address)(driven, platform));
   if (!kit_) {

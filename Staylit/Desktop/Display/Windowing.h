@@ -13,23 +13,23 @@
 
 namespace staylit {
 
-/// Fetches the windows module when a window is first wanted.
+/// Loads the windows module when a window is first wanted.
 ///
-/// Nothing that a display does keeps the loop waiting: it is tried in another process first. Where
-/// no window can be shown, the user is told why in a desktop notification at each attempt, and the
-/// log once a reason. Main thread only; both arguments must outlive it.
+/// A display never makes the loop wait, because another process tries it first. Where no window can
+/// be shown, a desktop notification tells the user why at each attempt, and a line in the log tells
+/// each reason once. Main thread only; both arguments must outlive it.
 class Windowing {
  public:
   Windowing(platform::EventLoop& loop, platform::Bus& sessionBus);
   Windowing(const Windowing&) = delete;
   Windowing& operator=(const Windowing&) = delete;
 
-  /// The kit. Null while there is none: it is made then, and `again` is called from the loop once
-  /// it is there. The kit drives the loop from the next time that the loop runs on. Where no window
-  /// can be shown `again` is not called, but the user has been told, or is as soon as it is known.
-  /// Of several that wait, the last is called.
+  /// The kit, or null while there is none. In that case the kit is made now, and the loop calls
+  /// `again` once it is there; of several callers that wait, only the last is called. Where no
+  /// window can be shown, `again` is not called, and the user is told why, now or as soon as it is
+  /// known. The kit drives the loop from the next run of the loop on.
   WindowKit* kit(std::function<void()> again);
-  /// Null as long as none has been made.
+  /// Null until the kit is made.
   WindowKit* kitIfAny() { return kit_.get(); }
 
  private:
@@ -42,7 +42,8 @@ class Windowing {
   platform::Bus& sessionBus_;
   std::unique_ptr<DisplayTrial> trial_;
   std::function<void()> again_;
-  std::optional<LoopGuard> guard_;  ///< Goes after the kit, whose end a display may hold up too.
+  /// Destroyed after the kit, because a display may also block the kit's end.
+  std::optional<LoopGuard> guard_;
   std::unique_ptr<WindowKit> kit_;
   std::string lastLogged_;
   std::string lastReason_;

@@ -9,7 +9,8 @@
 
 namespace staylit {
 
-/// What the windows module needs of the program's event loop, which it drives from then on.
+/// What the windows module needs of the program's event loop. From its loading on, the module
+/// drives that loop.
 struct DrivenLoop {
   int descriptor = -1;         ///< Readable when there is something to pump.
   std::function<void()> pump;  ///< Handles what is ready without waiting.
@@ -17,9 +18,10 @@ struct DrivenLoop {
       isStopping;  ///< Whether the program is to end; to be asked after each pump.
 };
 
-/// What the windows module offers: windows, and the loop that they need. Main thread only.
+/// What the windows module offers: windows, and the loop that windows need. Main thread only.
 ///
-/// The module links nothing of the program: what it needs of it comes through virtual functions.
+/// The module links nothing of the program. What it needs of the program, it reaches through
+/// virtual functions.
 class WindowKit {
  public:
   virtual ~WindowKit() = default;
@@ -30,23 +32,22 @@ class WindowKit {
   virtual std::unique_ptr<Window> makeAppsWindow(const WindowStyle& style, AppsView& view) = 0;
   virtual std::unique_ptr<Window> makeSettingsWindow(const WindowStyle& style,
                                                      SettingsView& view) = 0;
-  /// The main screen's first.
+  /// Starts with the main screen.
   virtual std::vector<Rect> visibleFrames() = 0;
   virtual void activate() = 0;
 };
 
-/// The module has two functions, under names that only the program of the same build knows (see
+/// The module has two functions. Their names are known only to the program of the same build (see
 /// `platform::loadFromModule`).
 ///
-/// The first tries the display as the second will use it, and takes as long as the display takes,
-/// for ever if need be; it may also take the process down. So it is for a process that is there for
-/// that alone. `found` is called while the display is connected, with the name of the platform that
-/// is to be used. Without that call there is no display that could be used; why, is said on
-/// standard error.
+/// The first function tries the display as the second will use it. It takes as long as the display
+/// takes, even for ever, and it may end the process. So only a process that exists for the trial
+/// may call it. It calls `found` while the display is connected, with the name of the platform to
+/// use. If it does not call `found`, no display can be used, and standard error says why.
 using TryDisplay = void (*)(const std::function<void(const std::string& platform)>& found);
 
-/// A new kit on such a platform, the caller's to destroy; null when the display is somebody else's.
-/// There is one kit in a process, and its windows go before it.
+/// Makes a kit on such a platform, which the caller is to destroy. Null when the display belongs to
+/// somebody else. There is one kit in a process, and its windows are destroyed before it.
 using MakeWindowKit = WindowKit* (*)(const DrivenLoop& loop, const std::string& platform);
 
 inline constexpr const char* kWindowsModule = "libstaylit-windows.so";

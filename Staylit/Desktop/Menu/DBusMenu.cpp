@@ -136,7 +136,7 @@ int DBusMenu::appendItem(sd_bus_message* reply, std::int32_t id, std::int32_t de
   if (result >= 0) result = sd_bus_message_append(reply, "i", id);
   if (result >= 0) result = appendProperties(reply, *propertiesOf(id), names);
   if (result >= 0) result = sd_bus_message_open_container(reply, 'a', "v");
-  // A negative depth means all the way down.
+  // A negative depth asks for all levels.
   if (result >= 0 && id == MenuLayout::kRoot && depth != 0) {
     result = appendChildren(reply, depth - 1, names);
   }
@@ -177,7 +177,8 @@ int DBusMenu::getLayout(sd_bus_message* call, void* data, sd_bus_error* error) {
   if (result >= 0) result = sd_bus_message_append(raw, "u", self.layout_.revision());
   if (result >= 0) result = self.appendItem(raw, parent, std::max(depth, -1), names);
   if (result >= 0) result = sd_bus_send(nullptr, raw, nullptr);
-  // After the reply, so that its receiver knows that it has this revision already.
+  // The signal follows the reply, so that the receiver of the reply knows that it has this revision
+  // already.
   self.announce(change);
   return result < 0 ? result : 1;
 }
@@ -245,7 +246,7 @@ bool DBusMenu::happened(std::int32_t id, const std::string& type, sd_bus_message
 
 void DBusMenu::choose(const MenuItem& item) {
   if (!item.isEnabled || item.action == MenuItem::Action::none) return;
-  // The host is answered first: what is chosen may take its time, or end the program.
+  // The host gets its answer first: the chosen action may take its time, or end the program.
   loop_.async([menu = self_.make(), this, item] {
     if (!menu) return;
     hosts_.surelyClosed();

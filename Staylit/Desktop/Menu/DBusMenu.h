@@ -19,10 +19,10 @@ namespace staylit {
 
 /// The status item's menu on the session bus, as `com.canonical.dbusmenu`.
 ///
-/// The delegate is asked for the menu whenever a host is about to show it or wants its layout, and
-/// while a host has it open, every two seconds, and at `refresh` once a host knows it; hosts hear
-/// of what changed. Choices reach the delegate from the loop, never from within a call. Main thread
-/// only; all arguments must outlive it.
+/// The delegate is asked for the menu when a host is about to show it, when a host wants its
+/// layout, at every tick of `MenuHosts` while a host has the menu open, and at `refresh` once a
+/// host knows the menu. Hosts are told what changed. The delegate gets choices from the loop, never
+/// from within a call. Main thread only; all arguments must outlive it.
 class DBusMenu {
  public:
   static constexpr const char* kPath = "/MenuBar";
@@ -32,16 +32,16 @@ class DBusMenu {
   DBusMenu(const DBusMenu&) = delete;
   DBusMenu& operator=(const DBusMenu&) = delete;
 
-  /// What the menu shows may have changed. Asks the delegate later, from the loop, if a host knows
-  /// the menu. While it is closed, hosts hear of other items only if there are more or fewer: many
-  /// show at once what they know when they open the menu, in the size that it had.
+  /// What the menu shows may have changed. If a host knows the menu, the delegate is asked later,
+  /// from the loop. While the menu is closed, hosts are told of other items only if their number
+  /// changed: many hosts first show the menu as they know it, in the size that it had.
   void refresh();
 
-  /// Does what the item with that action does, later, from the loop.
+  /// Does what the item with `action` does, later, from the loop.
   void chooseLater(MenuItem::Action action);
 
  private:
-  /// Some properties by their names, or all.
+  /// Some properties by their names, or all properties.
   using Names = std::vector<std::string>;
 
   static int getLayout(sd_bus_message* call, void* data, sd_bus_error* error);
@@ -64,7 +64,7 @@ class DBusMenu {
   int appendItem(sd_bus_message* reply, std::int32_t id, std::int32_t depth,
                  const Names& names) const;
   int appendChildren(sd_bus_message* reply, std::int32_t depth, const Names& names) const;
-  /// False when nobody knows such an item.
+  /// False when the menu has no such item.
   bool happened(std::int32_t id, const std::string& type, sd_bus_message* call);
   void choose(const MenuItem& item);
 
@@ -72,8 +72,8 @@ class DBusMenu {
   MenuDelegate& delegate_;
   MenuLayout layout_;
   MenuHosts hosts_;
-  /// Whether hosts have yet to hear of another layout, and how many items the one had that they
-  /// heard of.
+  /// Whether hosts have not yet been told of the present layout, and how many items the layout had
+  /// of which they were told last.
   bool isLayoutNews_ = false;
   std::size_t toldCount_ = 0;
   platform::BusObject object_;

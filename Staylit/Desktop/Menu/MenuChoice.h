@@ -4,7 +4,7 @@
 
 namespace staylit {
 
-/// Does what the item of the menu with this action does. Nothing when there is none.
+/// Does what the menu's item with `action` does. Nothing when there is no such item.
 void choose(MenuDelegate& menu, MenuItem::Action action);
 
 }  // namespace staylit

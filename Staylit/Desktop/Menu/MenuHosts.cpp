@@ -75,9 +75,10 @@ void MenuHosts::forget() {
 }
 
 int MenuHosts::allLeft(sd_bus_track* /*track*/, void* data) {
-  // Told late: somebody may have opened the menu in between.
+  // This callback comes late: somebody may have opened the menu in between.
   static_cast<MenuHosts*>(data)->stopClockIfIdle();
-  // With 0 the bus would ask again at once, and for ever, instead of reading its messages.
+  // After a return of 0 the bus would call again at once, and for ever, instead of reading its
+  // messages.
   return 1;
 }
 

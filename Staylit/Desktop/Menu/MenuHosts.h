@@ -10,11 +10,11 @@
 
 namespace staylit {
 
-/// Who has the menu open, and a clock that ticks as long as anybody has.
+/// Knows which hosts have the menu open, and has a clock that ticks as long as any host has.
 ///
-/// Most hosts tell when they open the menu and when they close it; one that leaves the bus, or says
-/// nothing for minutes, has closed it. Others only ask before they show it: such a host may have it
-/// open for a while after that. Main thread only; the loop must outlive it.
+/// Most hosts say when they open the menu and when they close it. A host that leaves the bus, or
+/// says nothing for minutes, has closed it. Other hosts only ask before they show the menu: such a
+/// host may have it open for a while after that. Main thread only; the loop must outlive it.
 class MenuHosts {
  public:
   /// `refresh` runs as often as the engine ticks while the menu is open, and once after it may have
@@ -28,14 +28,14 @@ class MenuHosts {
   void opened(sd_bus_message* message);
   void closed(sd_bus_message* message);
 
-  /// Somebody is about to show the menu, and may never say more.
+  /// A host is about to show the menu, and may never tell when it closes it.
   void mayHaveOpened();
-  /// Who may have had it open has it open no longer.
+  /// A host that may have had the menu open has closed it.
   void surelyClosed();
 
   [[nodiscard]] bool isOpen() const { return timer_ != nullptr; }
-  /// Whether it is open only with hosts that do not tell, which also cannot make room for another
-  /// layout.
+  /// Whether the menu is open only with hosts that do not tell. Such hosts also cannot make room
+  /// for another layout.
   [[nodiscard]] bool isOnlyGuessed() const { return guessedTicks_ > 0 && !isTracking(); }
 
  private:
@@ -49,10 +49,10 @@ class MenuHosts {
 
   platform::EventLoop& loop_;
   std::function<void()> refresh_;
-  sd_bus* bus_ = nullptr;  ///< That `track_` is on, which keeps it.
+  sd_bus* bus_ = nullptr;  ///< The bus of `track_`, which keeps the bus alive.
   sd_bus_track* track_ = nullptr;
   std::unique_ptr<tidewell::RepeatingTimer> timer_;
-  int trackedTicks_ = 0;  ///< How long those that tell are believed.
+  int trackedTicks_ = 0;  ///< How long the hosts that tell are still believed.
   int guessedTicks_ = 0;
 };
 

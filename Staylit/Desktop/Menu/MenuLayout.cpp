@@ -7,10 +7,11 @@
 namespace staylit {
 namespace {
 
-/// Far more than a menu ever holds; what was on it longer ago is forgotten.
+/// This is far more than a menu ever holds. Items that left the menu longer ago are forgotten.
 constexpr std::size_t kMostRemembered = 256;
 
-/// Tells the item at `place` from all that are not the same, but for how often it occurs.
+/// What tells the item at `place` from every other item. Equal items differ only in how often they
+/// occurred before.
 std::string keyOf(const Menu& menu, std::size_t place) {
   if (place >= menu.size()) return "end";
   const MenuItem& item = menu[place];
@@ -18,7 +19,8 @@ std::string keyOf(const Menu& menu, std::size_t place) {
     return "action " + std::to_string(static_cast<int>(item.action)) + " " +
            item.representedObject.value_or("");
   }
-  // One that stays before the same item never moves: not every host moves them well.
+  // An item that stays before the same item does not move, because not every host handles moves
+  // well.
   if (item.isSeparator) return "before " + keyOf(menu, place + 1);
   return place == 0 ? "first" : "text " + item.title;
 }

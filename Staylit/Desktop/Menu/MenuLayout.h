@@ -10,12 +10,13 @@
 
 namespace staylit {
 
-/// The menu as hosts on the bus know it: every item has a number that stands for it alone.
+/// The menu as hosts on the bus know it: every item has a number, and the number stands for no
+/// other item.
 ///
-/// An item is the same as an earlier one when it does the same to the same object; of the items
-/// that do nothing, when it says the same, and the first line is always the same. A number is never
-/// given to another item, so that a host which still shows an old menu cannot hit the wrong one.
-/// A value; one thread.
+/// An item is the same as an earlier one when it does the same to the same object. An item that
+/// does nothing is the same when it says the same. The first line is always the same. A number is
+/// never given to another item, so that a host which still shows an old menu cannot choose the
+/// wrong item. A value; one thread.
 class MenuLayout {
  public:
   static constexpr std::int32_t kRoot = 0;
@@ -32,21 +33,21 @@ class MenuLayout {
     std::vector<const char*> removed;
   };
 
-  /// What a new menu brought. The revision has grown when `isLayout`.
+  /// What a new menu brought. When `isLayout` is true, the revision has grown.
   struct Change {
-    bool isLayout = false;          ///< Other items, or in another order.
-    std::vector<ItemChange> items;  ///< Of items that were there before.
+    bool isLayout = false;          ///< Whether there are other items, or another order of them.
+    std::vector<ItemChange> items;  ///< Changes of items that were there before.
     explicit operator bool() const { return isLayout || !items.empty(); }
   };
 
   Change update(const Menu& menu);
 
   [[nodiscard]] const std::vector<Entry>& entries() const { return entries_; }
-  /// 0 before the first update.
+  /// The revision is 0 before the first update.
   [[nodiscard]] std::uint32_t revision() const { return revision_; }
-  /// Null for what the menu does not hold now, and for the root.
+  /// Null for a number that the menu does not hold now, and for the root.
   [[nodiscard]] const Entry* find(std::int32_t id) const;
-  /// The item that has or had this number, as it was last; null for a number that is not given or
+  /// The item that has or had this number, as it was last. Null for a number that was not given or
   /// has been forgotten.
   [[nodiscard]] const MenuItem* recall(std::int32_t id) const;
 

@@ -18,7 +18,7 @@ int appendValue(sd_bus_message* message, std::int32_t number) {
   return sd_bus_message_append(message, "v", "i", number);
 }
 
-/// A list of shortcuts, with one or none.
+/// Appends a list of at most one shortcut.
 int appendValue(sd_bus_message* message, const MenuShortcut& keys) {
   int result = sd_bus_message_open_container(message, 'v', "aas");
   if (result >= 0) result = sd_bus_message_open_container(message, 'a', "as");

@@ -10,17 +10,17 @@
 
 namespace staylit {
 
-/// The pieces that messages of `com.canonical.dbusmenu` are made of. All answer 0 or more, or a
+/// The parts of messages of `com.canonical.dbusmenu`. Every function returns 0 or more, or a
 /// negative errno when the message takes no more.
 
 /// Appends a value as a variant.
 int appendVariant(sd_bus_message* message, const MenuPropertyValue& value);
-/// Appends `a{sv}`, of the properties with these names; of all when there are no names.
+/// Appends the properties with these names as `a{sv}`; all properties when there are no names.
 int appendProperties(sd_bus_message* message, const MenuProperties& properties,
                      const std::vector<std::string>& names);
-/// Appends `a(ia{sv})`: what changed, without the items that only lost something.
+/// Appends the changed properties as `a(ia{sv})`, without the items that only lost properties.
 int appendUpdated(sd_bus_message* message, const std::vector<MenuLayout::ItemChange>& items);
-/// Appends `a(ias)`: what fell back to its default.
+/// Appends the names of the properties that fell back to their defaults, as `a(ias)`.
 int appendRemoved(sd_bus_message* message, const std::vector<MenuLayout::ItemChange>& items);
 
 }  // namespace staylit

@@ -5,10 +5,10 @@
 namespace staylit {
 namespace {
 
-/// No panel shows more; a name that another program chose may be of any length.
+/// No panel shows more than this, and a name that another program chose may be of any length.
 constexpr std::size_t kLongestLabel = 200;
 
-/// A single underscore would mark the letter that follows as the item's access key.
+/// A single underscore would make the letter after it the item's access key.
 std::string label(const std::string& title) {
   std::string doubled;
   for (const char character : tidewell::cleaned(title, kLongestLabel)) {
@@ -18,7 +18,7 @@ std::string label(const std::string& title) {
   return doubled;
 }
 
-/// Hosts know keys by the names that the toolkits have for them, which for a letter is itself.
+/// Hosts know keys by the toolkits' names for them. The name of a letter's key is the letter.
 std::string keyName(const std::string& character) {
   return character == "," ? "comma" : tidewell::cleaned(character);
 }

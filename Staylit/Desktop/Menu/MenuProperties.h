@@ -14,7 +14,7 @@ namespace staylit {
 /// The keys that are pressed together, as "Control" and "p".
 using MenuShortcut = std::vector<std::string>;
 
-/// What a property of a menu item holds; nothing but these types occurs.
+/// The value of a property of a menu item. No other types occur.
 using MenuPropertyValue = std::variant<std::string, bool, std::int32_t, MenuShortcut>;
 
 struct MenuProperty {
@@ -27,13 +27,13 @@ struct MenuProperty {
 
 using MenuProperties = std::vector<MenuProperty>;
 
-/// What `com.canonical.dbusmenu` says of an item: only what differs from the defaults. All text is
-/// well formed, whatever the item's is.
+/// What `com.canonical.dbusmenu` says of an item: only the properties that differ from their
+/// defaults. All texts are valid UTF-8, also where the item's are not.
 MenuProperties menuProperties(const MenuItem& item);
-/// The same of the root, which holds all items.
+/// The same for the root, which holds all items.
 MenuProperties rootMenuProperties();
 
-/// What a property is when nothing is said of it; absent for one that does not exist.
+/// The value of a property that is not mentioned; absent for a property that does not exist.
 std::optional<MenuPropertyValue> defaultMenuProperty(std::string_view name);
 
 }  // namespace staylit

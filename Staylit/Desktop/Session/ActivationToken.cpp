@@ -10,8 +10,8 @@
 namespace staylit {
 namespace {
 
-/// Longer than a click takes to become a request; a token of a click that asked for no window must
-/// not go with a much later one.
+/// This is longer than a click takes to become a request. A token of a click that asked for no
+/// window must not be used for a much later window.
 constexpr std::chrono::seconds kLifetime{10};
 
 struct Kept {

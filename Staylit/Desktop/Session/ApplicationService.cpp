@@ -22,11 +22,11 @@ constexpr BusMethod kRequestName{"org.freedesktop.DBus", "/org/freedesktop/DBus"
 constexpr BusMethod kGetNameOwner{"org.freedesktop.DBus", "/org/freedesktop/DBus",
                                   "org.freedesktop.DBus", "GetNameOwner"};
 
-// Of the bus's own protocol.
+// Numbers of the bus's own protocol.
 constexpr std::uint32_t kDoNotQueue = 4;
 constexpr std::uint32_t kExists = 3;
 
-/// A busy machine may take a moment, but one that hangs must not keep the program from starting.
+/// A busy owner may take a moment, but an owner that hangs must not keep the program from starting.
 constexpr tidewell::Seconds kPatience{5};
 
 platform::Bus::Arguments nameWith(std::uint32_t flags) {
@@ -41,7 +41,7 @@ std::string startupToken() {
   return tidewell::cleaned(token ? token : "");
 }
 
-/// Where the display is, for one that was started without; a key of our own.
+/// A key of our own. It says where the display is, for a program that was started without one.
 constexpr const char* kDisplayKey = "com.staylit.display";
 
 int appendDisplay(sd_bus_message* call) {
@@ -58,7 +58,7 @@ int appendDisplay(sd_bus_message* call) {
   return result;
 }
 
-/// Appends what the window system gave this start, so that it helps the first one.
+/// Appends what the window system gave this start, so that the first start can use it.
 int appendPlatformData(sd_bus_message* call) {
   const std::string token = startupToken();
   int result = sd_bus_message_open_container(call, 'a', "{sv}");
@@ -150,7 +150,7 @@ ApplicationService::Answer ApplicationService::askOwner(const Request& request) 
   if (!ask(request)) return Answer::gone;
   const auto limit = loop_.scheduleRepeating(kPatience, [this] { loop_.handOver(); });
   loop_.run();
-  // Without an answer, somebody may want this program to end.
+  // If the loop is stopping and there is no answer, somebody wants this program to end.
   return answer_.value_or(loop_.isStopping() ? Answer::done : Answer::none);
 }
 
@@ -186,7 +186,7 @@ void ApplicationService::answered(const BusReply& reply) {
 }
 
 void ApplicationService::keepName() {
-  // On every connection, in the queue if need be.
+  // The name is requested on every new connection, and waits in the queue if it has another owner.
   connection_ = bus_.watchConnection([this](bool) {
     request_ = bus_.callAsync(kRequestName, nameWith(0), [](const BusReply&) {});
   });
@@ -205,7 +205,7 @@ int ApplicationService::activate(sd_bus_message* call, void* data, sd_bus_error*
 }
 
 int ApplicationService::open(sd_bus_message* call, void* data, sd_bus_error* error) {
-  // It has no use for files, but it can come forward.
+  // The program does not open files, but it can come to the front.
   if (const int result = sd_bus_message_skip(call, "as"); result < 0) return result;
   return activate(call, data, error);
 }

@@ -16,8 +16,8 @@
 
 namespace staylit {
 
-/// The program as one of its kind in the session: it owns the name `com.staylit.app` and serves
-/// `org.freedesktop.Application` there, so that a second start reaches the first.
+/// Makes the program the only one of its kind in the session: it owns the name `com.staylit.app`
+/// and serves `org.freedesktop.Application` there, so that a second start reaches the first.
 ///
 /// Main thread only; both arguments must outlive it.
 class ApplicationService {
@@ -26,32 +26,32 @@ class ApplicationService {
   static constexpr const char* kPath = "/com/staylit/app";
   static constexpr const char* kInterface = "org.freedesktop.Application";
 
-  /// What the others of a session ask for by these names: "pause", "choose-apps", "settings" and
-  /// "quit".
+  /// The action that other programs of the session ask for by `name`: "pause", "choose-apps",
+  /// "settings" or "quit".
   static std::optional<MenuItem::Action> action(std::string_view name);
 
-  /// `perform` does what is asked for; called from the loop, never from within a call.
+  /// `perform` does what was asked for. The loop calls it, never a call from the bus itself.
   ApplicationService(platform::EventLoop& loop, platform::Bus& sessionBus,
                      std::function<void(MenuItem::Action)> perform);
   ApplicationService(const ApplicationService&) = delete;
   ApplicationService& operator=(const ApplicationService&) = delete;
 
-  /// What a start of the program wants of the one that runs in the session already.
+  /// What a start of the program wants from the one that already runs in the session.
   struct Request {
-    std::string action;         ///< A name that `action` knows; empty: that it shows itself.
-    bool isBackground = false;  ///< Nothing at all; it only wants that one runs.
+    std::string action;  ///< A name that `action` knows. Empty: the running one is to show itself.
+    bool isBackground = false;  ///< This start only wants that one runs, and asks for nothing.
   };
 
-  /// What is known after `claim` of who runs in this session.
+  /// Which program has the name, as far as `claim` found out.
   enum class Claim {
     first,    ///< This program has the name, or there is no session bus.
     second,   ///< Another has the name and has been asked to do what this one was started for.
     besides,  ///< Another has the name and does not answer; this one gets the name when it goes.
   };
-  /// Takes the name, or makes the request of its owner, waiting for it a few seconds at most. Only
-  /// a start that wants nothing but to run goes on beside an owner that does not answer, and
-  /// should that answer after all, `leave` is called from the loop: there is to be one only. Call
-  /// it once, before the loop runs.
+  /// Takes the name, or passes the request to its owner and waits a few seconds at most for the
+  /// answer. Only a start that wants nothing but to run goes on beside an owner that does not
+  /// answer. Should that owner answer after all, the loop calls `leave`, because there is to be
+  /// only one program. Call it once, before the loop runs.
   Claim claim(const Request& request, std::function<void()> leave);
 
  private:
@@ -75,7 +75,7 @@ class ApplicationService {
   platform::BusObject object_;
   platform::BusListening connection_;
   platform::BusSlot request_;
-  std::string owner_;  ///< The one that was asked, by its unique name.
+  std::string owner_;  ///< The unique name of the owner that was asked.
   platform::BusSlot question_;
   std::optional<Answer> answer_;
   std::function<void()> leave_;  ///< Set while this one runs beside the owner.

@@ -16,7 +16,7 @@ void showNotification(platform::Bus& sessionBus, const DesktopNotification& noti
   // Most servers read markup in the body, and some do not.
   const std::string body = tidewell::withoutMarkup(tidewell::cleaned(notification.body));
   sessionBus.send(kNotify, [&](sd_bus_message* call) {
-    // -1: for as long as the desktop usually shows such a thing.
+    // -1 asks for the desktop's usual time.
     return sd_bus_message_append(call, "susssasa{sv}i", "Staylit", 0U, "com.staylit.app",
                                  summary.c_str(), body.c_str(), 0, 1, "desktop-entry", "s",
                                  "com.staylit.app", -1);

@@ -8,11 +8,11 @@ namespace staylit {
 
 struct DesktopNotification {
   std::string summary;  ///< One line.
-  std::string body;     ///< What looks like markup in it is shown as it stands.
+  std::string body;     ///< Characters that look like markup are shown as they are.
 };
 
-/// Asks the desktop to show something to the user. Nothing happens where nobody can; nobody waits
-/// for it.
+/// Asks the desktop to show a notification to the user, and does not wait. Nothing happens where no
+/// service can show it.
 void showNotification(platform::Bus& sessionBus, const DesktopNotification& notification);
 
 }  // namespace staylit

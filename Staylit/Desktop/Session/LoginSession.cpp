@@ -36,8 +36,8 @@ bool LoginSession::outlivesSessions() {
 
 std::optional<std::string> LoginSession::ownGraphical() {
   char* raw = nullptr;
-  // What the user's service manager runs lies outside of all sessions, yet is there for the one
-  // with the display.
+  // What the user's service manager runs is outside of all sessions, but serves the session that
+  // has the display.
   if (sd_pid_get_session(0, &raw) < 0 && sd_uid_get_display(::getuid(), &raw) < 0) {
     return std::nullopt;
   }

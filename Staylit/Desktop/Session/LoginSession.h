@@ -17,10 +17,10 @@ namespace staylit {
 /// is no logind. Main thread only; the loop must outlive it.
 class LoginSession {
  public:
-  /// Whether `unit` of the user's service manager is the one for this program, which lives as long
-  /// as the manager wants, whatever sessions come and go meanwhile.
+  /// Whether `unit` of the user's service manager is this program's own. That unit lives as long as
+  /// the manager wants, whatever sessions come and go.
   static bool outlivesSessions(std::string_view unit);
-  /// The same of the unit that this process runs in, if any.
+  /// The same for the unit that this process runs in, if any.
   static bool outlivesSessions();
 
   /// The graphical session that this process belongs to, if any.

@@ -14,7 +14,8 @@ constexpr const char* kAutostartId = "DESKTOP_AUTOSTART_ID";
 constexpr platform::BusMethod kRegisterClient{kManager, "/org/gnome/SessionManager", kManager,
                                               "RegisterClient"};
 
-/// What the manager gave to the program that it started; no child of ours may have it too.
+/// The variable belongs to the program that the manager started, so no child process may inherit
+/// it.
 std::string takeStartupId() {
   const char* id = std::getenv(kAutostartId);
   std::string result = id ? id : "";
@@ -60,7 +61,8 @@ void SessionClient::becameClient(const std::string& path) {
 }
 
 void SessionClient::agree() {
-  // Answered before the program goes on to end, which drops what has not been sent.
+  // The manager gets its answer before the program ends, because ending drops messages that are not
+  // sent yet.
   bus_.call({kManager, path_.c_str(), kPrivate, "EndSessionResponse"},
             [](sd_bus_message* call) { return sd_bus_message_append(call, "bs", 1, ""); });
 }

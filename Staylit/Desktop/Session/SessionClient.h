@@ -8,12 +8,12 @@
 
 namespace staylit {
 
-/// The program as a client of the desktop's session manager (`org.gnome.SessionManager`), whose
-/// wish to end the session it never delays. Does not connect the bus by itself. Main thread only;
-/// the bus must outlive it.
+/// The program as a client of the desktop's session manager (`org.gnome.SessionManager`). When the
+/// manager wants to end the session, the program never delays that. Does not connect the bus by
+/// itself. Main thread only; the bus must outlive it.
 class SessionClient {
  public:
-  /// `end` runs, from the loop, when the session ends or its manager wants the program to.
+  /// The loop calls `end` when the session ends, or when its manager wants the program to end.
   SessionClient(platform::Bus& sessionBus, std::function<void()> end);
   SessionClient(const SessionClient&) = delete;
   SessionClient& operator=(const SessionClient&) = delete;

@@ -6,9 +6,10 @@
 
 namespace staylit {
 
-/// The drawings lie in `Packaging/symbols`, named by their system symbol names. In an icon theme a
-/// dot may pass for the beginning of a file's ending, so that there "cup.and.saucer" is called
-/// "staylit-cup-and-saucer-symbolic", and its dimmed form "staylit-cup-and-saucer-dimmed-symbolic".
+/// The drawings are in `Packaging/symbols`, under their system symbol names. In an icon theme a dot
+/// may be taken for the beginning of a file's extension. So "cup.and.saucer" is called
+/// "staylit-cup-and-saucer-symbolic" there, and its dimmed form
+/// "staylit-cup-and-saucer-dimmed-symbolic".
 inline std::string iconName(std::string_view symbol, bool isDimmed) {
   std::string name(symbol);
   std::ranges::replace(name, '.', '-');

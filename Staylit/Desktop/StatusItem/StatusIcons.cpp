@@ -25,7 +25,8 @@ StatusIcons StatusIcons::ofThisProgram() {
   }
   std::error_code error;
   const fs::path program = fs::read_symlink("/proc/self/exe", error).parent_path();
-  // Beside the program where it was built, or where it was installed apart from the desktop.
+  // The folder lies beside the program in a build folder, or in an installation apart from the
+  // desktop's.
   for (const fs::path& share : {program / "share", program.parent_path() / "share"}) {
     if (holdsIcons(share / "icons")) return {true, share / "icons"};
   }

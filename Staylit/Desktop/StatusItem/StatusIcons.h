@@ -4,13 +4,14 @@
 
 namespace staylit {
 
-/// Where hosts find the status symbols by their names.
+/// Where hosts find the status symbols by name.
 struct StatusIcons {
-  bool areThere = false;  ///< Otherwise there are only the pixmaps.
-  std::string folder;     ///< An icon theme's; empty where they are in the desktop's own.
+  bool areThere = false;  ///< False: there are only the pixmaps.
+  /// The folder of an icon theme; empty where the desktop's own themes have the icons.
+  std::string folder;
 
-  /// Those that were installed or built with this program. Hosts do best with icons in the
-  /// desktop's own themes: some do not colour those of a folder that they are shown.
+  /// The icons that were installed or built with this program. Hosts do best with icons in the
+  /// desktop's own themes: some hosts do not colour icons from a folder that a program names.
   static StatusIcons ofThisProgram();
 };
 

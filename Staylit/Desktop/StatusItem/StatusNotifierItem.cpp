@@ -24,7 +24,7 @@ constexpr const char* kWatcher = "org.kde.StatusNotifierWatcher";
 constexpr platform::BusMethod kRegisterItem{kWatcher, "/StatusNotifierWatcher", kWatcher,
                                             "RegisterStatusNotifierItem"};
 
-/// A panel that starts may be too busy to take the item at once.
+/// A panel that is starting may be too busy to take the item at once.
 constexpr tidewell::Seconds kFirstPause{1};
 constexpr tidewell::Seconds kLongestPause{60};
 
@@ -34,7 +34,7 @@ int appendText(sd_bus_message* message, const std::string& text) {
   return sd_bus_message_append(message, "s", tidewell::cleaned(text).c_str());
 }
 
-/// Appends `(iiay)`, in network byte order as hosts want it.
+/// Appends `(iiay)`, in network byte order, which hosts expect.
 int appendPixmap(sd_bus_message* message, const StatusPixmap& pixmap, bool isDimmed) {
   std::vector<std::uint32_t> pixels;
   for (const std::uint8_t opacity : pixmap.opacities) {
@@ -122,14 +122,14 @@ void StatusNotifierItem::announce(const StatusItemAppearance& former) {
 }
 
 std::string StatusNotifierItem::iconName() const {
-  // Without a name, hosts take the pixmaps.
+  // Where there is no icon name, hosts take the pixmaps.
   if (!icons_.areThere) return "";
   return staylit::iconName(appearance_.symbol, appearance_.appearsDisabled);
 }
 
 void StatusNotifierItem::followWatcher() {
-  // A watcher that is replaced and a bus that is connected anew are both told as an owner that
-  // went and an owner that came.
+  // When a watcher is replaced, or the bus is connected anew, two calls come here: one for the
+  // owner that went and one for the owner that came.
   watcher_ = bus_.watchName(kWatcher, [this](bool owned) {
     registration_.reset();
     retry_.reset();
@@ -139,8 +139,8 @@ void StatusNotifierItem::followWatcher() {
 }
 
 void StatusNotifierItem::registerItem() {
-  // By its path: every watcher knows that form, which most items use, and some do not cope with an
-  // item that has a well-known name.
+  // The item registers by its path. Every watcher knows that form, which most items use, and some
+  // watchers cannot handle an item with a well-known name.
   registration_ = bus_.callAsync(
       kRegisterItem, [](sd_bus_message* call) { return sd_bus_message_append(call, "s", kPath); },
       [this](const BusReply& reply) {
@@ -178,7 +178,7 @@ int StatusNotifierItem::appendProperty(std::string_view name, sd_bus_message* re
   if (name == "IconPixmap") return appendPixmaps(reply);
   if (name == "IconAccessibleDesc") return appendText(reply, appearance_.accessibilityDescription);
   if (name == "ToolTip") {
-    // Some hosts take the title for markup, some do not, and some make it harmless themselves.
+    // Some hosts read the title as markup, some do not, and some escape the title themselves.
     const std::string text =
         tidewell::withoutMarkup(tidewell::cleaned(appearance_.toolTip, kLongestToolTip));
     return sd_bus_message_append(reply, "(sa(iiay)ss)", "", 0, text.c_str(), "");
@@ -199,7 +199,8 @@ int StatusNotifierItem::appendPixmaps(sd_bus_message* reply) const {
 }
 
 int StatusNotifierItem::activate(sd_bus_message* call, void* data, sd_bus_error* /*error*/) {
-  // From hosts that take no notice of `ItemIsMenu` and show the menu by the other button only.
+  // This call comes from hosts that ignore `ItemIsMenu` and show the menu only for the other mouse
+  // button.
   static_cast<StatusNotifierItem*>(data)->menu_.chooseLater(MenuItem::Action::openApps);
   return sd_bus_reply_method_return(call, "");
 }

@@ -16,8 +16,8 @@ namespace staylit {
 
 /// The status item on the session bus, as `org.kde.StatusNotifierItem`, with its menu.
 ///
-/// Registers with every `org.kde.StatusNotifierWatcher` that appears, from the first `show` on,
-/// again and again if that one fails at it; without one it waits. Does not connect the bus by
+/// From the first `show` on, it registers with every `org.kde.StatusNotifierWatcher` that appears,
+/// and tries again when a watcher fails. Without a watcher it waits. Does not connect the bus by
 /// itself. Main thread only; all arguments must outlive it.
 class StatusNotifierItem : public StatusItem {
  public:

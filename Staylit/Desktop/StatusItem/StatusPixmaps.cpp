@@ -5,10 +5,11 @@
 namespace staylit {
 namespace {
 
-// Made from the drawings: `kOpacities…` and the array `kPixmaps` of all.
+// This file is made from the drawings. It holds the arrays `kOpacities…`, and `kPixmaps` with all
+// of them.
 #include "StatusPixmaps.inc"
 
-/// Of the same contrast, about 3.3 to 1, with white and with a usual dark panel.
+/// Has the same contrast, about 3.3 to 1, with white and with a usual dark panel.
 constexpr std::uint32_t kGrey = 0x8e8e8e;
 
 }  // namespace

@@ -6,7 +6,7 @@
 
 namespace staylit {
 
-/// A status symbol as opacities, a byte each, row by row; drawn when the program was built.
+/// A status symbol as opacities: one byte for each pixel, row by row. The build draws it.
 struct StatusPixmap {
   std::string_view symbol;  ///< The system symbol name.
   std::int32_t size;        ///< Width and height.
@@ -16,8 +16,8 @@ struct StatusPixmap {
 /// Every status symbol in every size.
 std::span<const StatusPixmap> statusPixmaps();
 
-/// A pixel in the colour of pixmaps, which shows on dark and on light panels: alpha, red, green,
-/// blue. Dimmed ones are half transparent.
+/// A pixel of this opacity in the colour of the pixmaps, which is visible on dark and on light
+/// panels: alpha, red, green, blue. Dimmed pixels are half transparent.
 std::uint32_t statusPixel(std::uint8_t opacity, bool isDimmed);
 
 }  // namespace staylit

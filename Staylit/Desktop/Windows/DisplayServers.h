@@ -7,22 +7,23 @@
 
 namespace staylit::windows {
 
-/// Who serves a display on this machine.
+/// Tells who serves a display on this machine.
 ///
-/// X servers also listen on an address that is no file and that nobody guards: once it is free, any
-/// user may take it, and clients try it first. A display counts as ours when its server runs as
-/// this user or as the administrator. Displays of other machines are the matter of whoever sets
-/// DISPLAY. One that takes no connection, so that its user cannot be seen, counts as a stranger's.
+/// X servers also listen at an address that is no file and that nobody guards: once the address is
+/// free, any user may take it, and clients try it first. A display counts as ours when its server
+/// runs as this user or as the administrator. For displays of other machines, whoever sets DISPLAY
+/// is responsible. A server that takes no connection, so that its user cannot be seen, counts as a
+/// stranger.
 
-/// Those who listen where a client of a display would connect to. They are told nothing.
+/// The servers that listen where a client of a display would connect. They get no message.
 ///
-/// The connections stay open for as long as this lives. Let it live until the client has its own
+/// The connections stay open as long as this object lives. Let it live until the client has its own
 /// connection: a busy X server that sees one connection close may close the next one with it.
 class DisplayListeners {
  public:
   /// `display` as DISPLAY names it (":0").
   explicit DisplayListeners(const std::string& display);
-  /// Of the Wayland display that WAYLAND_DISPLAY names.
+  /// The same for the Wayland display that WAYLAND_DISPLAY names.
   static DisplayListeners ofWayland();
 
   [[nodiscard]] bool areStrangers() const { return areStrangers_; }
@@ -35,7 +36,7 @@ class DisplayListeners {
   std::vector<platform::Descriptor> connections_;
 };
 
-/// Whether a connection that this process has to a display is to a stranger's.
+/// Whether this process has a connection to a stranger's display.
 [[nodiscard]] bool isServedByStrangers();
 
 }  // namespace staylit::windows

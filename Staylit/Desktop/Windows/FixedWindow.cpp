@@ -14,7 +14,7 @@ namespace {
 constexpr Qt::WindowFlags kFlags = Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
                                    Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint;
 
-/// Of any desktop's title bar and frame, about.
+/// The approximate size of a desktop's title bar and frame.
 constexpr int kFrame = 48;
 
 QSize rounded(Size size) {

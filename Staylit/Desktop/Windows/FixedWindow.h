@@ -7,20 +7,21 @@
 
 namespace staylit::windows {
 
-/// The size of a window's content that is to have the size `wanted`, on a screen with that much
-/// room for windows: smaller only where it would not fit, and then with its title bar in sight.
+/// The size of a window's content that should have the size `wanted`, on a screen with `room` for
+/// windows. It is smaller only where `wanted` would not fit, and the title bar then stays in sight.
 QSize fittingSize(QSize wanted, QSize room);
 
-/// A window with a title and a close button, of one size. Escape and Ctrl+W close it, which only
+/// A window with a title and a close button, of one size. Escape and Ctrl+W close it; closing only
 /// hides it.
 class FixedWindow : public QWidget {
  public:
   explicit FixedWindow(const WindowStyle& style);
 
-  /// Fills the window. Takes it over.
+  /// Fills the window with the widget, and takes the widget over.
   void setContent(QWidget* content);
 
-  /// Asked on Escape before the window closes; true when there was something smaller to undo.
+  /// Called on Escape before the window closes; returns true when there was something smaller to
+  /// undo.
   void setOnEscape(std::function<bool()> onEscape) { onEscape_ = std::move(onEscape); }
 
  protected:

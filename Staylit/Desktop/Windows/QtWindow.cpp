@@ -21,7 +21,7 @@ void QtWindow::center() {
 }
 
 void QtWindow::makeKeyAndOrderFront() {
-  // A window manager may minimize what does not offer it.
+  // A window manager may minimise a window that does not offer it.
   window_->setWindowState(window_->windowState() & ~Qt::WindowMinimized);
   window_->show();
   window_->raise();

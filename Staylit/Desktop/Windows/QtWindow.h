@@ -12,7 +12,7 @@ namespace staylit::windows {
 /// positions have no effect.
 class QtWindow : public Window {
  public:
-  /// `key` is told which window was brought to the front last, and must outlive this one.
+  /// `key` is the window that was brought to the front last. The pointer must outlive this window.
   QtWindow(std::unique_ptr<FixedWindow> window, QPointer<FixedWindow>& key);
 
   void setFrameOrigin(Point origin) override;

@@ -29,7 +29,7 @@ bool isFor(const QPluginLoader& plugin, const QString& platform) {
   return data.toObject().value(QLatin1String("Keys")).toArray().contains(platform);
 }
 
-/// Loads it too: a plugin of which a library is missing is of no use.
+/// The plugin is also loaded: a plugin of which a library is missing is of no use.
 bool hasPlugin(const QString& platform) {
   for (const QString& folder : pluginFolders()) {
     for (const QFileInfo& file : QDir(folder).entryInfoList({QStringLiteral("*.so")})) {
@@ -40,8 +40,8 @@ bool hasPlugin(const QString& platform) {
   return false;
 }
 
-// The libraries that speak with the displays come with Qt's plugins, so they are there when they
-// are needed, and only then.
+// The libraries that speak with displays come with Qt's plugins. So they are there exactly when
+// they are needed, and are looked up at run time.
 
 std::shared_ptr<void> connectToX() {
   QLibrary xcb(QStringLiteral("xcb"), 1);
@@ -52,7 +52,7 @@ std::shared_ptr<void> connectToX() {
   const auto hasError = reinterpret_cast<HasError>(xcb.resolve("xcb_connection_has_error"));
   const auto disconnect = reinterpret_cast<Disconnect>(xcb.resolve("xcb_disconnect"));
   if (!connect || !hasError || !disconnect) return nullptr;
-  // Never null, also when it failed.
+  // The pointer is never null, even when the connection failed.
   std::shared_ptr<void> connection(connect(nullptr, nullptr), disconnect);
   return hasError(connection.get()) == 0 ? connection : nullptr;
 }
@@ -76,13 +76,13 @@ bool isWayland(const QString& platform) {
   return platform.startsWith(QLatin1String("wayland"));
 }
 
-/// Nobody, for what draws without a display of someone else's.
+/// Empty for a platform that draws without a display of somebody else.
 DisplayListeners listenersOf(const QString& platform) {
   if (isWayland(platform)) return DisplayListeners::ofWayland();
   return DisplayListeners(isX(platform) ? qEnvironmentVariable("DISPLAY").toStdString() : "");
 }
 
-/// As `usablePlatform`, of one that is given with its options.
+/// Does the same as `usablePlatform` for one candidate, which is given with its options.
 std::optional<UsablePlatform> attempt(const QString& candidate) {
   const QString name = candidate.section(':', 0, 0);
   if (!hasPlugin(name)) {
@@ -98,20 +98,20 @@ std::optional<UsablePlatform> attempt(const QString& candidate) {
   UsablePlatform found{candidate.toStdString(), nullptr};
   if (isX(name)) found.connection = connectToX();
   if (isWayland(name)) found.connection = connectToWayland();
-  // The others draw without a display of someone else's, and are only used when asked for.
+  // Other platforms draw without a display of somebody else, and are only used when asked for.
   if (found.connection || !(isX(name) || isWayland(name))) return found;
   qWarning("Staylit: cannot connect to the display (%s)", qPrintable(name));
   return std::nullopt;
 }
 
-/// With options after a colon, as Qt takes them.
+/// The names are given as Qt takes them, with options after a colon.
 QStringList candidates() {
   const QString wanted = qEnvironmentVariable("QT_QPA_PLATFORM");
   if (!wanted.isEmpty()) return wanted.split(';', Qt::SkipEmptyParts);
   QStringList found;
   if (qEnvironmentVariableIsSet("WAYLAND_DISPLAY")) found << QStringLiteral("wayland");
   if (qEnvironmentVariableIsSet("DISPLAY")) found << QStringLiteral("xcb");
-  // GNOME draws no title bars for Wayland windows, and Qt's own look foreign there.
+  // GNOME draws no title bars for Wayland windows, and Qt's own title bars look foreign there.
   const bool isGnome = qEnvironmentVariable("XDG_CURRENT_DESKTOP")
                            .contains(QLatin1String("gnome"), Qt::CaseInsensitive);
   if (isGnome && found.size() == 2) found.swapItemsAt(0, 1);

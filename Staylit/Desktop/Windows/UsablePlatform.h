@@ -9,19 +9,20 @@ namespace staylit::windows {
 /// A Qt platform on which windows can be shown.
 struct UsablePlatform {
   std::string name;
-  /// How that was found out, to be kept until Qt is connected itself: a display server may end or
-  /// start afresh when its last client leaves. Null where there is no display behind it.
+  /// The connection by which this was found out. Keep it until Qt has connected itself, because a
+  /// display server may end or start afresh when its last client leaves. Null for a platform
+  /// without a display.
   std::shared_ptr<void> connection;
 };
 
-/// Absent when there is none: no display, one that refuses us, or no plugin for it; why, is said on
-/// standard error.
+/// Absent when no platform can be used: there is no display, the display refuses us, or Qt has no
+/// plugin for it. Standard error then says why.
 ///
-/// Qt takes the process down when it cannot start, which a program without windows must not suffer.
-/// So what Qt is about to do is tried first: loading its plugin, and connecting, which waits for as
-/// long as the display does not answer. A display that another user serves is not even greeted: the
-/// greeting holds the key to ours. Prefers what Qt would (QT_QPA_PLATFORM, then the session's own
-/// kind). To be asked before there is a QApplication.
+/// Qt ends the process when it cannot start, and a program must not end for want of windows. So
+/// this function first tries what Qt is about to do: it loads Qt's plugin, and connects, which
+/// takes as long as the display does not answer. It sends nothing to a display that another user
+/// serves, because the greeting would hold the key to our display. It prefers what Qt would prefer
+/// (QT_QPA_PLATFORM, then the session's own kind). Call it before there is a QApplication.
 std::optional<UsablePlatform> usablePlatform();
 
 }  // namespace staylit::windows

@@ -66,9 +66,9 @@ QWidget* AppsContent::makeFooter() {
   layout->addStretch();
   layout->addWidget(footerButton_);
   footerButton_->setText(qt(view_.footer().button));
-  // Some styles leave hardly any room beside the text.
+  // Some styles leave hardly any room beside the text of a button.
   footerButton_->setMinimumWidth(footerButton_->sizeHint().width() + 2 * kButtonPadding);
-  // Return presses it too, but only while it has the keyboard.
+  // Return presses the button too, but only while the button has the keyboard.
   footerButton_->setAutoDefault(true);
   return footer;
 }
@@ -109,7 +109,7 @@ void AppsContent::showEvent(QShowEvent* event) {
 }
 
 bool AppsContent::eventFilter(QObject* watched, QEvent* event) {
-  // Down from the search is the first application.
+  // The Down key leads from the search to the first application.
   if (watched == &search_->edit() && event->type() == QEvent::KeyPress &&
       static_cast<QKeyEvent*>(event)->key() == Qt::Key_Down) {
     list_->goToFirst();

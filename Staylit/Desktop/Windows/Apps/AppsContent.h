@@ -10,13 +10,13 @@
 
 namespace staylit::windows {
 
-/// What is in the Choose Apps window. Follows the view while it is on the screen; `view` must
-/// outlive it.
+/// The content of the Choose Apps window. It follows the view while it is on the screen; `view`
+/// must outlive it.
 class AppsContent : public QWidget {
  public:
   AppsContent(AppsView& view, QWidget* parent);
 
-  /// Whether there was something to clear.
+  /// Returns whether there was anything to clear.
   bool clearSearch();
 
  protected:

@@ -92,7 +92,7 @@ int lineHeight(const QStyleOptionViewItem& option, const AppsLine& line) {
 
 }  // namespace
 
-/// Where and how a line is drawn. Rectangles are given as in a script that runs to the right.
+/// Where and how a line is drawn. The rectangles are those of a script that runs to the right.
 struct AppsDelegate::Canvas {
   QPainter& painter;
   const QStyleOptionViewItem& option;
@@ -123,7 +123,7 @@ AppsDelegate::AppsDelegate(const AppsModel& model, QObject* parent)
     : QAbstractItemDelegate(parent), model_(model) {}
 
 QSize AppsDelegate::sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const {
-  // The list makes it as wide as there is room.
+  // The width does not matter: the list makes the line as wide as its own room.
   return {0, lineHeight(option, model_.line(index)) + marginBelow(index)};
 }
 
@@ -182,7 +182,7 @@ void AppsDelegate::paintBadge(const Canvas& canvas, std::size_t count, int left,
   const QFont font = fontOf(canvas.option, TextStyle::caption);
   const QString number = QString::number(count);
   const int high = height(font) + 2 * kBadgeMargin;
-  // A single digit in a capsule that is higher than wide would look like a mistake.
+  // A single digit in a capsule that is higher than it is wide would look like a mistake.
   const int wide = std::max(high, width(font, number) + 2 * kBadgePadding);
   QRect badge(left, 0, wide, high);
   badge.moveTop(line.top() + (line.height() - high) / 2);

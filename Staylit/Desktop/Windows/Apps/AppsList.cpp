@@ -32,7 +32,8 @@ AppsList::AppsList(QWidget* parent)
   setVerticalScrollMode(ScrollPerPixel);
   setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
   setMouseTracking(true);
-  // Rows come and go by themselves; only the user's keys scroll to where the keyboard is.
+  // Rows come and go by themselves. The list scrolls to the keyboard's row only when the user
+  // presses a key.
   setAutoScroll(false);
 }
 
@@ -47,7 +48,7 @@ void AppsList::showSections(const std::vector<AppsView::Section>& sections) {
 
 AppsAnchors AppsList::anchors() const {
   AppsAnchors found;
-  // At the top one wants to see what appears there.
+  // At the top the user wants to see what appears there.
   if (verticalScrollBar()->value() == 0) return found;
   for (int row = 0; row < model_->rowCount(); ++row) {
     const QModelIndex index = model_->index(row);
@@ -77,7 +78,7 @@ void AppsList::leaveHeading() {
 void AppsList::goTo(const QModelIndex& index) {
   if (!index.isValid()) return;
   setCurrentIndex(index);
-  // The heading goes with the first of a section.
+  // The heading of a section is scrolled into sight together with the section's first application.
   const QModelIndex above = model_->index(index.row() - 1);
   if (above.isValid() && !model_->isEntry(above)) scrollTo(above);
   scrollTo(index);
@@ -135,7 +136,7 @@ void AppsList::initViewItemOption(QStyleOptionViewItem* option) const {
 }
 
 void AppsList::keyPressEvent(QKeyEvent* event) {
-  // Otherwise it would be taken for a search by letters.
+  // Otherwise the list would take the key for a search by letters.
   if (event->matches(QKeySequence::Cancel)) return event->ignore();
   byKeyboard_ = true;
   if (isChoice(*event)) {
@@ -174,7 +175,8 @@ void AppsList::mouseReleaseEvent(QMouseEvent* event) {
 }
 
 void AppsList::mouseDoubleClickEvent(QMouseEvent* event) {
-  // The first click has brought another application under the mouse, which nobody meant.
+  // The first click has put another application under the mouse, and the user did not mean that
+  // one.
   event->accept();
 }
 
@@ -202,7 +204,7 @@ void AppsList::paintEvent(QPaintEvent* event) {
   const QModelIndex under = hovered();
   const bool isPressed = pressed_.isValid() && pressed_ == under;
   const bool showsPlace = byKeyboard_ && hasFocus();
-  // While a button is down nothing else reacts.
+  // While a mouse button is down, no other row responds.
   delegate_->setFeedback({pressed_.isValid() ? QModelIndex() : under,
                           isPressed ? under : QModelIndex(),
                           showsPlace ? currentIndex() : QModelIndex()});

@@ -12,26 +12,26 @@
 
 namespace staylit::windows {
 
-/// The list of the Choose Apps window. Every application is a button over the whole row; the
+/// The list of the Choose Apps window. Every application is a button over its whole row. The
 /// keyboard goes from application to application through both sections.
 class AppsList : public QListView {
  public:
   explicit AppsList(QWidget* parent = nullptr);
 
-  /// Told the id of the application that was chosen.
+  /// Called with the id of the application that the user chose.
   void setOnChoose(std::function<void(const std::string& id)> onChoose) {
     onChoose_ = std::move(onChoose);
   }
 
-  /// Keeps what is on the screen where it is, and the keyboard on its row.
+  /// Keeps the rows on the screen where they are, and the keyboard on its row.
   void showSections(const std::vector<AppsView::Section>& sections);
 
-  /// Puts the keyboard on an application and scrolls to it.
+  /// Puts the keyboard on an application and scrolls to the application.
   void goTo(const QModelIndex& index);
   void goToFirst() { goTo(model_->nextEntry(0, 1)); }
 
   [[nodiscard]] const AppsModel& apps() const { return *model_; }
-  /// The row under the mouse, if it can be chosen.
+  /// The row under the mouse, if that row can be chosen.
   [[nodiscard]] QModelIndex hovered() const;
 
  protected:
@@ -56,13 +56,14 @@ class AppsList : public QListView {
   [[nodiscard]] QModelIndex successor(const QModelIndex& index) const;
   void leaveHeading();
 
-  // Children, so that they outlive what the view does when it goes.
+  // Both are children of the list, so that they outlive the calls that the list makes while it is
+  // destroyed.
   AppsModel* model_;
   AppsDelegate* delegate_;
   std::function<void(const std::string& id)> onChoose_;
   std::optional<QPoint> mouse_;
   QPersistentModelIndex pressed_;
-  bool byKeyboard_ = false;  ///< Whether the keyboard was used last, so that its place is shown.
+  bool byKeyboard_ = false;  ///< Whether the user used the keyboard last, so that its row is shown.
 };
 
 }  // namespace staylit::windows

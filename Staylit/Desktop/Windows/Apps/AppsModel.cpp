@@ -89,7 +89,7 @@ QVariant AppsModel::data(const QModelIndex& index, int role) const {
   const AppsLine& line = this->line(index);
   const bool entry = line.kind == Kind::entry;
   switch (role) {
-    // Only applications: it is what typing letters in the list looks for.
+    // Only applications have this text, because typing letters in the list searches it.
     case Qt::DisplayRole:
       return entry ? QVariant(qt(line.text)) : QVariant();
     case Qt::ToolTipRole:

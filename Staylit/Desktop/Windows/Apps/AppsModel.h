@@ -9,20 +9,20 @@
 
 namespace staylit::windows {
 
-/// The lines of the Choose Apps window as Qt wants them.
+/// The lines of the Choose Apps window in the form that Qt wants.
 class AppsModel : public QAbstractListModel {
  public:
   using QAbstractListModel::QAbstractListModel;
 
-  /// Whether anything changed.
+  /// Returns whether anything changed.
   bool show(const std::vector<AppsView::Section>& sections);
 
   [[nodiscard]] const AppsLine& line(const QModelIndex& index) const {
     return lines_.lines().at(static_cast<std::size_t>(index.row()));
   }
-  /// Whether it is an application, which can be chosen.
+  /// Whether the line is an application, which can be chosen.
   [[nodiscard]] bool isEntry(const QModelIndex& index) const;
-  /// Invalid when there is none.
+  /// Invalid when there is no such application.
   [[nodiscard]] QModelIndex indexOf(const std::string& id) const;
   [[nodiscard]] const AppsLines& lines() const { return lines_; }
 

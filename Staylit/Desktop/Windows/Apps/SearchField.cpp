@@ -27,7 +27,7 @@ SearchField::SearchField(const AppsView::Header& texts, QWidget* parent)
   auto* layout = new QHBoxLayout(this);
   layout->setContentsMargins(kFieldPadding, kFieldPadding, kFieldPadding, kFieldPadding);
   layout->setSpacing(kSpacing);
-  // A layout puts no space of its own beside such a one.
+  // A layout adds no space of its own beside a fixed space.
   layout->addSpacing(kSymbol + kSpacing);
   layout->addWidget(edit_);
   layout->addWidget(clear_);
@@ -52,7 +52,7 @@ void SearchField::paintEvent(QPaintEvent*) {
   QPainter painter(this);
   painter.setRenderHint(QPainter::Antialiasing);
   const Surface surface = Surface::base(palette());
-  // Where base and window are the same colour, the line alone shows where the field is.
+  // Where the base and the window have the same colour, only the line shows where the field is.
   const QColor accent = palette().color(QPalette::Highlight);
   const QPen pen = edit_->hasFocus() ? QPen(legible(accent, surface.background, kSignContrast), 2)
                                      : QPen(lineColor(Surface::window(palette())), 1);

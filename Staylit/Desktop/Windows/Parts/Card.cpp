@@ -14,7 +14,7 @@ constexpr int kLineInset = 12;
 
 Card::Card(QWidget* parent) : QWidget(parent), column_(new QVBoxLayout(this)) {
   column_->setContentsMargins(0, 0, 0, 0);
-  // A hairline has its place between two rows.
+  // The hairline lies between two rows.
   column_->setSpacing(1);
 }
 

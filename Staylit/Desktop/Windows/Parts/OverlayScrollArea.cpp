@@ -10,7 +10,7 @@ OverlayScrollArea::OverlayScrollArea(QWidget* parent)
   setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
   setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
   setFocusPolicy(Qt::NoFocus);
-  // The area's own bar is never seen, but it is what scrolls.
+  // The area's own bar is hidden, but it does the scrolling.
   QScrollBar* hidden = verticalScrollBar();
   connect(hidden, &QScrollBar::rangeChanged, this, [this] { followRange(); });
   connect(hidden, &QScrollBar::valueChanged, bar_, &QScrollBar::setValue);

@@ -5,7 +5,7 @@
 
 namespace staylit::windows {
 
-/// Scrolls up and down, with a bar that lies on the content's margin instead of taking its width.
+/// Scrolls up and down. Its bar lies on the content's margin and takes none of the content's width.
 class OverlayScrollArea : public QScrollArea {
  public:
   explicit OverlayScrollArea(QWidget* parent = nullptr);

@@ -5,7 +5,7 @@
 
 namespace staylit::windows {
 
-/// What text and symbols lie on, in the colours of the desktop's own palette.
+/// The grounds for text and symbols, in the colours of the desktop's own palette.
 struct Surface {
   QColor background;
   QColor text;
@@ -22,7 +22,7 @@ struct Surface {
 
 enum class Tone { primary, secondary, tertiary, error };
 
-/// The least contrast (WCAG) at which text, and at which signs, can be made out.
+/// The least contrast (WCAG) that makes text, or a sign, legible.
 inline constexpr double kTextContrast = 4.5;
 inline constexpr double kSignContrast = 3.0;
 
@@ -32,13 +32,13 @@ double contrast(const QColor& one, const QColor& other);
 /// `share` of `top`, the rest of `bottom`.
 QColor mixed(const QColor& top, const QColor& bottom, double share);
 
-/// `wanted`, or the nearest to it, on the way to black or white, that has this contrast.
+/// `wanted`, or else the nearest colour on the way to black or white that has this contrast.
 QColor legible(const QColor& wanted, const QColor& background, double ratio);
 
 QColor textColor(Tone tone, const Surface& surface);
-/// A sign that says nothing that is not said in words as well.
+/// A sign whose meaning is also said in words.
 QColor faintSignColor(const Surface& surface);
-/// The dot that marks what is working.
+/// The dot that marks an application that works.
 QColor workingColor(const Surface& surface);
 /// A hairline between two parts.
 QColor lineColor(const Surface& surface);

@@ -16,7 +16,7 @@ QString cacheKey(const QString& name, int pixels, const QColor& color) {
   return QStringLiteral("staylit/%1/%2/%3").arg(name).arg(pixels).arg(color.rgba());
 }
 
-/// The drawing's own colours do not matter, only where it covers.
+/// Only the shape of the drawing matters; its own colours do not.
 QPixmap rendered(const QString& name, int pixels, const QColor& color) {
   QSvgRenderer drawing(path(name));
   if (!drawing.isValid()) return {};
@@ -42,7 +42,7 @@ void draw(QPainter& painter, const QString& name, const QRectF& frame, const QCo
   if (picture.isNull()) return;
   QRectF place(0, 0, side, side);
   place.moveCenter(frame.center());
-  // Off the grid it would be blurred.
+  // A picture off the pixel grid would be blurred.
   painter.drawPixmap(place.topLeft().toPoint(), picture);
 }
 

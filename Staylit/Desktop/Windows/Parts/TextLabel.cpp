@@ -7,14 +7,14 @@ namespace staylit::windows {
 
 TextLabel::TextLabel(TextStyle style, Tone tone, Ground ground, QWidget* parent)
     : QLabel(parent), style_(style), tone_(tone), ground_(ground) {
-  // What applications call themselves is no markup.
+  // An application's name may look like markup, but it is none.
   setTextFormat(Qt::PlainText);
   followFont();
   followPalette();
 }
 
 bool TextLabel::event(QEvent* event) {
-  // This one does not come as a change event.
+  // This event does not come as a change event.
   if (event->type() == QEvent::ApplicationFontChange) followFont();
   return QLabel::event(event);
 }
@@ -25,13 +25,13 @@ void TextLabel::changeEvent(QEvent* event) {
 }
 
 void TextLabel::followPalette() {
-  // Its own palette holds what was set here before.
+  // The label's own palette holds the colours that were set here before.
   const QPalette desktop = QApplication::palette();
   const Surface surface =
       ground_ == Ground::card ? Surface::card(desktop) : Surface::window(desktop);
   const QColor color = textColor(tone_, surface);
   QPalette own = palette();
-  // Setting it comes back here.
+  // Setting the palette calls this function again.
   if (own.color(foregroundRole()) == color) return;
   own.setColor(foregroundRole(), color);
   setPalette(own);

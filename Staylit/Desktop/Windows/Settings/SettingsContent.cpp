@@ -25,7 +25,7 @@ void SettingsContent::setValue(Control control, int value) {
 void SettingsContent::setOn(Control control, bool on) {
   view_.setOn(control, on);
   refresh();
-  // An error under it may have grown out of sight.
+  // An error under the control may have appeared out of sight.
   ensureWidgetVisible(form_->row(control), 0, 0);
 }
 

@@ -6,8 +6,8 @@
 
 namespace staylit::windows {
 
-/// What is in the Settings window. Follows the view while it is on the screen; `view` must outlive
-/// it.
+/// The content of the Settings window. It follows the view while it is on the screen; `view` must
+/// outlive it.
 class SettingsContent : public OverlayScrollArea {
  public:
   SettingsContent(SettingsView& view, QWidget* parent);

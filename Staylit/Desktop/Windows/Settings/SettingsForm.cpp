@@ -28,7 +28,7 @@ void SettingsForm::show(const std::vector<SettingsView::Section>& sections) {
   if (!fits(sections)) build(sections);
   std::size_t next = 0;
   for (const SettingsView::Section& section : sections) {
-    // All of them: a switch that the user flipped may have to go back to what it was.
+    // All rows are shown: a switch that the user flipped may have to go back.
     for (const SettingsView::Row& row : section.rows)
       rows_[next++]->show(row);
   }
@@ -84,7 +84,7 @@ SettingsRow* SettingsForm::row(SettingsView::Control control) const {
 
 void SettingsForm::fitHeight() {
   column_->activate();
-  // A large font, or an error, needs more than the form's own height.
+  // A large font, or an error, needs more room than the form's own height.
   const int needed = column_->hasHeightForWidth() ? column_->totalHeightForWidth(kWidth)
                                                   : column_->totalSizeHint().height();
   setFixedSize(kWidth, std::max(kHeight, needed));

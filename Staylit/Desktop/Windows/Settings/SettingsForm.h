@@ -9,12 +9,12 @@
 
 namespace staylit::windows {
 
-/// The form of the Settings window: sections, each a title and a card of rows.
+/// The form of the Settings window: sections, each with a title and a card of rows.
 class SettingsForm : public QWidget {
  public:
   SettingsForm(SettingsRow::Actions actions, QWidget* parent);
 
-  /// Changes only what is different; the keyboard stays where it is.
+  /// Changes only what differs. The keyboard stays where it is.
   void show(const std::vector<SettingsView::Section>& sections);
 
   /// The row of a control; null when the form has none.

@@ -71,7 +71,7 @@ void SettingsRow::showError(const QString& text) {
   const bool isNew = !text.isEmpty() && text != error_->text();
   showNote(*error_, text);
   if (!isNew) return;
-  // The keyboard is elsewhere, and someone who listens would not learn of it.
+  // The keyboard is elsewhere, so without this event a screen reader would not read the error.
   QAccessibleEvent alert(error_, QAccessible::Alert);
   QAccessible::updateAccessibility(&alert);
 }

@@ -12,7 +12,7 @@ namespace staylit::windows {
 /// One row of the Settings window: a labelled control, an error if there is one, and a caption.
 class SettingsRow : public QWidget {
  public:
-  /// What a row hands back.
+  /// The functions through which a row hands the user's actions back.
   struct Actions {
     std::function<void(SettingsView::Control control, int value)> setValue;
     std::function<void(SettingsView::Control control, bool on)> setOn;
@@ -21,7 +21,7 @@ class SettingsRow : public QWidget {
   /// The right kind of row for `row`; `parent` owns it.
   static SettingsRow* make(const SettingsView::Row& row, Actions actions, QWidget* parent);
 
-  /// `row` has the control and the kind of content that the row was made for.
+  /// `row` has the same control and the same kind of content as the row that this one was made for.
   void show(const SettingsView::Row& row);
 
   [[nodiscard]] SettingsView::Control control() const { return control_; }
@@ -30,11 +30,11 @@ class SettingsRow : public QWidget {
   SettingsRow(const SettingsView::Row& row, QWidget* parent);
 
   virtual void showContent(const SettingsView::Row& row) = 0;
-  /// The widget that stands for the row where it is read aloud.
+  /// The widget that a screen reader reads for the row.
   virtual QWidget* focus() = 0;
 
   QVBoxLayout& column() { return *column_; }
-  /// The last two lines of the column.
+  /// Adds the error and the caption, which are the last two lines of the column.
   void addNotes();
 
  private:

@@ -7,16 +7,16 @@
 
 namespace staylit::windows {
 
-/// A slider that stands on whole steps only. The wheel scrolls the form rather than change a value
+/// A slider that stops only at whole steps. The wheel scrolls the form and does not change a slider
 /// that happens to lie under the mouse.
 class StepSlider : public QSlider {
  public:
   explicit StepSlider(QWidget* parent = nullptr);
 
-  /// What the view says. Tells no one.
+  /// Shows what the view says, without calling anybody.
   void show(const SettingsView::Slider& slider);
 
-  /// Told every new value that the user chooses, also while the handle is still held.
+  /// Called with every new value that the user chooses, even while the user still holds the handle.
   void setOnChange(std::function<void(int value)> onChange) { onChange_ = std::move(onChange); }
 
  protected:

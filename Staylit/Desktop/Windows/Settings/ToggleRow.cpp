@@ -23,7 +23,7 @@ ToggleRow::ToggleRow(const SettingsView::Row& row, SetOn setOn, QWidget* parent)
 }
 
 void ToggleRow::reachIntoMargins(bool hasNotes) {
-  // The room for the switch's ring is not to be seen, so that rows of all kinds look alike.
+  // The room for the switch's ring is taken from the margins, so that rows of all kinds look alike.
   QMargins margins = column().contentsMargins() - QMargins(0, Switch::kRing, Switch::kRing, 0);
   if (!hasNotes) margins.setBottom(margins.bottom() - Switch::kRing);
   column().setContentsMargins(margins);
@@ -36,7 +36,7 @@ void ToggleRow::showContent(const SettingsView::Row& row) {
 }
 
 void ToggleRow::mousePressEvent(QMouseEvent* event) {
-  // Only who takes the press is told of the release.
+  // Only a widget that accepts the press is told of the release.
   event->setAccepted(event->button() == Qt::LeftButton);
 }
 

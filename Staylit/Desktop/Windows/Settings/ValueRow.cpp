@@ -22,7 +22,7 @@ void ValueRow::showContent(const SettingsView::Row& row) {
   label_->setText(qt(row.label));
   const QString value = qt(std::get<SettingsView::Value>(row.content).text);
   value_->setText(value);
-  // Each label is read by itself, and a value says nothing without its name.
+  // A screen reader reads each label alone, and a value means nothing without its name.
   value_->setAccessibleName(QStringLiteral("%1: %2").arg(qt(row.label), value));
 }
 
