@@ -6,8 +6,8 @@
 
 namespace platform {
 
-/// Makes every port of the system that the program was built for. Never fails: what the machine
-/// lacks is replaced by a substitute that answers as the port's header says.
+/// Makes every port for the system that the program was built for. Never fails: where the machine
+/// lacks something, a substitute answers as the port's header says.
 std::unique_ptr<tidewell::Ports> makePorts();
 
 }  // namespace platform

@@ -8,8 +8,9 @@
 
 namespace platform {
 
-/// As `makePorts`, on a loop that the caller runs and on buses that it shares. The buses are found
-/// by the environment, as by every D-Bus program, and connected when they are first needed.
+/// Does the same as `makePorts`, with a loop that the caller runs and with buses that the caller
+/// shares. The buses are found through the environment, as in every D-Bus program, and connected at
+/// their first use.
 std::unique_ptr<tidewell::Ports> makeLinuxPorts(std::shared_ptr<EventLoop> loop,
                                                 std::shared_ptr<Buses> buses);
 /// The same on buses of its own.

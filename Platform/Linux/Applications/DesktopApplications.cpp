@@ -23,15 +23,16 @@ std::shared_ptr<const ApplicationIdentity> DesktopApplications::applicationOf(
     const bool standsForItself = facts.hasTerminal && facts.session != unit.mainSession;
     if (!standsForItself) return unit.application;
   }
-  // A desktop without units, or a program that was started by hand.
+  // The desktop uses no units, or somebody started the program by hand.
   const auto application = files_.findByProgram(facts.program);
   return application ? identityOf(*application) : nullptr;
 }
 
 void DesktopApplications::refresh() {
   files_.refresh();
-  // Units without an application are many and cheap to meet again. The others are kept, for their
-  // main process may have ended; after months there may be too many, and then all are met afresh.
+  // Units without an application are many, and asking again costs little. The others are kept,
+  // because their main process may have ended. After months there may be too many of them, and then
+  // all are looked up anew.
   std::erase_if(units_, [](const auto& entry) { return !entry.second.application; });
   if (units_.size() > kMostUnits) units_.clear();
 }

@@ -11,11 +11,12 @@
 
 namespace platform {
 
-/// Finds the desktop application of a process: that of its unit, else the one that its program
-/// belongs to. Main thread only; `files` must outlive it.
+/// Finds the desktop application of a process: the application of the process's unit, or else the
+/// one that the process's program belongs to. Main thread only; `files` must outlive it.
 ///
-/// A process in an application's unit belongs to the application, unless it has a terminal and a
-/// session of its own: what is started in a terminal window is itself, not the terminal.
+/// A process in an application's unit belongs to the application, unless the process has a terminal
+/// and a session of its own: a program that was started in a terminal window counts as itself, not
+/// as the terminal.
 class DesktopApplications : public ApplicationResolver {
  public:
   explicit DesktopApplications(DesktopFiles& files);
@@ -26,10 +27,10 @@ class DesktopApplications : public ApplicationResolver {
  private:
   using Identity = std::shared_ptr<const ApplicationIdentity>;
 
-  /// A unit that was met.
+  /// What is remembered of a unit.
   struct Unit {
     Identity application;  ///< Null for a unit that names no installed application.
-    /// The unit's oldest process, as far as it was seen, is its main one.
+    /// The unit's main process is the oldest one that was seen in it.
     std::uint64_t mainStart = UINT64_MAX;
     std::int32_t mainSession = 0;
   };
@@ -39,8 +40,9 @@ class DesktopApplications : public ApplicationResolver {
   Identity identityOf(const DesktopApplication& application);
 
   DesktopFiles& files_;
-  std::map<std::string, Unit, std::less<>> units_;             ///< By control group.
-  std::map<std::string, Identity, std::less<>> byIdentifier_;  ///< One for all its processes.
+  std::map<std::string, Unit, std::less<>> units_;  ///< By control group.
+  /// One identity for all processes of an application.
+  std::map<std::string, Identity, std::less<>> byIdentifier_;
 };
 
 }  // namespace platform

@@ -30,7 +30,7 @@ char escapedCharacter(char letter) {
   }
 }
 
-/// What is no escape of the format stands as it is: the backslash may be one of another layer.
+/// A backslash that begins no escape of the format stays, because it may belong to another layer.
 std::string unescaped(std::string_view value) {
   std::string plain;
   for (std::size_t at = 0; at < value.size(); ++at) {
@@ -43,10 +43,10 @@ std::string unescaped(std::string_view value) {
 }
 
 bool isTrue(std::string_view value) {
-  return value == "true" || value == "1";  // The latter from times before the standard.
+  return value == "true" || value == "1";  // "1" is from times before the standard.
 }
 
-/// Reads the lines of the one group that matters.
+/// Reads the lines of the one group that the program uses.
 class Reader {
  public:
   explicit Reader(const std::vector<std::string>& localeVariants)

@@ -20,7 +20,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// Names in a hundred languages take a tenth of it.
+/// A file with names in a hundred languages has a tenth of this size.
 constexpr std::size_t kCapacity = std::size_t{1} << 20;
 
 std::optional<DesktopApplication> applicationOf(std::string_view id,
@@ -112,7 +112,7 @@ void DesktopFiles::buildProgramIndex() {
     const std::vector<std::string> words = execWords(entry->exec);
     const Rank rank(entry->noDisplay, countOptions(words), id);
     if (!words.empty()) claim(words.front(), rank, *application);
-    // A starter is told to start something else: what it tries for may well be that.
+    // A starter starts other programs, and `TryExec` may name the program that it starts.
     claim(entry->tryExec, rank, *application);
   }
 }

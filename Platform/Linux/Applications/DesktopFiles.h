@@ -15,19 +15,19 @@ namespace platform {
 
 /// An application that is installed.
 struct DesktopApplication {
-  std::string id;             ///< Of its desktop file, as in "org.gnome.Nautilus".
+  std::string id;             ///< The id of its desktop file, such as "org.gnome.Nautilus".
   std::string localizedName;  ///< In the user's language; not empty.
 
   bool operator==(const DesktopApplication&) const = default;
 };
 
-/// The installed applications, from their desktop files. Main thread only; nothing here fails,
-/// what cannot be read does not exist.
+/// The installed applications, read from their desktop files. Main thread only. Nothing here fails:
+/// a file that cannot be read does not exist.
 ///
-/// Everything is read when it is first asked for and then kept until `refresh` finds a change.
+/// The first question reads all files. The result is kept until `refresh` finds a change.
 class DesktopFiles {
  public:
-  /// Where to look, the most important first, and for whom.
+  /// The folders to look in, the most important first, and the user's language.
   struct Places {
     std::vector<std::filesystem::path> applicationFolders;
     std::vector<std::filesystem::path>
@@ -35,27 +35,28 @@ class DesktopFiles {
     std::string locale;  ///< As the environment names it.
   };
 
-  /// Those of the user's environment. Flatpak's and snap's folders are there even when the
-  /// environment of a service lacks them.
+  /// The places of the user's environment. They include the folders of Flatpak and snap, even when
+  /// the environment of a service lacks them.
   static Places environmentPlaces();
 
   explicit DesktopFiles(Places places = environmentPlaces());
 
-  /// The application whose desktop file has `id`. None for an entry that is hidden, has no name,
+  /// The application whose desktop file has `id`. Absent for an entry that is hidden, has no name,
   /// or is no application.
   std::optional<DesktopApplication> find(std::string_view id);
 
   /// The application that the program at `path`, as the kernel gives it, belongs to: the one that
-  /// names it in `Exec` or `TryExec`. Of several, one that is shown in menus goes before one that
-  /// is not, and a plain start before one with options. None for what runs in a terminal, and for
-  /// interpreters and starters, which may run anything.
+  /// names the program in `Exec` or `TryExec`. Among several, an application that menus show goes
+  /// before one that they do not, and a plain command before one with options. Absent for
+  /// applications that run in a terminal, and for interpreters and starters, which may run
+  /// anything.
   std::optional<DesktopApplication> findByProgram(std::string_view path);
 
-  /// Forgets what was read if an application has come or gone since.
+  /// Forgets everything that was read if an application has come or gone since.
   void refresh();
 
  private:
-  /// How well an entry stands for its program: the smallest is the best.
+  /// How well an entry stands for its program; the smallest rank is the best.
   using Rank = std::tuple<bool, std::size_t, std::string>;
   struct Claim {
     Rank rank;
@@ -73,7 +74,7 @@ class DesktopFiles {
   DesktopFolders folders_;
   bool isScanned_ = false;
   tidewell::TextMap<std::optional<DesktopApplication>> found_;  ///< Answers of `find`.
-  std::optional<tidewell::TextMap<Claim>> programs_;            ///< By path, once asked for.
+  std::optional<tidewell::TextMap<Claim>> programs_;  ///< By path; absent until somebody asks.
 };
 
 }  // namespace platform

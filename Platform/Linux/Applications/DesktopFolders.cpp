@@ -64,10 +64,10 @@ void DesktopFolders::noteRealFolders(const fs::path& folder, int depth) {
 }
 
 void DesktopFolders::scan(const fs::path& folder, const std::string& prefix, int depth) {
-  // Before the names are read, so that a change meanwhile is seen next time.
+  // The stamp is taken before the names are read, so that a change meanwhile shows next time.
   const FileStamp stamp = stampOf(folder);
   const Identity identity = identityOf(folder);
-  // One that is missing is kept in view as well.
+  // A missing folder is watched as well.
   if (identity != Identity() && !walked_.insert(identity).second) return;
   seen_.push_back({folder, stamp, stamp.isSettled()});
   std::error_code error;

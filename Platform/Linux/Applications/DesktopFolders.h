@@ -17,18 +17,18 @@ namespace platform {
 /// The desktop files below a list of folders, by their ids. One thread at a time.
 class DesktopFolders {
  public:
-  /// `folders` hold the files, or sub-folders of them; the most important comes first. Those that
-  /// do not exist may come to be later.
+  /// `folders` hold the files, or sub-folders with files; the most important folder comes first.
+  /// Folders that do not exist yet may appear later.
   explicit DesktopFolders(std::vector<std::filesystem::path> folders);
 
-  /// Looks through the folders. The id of "kde/okular.desktop" is "kde-okular"; of several files
-  /// with one id the first counts. What cannot be read is left out, and so is what lies deeper or
-  /// beyond more folders and files than any system has. A folder is walked once, by its own name
-  /// rather than by a link's, however many links lead to it.
+  /// Looks through the folders. The id of "kde/okular.desktop" is "kde-okular". Of several files
+  /// with one id, the first counts. What cannot be read is left out. So is what lies deeper than on
+  /// any real system, or beyond more folders and files than any has. A folder is walked once,
+  /// however many links lead to it, and by its own name rather than by a link's.
   void scan();
 
-  /// Whether a folder has changed since the last scan, or has come or gone. Costs one look at each
-  /// folder, not at the files.
+  /// Whether a folder has changed, come or gone since the last scan. Looks at each folder once, and
+  /// at no file.
   [[nodiscard]] bool hasChanged() const;
 
   [[nodiscard]] const tidewell::TextMap<std::filesystem::path>& fileById() const {
@@ -41,10 +41,11 @@ class DesktopFolders {
   struct Seen {
     std::filesystem::path folder;
     FileStamp stamp;
-    bool isSettled;  ///< Whether `stamp` was old enough then to tell a later change by.
+    /// Whether `stamp` was old enough then that a later change gives another stamp.
+    bool isSettled;
   };
 
-  /// Device and number, by which the system knows a folder.
+  /// Device and number, by which the system identifies a folder.
   using Identity = std::pair<dev_t, ino_t>;
 
   [[nodiscard]] static Identity identityOf(const std::filesystem::path& folder);
@@ -55,9 +56,9 @@ class DesktopFolders {
 
   std::vector<std::filesystem::path> folders_;
   std::vector<Seen> seen_;
-  std::set<Identity> roots_;   ///< The listed ones.
-  std::set<Identity> real_;    ///< Those below them that no link leads through.
-  std::set<Identity> walked_;  ///< Those that are walked already.
+  std::set<Identity> roots_;   ///< The folders of the list.
+  std::set<Identity> real_;    ///< The folders below them to which no link leads.
+  std::set<Identity> walked_;  ///< The folders that are walked already.
   std::size_t entries_ = 0;    ///< How many names were looked at.
   tidewell::TextMap<std::filesystem::path> fileById_;
 };

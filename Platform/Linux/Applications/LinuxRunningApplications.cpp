@@ -20,7 +20,7 @@ std::shared_ptr<const tidewell::RunningApplication> named(std::int32_t pid,
 std::shared_ptr<const tidewell::RunningApplication> nameOf(const TrackedProcess& process) {
   if (process.application) return process.application;
   std::string name(tidewell::ProcessSampler::nameFromPath(process.path));
-  // Of another user's process, everybody may read this much.
+  // The kernel's short name is readable for everybody, even for another user's process.
   if (name.empty()) name = tidewell::cleaned(process.commText());
   return name.empty() ? nullptr : named(process.pid, {std::nullopt, std::move(name)});
 }

@@ -13,8 +13,9 @@ class LinuxRunningApplications : public tidewell::RunningApplications {
  public:
   LinuxRunningApplications(ProcessTracker& tracker, std::shared_ptr<NamedHolders> namedHolders);
 
-  /// Names also what is no application: a process by its executable name, so that ignoring it
-  /// works, and the holder of an assertion that a session service lists by name alone.
+  /// Also names processes that are no application, by their executable's name, so that the user can
+  /// ignore them. It also names the holder of an assertion that a session service lists only by
+  /// name.
   std::shared_ptr<const tidewell::RunningApplication> withProcessIdentifier(
       std::int32_t pid) override;
 

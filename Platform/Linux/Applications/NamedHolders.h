@@ -8,20 +8,20 @@
 
 namespace platform {
 
-/// Gives numbers to applications that a session service lists by name alone, so that they can stand
-/// among process identifiers. The numbers are negative, which no process's is.
+/// Gives numbers to applications that a session service lists only by name, so that they can stand
+/// among process identifiers. The numbers are negative, and so differ from those of all processes.
 ///
-/// Shared by the list of assertions, which hands the numbers out, and whoever names their holders.
-/// Main thread only.
+/// The list of assertions hands the numbers out, and whoever names the holders looks them up. Main
+/// thread only.
 class NamedHolders {
  public:
-  /// The application's number; the same one for as long as it is kept.
+  /// The application's number. It stays the same as long as it is kept.
   std::int32_t identifierFor(const std::string& applicationId);
 
-  /// Absent for a number that was not given, or no longer is.
+  /// Absent for a number that was never given, or is no longer kept.
   [[nodiscard]] std::optional<std::string> applicationId(std::int32_t identifier) const;
 
-  /// Forgets all others.
+  /// Forgets all other numbers.
   void keepOnly(const std::set<std::int32_t>& identifiers);
 
  private:

@@ -11,8 +11,8 @@ struct ProductName {
   std::string_view bundleIdentifier;
 };
 
-/// Ids that are the catalogue's own, such as "org.mozilla.firefox", need no line. Test versions
-/// and works of others (a free client for a paid service) are products of their own.
+/// An id that is the same in the catalogue, such as "org.mozilla.firefox", needs no line. Test
+/// versions, and works of others (a free client for a paid service), are products of their own.
 constexpr std::array kProducts = std::to_array<ProductName>({
     {"com.blackmagicdesign.resolve", "com.blackmagic-design.DaVinciResolve"},
     {"DaVinciResolve", "com.blackmagic-design.DaVinciResolve"},

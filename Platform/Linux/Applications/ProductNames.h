@@ -7,9 +7,9 @@ namespace platform {
 
 /// The bundle identifier of a desktop application.
 ///
-/// A product of the catalogue has there, under one identifier for all systems, what every kind of
-/// package here calls differently: those ids give the catalogue's. Every other id stands for
-/// itself. Ids are compared exactly, as file names are.
+/// The catalogue has one identifier for a product on all systems, while every kind of package here
+/// calls the product differently. The ids of these packages give the catalogue's identifier. Every
+/// other id stands for itself. Ids are compared exactly, as file names are.
 [[nodiscard]] std::string bundleIdentifierOf(std::string_view desktopId);
 
 }  // namespace platform

@@ -25,7 +25,8 @@ std::string_view beforeLast(std::string_view text, char separator) {
   return last == std::string_view::npos ? std::string_view() : text.substr(0, last);
 }
 
-/// The path of the line "0::<path>"; the kernel marks a group that was removed under a process.
+/// The path of the line "0::<path>", without the mark that the kernel adds when the group of a
+/// living process was removed.
 std::string_view unifiedPath(std::string_view file) {
   while (!file.empty()) {
     std::string_view line = file.substr(0, file.find('\n'));
@@ -65,7 +66,8 @@ void add(Ids& ids, std::string_view escaped) {
   ids.push_back(id);
 }
 
-/// `body` as it stands, then without what may be the launcher, one dash after the other.
+/// Adds `body` as it stands, and then without what may be the launcher: from behind each dash, one
+/// after the other.
 void addReadings(Ids& ids, std::string_view body) {
   if (const auto flatpak = after(body, "flatpak-")) body = *flatpak;
   add(ids, body);
@@ -75,7 +77,7 @@ void addReadings(Ids& ids, std::string_view body) {
   }
 }
 
-/// `<snap>.<app>`, whose desktop file the system calls `<snap>_<app>`.
+/// Adds `<snap>.<app>`, whose desktop file the system calls `<snap>_<app>`.
 void addSnap(Ids& ids, std::string_view name) {
   constexpr std::size_t uuidLength = 36;
   if (name.size() <= uuidLength + 1) return;

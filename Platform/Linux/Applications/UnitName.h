@@ -6,8 +6,8 @@
 
 namespace platform {
 
-/// The unit of the service manager that a process belongs to, and what its name says of the
-/// application. A value; from text alone.
+/// The unit of the service manager that a process belongs to, and what the unit's name says of the
+/// application. A value, made from text alone.
 ///
 /// Desktops start every application in a unit of its own and name the unit after it:
 /// `app-[launcher-]<id>-<random>.scope`, `app-[launcher-]<id>[@instance].service`,
@@ -15,22 +15,22 @@ namespace platform {
 /// `dbus-:<n>-<id>@<n>.service`.
 class UnitName {
  public:
-  /// Empty: a process in no unit.
+  /// For a process in no unit.
   UnitName() = default;
 
-  /// The innermost unit of the unified hierarchy's line in `/proc/<pid>/cgroup`. A group below a
-  /// unit belongs to it; a slice is no unit.
+  /// The innermost unit in the unified hierarchy's line of `/proc/<pid>/cgroup`. A group below a
+  /// unit belongs to the unit; a slice is no unit.
   static UnitName fromControlGroup(std::string_view file);
 
-  /// As in "app-gnome-firefox-4711.scope". Empty for no unit.
+  /// Such as "app-gnome-firefox-4711.scope". Empty for no unit.
   [[nodiscard]] std::string_view name() const;
 
-  /// The control group of the unit: what tells two units of the same name apart.
+  /// The control group of the unit. It tells apart two units of the same name.
   [[nodiscard]] const std::string& path() const { return path_; }
 
-  /// The desktop ids that the name may mean, the likeliest first; none for a unit that is no
-  /// application's. The launcher is optional and both it and the id may hold dashes, so the
-  /// first of them for which there is a desktop file is meant. Every one is safe as a file name.
+  /// The desktop ids that the name may mean, the likeliest first; none for a unit of no
+  /// application. The launcher is optional, and both it and the id may hold dashes, so the name
+  /// means the first id for which there is a desktop file. Every id is safe as a file name.
   [[nodiscard]] std::vector<std::string> applicationIds() const;
 
   bool operator==(const UnitName&) const = default;

@@ -4,18 +4,19 @@
 
 namespace platform {
 
-/// Keeps one from trying again too soon what just failed: pauses that double up to a limit.
-/// A value; one thread.
+/// Prevents a retry too soon after a failure, by pauses that double up to a limit. A value; one
+/// thread.
 class Backoff {
  public:
   Backoff(BusTiming::Span firstPause, BusTiming::Span longestPause);
 
-  /// The error to answer with instead of trying, or 0 when it may be tried at `now`.
+  /// The error to return instead of a new attempt, or 0 when an attempt is allowed at `now`.
   [[nodiscard]] int remembered(BusTiming::Point now) const;
-  /// How long until it may be tried; 0 when it may be at `now`.
+  /// The time until an attempt is allowed; 0 when it is allowed at `now`.
   [[nodiscard]] BusTiming::Span remaining(BusTiming::Point now) const;
 
-  /// Begins a pause, twice as long as the last one unless `succeeded` came in between.
+  /// A failure begins a pause, which is twice as long as the last one unless a success came in
+  /// between.
   void failed(int error, BusTiming::Point now);
   void succeeded();
 

@@ -19,10 +19,10 @@ namespace {
 constexpr BusMethod kNameHasOwner{"org.freedesktop.DBus", "/org/freedesktop/DBus",
                                   "org.freedesktop.DBus", "NameHasOwner"};
 constexpr std::chrono::seconds kAsyncLimit{25};
-/// The oldest is forgotten then.
+/// When there are more, the oldest is forgotten.
 constexpr std::size_t kMostUnanswered = 256;
 
-/// At least 1: sd-bus reads 0 as its own default, which is far longer.
+/// At least 1, because sd-bus takes 0 for its own default, which is far longer.
 std::uint64_t microsecondsUntil(BusTiming::Deadline deadline) {
   const auto left = std::chrono::duration_cast<std::chrono::microseconds>(
       deadline - std::chrono::steady_clock::now());
@@ -35,16 +35,16 @@ std::uint64_t asyncLimit(const BusMethod& method) {
   return static_cast<std::uint64_t>(std::chrono::microseconds(kAsyncLimit).count());
 }
 
-/// As many messages as take a few hundred kilobytes while they wait.
+/// So many messages take a few hundred kilobytes while they wait.
 constexpr unsigned kMessagesOfAFlood = 256;
-/// From here on a block of memory is the system's again as soon as it is freed.
+/// A block of memory of this size or more goes back to the system as soon as it is freed.
 constexpr int kLargeBlockBytes = 256 * 1024;
 
 bool isOver(BusTiming::Deadline deadline) {
   return std::chrono::steady_clock::now() >= deadline;
 }
 
-/// What waits for a reply.
+/// A call that waits for its reply.
 struct Question {
   std::string destination;
   Bus::ReplyHandler handler;
@@ -77,8 +77,8 @@ Bus::Bus(EventLoop& loop, Kind kind, BusTiming timing)
       backoff_(timing_.firstPause, timing_.longestPause),
       trust_(kind == Kind::session ? BusTrust::Calls::ofOwnUser : BusTrust::Calls::ofNobody,
              timing_) {
-  // The C library raises this limit by itself as large blocks are freed, and then keeps tens of
-  // megabytes for as large a message as anybody may send.
+  // Without this call the C library raises the limit by itself whenever it frees large blocks. It
+  // then keeps tens of megabytes if somebody sends messages of that size.
   ::mallopt(M_MMAP_THRESHOLD, kLargeBlockBytes);
 }
 
@@ -94,7 +94,7 @@ int Bus::connect() {
 
 int Bus::connectBefore(BusTiming::Deadline deadline) {
   if (isReady_ && sd_bus_is_open(connection_.get()) > 0) return 0;
-  // It died, and the loop has not come round to noticing.
+  // The connection has died, and the loop has not noticed it yet.
   if (isReady_) lost(-ECONNRESET);
   if (const int error = backoff_.remembered(timing_.now()); error < 0) return error;
   if (!connection_) {
@@ -127,7 +127,8 @@ int Bus::open() {
   closed_ = BusSlot(slot);
   if ((result = sd_bus_add_filter(bus, &slot, filter, this)) < 0) return result;
   filter_ = BusSlot(slot);
-  // Nothing tells the loop when a connection is ready, so that the answer to a question must.
+  // The loop is not told when a connection becomes ready, so the answer to a question has to tell
+  // it.
   result = sd_bus_call_method_async(bus, &slot, "org.freedesktop.DBus", "/org/freedesktop/DBus",
                                     "org.freedesktop.DBus", "GetId", probed, this, nullptr);
   if (result < 0) return result;
@@ -192,7 +193,7 @@ void Bus::scheduleRetry() {
 
 void Bus::retry() {
   if (isReady_) return timer_.reset();
-  // Still at the attempt that was begun when this timer was set.
+  // The attempt at a connection that began when this timer was set is still going on.
   if (connection_) return lost(-ETIMEDOUT);
   if (backoff_.remembered(timing_.now()) < 0) return scheduleRetry();
   if (const int error = open(); error < 0) return lost(error);
@@ -221,7 +222,7 @@ int Bus::filter(sd_bus_message* message, void* data, sd_bus_error* /*error*/) {
   if (found == self.late_.end()) return 0;
   const Unanswered call = std::move(found->second);
   self.late_.erase(found);
-  // Whoever answers after all may be asked again at once.
+  // A service that answers after all may be called again at once.
   self.answered(call.destination);
   if (!call.late || sd_bus_message_is_method_error(message, nullptr) > 0) return 1;
   call.late(BusMessage(sd_bus_message_ref(message)));
@@ -229,8 +230,8 @@ int Bus::filter(sd_bus_message* message, void* data, sd_bus_error* /*error*/) {
 }
 
 void Bus::arrived() {
-  // What came while a call waited was kept until now. Somebody who sends without pause would
-  // otherwise leave the program with memory that it needs no more.
+  // Messages that came while a call waited were kept until now. If somebody sends without a pause,
+  // they would leave the program with memory that it no longer needs.
   if (++arrivals_ % kMessagesOfAFlood == 0) ::malloc_trim(0);
 }
 
@@ -242,10 +243,10 @@ int Bus::remembered(const BusMethod& method) const {
 }
 
 void Bus::failedToAnswer(const BusMethod& method) {
-  // Whether the bus hangs or only one service cannot be told apart yet: both are spared. What the
-  // service did is remembered even when the rest of the bus answers in between.
+  // It cannot be told yet whether the bus hangs or only one service does, so neither is called for
+  // a while. The service's failure is remembered even when the rest of the bus answers in between.
   const auto now = timing_.now();
-  // A service that is started first takes its time, and the bus is well.
+  // A service that has to be started first takes its time, while the bus is in order.
   const bool mayBeStarting = method.activation == BusActivation::ifNeeded;
   if (!mayBeStarting) backoff_.failed(-ETIMEDOUT, now);
   peers_.try_emplace(method.destination, timing_.firstPause, timing_.longestPause)
@@ -333,7 +334,7 @@ int Bus::send(const BusMethod& method, const Arguments& arguments) {
   if (!isReady_) return -ENOTCONN;
   const BusReply request = prepare(method, arguments);
   if (!request) return request.error;
-  // Without a place for the cookie the message says that no reply is wanted.
+  // A message that is sent without a place for its cookie says that it wants no reply.
   return std::min(0, sd_bus_send(connection_.get(), request.message.get(), nullptr));
 }
 

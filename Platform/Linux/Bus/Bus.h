@@ -27,23 +27,24 @@ class NameWatch;
 
 /// The program's one connection to the system bus or to the session bus.
 ///
-/// Opened at the first use, at the address that libsystemd finds in the environment. No call blocks
+/// The first use opens it, at the address that libsystemd finds in the environment. No call blocks
 /// its caller for longer than the timing's limits, whatever state the bus and the other side are
-/// in, and after a call or a connection failed for want of an answer the next ones fail at once,
-/// with the same error, until the answer comes after all or a growing pause is over; where the call
-/// may have started its service, only the next ones to that service do. A lost connection is made
-/// again at the next use after the pause, and without any use while somebody listens.
+/// in. After a call or a connection failed for want of an answer, the next calls fail at once, with
+/// the same error, until the answer comes after all or a growing pause is over. If the failed call
+/// may have started its service, this holds only for calls to that service. A lost connection is
+/// made again at the next use after the pause; while somebody listens, it is made again without any
+/// use.
 ///
-/// Whom it believes, and who may call what the program offers on it, is said by `BusTrust`.
+/// `BusTrust` says whom the program believes, and who may call the objects that the program offers.
 ///
-/// Callbacks come from the loop only, never from inside a call. Main thread only. Must outlive its
-/// listeners' use and must not be destroyed by one of its callbacks.
+/// Callbacks come only from the loop, never from inside a call. Main thread only. The bus must
+/// outlive its listeners' use, and none of its callbacks may destroy it.
 class Bus {
  public:
   enum class Kind { system, session };
-  /// Appends the arguments to a call; a negative errno gives the call up.
+  /// Appends the arguments to a call. A negative errno gives the call up.
   using Arguments = std::function<int(sd_bus_message*)>;
-  /// Gets the reply of a call that its caller no longer waits for.
+  /// Gets the reply of a call for which its caller no longer waits.
   using LateReply = std::function<void(BusMessage)>;
   using ReplyHandler = std::function<void(BusReply)>;
 
@@ -53,41 +54,42 @@ class Bus {
   Bus(const Bus&) = delete;
   Bus& operator=(const Bus&) = delete;
 
-  /// Makes sure of a connection: 0, or a negative errno.
+  /// Connects unless there is a connection already: 0, or a negative errno.
   int connect();
-  /// The connection, for serving objects on it; null while there is none. Not to be kept.
+  /// The connection, on which objects can be served; null while there is none. Do not keep it.
   [[nodiscard]] sd_bus* handle() const { return isReady_ ? connection_.get() : nullptr; }
-  /// Tells connections apart: a unique name means nobody on another one. Never 0 while connected.
+  /// The number of the connection. A unique name of one connection means nobody on another. Never 0
+  /// while connected.
   [[nodiscard]] std::uint64_t connectionNumber() const { return isReady_ ? number_ : 0; }
 
-  /// Calls a method and waits for the reply. Should the reply come after this has failed with
-  /// -ETIMEDOUT, `late` gets it, so that what it grants is not lost.
+  /// Calls a method and waits for the reply. If this fails with -ETIMEDOUT and the reply comes
+  /// later, `late` gets the reply, so that what it grants is not lost.
   BusReply call(const BusMethod& method, const Arguments& arguments = {}, LateReply late = {});
 
-  /// Calls a method and does not wait; `handler` hears what became of it, after 25 s at the latest
-  /// unless the user may be asked, and not when the connection is lost before. Dropping the result
-  /// gives the call up. Empty while there is no connection.
+  /// Calls a method and does not wait. `handler` gets the outcome after 25 s at the latest, or
+  /// later where the user may be asked. It is not called when the connection is lost before.
+  /// Dropping the result gives the call up. The result is empty while there is no connection.
   [[nodiscard]] BusSlot callAsync(const BusMethod& method, const Arguments& arguments,
                                   ReplyHandler handler);
 
-  /// Calls a method and wants no reply. Costs no wait even of a bus that hangs; 0, or a negative
-  /// errno when there is no connection.
+  /// Calls a method and wants no reply. It does not wait even for a bus that hangs. Returns 0, or a
+  /// negative errno when there is no connection.
   int send(const BusMethod& method, const Arguments& arguments = {});
 
-  /// 1 when `name` has an owner, 0 when it has none, else a negative errno. Costs no call for a
+  /// 1 when `name` has an owner, 0 when it has none, else a negative errno. Makes no call for a
   /// name that is watched.
   int nameHasOwner(const std::string& name);
 
-  /// Tells who owns `name`: once when it is first known, then at every change. An owner that is
-  /// replaced by another, and a connection that is lost, count as a loss.
+  /// Tells whether `name` has an owner: once when this is first known, then at every change. An
+  /// owner that another one replaces, and a connection that is lost, count as a loss.
   [[nodiscard]] BusListening watchName(std::string name, std::function<void(bool owned)> callback);
-  /// Calls back for each such signal of whoever owns the sender's name when the signal is sent.
+  /// Calls back for each such signal that comes from the owner of the sender's name.
   [[nodiscard]] BusListening subscribe(BusSignal signal,
                                        std::function<void(sd_bus_message*)> callback);
   [[nodiscard]] BusListening watchConnection(std::function<void(bool connected)> callback);
 
  private:
-  /// A call that nobody waits for any more, whose reply may yet come.
+  /// A call for which nobody waits any more, but whose reply may still come.
   struct Unanswered {
     std::string destination;
     LateReply late;
@@ -123,13 +125,13 @@ class Bus {
   std::map<std::string, Backoff, std::less<>> peers_;
   std::vector<std::weak_ptr<BusListener>> listeners_;
   std::map<std::uint64_t, Unanswered> late_;
-  /// Who may send the signals that are subscribed to, by the names that these are to come from.
+  /// The owners of the names from which the subscribed signals are to come.
   std::map<std::string, std::weak_ptr<NameWatch>> ownerWatches_;
   BusTrust trust_;
   unsigned arrivals_ = 0;
 
   BusConnection connection_;
-  /// Given up, but perhaps still on the call stack; swept from the loop.
+  /// Connections that are given up, but may still be on the call stack. The loop destroys them.
   std::vector<BusConnection> retired_;
   BusSlot probe_;
   BusSlot closed_;

@@ -6,8 +6,8 @@
 
 namespace platform {
 
-/// The one owner of a connection, which it closes without waiting. Move-only; the thread of its
-/// loop. Must not be destroyed from within one of the connection's own handlers.
+/// The one owner of a connection, which it closes without waiting. Move-only; the thread of the
+/// connection's loop only. None of the connection's own handlers may destroy it.
 class BusConnection {
  public:
   BusConnection() = default;

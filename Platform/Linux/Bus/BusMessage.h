@@ -6,8 +6,8 @@
 
 namespace platform {
 
-/// The one owner of a reference to a bus message. Move-only; the bus's thread. What is read out of
-/// the message (texts, descriptors) lives as long as the message.
+/// The one owner of a reference to a bus message. Move-only; the bus's thread only. Texts and
+/// descriptors that are read from the message live as long as the message.
 class BusMessage {
  public:
   BusMessage() = default;

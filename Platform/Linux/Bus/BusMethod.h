@@ -2,14 +2,14 @@
 
 namespace platform {
 
-/// Whether a call may make the bus start the service that it is for.
+/// Whether a call may make the bus start the called service.
 enum class BusActivation { never, ifNeeded };
-/// Whether the other side may ask the user before it grants a call, whose answer then takes any
-/// time. Only for calls that nobody waits for.
+/// Whether the other side may ask the user before it grants a call. The answer may then take any
+/// time, so this is only for calls for which nobody waits.
 enum class BusApproval { mustBeGiven, mayBeAsked };
 
-/// Names a method of an object of a service. The texts belong to the caller and must be valid as
-/// D-Bus names.
+/// Names a method of an object of a service. The texts belong to the caller and must be valid names
+/// of D-Bus.
 struct BusMethod {
   const char* destination;
   const char* path;

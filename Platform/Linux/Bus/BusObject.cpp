@@ -40,7 +40,7 @@ void BusObject::emit(const char* member, const Bus::Arguments& arguments) {
 
 void BusObject::emitPropertiesChanged(const char* const* names) {
   if (!bus_.handle() || !slot_) return;
-  // The list is only read, whatever its type says.
+  // The function only reads the list, although its type says otherwise.
   sd_bus_emit_properties_changed_strv(bus_.handle(), place_.path.c_str(), place_.interface.c_str(),
                                       const_cast<char**>(names));
 }

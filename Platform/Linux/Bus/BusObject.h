@@ -14,8 +14,8 @@ namespace platform {
 /// One interface of an object that the program offers on a bus, over every connection that the bus
 /// makes, for as long as it exists.
 ///
-/// Does not connect by itself. Main thread only; the bus, the table and what the table's handlers
-/// are given (`data`) must outlive it.
+/// Does not connect by itself. Main thread only. The bus, the table, and the object that the
+/// table's handlers get (`data`) must outlive it.
 class BusObject {
  public:
   struct Place {
@@ -27,12 +27,13 @@ class BusObject {
   BusObject(const BusObject&) = delete;
   BusObject& operator=(const BusObject&) = delete;
 
-  /// Offers it on a connection that was made just now, without waiting for the loop to tell of it.
+  /// Offers the object on a connection that was made just now, without waiting until the loop tells
+  /// of the connection.
   void offer();
 
-  /// Sends a signal, if there is a connection; it is lost otherwise.
+  /// Sends a signal if there is a connection; otherwise the signal is lost.
   void emit(const char* member, const Bus::Arguments& arguments = {});
-  /// Tells the new values of properties, whose names end with a null.
+  /// Tells the new values of the properties with these names. The list of names ends with a null.
   void emitPropertiesChanged(const char* const* names);
 
  private:

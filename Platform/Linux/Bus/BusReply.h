@@ -6,8 +6,8 @@
 
 namespace platform {
 
-/// What became of a call: true with the reply, or false with a negative errno and, when it was the
-/// other side that refused, the D-Bus name of its error.
+/// The outcome of a call: true with the reply, or false with a negative errno. When the other side
+/// refused the call, it also has the D-Bus name of the error.
 struct BusReply {
   int error = 0;
   std::string errorName;

@@ -6,9 +6,9 @@
 
 namespace platform {
 
-/// The one owner of something registered with a bus connection (a match, a pending call, an
-/// object), which ends with it. Move-only; the bus's thread. May be destroyed by the slot's own
-/// handler.
+/// The one owner of a registration with a bus connection (a match, a pending call, an object),
+/// which ends with it. Move-only; the bus's thread only. The registration's own handler may destroy
+/// it.
 class BusSlot {
  public:
   BusSlot() = default;

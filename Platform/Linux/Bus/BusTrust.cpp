@@ -35,7 +35,7 @@ std::optional<uid_t> userIn(sd_bus_message* answer) {
 
 }  // namespace
 
-// The pause does not grow: a bus that goes on is soon asked about callers again.
+// The pause does not grow, so that a bus that works again is soon asked about callers again.
 BusTrust::BusTrust(Calls calls, const BusTiming& timing)
     : calls_(calls), now_(timing.now), unanswered_(timing.firstPause, timing.firstPause) {}
 
@@ -90,7 +90,7 @@ bool BusTrust::mayCall(sd_bus_message* call) {
   if (const auto known = remembered(sender)) return *known;
   sd_bus* const bus = sd_bus_message_get_bus(call);
   const char* own = nullptr;
-  // The bus may see another number than the program does, as from outside of a container.
+  // The bus may see another number than the program does, for example from outside of a container.
   if (!ownUser_ && sd_bus_get_unique_name(bus, &own) >= 0) ownUser_ = userOf(bus, own);
   const std::optional<uid_t> user = userOf(bus, sender);
   if (!user || !ownUser_) return false;

@@ -7,7 +7,7 @@
 
 namespace platform {
 
-/// Hears of connections made and lost. See `Bus::watchConnection`.
+/// Is told when connections are made and lost. See `Bus::watchConnection`.
 class ConnectionWatch : public BusListener {
  public:
   using Callback = std::function<void(bool connected)>;

@@ -32,7 +32,7 @@ void NameWatch::connected(sd_bus* bus) {
   sd_bus_slot* match = nullptr;
   sd_bus_add_match_async(bus, &match, rule.c_str(), ownerChanged, ignoreRefusal, this);
   match_ = BusSlot(match);
-  // Asked after the match was sent, so that no change can slip in between.
+  // The question follows the match, so that no change can happen unseen in between.
   askForOwner(bus);
 }
 
@@ -80,7 +80,7 @@ int NameWatch::ownerChanged(sd_bus_message* message, void* data, sd_bus_error* /
   if (sd_bus_message_read(message, "sss", &name, &before, &after) < 0) return 0;
   self.owner_ = after;
   self.known_ = after[0] != '\0';
-  // An owner that is replaced took everything with it, as one that left would have.
+  // An owner that is replaced has lost everything, as an owner that left has.
   if (before[0] != '\0') self.report(false);
   if (after[0] != '\0') self.report(true);
   self.deliver(keep);
@@ -108,7 +108,7 @@ void NameWatch::report(bool owned) {
 }
 
 void NameWatch::deliver(const BusListening& keep) {
-  // The callback may give up the watch, and with it all that it would touch when called again.
+  // The callback may drop the watch, and with it everything that a further call would touch.
   while (!undelivered_.empty() && keep.use_count() > 1) {
     const bool owned = undelivered_.front();
     undelivered_.pop_front();

@@ -12,7 +12,7 @@
 
 namespace platform {
 
-/// Follows who owns a name, which only the bus itself may tell. See `Bus::watchName`.
+/// Follows who owns a name. Only the bus itself may tell that. See `Bus::watchName`.
 class NameWatch : public BusListener {
  public:
   using Callback = std::function<void(bool owned)>;
@@ -25,8 +25,8 @@ class NameWatch : public BusListener {
   [[nodiscard]] std::optional<bool> isOwned(std::string_view name) const override;
   void learn(std::string_view name, bool owned) override;
 
-  /// Whether `sender`, a unique name or null, is the owner. While one message is handled that is
-  /// whoever was it when the bus handed the message over.
+  /// Whether `sender`, a unique name or null, is the owner. While a message is handled, the owner
+  /// is the one from the moment when the bus delivered the message.
   [[nodiscard]] bool isOwner(const char* sender) const;
 
  private:
@@ -41,7 +41,7 @@ class NameWatch : public BusListener {
   Callback callback_;
   BusSlot match_;
   BusSlot query_;
-  std::string owner_;  ///< Empty: nobody, or not known yet.
+  std::string owner_;  ///< Empty while there is no owner, or none is known yet.
   std::optional<bool> known_;
   std::optional<bool> reported_;
   std::deque<bool> undelivered_;

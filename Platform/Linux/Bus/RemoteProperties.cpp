@@ -33,8 +33,8 @@ bool readText(sd_bus_message* message, PropertyValue& value) {
   return true;
 }
 
-/// Leaves `value` as it is when it is of a type that nobody here reads; false when the message is
-/// broken.
+/// Reads a value of a basic type. Leaves `value` as it is for a type that nobody here reads. False
+/// when the message is broken.
 bool readBasic(sd_bus_message* message, char type, PropertyValue& value) {
   switch (type) {
     case SD_BUS_TYPE_BOOLEAN: {
@@ -72,7 +72,7 @@ bool readVariant(sd_bus_message* message, PropertyValue& value) {
          readBasic(message, basicType, value) && sd_bus_message_exit_container(message) >= 0;
 }
 
-/// Merges what is wanted of an `a{sv}` into `properties`, as far as it can be read.
+/// Merges the wanted entries of an `a{sv}` into `properties`, as far as they can be read.
 void readDictionary(sd_bus_message* message, const RemoteProperties::Names& wanted,
                     PropertyDictionary& properties) {
   if (sd_bus_message_enter_container(message, SD_BUS_TYPE_ARRAY, "{sv}") < 0) return;
@@ -88,7 +88,7 @@ void readDictionary(sd_bus_message* message, const RemoteProperties::Names& want
   sd_bus_message_exit_container(message);
 }
 
-/// Whether an `as` names anything that is wanted.
+/// Whether an `as` names a wanted property.
 bool namesAny(sd_bus_message* message, const RemoteProperties::Names& wanted) {
   const char* name = nullptr;
   if (sd_bus_message_enter_container(message, SD_BUS_TYPE_ARRAY, "s") < 0) return false;
@@ -149,7 +149,7 @@ struct RemoteProperties::State {
     if (!values || sd_bus_message_read(message, "s", &changedInterface) < 0) return;
     if (changedInterface != interface) return;
     readDictionary(message, wanted, *values);
-    // Properties that are only said to have changed have to be asked for.
+    // The signal names some properties without their values, so they have to be read.
     if (namesAny(message, wanted)) refresh();
   }
 };

@@ -10,21 +10,21 @@
 
 namespace platform {
 
-/// Some properties of one interface of an object, read once and kept fresh by its PropertiesChanged
-/// signal, so that reading them costs no call. Main thread only.
+/// Some properties of one interface of an object. They are read once and then kept fresh by the
+/// PropertiesChanged signal, so that reading them here costs no call. Main thread only.
 class RemoteProperties {
  public:
   using Names = std::set<std::string, std::less<>>;
 
-  /// Keeps the properties that are `wanted`, whatever else the service tells. `activation` says
-  /// whether the first reading may start the service; later ones never do. `bus` must outlive this.
+  /// Keeps the `wanted` properties, whatever else the service tells. `activation` says whether the
+  /// first reading may start the service; later readings never do. `bus` must outlive this object.
   RemoteProperties(Bus& bus, std::string service, std::string path, std::string interface,
                    Names wanted, BusActivation activation = BusActivation::never);
   ~RemoteProperties();
 
-  /// The properties, or null while the service is not there. `std::monostate` stands for all but
-  /// numbers, truth values and texts of up to 256 bytes. The first call waits for the answer,
-  /// within the bus's limit; without a running loop that is all that is ever read.
+  /// The properties, or null while the service is not there. Values other than numbers, truth
+  /// values and texts of up to 256 bytes become `std::monostate`. The first call waits for the
+  /// answer, within the bus's limit. Without a running loop, that is the only reading.
   const tidewell::PropertyDictionary* read();
 
  private:

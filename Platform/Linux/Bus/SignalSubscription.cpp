@@ -5,7 +5,7 @@
 namespace platform {
 namespace {
 
-/// Without a handler of its own a refused match would cost the whole connection.
+/// Without a handler of its own, a refused match would end the whole connection.
 int ignoreMatchRefusal(sd_bus_message* /*reply*/, void* /*data*/, sd_bus_error* /*error*/) {
   return 0;
 }

@@ -10,14 +10,13 @@
 
 namespace platform {
 
-/// Hears one signal, of the present owner of its sender's name and of nobody else. See
-/// `Bus::subscribe`.
+/// Gets one signal, only from the present owner of the sender's name. See `Bus::subscribe`.
 class SignalSubscription : public BusListener {
  public:
   using Callback = std::function<void(sd_bus_message*)>;
 
-  /// `sender` watches the name that the signal is to come from, and hears of a connection first: so
-  /// that no signal can come before its sender is known.
+  /// `sender` watches the name from which the signal is to come. It is told of a connection before
+  /// this subscription, so that no signal can come before its sender is known.
   SignalSubscription(BusSignal signal, std::shared_ptr<const NameWatch> sender, Callback callback);
 
   void connected(sd_bus* bus) override;

@@ -30,7 +30,7 @@ bool writeAll(int file, std::string_view content) {
 bool copyOwnerAndMode(int file, const std::filesystem::path& target) {
   struct stat status {};
   if (stat(target.c_str(), &status) != 0) return errno == ENOENT;
-  // Matters only to an administrator who runs the program on somebody else's file.
+  // This matters only to an administrator who runs the program on somebody else's file.
   if (status.st_uid != geteuid() || status.st_gid != getegid()) {
     if (fchown(file, status.st_uid, status.st_gid) != 0 && errno != EPERM) return false;
   }
@@ -95,8 +95,8 @@ FileReplacement::Outcome FileReplacement::failure() {
 FileReplacement::Outcome FileReplacement::commitOver(const RegularFile& expected) {
   if (!expected.exists) return commitAsNew();
   const ReadLease lease(target_);
-  // A server may grant no lease at all, not even on a file that nobody else has: no sign of a
-  // writer then.
+  // A server may grant no lease at all, even on a file that nobody else has open. Its refusal is
+  // then no sign of a writer.
   if (lease.isRefused() && !ReadLease(temporary_).isRefused()) return Outcome::busy;
   if (!isStill(target_, expected)) return Outcome::changed;
   const Outcome outcome = exchange(expected);
@@ -115,7 +115,8 @@ FileReplacement::Outcome FileReplacement::commitAsNew() {
   }
   if (errno == EEXIST) return Outcome::changed;
   if (errno != EINVAL && errno != ENOSYS) return failure();
-  // A file system that cannot do it at one stroke: a second name, then away with the first.
+  // The file system cannot do it in one step, so the file gets a second name and then loses the
+  // first.
   if (link(temporary_.c_str(), target_.c_str()) == 0) return Outcome::done;
   if (errno == EEXIST) return Outcome::changed;
   if (errno != EPERM) return failure();
@@ -126,23 +127,24 @@ FileReplacement::Outcome FileReplacement::exchange(const RegularFile& expected) 
   if (!exchangeNames(temporary_, target_)) {
     if (errno == ENOENT) return Outcome::changed;
     if (errno != EINVAL && errno != ENOSYS) return failure();
-    // A file system that knows no exchange; the target was looked at just before.
+    // The file system cannot exchange two files. The target was checked just before.
     return commit() ? Outcome::done : Outcome::failed;
   }
   return isStill(temporary_, expected) ? Outcome::done : putBack();
 }
 
-/// The temporary name has now what the target was, with what others wrote in the last moment.
+/// The temporary name now holds the old target, with everything that others wrote into it in the
+/// last moment.
 FileReplacement::Outcome FileReplacement::putBack() {
-  if (temporary_.empty()) return Outcome::done;  // It was no exchange.
+  if (temporary_.empty()) return Outcome::done;  // There was no exchange.
   if (!exchangeNames(temporary_, target_)) {
-    // Somebody has removed what stood there for a moment.
+    // Somebody has removed the file that stood there for a moment.
     if (errno != ENOENT || rename(temporary_.c_str(), target_.c_str()) != 0) return failure();
     temporary_.clear();
     return Outcome::changed;
   }
   if (stampOf(temporary_) == own_) return Outcome::changed;
-  // Somebody has put a file there in that moment: it is the newest.
+  // Somebody has put a file there in that moment. That file is the newest.
   if (rename(temporary_.c_str(), target_.c_str()) != 0) return failure();
   temporary_.clear();
   return Outcome::changed;

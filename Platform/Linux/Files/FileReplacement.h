@@ -8,13 +8,13 @@
 
 namespace platform {
 
-/// The new content of a file, written beside it and put in its place at one stroke, so that at
-/// any moment, a crash included, the file is the old one or the new one. Removed again when it is
-/// destroyed before that.
+/// The new content of a file. It is written beside the file and takes its place in one step, so
+/// that at any moment, even after a crash, the file is the old one or the new one. An object that
+/// is destroyed before that removes the new content again.
 class FileReplacement {
  public:
-  /// Writes `content` through to the disk, with the mode and the owner of the `target` that it is
-  /// to replace; a new file is its owner's alone. On failure `error` says why.
+  /// Writes `content` through to the disk, with the mode and the owner of the `target` that it will
+  /// replace. A new file is accessible to its owner alone. On failure `error` says why.
   FileReplacement(const std::filesystem::path& target, std::string_view content);
   ~FileReplacement();
   FileReplacement(const FileReplacement&) = delete;
@@ -22,20 +22,20 @@ class FileReplacement {
 
   [[nodiscard]] const std::string& error() const { return error_; }
 
-  /// Takes the target's place. False, and `error` set, when that fails. Call it once, and only
-  /// when there was no error before.
+  /// Takes the target's place. When that fails, the result is false and `error` is set. Call it
+  /// once, and only when there was no error before.
   bool commit();
 
   enum class Outcome {
     done,
-    changed,  ///< The target no longer is what it was; it was left, or put back, as it is now.
+    changed,  ///< The target is no longer what it was. It was left as it is now, or put back.
     busy,     ///< Another program has the target open for writing.
     failed,   ///< `error` says why.
   };
 
-  /// As `commit`, provided that the target is still the one that was read: what others write up to
-  /// the moment itself is not lost. Someone who opens the target for writing meanwhile waits, for
-  /// no longer than this takes.
+  /// As `commit`, provided that the target is still the file that was read. What others write until
+  /// that very moment is not lost. Somebody who opens the target for writing meanwhile waits only
+  /// as long as this call takes.
   Outcome commitOver(const RegularFile& expected);
 
  private:
@@ -45,8 +45,8 @@ class FileReplacement {
   Outcome failure();
 
   std::filesystem::path target_;
-  std::string temporary_;  ///< Empty when there is no such file, or no longer.
-  FileStamp own_;          ///< Of the new file.
+  std::string temporary_;  ///< Empty when there is no such file yet, or no longer.
+  FileStamp own_;          ///< The stamp of the new file.
   std::string error_;
 };
 

@@ -15,8 +15,8 @@ struct FileStamp {
 
   static FileStamp of(const struct stat& status);
 
-  /// Whether another change would show. One that follows at once may bear the same time, since
-  /// file systems count time in steps, of up to two seconds.
+  /// Whether a further change would give another stamp. A change that follows at once may have the
+  /// same time, because file systems count time in steps of up to two seconds.
   [[nodiscard]] bool isSettled() const;
 
   bool operator==(const FileStamp&) const = default;

@@ -9,7 +9,7 @@ namespace platform {
 
 ReadLease::ReadLease(const std::filesystem::path& file)
     : file_(open(file.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_NOFOLLOW | O_CLOEXEC)) {
-  // The kernel announces who waits by a signal, of which the usual one would end the program.
+  // The kernel tells of a waiting writer by a signal. The usual signal would end the program.
   if (!file_ || fcntl(file_.get(), F_SETSIG, SIGURG) != 0) return;
   isHeld_ = fcntl(file_.get(), F_SETLEASE, F_RDLCK) == 0;
   isRefused_ = !isHeld_ && errno == EAGAIN;

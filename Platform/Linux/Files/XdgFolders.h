@@ -6,17 +6,17 @@
 
 namespace platform {
 
-/// The folders of the XDG base directory rules, from the environment at each call. A value that
-/// is not an absolute path counts as not set, as the rules demand.
+/// The folders of the XDG base directory rules, read from the environment at each call. A value
+/// that is not an absolute path counts as not set, as the rules demand.
 
 /// `XDG_CONFIG_HOME`, else `~/.config`. Empty without a home.
 [[nodiscard]] std::filesystem::path xdgConfigHome();
 
-/// `XDG_DATA_HOME`, else `~/.local/share`, and then those of `XDG_DATA_DIRS`, else
-/// `/usr/local/share` and `/usr/share`: the most important first.
+/// `XDG_DATA_HOME`, else `~/.local/share`; then the folders of `XDG_DATA_DIRS`, else
+/// `/usr/local/share` and `/usr/share`. The most important folder comes first.
 [[nodiscard]] std::vector<std::filesystem::path> xdgDataFolders();
 
-/// The absolute paths of a list that colons part, as in `PATH`.
+/// The absolute paths in a list with colons between the paths, such as `PATH`.
 [[nodiscard]] std::vector<std::filesystem::path> absolutePaths(std::string_view list);
 
 }  // namespace platform

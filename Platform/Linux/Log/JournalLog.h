@@ -8,8 +8,8 @@
 namespace platform {
 
 /// The system's journal, with the subsystem and the category as fields of their own; where no
-/// journal listens, standard error. Safe from any thread. Either is given a tenth of a second: what
-/// neither takes by then is lost.
+/// journal listens, standard error. Safe from any thread. A message waits a tenth of a second at
+/// most, and is then lost.
 class JournalLog : public tidewell::SystemLog {
  public:
   std::shared_ptr<tidewell::SystemLogger> makeLogger(const std::string& subsystem,

@@ -29,20 +29,20 @@ using std::chrono::steady_clock;
 constexpr milliseconds kPatience(100);
 constexpr char kJournalSocket[] = "/run/systemd/journal/socket";
 
-/// Waits until something can be written to `file` without blocking. False after `deadline`.
+/// Waits until `file` can be written to without blocking. False after `deadline`.
 bool isWritable(int file, steady_clock::time_point deadline) {
   pollfd wait{file, POLLOUT, 0};
   while (true) {
     const auto left = std::chrono::ceil<milliseconds>(deadline - steady_clock::now());
     const int ready = poll(&wait, 1, static_cast<int>(std::max(left, milliseconds(0)).count()));
     if (ready < 0 && errno == EINTR) continue;
-    // A pipe that nobody reads any more is ready too, but to write to it is deadly.
+    // A pipe that nobody reads any more is ready as well, but writing to it would end the program.
     return ready > 0 && wait.revents == POLLOUT;
   }
 }
 
-/// Whether a journal listens and has room. The library would report success where none does, and
-/// would wait for ever for one that hangs.
+/// Whether a journal listens and has room. Without one, the library would report success; with one
+/// that hangs, it would wait for ever.
 bool journalAccepts() {
   const Descriptor socket(::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
   sockaddr_un address{};
@@ -53,7 +53,7 @@ bool journalAccepts() {
          isWritable(socket.get(), steady_clock::now() + kPatience);
 }
 
-/// The caller keeps `text`; the journal's interface just lacks a const.
+/// The text is not changed; the journal's interface merely lacks a const.
 iovec field(std::string& text) {
   return {text.data(), text.size()};
 }

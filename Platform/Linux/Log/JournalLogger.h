@@ -11,7 +11,7 @@ class JournalLogger : public tidewell::SystemLogger {
  public:
   JournalLogger(std::string subsystem, std::string category);
 
-  /// The journal keeps everything that it is given.
+  /// Always true, because the journal keeps every message.
   bool isEnabled(tidewell::LogType type) override;
   void emit(tidewell::LogType type, const std::string& message) override;
 

@@ -9,11 +9,10 @@
 
 namespace platform {
 
-/// A serial queue whose work, when one of the main loop's actions submits it, begins after that
-/// action: what the action reads is not changed under it by work that is quicker than itself.
+/// A serial queue for the loop's thread. Work that one of the main loop's actions submits begins
+/// after that action, so that quick work does not change what the action is still reading.
 ///
-/// Work from outside of the loop's actions begins at once. To be used on the loop's thread only;
-/// the loop must outlive it.
+/// Other work begins at once. To be used on the loop's thread only; the loop must outlive it.
 class AfterActionQueue : public tidewell::SerialQueue {
  public:
   AfterActionQueue(EventLoop& loop, std::shared_ptr<tidewell::SerialQueue> queue)

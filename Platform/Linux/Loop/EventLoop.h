@@ -15,9 +15,9 @@ namespace platform {
 
 /// The main thread's loop, on sd-event.
 ///
-/// Everything happens on the thread that made it. It runs either by itself (`run`) or driven by
-/// another loop (`pump`), never both at once. Ends the process with a message when the kernel has
-/// no descriptors left for it. Work that was posted and has not run is dropped with the loop.
+/// Everything happens on the thread that made it. It either runs by itself (`run`) or is driven by
+/// another loop (`pump`), never both at once. It ends the process with a message when the kernel
+/// has no descriptors left for it. Destroying the loop drops posted work that has not run yet.
 class EventLoop : public tidewell::MainLoop {
  public:
   EventLoop();
@@ -29,35 +29,35 @@ class EventLoop : public tidewell::MainLoop {
       tidewell::Seconds interval, std::function<void()> action) override;
   void async(std::function<void()> work) override;
 
-  /// Runs until `stop`, whose status it returns; may be called again afterwards. A `stop` that came
-  /// before makes it return at once.
+  /// Runs until `stop`, and returns the status that `stop` was given. It may be called again
+  /// afterwards. After an earlier `stop` it returns at once.
   int run();
   void stop(int status = 0);
   [[nodiscard]] bool isStopping() const { return stopping_; }
-  /// Makes `run` return after the action that calls this, for another loop to drive this one from
-  /// then on. A `stop` stays pending meanwhile.
+  /// Makes `run` return after the action that calls this, so that another loop can drive this one
+  /// from then on. A `stop` stays pending meanwhile.
   void handOver();
 
-  /// Whether one of the loop's own actions is under way.
+  /// Whether one of the loop's own actions is running.
   [[nodiscard]] bool isDispatching() const;
 
-  /// Runs `action` on SIGTERM, SIGINT and SIGHUP instead of dying of them, until the loop is
-  /// destroyed.
+  /// Runs `action` on SIGTERM, SIGINT and SIGHUP, which then do not end the process, until the loop
+  /// is destroyed.
   ///
-  /// Blocks the three in the calling thread and thereby in every thread that it starts later: call
-  /// it before any other thread exists. Programs inherit the mask as well, so whoever starts one
-  /// must clear it (POSIX_SPAWN_SETSIGMASK), or the program cannot be terminated.
+  /// Blocks the three signals in the calling thread, and so in every thread that this thread starts
+  /// later: call it before any other thread exists. Programs inherit the mask too. Whoever starts a
+  /// program must clear it (POSIX_SPAWN_SETSIGMASK), or the program cannot be terminated.
   void watchTerminationSignals(std::function<void()> action);
 
-  /// For adding sources. Owned by the loop.
+  /// The event object, to which sources can be added. The loop owns it.
   [[nodiscard]] sd_event* handle() const { return event_; }
 
-  /// Readable when there is something to `pump`.
+  /// Readable when there is something for `pump` to do.
   [[nodiscard]] int descriptor() const;
-  /// For a foreign loop: handles what is ready without waiting and arms the descriptor again. Does
-  /// nothing when called from within one of the loop's own actions.
+  /// For a foreign loop: handles what is ready without waiting, and arms the descriptor again. Does
+  /// nothing when one of the loop's own actions calls it.
   void pump();
-  /// Makes a foreign loop call `pump` soon. Needed after changes that no descriptor tells of.
+  /// Makes a foreign loop call `pump` soon. Needed after changes that no descriptor shows.
   void wake();
 
  private:

@@ -6,8 +6,8 @@
 
 namespace platform {
 
-/// The one owner of an event source, which no longer fires once this is gone. Move-only; the
-/// thread of its loop. May be destroyed while the source's own handler runs.
+/// The one owner of an event source, which fires no more once this object is gone. Move-only; the
+/// loop's thread only. The source's own handler may destroy it.
 class EventSource {
  public:
   EventSource() = default;

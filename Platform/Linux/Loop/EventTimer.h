@@ -11,11 +11,11 @@ namespace platform {
 
 /// A repeating timer on sd-event and the monotonic clock.
 ///
-/// Keeps to the grid that its first firing set: a late firing does not shift the later ones, and
-/// firings that were missed while the thread was busy are left out, not made up for. The clock
-/// stands still while the machine sleeps: what is left of an interval then passes after the wake,
-/// so that no tick is due before the news of the wake has come. May be invalidated or destroyed by
-/// its own action. Thread of the loop only.
+/// It keeps to the grid of its first firing: a late firing does not shift the later ones, and
+/// firings that were missed while the thread was busy are left out. The clock stands still while
+/// the machine sleeps. So the rest of an interval passes after the wake, and no tick is due before
+/// the news of the wake has come. Its own action may invalidate or destroy it. The loop's thread
+/// only.
 class EventTimer : public tidewell::RepeatingTimer {
  public:
   /// Ends the process with a message when the kernel gives no timer.

@@ -15,7 +15,7 @@ namespace platform {
 namespace {
 
 #if defined(__SANITIZE_THREAD__)
-/// The thread sanitizer knows one table of descriptors only. It takes equal numbers in two tables
+/// The thread sanitizer knows only one table of descriptors. It takes equal numbers in two tables
 /// for one descriptor, and reports a race.
 constexpr bool kMayHaveItsOwnDescriptors = false;
 #else
@@ -26,7 +26,8 @@ constexpr std::size_t kStackBytes = std::size_t{256} << 10;
 constexpr std::size_t kThreadNameLength = 15;
 constexpr int kNiceness = 5;
 
-/// Blocks every signal while it lives, so that a thread made meanwhile has them blocked too.
+/// Blocks every signal while it lives, so that a thread that is started meanwhile has them blocked
+/// too.
 class SignalsBlocked {
  public:
   SignalsBlocked() {
@@ -44,7 +45,7 @@ class SignalsBlocked {
 
 }  // namespace
 
-/// Owned by queue and thread alike, since either may end first.
+/// Owned by the queue and by its thread, because either may end first.
 struct ThreadQueue::State {
   State(std::string queueLabel, Descriptors whose, Priority which)
       : label(std::move(queueLabel)), descriptors(whose), priority(which) {}
@@ -52,7 +53,7 @@ struct ThreadQueue::State {
   const std::string label;
   const Descriptors descriptors;
   const Priority priority;
-  std::mutex lock;  ///< Guards the rest, but for `thread`, which only the queue's owner touches.
+  std::mutex lock;  ///< Guards the rest, except `thread`, which only the queue's owner touches.
   std::condition_variable changed;
   std::deque<std::function<void()>> pending;
   bool hasThread = false;
@@ -85,7 +86,7 @@ ThreadQueue::~ThreadQueue() {
 }
 
 void ThreadQueue::async(std::function<void()> work) {
-  // Once the lock is free the work may begin and end the queue.
+  // Once the lock is free, the work may begin and end the queue.
   const std::shared_ptr<State> state = state_;
   std::unique_lock lock(state->lock);
   const bool hasThread = state->hasThread || startThread();
@@ -117,11 +118,11 @@ bool ThreadQueue::startThread() {
 void* ThreadQueue::runThread(void* argument) {
   const std::unique_ptr<std::shared_ptr<State>> state(
       static_cast<std::shared_ptr<State>*>(argument));
-  // An old kernel that cannot do it leaves them shared.
+  // An old kernel cannot do this, and leaves the descriptors shared.
   if (kMayHaveItsOwnDescriptors && (*state)->descriptors == Descriptors::own)
     close_range(STDERR_FILENO + 1, ~0U, CLOSE_RANGE_UNSHARE);
   pthread_setname_np(pthread_self(), (*state)->label.substr(0, kThreadNameLength).c_str());
-  // On Linux this number is one thread's, not the process's.
+  // On Linux this number stands for one thread, not for the process.
   const auto self = static_cast<id_t>(gettid());
   if ((*state)->priority == Priority::lower)
     setpriority(PRIO_PROCESS, self, getpriority(PRIO_PROCESS, self) + kNiceness);
@@ -138,7 +139,7 @@ void ThreadQueue::State::workUntilStopped() {
     pending.pop_front();
     guard.unlock();
     work();
-    work = nullptr;  // What it held may end the queue, which takes the lock.
+    work = nullptr;  // Its end may end the queue, which takes the lock.
     guard.lock();
   }
 }

@@ -8,21 +8,21 @@
 
 namespace platform {
 
-/// A serial queue on a thread of its own, which begins with the first piece of work.
+/// A serial queue on a thread of its own, which starts with the first piece of work.
 ///
-/// The thread is named after the label (its first 15 bytes), runs at a slightly lower priority,
-/// unless it is to have its owner's, and has every signal blocked. Where no thread can be had, work
-/// runs in `async` itself: a moment's delay is better than work that its submitter waits for and
-/// that never comes.
+/// The thread is named after the label (its first 15 bytes), has every signal blocked, and runs at
+/// a slightly lower priority unless it is to have its owner's. Where no thread can be started,
+/// `async` runs the work itself: a short delay is better than work that never comes and for which
+/// its submitter waits.
 ///
-/// Destroying the queue drops what has not begun and waits for what is under way; destroyed by a
-/// piece of its own work, or after `abandon`, it does not wait, and the thread ends after that
-/// piece.
+/// Destroying the queue drops the work that has not begun and waits for the piece that is running.
+/// When that piece destroys the queue, or after `abandon`, the queue does not wait, and the thread
+/// ends after that piece.
 class ThreadQueue : public tidewell::SerialQueue {
  public:
-  /// Whether the thread sees the process's descriptors, or has only its own and the standard ones.
-  /// A thread that may be stuck in the kernel for long should have its own: whatever it shares
-  /// stays open until it is free again, even when the process was killed.
+  /// Whether the thread sees the process's descriptors, or only its own and the standard ones. A
+  /// thread that the kernel may block for long should have its own: all that it shares stays open
+  /// until the thread is free again, even when the process was killed.
   enum class Descriptors { shared, own };
 
   /// A thread that somebody waits for should have its owner's priority.
@@ -36,7 +36,7 @@ class ThreadQueue : public tidewell::SerialQueue {
 
   void async(std::function<void()> work) override;
 
-  /// Lets the thread go, whatever it is doing. The queue is good for nothing afterwards.
+  /// Lets the thread go, whatever it is doing. The queue is of no use afterwards.
   void abandon() { isAbandoned_ = true; }
 
  private:

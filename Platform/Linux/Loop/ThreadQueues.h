@@ -11,8 +11,8 @@
 
 namespace platform {
 
-/// Makes serial queues with one lazily started thread each. With a loop, which must outlive them,
-/// they are `AfterActionQueue`s.
+/// Makes serial queues. Each has one thread, which starts with the first work. With a loop, which
+/// must outlive the queues, they are `AfterActionQueue`s.
 class ThreadQueues : public tidewell::SerialQueues {
  public:
   explicit ThreadQueues(EventLoop* loop = nullptr) : loop_(loop) {}

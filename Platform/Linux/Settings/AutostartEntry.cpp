@@ -14,11 +14,11 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// More than any entry of ours has.
+/// No entry that we write is that large.
 constexpr std::size_t kMostBytes = 64 << 10;
 constexpr const char* kNoHome = "there is no home folder";
 
-/// Empty without a home.
+/// Empty for a user without a home.
 fs::path entryPath() {
   const fs::path configuration = xdgConfigHome();
   return configuration.empty() ? fs::path()
@@ -54,7 +54,7 @@ std::optional<std::string> AutostartEntry::registerItem() {
 
 std::optional<std::string> AutostartEntry::unregisterItem() {
   const fs::path path = entryPath();
-  // What is not there needs no removal.
+  // A missing file needs no removal.
   if (path.empty()) return std::nullopt;
   std::error_code error;
   fs::remove(path, error);

@@ -8,16 +8,16 @@
 
 namespace platform {
 
-/// The desktop file by which every desktop starts the program when its user logs in, in the
-/// `autostart` folder of the user's configuration. Main thread only.
+/// The desktop file in the `autostart` folder of the user's configuration. It makes every desktop
+/// start the program when its user logs in. Main thread only.
 class AutostartEntry : public tidewell::LoginItem {
  public:
-  /// `program` is what is to be started; empty when that is not known.
+  /// `program` is the program to start; empty when it is not known.
   explicit AutostartEntry(std::filesystem::path program);
 
-  /// Leaves a file alone that is right already, and replaces any other.
+  /// Leaves a file that is right already as it is, and replaces any other.
   std::optional<std::string> registerItem() override;
-  /// What is not there needs no removal.
+  /// A missing file needs no removal.
   std::optional<std::string> unregisterItem() override;
 
  private:

@@ -15,7 +15,7 @@ namespace fs = std::filesystem;
 
 constexpr std::string_view kName = "staylit";
 
-/// The first program of that name in the folders of `PATH`; empty when there is none.
+/// The first program with the program's name in the folders of `PATH`; empty when there is none.
 fs::path foundByName() {
   const char* folders = std::getenv("PATH");
   for (const fs::path& folder : absolutePaths(folders == nullptr ? "" : folders)) {
@@ -49,7 +49,7 @@ std::string withCodesDoubled(std::string_view text) {
   return result;
 }
 
-/// As the value of any key: what would end the line has a code of its own.
+/// The text as the value of any key: a character that would end the line becomes an escape.
 std::string asValue(std::string_view text) {
   std::string result;
   for (const char character : text) {
@@ -96,7 +96,7 @@ std::string startingWord(const fs::path& program) {
   const fs::path found = foundByName();
   std::error_code error;
   const bool isFound = !found.empty() && fs::canonical(found, error) == program;
-  // What lies in the user's own folders is found by a shell, but perhaps not by the session.
+  // A shell finds programs in the user's own folders, but the session may not.
   if (isFound && !liesBelow(homeFolder(), found)) return std::string(kName);
   return quotedWord(program.native());
 }

@@ -19,16 +19,16 @@ constexpr auto kLockPatience = std::chrono::seconds(1);
 constexpr auto kRetryPause = std::chrono::milliseconds(1);
 constexpr auto kCourtesy = 3 * kRetryPause;
 
-/// When this process gave a lock back last.
+/// When this process last gave a lock back.
 std::atomic<SteadyClock::time_point> lastRelease{};
 
-/// Those who wait look only now and then, so one who takes the lock again at once would starve
+/// Those who wait look only now and then. A process that takes the lock again at once would starve
 /// them.
 void letOthersIn() {
   std::this_thread::sleep_until(lastRelease.load() + kCourtesy);
 }
 
-/// Never waits in the kernel: the one who holds the lock may have been stopped.
+/// Never waits in the kernel, because the process that holds the lock may have been stopped.
 bool isLockedByAnother(int folder) {
   return flock(folder, LOCK_EX | LOCK_NB) != 0 && (errno == EWOULDBLOCK || errno == EINTR);
 }

@@ -7,8 +7,8 @@
 
 namespace platform {
 
-/// Keeps other processes that honour it from changing the files of a folder, for as long as it
-/// lives. Where a file system knows no locks it is held by nobody and hinders nobody.
+/// As long as it lives, it keeps other processes that use this lock from changing the files of a
+/// folder. On a file system without locks nobody holds it, and it keeps nobody off.
 class FolderLock {
  public:
   /// Waits a second at most for another holder. When the folder cannot be opened or stays locked,
@@ -19,10 +19,10 @@ class FolderLock {
   FolderLock& operator=(const FolderLock&) = delete;
 
   [[nodiscard]] const std::string& error() const { return error_; }
-  /// Whether the error is that another holds the lock.
+  /// Whether the error is that another process holds the lock.
   [[nodiscard]] bool isHeldByAnother() const { return isHeldByAnother_; }
 
-  /// Writes what was renamed in the folder through to the disk.
+  /// Writes the renamed files of the folder through to the disk.
   void synchronize() const;
 
  private:

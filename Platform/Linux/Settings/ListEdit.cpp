@@ -5,7 +5,8 @@
 namespace platform {
 namespace {
 
-/// What goes between two members: a line end and the indent where the members stand one a line.
+/// The text between two members. It is a line end and the indent where each member has a line of
+/// its own.
 std::string separator(std::string_view list, const ListMember& member) {
   const std::size_t lineEnd = list.substr(0, member.begin).rfind('\n');
   if (lineEnd == std::string_view::npos) return " ";
@@ -39,7 +40,7 @@ std::string withMembers(std::string_view list, const std::vector<ListMember>& me
     edited += list.substr(member.begin, members[index + 1].begin - member.begin);
     ++next;
   }
-  // What follows the last member ends the list and stays, whatever becomes of the member.
+  // The text after the last member ends the list. It stays even when that member goes.
   const ListMember& last = members.back();
   addUpTo(last.text);
   const bool isLastKept = next != wanted.end() && *next == last.text;

@@ -13,7 +13,7 @@ std::optional<PropertyValue> valueIn(const PropertyDictionary& file, std::string
   return found == file.end() ? std::nullopt : std::optional(found->second);
 }
 
-/// A "nan" is not equal to itself, and yet no change.
+/// A "nan" is not equal to itself, but it is no change either.
 bool isSame(const std::optional<PropertyValue>& left, const std::optional<PropertyValue>& right) {
   const double* one = left ? std::get_if<double>(&*left) : nullptr;
   const double* other = right ? std::get_if<double>(&*right) : nullptr;

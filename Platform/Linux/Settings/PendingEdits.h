@@ -9,9 +9,9 @@
 
 namespace platform {
 
-/// Settings that were set and do not stand in the file yet. They hide what the file says, until
-/// they are saved, or until somebody else gives the key another value in the file: that is later
-/// than the setting, and counts. A plain value; one thread at a time.
+/// Settings that were set and are not in the file yet. Each hides the file's value until it is
+/// saved, or until somebody else gives its key another value in the file: that value is later, and
+/// so it counts. A plain value; one thread at a time.
 class PendingEdits {
  public:
   [[nodiscard]] bool isEmpty() const { return edits_.empty(); }
@@ -19,20 +19,19 @@ class PendingEdits {
   /// Absent when nothing is pending for `key`.
   [[nodiscard]] const tidewell::PropertyValue* find(std::string_view key) const;
 
-  /// `file` has the file's values as far as they are known; null when it never could be read. What
-  /// the file says already is not pending.
+  /// `file` holds the file's values as far as they are known; null when it could never be read. A
+  /// value that the file has already is not pending.
   void set(std::string_view key, tidewell::PropertyValue value,
            const tidewell::PropertyDictionary* file);
 
-  /// What it means that a file says nothing of a key: that somebody removed it, or nothing, since
-  /// the file is not whole.
+  /// What a missing key means: that somebody removed it, or nothing, because the file is not whole.
   enum class Absence { counts, meansNothing };
 
-  /// Drops the edits whose keys have got other values in the file.
+  /// Drops the edits whose keys have other values in the file now.
   void follow(const tidewell::PropertyDictionary& file, Absence absence = Absence::counts);
 
-  /// To be called when a copy of these edits, `taken` a while ago, has been saved in `file`. What
-  /// was set since then stays.
+  /// A copy of these edits, which was `taken` a while ago, has been saved in `file`. What was set
+  /// since then stays pending.
   void settle(const PendingEdits& taken, const tidewell::PropertyDictionary& file,
               Absence absence = Absence::counts);
 
@@ -41,9 +40,10 @@ class PendingEdits {
  private:
   struct Edit {
     tidewell::PropertyValue value;
-    bool knowsFile = false;                         ///< Whether the file could be read before.
-    std::optional<tidewell::PropertyValue> before;  ///< What it said then; absent for nothing.
-    unsigned long number = 0;                       ///< Tells one edit of a key from the next.
+    bool knowsFile = false;  ///< Whether the file could be read before.
+    /// The file's value then; absent when it had none.
+    std::optional<tidewell::PropertyValue> before;
+    unsigned long number = 0;  ///< Tells one edit of a key from the next one.
   };
   using Edits = std::map<std::string, Edit, std::less<>>;
 

@@ -12,18 +12,18 @@ namespace fs = std::filesystem;
 
 constexpr int kLinksFollowed = 40;
 
-/// The file at the end of a chain of symbolic links. What a link names need not exist.
+/// The file at the end of a chain of symbolic links. The file need not exist.
 fs::path resolved(fs::path path) {
   for (int link = 0; link < kLinksFollowed; ++link) {
     std::error_code error;
     const fs::path next = fs::read_symlink(path, error);
     if (error) return path;
-    path = path.parent_path() / next;  // An absolute `next` stands alone.
+    path = path.parent_path() / next;  // An absolute `next` replaces the path.
   }
   return path;
 }
 
-/// Makes folders as the base directory rules want them: their owner's alone.
+/// Makes folders that are accessible only to their owner, as the base directory rules want.
 void makeFolder(const fs::path& folder) {
   std::error_code error;
   if (folder.empty() || fs::exists(folder, error)) return;

@@ -12,17 +12,17 @@
 
 namespace platform {
 
-/// A small text file that several processes and a person with an editor may change at any time.
+/// A small text file that several processes, and a person with an editor, may change at any time.
 ///
-/// Symbolic links are followed at every call, so that it is always the real file that is read or
-/// replaced. Nothing here waits for a pipe or a device in its place; a disk may keep every call
-/// waiting. One thread at a time.
+/// Every call follows symbolic links, so that it always reads or replaces the real file. No call
+/// waits for a pipe or a device in the file's place, but a disk may keep every call waiting. One
+/// thread at a time.
 class SettingsFile {
  public:
-  /// What is larger is no settings file.
+  /// A larger file is no settings file.
   static constexpr std::size_t kCapacity = std::size_t{1} << 20;
 
-  /// How a replacement went; `error` says why one failed.
+  /// The outcome of a replacement. When it failed, `error` says why.
   struct Change {
     FileReplacement::Outcome outcome;
     std::string error;
@@ -32,16 +32,16 @@ class SettingsFile {
 
   [[nodiscard]] const std::filesystem::path& path() const { return path_; }
 
-  /// The present stamp; empty where there is no file, or none that can be looked at.
+  /// The present stamp; empty where there is no file, or none that can be examined.
   [[nodiscard]] FileStamp stamp() const;
 
   [[nodiscard]] RegularFile read() const;
 
-  /// Locks the folder of the file against other writers; makes the folder first if need be.
+  /// Locks the folder of the file against other writers, and makes the folder first if necessary.
   [[nodiscard]] FolderLock lock() const;
 
-  /// Replaces the content at one stroke, provided that it is still what was `read`. To be called
-  /// under the lock.
+  /// Replaces the content in one step, provided that it is still what was `read`. Call it under the
+  /// lock.
   [[nodiscard]] Change replace(std::string_view text, const RegularFile& read,
                                const FolderLock& lock) const;
 

@@ -19,25 +19,25 @@ constexpr auto kBeforeAnotherTry = std::chrono::milliseconds(50);
 
 }  // namespace
 
-/// Owned by keeper and thread alike, since either may end first.
+/// Owned by the keeper and the thread, because either may end first.
 struct SettingsKeeper::State {
   State(std::filesystem::path file, Timing times)
       : timing(times), source(std::move(file), times.settling) {}
 
   const Timing timing;
-  SettingsSource source;  ///< Belongs to whoever serves.
+  SettingsSource source;  ///< Only the thread that serves uses it.
   std::optional<SteadyClock::time_point> busySince;
 
   std::mutex mutex;  ///< Guards what follows.
   std::condition_variable changed;
   PendingEdits pending;
-  tidewell::PropertyDictionary values;  ///< What the file says.
+  tidewell::PropertyDictionary values;  ///< The values in the file.
   PendingEdits::Absence absence = PendingEdits::Absence::counts;
-  bool isKnown = false;  ///< Whether it ever could be read.
+  bool isKnown = false;  ///< Whether the file could ever be read.
   std::uint64_t looksAsked = 0;
   std::uint64_t looksDone = 0;
   SteadyClock::time_point lookedAt{};
-  SteadyClock::time_point due{};  ///< For the next attempt to save.
+  SteadyClock::time_point due{};  ///< When the next attempt to save is due.
   std::uint64_t failures = 0;
   std::vector<std::string> complaints;
   bool isServing = false;
@@ -54,7 +54,7 @@ struct SettingsKeeper::State {
   SteadyClock::time_point dueAfter(const SettingsSource::Saving& saving);
 };
 
-/// Returns when there is nothing to do; whoever wants something more calls it anew.
+/// Returns when there is nothing to do. Whoever has new work calls it again.
 void SettingsKeeper::State::serve(Waiting waiting) {
   Lock lock(mutex);
   while (!isStopping) {
@@ -99,7 +99,7 @@ void SettingsKeeper::State::save(Lock& lock) {
   if (saving.state == SettingsSource::Saving::State::done) pending.settle(taken, values, absence);
   const bool isFailed = saving.state == SettingsSource::Saving::State::failed;
   if (isFailed && isLastTry) ++failures;
-  // What failed before the end began may succeed now.
+  // Saving that failed before the end began may succeed now.
   const bool isHurried = isFinishing && (saving.state == SettingsSource::Saving::State::done ||
                                          (isFailed && !isLastTry));
   due = isHurried ? SteadyClock::now() : next;
@@ -162,7 +162,7 @@ void SettingsKeeper::set(std::string_view key, tidewell::PropertyValue value) {
   sayComplaints(lock);
 }
 
-/// Whoever is at work already, or does not come back, is not waited for.
+/// Does not wait for a thread that is at work already, or that does not come back.
 void SettingsKeeper::look(Lock& lock, Look kind) {
   const bool isAtWork = state_->isSaving || state_->looksDone < state_->looksAsked;
   const bool isFresh = SteadyClock::now() - state_->lookedAt < timing_.freshness;
@@ -177,7 +177,7 @@ void SettingsKeeper::start(Lock& lock) {
   state_->changed.notify_all();
   if (std::exchange(state_->isServing, true)) return;
   lock.unlock();
-  // Where no thread is to be had, the queue runs its work here.
+  // Where no thread can be started, the queue runs the work here.
   queue_.async([state = state_, keeper = std::this_thread::get_id()] {
     const bool isHere = std::this_thread::get_id() == keeper;
     state->serve(isHere ? State::Waiting::forbidden : State::Waiting::allowed);
@@ -197,7 +197,7 @@ void SettingsKeeper::finish() {
   sayComplaints(lock);
 }
 
-/// Whether everything was saved, or failed to be.
+/// Returns whether everything was saved, or could not be saved.
 bool SettingsKeeper::waitForSaving(Lock& lock) {
   if (state_->pending.isEmpty()) return true;
   const std::uint64_t failures = state_->failures;

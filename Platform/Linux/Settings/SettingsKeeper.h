@@ -13,37 +13,40 @@
 
 namespace platform {
 
-/// The settings of a file, read and set without ever waiting for the disk.
+/// The settings of a file. Reading and setting them never waits long for the disk.
 ///
-/// All work on the file is done by a thread of its own, one piece at a time. A value that is set
-/// counts at once; the file follows. Values that follow each other closely are written together,
-/// the last one always. The keeper itself belongs to one thread.
+/// A thread of its own does all work on the file, one piece at a time. A new value counts at once,
+/// and the file follows. Values that are set in quick succession are written together, always with
+/// the last one. The keeper itself belongs to one thread.
 class SettingsKeeper {
  public:
   using Milliseconds = std::chrono::milliseconds;
 
   struct Timing {
-    Milliseconds arrival{5000};   ///< For the first look, before which nothing is known.
-    Milliseconds patience{30};    ///< For a look at the file; then what was last seen counts.
-    Milliseconds freshness{10};   ///< For so long what was seen is as good as a new look.
+    /// The longest wait for the first look, before which nothing is known.
+    Milliseconds arrival{5000};
+    /// The longest wait for a look at the file. After it, the values of the last look count.
+    Milliseconds patience{30};
+    Milliseconds freshness{10};   ///< For so long the last look counts as a new one.
     Milliseconds pause{300};      ///< From one write to the next.
-    Milliseconds settling{2000};  ///< For how long a file that is not whole may be half-written.
+    Milliseconds settling{2000};  ///< For so long a file that is not whole may be half-written.
     Milliseconds retrying{5000};  ///< From a failure to save to the next attempt.
-    Milliseconds farewell{5000};  ///< For everything to be written when the program ends.
+    /// The longest wait at the program's end until everything is written.
+    Milliseconds farewell{5000};
   };
 
   SettingsKeeper(std::filesystem::path file, Timing timing);
-  /// As `finish`. A thread that the disk keeps waiting is left behind.
+  /// Does the same as `finish`. A thread that the disk keeps waiting is left behind.
   ~SettingsKeeper();
   SettingsKeeper(const SettingsKeeper&) = delete;
   SettingsKeeper& operator=(const SettingsKeeper&) = delete;
 
-  /// What was set, else what the file says; absent where neither says anything.
+  /// The value that was set, or else the file's value; absent where there is neither.
   std::optional<tidewell::PropertyValue> value(std::string_view key);
   void set(std::string_view key, tidewell::PropertyValue value);
 
-  /// Waits until everything that was set is in the file: `farewell` at most, and not when the file
-  /// cannot be written. What is not written by then goes to the log.
+  /// Waits until everything that was set is in the file, for `farewell` at most, and not at all
+  /// when the file cannot be written. What is not written by then goes to the log.
   void finish();
 
  private:
@@ -58,7 +61,7 @@ class SettingsKeeper {
 
   const Timing timing_;
   std::shared_ptr<State> state_;
-  /// Somebody waits for this thread, so it is as quick as they are.
+  /// The thread has its owner's priority, because its owner waits for it.
   ThreadQueue queue_{"staylit-settings", ThreadQueue::Descriptors::own,
                      ThreadQueue::Priority::owners};
 };

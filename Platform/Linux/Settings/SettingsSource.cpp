@@ -17,10 +17,10 @@ bool isBlank(const std::string& text) {
 
 struct Edited {
   std::string text;
-  bool isComplete;  ///< Whether every edit is in it.
+  bool isComplete;  ///< Whether it contains every edit.
 };
 
-/// One edit that cannot be written does not keep the others from it.
+/// An edit that cannot be written does not keep the others from being written.
 Edited withAsManyAsPossible(const std::string& text, const tidewell::PropertyDictionary& edits) {
   if (std::optional<std::string> all = withSettings(text, edits)) return {*std::move(all), true};
   Edited edited{text, false};
@@ -47,7 +47,7 @@ void SettingsSource::look() {
   stamp_ = content.stamp.isSettled() ? std::optional(content.stamp) : std::nullopt;
 }
 
-/// Whether `content` has been read and is what `values_` says.
+/// Whether `content` has been read and is the source of `values_`.
 bool SettingsSource::readAfresh(RegularFile& content) {
   stamp_.reset();
   content = file_.read();
@@ -106,7 +106,7 @@ SettingsSource::Saving SettingsSource::save(PendingEdits edits) {
   return {State::later, kBeingWritten};
 }
 
-/// None when the file was changed meanwhile.
+/// Absent when the file was changed meanwhile.
 std::optional<SettingsSource::Saving> SettingsSource::tryToSave(PendingEdits& edits,
                                                                 const FolderLock& lock) {
   RegularFile content;

@@ -12,25 +12,25 @@
 
 namespace platform {
 
-/// What a settings file says, and how edits get into it. One thread at a time; any call may take as
-/// long as the disk does.
+/// Reads a settings file and writes edits into it. One thread at a time; any call may take as long
+/// as the disk does.
 ///
-/// Others change the file as they like. What is not whole although it was a moment ago (empty,
-/// damaged, gone) may be half-written by an editor: it is believed once it has stayed the same for
-/// `settling`. Of a file that stays damaged everything is read that can be, and the rest of it is
-/// left as it stands.
+/// Others may change the file at any time. A file that is empty, damaged or gone, although it was
+/// whole a moment ago, may be half-written by an editor. It is believed only once it has stayed the
+/// same for `settling`. Of a file that stays damaged, everything is read that can be read, and the
+/// rest stays as it is.
 class SettingsSource {
  public:
   SettingsSource(std::filesystem::path file, std::chrono::milliseconds settling);
 
   [[nodiscard]] const std::filesystem::path& path() const { return file_.path(); }
 
-  /// Whether the file was ever read, or found missing.
+  /// Whether the file was ever read, or was found to be missing.
   [[nodiscard]] bool isKnown() const { return accepted_.has_value(); }
-  /// As far as they were last read.
+  /// The values as they were last read.
   [[nodiscard]] const tidewell::PropertyDictionary& values() const { return values_; }
 
-  /// Whether a key was removed that `values` does not have.
+  /// Whether a key that `values` does not have was removed from the file.
   [[nodiscard]] PendingEdits::Absence absence() const { return absence_; }
 
   /// Reads the file if it has changed.
@@ -39,18 +39,18 @@ class SettingsSource {
   struct Saving {
     enum class State { done, later, failed };
     State state;
-    std::string why;  ///< Unless it is done.
+    std::string why;  ///< Why it failed; empty when it is done.
   };
 
   /// Reads the file afresh, and writes into it those of the `edits` that nobody has overruled
-  /// there; `failed` when one of them cannot be written, whatever becomes of the others. `later`
-  /// when somebody else holds the folder or seems to be writing.
+  /// there. `failed` when one of them cannot be written, even if the others are. `later` when
+  /// another process holds the folder or seems to be writing.
   Saving save(PendingEdits edits);
 
-  /// Says once why saving does not succeed, until it does.
+  /// Says once why saving does not succeed, and says it again only after saving succeeded.
   void complainOfSaving(const std::string& why);
 
-  /// What users must know, and have not been told yet.
+  /// The texts that users must know and have not been told yet.
   std::vector<std::string> takeComplaints();
 
  private:
@@ -63,14 +63,15 @@ class SettingsSource {
 
   SettingsFile file_;
   const std::chrono::milliseconds settling_;
-  std::optional<std::string> accepted_;  ///< The text that `values_` comes from.
+  std::optional<std::string> accepted_;  ///< The text from which `values_` comes.
   tidewell::PropertyDictionary values_;
   PendingEdits::Absence absence_ = PendingEdits::Absence::counts;
-  std::optional<FileStamp> stamp_;       ///< Of that text's file, once another change would show.
+  /// The stamp of that text's file, once a further change would give another stamp.
+  std::optional<FileStamp> stamp_;
   std::optional<std::string> doubtful_;  ///< The last text that was not believed.
   std::chrono::steady_clock::time_point doubtfulSince_;
   std::vector<std::string> complaints_;
-  std::string readComplaint_;  ///< What was said last, so as not to say it again.
+  std::string readComplaint_;  ///< The last complaint, so that it is not repeated.
   std::string damageComplaint_;
   std::string saveComplaint_;
 };

@@ -23,7 +23,7 @@ TextOffsets::TextOffsets(std::string_view text) : text_(text) {
 
 std::size_t TextOffsets::of(std::size_t line, std::size_t column) {
   if (line == 0 || line > lines_.size()) return text_.size();
-  // Members of a long list may stand in one line, so each is counted from the one before.
+  // A long list may have all members in one line, so the search goes on from the last position.
   if (line != line_ || column < column_) {
     line_ = line;
     column_ = 1;

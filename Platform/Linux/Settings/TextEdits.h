@@ -9,19 +9,20 @@ namespace platform {
 
 inline constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
-/// The beginning of the line after the one that `offset` is in.
+/// The beginning of the line that follows the line with `offset`.
 [[nodiscard]] std::size_t nextLine(std::string_view text, std::size_t offset);
 
-/// How the lines of `text` end, by its first: with "\n" or "\r\n".
+/// The line end of the first line of `text`: "\n" or "\r\n".
 [[nodiscard]] std::string_view lineEnd(std::string_view text);
 
-/// Finds lines and columns in a text, both counted from 1: columns in code points, a byte order
-/// mark in none. Quick for positions that follow each other. The text must outlive it.
+/// Converts lines and columns of a text to offsets. Both are counted from 1; columns count code
+/// points, and a byte order mark counts for none. It is quick for positions that follow each other.
+/// The text must outlive it.
 class TextOffsets {
  public:
   explicit TextOffsets(std::string_view text);
 
-  /// The offset in bytes; the end of the text for what lies behind it.
+  /// The offset in bytes; the end of the text for a position behind it.
   std::size_t of(std::size_t line, std::size_t column);
 
  private:
@@ -29,19 +30,19 @@ class TextOffsets {
 
   std::string_view text_;
   std::vector<std::size_t> lines_;
-  std::size_t line_ = 0;  ///< The position that was asked for last.
+  std::size_t line_ = 0;  ///< The position of the last call.
   std::size_t column_ = 0;
   std::size_t offset_ = 0;
 };
 
-/// A part of a text, by offsets, and what is to stand in its place.
+/// A part of a text, by its offsets, and the text that replaces it.
 struct TextEdit {
   std::size_t begin;
   std::size_t end;
   std::string replacement;
 };
 
-/// The edits may not overlap; those of one place keep their order.
+/// The edits may not overlap. Edits at the same place keep their order.
 [[nodiscard]] std::string withEdits(std::string_view text, std::vector<TextEdit> edits);
 
 }  // namespace platform

@@ -11,20 +11,20 @@
 
 namespace platform {
 
-/// The settings in a TOML file that people may edit while the program runs. Main thread only.
+/// The settings in a TOML file, which people may edit while the program runs. Main thread only.
 ///
-/// The file is looked at before a setting is read, and read again when it has changed. A write
-/// changes the one key, under a lock and at one stroke, so that neither other processes nor people
-/// with an editor lose anything, and comments stay. Of a damaged file everything counts that can be
-/// read. What goes wrong is logged once; a value that cannot be saved holds until the process ends,
-/// and is saved as soon as one can.
+/// Every reading of a setting looks at the file first, and reads it again when it has changed. A
+/// write changes only its key, under a lock and in one step, so that neither other processes nor
+/// people with an editor lose anything, and comments stay. Of a damaged file, everything counts
+/// that can be read. Each failure is logged once. A value that cannot be saved counts until the
+/// process ends, and is saved as soon as that is possible.
 class TomlDefaults : public tidewell::Defaults {
  public:
-  /// `$XDG_CONFIG_HOME/staylit/settings.toml`, or below `~/.config` when that is not set to an
-  /// absolute path. Empty for a user without a home: then nothing is saved.
+  /// `$XDG_CONFIG_HOME/staylit/settings.toml`, or the same below `~/.config` when that variable is
+  /// not set to an absolute path. Empty for a user without a home, whose settings are not saved.
   static std::filesystem::path defaultPath();
 
-  /// The file and its folder need not exist; nothing is read or written yet.
+  /// The file and its folder need not exist. The constructor reads and writes nothing.
   explicit TomlDefaults(std::filesystem::path file, SettingsKeeper::Timing timing = {});
 
   void registerDefaults(const tidewell::PropertyDictionary& defaults) override;

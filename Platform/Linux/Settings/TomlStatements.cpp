@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::size_t kNone = std::string_view::npos;
 
-/// Walks once over the text. What it looks for in vain it does not look for again.
+/// Walks over the text once. It never looks a second time for something that it did not find.
 class Splitter {
  public:
   explicit Splitter(std::string_view text) : text_(text) {}
@@ -48,7 +48,7 @@ class Splitter {
     return {Kind::value, begin, valueEnd(begin, key + 1), 0, key};
   }
 
-  /// Where the "=" after the key of a line stands, if the line begins with a key.
+  /// The place of the "=" after the key of a line, if the line begins with a key.
   [[nodiscard]] std::size_t keyEnd(std::size_t at) const {
     for (;;) {
       at = afterBlanks(at);
@@ -68,7 +68,7 @@ class Splitter {
     return at;
   }
 
-  /// The end of the lines that the value takes up.
+  /// The end of the lines that a value occupies.
   std::size_t valueEnd(std::size_t begin, std::size_t at) {
     std::size_t depth = 0;
     while (at < text_.size()) {
@@ -95,7 +95,7 @@ class Splitter {
     return depth == 0 ? at : withoutHeaders(begin, at);
   }
 
-  /// What is never closed ends before the first line that may be a header.
+  /// A value that is never closed ends before the first line that may be a header.
   [[nodiscard]] std::size_t withoutHeaders(std::size_t begin, std::size_t end) const {
     for (std::size_t at = nextLine(begin); at < end; at = nextLine(at)) {
       if (isHeader(at)) return at;
@@ -119,7 +119,7 @@ class Splitter {
     return rest == lineEnd(rest) || text_[rest] == '#' || text_[rest] == '\r';
   }
 
-  /// After the text whose first quote is at `at`; none when a long one is never closed.
+  /// The place after the text whose first quote is at `at`; none when a long text is never closed.
   std::size_t afterText(std::size_t at) {
     const char quote = text_[at];
     const std::array<char, 3> three = {quote, quote, quote};
@@ -136,7 +136,7 @@ class Splitter {
         continue;
       }
       if (text_[at] != quote || text_.substr(at, 3) != mark) continue;
-      // Up to two more quotes belong to the text itself.
+      // Up to two further quotes belong to the text itself.
       at += 3;
       for (int more = 0; more < 2 && at < text_.size() && text_[at] == quote; ++more)
         ++at;
@@ -146,7 +146,7 @@ class Splitter {
     return kNone;
   }
 
-  /// After a text of one line; none when it is not closed there.
+  /// The place after a text of one line; none when the text is not closed in that line.
   [[nodiscard]] std::size_t afterShortText(std::size_t at) const {
     const char quote = text_[at];
     for (++at; at < text_.size() && text_[at] != '\n'; ++at) {
@@ -165,7 +165,7 @@ class Splitter {
   [[nodiscard]] std::size_t nextLine(std::size_t at) const { return platform::nextLine(text_, at); }
 
   std::string_view text_;
-  std::array<bool, 2> isUnclosed_{};  ///< Whether no long text of that quote ends any more.
+  std::array<bool, 2> isUnclosed_{};  ///< For each quote, whether no further long text is closed.
 };
 
 }  // namespace

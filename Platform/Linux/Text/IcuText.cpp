@@ -42,7 +42,7 @@ std::int32_t length32(std::string_view text) {
   return static_cast<std::int32_t>(std::min<std::size_t>(text.size(), INT32_MAX));
 }
 
-/// The root locale, so that the result does not depend on the user's language.
+/// Uses the root locale, so that the result does not depend on the user's language.
 const UCaseMap* caseMap() {
   static const std::unique_ptr<UCaseMap, CaseMapCloser> map = [] {
     UErrorCode error = U_ZERO_ERROR;
@@ -69,7 +69,8 @@ void IcuText::Closer::operator()(UBreakIterator* iterator) const {
 }
 
 IcuText::IcuText(std::string locale) : locale_(std::move(locale)) {
-  // ICU takes these for a language of its own, in which upper case comes before all lower case.
+  // ICU takes these names for a language of its own, in which all upper case comes before all lower
+  // case.
   if (locale_ == "C" || locale_ == "POSIX" || locale_.starts_with("C.")) locale_.clear();
 }
 
@@ -104,7 +105,7 @@ const UCollator* IcuText::collator() {
     if (U_FAILURE(error) || error == U_STRING_NOT_TERMINATED_WARNING) name[0] = '\0';
     error = U_ZERO_ERROR;
     collator_.reset(ucol_open(name, &error));
-    // The second level tells accents apart, but not upper case from lower.
+    // The second level distinguishes accents, but not upper case from lower.
     if (collator_) ucol_setStrength(collator_.get(), UCOL_SECONDARY);
   });
   return collator_.get();

@@ -15,9 +15,9 @@ namespace platform {
 
 /// Text by the rules of Unicode, from ICU. Safe from any thread.
 ///
-/// Plain ASCII is dealt with at once; ICU's tables are opened when something first needs them.
-/// Where they are missing, letters beyond ASCII keep their case, order is by code point, and only
-/// ASCII is padded.
+/// Plain ASCII is handled at once; ICU's tables are opened at their first use. Where they are
+/// missing, letters beyond ASCII keep their case, the order is by code point, and only ASCII is
+/// padded.
 class IcuText : public tidewell::Text {
  public:
   /// `locale` names the user's language as the environment does ("de_DE.UTF-8"); "C" and "POSIX"
@@ -42,7 +42,8 @@ class IcuText : public tidewell::Text {
   std::string locale_;
   std::once_flag collatorOnce_;
   std::unique_ptr<UCollator, Closer> collator_;
-  std::mutex charactersMutex_;  ///< An iterator has a position, so one thread at a time.
+  /// An iterator has a position, so only one thread at a time may use it.
+  std::mutex charactersMutex_;
   std::unique_ptr<UBreakIterator, Closer> characters_;
 };
 

@@ -44,7 +44,7 @@ std::string LazyText::lowercased(std::string_view text) {
 
 std::weak_ordering LazyText::localizedCaseInsensitiveCompare(std::string_view left,
                                                              std::string_view right) {
-  // Languages disagree about plain letters as well.
+  // Languages order plain letters differently as well.
   if (tidewell::Text* unicode = expert()) {
     return unicode->localizedCaseInsensitiveCompare(left, right);
   }

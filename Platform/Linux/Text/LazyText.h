@@ -8,17 +8,17 @@
 
 namespace platform {
 
-/// Text of plain ASCII by itself, and all other text by an expert that is fetched when the first
-/// such text comes along: most programs never see one, and Unicode's tables weigh more than they
-/// do. Safe from any thread.
+/// Handles text of plain ASCII by itself, and leaves all other text to an expert. The first such
+/// text fetches the expert: most programs never meet one, and Unicode's tables take more memory
+/// than they do. Safe from any thread.
 ///
-/// Without an expert, letters beyond ASCII keep their case, order is by code point, and padding
+/// Without an expert, letters beyond ASCII keep their case, the order is by code point, and padding
 /// counts code points.
 class LazyText : public tidewell::Text {
  public:
   using Expert = std::unique_ptr<tidewell::Text>;
 
-  /// `fetch` is called once at most and may return null.
+  /// `fetch` is called at most once and may return null.
   explicit LazyText(std::function<Expert()> fetch);
 
   std::string lowercased(std::string_view text) override;

@@ -4,8 +4,8 @@
 
 namespace platform {
 
-/// What the Unicode module offers under the name `kMakeText`: a new object, the caller's to
-/// destroy.
+/// The Unicode module offers this function under the name `kMakeText`. It returns a new object,
+/// which the caller is to destroy.
 using MakeText = tidewell::Text* (*)();
 
 inline constexpr const char* kUnicodeModule = "libstaylit-unicode.so";

@@ -8,11 +8,11 @@
 
 namespace platform {
 
-/// The time since the machine was started, asleep or awake. For what must be over after a sleep
-/// that was long enough. Safe from any thread.
+/// The time since the machine was started, awake or asleep. It is for waits that a long sleep also
+/// ends. Safe from any thread.
 ///
-/// The steady clock stands still while the machine sleeps. It is the right one for waiting: whoever
-/// is waited for sleeps as well.
+/// The steady clock stands still while the machine sleeps. It is the right clock for waiting for a
+/// process, because that process sleeps as well.
 struct BootTime {
   static tidewell::Moment now() {
     timespec time{};

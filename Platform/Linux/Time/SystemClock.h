@@ -9,8 +9,8 @@ class SystemClock : public tidewell::Clock {
  public:
   tidewell::Moment now() override;
   tidewell::WallTime wallTime() override;
-  /// Sleeps the whole time, whatever signals arrive; not at all for a negative duration, and for
-  /// no more than some decades.
+  /// Sleeps the whole time, whatever signals arrive; some decades at most. Does not sleep for a
+  /// negative duration.
   void sleepFor(tidewell::Seconds duration) override;
 };
 

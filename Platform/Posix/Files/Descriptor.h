@@ -6,8 +6,8 @@
 
 namespace platform {
 
-/// The one owner of a file descriptor, which it closes. Empty when its number is negative, as the
-/// result of a failed call is. Move-only; any thread, one at a time.
+/// The one owner of a file descriptor, which it closes. It is empty when the number is negative, as
+/// after a failed call. Move-only; any thread, but one at a time.
 class Descriptor {
  public:
   Descriptor() = default;
