@@ -10,7 +10,6 @@
 #include "Platform/Linux/Applications/LinuxRunningApplications.h"
 #include "Platform/Linux/Applications/NamedHolders.h"
 #include "Platform/Linux/Bus/Bus.h"
-#include "Platform/Linux/Bus/Buses.h"
 #include "Platform/Linux/Files/OwnProgram.h"
 #include "Platform/Linux/Log/JournalLog.h"
 #include "Platform/Linux/Loop/ThreadQueues.h"

@@ -2,7 +2,7 @@
 
 #include <memory>
 
-#include "Platform/Linux/Bus/Buses.h"
+#include "Platform/Linux/Bus/Bus.h"
 #include "Platform/Linux/Loop/EventLoop.h"
 #include "Tidewell/Ports/Ports.h"
 

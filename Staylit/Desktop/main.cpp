@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "Platform/Linux/Bus/Buses.h"
+#include "Platform/Linux/Bus/Bus.h"
 #include "Platform/Linux/LinuxPorts.h"
 #include "Platform/Linux/Loop/EventLoop.h"
 #include "Platform/Posix/StandardStreams.h"

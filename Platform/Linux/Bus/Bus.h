@@ -10,12 +10,9 @@
 #include <vector>
 
 #include "Platform/Linux/Bus/Backoff.h"
-#include "Platform/Linux/Bus/BusConnection.h"
+#include "Platform/Linux/Bus/BusHandles.h"
 #include "Platform/Linux/Bus/BusListener.h"
-#include "Platform/Linux/Bus/BusMethod.h"
-#include "Platform/Linux/Bus/BusReply.h"
-#include "Platform/Linux/Bus/BusSignal.h"
-#include "Platform/Linux/Bus/BusSlot.h"
+#include "Platform/Linux/Bus/BusNames.h"
 #include "Platform/Linux/Bus/BusTiming.h"
 #include "Platform/Linux/Bus/BusTrust.h"
 #include "Platform/Linux/Loop/EventLoop.h"
@@ -24,6 +21,16 @@
 namespace platform {
 
 class NameWatch;
+
+/// The outcome of a call: true with the reply, or false with a negative errno. When the other side
+/// refused the call, it also has the D-Bus name of the error.
+struct BusReply {
+  int error = 0;
+  std::string errorName;
+  BusMessage message;
+
+  explicit operator bool() const { return error >= 0 && message; }
+};
 
 /// The program's one connection to the system bus or to the session bus.
 ///
@@ -140,6 +147,16 @@ class Bus {
   std::uint64_t number_ = 0;
   std::unique_ptr<tidewell::RepeatingTimer> timer_;
   tidewell::WeakReferences<Bus> self_{*this};  ///< For work that is posted.
+};
+
+/// The two connections that everything in the program shares.
+struct Buses {
+  /// `loop` must outlive them.
+  explicit Buses(EventLoop& loop)
+      : system(loop, Bus::Kind::system), session(loop, Bus::Kind::session) {}
+
+  Bus system;
+  Bus session;
 };
 
 }  // namespace platform

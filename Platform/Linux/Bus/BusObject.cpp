@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "Platform/Linux/Bus/BusMessage.h"
+#include "Platform/Linux/Bus/BusHandles.h"
 #include "Tidewell/Log.h"
 
 namespace platform {

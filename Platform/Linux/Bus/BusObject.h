@@ -7,7 +7,7 @@
 #include <string>
 
 #include "Platform/Linux/Bus/Bus.h"
-#include "Platform/Linux/Bus/BusSlot.h"
+#include "Platform/Linux/Bus/BusHandles.h"
 
 namespace platform {
 

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <utility>
 
-#include "Platform/Linux/Bus/BusMessage.h"
+#include "Platform/Linux/Bus/BusHandles.h"
 
 namespace platform {
 namespace {

@@ -11,7 +11,7 @@
 #include <utility>
 
 #include "Platform/Linux/Bus/Backoff.h"
-#include "Platform/Linux/Bus/BusSlot.h"
+#include "Platform/Linux/Bus/BusHandles.h"
 #include "Platform/Linux/Bus/BusTiming.h"
 
 namespace platform {

@@ -4,7 +4,7 @@
 #include <memory>
 #include <utility>
 
-#include "Platform/Linux/Bus/BusMessage.h"
+#include "Platform/Linux/Bus/BusHandles.h"
 #include "Platform/Linux/Bus/BusTrust.h"
 
 namespace platform {

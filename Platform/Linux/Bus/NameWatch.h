@@ -6,8 +6,8 @@
 #include <string>
 #include <string_view>
 
+#include "Platform/Linux/Bus/BusHandles.h"
 #include "Platform/Linux/Bus/BusListener.h"
-#include "Platform/Linux/Bus/BusSlot.h"
 #include "Tidewell/Ports/MainLoop.h"
 
 namespace platform {

@@ -3,9 +3,9 @@
 #include <functional>
 #include <memory>
 
+#include "Platform/Linux/Bus/BusHandles.h"
 #include "Platform/Linux/Bus/BusListener.h"
-#include "Platform/Linux/Bus/BusSignal.h"
-#include "Platform/Linux/Bus/BusSlot.h"
+#include "Platform/Linux/Bus/BusNames.h"
 #include "Platform/Linux/Bus/NameWatch.h"
 
 namespace platform {

@@ -7,7 +7,6 @@
 #include <utility>
 
 #include "Platform/Linux/Loop/EventSource.h"
-#include "Platform/Linux/Loop/FiringGrid.h"
 #include "Tidewell/FatalError.h"
 
 namespace platform {

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "Platform/Linux/Bus/Bus.h"
-#include "Platform/Linux/Bus/BusMethod.h"
+#include "Platform/Linux/Bus/BusNames.h"
 #include "Platform/Linux/Sleep/InhibitMechanism.h"
 
 namespace platform {

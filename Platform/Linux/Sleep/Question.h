@@ -3,7 +3,7 @@
 #include <memory>
 #include <utility>
 
-#include "Platform/Linux/Bus/BusSlot.h"
+#include "Platform/Linux/Bus/BusHandles.h"
 
 namespace platform {
 

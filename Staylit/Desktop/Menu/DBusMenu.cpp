@@ -5,7 +5,7 @@
 #include <string_view>
 #include <utility>
 
-#include "Platform/Linux/Bus/BusMessage.h"
+#include "Platform/Linux/Bus/BusHandles.h"
 #include "Staylit/Desktop/Menu/MenuChoice.h"
 #include "Staylit/Desktop/Menu/MenuMessages.h"
 #include "Staylit/Desktop/Menu/MessageReading.h"

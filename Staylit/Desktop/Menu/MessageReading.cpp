@@ -3,7 +3,7 @@
 #include <set>
 #include <string_view>
 
-#include "Platform/Linux/Bus/BusMessage.h"
+#include "Platform/Linux/Bus/BusHandles.h"
 
 namespace staylit {
 namespace {

@@ -1,4 +1,4 @@
-#include "Platform/Linux/Loop/FiringGrid.h"
+#include "Platform/Linux/Loop/EventTimer.h"
 
 #include <gtest/gtest.h>
 

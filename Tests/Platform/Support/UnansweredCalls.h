@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "Platform/Linux/Bus/BusMessage.h"
+#include "Platform/Linux/Bus/BusHandles.h"
 
 namespace platform::testing {
 

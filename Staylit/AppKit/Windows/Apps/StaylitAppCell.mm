@@ -1,4 +1,4 @@
-#import "Staylit/AppKit/Windows/Apps/StaylitAppCell.h"
+#import "Staylit/AppKit/Windows/Apps/StaylitLineCell.h"
 
 #include "Platform/MacOS/Text/NSText.h"
 #import "Staylit/AppKit/Windows/Apps/StaylitRowButton.h"

@@ -3,8 +3,8 @@
 #include <optional>
 
 #include "Platform/MacOS/Text/NSText.h"
-#import "Staylit/AppKit/Windows/Apps/StaylitAppCell.h"
 #import "Staylit/AppKit/Windows/Apps/StaylitAppsTable.h"
+#import "Staylit/AppKit/Windows/Apps/StaylitLineCell.h"
 #include "Staylit/AppKit/Windows/Parts/LineHeights.h"
 #include "Staylit/AppKit/Windows/Parts/ScrollPlace.h"
 #include "Staylit/AppsLines.h"

@@ -1,4 +1,4 @@
-#import "Staylit/AppKit/Windows/Apps/StaylitEmptyCell.h"
+#import "Staylit/AppKit/Windows/Apps/StaylitLineCell.h"
 
 #include "Platform/MacOS/Text/NSText.h"
 #include "Staylit/AppKit/Windows/Parts/Drawing.h"

@@ -1,4 +1,4 @@
-#import "Staylit/AppKit/Windows/Apps/StaylitHeadingCell.h"
+#import "Staylit/AppKit/Windows/Apps/StaylitLineCell.h"
 
 #include <string>
 

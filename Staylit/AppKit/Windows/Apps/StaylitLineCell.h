@@ -14,3 +14,20 @@
 - (void)show:(const staylit::AppsLine&)line;
 
 @end
+
+/// The heading of a list: its symbol, its title and the number of its applications, with the
+/// explanation of the list below them.
+@interface StaylitHeadingCell : StaylitLineCell
+@end
+
+/// The text of a list that has no applications.
+@interface StaylitEmptyCell : StaylitLineCell
+@end
+
+/// The row of an application: a button as large as the row lies over the name and the symbols.
+@interface StaylitAppCell : StaylitLineCell
+
+/// Called when the row is clicked, or pressed by VoiceOver.
+@property(nonatomic, copy) void (^pressed)(StaylitAppCell* cell);
+
+@end

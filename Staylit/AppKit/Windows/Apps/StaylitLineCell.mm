@@ -1,9 +1,5 @@
 #import "Staylit/AppKit/Windows/Apps/StaylitLineCell.h"
 
-#import "Staylit/AppKit/Windows/Apps/StaylitAppCell.h"
-#import "Staylit/AppKit/Windows/Apps/StaylitEmptyCell.h"
-#import "Staylit/AppKit/Windows/Apps/StaylitHeadingCell.h"
-
 @implementation StaylitLineCell
 
 + (StaylitLineCell*)cellForKind:(staylit::AppsLine::Kind)kind {

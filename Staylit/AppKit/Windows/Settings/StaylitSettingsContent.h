@@ -2,7 +2,7 @@
 
 #import <AppKit/AppKit.h>
 
-#import "Staylit/AppKit/Windows/Settings/StaylitSettingsActions.h"
+#import "Staylit/AppKit/Windows/Settings/StaylitSettingsRow.h"
 #import "Staylit/AppKit/Windows/StaylitWindowContent.h"
 #include "Staylit/SettingsView.h"
 

@@ -4,7 +4,7 @@
 
 #include <vector>
 
-#import "Staylit/AppKit/Windows/Settings/StaylitSettingsActions.h"
+#import "Staylit/AppKit/Windows/Settings/StaylitSettingsRow.h"
 #include "Staylit/SettingsView.h"
 
 /// The settings form: its sections one below the other, each with its rows on a ground of its own.

@@ -4,9 +4,6 @@
 
 #include "Platform/MacOS/Text/NSText.h"
 #include "Staylit/AppKit/Windows/Parts/Drawing.h"
-#import "Staylit/AppKit/Windows/Settings/StaylitSliderRow.h"
-#import "Staylit/AppKit/Windows/Settings/StaylitToggleRow.h"
-#import "Staylit/AppKit/Windows/Settings/StaylitValueRow.h"
 
 using staylit::SettingsView;
 

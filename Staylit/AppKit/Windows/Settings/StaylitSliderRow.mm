@@ -1,4 +1,4 @@
-#import "Staylit/AppKit/Windows/Settings/StaylitSliderRow.h"
+#import "Staylit/AppKit/Windows/Settings/StaylitSettingsRow.h"
 
 #include <cmath>
 #include <variant>

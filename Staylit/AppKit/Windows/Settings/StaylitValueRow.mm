@@ -1,4 +1,4 @@
-#import "Staylit/AppKit/Windows/Settings/StaylitValueRow.h"
+#import "Staylit/AppKit/Windows/Settings/StaylitSettingsRow.h"
 
 #include <variant>
 

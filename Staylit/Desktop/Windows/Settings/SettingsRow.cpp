@@ -4,9 +4,7 @@
 #include <utility>
 
 #include "Staylit/Desktop/Windows/Parts/Texts.h"
-#include "Staylit/Desktop/Windows/Settings/SliderRow.h"
-#include "Staylit/Desktop/Windows/Settings/ToggleRow.h"
-#include "Staylit/Desktop/Windows/Settings/ValueRow.h"
+#include "Staylit/Desktop/Windows/Settings/RowKinds.h"
 
 namespace staylit::windows {
 namespace {

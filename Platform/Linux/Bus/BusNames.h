@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string>
+
 namespace platform {
 
 /// Whether a call may make the bus start the called service.
@@ -17,6 +19,14 @@ struct BusMethod {
   const char* member;
   BusActivation activation = BusActivation::never;
   BusApproval approval = BusApproval::mustBeGiven;
+};
+
+/// Names a signal of an object of a service.
+struct BusSignal {
+  std::string sender;
+  std::string path;
+  std::string interface;
+  std::string member;
 };
 
 }  // namespace platform

@@ -1,4 +1,4 @@
-#include "Staylit/Desktop/Windows/Settings/ToggleRow.h"
+#include "Staylit/Desktop/Windows/Settings/RowKinds.h"
 
 #include <QHBoxLayout>
 #include <QMouseEvent>
@@ -7,6 +7,22 @@
 #include "Staylit/Desktop/Windows/Parts/Texts.h"
 
 namespace staylit::windows {
+
+SliderRow::SliderRow(const SettingsView::Row& row, SetValue setValue, QWidget* parent)
+    : SettingsRow(row, parent),
+      label_(new TextLabel(TextStyle::body, Tone::primary, Ground::card, this)),
+      slider_(new StepSlider(this)) {
+  column().addWidget(label_);
+  column().addWidget(slider_);
+  addNotes();
+  slider_->setOnChange(
+      [control = row.control, set = std::move(setValue)](int value) { set(control, value); });
+}
+
+void SliderRow::showContent(const SettingsView::Row& row) {
+  label_->setText(qt(row.label));
+  slider_->show(std::get<SettingsView::Slider>(row.content));
+}
 
 ToggleRow::ToggleRow(const SettingsView::Row& row, SetOn setOn, QWidget* parent)
     : SettingsRow(row, parent),
@@ -43,6 +59,26 @@ void ToggleRow::mousePressEvent(QMouseEvent* event) {
 void ToggleRow::mouseReleaseEvent(QMouseEvent* event) {
   if (event->button() == Qt::LeftButton && rect().contains(event->position().toPoint()))
     switch_->click();
+}
+
+ValueRow::ValueRow(const SettingsView::Row& row, QWidget* parent)
+    : SettingsRow(row, parent),
+      label_(new TextLabel(TextStyle::body, Tone::primary, Ground::card, this)),
+      value_(new TextLabel(TextStyle::body, Tone::secondary, Ground::card, this)) {
+  auto* line = new QHBoxLayout;
+  line->addWidget(label_);
+  line->addStretch();
+  line->addWidget(value_);
+  column().addLayout(line);
+  addNotes();
+}
+
+void ValueRow::showContent(const SettingsView::Row& row) {
+  label_->setText(qt(row.label));
+  const QString value = qt(std::get<SettingsView::Value>(row.content).text);
+  value_->setText(value);
+  // A screen reader reads each label alone, and a value means nothing without its name.
+  value_->setAccessibleName(QStringLiteral("%1: %2").arg(qt(row.label), value));
 }
 
 }  // namespace staylit::windows

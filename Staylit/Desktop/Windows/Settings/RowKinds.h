@@ -1,0 +1,59 @@
+#pragma once
+
+#include "Staylit/Desktop/Windows/Settings/SettingsRow.h"
+#include "Staylit/Desktop/Windows/Settings/StepSlider.h"
+#include "Staylit/Desktop/Windows/Settings/Switch.h"
+
+namespace staylit::windows {
+
+/// A label that says the value in words, and a slider under it.
+class SliderRow : public SettingsRow {
+ public:
+  using SetValue = std::function<void(SettingsView::Control control, int value)>;
+
+  SliderRow(const SettingsView::Row& row, SetValue setValue, QWidget* parent);
+
+ protected:
+  void showContent(const SettingsView::Row& row) override;
+  QWidget* focus() override { return slider_; }
+
+ private:
+  TextLabel* label_;
+  StepSlider* slider_;
+};
+
+/// A label and a switch; a click on either flips it.
+class ToggleRow : public SettingsRow {
+ public:
+  using SetOn = std::function<void(SettingsView::Control control, bool on)>;
+
+  ToggleRow(const SettingsView::Row& row, SetOn setOn, QWidget* parent);
+
+ protected:
+  void showContent(const SettingsView::Row& row) override;
+  QWidget* focus() override { return switch_; }
+  void mousePressEvent(QMouseEvent* event) override;
+  void mouseReleaseEvent(QMouseEvent* event) override;
+
+ private:
+  void reachIntoMargins(bool hasNotes);
+
+  TextLabel* label_;
+  Switch* switch_;
+};
+
+/// A label and a value that cannot be changed here.
+class ValueRow : public SettingsRow {
+ public:
+  ValueRow(const SettingsView::Row& row, QWidget* parent);
+
+ protected:
+  void showContent(const SettingsView::Row& row) override;
+  QWidget* focus() override { return this; }
+
+ private:
+  TextLabel* label_;
+  TextLabel* value_;
+};
+
+}  // namespace staylit::windows
