@@ -163,7 +163,7 @@ TEST_F(ApplicationServiceTest, StartsAllTheSameOnABusThatHangs) {
   EXPECT_EQ(start.claim({}), Claim::first);
 }
 
-TEST_F(ApplicationServiceTest, RunsBesidesAnOwnerThatHangsAndGetsTheNameAfterIt) {
+TEST_F(ApplicationServiceTest, RunsBesideAnOwnerThatHangsAndGetsTheNameAfterIt) {
   std::optional<BusService> hung;
   hung.emplace(sessionDaemon->address(), std::vector<std::string>{"com.staylit.app"},
                [](sd_bus_message*) {});
@@ -180,7 +180,7 @@ TEST_F(ApplicationServiceTest, RunsBesidesAnOwnerThatHangsAndGetsTheNameAfterIt)
   }));
 }
 
-TEST_F(ApplicationServiceTest, LeavesTheFieldToAnOwnerThatAnswersAfterAll) {
+TEST_F(ApplicationServiceTest, LeavesWhenTheOwnerAnswersAfterAll) {
   const BusService slow(sessionDaemon->address(), {"com.staylit.app"}, [](sd_bus_message* call) {
     // Longer than a start waits.
     std::this_thread::sleep_for(std::chrono::seconds(6));

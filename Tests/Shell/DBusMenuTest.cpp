@@ -215,7 +215,7 @@ TEST_F(DBusMenuTest, AnswersForSeveralItemsThatAreAboutToShow) {
   EXPECT_EQ(group({98, 99}), kInvalid);
 }
 
-TEST_F(DBusMenuTest, TellsOtherHostsWhatOneHostsQuestionBroughtUp) {
+TEST_F(DBusMenuTest, TellsOtherHostsOfAChangeThatOneHostsQuestionFound) {
   Host other(*loop, service);
   other.listenToMenu();
   host->layout();
@@ -253,7 +253,7 @@ TEST_F(DBusMenuTest, LeavesAClosedMenuAlone) {
   EXPECT_EQ(askedInThreeSeconds(), 0);
 }
 
-TEST_F(DBusMenuTest, HoldsOtherItemsOfAClosedMenuBackAsLongAsThereAreAsMany) {
+TEST_F(DBusMenuTest, TellsOfOtherItemsInAClosedMenuOnlyWhenTheirNumberChanges) {
   host->listenToMenu();
   host->layout();
   delegate.menu[2] = appItem("Codex — 7% CPU", "codex", true);
@@ -266,7 +266,7 @@ TEST_F(DBusMenuTest, HoldsOtherItemsOfAClosedMenuBackAsLongAsThereAreAsMany) {
   EXPECT_TRUE(eventually([this] { return host->hasSignal("LayoutUpdated 2 0"); }));
 }
 
-TEST_F(DBusMenuTest, TellsAHostThatKnowsTheClosedMenuOfAnotherLayout) {
+TEST_F(DBusMenuTest, TellsAHostOfAnotherLayoutWhileTheMenuIsClosed) {
   host->listenToMenu();
   menu->refresh();
   platform::testing::runBriefly(*loop);

@@ -254,7 +254,7 @@ TEST(LoginSessionUnit, IsFoundInTheControlGroupOfTheProcess) {
   EXPECT_EQ(started.outlivesSessions(), false);
 }
 
-TEST_F(LoginSessionTest, MayBeDroppedByWhatItTells) {
+TEST_F(LoginSessionTest, MayBeDroppedInItsOwnCallback) {
   std::optional<LoginSession> session;
   session.emplace(loop, kSession, [&] {
     ++ended;

@@ -197,7 +197,7 @@ TEST_F(AppDelegateTest, TellsTheUserOnceAndTheTerminalThatNoServiceGrantsTheHold
             "09:00:00  No service of the system grants the hold \u2014 your Mac can sleep\n");
 }
 
-TEST_F(AppDelegateTest, TakesTheLidSwitchUpAgainThatAnEarlierProcessHeld) {
+TEST_F(AppDelegateTest, HoldsTheLidAgainThatAnEarlierProcessHeld) {
   fakes.useLidSwitch();
   fakes.defaults.setBoolean(keys::allowLidClosed, true);
   delegate.applicationDidFinishLaunching();

@@ -236,7 +236,7 @@ TEST(MenuBarController, GetsAlongWithoutAPlaceForTheStatusItem) {
   EXPECT_EQ(controller.menuNeedsUpdate().size(), 7U);
 }
 
-TEST(MenuBarController, IsNotShownWhatWasMeantForAnotherInItsPlace) {
+TEST(MenuBarController, GetsNoStatusThatWasPostedForAnEarlierOneInItsPlace) {
   tidewell::FakePorts fakes;
   FakeUserInterface userInterface;
   StaylitEngine engine(fakes.ports);
@@ -708,7 +708,7 @@ TEST_F(MenuBarControllerTest, SettingsThatCouldNotBeShownAreReadAgain) {
             "Wait 10 minutes after work stops");
 }
 
-TEST_F(MenuBarControllerTest, TheTwoWindowsAreEachOnesOwn) {
+TEST_F(MenuBarControllerTest, EachOfTheTwoWindowsIsItsOwn) {
   controller->openApps();
   controller->openSettings();
   controller->openApps();

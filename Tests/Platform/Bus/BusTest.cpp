@@ -232,7 +232,7 @@ TEST_F(ImpatientBusTest, HandsOverTheReplyThatComesAfterTheCallTimedOut) {
   EXPECT_TRUE(eventually([&] { return late == "late"; }));
 }
 
-TEST_F(ImpatientBusTest, AsksAgainWithoutAPauseWhoeverAnsweredAfterAll) {
+TEST_F(ImpatientBusTest, CallsAServiceThatAnsweredAfterAllWithoutAPause) {
   EchoService service(sessionDaemon->address());
   Bus bus(*loop, Bus::Kind::session, clocked());
   service.isSilent = true;

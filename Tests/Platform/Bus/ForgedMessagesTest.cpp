@@ -191,7 +191,7 @@ class CarelessBusTest : public ForgedMessagesTest {
   CarelessBusTest() { systemPolicy = PrivateBus::Policy::careless; }
 };
 
-TEST_F(CarelessBusTest, AnAnswerOfAnotherThanWasAskedIsNone) {
+TEST_F(CarelessBusTest, AnAnswerFromSomebodyElseDoesNotCount) {
   BusService silent(systemDaemon->address(), {}, [](sd_bus_message*) {});
   std::string whom;
   silent.perform([&](sd_bus* bus) {
@@ -422,7 +422,7 @@ const sd_bus_vtable NewCallerTest::kNewCallersTable[] = {
     SD_BUS_VTABLE_START(0), SD_BUS_METHOD("Call", "", "", called, SD_BUS_VTABLE_UNPRIVILEGED),
     SD_BUS_VTABLE_END};
 
-TEST_F(NewCallerTest, IsRefusedUnaskedWhileABusThatDidNotAnswerIsLetAlone) {
+TEST_F(NewCallerTest, IsRefusedWithoutAnotherQuestionToABusThatDidNotAnswer) {
   call();
   // The call has arrived, and the program has not looked at it.
   ASSERT_EQ(bus->nameHasOwner("test.Other"), 0);

@@ -40,7 +40,7 @@ TEST_F(ModulesTest, OfAnotherBuildAreRefusedWhateverTheyOffer) {
             "cannot load libmodule-of-another-build.so: it is of another build than the program");
 }
 
-TEST_F(ModulesTest, ThatAreMissingAreToldFromThoseOfAnotherBuild) {
+TEST_F(ModulesTest, MissingOnesDifferFromThoseOfAnotherBuild) {
   const ModuleFunction found = loadFromModule("libstaylit-nothing.so", "staylitTestNumber");
   EXPECT_EQ(found.address, nullptr);
   EXPECT_FALSE(found.isOfAnotherBuild);

@@ -104,7 +104,7 @@ TEST_F(AutostartEntryTest, NamesThePathOfAProgramInTheUsersOwnFolders) {
   EXPECT_EQ(command(), (Words{own.string(), "--background"}));
 }
 
-TEST_F(AutostartEntryTest, LeavesAFileAloneThatIsRightAlready) {
+TEST_F(AutostartEntryTest, LeavesARightFileAlone) {
   EXPECT_EQ(AutostartEntry("/a").registerItem(), std::nullopt);
   struct stat before {};
   ASSERT_EQ(::stat(file().c_str(), &before), 0);

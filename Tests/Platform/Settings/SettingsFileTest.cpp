@@ -129,7 +129,7 @@ TEST(SettingsFile, ReplacesTheFileThatALinkNames) {
   EXPECT_TRUE(std::filesystem::is_symlink(folder.path("middle")));
 }
 
-TEST(SettingsFile, WaitsOnlySoLongForTheLock) {
+TEST(SettingsFile, WaitsForTheLockOnlyForALimitedTime) {
   const SettingsFolder folder;
   const SettingsFile file(folder.file());
   const FolderLock held = file.lock();
