@@ -91,7 +91,7 @@ bool beginsWithSpacesAndOne(std::string_view text) {
 /// Whether the tool's list of settings says that sleep is switched off: `SleepDisabled\s+1`.
 bool saysSleepDisabled(std::string_view output) {
   constexpr std::string_view kWord = "SleepDisabled";
-  for (std::size_t at = 0; (at = output.find(kWord)) != std::string_view::npos;) {
+  for (auto at = output.find(kWord); at != std::string_view::npos; at = output.find(kWord)) {
     output.remove_prefix(at + kWord.size());
     if (beginsWithSpacesAndOne(output)) return true;
   }
