@@ -31,15 +31,14 @@ const std::vector<RawSample>& ProcessSampler::sample() {
   const ProcessSnapshot all = table_.snapshot();
   refreshGUIApps(all.applications);
   livePIDs(all.processes);
-  snapshot_.reserve(pids_.size());
   std::size_t used = 0;
   for (const std::int32_t pid : pids_) {
     if (used == snapshot_.size()) snapshot_.emplace_back();
-    if (used == programVersions_.size()) programVersions_.push_back(0);
+    if (used == programs_.size()) programs_.emplace_back();
     if (fill(pid, used)) ++used;
   }
   snapshot_.resize(used);
-  programVersions_.resize(used);
+  programs_.resize(used);
   return snapshot_;
 }
 
@@ -91,12 +90,12 @@ bool ProcessSampler::fill(std::int32_t pid, std::size_t place) {
   if (!table_.resourceUsage(pid, usage)) return false;
 
   RawSample& sample = snapshot_[place];
-  std::uint32_t& version = programVersions_[place];
-  const bool hasNames = version != 0 && sample.pid == pid && version == usage.programVersion;
+  const Program program{usage.programVersion, usage.startTime};
+  const bool hasNames = program.version != 0 && sample.pid == pid && programs_[place] == program;
   if (!hasNames) {
-    version = 0;
+    programs_[place] = {};
     if (!fillNames(pid, sample)) return false;
-    version = usage.programVersion;
+    programs_[place] = program;
   }
   sample.cpuNanos = nanoseconds(usage.userTime + usage.systemTime, machTimebase());
   sample.diskBytes = usage.diskBytesRead + usage.diskBytesWritten;

@@ -38,6 +38,13 @@ class ProcessSampler {
  private:
   using Application = std::shared_ptr<const RunningApplication>;
 
+  /// What a sample's names were read of.
+  struct Program {
+    std::uint32_t version = 0;  ///< 0 where nobody told.
+    std::uint64_t startTime = 0;
+    bool operator==(const Program&) const = default;
+  };
+
   void refreshGUIApps(std::span<const Application> all);
   [[nodiscard]] const RunningApplication* guiApp(std::int32_t pid) const;
   void livePIDs(std::span<const std::int32_t> all);
@@ -52,7 +59,7 @@ class ProcessSampler {
   std::optional<Timebase> machTimebase_;
   std::vector<std::int32_t> pids_;
   std::vector<RawSample> snapshot_;
-  std::vector<std::uint32_t> programVersions_;  ///< Of each sample; 0 where nobody told.
+  std::vector<Program> programs_;  ///< Of each sample.
 };
 
 }  // namespace tidewell

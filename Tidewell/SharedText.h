@@ -36,6 +36,8 @@ class SharedText {
 class SharedTexts {
  public:
   SharedText share(std::string_view text);
+  /// How many texts are kept, those that nobody holds any more included.
+  [[nodiscard]] std::size_t size() const { return texts_.size(); }
 
  private:
   using Text = std::shared_ptr<const std::string>;

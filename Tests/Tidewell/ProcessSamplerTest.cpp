@@ -325,6 +325,24 @@ TEST_P(ProcessSamplerTest, AsksOnlyApplicationsWithAProcessForTheirProperties) {
 
 // Counters.
 
+TEST_F(ProcessSamplerAlone, AsksForNoPathWhileTheTableSaysThatTheProgramIsTheSame) {
+  processes.add(10, "/usr/bin/make").usage.programVersion = 1;
+  sampler.sample();
+  EXPECT_EQ(sampler.sample().front().executable, "make");
+  EXPECT_EQ(processes.pathAsked, Pids{10});
+  processes.at(10).path = "/usr/bin/cc";
+  processes.at(10).usage.programVersion = 2;
+  EXPECT_EQ(sampler.sample().front().executable, "cc");
+}
+
+TEST_F(ProcessSamplerAlone, AsksForThePathOfAnotherProcessUnderTheSameIdentifier) {
+  processes.add(10, "/usr/bin/make").usage.programVersion = 1;
+  sampler.sample();
+  processes.at(10).path = "/usr/bin/cc";
+  processes.at(10).usage.startTime = 5;
+  EXPECT_EQ(sampler.sample().front().executable, "cc");
+}
+
 TEST_P(ProcessSamplerTest, ConvertsThreeTicksOf125ThirdsTo125Nanoseconds) {
   processes.units = {125, 3};
   processes.add(10, "/bin/a").usage.userTime = 3;

@@ -43,5 +43,12 @@ TEST(SharedText, WhatSomebodyHoldsIsStillSharedAfterManyTextsThatNobodyHolds) {
   EXPECT_EQ(memoryOf(held), memoryOf(texts.share("/usr/bin/cc")));
 }
 
+TEST(SharedText, TextsThatNobodyHoldsDoNotGatherUp) {
+  SharedTexts texts;
+  for (int number = 0; number < 10'000; ++number)
+    texts.share("/usr/bin/passing-" + std::to_string(number));
+  EXPECT_LE(texts.size(), 64U);
+}
+
 }  // namespace
 }  // namespace tidewell
