@@ -3,9 +3,9 @@
 #include <optional>
 
 #include "Platform/MacOS/Text/NSText.h"
+#include "Staylit/AppKit/Windows/Apps/LineHeights.h"
 #import "Staylit/AppKit/Windows/Apps/StaylitAppsTable.h"
 #import "Staylit/AppKit/Windows/Apps/StaylitLineCell.h"
-#include "Staylit/AppKit/Windows/Parts/LineHeights.h"
 #include "Staylit/AppKit/Windows/Parts/ScrollPlace.h"
 #include "Staylit/AppsLines.h"
 

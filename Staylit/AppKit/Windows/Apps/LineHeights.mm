@@ -1,4 +1,4 @@
-#include "Staylit/AppKit/Windows/Parts/LineHeights.h"
+#include "Staylit/AppKit/Windows/Apps/LineHeights.h"
 
 #import "Staylit/AppKit/Windows/Apps/StaylitLineCell.h"
 

@@ -1,4 +1,4 @@
-#include "Platform/MacOS/Tasks/FoundationProcessInfo.h"
+#include "Platform/MacOS/Processes/FoundationProcessInfo.h"
 
 #import <Foundation/Foundation.h>
 
