@@ -34,6 +34,10 @@ TEST_F(BatteryMonitorTest, ReportsLowPowerModeInEveryOutcome) {
   EXPECT_EQ(BatteryMonitor::current(), (PowerState{true, 100, true, false}));
   fakes.powerSources.setBattery(45);
   EXPECT_EQ(BatteryMonitor::current(), (PowerState{false, 45, true, true}));
+  fakes.powerSources.setBatteryOnAC(30);
+  EXPECT_EQ(BatteryMonitor::current(), (PowerState{true, 30, true, true}));
+  fakes.powerSources.current = PowerSource{false, std::nullopt};
+  EXPECT_EQ(BatteryMonitor::current(), (PowerState{false, 100, true, true}));
 }
 
 TEST_F(BatteryMonitorTest, ReadsLowPowerModeBeforeThePowerSource) {

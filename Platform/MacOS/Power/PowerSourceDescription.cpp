@@ -36,11 +36,10 @@ tidewell::PowerSource powerSource(const tidewell::PropertyDictionary& descriptio
   return {isOnAC, percentage(description)};
 }
 
-std::optional<tidewell::PowerSource> firstPowerSource(
-    std::size_t count,
-    const std::function<std::optional<tidewell::PropertyDictionary>(std::size_t index)>& describe) {
+std::optional<tidewell::PowerSource> firstPowerSource(PowerSourcesSnapshot* snapshot) {
+  const std::size_t count = snapshot == nullptr ? 0 : snapshot->count().value_or(0);
   for (std::size_t index = 0; index < count; ++index) {
-    if (const auto description = describe(index)) return powerSource(*description);
+    if (const auto description = snapshot->description(index)) return powerSource(*description);
   }
   return std::nullopt;
 }

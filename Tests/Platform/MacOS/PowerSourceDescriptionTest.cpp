@@ -4,9 +4,13 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
+
+#include "Tidewell/BatteryMonitor.h"
+#include "Tidewell/Ports/Ports.h"
 
 namespace platform {
 namespace {
@@ -76,23 +80,50 @@ TEST(PowerSourceDescription, TakesAMissingCurrentCapacityForAHundred) {
 
 TEST(PowerSourceDescription, SurvivesAbsurdCapacities) {
   constexpr std::int64_t huge = 9223372036854775807;
-  EXPECT_GT(percentage(huge, std::int64_t{1}), 100);
-  EXPECT_LT(percentage(-huge, std::int64_t{1}), 0);
+  EXPECT_GT(percentage(huge, std::int64_t{1}).value(), 100);
+  EXPECT_LT(percentage(-huge, std::int64_t{1}).value(), 0);
 }
 
-/// Sources of which some cannot be described.
-class FirstPowerSourceTest : public testing::Test {
- protected:
-  std::optional<PowerSource> first() {
-    return firstPowerSource(sources.size(), [this](std::size_t index) {
-      described.push_back(index);
-      return sources.at(index);
-    });
+/// A machine of which the system may refuse each answer.
+class FakeSnapshot : public PowerSourcesSnapshot {
+ public:
+  std::optional<std::size_t> count() override {
+    if (!hasList) return std::nullopt;
+    return sources.size();
+  }
+  std::optional<PropertyDictionary> description(std::size_t index) override {
+    described.push_back(index);
+    return sources.at(index);
   }
 
-  std::vector<std::optional<PropertyDictionary>> sources;
+  bool hasList = true;
+  std::vector<std::optional<PropertyDictionary>> sources;  ///< Absent: it cannot be described.
   std::vector<std::size_t> described;  ///< The index of every description asked for.
 };
+
+class FirstPowerSourceTest : public testing::Test {
+ protected:
+  std::optional<PowerSource> first() { return firstPowerSource(hasSnapshot ? &snapshot : nullptr); }
+
+  bool hasSnapshot = true;
+  FakeSnapshot snapshot;
+  std::vector<std::optional<PropertyDictionary>>& sources = snapshot.sources;
+  std::vector<std::size_t>& described = snapshot.described;
+};
+
+TEST_F(FirstPowerSourceTest, IsAbsentWithoutASnapshot) {
+  sources = {battery(5, "Battery Power")};
+  hasSnapshot = false;
+  EXPECT_EQ(first(), std::nullopt);
+  EXPECT_TRUE(described.empty());
+}
+
+TEST_F(FirstPowerSourceTest, IsAbsentWithoutAList) {
+  sources = {battery(5, "Battery Power")};
+  snapshot.hasList = false;
+  EXPECT_EQ(first(), std::nullopt);
+  EXPECT_TRUE(described.empty());
+}
 
 TEST_F(FirstPowerSourceTest, IsAbsentWithoutAnySource) {
   EXPECT_EQ(first(), std::nullopt);
@@ -114,6 +145,36 @@ TEST_F(FirstPowerSourceTest, LooksAtNoSourceBehindTheFirstReadableOne) {
   sources = {battery(30, "AC Power"), battery(50, "AC Power")};
   EXPECT_EQ(first(), (PowerSource{true, 30}));
   EXPECT_EQ(described, std::vector<std::size_t>{0});
+}
+
+/// A machine in Low Power Mode whose sources are described so.
+class DescribedSources : public tidewell::PowerSources {
+ public:
+  bool isLowPowerModeEnabled() override { return true; }
+  std::optional<PowerSource> source() override {
+    return firstPowerSource(hasSnapshot ? &snapshot : nullptr);
+  }
+
+  bool hasSnapshot = true;
+  FakeSnapshot snapshot;
+};
+
+TEST(DescribedPowerSources, HideNoLowPowerModeInAnyOutcome) {
+  constexpr tidewell::PowerState noBattery{true, 100, true, false};
+  const auto sources = std::make_shared<DescribedSources>();
+  tidewell::Ports ports;
+  ports.powerSources = sources;
+  const tidewell::InstalledPorts installed(ports);
+
+  EXPECT_EQ(tidewell::BatteryMonitor::current(), noBattery) << "no source";
+  sources->snapshot.sources = {std::nullopt};
+  EXPECT_EQ(tidewell::BatteryMonitor::current(), noBattery) << "no description";
+  sources->snapshot.sources = {battery(45, "Battery Power")};
+  EXPECT_EQ(tidewell::BatteryMonitor::current(), (tidewell::PowerState{false, 45, true, true}));
+  sources->snapshot.hasList = false;
+  EXPECT_EQ(tidewell::BatteryMonitor::current(), noBattery) << "no list";
+  sources->hasSnapshot = false;
+  EXPECT_EQ(tidewell::BatteryMonitor::current(), noBattery) << "no snapshot";
 }
 
 }  // namespace
