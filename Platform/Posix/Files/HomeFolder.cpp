@@ -28,4 +28,9 @@ std::filesystem::path homeFolder() {
   return home != nullptr && home[0] == '/' ? std::filesystem::path(home) : homeFromUserDatabase();
 }
 
+std::filesystem::path lastingHomeFolder() {
+  std::filesystem::path home = homeFromUserDatabase();
+  return home.empty() ? homeFolder() : home;
+}
+
 }  // namespace platform

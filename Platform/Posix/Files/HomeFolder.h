@@ -8,4 +8,8 @@ namespace platform {
 /// Empty when neither knows.
 [[nodiscard]] std::filesystem::path homeFolder();
 
+/// The same folder whatever environment the program was started with: what the user database says,
+/// and only for a user whom it does not know what `homeFolder` says.
+[[nodiscard]] std::filesystem::path lastingHomeFolder();
+
 }  // namespace platform

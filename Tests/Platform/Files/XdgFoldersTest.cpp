@@ -2,25 +2,12 @@
 
 #include <gtest/gtest.h>
 
-#include "Platform/Posix/Files/HomeFolder.h"
 #include "Tests/Platform/ScopedVariable.h"
 
 namespace platform {
 namespace {
 
 using Paths = std::vector<std::filesystem::path>;
-
-TEST(XdgFolders, TakesTheHomeFromTheEnvironment) {
-  const ScopedVariable home("HOME", "/home/user");
-  EXPECT_EQ(homeFolder(), "/home/user");
-}
-
-TEST(XdgFolders, TakesTheHomeFromTheUserDatabaseOtherwise) {
-  for (const char* unusable : {static_cast<const char*>(nullptr), "", "relative"}) {
-    const ScopedVariable home("HOME", unusable);
-    EXPECT_TRUE(homeFolder().is_absolute());
-  }
-}
 
 TEST(XdgFolders, LooksForDataInTheUsersFolderFirst) {
   const ScopedVariable home("HOME", "/home/user");
