@@ -17,8 +17,10 @@
 #include "Platform/MacOS/Sleep/WorkspaceSleepNotifications.h"
 #include "Platform/MacOS/Tasks/AppleScriptRunner.h"
 #include "Platform/MacOS/Text/FoundationText.h"
+#include "Platform/MacOS/Text/LocalizedDescription.h"
 #include "Platform/MacOS/Time/FoundationClock.h"
 #include "Platform/MakePorts.h"
+#include "Platform/Posix/Files/HomeFolder.h"
 #include "Platform/Posix/PosixConsole.h"
 #include "Platform/Posix/Tasks/PosixFileManager.h"
 #include "Platform/Posix/Tasks/SpawnedTaskLauncher.h"
@@ -41,7 +43,7 @@ struct ProcessSources {
 
 /// The network meter and what it runs the tool with.
 struct NetworkTool {
-  SpawnedTaskLauncher launcher;
+  SpawnedTaskLauncher launcher{localizedDescription};
   FoundationClock clock;
   NettopMeter meter{launcher, clock};
 };
@@ -69,9 +71,11 @@ std::unique_ptr<tidewell::Ports> makePorts() {
   ports->sleepNotifications = std::make_shared<WorkspaceSleepNotifications>(mainLoop);
   ports->processInfo = std::make_shared<FoundationProcessInfo>();
   ports->loginItem = std::make_shared<MainAppLoginItem>();
-  ports->taskLauncher = std::make_shared<SpawnedTaskLauncher>();
+  ports->taskLauncher = std::make_shared<SpawnedTaskLauncher>(localizedDescription);
   ports->privilegedScripts = std::make_shared<AppleScriptRunner>();
-  ports->fileManager = std::make_shared<PosixFileManager>();
+  // A later start must find the watchdog's file again, whatever its environment is.
+  ports->fileManager =
+      std::make_shared<PosixFileManager>(lastingHomeFolder(), localizedDescription);
   return ports;
 }
 

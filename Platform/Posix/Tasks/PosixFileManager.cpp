@@ -1,62 +1,109 @@
 #include "Platform/Posix/Tasks/PosixFileManager.h"
 
-#include <stdlib.h>
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
-#include <filesystem>
 #include <string_view>
 #include <system_error>
 
 #include "Platform/Posix/Files/Descriptor.h"
-#include "Platform/Posix/Files/HomeFolder.h"
 
 namespace platform {
 namespace {
 
 namespace fs = std::filesystem;
 
-bool writeThrough(int file, std::string_view text) {
-  while (!text.empty()) {
-    const ssize_t written = write(file, text.data(), text.size());
-    if (written < 0 && errno == EINTR) continue;
-    if (written < 0) return false;
-    text.remove_prefix(static_cast<std::size_t>(written));
-  }
-  return fsync(file) == 0;
+constexpr mode_t kPermissions = 07777;
+/// Of so many left behind by processes that had this one's number, none is expected.
+constexpr int kMostNames = 100;
+
+/// The mode of a file that exists.
+std::optional<mode_t> modeOf(const std::string& path) {
+  struct stat status {};
+  if (stat(path.c_str(), &status) != 0) return std::nullopt;
+  const mode_t permissions = status.st_mode & kPermissions;
+  return permissions;
 }
 
-std::string lastFailure(const std::string& path) {
-  return path + ": " + std::generic_category().message(errno);
-}
+/// A new file beside the one that it is to replace, and gone again unless it does. Every function
+/// returns false, and sets `errno`, when it fails.
+class Replacement {
+ public:
+  explicit Replacement(const std::string& target) : target_(target) {}
+  ~Replacement() {
+    if (file_) unlink(path_.c_str());
+  }
+  Replacement(const Replacement&) = delete;
+  Replacement& operator=(const Replacement&) = delete;
+
+  bool create() {
+    const auto former = modeOf(target_);
+    // Nobody who could not read the former file can open the new one while it is empty.
+    return open(former.value_or(0666)) && (!former || fchmod(file_.get(), *former) == 0);
+  }
+
+  bool write(std::string_view text) {
+    while (!text.empty()) {
+      const ssize_t written = ::write(file_.get(), text.data(), text.size());
+      if (written < 0 && errno == EINTR) continue;
+      if (written < 0) return false;
+      text.remove_prefix(static_cast<std::size_t>(written));
+    }
+    return fsync(file_.get()) == 0;
+  }
+
+  bool takePlace() {
+    if (std::rename(path_.c_str(), target_.c_str()) != 0) return false;
+    file_.reset();
+    return true;
+  }
+
+ private:
+  bool open(mode_t mode) {
+    for (int number = 0; number < kMostNames; ++number) {
+      path_ = name(number);
+      file_ = Descriptor(::open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode));
+      if (file_ || errno != EEXIST) break;
+    }
+    return static_cast<bool>(file_);
+  }
+
+  /// Hidden, for nobody shall take it for a file that counts.
+  [[nodiscard]] std::string name(int number) const {
+    const fs::path target(target_);
+    const std::string ending = "." + std::to_string(getpid()) + "." + std::to_string(number);
+    return (target.parent_path() / ("." + target.filename().string() + ending)).string();
+  }
+
+  const std::string& target_;
+  std::string path_;
+  Descriptor file_;  ///< Empty when there is no new file, or no longer.
+};
 
 }  // namespace
 
-std::string PosixFileManager::homeDirectory() {
-  std::string home = homeFolder().string();
-  while (home.ends_with('/'))
-    home.pop_back();
-  return home;
+PosixFileManager::PosixFileManager(const std::filesystem::path& home, ErrorDescription describe)
+    : home_(home.string()), describe_(describe) {
+  while (home_.ends_with('/'))
+    home_.pop_back();
 }
 
 std::optional<std::string> PosixFileManager::createDirectory(const std::string& path) {
   std::error_code error;
   fs::create_directories(path, error);
-  if (error) return path + ": " + error.message();
+  if (error) return describe_(error.value());
   return std::nullopt;
 }
 
 std::optional<std::string> PosixFileManager::writeAtomically(const std::string& path,
                                                              const std::string& text) {
-  std::string temporary = path + ".XXXXXX";
-  const Descriptor file(mkstemp(temporary.data()));
-  if (!file) return lastFailure(path);
-  if (writeThrough(file.get(), text) && std::rename(temporary.c_str(), path.c_str()) == 0)
+  Replacement replacement(path);
+  if (replacement.create() && replacement.write(text) && replacement.takePlace())
     return std::nullopt;
-  std::string failure = lastFailure(path);
-  unlink(temporary.c_str());
-  return failure;
+  return describe_(errno);
 }
 
 bool PosixFileManager::exists(const std::string& path) {

@@ -7,7 +7,6 @@
 #include <cerrno>
 #include <csignal>
 #include <memory>
-#include <system_error>
 #include <utility>
 
 #include "Platform/Posix/Files/Pipe.h"
@@ -17,12 +16,6 @@ extern char** environ;
 
 namespace platform {
 namespace {
-
-using Launch = tidewell::TaskLauncher::Launch;
-
-Launch failure(int errorNumber) {
-  return {nullptr, std::generic_category().message(errorNumber)};
-}
 
 /// What the child's descriptors become.
 class FileActions {
@@ -96,11 +89,11 @@ std::vector<char*> argumentPointers(const std::string& executable,
 
 }  // namespace
 
-Launch SpawnedTaskLauncher::launch(const std::string& executable,
-                                   const std::vector<std::string>& arguments) {
+tidewell::TaskLauncher::Launch SpawnedTaskLauncher::launch(
+    const std::string& executable, const std::vector<std::string>& arguments) {
   Pipe output = Pipe::make();
   Pipe wake = output ? Pipe::make() : Pipe();
-  if (!wake) return failure(errno);
+  if (!wake) return {nullptr, describe_(errno)};
 
   const FileActions actions(output.writing.get());
   const SpawnAttributes attributes;
@@ -108,7 +101,7 @@ Launch SpawnedTaskLauncher::launch(const std::string& executable,
   pid_t child = 0;
   const int error = posix_spawn(&child, executable.c_str(), actions.get(), attributes.get(),
                                 pointers.data(), environ);
-  if (error != 0) return failure(error);
+  if (error != 0) return {nullptr, describe_(error)};
   return {std::make_unique<SpawnedTask>(child, std::move(output.reading), std::move(wake)), ""};
 }
 

@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "Platform/Posix/ErrorDescription.h"
 #include "Tidewell/Ports/TaskLauncher.h"
 
 namespace platform {
@@ -11,10 +12,16 @@ namespace platform {
 ///
 /// A tool gets the program's environment, the null device as standard input and standard error, no
 /// other open descriptor, and every signal unblocked and at its default. `executable` is a path;
-/// nothing is searched for. A launch that fails tells the system's own message.
+/// nothing is searched for.
 class SpawnedTaskLauncher : public tidewell::TaskLauncher {
  public:
+  /// `describe` words why a launch failed.
+  explicit SpawnedTaskLauncher(ErrorDescription describe) : describe_(describe) {}
+
   Launch launch(const std::string& executable, const std::vector<std::string>& arguments) override;
+
+ private:
+  ErrorDescription describe_;
 };
 
 }  // namespace platform

@@ -14,6 +14,7 @@
 #include "Platform/Linux/Loop/ThreadQueues.h"
 #include "Platform/MacOS/Network/NettopMeter.h"
 #include "Platform/Posix/Tasks/SpawnedTaskLauncher.h"
+#include "Tests/Platform/Support/PlainErrorWords.h"
 #include "Tests/Platform/Tasks/TemporaryFolder.h"
 #include "Tidewell/NetworkSampler.h"
 
@@ -34,7 +35,7 @@ class ScriptLauncher : public tidewell::TaskLauncher {
 
  private:
   std::string script_;
-  SpawnedTaskLauncher launcher_;
+  SpawnedTaskLauncher launcher_{testing::plainErrorWords};
 };
 
 class SystemClock : public tidewell::Clock {

@@ -1,80 +1,65 @@
 #include "Platform/Posix/Tasks/PosixFileManager.h"
 
 #include <gtest/gtest.h>
+#include <sys/inotify.h>
+#include <unistd.h>
 
+#include <array>
+#include <cerrno>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <sstream>
 #include <string>
 
-#include "Tests/Platform/Support/ScopedEnvironment.h"
-#include "Tests/Platform/Support/TemporaryFolder.h"
+#include "Platform/Posix/Files/Descriptor.h"
+#include "Platform/Posix/Files/HomeFolder.h"
+#include "Tests/Platform/Support/PlainErrorWords.h"
+#include "Tests/Platform/Tasks/FileManagerContract.h"
 
 namespace platform {
 namespace {
 
 namespace fs = std::filesystem;
 
-class PosixFileManagerTest : public ::testing::Test {
- protected:
-  [[nodiscard]] std::string at(const char* name) const { return (folder.path() / name).string(); }
-
-  static std::string textOf(const std::string& path) {
-    std::ostringstream text;
-    text << std::ifstream(path, std::ios::binary).rdbuf();
-    return text.str();
-  }
-
-  testing::TemporaryFolder folder;
-  PosixFileManager files;
+struct PlainFileManager : PosixFileManager {
+  PlainFileManager() : PosixFileManager(lastingHomeFolder(), testing::plainErrorWords) {}
 };
 
-TEST_F(PosixFileManagerTest, KnowsTheHomeFolderWithoutASlashAtItsEnd) {
-  const testing::ScopedEnvironment home("HOME", "/home/me//");
-  EXPECT_EQ(files.homeDirectory(), "/home/me");
+INSTANTIATE_TYPED_TEST_SUITE_P(Posix, FileManagerContract, PlainFileManager);
+
+using PosixFileManagerTest = FileManagerTest<PlainFileManager>;
+
+TEST_F(PosixFileManagerTest, HasItsMakersHomeFolderWithoutASlashAtItsEnd) {
+  EXPECT_EQ(PosixFileManager("/home/me//", testing::plainErrorWords).homeDirectory(), "/home/me");
 }
 
-TEST_F(PosixFileManagerTest, MakesAFolderWithAllThatLeadToIt) {
-  EXPECT_EQ(files.createDirectory(at("a/b/c")), std::nullopt);
-  EXPECT_TRUE(fs::is_directory(at("a/b/c")));
-  EXPECT_EQ(files.createDirectory(at("a/b/c")), std::nullopt);
-}
-
-TEST_F(PosixFileManagerTest, SaysWhyAFolderCannotBeMade) {
+TEST_F(PosixFileManagerTest, SaysInItsMakersWordsWhyItFailed) {
   folder.write("a", "a file");
-  EXPECT_EQ(files.createDirectory(at("a/b")), at("a/b") + ": Not a directory");
-  EXPECT_EQ(files.createDirectory(at("a")), at("a") + ": Not a directory");
+  EXPECT_EQ(files.createDirectory(at("a/b")), "Not a directory");
+  EXPECT_EQ(files.createDirectory(at("a")), "Not a directory");
+  EXPECT_EQ(files.writeAtomically(at("none/a"), "one"), "No such file or directory");
+  fs::create_directory(at("b"));
+  EXPECT_EQ(files.writeAtomically(at("b"), "one"), "Is a directory");
+  PosixFileManager other("/", [](int error) { return "error " + std::to_string(error); });
+  EXPECT_EQ(other.createDirectory(at("a/b")), "error " + std::to_string(ENOTDIR));
+  EXPECT_EQ(other.writeAtomically(at("none/a"), "one"), "error " + std::to_string(ENOENT));
 }
 
-TEST_F(PosixFileManagerTest, WritesAndReplacesAFileAndLeavesNothingBesideIt) {
+TEST_F(PosixFileManagerTest, WritesUnderAHiddenNameFirst) {
+  const Descriptor events(inotify_init1(IN_CLOEXEC | IN_NONBLOCK));
+  ASSERT_GE(inotify_add_watch(events.get(), folder.path().c_str(), IN_CREATE), 0);
+  EXPECT_EQ(files.writeAtomically(at("a"), "one"), std::nullopt);
+  alignas(inotify_event) std::array<char, 4096> buffer{};
+  ASSERT_GT(read(events.get(), buffer.data(), buffer.size()), 0);
+  const auto* event = reinterpret_cast<const inotify_event*>(buffer.data());
+  EXPECT_EQ(std::string(event->name).substr(0, 3), ".a.");
+}
+
+TEST_F(PosixFileManagerTest, WritesBesideWhatAnEarlierProcessLeftBehind) {
+  const std::string leftBehind = ".a." + std::to_string(getpid()) + ".0";
+  folder.write(leftBehind, "half a");
   EXPECT_EQ(files.writeAtomically(at("a"), "one"), std::nullopt);
   EXPECT_EQ(textOf(at("a")), "one");
-  EXPECT_EQ(files.writeAtomically(at("a"), "two"), std::nullopt);
-  EXPECT_EQ(textOf(at("a")), "two");
-  EXPECT_EQ(std::distance(fs::directory_iterator(folder.path()), {}), 1);
-}
-
-TEST_F(PosixFileManagerTest, SaysWhyAFileCannotBeWritten) {
-  EXPECT_EQ(files.writeAtomically(at("none/a"), "one"),
-            at("none/a") + ": No such file or directory");
-  fs::create_directory(at("b"));
-  EXPECT_EQ(files.writeAtomically(at("b"), "one"), at("b") + ": Is a directory");
-  EXPECT_EQ(std::distance(fs::directory_iterator(folder.path()), {}), 1);
-}
-
-TEST_F(PosixFileManagerTest, RemovesWhatExists) {
-  folder.write("a", "one");
-  EXPECT_TRUE(files.exists(at("a")));
-  EXPECT_TRUE(files.remove(at("a")));
-  EXPECT_FALSE(files.exists(at("a")));
-  EXPECT_FALSE(files.remove(at("a")));
-}
-
-TEST_F(PosixFileManagerTest, SaysThatItCannotRemove) {
-  fs::create_directories(at("a/b"));
-  EXPECT_FALSE(files.remove(at("a")));
-  EXPECT_TRUE(files.exists(at("a")));
+  EXPECT_EQ(textOf(at(leftBehind.c_str())), "half a");
+  EXPECT_EQ(filesInFolder(), 2);
 }
 
 }  // namespace

@@ -1,10 +1,17 @@
 #pragma once
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <pthread.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
+#include <cerrno>
 #include <chrono>
+#include <csignal>
 #include <cstddef>
 #include <filesystem>
+#include <iterator>
 #include <memory>
 #include <optional>
 #include <string>
@@ -12,6 +19,8 @@
 #include <utility>
 #include <vector>
 
+#include "Platform/Posix/Files/Descriptor.h"
+#include "Tests/Platform/Support/ClosedStandardStreams.h"
 #include "Tests/Platform/Tasks/TemporaryFolder.h"
 #include "Tidewell/Ports/TaskLauncher.h"
 
@@ -28,6 +37,16 @@ bool eventually(Condition condition) {
     std::this_thread::sleep_for(std::chrono::milliseconds(1));
   }
   return true;
+}
+
+inline std::ptrdiff_t descriptorCount() {
+  return std::distance(std::filesystem::directory_iterator("/dev/fd"), {});
+}
+
+/// Whether there is any child, ended or not. Reaps none.
+inline bool hasChild() {
+  siginfo_t ignored{};
+  return waitid(P_ALL, 0, &ignored, WEXITED | WNOHANG | WNOWAIT) == 0 || errno != ECHILD;
 }
 
 /// Launches scripts of the shell.
@@ -165,15 +184,79 @@ TYPED_TEST_P(TaskContract, TerminatesAToolThatStillRunsWhenItIsDestroyed) {
   EXPECT_TRUE(eventually([&] { return std::filesystem::exists(this->folder_.path("ended")); }));
 }
 
-REGISTER_TYPED_TEST_SUITE_P(TaskContract, SaysWhyAToolCannotBeLaunched, ReadsWhatTheToolPrints,
-                            HandsTheArgumentsOverAsTheyAre, KeepsTheOutputOfAToolThatFails,
-                            PassesAnyBytes, DropsWhatTheToolPrintsToStandardError,
-                            ReadsExactlyAsMuchAsTheLimit, GivesTheToolAnEmptyStandardInput,
-                            StopsReadingAToolThatPrintsWithoutEnd,
-                            TerminatesAToolThatHangsWithItsOutputOpen,
-                            EndsAReadThatIsWaitingAlready, EndsTheReadOfAToolThatIgnoresTheRequest,
-                            KnowsAToolThatGoesOnAfterItClosedItsOutput,
-                            MayBeTerminatedAgainAfterItHasEnded,
-                            TerminatesAToolThatStillRunsWhenItIsDestroyed);
+TYPED_TEST_P(TaskContract, GivesNoTaskWhenTheLaunchFails) {
+  EXPECT_EQ(this->launcher_.launch(this->folder_.path("missing"), {}).task, nullptr);
+  EXPECT_FALSE(hasChild());
+}
+
+TYPED_TEST_P(TaskContract, GivesTheToolNoOtherDescriptor) {
+  const Descriptor inheritable(dup(STDERR_FILENO));
+  ASSERT_TRUE(inheritable);
+  // The shell itself opens its script, and `echo` needs no descriptor to list them.
+  const auto task =
+      this->start("for n in 3 4 5 6 7 8 9; do [ -e /dev/fd/$n ] && echo $n; done; true");
+  EXPECT_EQ(task->readToEnd(kAmpleOutput), "");
+}
+
+TYPED_TEST_P(TaskContract, GivesTheToolItsStreamsWhenTheProgramHasNone) {
+  std::optional<testing::ClosedStandardStreams> closed(std::in_place);
+  const auto task = this->start("cat; echo lost >&2; echo kept");
+  const auto output = task->readToEnd(kAmpleOutput);
+  closed.reset();
+  EXPECT_EQ(output, "kept\n");
+}
+
+TYPED_TEST_P(TaskContract, GivesTheToolUnblockedSignalsWhateverItsLauncherBlocks) {
+  sigset_t all;
+  sigset_t former;
+  sigfillset(&all);
+  pthread_sigmask(SIG_SETMASK, &all, &former);
+  const auto task = this->start("kill -TERM $$; echo survived");
+  pthread_sigmask(SIG_SETMASK, &former, nullptr);
+  EXPECT_EQ(task->readToEnd(kAmpleOutput), "");
+}
+
+TYPED_TEST_P(TaskContract, GivesTheToolDefaultSignalsWhateverItsLauncherIgnores) {
+  const auto former = std::signal(SIGPIPE, SIG_IGN);
+  const auto task = this->start("kill -PIPE $$; echo survived");
+  std::signal(SIGPIPE, former);
+  EXPECT_EQ(task->readToEnd(kAmpleOutput), "");
+}
+
+TYPED_TEST_P(TaskContract, LeavesNoProcessAndNoDescriptorBehind) {
+  const std::ptrdiff_t before = descriptorCount();
+  this->start("true");
+  this->start("exec sleep 600");
+  this->start("echo read")->readToEnd(kAmpleOutput);
+  EXPECT_TRUE(eventually([] { return !hasChild(); }));
+  EXPECT_EQ(descriptorCount(), before);
+}
+
+TYPED_TEST_P(TaskContract, KillsAToolThatIgnoresTheRequestWhenItIsDestroyed) {
+  auto task = this->start("trap '' TERM\n" + this->sayReady() + "exec sleep 600");
+  ASSERT_TRUE(eventually([&] { return this->isReady(); }));
+  task.reset();
+  EXPECT_TRUE(eventually([] { return !hasChild(); }));
+}
+
+TYPED_TEST_P(TaskContract, ReapsOnlyItsOwnChild) {
+  const auto other = this->start("exec sleep 600");
+  this->start("true").reset();
+  EXPECT_TRUE(other->isRunning());
+}
+
+REGISTER_TYPED_TEST_SUITE_P(
+    TaskContract, SaysWhyAToolCannotBeLaunched, ReadsWhatTheToolPrints,
+    HandsTheArgumentsOverAsTheyAre, KeepsTheOutputOfAToolThatFails, PassesAnyBytes,
+    DropsWhatTheToolPrintsToStandardError, ReadsExactlyAsMuchAsTheLimit,
+    GivesTheToolAnEmptyStandardInput, StopsReadingAToolThatPrintsWithoutEnd,
+    TerminatesAToolThatHangsWithItsOutputOpen, EndsAReadThatIsWaitingAlready,
+    EndsTheReadOfAToolThatIgnoresTheRequest, KnowsAToolThatGoesOnAfterItClosedItsOutput,
+    MayBeTerminatedAgainAfterItHasEnded, TerminatesAToolThatStillRunsWhenItIsDestroyed,
+    GivesNoTaskWhenTheLaunchFails, GivesTheToolNoOtherDescriptor,
+    GivesTheToolItsStreamsWhenTheProgramHasNone,
+    GivesTheToolUnblockedSignalsWhateverItsLauncherBlocks,
+    GivesTheToolDefaultSignalsWhateverItsLauncherIgnores, LeavesNoProcessAndNoDescriptorBehind,
+    KillsAToolThatIgnoresTheRequestWhenItIsDestroyed, ReapsOnlyItsOwnChild);
 
 }  // namespace platform
