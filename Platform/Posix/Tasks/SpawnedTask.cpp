@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <chrono>
 #include <csignal>
+#include <system_error>
 #include <thread>
 #include <utility>
 
@@ -16,8 +17,21 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr auto kKillPatience = 250ms;
+constexpr auto kPatience = 250ms;
 constexpr std::size_t kChunkBytes = std::size_t{16} << 10;
+
+/// For a child that cannot end yet, as when its disk does not answer. Where no thread can be had,
+/// it stays a zombie until this process ends.
+void reapInBackground(pid_t child) {
+  const auto reap = [child] {
+    while (waitpid(child, nullptr, 0) < 0 && errno == EINTR) {
+    }
+  };
+  try {
+    std::thread(reap).detach();
+  } catch (const std::system_error&) {
+  }
+}
 
 }  // namespace
 
@@ -30,8 +44,7 @@ SpawnedTask::~SpawnedTask() {
   signal(SIGTERM);
   if (endsSoon()) return;
   signal(SIGKILL);
-  while (waitpid(child_, nullptr, 0) < 0 && errno == EINTR) {
-  }
+  if (!endsSoon()) reapInBackground(child_);
 }
 
 std::optional<std::string> SpawnedTask::readToEnd(std::size_t limit) {
@@ -83,7 +96,7 @@ void SpawnedTask::wakeReader() {
 }
 
 bool SpawnedTask::endsSoon() {
-  const auto deadline = std::chrono::steady_clock::now() + kKillPatience;
+  const auto deadline = std::chrono::steady_clock::now() + kPatience;
   for (auto pause = 1ms; isRunning(); pause *= 2) {
     if (std::chrono::steady_clock::now() >= deadline) return false;
     std::this_thread::sleep_for(pause);

@@ -16,7 +16,8 @@ namespace platform {
 ///
 /// `terminate` sends SIGTERM and ends a read that is under way with what has come so far, whether
 /// the child obeys or not. The destructor sends SIGTERM to a child that still runs and SIGKILL to
-/// one that has not obeyed soon after, and always reaps it: no zombie stays.
+/// one that has not obeyed soon after, and returns within about half a second. It reaps the child;
+/// one that the system cannot end at once is reaped by a thread of its own when it does end.
 class SpawnedTask : public tidewell::Task {
  public:
   /// `child` is a process of ours that nobody else waits for; `output` the reading end of its
