@@ -23,13 +23,13 @@ class ClamshellController {
 
   /// The name of the process whose end the watchdog looks for; this process's own by default. Set
   /// once at launch, before any other use but after the ports are installed, like the label: other
-  /// ports start with the defaults again.
+  /// ports start with the defaults again. With a lid switch (Linux) there is no default to ask for.
   static std::string ownerProcessName();
   static void setOwnerProcessName(std::string name);
   static std::string watchdogLabel();
   static void setWatchdogLabel(std::string label);
 
-  /// The path of the watchdog's file.
+  /// The path of the watchdog's file. Not to be asked for where there is a lid switch (Linux).
   static std::string watchdogURL();
 
   /// Switches sleep off. False when that failed or was declined. A lid switch that must ask the

@@ -30,7 +30,7 @@ class Cancellation {
 
   /// From now on `cancel` runs `action`, in place of any former action. An empty action runs
   /// nothing, and no former action runs any more when this returns. False, and `action` never runs,
-  /// when it is cancelled already.
+  /// when it is cancelled already. `action` must not use this object: it would wait for itself.
   bool onCancel(std::function<void()> action) {
     const std::lock_guard guard(lock_);
     action_ = isCancelled_ ? nullptr : std::move(action);

@@ -30,8 +30,8 @@ namespace tidewell {
 ///
 /// Made whole by `makePorts`, of which each system has its own, or by a test from fakes. Owned by
 /// the process entry (or the test) and outlives every object that was given it. The members are
-/// destroyed in reverse order, so the ones that others build on come first. All are set but
-/// `lidSwitch`, which is null where the system has none, and what takes its place there.
+/// destroyed in reverse order, so the ones that others build on come first. A system has either
+/// `lidSwitch` (Linux) or the four behind it (macOS); the others are null. All else is always set.
 struct Ports {
   std::shared_ptr<SystemLog> log;
   std::shared_ptr<Clock> clock;
@@ -49,7 +49,7 @@ struct Ports {
   std::shared_ptr<SleepNotifications> sleepNotifications;
   std::shared_ptr<LoginItem> loginItem;
   std::shared_ptr<LidSwitch> lidSwitch;
-  // What `ClamshellController` makes do with where there is no lid switch; null elsewhere.
+  // `ClamshellController` alone asks these, where there is no lid switch: they are null on Linux.
   std::shared_ptr<ProcessInfo> processInfo;
   std::shared_ptr<TaskLauncher> taskLauncher;
   std::shared_ptr<PrivilegedScripts> privilegedScripts;
