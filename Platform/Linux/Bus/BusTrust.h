@@ -45,8 +45,9 @@ class BusTrust {
   [[nodiscard]] static bool mayBeReplyOf(const std::string& destination, sd_bus_message* reply);
 
   /// Whether `message` must be treated as if it had never come. A refused call is answered with
-  /// AccessDenied first. When a caller is new, this waits for the bus, a second at most. After the
-  /// bus has not answered, all new callers are refused for a while without asking.
+  /// AccessDenied first. When a caller is new, this waits for the bus, a second at most (two
+  /// questions). After the bus has not answered, all new callers are refused for a while without
+  /// asking.
   bool refuses(sd_bus_message* message);
 
   /// A connection is there: asks for the program's own user, and does not wait.

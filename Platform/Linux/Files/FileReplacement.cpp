@@ -75,7 +75,8 @@ FileReplacement::FileReplacement(const std::filesystem::path& target, std::strin
 }
 
 FileReplacement::~FileReplacement() {
-  if (!temporary_.empty()) unlink(temporary_.c_str());
+  // After an exchange that could not be undone, the name is that of what others wrote.
+  if (!temporary_.empty() && stampOf(temporary_) == own_) unlink(temporary_.c_str());
 }
 
 bool FileReplacement::commit() {
@@ -139,15 +140,21 @@ FileReplacement::Outcome FileReplacement::putBack() {
   if (temporary_.empty()) return Outcome::done;  // There was no exchange.
   if (!exchangeNames(temporary_, target_)) {
     // Somebody has removed the file that stood there for a moment.
-    if (errno != ENOENT || rename(temporary_.c_str(), target_.c_str()) != 0) return failure();
+    if (errno != ENOENT || rename(temporary_.c_str(), target_.c_str()) != 0) return notPutBack();
     temporary_.clear();
     return Outcome::changed;
   }
   if (stampOf(temporary_) == own_) return Outcome::changed;
   // Somebody has put a file there in that moment. That file is the newest.
-  if (rename(temporary_.c_str(), target_.c_str()) != 0) return failure();
+  if (rename(temporary_.c_str(), target_.c_str()) != 0) return notPutBack();
   temporary_.clear();
   return Outcome::changed;
+}
+
+FileReplacement::Outcome FileReplacement::notPutBack() {
+  failure();
+  error_ += "; what others wrote is kept as " + temporary_;
+  return Outcome::failed;
 }
 
 }  // namespace platform

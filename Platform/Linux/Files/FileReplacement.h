@@ -42,11 +42,14 @@ class FileReplacement {
   Outcome commitAsNew();
   Outcome exchange(const RegularFile& expected);
   Outcome putBack();
+  Outcome notPutBack();
   Outcome failure();
 
   std::filesystem::path target_;
-  std::string temporary_;  ///< Empty when there is no such file yet, or no longer.
-  FileStamp own_;          ///< The stamp of the new file.
+  /// The name of the new file; after an exchange that of the old one. Empty when there is no such
+  /// file yet, or no longer.
+  std::string temporary_;
+  FileStamp own_;  ///< The stamp of the new file.
   std::string error_;
 };
 

@@ -11,8 +11,10 @@
 
 #include <cerrno>
 #include <cstddef>
+#include <filesystem>
 #include <iterator>
 #include <optional>
+#include <string>
 #include <thread>
 
 #include "Platform/Linux/Files/ReadLease.h"
@@ -54,6 +56,21 @@ TEST(FileReplacement, RemovesItsTemporaryFileWhenItIsDropped) {
   { const FileReplacement replacement(folder.file(), "b"); }
   EXPECT_EQ(folder.names(), Names{"settings.toml"});
   EXPECT_EQ(folder.read(), "a");
+}
+
+TEST(FileReplacement, LeavesAFileOfOthersThatHasItsTemporaryName) {
+  const SettingsFolder folder;
+  folder.write("a");
+  std::string temporary;
+  {
+    const FileReplacement replacement(folder.file(), "b");
+    temporary =
+        (std::filesystem::path(folder.file()).parent_path() / folder.names().front()).string();
+    ASSERT_NE(temporary, folder.file());
+    folder.write("c");
+    std::filesystem::rename(folder.file(), temporary);
+  }
+  EXPECT_EQ(readRegularFile(temporary, 1000).text, "c");
 }
 
 TEST(FileReplacement, SaysWhyItCannotTakeThePlace) {

@@ -304,6 +304,17 @@ TEST_F(AppsWindowTest, PageDownGoesOnByAboutWhatIsVisible) {
   EXPECT_EQ(current(), rows().front());
 }
 
+TEST_F(AppsWindowTest, PageDownAndPageUpPassAHeadingWhereLittleIsVisible) {
+  list().setFixedHeight(list().visualRect(row(rows().front())).height() + 4);
+  standOn(rows().front());
+  for (std::size_t presses = 0; presses < rows().size(); ++presses)
+    press(Qt::Key_PageDown);
+  EXPECT_EQ(current(), rows().back());
+  for (std::size_t presses = 0; presses < rows().size(); ++presses)
+    press(Qt::Key_PageUp);
+  EXPECT_EQ(current(), rows().front());
+}
+
 TEST_F(AppsWindowTest, LettersGoToAnApplicationOfThatName) {
   standOn(rows().front());
   type("xco");

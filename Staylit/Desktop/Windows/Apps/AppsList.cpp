@@ -4,6 +4,7 @@
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QScrollBar>
+#include <algorithm>
 
 namespace staylit::windows {
 namespace {
@@ -123,11 +124,15 @@ QModelIndex AppsList::moveCursor(CursorAction action, Qt::KeyboardModifiers) {
 
 QModelIndex AppsList::pageFrom(int pages) const {
   const QRect place = visualRect(currentIndex());
-  const int step = viewport()->height() - place.height();
+  const int step = std::max(1, viewport()->height() - place.height());
   const QModelIndex there = indexAt(place.center() + QPoint(0, pages * step));
   const int last = model_->rowCount() - 1;
-  if (pages > 0) return model_->nextEntry(there.isValid() ? there.row() : last, -1);
-  return model_->nextEntry(there.isValid() ? there.row() : 0, 1);
+  const int landing = there.isValid() ? there.row() : (pages > 0 ? last : 0);
+  const QModelIndex next = model_->nextEntry(landing, -pages);
+  // Where little is visible, a heading may be all that lies in between.
+  const int row = currentIndex().row();
+  const bool isBeyond = next.isValid() && (pages > 0 ? next.row() > row : next.row() < row);
+  return isBeyond ? next : model_->nextEntry(row + pages, pages);
 }
 
 void AppsList::initViewItemOption(QStyleOptionViewItem* option) const {
