@@ -12,7 +12,7 @@
 #include "Platform/Posix/Files/Pipe.h"
 #include "Platform/Posix/Tasks/SpawnedTask.h"
 
-extern char** environ;
+extern char** environ;  // NOLINT(readability-redundant-declaration): no header of macOS has it.
 
 namespace platform {
 namespace {
