@@ -103,7 +103,7 @@ class Displays {
     const ScopedEnvironment x("DISPLAY", server.name());
     const ScopedEnvironment wayland("WAYLAND_DISPLAY", std::nullopt);
     if (!server.isThere()) return find("No X server could be started.");
-    const ChildProgram staylit = machine_.start();
+    const ChildProgram staylit = start();
     ++outcome.runs;
     if (!holds()) return find("There was no hold to begin with.");
     OwnMachine::wait(machine_.start({"--settings"}));
@@ -129,7 +129,7 @@ class Displays {
                        const std::function<bool(pid_t)>& wasTried) {
     const ScopedEnvironment x("DISPLAY", display);
     const ScopedEnvironment wayland("WAYLAND_DISPLAY", std::nullopt);
-    const ChildProgram staylit = machine_.start();
+    const ChildProgram staylit = start();
     ++outcome.runs;
     if (!holds()) return find("There was no hold to begin with.");
     if (OwnMachine::wait(machine_.start({"--settings"})) != 0) {
@@ -148,6 +148,12 @@ class Displays {
     if (OwnMachine::wait(staylit) != 0) find("On " + what + " it did not end in order.");
   }
 
+  /// When the login service has forgotten the hold of the program before, which may have been
+  /// killed: a hold that is seen from then on is this program's.
+  ChildProgram start() {
+    OwnMachine::eventually([this] { return machine_.holdReason().empty(); }, 20s);
+    return machine_.start();
+  }
   bool holds() {
     return OwnMachine::eventually([this] { return !machine_.holdReason().empty(); }, 30s);
   }
