@@ -28,18 +28,21 @@ TEST(Pipe, IsInheritedByNoProgram) {
 }
 
 TEST(Pipe, TakesNoNumberOfAStandardStream) {
+  // Closed again before the streams are back, of which it would close one if it had its number.
   std::optional<testing::ClosedStandardStreams> closed(std::in_place);
-  const Pipe pipe = Pipe::make();
-  const int readingFlags = fcntl(pipe.reading.get(), F_GETFD);
-  const int writingFlags = fcntl(pipe.writing.get(), F_GETFD);
+  std::optional<Pipe> pipe(Pipe::make());
+  const int reading = pipe->reading.get();
+  const int writing = pipe->writing.get();
+  const bool isInherited =
+      fcntl(reading, F_GETFD) != FD_CLOEXEC || fcntl(writing, F_GETFD) != FD_CLOEXEC;
   const bool leavesThemFree = fcntl(STDIN_FILENO, F_GETFD) < 0 &&
                               fcntl(STDOUT_FILENO, F_GETFD) < 0 &&
                               fcntl(STDERR_FILENO, F_GETFD) < 0;
+  pipe.reset();
   closed.reset();
-  EXPECT_GT(pipe.reading.get(), STDERR_FILENO);
-  EXPECT_GT(pipe.writing.get(), STDERR_FILENO);
-  EXPECT_EQ(readingFlags, FD_CLOEXEC);
-  EXPECT_EQ(writingFlags, FD_CLOEXEC);
+  EXPECT_GT(reading, STDERR_FILENO);
+  EXPECT_GT(writing, STDERR_FILENO);
+  EXPECT_FALSE(isInherited);
   EXPECT_TRUE(leavesThemFree);
 }
 
