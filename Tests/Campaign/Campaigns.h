@@ -18,7 +18,8 @@ Outcome hostileNames(Effort effort);
 Outcome damagedMessages(Effort effort);
 Outcome forgedMessages(Effort effort);
 Outcome severalStaylits(Effort effort);
-Outcome restarts(Effort effort);
+/// `name`: which of its parts.
+Outcome restarts(Effort effort, std::string_view name);
 Outcome stopsOfStaylit(Effort effort);
 Outcome stopsOfLogind(Effort effort);
 Outcome stopsOfTheSystemBus(Effort effort);
