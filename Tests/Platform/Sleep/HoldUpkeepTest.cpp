@@ -42,6 +42,14 @@ class HoldUpkeepTest : public SleepTest {
     runBriefly(*loop);
   }
   /// Waits until what `service` grants late has been heard of, which sets a timer anew.
+  /// Hears of all services that are there by now, so that none of them seems to come later.
+  void hearOfServices() {
+    // The bus delivers in order: what it said before is there when it answers.
+    sessionBus->call(
+        {"org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "GetId"});
+    while (sd_event_run(loop->handle(), 0) > 0) {
+    }
+  }
   void hearLateAnswer(FakeSessionService& service) {
     // The first news of the services sets it as well.
     runBriefly(*loop);
@@ -248,6 +256,7 @@ TEST_F(HoldUpkeepTest, GivesAGrantBackAtOnceThatComesTooLateToBeWanted) {
 TEST_F(HoldUpkeepTest, TakesAGrantUnderAFormerNameWhereThereIsNoOther) {
   const auto gnome = sessionService(kGnome);
   const auto logind = fakeLogind();
+  hearOfServices();
   gnome->isSilent = true;
   const auto creation = create(kSystem, "a");
   inhibitors->setAssertionName(creation.id, "b");
