@@ -14,6 +14,7 @@ Outcome killAtRandomMoments(Effort effort);
 Outcome scale(Effort effort);
 Outcome soak(Effort effort);
 Outcome displays(Effort effort);
+Outcome displaysThatStopLater(Effort effort);
 Outcome hostileNames(Effort effort);
 Outcome damagedMessages(Effort effort);
 Outcome forgedMessages(Effort effort);
