@@ -7,16 +7,11 @@
 #include <QLibraryInfo>
 #include <QPluginLoader>
 #include <QStringList>
-#include <chrono>
-#include <thread>
 
 #include "Staylit/Desktop/Windows/DisplayServers.h"
 
 namespace staylit::windows {
 namespace {
-
-constexpr int kAttempts = 3;
-constexpr std::chrono::milliseconds kPauseBetweenAttempts{200};
 
 QStringList pluginFolders() {
   QStringList folders;
@@ -57,15 +52,9 @@ std::shared_ptr<void> connectToX() {
   const auto hasError = reinterpret_cast<HasError>(xcb.resolve("xcb_connection_has_error"));
   const auto disconnect = reinterpret_cast<Disconnect>(xcb.resolve("xcb_disconnect"));
   if (!connect || !hasError || !disconnect) return nullptr;
-  // A server that has just begun on a busy machine may close a connection at once. The next one
-  // stands.
-  for (int attempt = 0; attempt < kAttempts; ++attempt) {
-    if (attempt > 0) std::this_thread::sleep_for(kPauseBetweenAttempts);
-    // The pointer is never null, even when the connection failed.
-    std::shared_ptr<void> connection(connect(nullptr, nullptr), disconnect);
-    if (hasError(connection.get()) == 0) return connection;
-  }
-  return nullptr;
+  // The pointer is never null, even when the connection failed.
+  std::shared_ptr<void> connection(connect(nullptr, nullptr), disconnect);
+  return hasError(connection.get()) == 0 ? connection : nullptr;
 }
 
 std::shared_ptr<void> connectToWayland() {
