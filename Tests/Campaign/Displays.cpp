@@ -45,11 +45,13 @@ class XServer {
           return ::fcntl(writing.get(), F_SETFD, 0) == 0 && platform::testing::silence();
         });
     writing.reset();
-    // The server writes its number once it is ready, or ends.
-    std::array<char, 16> number{};
-    if (::read(reading.get(), number.data(), number.size() - 1) > 0) {
-      number_ = std::to_string(std::atoi(number.data()));
-    }
+    // The server writes its number once it is ready, and the end of the line with a second call. It
+    // ends itself if nobody reads that one.
+    std::string line;
+    char next = 0;
+    while (::read(reading.get(), &next, 1) == 1 && next != '\n')
+      line += next;
+    if (next == '\n') number_ = line;
   }
   ~XServer() {
     server_.kill();
