@@ -8,13 +8,14 @@
 
 namespace platform {
 
-/// What an application is called. Shared by all its processes; immutable.
+/// The names of an application. All its processes share one; immutable.
 struct ApplicationIdentity {
   std::optional<std::string> bundleIdentifier;
   std::optional<std::string> localizedName;
 };
 
-/// What is known of a process when its application is looked for. Valid during the call only.
+/// What is known of a process whose application is looked for. The texts are valid during the call
+/// only.
 struct ProcessFacts {
   std::int32_t pid;
   std::uint64_t startTicks;
@@ -29,10 +30,11 @@ class ApplicationResolver {
  public:
   virtual ~ApplicationResolver() = default;
 
-  /// Null for a process of no application.
+  /// The application that the process belongs to, or null when it belongs to none.
   virtual std::shared_ptr<const ApplicationIdentity> applicationOf(const ProcessFacts& facts) = 0;
 
-  /// Called every half a minute or so: a time to look whether applications were installed.
+  /// Looks for applications that were installed or removed meanwhile. Called about every half a
+  /// minute.
   virtual void refresh() = 0;
 };
 

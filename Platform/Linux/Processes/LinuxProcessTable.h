@@ -10,9 +10,10 @@
 
 namespace platform {
 
-/// The process table as `/proc` and the kernel's CPU clocks tell it; a snapshot is a pass of the
-/// tracker, which knows the applications as well. Ascending by pid. All CPU time is reported as
-/// user time: the clocks do not tell the two apart. `tracker` must outlive it.
+/// Gives the core the processes and applications that `ProcessTracker` follows. A snapshot makes
+/// one pass of the tracker, and lists the processes in ascending order of pid. All CPU time is
+/// reported as user time, because the kernel's CPU clocks do not tell user time from system time.
+/// Main thread only; `tracker` must outlive the table.
 class LinuxProcessTable : public tidewell::ProcessTable {
  public:
   explicit LinuxProcessTable(ProcessTracker& tracker);
@@ -22,7 +23,7 @@ class LinuxProcessTable : public tidewell::ProcessTable {
   std::string_view path(std::int32_t pid) override;
   std::int32_t parent(std::int32_t pid) override;
   bool isAlive(std::int32_t pid) override;
-  /// The kernel adds a child's I/O to that of whoever reaps it.
+  /// The kernel adds a child's I/O to the I/O of the process that reaps the child.
   bool diskIncludesReaped() override { return true; }
   tidewell::Timebase timebase() override;
 

@@ -14,7 +14,8 @@ namespace platform {
 namespace {
 
 constexpr std::uint8_t kQuietPassesBeforeClosing = 5;
-/// A program that replaces itself under the same name is rare enough to be noticed a little late.
+/// A process seldom changes its program and keeps its name, so such a change may be noticed a
+/// little late.
 constexpr std::uint8_t kActivePassesBetweenLooks = 8;
 
 using Access = TrackedProcess::Access;
@@ -32,7 +33,7 @@ std::size_t hashOf(std::string_view text) {
   return std::hash<std::string_view>{}(text);
 }
 
-/// Makes `process` a blank page under the same number.
+/// Forgets all but the pid and the CPU time, because the pid belongs to another process now.
 void startOver(TrackedProcess& process, std::uint64_t startTicks) {
   const std::int32_t pid = process.pid;
   const std::uint64_t cpuTime = process.cpuTime;
@@ -65,7 +66,7 @@ bool ProcessReader::readProgram(TrackedProcess& process, const ProcStat& stat) {
   const auto link = proc_.readLink(process.pid, "exe");
   if (!link) {
     if (errno == ESRCH) return false;
-    // One that has ended has no program any more; what was known of it still holds.
+    // An ended process has no program any more. What was known of the process still holds.
     if (isPermission(errno)) process.access = Access::refused;
     return true;
   }
@@ -85,9 +86,9 @@ bool ProcessReader::readProgram(TrackedProcess& process, const ProcStat& stat) {
 
 /// The path by which a person knows the process.
 ///
-/// A shell is known by the script that it runs. Where it only runs a command for somebody else, as
-/// `make` has them run, the work is somebody else's; but what begins a session of its own, as in a
-/// terminal window, is not the work of who began it.
+/// A shell goes by the script that it runs. A shell that only runs a command for its parent, as for
+/// `make`, goes by its parent's path. A shell that began a session of its own, as in a terminal
+/// window, does not work for its parent.
 std::string ProcessReader::readPath(const TrackedProcess& process, const std::string& program) {
   if (runsShell(program, process.commText())) {
     const auto arguments = proc_.read(process.pid, "cmdline");
@@ -118,14 +119,14 @@ bool ProcessReader::readAfterRun(TrackedProcess& process, bool mayReap) {
   process.quietPasses = 0;
   if (process.access != Access::readable) return true;
   keepOpen(process);
-  // The bytes come first: they hold those of reaped children, which must not show before their time
-  // does, by which they are known.
+  // The bytes are read before the reaped time. Both include what reaped children used, and a reaped
+  // child is recognised by its time. So its bytes must not show before its time does.
   if (!readIo(process) || programChanged(process, mayReap)) return readAll(process);
   return true;
 }
 
 void ProcessReader::noteChildren(TrackedProcess& process) {
-  // What is open tells nothing of children.
+  // The open file is `comm`, which tells nothing of children.
   if (!std::exchange(process.reaps, true)) process.nameFile = Descriptor();
 }
 
@@ -137,7 +138,8 @@ void ProcessReader::takeReaped(TrackedProcess& process, const ProcStat& stat) {
 bool ProcessReader::readIo(TrackedProcess& process) {
   const auto text = process.ioFile ? proc_.read(process.ioFile) : proc_.read(process.pid, "io");
   if (!text) return false;
-  // A kernel without this accounting leaves the file empty: no traffic that we could know of.
+  // A kernel without I/O accounting leaves the file empty. The traffic is then unknown and counts
+  // as none.
   process.io = parseProcIo(*text).value_or(ProcIo());
   return true;
 }
@@ -158,8 +160,8 @@ bool ProcessReader::commIsSame(TrackedProcess& process) {
   return *comm == process.commText();
 }
 
-/// One file tells both of the children's time and whether it is the same process by the same name.
-/// False when it is not.
+/// Reads `stat`, which tells the time of reaped children, and whether the process and its name are
+/// still the same. False when they are not.
 bool ProcessReader::readStatAfterRun(TrackedProcess& process) {
   const auto text = process.reaps && process.nameFile ? proc_.read(process.nameFile)
                                                       : proc_.read(process.pid, "stat");

@@ -16,35 +16,37 @@
 
 namespace platform {
 
-/// Reads single processes: once in full when they are new, and as little as possible whenever they
-/// have run. Main thread only; the arguments must outlive it.
+/// Reads single processes: everything of a new process, and as little as possible of a process that
+/// has run. Main thread only; the constructor's arguments must outlive the reader.
 class ProcessReader {
  public:
-  /// The process with an identifier, if it is known; null else.
+  /// Finds a known process by its identifier; null when there is none.
   using Lookup = std::function<const TrackedProcess*(std::int32_t pid)>;
 
   ProcessReader(ProcFileSystem& proc, ApplicationResolver& applications, tidewell::Text& text,
                 Lookup known);
 
-  /// How many processes may keep their files open, two each.
+  /// Limits for how many processes files are kept open, two for each.
   void setMostKeptOpen(std::size_t processes) { mostKeptOpen_ = processes; }
 
   /// Reads everything but the CPU time. False when there is no such process any more.
   bool readAll(TrackedProcess& process);
 
-  /// Reads what changes when a process runs: its I/O, the time of the children that it has reaped
-  /// if it reaps or `mayReap`, and its name if that has changed. False when the process is gone.
+  /// Reads what changes when a process runs: its I/O, the CPU time of the children that it has
+  /// reaped (if it is known to have children, or `mayReap`), and everything if its program has
+  /// changed. False when the process is gone.
   bool readAfterRun(TrackedProcess& process, bool mayReap);
 
-  /// Closes the files of a process that has not run for some passes.
+  /// Notes a pass in which the process did not run. After some such passes its files are closed.
   void noteQuiet(TrackedProcess& process);
 
-  /// Closes its files; to be called before a process is dropped.
+  /// Closes the files of a process. Call this before the process is dropped.
   void forget(TrackedProcess& process);
 
   std::optional<ProcStat> stat(std::int32_t pid);
 
-  /// Notes that a process has children, so that it is read as one that reaps from now on.
+  /// Notes that a process has children. From now on `readAfterRun` reads the time of those that it
+  /// has reaped.
   static void noteChildren(TrackedProcess& process);
 
  private:

@@ -14,20 +14,20 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr auto kScanInterval = 30s;
-/// With more new identifiers than this, listing the folder is cheaper than asking for each.
+/// When there are more new identifiers, listing the folder is cheaper than asking for each of them.
 constexpr std::int32_t kMostProbes = 4096;
 constexpr std::size_t kLooks = 2;
-/// By then a process has joined its unit and become its program.
+/// After this time a process has joined its systemd unit and has become the program that it runs.
 constexpr auto kTimeToSettle = 10s;
-/// How many processes that are not known to have children are asked for them in one pass.
+/// In one pass so many processes without known children are asked whether they have reaped any.
 constexpr std::size_t kMostSweeps = 64;
-/// Descriptors left to the rest of the program.
+/// Descriptors that are left to the rest of the program.
 constexpr std::size_t kSpareDescriptors = 128;
 
 using Access = TrackedProcess::Access;
 using Reading = TrackedProcess::Reading;
 
-/// How many processes may keep two files open each.
+/// For how many processes two files each may be kept open.
 std::size_t descriptorBudget() {
   rlimit limit{};
   if (getrlimit(RLIMIT_NOFILE, &limit) != 0) return 0;
@@ -71,15 +71,16 @@ void ProcessTracker::findNew() {
   hadStrangers_ = hadStrangers(processes_.size() - std::min(known, processes_.size()));
 }
 
-/// Whether more identifiers were given out than the `found` new processes have. Threads have some
-/// as well, so this only says that a process may have come and gone.
+/// Whether more identifiers were given out than the `found` new processes have. Threads get
+/// identifiers as well, so this only says that a process may have come and gone.
 bool ProcessTracker::hadStrangers(std::size_t found) const {
   if (!newest_ || !formerNewest_ || *newest_ < *formerNewest_) return true;
   return static_cast<std::size_t>(*newest_ - *formerNewest_) > found;
 }
 
 const TrackedProcess* ProcessTracker::find(std::int32_t pid) {
-  // Ascending questions, each asked several times, hit the same entry or the next.
+  // Callers ask in ascending order, and several times for one process. So the answer is the last
+  // entry or the next.
   if (cursor_ < processes_.size() && processes_[cursor_].pid < pid) ++cursor_;
   if (cursor_ >= processes_.size() || processes_[cursor_].pid != pid) {
     const auto found = std::ranges::lower_bound(processes_, pid, {}, &TrackedProcess::pid);
@@ -141,16 +142,17 @@ bool ProcessTracker::readClock(TrackedProcess& process) {
   process.due = Reading::none;
   const bool isAnother = wasGivenOutAgain(process.pid);
   if (process.access != Access::readable && !isAnother) {
-    // Neither a kernel thread nor another user's process has anything to tell; whether they are
-    // still there shows at the next scan.
+    // A kernel thread or another user's process has nothing to tell. The next scan shows whether it
+    // still exists.
     if (process.looks < kLooks) process.due = Reading::all;
     return true;
   }
-  // The clock comes first: what happens between the two readings shows at the next pass.
+  // The clock is read before the files. What happens between the two readings shows in the next
+  // pass.
   const auto time = cpuTime(process.pid);
   if (!time) return false;
   const std::uint64_t former = std::exchange(process.cpuTime, *time);
-  // Time that runs backwards is another process under the same number.
+  // When the time became less, the number belongs to another process now.
   if (isAnother || *time < former) process.looks = 0;
   if (process.looks < kLooks) {
     process.due = Reading::all;
@@ -163,11 +165,13 @@ bool ProcessTracker::readClock(TrackedProcess& process) {
 }
 
 void ProcessTracker::readThoseThatRan() {
-  // One that reaps is always asked what, any other only where there may be something.
+  // A process with known children is always asked what it has reaped. Others are asked only when a
+  // process may have come and gone unseen.
   std::size_t sweeps = hadStrangers_ ? kMostSweeps : 0;
   std::int32_t lastSwept = 0;
   for (TrackedProcess& process : processes_) {
-    // One that is gone by now was there a moment ago: that it ended is the next pass's to see.
+    // A process that cannot be read has ended since its clock was read. The next pass finds that
+    // out.
     if (process.due == Reading::all && !reader_.readAll(process) && process.looks < kLooks) {
       ++process.looks;
     }
@@ -208,7 +212,7 @@ void ProcessTracker::scan() {
     if (process.access == Access::refused) process.due = Reading::all;
   }
   const std::size_t known = processes_.size();
-  // Not twice as many, as a list that grows by itself: most of them never change in number.
+  // A vector that grows by itself doubles its size. The number of processes seldom grows much.
   if (pids->size() > processes_.capacity()) processes_.reserve(pids->size() + pids->size() / 8);
   for (const std::int32_t pid : *pids) {
     if (!isAmongFirst(known, pid)) add(pid);
@@ -219,7 +223,7 @@ void ProcessTracker::scan() {
 void ProcessTracker::probeNew() {
   const std::size_t known = processes_.size();
   for (std::int32_t pid = *formerNewest_ + 1; pid <= *newest_; ++pid) {
-    // What is known already was given out again, and is read afresh.
+    // A known identifier was given out again. `readClock` has marked its process to be read afresh.
     if (!isAmongFirst(known, pid)) add(pid);
   }
   mergeNew(known);
@@ -247,7 +251,7 @@ bool ProcessTracker::hasSettled(const TrackedProcess& process) const {
   return process.startTicks + ticks < sources_.uptimeTicks();
 }
 
-/// Brings what `add` appended behind the first `known` processes into order.
+/// Sorts the processes that `add` appended after the first `known` ones into the list.
 void ProcessTracker::mergeNew(std::size_t known) {
   std::inplace_merge(
       processes_.begin(), processes_.begin() + static_cast<std::ptrdiff_t>(known), processes_.end(),

@@ -18,13 +18,14 @@
 
 namespace platform {
 
-/// Follows all processes of the machine at the least cost: one clock reading for a process that
-/// did not run, no allocation for it, and files only for those that did.
+/// Follows all processes of the machine at the least cost. A process that did not run costs one
+/// clock reading and no allocation. Files are read only of processes that ran.
 ///
-/// A pass reads the clocks of what it knows first and the files afterwards, so that what a process
-/// was charged for its children is seldom older than the news of their end. The time of reaped
-/// children lies in a file of its own cost: it is read of the processes that have or had children,
-/// and of some others whenever the kernel gave out identifiers that nobody has any more.
+/// A pass reads first the clocks of all known processes and then the files. The clocks show who has
+/// ended, and the files show what the parents were charged for ended children. So a child whose end
+/// is known is seldom missing in its parent's charge. The time of reaped children costs one more
+/// file. It is read of processes that have or had children, and of some others whenever the kernel
+/// gave out identifiers that nobody has any more.
 ///
 /// Where the kernel refuses its CPU clocks, the `stat` file of every process is read instead: the
 /// same facts at several times the cost, and with the resolution of a clock tick.
@@ -37,7 +38,8 @@ class ProcessTracker {
     ApplicationResolver& applications;
     tidewell::Text& text;
     std::function<tidewell::Moment()> now = BootTime::now;
-    /// Since the machine was started, as the kernel counts the start of a process.
+    /// Clock ticks since the machine was started. The kernel counts the start of a process in the
+    /// same way.
     std::function<std::uint64_t()> uptimeTicks = clockTicksSinceBoot;
   };
 
@@ -45,28 +47,28 @@ class ProcessTracker {
 
   explicit ProcessTracker(Sources sources);
 
-  /// One pass: after it, `processes` is what is alive and what it has used.
+  /// Makes one pass. Afterwards `processes` lists what is alive and what it has used.
   void refresh();
 
   /// Ascending by pid. Valid until the next pass.
   [[nodiscard]] const std::vector<TrackedProcess>& processes() const { return processes_; }
 
-  /// Null for a process that is not known. Cheapest when asked in ascending order.
+  /// The known process with this identifier, or null. Asking in ascending order costs least.
   const TrackedProcess* find(std::int32_t pid);
 
   /// Reads a process that the last pass did not see, as far as it can be read.
   std::optional<TrackedProcess> readNow(std::int32_t pid);
 
-  /// The process that reaps `pid` when it ends, as far as is known; 0 for none. Looks afresh if the
-  /// one that was its parent has ended.
+  /// The process that will reap `pid`, as far as is known; 0 for none. Reads the parent afresh if
+  /// the former one has ended.
   std::int32_t parent(std::int32_t pid);
 
-  /// Whether there is such a process at this moment, ended or not.
+  /// Whether there is such a process at this moment. An ended process counts until it is reaped.
   bool isAlive(std::int32_t pid);
 
-  /// Of `TrackedProcess::cpuTime`: nanoseconds per unit.
+  /// The unit of `TrackedProcess::cpuTime` in nanoseconds.
   [[nodiscard]] tidewell::Timebase timebase() const;
-  /// A number of clock ticks in that unit.
+  /// Converts clock ticks into that unit.
   [[nodiscard]] std::uint64_t fromTicks(std::uint64_t ticks) const;
 
  private:
@@ -92,12 +94,12 @@ class ProcessTracker {
   long ticksPerSecond_;
   std::vector<TrackedProcess> processes_;
   std::vector<std::int32_t> newParents_;
-  bool hadStrangers_ = false;   ///< Whether others than those found were born since the last pass.
-  std::int32_t lastSwept_ = 0;  ///< Where the next sweep for reaped children goes on.
+  bool hadStrangers_ = false;   ///< Whether an identifier went to no process that was found.
+  std::int32_t lastSwept_ = 0;  ///< The next sweep for reaped children starts after this pid.
   std::size_t cursor_ = 0;      ///< Where the next `find` is likely to hit.
   std::optional<tidewell::Moment> lastScan_;
-  std::optional<std::int32_t> newest_;        ///< The newest identifier, as of this pass.
-  std::optional<std::int32_t> formerNewest_;  ///< As of the pass before.
+  std::optional<std::int32_t> newest_;        ///< The newest identifier in this pass.
+  std::optional<std::int32_t> formerNewest_;  ///< The newest identifier in the pass before.
 };
 
 }  // namespace platform

@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::string_view kDeleted = " (deleted)";
 constexpr std::string_view kDigits = "0123456789";
-/// A program that is a shell when it is called so.
+/// This program contains many tools. It is a shell when it was started by a shell's name.
 constexpr std::string_view kManyTools = "busybox";
 
 struct SplitPath {
@@ -28,14 +28,14 @@ bool isKnownExecutable(std::string_view name, tidewell::Text& text) {
   return !name.empty() && tidewell::AppCatalog::lookup(std::nullopt, name, text) != nullptr;
 }
 
-/// Of a path the end matters, and the system bounds its length.
+/// Cleans without shortening, because the end of a path matters, and the system limits its length.
 std::string cleanPath(std::string_view folder, std::string_view name) {
   const std::string path = std::string(folder) + std::string(name);
   return tidewell::cleaned(path, path.size());
 }
 
-/// `name` less its last group of digits and the dot or dash before it; empty when nothing is left
-/// to cut.
+/// `name` without the digits at its end and the dot or dash before them. Empty when `name` does not
+/// end with a digit, or consists of digits.
 std::string_view withoutLastNumber(std::string_view name) {
   const std::size_t last = name.find_last_not_of(kDigits);
   if (last == std::string_view::npos || last + 1 == name.size()) return {};
@@ -43,7 +43,8 @@ std::string_view withoutLastNumber(std::string_view name) {
   return name.substr(0, separated ? last : last + 1);
 }
 
-/// The longest beginning of `name`, cut at its version numbers, that the catalogue knows.
+/// Cuts version numbers off the end of `name` until the catalogue knows the rest. Empty when it
+/// never does.
 std::string_view knownWithoutVersion(std::string_view name, tidewell::Text& text) {
   for (name = withoutLastNumber(name); !name.empty(); name = withoutLastNumber(name)) {
     if (isKnownExecutable(name, text)) return name;

@@ -10,7 +10,7 @@ namespace {
 constexpr std::array<std::string_view, 8> kShells = {"sh",  "bash", "dash", "zsh",
                                                      "ksh", "mksh", "ash",  "fish"};
 
-/// Long options that a value follows as an argument of its own.
+/// Long options whose value is the next argument.
 constexpr std::array<std::string_view, 3> kWithValue = {"--rcfile", "--init-file",
                                                         "--init-command"};
 
@@ -25,7 +25,7 @@ bool isOption(std::string_view argument) {
   return argument.size() > 1 && (argument.front() == '-' || argument.front() == '+');
 }
 
-/// How many arguments of an option's own follow it. Short ones may stand together, as in
+/// How many of the arguments after `option` are its values. Short options may stand together, as in
 /// "-euo pipefail".
 std::ptrdiff_t valuesAfter(std::string_view option) {
   if (option.starts_with("--")) {

@@ -4,12 +4,12 @@
 
 namespace platform {
 
-/// What a shell is there for, as its command line tells (sh(1), bash(1), and their like).
+/// What a shell does, as its command line tells (see sh(1) and bash(1)).
 struct ShellWork {
   enum class Kind {
     prompt,   ///< Takes commands from a person or a pipe.
     script,   ///< Runs a file.
-    command,  ///< Runs a text that whoever started it gave it ("-c").
+    command,  ///< Runs a text that is one of its arguments ("-c").
   };
 
   Kind kind = Kind::prompt;
@@ -19,8 +19,8 @@ struct ShellWork {
 /// Whether a program file of this name is a shell.
 bool isShell(std::string_view file);
 
-/// `arguments` is what `/proc/<pid>/cmdline` holds: the arguments with a NUL after each, the
-/// program's own name first. Any bytes.
+/// Reads what `/proc/<pid>/cmdline` holds: the arguments with a NUL after each, the program's own
+/// name first. `arguments` may have any bytes, and the result refers to them.
 ShellWork shellWork(std::string_view arguments);
 
 }  // namespace platform

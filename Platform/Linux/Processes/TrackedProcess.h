@@ -17,11 +17,11 @@ namespace platform {
 struct TrackedProcess {
   enum class Access : std::uint8_t {
     readable,
-    refused,         ///< Another user's: neither its program nor its I/O may be read.
-    withoutProgram,  ///< A kernel thread, or one that had ended when it was first seen.
+    refused,         ///< A process of another user: its program and its I/O may not be read.
+    withoutProgram,  ///< A kernel thread, or a process that had ended before it was first seen.
   };
 
-  /// What of a process is to be read on this pass.
+  /// What this pass has to read of a process.
   enum class Reading : std::uint8_t { none, afterRun, all };
 
   explicit TrackedProcess(std::int32_t identifier) : pid(identifier) {}
@@ -30,26 +30,27 @@ struct TrackedProcess {
   std::int32_t parentPid = 0;
   std::int32_t session = 0;
   std::uint64_t startTicks = 0;
-  std::uint64_t cpuTime = 0;      ///< In the tracker's unit of CPU time.
-  std::uint64_t reapedTicks = 0;  ///< CPU time of the children that it has reaped, and theirs.
+  std::uint64_t cpuTime = 0;  ///< In the tracker's unit of CPU time.
+  /// CPU time of the children that it has reaped, and of those that they have reaped.
+  std::uint64_t reapedTicks = 0;
   ProcIo io;
   tidewell::SharedText path;  ///< As `programPath` made it; empty unless readable.
-  std::size_t linkHash = 0;   ///< Of the `exe` link that `path` was made from.
+  std::size_t linkHash = 0;   ///< Hash of the `exe` link that `path` was made from.
   std::shared_ptr<const tidewell::RunningApplication> application;  ///< Null for none.
   std::array<char, 16> comm{};
   Access access = Access::withoutProgram;
   Reading due = Reading::none;
-  bool reaps = false;  ///< Has or had children, so that more of its time may be theirs.
-  /// Grows whenever path and application were read.
+  bool reaps = false;  ///< Whether it has or had children, so that `reapedTicks` may grow.
+  /// Grows with each reading of the path and the application.
   std::uint32_t programVersion = 0;
-  /// How often its names were read. A process joins its unit, and replaces its program, a moment
-  /// after it starts, so they are read on two passes.
+  /// How often the path and the application were read. A process joins its systemd unit and
+  /// replaces its program a moment after its start, so they are read in two passes.
   std::uint8_t looks = 0;
-  std::uint8_t quietPasses = 0;   ///< Since it last ran, while its files are kept open.
-  std::uint8_t activePasses = 0;  ///< Since its program was last looked at.
-  /// Kept open while it runs often.
+  std::uint8_t quietPasses = 0;   ///< Passes since it last ran, counted while its files are open.
+  std::uint8_t activePasses = 0;  ///< Passes in which it ran since its program was last looked at.
+  /// The two files are kept open while the process runs often.
   Descriptor ioFile;
-  Descriptor nameFile;  ///< `stat` of one that reaps, else `comm`.
+  Descriptor nameFile;  ///< `stat` if `reaps`, else `comm`.
 
   [[nodiscard]] std::string_view commText() const { return comm.data(); }
 };
