@@ -49,7 +49,8 @@ namespace tidewell {
 /// The sum, with the folded account's 5: 4, 6, 10, 12, which is what the kernel charged.
 ///
 /// Left out is
-/// * what no one reaped (its parent ignores its end);
+/// * what nobody was charged for: on Linux the children of one that ignores their end, on macOS
+///   what waits to be reaped when its parent ends;
 /// * of what is told all at once, by one who reaped or was not read before, that which cannot have
 ///   been used since the last pass: time beyond what all processors could give in that interval
 ///   (and the same part of the bytes), and bytes beyond what the fastest drive could carry in it,
@@ -58,8 +59,13 @@ namespace tidewell {
 ///   a process was seen to use itself from one pass to the next is never cut for its amount alone.
 ///
 /// Some things are guessed, and a wrong guess counts a child's usage twice or not at all:
-/// * where a process that waits to be reaped cannot be read (macOS), who reaped the children of one
-///   whose end was not seen to its end either;
+/// * of a process that ends with its parent, who reaped it: its parent, whoever inherited it, or,
+/// on
+///   macOS, the kernel, which then charges nobody;
+/// * on macOS, of one that ignores the end of its children and is charged for each of them twice,
+///   what is twice in the charge that it leaves with its own end;
+/// * where a process that waits to be reaped could not be read (on neither system is it so), who
+///   reaped the children of one whose end was not seen to its end either;
 /// * where a process that cannot be read stands between one that can and its reaper, whether it
 ///   reaped the child itself. It is taken to have done so while it lives.
 ///

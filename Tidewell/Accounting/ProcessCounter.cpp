@@ -47,10 +47,11 @@ void ProcessCounter::beginWithMost(FollowedProcess& process, const ResourceUsage
   begin(process, usage, application);
   process.reapedSome = process.reapedTime > 0;
   process.counted.time = std::min(process.ownTime, most.time);
+  const std::uint64_t reaped = chargedOnce(process.pid, process.reapedTime);
   if (table_.diskIncludesReaped()) {
-    process.reaped.begin(process.reapedTime, process.disk);
+    process.reaped.begin(reaped, process.disk);
   } else {
-    process.reaped.begin(process.reapedTime, 0);
+    process.reaped.begin(reaped, 0);
     process.counted.disk = std::min(process.disk, most.disk);
   }
 }
@@ -67,12 +68,18 @@ void ProcessCounter::update(FollowedProcess& process, const ResourceUsage& usage
   // Where those of reaped children may be among the bytes, they wait to be sorted out.
   const bool isMixed = table_.diskIncludesReaped();
   process.counted += {increase(ownTimeOf(usage), process.ownTime), isMixed ? 0 : disk};
-  process.reapedSome = usage.reapedTime > process.reapedTime;
-  process.reaped.grow(increase(usage.reapedTime, process.reapedTime), isMixed ? disk : 0);
+  const std::uint64_t reaped = increase(usage.reapedTime, process.reapedTime);
+  process.reapedSome = reaped > 0;
+  process.reaped.grow(chargedOnce(process.pid, reaped), isMixed ? disk : 0);
   // A counter that goes backwards, as none should, is not counted again.
   process.ownTime = std::max(process.ownTime, ownTimeOf(usage));
   process.reapedTime = std::max(process.reapedTime, usage.reapedTime);
   process.disk += disk;
+}
+
+/// The time that a process has been charged for its children, each once.
+std::uint64_t ProcessCounter::chargedOnce(std::int32_t pid, std::uint64_t reapedTime) {
+  return reapedTime > 0 && table_.isChargedTwice(pid) ? reapedTime / 2 : reapedTime;
 }
 
 /// Reads path and application. What was counted so far stays under the former name.

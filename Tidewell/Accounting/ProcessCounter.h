@@ -38,6 +38,7 @@ class ProcessCounter {
 
  private:
   void begin(FollowedProcess& process, const ResourceUsage& usage, const Application& application);
+  std::uint64_t chargedOnce(std::int32_t pid, std::uint64_t reapedTime);
   void readName(FollowedProcess& process, std::uint32_t version, const Application& application);
 
   ProcessTable& table_;

@@ -70,6 +70,10 @@ class ProcessTable {
   /// Whether the process exists at this very moment. One that has ended does until it is reaped.
   virtual bool isAlive([[maybe_unused]] std::int32_t pid) { return true; }
 
+  /// Whether the process, as far as is known now, is charged twice for each child that ends: once
+  /// would be right. On macOS so is one that ignores the end of its children.
+  virtual bool isChargedTwice([[maybe_unused]] std::int32_t pid) { return false; }
+
   /// Whether a process's disk bytes contain those of the children that it has reaped. Constant.
   virtual bool diskIncludesReaped() { return false; }
 

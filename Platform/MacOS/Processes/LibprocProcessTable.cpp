@@ -2,6 +2,8 @@
 
 #include <libproc.h>
 #include <mach/mach_time.h>
+#include <sys/proc.h>
+#include <sys/sysctl.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -48,13 +50,22 @@ std::string_view LibprocProcessTable::path(std::int32_t pid) {
 std::int32_t LibprocProcessTable::parent(std::int32_t pid) {
   // The short record may be read of every user's processes.
   proc_bsdshortinfo info{};
-  const int length = proc_pidinfo(pid, PROC_PIDT_SHORTBSDINFO, 0, &info, sizeof info);
+  constexpr std::uint64_t kAlsoOfUnreaped = 1;
+  const int length = proc_pidinfo(pid, PROC_PIDT_SHORTBSDINFO, kAlsoOfUnreaped, &info, sizeof info);
   if (length != static_cast<int>(sizeof info)) return 0;
   return static_cast<std::int32_t>(info.pbsi_ppid);
 }
 
 bool LibprocProcessTable::isAlive(std::int32_t pid) {
   return kill(pid, 0) == 0 || errno == EPERM;
+}
+
+bool LibprocProcessTable::isChargedTwice(std::int32_t pid) {
+  std::array<int, 4> name{CTL_KERN, KERN_PROC, KERN_PROC_PID, pid};
+  kinfo_proc info{};
+  std::size_t size = sizeof info;
+  const int status = sysctl(name.data(), name.size(), &info, &size, nullptr, 0);
+  return status == 0 && size == sizeof info && (info.kp_proc.p_flag & P_NOCLDWAIT) != 0;
 }
 
 tidewell::Timebase LibprocProcessTable::timebase() {

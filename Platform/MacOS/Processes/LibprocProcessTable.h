@@ -15,6 +15,10 @@
 namespace platform {
 
 /// The process table through libproc. Times are in Mach absolute-time units.
+///
+/// How this kernel treats a process that waits to be reaped, as its published source says: it is
+/// listed, after all others; its usage can be read, as it was at its end; its parent is told to
+/// who asks for such ones too; its path is told to nobody.
 class LibprocProcessTable final : public tidewell::ProcessTable {
  public:
   /// `listApplications` gives the running applications of each snapshot.
@@ -28,8 +32,10 @@ class LibprocProcessTable final : public tidewell::ProcessTable {
   bool resourceUsage(std::int32_t pid, tidewell::ResourceUsage& usage) override;
   std::string_view path(std::int32_t pid) override;
   std::int32_t parent(std::int32_t pid) override;
-  /// Also of a process that waits to be reaped, of which nothing else can be read any more.
   bool isAlive(std::int32_t pid) override;
+  /// True of one that ignores the end of its children: the kernel charges it when such a child
+  /// ends, and once more when it reaps the child in its place.
+  bool isChargedTwice(std::int32_t pid) override;
   tidewell::Timebase timebase() override;
 
  private:

@@ -48,6 +48,12 @@ class Sleeper {
   Sleeper& operator=(const Sleeper&) = delete;
 
   [[nodiscard]] pid_t pid() const { return pid_; }
+  /// Kills it and waits until it has ended, without reaping it.
+  void endUnreaped() const {
+    kill(pid_, SIGKILL);
+    siginfo_t told{};
+    EXPECT_EQ(waitid(P_PID, static_cast<id_t>(pid_), &told, WEXITED | WNOWAIT), 0);
+  }
   void end() {
     if (pid_ <= 0) return;
     kill(pid_, SIGKILL);
@@ -122,6 +128,47 @@ TEST_F(LibprocProcessTableTest, KnowsWhetherAProcessLives) {
   EXPECT_TRUE(table.isAlive(pid));
   child.end();
   EXPECT_FALSE(table.isAlive(pid));
+}
+
+TEST_F(LibprocProcessTableTest, TellsOfAProcessThatWaitsToBeReapedAllButItsPath) {
+  const Sleeper child;
+  tidewell::ResourceUsage before;
+  ASSERT_TRUE(table.resourceUsage(child.pid(), before));
+  child.endUnreaped();
+  EXPECT_EQ(std::ranges::count(pids(), child.pid()), 1);
+  tidewell::ResourceUsage usage;
+  ASSERT_TRUE(table.resourceUsage(child.pid(), usage));
+  EXPECT_EQ(usage.startTime, before.startTime);
+  EXPECT_GE(usage.userTime + usage.systemTime, before.userTime + before.systemTime);
+  EXPECT_TRUE(table.isAlive(child.pid()));
+  EXPECT_EQ(table.parent(child.pid()), getpid());
+  EXPECT_EQ(path(child.pid()), "");
+}
+
+TEST_F(LibprocProcessTableTest, KnowsWhoIsChargedTwiceForItsChildren) {
+  EXPECT_FALSE(table.isChargedTwice(getpid()));
+  tidewell::ResourceUsage before;
+  ASSERT_TRUE(table.resourceUsage(getpid(), before));
+  struct sigaction former {};
+  struct sigaction ignore {};
+  ignore.sa_handler = SIG_IGN;
+  ASSERT_EQ(sigaction(SIGCHLD, &ignore, &former), 0);
+  EXPECT_TRUE(table.isChargedTwice(getpid()));
+  const pid_t child = fork();
+  if (child == 0) {
+    burn(0.3);
+    _exit(0);
+  }
+  while (kill(child, 0) == 0) usleep(10'000);
+  sigaction(SIGCHLD, &former, nullptr);
+  tidewell::ResourceUsage after;
+  ASSERT_TRUE(table.resourceUsage(getpid(), after));
+  const tidewell::Timebase timebase = table.timebase();
+  const double charged = static_cast<double>(after.reapedTime - before.reapedTime) *
+                         static_cast<double>(timebase.numer) / static_cast<double>(timebase.denom) /
+                         1e9;
+  EXPECT_NEAR(charged, 0.6, 0.15) << "twice what it used";
+  EXPECT_FALSE(table.isChargedTwice(getpid()));
 }
 
 TEST_F(LibprocProcessTableTest, TellsNothingOfAProcessThatHasEnded) {

@@ -203,6 +203,67 @@ TEST_F(ConservedProcessesTest, LosesOnlyTheUnseenPartOfWhatNobodyReaps) {
   EXPECT_EQ(counted["daemon"].time, 3u);
 }
 
+TEST_F(ConservedProcessesTest, CountsOnceWhatAMacChargesTwiceForWhatNobodyReaps) {
+  kernel.beAMac();
+  const auto daemon = kernel.spawn(1, "/bin/daemon");
+  kernel.processes[daemon].reapsNobody = true;
+  const auto job = kernel.spawn(daemon, "/bin/job");
+  kernel.work(job, 8);
+  pass();
+  kernel.work(job, 1);
+  kernel.end(job);
+  const auto unseen = kernel.spawn(daemon, "/bin/unseen");
+  kernel.work(unseen, 30);
+  kernel.end(unseen);
+  ASSERT_EQ(kernel.processes[daemon].reaped, 78u);
+  pass();
+  EXPECT_EQ(counted["job"].time + counted["daemon"].time, 39u);
+  EXPECT_EQ(total.time, 39u);
+}
+
+TEST_F(ConservedProcessesTest, CountsOnceWhatOneOnAMacWasChargedTwiceThatIsFirstReadNow) {
+  kernel.beAMac();
+  pass();
+  const auto daemon = kernel.spawn(1, "/bin/daemon");
+  kernel.processes[daemon].reapsNobody = true;
+  const auto job = kernel.spawn(daemon, "/bin/job");
+  kernel.work(job, 30);
+  kernel.end(job);
+  pass();
+  EXPECT_EQ(counted["daemon"].time, 30u);
+}
+
+TEST_F(ConservedProcessesTest, CountsAllOfWhatWaitsToBeReapedOnAMac) {
+  kernel.beAMac();
+  const auto shell = kernel.spawn(1, "/bin/sh");
+  const auto job = kernel.spawn(shell, "/bin/job");
+  kernel.work(job, 5);
+  pass();
+  kernel.work(job, 2);
+  kernel.end(job);
+  pass();
+  EXPECT_EQ(counted["job"].time, 7u) << "before anybody reaped it";
+  kernel.reap(job);
+  pass();
+  EXPECT_EQ(counted["job"].time, 7u);
+  EXPECT_EQ(counted["sh"].time, 0u);
+}
+
+TEST_F(ConservedProcessesTest, KeepsWhatAMacChargesToNobody) {
+  kernel.beAMac();
+  const auto shell = kernel.spawn(1, "/bin/sh");
+  const auto job = kernel.spawn(shell, "/bin/job");
+  kernel.work(job, 5);
+  pass();
+  kernel.end(job);
+  pass();
+  kernel.endAndReap(shell);
+  ASSERT_EQ(kernel.processes.at(1).reaped, 0u);
+  pass();
+  pass();
+  EXPECT_EQ(total.time, 5u);
+}
+
 TEST_F(ConservedProcessesTest, TakesAChildThatWasReapedDuringThePassForEnded) {
   const auto shell = kernel.spawn(1, "/bin/sh");
   const auto job = kernel.spawn(shell, "/bin/job");

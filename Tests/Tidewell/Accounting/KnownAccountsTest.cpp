@@ -18,7 +18,7 @@ namespace {
 using KnownAccountsTest = ConservedTable;
 
 TEST_F(KnownAccountsTest, ForgetsUnderWhichAccountAProcessWentThatEndedLongAgo) {
-  kernel.hidesZombies = true;  // Its numbers are not given out again.
+  kernel.givesNumbersAgain = false;
   const auto job = kernel.spawn(1, "/bin/job");
   pass();
   kernel.endAndReap(job);

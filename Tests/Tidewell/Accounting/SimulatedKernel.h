@@ -15,9 +15,27 @@
 namespace tidewell {
 
 /// A kernel of the test's own: processes are born, work, replace their program, end, are reaped or
-/// inherited, exactly as a kernel charges for it. One unit of time is a second.
+/// inherited, exactly as a kernel charges for it. One unit of time is a second. It has the habits
+/// of Linux; `beAMac` gives it those of macOS, and some habits of neither can be switched on for
+/// tests of the worst case.
 class SimulatedKernel : public ProcessTable {
  public:
+  /// A process that waits to be reaped is listed and its usage can be read, as on Linux. But only
+  /// time goes to who reaps, the start of what cannot be read is not told, numbers are not given
+  /// out again until all others were, and:
+  /// * a child of one that ignores its end is charged to it, twice: when it ends, and when the
+  ///   kernel reaps it in its place right then;
+  /// * what waits to be reaped when its parent ends is reaped then, and charged to nobody: what the
+  ///   parent's own reaper will be charged was settled before.
+  void beAMac() {
+    addsReapedDisk = false;
+    tellsStart = false;
+    givesNumbersAgain = false;
+    hasSubreapers = false;
+    chargesUnreapedTwice = true;
+    dropsTheUnreapedOfTheDead = true;
+  }
+
   struct Process {
     std::int32_t parent = 0;
     std::uint64_t start = 0;
@@ -35,11 +53,11 @@ class SimulatedKernel : public ProcessTable {
 
   std::int32_t spawn(std::int32_t parent, const std::string& path) {
     std::int32_t pid = 2;
-    if (hidesZombies) {
-      pid = ++latest;  // Whoever has a number now cannot be told by anything else there.
-    } else {
+    if (givesNumbersAgain) {
       while (processes.contains(pid))
-        ++pid;  // Numbers are given out again at once.
+        ++pid;  // At once.
+    } else {
+      pid = ++latest;
     }
     processes[pid] = {.parent = parent, .start = ++clock, .path = path};
     return pid;
@@ -56,11 +74,17 @@ class SimulatedKernel : public ProcessTable {
   }
   /// Ends the process; its children go to `heir`.
   void end(std::int32_t pid, std::int32_t heir = 1) {
+    if (dropsTheUnreapedOfTheDead) dropUnreapedOf(pid);
     for (auto& [childPid, child] : processes) {
       if (child.parent == pid) child.parent = heir;
     }
-    processes.at(pid).zombie = true;
-    if (processes.at(processes.at(pid).parent).reapsNobody) processes.erase(pid);
+    Process& process = processes.at(pid);
+    process.zombie = true;
+    if (isChargedTwice(pid)) handedOnTwice += process.reaped / 2;
+    Process& parent = processes.at(process.parent);
+    if (!parent.reapsNobody) return;
+    if (chargesUnreapedTwice) parent.reaped += 2 * (process.own + process.reaped);
+    processes.erase(pid);
   }
   void reap(std::int32_t pid) {
     const Process process = processes.at(pid);
@@ -107,6 +131,10 @@ class SimulatedKernel : public ProcessTable {
     return found == processes.end() ? 0 : found->second.parent;
   }
   bool isAlive(std::int32_t pid) override { return processes.contains(pid); }
+  bool isChargedTwice(std::int32_t pid) override {
+    const auto found = processes.find(pid);
+    return chargesUnreapedTwice && found != processes.end() && found->second.reapsNobody;
+  }
   bool diskIncludesReaped() override { return addsReapedDisk; }
   Timebase timebase() override { return {1'000'000'000, 1}; }
 
@@ -118,11 +146,26 @@ class SimulatedKernel : public ProcessTable {
   std::uint64_t chargedDisk = 0;
   std::function<void(std::int32_t pid)> beforeReading;  ///< What happens during a pass.
   std::int32_t unreadable = 0;
-  bool tellsStart = true;      ///< Also of what cannot be read.
-  bool hidesZombies = false;   ///< Nothing can be read of what waits to be reaped.
-  bool addsReapedDisk = true;  ///< To the bytes of who reaps.
+  bool tellsStart = true;         ///< Also of what cannot be read.
+  bool givesNumbersAgain = true;  ///< Without it, not until all others were.
+  bool hasSubreapers = true;      ///< Other processes than the first may inherit.
+  bool hidesZombies = false;      ///< Neither listed nor read is what waits to be reaped.
+  bool addsReapedDisk = true;     ///< To the bytes of who reaps.
+  bool chargesUnreapedTwice = false;
+  bool dropsTheUnreapedOfTheDead = false;
+  std::uint64_t dropped = 0;        ///< The time that these had.
+  std::uint64_t handedOnTwice = 0;  ///< What went up too much with such ones as were charged twice.
 
  private:
+  void dropUnreapedOf(std::int32_t parent) {
+    std::erase_if(processes, [&](const auto& entry) {
+      const Process& process = entry.second;
+      const bool isDropped = process.parent == parent && process.zombie;
+      if (isDropped) dropped += process.own + process.reaped;
+      return isDropped;
+    });
+  }
+
   std::vector<std::int32_t> listed_;
 };
 
