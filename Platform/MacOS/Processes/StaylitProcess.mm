@@ -2,24 +2,17 @@
 
 #import <AppKit/AppKit.h>
 
-#include <libproc.h>
 #include <unistd.h>
 
-#include <array>
 #include <string>
 #include <string_view>
+
+#include "Platform/MacOS/Processes/ProgramPath.h"
 
 namespace platform {
 namespace {
 
 constexpr std::string_view kProgram = "Staylit";
-
-/// Told for every user's processes; empty for one that is gone.
-std::string programPath(std::int32_t pid) {
-  std::array<char, PROC_PIDPATHINFO_MAXSIZE> buffer{};
-  const int length = proc_pidpath(pid, buffer.data(), static_cast<std::uint32_t>(buffer.size()));
-  return length < 1 ? "" : std::string(buffer.data(), static_cast<std::size_t>(length));
-}
 
 bool hasStaylitsIdentifier(std::int32_t pid) {
   @autoreleasepool {

@@ -8,7 +8,9 @@
 #include "Platform/MacOS/CoreFoundation/CFCast.h"
 #include "Platform/MacOS/CoreFoundation/CFProperties.h"
 #include "Platform/MacOS/CoreFoundation/CFRef.h"
+#include "Platform/MacOS/Processes/ProgramPath.h"
 #include "Platform/MacOS/Processes/StaylitProcess.h"
+#include "Platform/MacOS/Sleep/LitDisplay.h"
 
 namespace platform {
 namespace {
@@ -58,7 +60,8 @@ IOKitAssertionTable::assertionsByProcess() {
     if (!number || !assertions) return std::nullopt;
     const auto pid = static_cast<std::int32_t>(*number);
     if (pid != getpid() && isAStaylit(pid)) continue;
-    holders.emplace_back(*number, *std::move(assertions));
+    const auto owner = [pid] { return programPath(pid); };
+    holders.emplace_back(*number, withoutLitDisplay(*std::move(assertions), owner));
   }
   return holders;
 }
