@@ -30,6 +30,7 @@ class RecordingPower : public tidewell::PowerManagement {
     --live_;
   }
   bool isGranted() override { return true; }
+  std::vector<LiveAssertion> liveAssertions() override { return {}; }
 
   [[nodiscard]] bool isHolding() const { return live_ > 0; }
   [[nodiscard]] const std::vector<Event>& events() const { return events_; }

@@ -28,4 +28,11 @@ void RecordedPowerManagement::releaseAssertion(std::uint32_t id) {
   assertions_.erase(id);
 }
 
+std::vector<RecordedPowerManagement::LiveAssertion> RecordedPowerManagement::liveAssertions() {
+  std::vector<LiveAssertion> live;
+  for (const auto& [id, assertion] : assertions_)
+    live.push_back({assertion.kind, assertion.name, {}});
+  return live;
+}
+
 }  // namespace platform

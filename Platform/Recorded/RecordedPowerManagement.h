@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <map>
 #include <string>
+#include <vector>
 
 #include "Tidewell/Ports/PowerManagement.h"
 
@@ -21,6 +22,7 @@ class RecordedPowerManagement : public tidewell::PowerManagement {
   void setAssertionName(std::uint32_t id, const std::string& name) override;
   void releaseAssertion(std::uint32_t id) override;
   bool isGranted() override { return assertions_.empty(); }
+  std::vector<LiveAssertion> liveAssertions() override;
 
   /// What is recorded now, by id.
   [[nodiscard]] const std::map<std::uint32_t, Assertion>& assertions() const { return assertions_; }

@@ -45,6 +45,15 @@ class FakePowerManagement : public PowerManagement {
 
   bool isGranted() override { return live.empty() || granted; }
 
+  std::vector<LiveAssertion> liveAssertions() override {
+    std::vector<LiveAssertion> assertions;
+    for (const auto& [id, assertion] : live) {
+      assertions.push_back(
+          {assertion.kind, assertion.name, granted ? grants : std::vector<Grant>()});
+    }
+    return assertions;
+  }
+
   /// The names of what is held now, in the order of creation.
   [[nodiscard]] std::vector<std::string> liveNames() const {
     std::vector<std::string> names;
@@ -56,6 +65,8 @@ class FakePowerManagement : public PowerManagement {
   std::int32_t systemFailure = 0;   ///< Other than 0: what creating a system assertion answers.
   std::int32_t displayFailure = 0;  ///< The same for a display assertion.
   bool granted = true;              ///< Whether what is live is of any effect.
+  /// Who keeps each live assertion while `granted`.
+  std::vector<Grant> grants{{"org.example.Sleep", std::nullopt}};
   std::map<std::uint32_t, Assertion> live;
   std::vector<std::string> calls;
 

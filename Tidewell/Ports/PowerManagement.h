@@ -1,7 +1,11 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
+#include <vector>
+
+#include "Tidewell/Ports/Clock.h"
 
 namespace tidewell {
 
@@ -39,6 +43,21 @@ class PowerManagement {
   /// Whether the system really keeps the machine awake for every live assertion against its sleep,
   /// as far as that is known. Costs no call.
   virtual bool isGranted() = 0;
+
+  /// A service that keeps an assertion.
+  struct Grant {
+    std::string service;  ///< As its system names it; on Linux by its name on the bus.
+    /// When the service's own list was last seen to have the grant; absent while it was not.
+    std::optional<Moment> seenAt;
+  };
+  /// An assertion that was created and not yet released.
+  struct LiveAssertion {
+    AssertionKind kind = AssertionKind::system;
+    std::string name;
+    std::vector<Grant> grants;  ///< Empty where nobody keeps it.
+  };
+  /// All live assertions, the oldest first. Costs no call.
+  virtual std::vector<LiveAssertion> liveAssertions() = 0;
 };
 
 }  // namespace tidewell

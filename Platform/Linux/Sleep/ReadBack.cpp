@@ -37,6 +37,11 @@ ReadBack::Moment ReadBack::lastAsked(const InhibitMechanism& mechanism) const {
   return asked == asked_.end() ? Moment() : asked->second.at;
 }
 
+std::optional<ReadBack::Moment> ReadBack::lastSeen(const InhibitMechanism& mechanism) const {
+  const auto asked = asked_.find(&mechanism);
+  return asked == asked_.end() ? std::nullopt : asked->second.seen;
+}
+
 void ReadBack::ask(InhibitMechanism& mechanism) {
   Asked& asked = asked_[&mechanism];
   asked.at = now_();
@@ -50,6 +55,7 @@ void ReadBack::heard(InhibitMechanism& mechanism, const Reasons& listed) {
   Asked& asked = asked_[&mechanism];
   if (compare_(mechanism, asked.at, listed)) {
     asked.misses = 0;
+    asked.seen = asked.at;
     return;
   }
   const std::string name = mechanism.serviceName();

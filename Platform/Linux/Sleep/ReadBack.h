@@ -32,6 +32,9 @@ class ReadBack {
   /// When `mechanism` was asked the last time; long ago if it never was.
   [[nodiscard]] Moment lastAsked(const InhibitMechanism& mechanism) const;
   void ask(InhibitMechanism& mechanism);
+  /// When the last list of `mechanism` was asked for that had all it granted; absent when there was
+  /// none.
+  [[nodiscard]] std::optional<Moment> lastSeen(const InhibitMechanism& mechanism) const;
 
   /// Its service has gone, and with it what is known of its list.
   void forget(InhibitMechanism& mechanism);
@@ -41,6 +44,7 @@ class ReadBack {
     Moment at;
     std::shared_ptr<void> question;
     int misses = 0;  ///< In a row.
+    std::optional<Moment> seen;
   };
 
   void heard(InhibitMechanism& mechanism, const Reasons& listed);

@@ -40,7 +40,10 @@ class SleepAssertion : public std::enable_shared_from_this<SleepAssertion> {
                  std::function<void()> grantedLate);
 
   [[nodiscard]] tidewell::AssertionKind kind() const { return kind_; }
+  [[nodiscard]] const std::string& reason() const { return reason_; }
   [[nodiscard]] bool isHeld() const;
+  /// Whether `mechanism` grants it, under its name or a former one.
+  [[nodiscard]] bool has(const InhibitMechanism& mechanism) const;
 
   /// Asks those that `wanted` names for what is due, then drops what was replaced and need not be
   /// kept any more, and once one of them heeds what it grants, what others grant that are no longer
@@ -90,7 +93,6 @@ class SleepAssertion : public std::enable_shared_from_this<SleepAssertion> {
               std::unique_ptr<Inhibition> inhibition);
   void refused(const InhibitMechanism& mechanism);
   [[nodiscard]] const Service* find(const InhibitMechanism& mechanism) const;
-  [[nodiscard]] bool has(const InhibitMechanism& mechanism) const;
   [[nodiscard]] bool isWanted(const InhibitMechanism& mechanism) const;
   [[nodiscard]] bool isCurrent(const InhibitMechanism& mechanism) const;
   [[nodiscard]] Moment due(const InhibitMechanism& mechanism) const;

@@ -30,7 +30,7 @@ SleepInhibitors::~SleepInhibitors() = default;
 SleepInhibitors::Creation SleepInhibitors::createAssertion(tidewell::AssertionKind kind,
                                                            const std::string& name) {
   const SleepServices::Row wanted = row(kind);
-  Live live{std::make_shared<SleepAssertion>(kind, name, now_, [this] { attend(); })};
+  Live live{std::make_shared<SleepAssertion>(kind, name, now_, [this] { attend(); }), now_()};
   if (!wanted.mechanisms.empty()) {
     if (const int error = live.assertion->hold(wanted.mechanisms); error < 0) return {error, 0};
   } else if (wanted.error < 0) {
@@ -74,6 +74,25 @@ bool SleepInhibitors::isGranted() {
     const SleepAssertion& assertion = *entry.second.assertion;
     return assertion.kind() != tidewell::AssertionKind::system || assertion.isHeld();
   });
+}
+
+std::vector<SleepInhibitors::LiveAssertion> SleepInhibitors::liveAssertions() {
+  std::vector<LiveAssertion> assertions;
+  for (const auto& [id, live] : live_)
+    assertions.push_back({live.assertion->kind(), live.assertion->reason(), grants(live)});
+  return assertions;
+}
+
+std::vector<SleepInhibitors::Grant> SleepInhibitors::grants(const Live& live) {
+  std::vector<Grant> grants;
+  for (const InhibitMechanism* mechanism : services_.all()) {
+    if (!live.assertion->has(*mechanism)) continue;
+    const auto seen = readBack_.lastSeen(*mechanism);
+    // A list that is older than the assertion says nothing about it.
+    const bool isOfThis = seen && *seen >= live.created;
+    grants.push_back({mechanism->serviceName(), isOfThis ? seen : std::nullopt});
+  }
+  return grants;
 }
 
 void SleepInhibitors::serviceChanged(InhibitMechanism* mechanism, bool present) {

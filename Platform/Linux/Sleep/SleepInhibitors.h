@@ -6,6 +6,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "Platform/Linux/Bus/Bus.h"
 #include "Platform/Linux/Sleep/ReadBack.h"
@@ -37,20 +38,23 @@ class SleepInhibitors : public tidewell::PowerManagement {
   void setAssertionName(std::uint32_t id, const std::string& name) override;
   void releaseAssertion(std::uint32_t id) override;
   bool isGranted() override;
+  std::vector<LiveAssertion> liveAssertions() override;
 
  private:
+  using Moment = SleepAssertion::Moment;
+
   struct Live {
     std::shared_ptr<SleepAssertion> assertion;
+    Moment created;
     /// Its id in `recorded_` while no service grants it, else 0.
     std::uint32_t recordedId = 0;
   };
-
-  using Moment = SleepAssertion::Moment;
 
   std::uint32_t add(Live live);
   void serviceChanged(InhibitMechanism* mechanism, bool present);
   SleepServices::Row row(tidewell::AssertionKind kind);
   void hold(Live& live);
+  std::vector<Grant> grants(const Live& live);
   bool compare(InhibitMechanism& mechanism, Moment askedAt, const ReadBack::Reasons& listed);
   void readBack();
   [[nodiscard]] std::optional<Moment> readBackDue(const InhibitMechanism& mechanism) const;

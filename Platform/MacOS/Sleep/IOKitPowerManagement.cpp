@@ -2,6 +2,8 @@
 
 #include <IOKit/pwr_mgt/IOPMLib.h>
 
+#include <optional>
+
 #include "Platform/MacOS/CoreFoundation/CFRef.h"
 #include "Platform/MacOS/CoreFoundation/CFText.h"
 #include "Platform/MacOS/Sleep/AssertionTypes.h"
@@ -28,15 +30,25 @@ tidewell::PowerManagement::Creation IOKitPowerManagement::createAssertion(
   creation.code =
       IOPMAssertionCreateWithName(makeCFString(assertionType(kind)).get(), kAssertionLevelOn,
                                   assertionName(name).get(), &creation.id);
+  if (creation.code == 0) live_[creation.id] = {kind, name};
   return creation;
 }
 
 void IOKitPowerManagement::setAssertionName(std::uint32_t id, const std::string& name) {
   IOPMAssertionSetProperty(id, kIOPMAssertionNameKey, assertionName(name).get());
+  if (const auto found = live_.find(id); found != live_.end()) found->second.name = name;
 }
 
 void IOKitPowerManagement::releaseAssertion(std::uint32_t id) {
   IOPMAssertionRelease(id);
+  live_.erase(id);
+}
+
+std::vector<IOKitPowerManagement::LiveAssertion> IOKitPowerManagement::liveAssertions() {
+  std::vector<LiveAssertion> live;
+  for (const auto& [id, assertion] : live_)
+    live.push_back({assertion.kind, assertion.name, {{"powerd", std::nullopt}}});
+  return live;
 }
 
 }  // namespace platform

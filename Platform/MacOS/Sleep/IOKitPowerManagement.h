@@ -1,5 +1,10 @@
 #pragma once
 
+#include <cstdint>
+#include <map>
+#include <string>
+#include <vector>
+
 #include "Tidewell/Ports/PowerManagement.h"
 
 namespace platform {
@@ -12,6 +17,14 @@ class IOKitPowerManagement final : public tidewell::PowerManagement {
   void setAssertionName(std::uint32_t id, const std::string& name) override;
   void releaseAssertion(std::uint32_t id) override;
   bool isGranted() override { return true; }
+  std::vector<LiveAssertion> liveAssertions() override;
+
+ private:
+  struct Assertion {
+    tidewell::AssertionKind kind = tidewell::AssertionKind::system;
+    std::string name;
+  };
+  std::map<std::uint32_t, Assertion> live_;
 };
 
 }  // namespace platform

@@ -78,6 +78,17 @@ TEST(IOKitAssertions, CanBeRenamedWhileTheyAreHeld) {
             Values{std::string("é and 2 more are working")});
 }
 
+TEST(IOKitAssertions, AreToldWhileTheyLive) {
+  IOKitPowerManagement power;
+  const auto creation = power.createAssertion(tidewell::AssertionKind::system, "a test is working");
+  power.setAssertionName(creation.id, "two tests are working");
+  ASSERT_EQ(power.liveAssertions().size(), 1U);
+  EXPECT_EQ(power.liveAssertions()[0].name, "two tests are working");
+  EXPECT_EQ(power.liveAssertions()[0].grants.size(), 1U);
+  power.releaseAssertion(creation.id);
+  EXPECT_TRUE(power.liveAssertions().empty());
+}
+
 TEST(IOKitAssertions, HaveTheirNamesCutToWhatTheSystemTakes) {
   const Held held(tidewell::AssertionKind::system, std::string(200, 'x'));
   EXPECT_EQ(held.code(), 0);

@@ -57,6 +57,16 @@ class HoldUpkeepTest : public SleepTest {
     service.answerLate();
     ASSERT_TRUE(eventually([&] { return timers.timers.size() > before; }));
   }
+  /// Each live assertion with each of those that keep it.
+  Lines kept() {
+    Lines lines;
+    for (const auto& live : inhibitors->liveAssertions()) {
+      if (live.grants.empty()) lines.push_back(live.name + ": nobody");
+      for (const auto& grant : live.grants)
+        lines.push_back(live.name + ": " + grant.service + (grant.seenAt ? " seen" : ""));
+    }
+    return lines;
+  }
   int count(const std::string& line) {
     const Lines lines = ports.log.lines();
     return static_cast<int>(std::count(lines.begin(), lines.end(), line));
@@ -409,6 +419,50 @@ TEST_F(HoldUpkeepTest, StopsBelievingAListOnWhichNothingEverAppears) {
                   "not asked again"),
             1);
   EXPECT_EQ(logind->held(), Lines{"idle|Staylit|a|block"});
+}
+
+TEST_F(HoldUpkeepTest, TellsWhoKeepsAnAssertionAndWhenThatWasLastSeen) {
+  const auto gnome = sessionService(kGnome);
+  const auto logind = fakeLogind();
+  const auto creation = create(kSystem, "a");
+  EXPECT_EQ(kept(), (Lines{"a: org.gnome.SessionManager", "a: org.freedesktop.login1"}));
+  const auto begin = now;
+  pass(seconds(3));
+  ASSERT_TRUE(eventually([&] { return gnome->readings == 1 || logind->listings == 1; }));
+  pass(seconds(40));
+  ASSERT_TRUE(eventually([&] { return logind->listings == 1 && gnome->readings == 1; }));
+  runBriefly(*loop);
+  const auto live = inhibitors->liveAssertions();
+  ASSERT_EQ(live.size(), 1U);
+  EXPECT_EQ(live[0].kind, kSystem);
+  for (const auto& grant : live[0].grants) {
+    ASSERT_TRUE(grant.seenAt) << grant.service;
+    const seconds after = std::chrono::duration_cast<seconds>(*grant.seenAt - begin);
+    EXPECT_TRUE(after == seconds(3) || after == seconds(33)) << after.count();
+  }
+  inhibitors->setAssertionName(creation.id, "b");
+  EXPECT_EQ(kept().front(), "b: org.gnome.SessionManager seen");
+  inhibitors->releaseAssertion(creation.id);
+  EXPECT_EQ(kept(), Lines{});
+}
+
+TEST_F(HoldUpkeepTest, DoesNotTakeAnOldListForOneThatHasTheNewAssertion) {
+  const auto logind = fakeLogind();
+  const auto creation = create(kSystem, "a");
+  pass(seconds(3));
+  ASSERT_TRUE(eventually([&] { return kept() == Lines{"a: org.freedesktop.login1 seen"}; }));
+  inhibitors->releaseAssertion(creation.id);
+  now += seconds(1);
+  create(kSystem, "b");
+  EXPECT_EQ(kept(), Lines{"b: org.freedesktop.login1"});
+}
+
+TEST_F(HoldUpkeepTest, TellsOfNobodyOnceTheServiceHasGone) {
+  auto logind = fakeLogind();
+  create(kSystem, "a");
+  ASSERT_EQ(kept(), Lines{"a: org.freedesktop.login1"});
+  logind.reset();
+  EXPECT_TRUE(eventually([&] { return kept() == Lines{"a: nobody"}; }));
 }
 
 TEST_F(HoldUpkeepTest, MindsNoSilence) {

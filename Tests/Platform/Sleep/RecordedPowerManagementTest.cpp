@@ -37,6 +37,17 @@ TEST_F(RecordedPowerManagementTest, ForgetsWhatIsReleased) {
   EXPECT_TRUE(recorded.assertions().empty());
 }
 
+TEST_F(RecordedPowerManagementTest, TellsOfItsAssertionsThatNobodyKeepsThem) {
+  recorded.createAssertion(tidewell::AssertionKind::system, "a");
+  recorded.createAssertion(tidewell::AssertionKind::display, "b");
+  const auto live = recorded.liveAssertions();
+  ASSERT_EQ(live.size(), 2U);
+  EXPECT_EQ(live[0].name, "a");
+  EXPECT_EQ(live[1].kind, tidewell::AssertionKind::display);
+  EXPECT_TRUE(live[0].grants.empty());
+  EXPECT_TRUE(live[1].grants.empty());
+}
+
 TEST_F(RecordedPowerManagementTest, SaysOnceThatNothingIsHeld) {
   EXPECT_EQ(ports.log.lines(), Lines{});
   recorded.createAssertion(tidewell::AssertionKind::system, "a");
