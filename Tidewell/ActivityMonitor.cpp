@@ -61,7 +61,7 @@ ActivityMonitor::Applications ActivityMonitor::aggregate(const std::vector<RawSa
   Applications applications;
   applications.reserve(previous_.size());
   for (const RawSample& sample : samples) {
-    const std::string& key = sample.bundleID ? *sample.bundleID : sample.executable;
+    const std::string_view key = sample.bundleID ? *sample.bundleID : sample.executable;
     // The first process of an application decides what the application is.
     auto found = applications.find(key);
     if (found == applications.end()) {
@@ -79,7 +79,7 @@ ActivityMonitor::Applications ActivityMonitor::aggregate(const std::vector<RawSa
 ActivityMonitor::Accumulator ActivityMonitor::startAccumulator(const RawSample& sample) {
   Accumulator application;
   const CatalogEntry* entry = AppCatalog::lookup(sample.bundleID, sample.executable, text_);
-  application.display = entry ? entry->display : sample.displayName;
+  application.display = entry ? std::string_view(entry->display) : sample.displayName;
   if (entry) application.category = entry->category;
   if (entry) application.cpuFloor = entry->cpuFloor;
   return application;

@@ -112,9 +112,12 @@ bool ProcessSampler::fillNames(std::int32_t pid, RawSample& sample) {
   if (name.empty()) return false;
 
   sample.pid = pid;
-  sample.executable.assign(name);
-  sample.bundleID = application ? application->bundleIdentifier() : absent;
-  sample.displayName.assign(localizedName ? std::string_view(*localizedName) : name);
+  sample.executable = names_.share(name);
+  sample.bundleID.reset();
+  if (application && application->bundleIdentifier()) {
+    sample.bundleID = names_.share(*application->bundleIdentifier());
+  }
+  sample.displayName = names_.share(localizedName ? std::string_view(*localizedName) : name);
   return true;
 }
 

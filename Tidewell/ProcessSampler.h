@@ -11,6 +11,7 @@
 #include "Tidewell/Ports/ProcessTable.h"
 #include "Tidewell/Ports/RunningApplications.h"
 #include "Tidewell/RawSample.h"
+#include "Tidewell/SharedText.h"
 
 namespace tidewell {
 
@@ -22,9 +23,8 @@ class ProcessSampler {
  public:
   explicit ProcessSampler(ProcessTable& table);
 
-  /// One snapshot, in the order of the kernel's process list. It lies in storage that is used
-  /// again, so that a process that does nothing costs no allocation, and its names are left as they
-  /// are while the table says that they cannot have changed. Valid until the next call.
+  /// One snapshot, in the order of the kernel's process list. Valid until the next call. A process
+  /// costs no allocation while the table says that its names cannot have changed.
   const std::vector<RawSample>& sample();
 
   /// Nanoseconds for `time` units of `timebase`, exact. An overflow, or a `denom` of 0, ends the
@@ -38,9 +38,9 @@ class ProcessSampler {
  private:
   using Application = std::shared_ptr<const RunningApplication>;
 
-  /// What a sample's names were read of.
+  /// The program that a sample's names belong to.
   struct Program {
-    std::uint32_t version = 0;  ///< 0 where nobody told.
+    std::uint32_t version = 0;  ///< 0 if the table cannot tell.
     std::uint64_t startTime = 0;
     bool operator==(const Program&) const = default;
   };
@@ -60,6 +60,7 @@ class ProcessSampler {
   std::vector<std::int32_t> pids_;
   std::vector<RawSample> snapshot_;
   std::vector<Program> programs_;  ///< Of each sample.
+  SharedTexts names_;
 };
 
 }  // namespace tidewell

@@ -2,21 +2,22 @@
 
 #include <cstdint>
 #include <optional>
-#include <string>
+
+#include "Tidewell/SharedText.h"
 
 namespace tidewell {
 
 /// One process at one instant. Both counters are cumulative since the process started, never
 /// rates: a rate is the difference between two ticks.
 struct RawSample {
-  std::int32_t pid;
-  std::string executable;
+  std::int32_t pid = 0;
+  SharedText executable;
   /// The application that owns the process; absent for one that belongs to no application.
-  std::optional<std::string> bundleID;
+  std::optional<SharedText> bundleID;
   /// The application's localized name, else the executable name.
-  std::string displayName;
-  std::uint64_t cpuNanos;   ///< User and system time, in nanoseconds.
-  std::uint64_t diskBytes;  ///< Bytes read and written.
+  SharedText displayName;
+  std::uint64_t cpuNanos = 0;   ///< User and system time, in nanoseconds.
+  std::uint64_t diskBytes = 0;  ///< Bytes read and written.
 };
 
 }  // namespace tidewell

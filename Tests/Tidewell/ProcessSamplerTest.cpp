@@ -34,7 +34,7 @@ class SampledPorts : public testing::Test {
     processes.rows.clear();
     processes.add(10, path);
     const std::vector<RawSample>& snapshot = sampler.sample();
-    return snapshot.empty() ? "left out" : snapshot.front().executable;
+    return snapshot.empty() ? "left out" : std::string(snapshot.front().executable);
   }
 
   ComposedPorts fakes;
@@ -396,7 +396,8 @@ class ProcessSamplerThatCountsWhole : public SampledPorts {
   const RawSample* sampleOf(const std::string& executable) {
     fakes.clock.advance(std::chrono::seconds(2));
     const std::vector<RawSample>& snapshot = sampler.sample();
-    const auto found = std::ranges::find(snapshot, executable, &RawSample::executable);
+    const auto found = std::ranges::find_if(
+        snapshot, [&](const RawSample& sample) { return sample.executable == executable; });
     return found == snapshot.end() ? nullptr : &*found;
   }
 };

@@ -70,17 +70,23 @@ void AccountBook::add(std::int32_t identifier, const Usage& usage) {
   if (!account) return;
   account->isListed = true;
   account->usage += usage;
-  account->lastLife = pass_;
+  account->lastAddition = pass_;
 }
 
-void AccountBook::noteLife(std::int32_t identifier) {
-  if (Account* const account = findToChange(identifier)) account->lastLife = pass_;
+void AccountBook::addProcess(std::int32_t identifier) {
+  if (Account* const account = findToChange(identifier)) ++account->processes;
+}
+
+void AccountBook::removeProcess(std::int32_t identifier) {
+  Account* const account = findToChange(identifier);
+  if (account && account->processes > 0) --account->processes;
 }
 
 void AccountBook::fold() {
   Usage folded;
   std::erase_if(accounts_, [&](const Account& account) {
-    if (account.lastLife == pass_ || account.identifier == kFolded) return false;
+    const bool goesOn = account.processes > 0 || account.lastAddition == pass_;
+    if (goesOn || account.identifier == kFolded) return false;
     folded += account.usage;
     return true;
   });

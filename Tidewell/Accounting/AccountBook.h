@@ -49,8 +49,9 @@ class AccountBook {
     /// Names the account's application; null for none.
     std::shared_ptr<const RunningApplication> application;
     Usage usage;
-    std::uint64_t lastLife = 0;  ///< The last pass with an addition or with a process of its name.
-    bool isListed = false;       ///< Whether it was ever used.
+    std::uint64_t lastAddition = 0;  ///< The pass of it.
+    std::size_t processes = 0;       ///< How many run under its name.
+    bool isListed = false;           ///< Whether it was ever used.
   };
 
   AccountBook();
@@ -65,9 +66,12 @@ class AccountBook {
   /// Begins another pass.
   void nextPass() { ++pass_; }
 
-  /// A process runs under the account's name on this pass. Does nothing for an account that is not
+  /// A process runs under the account's name from now on. Does nothing for an account that is not
   /// there.
-  void noteLife(std::int32_t identifier);
+  void addProcess(std::int32_t identifier);
+
+  /// Such a process ended, or took another name. Does nothing for an account that is not there.
+  void removeProcess(std::int32_t identifier);
 
   /// Folds the accounts that have neither grown on this pass nor a process under their names.
   void fold();

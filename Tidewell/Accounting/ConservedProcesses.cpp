@@ -83,7 +83,7 @@ void ConservedProcesses::pass(const ProcessSnapshot& system) {
   closeGone();
   processes_.updateParents();
   processes_.forgetGone();
-  foldAccounts();
+  accounts_.fold();
 }
 
 ChargeSettlement::Terms ConservedProcesses::nextTerms() {
@@ -125,12 +125,6 @@ void ConservedProcesses::noteUses() {
     for (const std::int32_t account : *uses)
       accounts_.add(account, {});
   }
-}
-
-void ConservedProcesses::foldAccounts() {
-  for (const FollowedProcess& process : processes_.living())
-    accounts_.noteLife(process.account);
-  accounts_.fold();
 }
 
 }  // namespace tidewell

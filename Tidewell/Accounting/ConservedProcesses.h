@@ -100,7 +100,6 @@ class ConservedProcesses : public ProcessTable {
   void settleCharges(const ChargeSettlement::Terms& terms);
   void closeGone();
   void noteUses();
-  void foldAccounts();
 
   Sources sources_;
   AccountBook accounts_;

@@ -98,6 +98,8 @@ void ProcessCounter::readName(FollowedProcess& process, std::uint32_t version,
   if (account == process.account) return;
   if (process.counted != Usage())
     accounts_.add(process.account, std::exchange(process.counted, {}));
+  accounts_.removeProcess(process.account);
+  accounts_.addProcess(account);
   process.account = account;
   directory_.assign(process.pid, account);
 }
@@ -106,6 +108,7 @@ void ProcessCounter::close(const FollowedProcess& process) {
   if (process.account != 0 && process.counted != Usage()) {
     accounts_.add(process.account, process.counted);
   }
+  accounts_.removeProcess(process.account);
 }
 
 }  // namespace tidewell

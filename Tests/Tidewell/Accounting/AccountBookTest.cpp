@@ -139,9 +139,11 @@ TEST_F(AccountBookTest, WhatIsFoldedStaysInTheSumWithoutAName) {
 
 TEST_F(AccountBookTest, KeepsTheAccountOfANameUnderWhichSomethingRuns) {
   const auto daemon = use("daemon", {3, 30});
+  accounts.addProcess(daemon);
+  accounts.addProcess(daemon);
+  accounts.removeProcess(daemon);
   for (int pass = 0; pass < 1000; ++pass) {
     nextPass();
-    accounts.noteLife(daemon);
     accounts.fold();
   }
   EXPECT_EQ(accounts.find(daemon)->usage, (Usage{3, 30}));
@@ -151,19 +153,29 @@ TEST_F(AccountBookTest, KeepsTheAccountOfANameUnderWhichSomethingRuns) {
 TEST_F(AccountBookTest, DropsAnAccountThatWasNeverUsedOnceNothingRunsUnderIt) {
   nextPass();
   const auto account = accounts.reserve("/bin/idle", nullptr);
-  accounts.noteLife(account);
+  accounts.addProcess(account);
   accounts.fold();
   EXPECT_NE(accounts.find(account), nullptr);
   nextPass();
+  accounts.removeProcess(account);
   accounts.fold();
   EXPECT_EQ(accounts.find(account), nullptr);
   EXPECT_EQ(listedKeys().size(), 0u);
 }
 
-TEST_F(AccountBookTest, NotesNoLifeInAnAccountThatIsNotThere) {
-  accounts.noteLife(0);
-  accounts.noteLife(AccountBook::kFirstIdentifier + 9);
+TEST_F(AccountBookTest, AddsAndRemovesNoProcessOfAnAccountThatIsNotThere) {
+  accounts.addProcess(0);
+  accounts.removeProcess(AccountBook::kFirstIdentifier + 9);
   EXPECT_EQ(accounts.find(0), nullptr);
+}
+
+TEST_F(AccountBookTest, RemovesNoMoreProcessesThanAnAccountHas) {
+  const auto account = use("job", {3, 30});
+  accounts.removeProcess(account);
+  accounts.addProcess(account);
+  nextPass();
+  accounts.fold();
+  EXPECT_NE(accounts.find(account), nullptr);
 }
 
 TEST_F(AccountBookTest, ANameThatComesBackAfterItWasFoldedBeginsAtNothing) {
