@@ -1,5 +1,7 @@
 #include "Platform/Linux/LinuxPorts.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <thread>
 #include <type_traits>
@@ -66,8 +68,9 @@ struct LinuxSystem {
   std::shared_ptr<NamedHolders> namedHolders = std::make_shared<NamedHolders>();
   LinuxRunningApplications runningApplications{tracker, namedHolders};
   tidewell::AccountDirectory accountDirectory;
-  tidewell::ConservedProcesses conserved{
-      {processTable, clock, accountDirectory, std::max(1U, std::thread::hardware_concurrency())}};
+  tidewell::ConservedProcesses conserved{{processTable, clock, accountDirectory,
+                                          std::max(1U, std::thread::hardware_concurrency()),
+                                          ::getpid()}};
 
   ThreadQueues serialQueues{loop.get()};
   SocketMeter networkMeter{&accountDirectory};

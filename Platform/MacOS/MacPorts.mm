@@ -1,3 +1,5 @@
+#include <unistd.h>
+
 #include <algorithm>
 #include <memory>
 #include <thread>
@@ -38,7 +40,7 @@ struct ProcessSources {
   /// The system's own tool measures the network, process by process, so nobody asks here.
   tidewell::AccountDirectory accounts;
   tidewell::ConservedProcesses conserved{
-      {table, clock, accounts, std::max(1U, std::thread::hardware_concurrency())}};
+      {table, clock, accounts, std::max(1U, std::thread::hardware_concurrency()), ::getpid()}};
 };
 
 /// The network meter and what it runs the tool with.

@@ -67,7 +67,8 @@ void ChargeSettlement::settle(FollowedProcess& reaper) {
     rest.time -= stretch.time;
     rest.disk -= stretch.disk;
   }
-  reaper.counted += rest;
+  // The rest is the work of tools that came and went unseen.
+  if (reaper.relation != Relation::self) reaper.counted += rest;
 }
 
 /// A process whose parent ended too was reaped by it, or by whoever inherited it. In either case
@@ -100,7 +101,7 @@ void ChargeSettlement::note(const FollowedProcess& ended, const FollowedProcess*
 }
 
 Usage ChargeSettlement::seenOf(const FollowedProcess& process) const {
-  const bool countsDisk = terms_.includesDisk && process.account != 0;
+  const bool countsDisk = terms_.includesDisk && process.isSeen();
   return {process.seenTime(), countsDisk ? process.disk : 0};
 }
 

@@ -25,7 +25,7 @@ std::uint64_t timeUnits(double nanos, Timebase timebase) {
 ConservedProcesses::ConservedProcesses(Sources sources)
     : sources_(sources),
       counter_(sources.table, accounts_, sources.accounts),
-      processes_(sources.table, counter_) {}
+      processes_(sources.table, counter_, sources.self) {}
 
 ConservedProcesses::~ConservedProcesses() = default;
 

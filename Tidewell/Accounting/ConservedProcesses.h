@@ -51,6 +51,9 @@ namespace tidewell {
 /// Left out is
 /// * what nobody was charged for: on Linux the children of one that ignores their end, on macOS
 ///   what waits to be reaped when its parent ends;
+/// * what the tools used that this program itself runs: they are not listed, and nothing is
+///   credited to the program for having reaped them. Else it would take a measurement that it makes
+///   at every pass for work;
 /// * of what is told all at once, by one who reaped or was not read before, that which cannot have
 ///   been used since the last pass: time beyond what all processors could give in that interval
 ///   (and the same part of the bytes), and bytes beyond what the fastest drive could carry in it,
@@ -77,6 +80,7 @@ class ConservedProcesses : public ProcessTable {
     Clock& clock;
     AccountDirectory& accounts;  ///< Is told of every process's account.
     unsigned processors;         ///< How many can work at once; at least 1.
+    std::int32_t self = 0;       ///< The process that counts; 0 for none.
   };
 
   explicit ConservedProcesses(Sources sources);

@@ -12,6 +12,13 @@
 
 namespace tidewell {
 
+/// What a process is to the program that counts.
+enum class Relation : std::uint8_t {
+  stranger,
+  self,
+  tool,  ///< The program started it, or another of its tools did: its work is nobody's.
+};
+
 /// A process as it was last read, and what is counted for it. Times are in the table's units.
 struct FollowedProcess {
   std::int32_t pid = 0;
@@ -22,6 +29,7 @@ struct FollowedProcess {
   std::uint64_t disk = 0;  ///< Read and written.
   std::uint32_t programVersion = 0;
   std::int32_t account = 0;  ///< Of its name and application; 0 without a name.
+  Relation relation = Relation::stranger;
   bool ended = false;
   bool unread = false;      ///< On this pass, although it is there.
   bool hidden = false;      ///< Was never read; is known as the parent of one that was.
@@ -33,9 +41,11 @@ struct FollowedProcess {
   /// Another one for each name that any process takes; 0 for one that has never had a name.
   std::uint32_t nameVersion = 0;
 
-  /// The time that whoever reaps it is charged and that was counted already. A process without a
-  /// name is seen by nobody.
-  [[nodiscard]] std::uint64_t seenTime() const { return account == 0 ? 0 : ownTime + reapedTime; }
+  /// Whether its usage was dealt with when it was read. Nobody counts a process without a name;
+  /// a tool has none on purpose.
+  [[nodiscard]] bool isSeen() const { return account != 0 || relation == Relation::tool; }
+  /// The part of what its reaper is charged that was dealt with already.
+  [[nodiscard]] std::uint64_t seenTime() const { return isSeen() ? ownTime + reapedTime : 0; }
 };
 
 /// The process with that identifier, among some that are ascending by it; null when there is none.

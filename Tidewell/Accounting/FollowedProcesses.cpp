@@ -13,8 +13,9 @@ bool isGoneFrom(const std::vector<FollowedProcess>& gone, std::int32_t pid) {
 
 }  // namespace
 
-FollowedProcesses::FollowedProcesses(ProcessTable& table, ProcessCounter& counter)
-    : table_(table), counter_(counter) {}
+FollowedProcesses::FollowedProcesses(ProcessTable& table, ProcessCounter& counter,
+                                     std::int32_t self)
+    : table_(table), counter_(counter), self_(self) {}
 
 void FollowedProcesses::read(std::span<const std::int32_t> pids,
                              std::span<const Application> applications, const Usage& most) {
@@ -86,12 +87,25 @@ void FollowedProcesses::readOne(std::int32_t pid, FollowedProcess* known,
 void FollowedProcesses::begin(FollowedProcess& process, const ResourceUsage& usage,
                               const Application& application) {
   process.hidden = process.unread = false;
+  process.parent = table_.parent(process.pid);
+  process.relation = relationOf(process);
   if (isPrimed_) {
     counter_.beginWithMost(process, usage, application, most_);
   } else {
     counter_.beginWithAll(process, usage, application);
   }
   newParents_.push_back(process.parent);
+}
+
+/// A child that is older than the first pass was not started as a tool. The first process of a
+/// system has the orphans of all others for children.
+Relation FollowedProcesses::relationOf(const FollowedProcess& process) {
+  if (process.pid == self_) return Relation::self;
+  if (!isPrimed_ || self_ <= 1) return Relation::stranger;
+  if (process.parent == self_) return Relation::tool;
+  const FollowedProcess* parent = findProcess(born_, process.parent);
+  if (!parent) parent = findProcess(living_, process.parent);
+  return parent && parent->relation == Relation::tool ? Relation::tool : Relation::stranger;
 }
 
 /// What may not be read any more, but is there, has what it had.

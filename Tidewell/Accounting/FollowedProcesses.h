@@ -22,7 +22,8 @@ class FollowedProcesses {
  public:
   using Application = std::shared_ptr<const RunningApplication>;
 
-  FollowedProcesses(ProcessTable& table, ProcessCounter& counter);
+  /// `self` is the process that counts, whose children are its tools; 0 for none.
+  FollowedProcesses(ProcessTable& table, ProcessCounter& counter, std::int32_t self);
 
   /// Reads all of `pids` and finds out which processes have ended. `applications` are ascending by
   /// process. What is new is credited with no more than `most`, except on the first pass.
@@ -50,6 +51,7 @@ class FollowedProcesses {
   void readAll(std::span<const std::int32_t> ascending, std::span<const Application> applications);
   void readOne(std::int32_t pid, FollowedProcess* known, const Application& application);
   void begin(FollowedProcess& process, const ResourceUsage& usage, const Application& application);
+  [[nodiscard]] Relation relationOf(const FollowedProcess& process);
   void noteUnread(FollowedProcess& process, const ResourceUsage& usage);
   void miss(FollowedProcess& process);
   void findReplaced();
@@ -61,6 +63,7 @@ class FollowedProcesses {
 
   ProcessTable& table_;
   ProcessCounter& counter_;
+  std::int32_t self_;
   Usage most_;
   bool isPrimed_ = false;                 ///< Whether a pass was made before.
   std::vector<std::int32_t> order_;       ///< As the table lists them.

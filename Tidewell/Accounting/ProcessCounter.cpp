@@ -28,7 +28,6 @@ ProcessCounter::ProcessCounter(ProcessTable& table, AccountBook& accounts,
 
 void ProcessCounter::begin(FollowedProcess& process, const ResourceUsage& usage,
                            const Application& application) {
-  process.parent = table_.parent(process.pid);
   process.startTime = usage.startTime;
   process.ownTime = ownTimeOf(usage);
   process.reapedTime = usage.reapedTime;
@@ -93,7 +92,8 @@ void ProcessCounter::readName(FollowedProcess& process, std::uint32_t version,
   process.nameVersion = ++lastNameVersion_;
   process.path = paths_.share(path);
   process.application = application;
-  const bool isNamed = !AccountBook::key(path, application.get()).empty();
+  const bool isNamed =
+      process.relation != Relation::tool && !AccountBook::key(path, application.get()).empty();
   const std::int32_t account = isNamed ? accounts_.reserve(path, application.get()) : 0;
   if (account == process.account) return;
   if (process.counted != Usage())

@@ -95,6 +95,10 @@ double charged(ProcFileSystem& proc, pid_t pid) {
 
 class ConservedProcessesLiveTest : public ::testing::Test {
  protected:
+  /// `self` is the process whose children are its tools; 0 for none.
+  explicit ConservedProcessesLiveTest(std::int32_t self = 0)
+      : conserved({table, clock, accounts, 64, self}) {}
+
   /// The time of all that is counted under the driver's path, in seconds.
   double counted(const std::string& program) {
     double sum = 0;
@@ -130,7 +134,7 @@ class ConservedProcessesLiveTest : public ::testing::Test {
   LinuxProcessTable table{tracker};
   SystemClock clock;
   tidewell::AccountDirectory accounts;
-  tidewell::ConservedProcesses conserved{{table, clock, accounts, 64}};
+  tidewell::ConservedProcesses conserved;
 };
 
 TEST_F(ConservedProcessesLiveTest, CountsTheWorkOfShortProcessesWhole) {
@@ -141,6 +145,50 @@ TEST_F(ConservedProcessesLiveTest, CountsTheWorkOfShortProcessesWhole) {
 TEST_F(ConservedProcessesLiveTest, CountsTheWorkOfLongerProcessesOnce) {
   counted("");
   countAll(Driver(4, 500'000));
+}
+
+class ConservedProcessesWithToolsLiveTest : public ConservedProcessesLiveTest {
+ protected:
+  ConservedProcessesWithToolsLiveTest() : ConservedProcessesLiveTest(getpid()) {}
+
+  /// The time of this very process, in seconds, as it is counted.
+  double countedOfSelf() {
+    conserved.snapshot();
+    tidewell::ResourceUsage usage;
+    EXPECT_TRUE(conserved.resourceUsage(getpid(), usage));
+    return static_cast<double>(usage.userTime + usage.systemTime) / 1e9;
+  }
+
+  static double usedBySelf() {
+    timespec time{};
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) / 1e9;
+  }
+};
+
+TEST_F(ConservedProcessesWithToolsLiveTest, LeavesOutTheWorkOfAToolThatItSees) {
+  const double before = countedOfSelf() - usedBySelf();
+  {
+    const Driver tool(20, 50'000);
+    const auto end = Steady::now() + 150s;
+    while (!tool.hasFinished(50ms) && Steady::now() < end)
+      EXPECT_EQ(counted(tool.program()), 0);
+    EXPECT_GT(charged(proc, tool.pid()), 0.3) << "too little work to tell";
+  }
+  // The tool was reaped, and what it used is in what this process is charged.
+  countedOfSelf();
+  EXPECT_NEAR(countedOfSelf() - usedBySelf(), before, 0.05);
+}
+
+TEST_F(ConservedProcessesWithToolsLiveTest, LeavesOutTheWorkOfAToolThatComesAndGoesUnseen) {
+  const double before = countedOfSelf() - usedBySelf();
+  {
+    const Driver tool(20, 50'000);
+    ASSERT_TRUE(tool.hasFinished(150s));
+    EXPECT_GT(charged(proc, tool.pid()), 0.3) << "too little work to tell";
+  }
+  countedOfSelf();
+  EXPECT_NEAR(countedOfSelf() - usedBySelf(), before, 0.05);
 }
 
 }  // namespace

@@ -19,9 +19,16 @@ namespace tidewell {
 /// A conserved table over a simulated kernel, and what it counts.
 class ConservedTable : public testing::Test {
  protected:
+  /// The number of the process that counts.
+  struct ProcessItself {
+    std::int32_t pid;
+  };
+
   /// Without a number, so many that no growth is beyond what they could give.
   explicit ConservedTable(unsigned processors = 1'000'000)
       : table({kernel, clock, accounts, processors}) {}
+  explicit ConservedTable(ProcessItself self)
+      : table({kernel, clock, accounts, 1'000'000, self.pid}) {}
 
   /// One pass.
   void pass() {
@@ -44,6 +51,15 @@ class ConservedTable : public testing::Test {
     }
     for (const auto& [name, usage] : present)
       counted[name] = usage;
+  }
+
+  /// Of all that the last pass had, ascending.
+  [[nodiscard]] std::vector<std::string> names() const {
+    std::vector<std::string> present;
+    for (const auto& [name, usage] : counted) {
+      if (!ended.contains(name)) present.push_back(name);
+    }
+    return present;
   }
 
   SimulatedKernel kernel;
