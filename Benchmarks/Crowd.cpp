@@ -1,29 +1,47 @@
 #include "Benchmarks/Crowd.h"
 
+#include <fcntl.h>
 #include <netinet/in.h>
 #include <signal.h>
 #include <spawn.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <chrono>
 #include <cstdlib>
 #include <stdexcept>
 #include <string>
 #include <thread>
+#include <utility>
+
+#include "Platform/Posix/Files/Pipe.h"
+
+extern char** environ;  // NOLINT(readability-redundant-declaration): no header of macOS has it.
 
 namespace {
 
 constexpr int kNames = 100;
 
-pid_t start(const std::string& program, const char* mode) {
+using platform::Descriptor;
+
+/// What is started later has none of it.
+Descriptor keptToOneself(int descriptor) {
+  fcntl(descriptor, F_SETFD, FD_CLOEXEC);
+  return Descriptor(descriptor);
+}
+
+pid_t start(const std::string& program, const char* mode, const Descriptor& input) {
   std::string name = program;
   std::string argument = mode;
   char* arguments[] = {name.data(), argument.data(), nullptr};
+  posix_spawn_file_actions_t actions;
+  posix_spawn_file_actions_init(&actions);
+  posix_spawn_file_actions_adddup2(&actions, input.get(), STDIN_FILENO);
   pid_t pid = 0;
-  if (posix_spawn(&pid, program.c_str(), nullptr, nullptr, arguments, environ) != 0) {
-    throw std::runtime_error("cannot start " + program);
-  }
+  const int error = posix_spawn(&pid, program.c_str(), &actions, nullptr, arguments, environ);
+  posix_spawn_file_actions_destroy(&actions);
+  if (error != 0) throw std::runtime_error("cannot start " + program);
   return pid;
 }
 
@@ -35,9 +53,12 @@ Crowd::Crowd(int processes, int sockets) {
   for (int name = 0; name < kNames; ++name) {
     std::filesystem::copy_file(CROWD_MEMBER, folder_ / ("member-" + std::to_string(name)));
   }
+  platform::Pipe input = platform::Pipe::make();
+  if (!input) throw std::runtime_error("cannot make a pipe");
+  membersInput_ = std::move(input.writing);
   for (int index = 0; index < processes; ++index) {
     const std::string program = folder_ / ("member-" + std::to_string(index % kNames));
-    members_.push_back(start(program, index % 10 == 0 ? "awake" : "quiet"));
+    members_.push_back(start(program, index % 10 == 0 ? "awake" : "quiet", input.reading));
   }
   connectPairs(sockets / 2);
   // A process that is still starting is none of the quiet ones.
@@ -53,8 +74,7 @@ Crowd::~Crowd() {
 }
 
 void Crowd::connectPairs(int pairs) {
-  using platform::Descriptor;
-  const Descriptor listener(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
+  const Descriptor listener = keptToOneself(socket(AF_INET, SOCK_STREAM, 0));
   sockaddr_in address{};
   address.sin_family = AF_INET;
   address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
@@ -65,9 +85,9 @@ void Crowd::connectPairs(int pairs) {
     throw std::runtime_error("cannot listen on loopback");
   }
   for (int pair = 0; pair < pairs; ++pair) {
-    Descriptor client(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    Descriptor client = keptToOneself(socket(AF_INET, SOCK_STREAM, 0));
     if (connect(client.get(), generic, size) != 0) throw std::runtime_error("cannot connect");
     sockets_.push_back(std::move(client));
-    sockets_.emplace_back(accept4(listener.get(), nullptr, nullptr, SOCK_CLOEXEC));
+    sockets_.push_back(keptToOneself(accept(listener.get(), nullptr, nullptr)));
   }
 }

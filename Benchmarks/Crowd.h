@@ -20,6 +20,7 @@ class Crowd {
   void connectPairs(int pairs);
 
   std::filesystem::path folder_;
+  platform::Descriptor membersInput_;  ///< They end when it is closed, with us or before.
   std::vector<pid_t> members_;
   std::vector<platform::Descriptor> sockets_;
 };

@@ -12,8 +12,7 @@
 #include <vector>
 
 #include "Benchmarks/Crowd.h"
-#include "Platform/Linux/LinuxPorts.h"
-#include "Platform/Linux/Loop/EventLoop.h"
+#include "Platform/MakePorts.h"
 #include "Staylit/StaylitEngine.h"
 #include "Tests/Fakes/FakePorts.h"
 #include "Tidewell/ActivityMonitor.h"
@@ -30,7 +29,7 @@ void manyProcesses(benchmark::internal::Benchmark* benchmark) {
 /// One snapshot of all processes, from the kernel to the samples.
 void snapshot(benchmark::State& state) {
   const Crowd crowd(static_cast<int>(state.range(0)), 0);
-  const auto ports = platform::makeLinuxPorts(std::make_shared<platform::EventLoop>());
+  const auto ports = platform::makePorts();
   tidewell::ProcessSampler sampler(*ports->processTable);
   for (auto _ : state)
     benchmark::DoNotOptimize(sampler.sample().size());
@@ -76,7 +75,7 @@ BENCHMARK(aggregation)->Apply(manyProcesses);
 /// A whole tick of the engine on this machine, except that nothing is held.
 void fullTick(benchmark::State& state) {
   const Crowd crowd(static_cast<int>(state.range(0)), kSockets);
-  const auto ports = platform::makeLinuxPorts(std::make_shared<platform::EventLoop>());
+  const auto ports = platform::makePorts();
   ports->defaults = std::make_shared<tidewell::FakeDefaults>();
   ports->powerManagement = std::make_shared<tidewell::FakePowerManagement>();
   const tidewell::InstalledPorts installed(*ports);
