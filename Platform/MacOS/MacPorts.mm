@@ -35,7 +35,8 @@ namespace {
 /// The process table, with all that it stands on. What the work of
 /// ended processes gains over the plain table was measured on Linux only.
 struct ProcessSources {
-  LibprocProcessTable table{WorkspaceRunningApplications::all};
+  WorkspaceRunningApplications applications;
+  LibprocProcessTable table{[this] { return applications.all(); }};
   FoundationClock clock;
   /// The system's own tool measures the network, process by process, so nobody asks here.
   tidewell::AccountDirectory accounts;
@@ -63,7 +64,7 @@ std::unique_ptr<tidewell::Ports> makePorts() {
   ports->mainLoop = mainLoop;
   const auto processes = std::make_shared<ProcessSources>();
   ports->processTable = {processes, &processes->conserved};
-  ports->runningApplications = std::make_shared<WorkspaceRunningApplications>();
+  ports->runningApplications = {processes, &processes->applications};
   ports->serialQueues = std::make_shared<DispatchSerialQueues>();
   const auto networkTool = std::make_shared<NetworkTool>();
   ports->networkMeter = {networkTool, &networkTool->meter};

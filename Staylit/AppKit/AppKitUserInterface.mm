@@ -2,6 +2,7 @@
 
 #import <AppKit/AppKit.h>
 
+#include "Platform/MacOS/Loop/ModalWork.h"
 #include "Platform/MacOS/Text/NSText.h"
 #include "Staylit/AppKit/StatusItem/AppKitStatusItem.h"
 #include "Staylit/AppKit/Windows/AppKitWindow.h"
@@ -48,7 +49,7 @@ void AppKitUserInterface::tell(const std::string& summary, const std::string& bo
   NSAlert* alert = [[NSAlert alloc] init];
   alert.messageText = platform::nsString(summary);
   alert.informativeText = platform::nsString(body);
-  dispatch_async(dispatch_get_main_queue(), ^{
+  platform::performModal([alert] {
     [NSApp activateIgnoringOtherApps:YES];
     [alert runModal];
   });

@@ -41,15 +41,31 @@ class WorkspaceApplication final : public tidewell::RunningApplication {
 
 }  // namespace
 
+WorkspaceRunningApplications::WorkspaceRunningApplications()
+    : kept_({
+          .processIdentifier =
+              [](NSRunningApplication* application) { return application.processIdentifier; },
+          .make =
+              [](NSRunningApplication* application) {
+                return std::make_shared<const WorkspaceApplication>(application);
+              },
+          .isSame = [](NSRunningApplication* one,
+                       NSRunningApplication* other) { return [one isEqual:other] == YES; },
+          .isSettled =
+              [](const tidewell::RunningApplication& application) {
+                return application.bundleIdentifier() && application.localizedName();
+              },
+      }) {}
+
 std::vector<std::shared_ptr<const tidewell::RunningApplication>>
 WorkspaceRunningApplications::all() {
-  std::vector<std::shared_ptr<const tidewell::RunningApplication>> all;
   @autoreleasepool {
+    std::vector<NSRunningApplication*> running;
     for (NSRunningApplication* application in NSWorkspace.sharedWorkspace.runningApplications) {
-      all.push_back(std::make_shared<const WorkspaceApplication>(application));
+      running.push_back(application);
     }
+    return kept_.update(running);
   }
-  return all;
 }
 
 std::shared_ptr<const tidewell::RunningApplication>

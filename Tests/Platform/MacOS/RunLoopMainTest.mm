@@ -6,6 +6,8 @@
 #include <memory>
 #include <string>
 
+#include "Platform/MacOS/Loop/ModalWork.h"
+
 namespace platform {
 namespace {
 
@@ -60,10 +62,36 @@ TEST(RunLoopMain, ATimerFiresAgainAndAgainAndMayEndItself) {
 }
 
 TEST(RunLoopMain, ATimerFiresWhileAMenuIsOpen) {
+  [NSApplication sharedApplication];  // It makes the mode of an open menu one of the common modes.
   RunLoopMain loop;
   int fired = 0;
   const auto timer = loop.scheduleRepeating(tidewell::Seconds(0.01), [&] { ++fired; });
   EXPECT_TRUE(eventually([&] { return fired > 0; }, NSEventTrackingRunLoopMode));
+}
+
+TEST(RunLoopMain, RunsWhatIsPostedWhileAModalWindowIsShown) {
+  RunLoopMain loop;
+  bool wasRunMeanwhile = false;
+  bool isClosed = false;
+  performModal([&] {
+    bool wasRun = false;
+    loop.async([&] { wasRun = true; });
+    wasRunMeanwhile = eventually([&] { return wasRun; });
+    isClosed = true;
+  });
+  EXPECT_FALSE(isClosed);
+  EXPECT_TRUE(eventually([&] { return isClosed; }));
+  EXPECT_TRUE(wasRunMeanwhile);
+}
+
+TEST(RunLoopMain, ShowsNoModalWindowWhileAMenuIsOpen) {
+  [NSApplication sharedApplication];
+  bool isShown = false;
+  performModal([&] { isShown = true; });
+  [NSRunLoop.mainRunLoop runMode:NSEventTrackingRunLoopMode
+                      beforeDate:[NSDate dateWithTimeIntervalSinceNow:0.05]];
+  EXPECT_FALSE(isShown);
+  EXPECT_TRUE(eventually([&] { return isShown; }));
 }
 
 }  // namespace
