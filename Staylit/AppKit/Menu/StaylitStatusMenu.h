@@ -14,6 +14,9 @@
 - (instancetype)initWithDelegate:(staylit::MenuDelegate&)delegate NS_DESIGNATED_INITIALIZER;
 - (instancetype)init NS_UNAVAILABLE;
 
+/// The command of the main menu, as if it had been chosen in this menu.
+- (void)openSettings;
+
 /// After this call nothing reaches the delegate.
 - (void)disconnect;
 

@@ -9,8 +9,8 @@
 
 namespace staylit {
 
-/// A status item of variable length in the system's menu bar. It is there as long as the object
-/// lives.
+/// A status item of variable length in the system's menu bar, and the main menu that nobody sees.
+/// Both are there as long as the object lives.
 class AppKitStatusItem final : public StatusItem {
  public:
   explicit AppKitStatusItem(MenuDelegate& delegate);

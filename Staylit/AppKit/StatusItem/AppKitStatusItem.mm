@@ -1,6 +1,7 @@
 #include "Staylit/AppKit/StatusItem/AppKitStatusItem.h"
 
 #include "Platform/MacOS/Text/NSText.h"
+#import "Staylit/AppKit/Menu/MainMenu.h"
 #include "Staylit/AppKit/Windows/Parts/Drawing.h"
 
 namespace staylit {
@@ -19,9 +20,11 @@ AppKitStatusItem::AppKitStatusItem(MenuDelegate& delegate)
     : item_([NSStatusBar.systemStatusBar statusItemWithLength:NSVariableStatusItemLength]),
       menu_([[StaylitStatusMenu alloc] initWithDelegate:delegate]) {
   item_.menu = menu_.menu;
+  NSApp.mainMenu = makeMainMenu(menu_);
 }
 
 AppKitStatusItem::~AppKitStatusItem() {
+  NSApp.mainMenu = nil;
   [menu_ disconnect];
   [NSStatusBar.systemStatusBar removeStatusItem:item_];
 }
@@ -35,7 +38,11 @@ void AppKitStatusItem::show(const StatusItemAppearance& appearance) {
     button.image = imageOf(appearance);
   }
   if (isNew(&Appearance::appearsDisabled)) button.appearsDisabled = appearance.appearsDisabled;
-  if (isNew(&Appearance::toolTip)) button.toolTip = platform::nsString(appearance.toolTip);
+  if (isNew(&Appearance::toolTip)) {
+    button.toolTip = platform::nsString(appearance.toolTip);
+    // VoiceOver reads a value with the name, and a tool tip only later or not at all.
+    button.accessibilityValue = button.toolTip;
+  }
   shown_ = appearance;
 }
 

@@ -6,8 +6,8 @@
 
 /// A window with a title and a close button. Closing only hides it. Main thread only.
 ///
-/// The program has no main menu, which usually provides the key equivalents, so the window itself
-/// handles those that make sense in it. Escape closes the window unless the content uses the key.
+/// It appears in the space that the user is in. What Command and a key mean stands in the main menu
+/// (`makeMainMenu`). Escape closes the window unless the content uses the key.
 @interface StaylitWindow : NSWindow
 
 /// `size` is the size of the content, in points. The window keeps `content`.
@@ -18,5 +18,8 @@
                           styleMask:(NSWindowStyleMask)style
                             backing:(NSBackingStoreType)backing
                               defer:(BOOL)flag NS_UNAVAILABLE;
+
+/// The command for searching: the content begins with it.
+- (void)findInContent:(id)sender;
 
 @end

@@ -1,35 +1,5 @@
 #import "Staylit/AppKit/Windows/StaylitWindow.h"
 
-namespace {
-
-constexpr NSEventModifierFlags kModifiers = NSEventModifierFlagCommand | NSEventModifierFlagShift |
-                                            NSEventModifierFlagOption | NSEventModifierFlagControl;
-
-/// The action that the main menu of other programs would send for a key; null for a key without a
-/// meaning.
-SEL commandFor(NSEvent* event) {
-  const NSEventModifierFlags modifiers = event.modifierFlags & kModifiers;
-  // With Command down, this is the Latin letter on other keyboards too.
-  NSString* key = event.characters.lowercaseString;
-  if (modifiers == (NSEventModifierFlagCommand | NSEventModifierFlagShift)) {
-    return [key isEqualToString:@"z"] ? @selector(redo:) : nullptr;
-  }
-  if (modifiers != NSEventModifierFlagCommand) return nullptr;
-  NSDictionary<NSString*, NSString*>* commands = @{
-    @"x" : @"cut:",
-    @"c" : @"copy:",
-    @"v" : @"paste:",
-    @"a" : @"selectAll:",
-    @"z" : @"undo:",
-    @"f" : @"findInContent:",
-    @"w" : @"performClose:",
-  };
-  NSString* command = commands[key];
-  return command == nil ? nullptr : NSSelectorFromString(command);
-}
-
-}  // namespace
-
 @implementation StaylitWindow {
   __weak NSView<StaylitWindowContent>* _content;
 }
@@ -46,6 +16,10 @@ SEL commandFor(NSEvent* event) {
   self.releasedWhenClosed = NO;
   // The system has nothing to restore at the next start: only the menu opens a window.
   self.restorable = NO;
+  // It comes to who opens it, rather than taking them to where it was last; also beside a program
+  // that fills the screen.
+  self.collectionBehavior =
+      NSWindowCollectionBehaviorMoveToActiveSpace | NSWindowCollectionBehaviorFullScreenAuxiliary;
   _content = content;
   self.contentView = content;
   self.autorecalculatesKeyViewLoop = YES;
@@ -55,12 +29,6 @@ SEL commandFor(NSEvent* event) {
 
 - (void)cancelOperation:(id)sender {
   if (![_content cancel]) [self performClose:sender];
-}
-
-- (BOOL)performKeyEquivalent:(NSEvent*)event {
-  if ([super performKeyEquivalent:event]) return YES;
-  const SEL command = commandFor(event);
-  return command != nullptr && [NSApp sendAction:command to:nil from:self];
 }
 
 - (void)findInContent:(id)__unused sender {
