@@ -1,6 +1,7 @@
 #include "Staylit/MenuBarController.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <span>
 #include <string_view>
 #include <utility>
@@ -10,6 +11,7 @@
 #include "Staylit/Prefs.h"
 #include "Staylit/WatchList.h"
 #include "Tidewell/AppCatalog.h"
+#include "Tidewell/TextReading.h"
 
 namespace staylit {
 namespace {
@@ -117,12 +119,23 @@ void addIgnored(Menu& menu, const tidewell::TextSet& ignored, tidewell::Text& te
   menu.push_back(header("  …and " + more + " more — see Choose Apps"));
 }
 
-void addAsserting(Menu& menu, const std::vector<std::string>& names) {
+/// The program of a process that is named by its number, for want of an application's name; empty
+/// for every other name.
+std::string programOf(std::string_view name, tidewell::ProcessTable& processes) {
+  constexpr std::string_view kNumbered = "pid ";
+  if (!name.starts_with(kNumbered)) return {};
+  const auto pid = tidewell::wholeNumber<std::int32_t>(name.substr(kNumbered.size()));
+  return pid ? std::string(processes.path(*pid)) : std::string();
+}
+
+void addAsserting(Menu& menu, const std::vector<std::string>& names,
+                  tidewell::ProcessTable& processes) {
   if (names.empty()) return;
   menu.push_back(separator());
   menu.push_back(header("Asked to stay awake"));
   for (const std::string& name : upTo(kAssertingLimit, names)) {
     menu.push_back(header("  " + name));
+    menu.back().toolTip = programOf(name, processes);
   }
 }
 
@@ -179,7 +192,7 @@ Menu MenuBarController::menuNeedsUpdate() {
   Menu menu{header(summary(engine_.status().get()))};
   addBusy(menu, engine_.busyApps().get(), ignored);
   addIgnored(menu, ignored, *ports_.text);
-  addAsserting(menu, engine_.assertingApps().get());
+  addAsserting(menu, engine_.assertingApps().get(), *ports_.processTable);
   addCommands(menu, engine_.isPaused());
   return menu;
 }

@@ -426,6 +426,17 @@ TEST_F(MenuBarControllerTest, OfSixAskingAppsFiveAreListedInTheirOrderAndNoMoreI
             (Menu{header("  F"), header("  E"), header("  D"), header("  C"), header("  B")}));
 }
 
+TEST_F(MenuBarControllerTest, TellsTheProgramOfAnAskingProcessThatHasOnlyANumber) {
+  fakes.processes.add(412, "/usr/sbin/backup");
+  fakes.processes.add(7, std::nullopt);
+  engine->assertingApps().set({"pid 412", "pid 7", "pid x", "pid ", "Keynote"});
+  const Menu asking = under(menu(), "Asked to stay awake");
+  ASSERT_EQ(titles(asking), (Texts{"  pid 412", "  pid 7", "  pid x", "  pid ", "  Keynote"}));
+  EXPECT_EQ(asking[0].toolTip, "/usr/sbin/backup");
+  for (std::size_t row = 1; row < asking.size(); ++row)
+    EXPECT_EQ(asking[row].toolTip, "") << row;
+}
+
 TEST_F(MenuBarControllerTest, ShowsOddTextsAsTheyAre) {
   engine->status().set(EngineStatus::holding({"a&b_c\nd"}));
   engine->busyApps().set({busyApp("", "", 0), busyApp("x", "\u202EZalgo &\t", 0)});
