@@ -1,8 +1,8 @@
 #include "Staylit/Desktop/Display/WindowsModule.h"
 
 #include "Staylit/Desktop/Windows/DisplayServers.h"
+#include "Staylit/Desktop/Windows/PlatformChoice.h"
 #include "Staylit/Desktop/Windows/QtWindowKit.h"
-#include "Staylit/Desktop/Windows/UsablePlatform.h"
 #include "StaylitBuildIdentity.h"
 
 extern "C" __attribute__((visibility("default"))) staylit::WindowKit* STAYLIT_OF_THIS_BUILD(
@@ -14,7 +14,7 @@ extern "C" __attribute__((visibility("default"))) staylit::WindowKit* STAYLIT_OF
 
 extern "C" __attribute__((visibility("default"))) void STAYLIT_OF_THIS_BUILD(staylitTryDisplay)(
     const std::function<void(const std::string&)>& found) {
-  const auto platform = staylit::windows::usablePlatform();
+  const auto platform = staylit::windows::choosePlatform();
   if (!platform) return;
   const staylit::windows::QtWindowKit kit({}, platform->name);
   if (!staylit::windows::isServedByStrangers()) found(platform->name);

@@ -17,7 +17,7 @@
 #include <vector>
 
 #include "Platform/Posix/Files/Descriptor.h"
-#include "Staylit/Desktop/Windows/UsablePlatform.h"
+#include "Staylit/Desktop/Windows/PlatformChoice.h"
 #include "Tests/Platform/ScopedVariable.h"
 #include "Tests/Platform/Support/SilentDisplay.h"
 #include "Tests/Platform/Support/Stranger.h"
@@ -144,7 +144,7 @@ TEST_F(DisplayServersTest, AreNotGreetedWhenTheyAreStrangers) {
   ASSERT_NE(strangers.name(), "");
   const platform::ScopedVariable platform("QT_QPA_PLATFORM", "xcb");
   const platform::ScopedVariable display("DISPLAY", strangers.name().c_str());
-  EXPECT_FALSE(usablePlatform());
+  EXPECT_FALSE(choosePlatform());
   EXPECT_EQ(strangers.heardUntil("the end"), "the end");
 }
 

@@ -6,7 +6,7 @@
 #include <memory>
 
 #include "Staylit/Desktop/Windows/FixedWindow.h"
-#include "Staylit/Desktop/Windows/UsablePlatform.h"
+#include "Staylit/Desktop/Windows/PlatformChoice.h"
 #include "Tests/Platform/ScopedVariable.h"
 #include "Tests/Shell/Windows/WindowsTest.h"
 
@@ -144,34 +144,34 @@ TEST_F(WindowKitTest, IsTheDesktopsApplication) {
 
 // Whether there is a display.
 
-class UsablePlatformTest : public ::testing::Test {
+class PlatformChoiceTest : public ::testing::Test {
  protected:
   /// The platform in an environment with these, where absent means unset.
   static std::string with(const char* platform, const char* display, const char* wayland) {
     const platform::ScopedVariable first("QT_QPA_PLATFORM", platform);
     const platform::ScopedVariable second("DISPLAY", display);
     const platform::ScopedVariable third("WAYLAND_DISPLAY", wayland);
-    const auto found = windows::usablePlatform();
+    const auto found = windows::choosePlatform();
     return found ? found->name : "none";
   }
 };
 
-TEST_F(UsablePlatformTest, ThereIsNoneWithoutADisplay) {
+TEST_F(PlatformChoiceTest, ThereIsNoneWithoutADisplay) {
   EXPECT_EQ(with(nullptr, nullptr, nullptr), "none");
 }
 
-TEST_F(UsablePlatformTest, ADisplayThatRefusesIsNone) {
+TEST_F(PlatformChoiceTest, ADisplayThatRefusesIsNone) {
   EXPECT_EQ(with(nullptr, ":54321", nullptr), "none");
   EXPECT_EQ(with("xcb", ":54321", nullptr), "none");
   EXPECT_EQ(with(nullptr, nullptr, "no-such-socket"), "none");
   EXPECT_EQ(with("wayland", nullptr, "no-such-socket"), "none");
 }
 
-TEST_F(UsablePlatformTest, APlatformOfWhichThereIsNoPluginIsNone) {
+TEST_F(PlatformChoiceTest, APlatformOfWhichThereIsNoPluginIsNone) {
   EXPECT_EQ(with("no-such-platform", nullptr, nullptr), "none");
 }
 
-TEST_F(UsablePlatformTest, TakesTheFirstThatWorksOfThoseThatAreAskedFor) {
+TEST_F(PlatformChoiceTest, TakesTheFirstThatWorksOfThoseThatAreAskedFor) {
   EXPECT_EQ(with("offscreen", nullptr, nullptr), "offscreen");
   EXPECT_EQ(with("no-such-platform;xcb;minimal;offscreen", ":54321", nullptr), "minimal");
 }

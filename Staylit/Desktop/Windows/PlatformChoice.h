@@ -7,7 +7,7 @@
 namespace staylit::windows {
 
 /// A Qt platform on which windows can be shown.
-struct UsablePlatform {
+struct ChosenPlatform {
   std::string name;
   /// The connection by which this was found out. Keep it until Qt has connected itself, because a
   /// display server may end or start afresh when its last client leaves. Null for a platform
@@ -23,6 +23,6 @@ struct UsablePlatform {
 /// takes as long as the display does not answer. It sends nothing to a display that another user
 /// serves, because the greeting would hold the key to our display. It prefers what Qt would prefer
 /// (QT_QPA_PLATFORM, then the session's own kind). Call it before there is a QApplication.
-std::optional<UsablePlatform> usablePlatform();
+std::optional<ChosenPlatform> choosePlatform();
 
 }  // namespace staylit::windows

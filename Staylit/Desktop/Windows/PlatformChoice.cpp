@@ -1,4 +1,4 @@
-#include "Staylit/Desktop/Windows/UsablePlatform.h"
+#include "Staylit/Desktop/Windows/PlatformChoice.h"
 
 #include <QDir>
 #include <QJsonArray>
@@ -82,8 +82,8 @@ DisplayListeners listenersOf(const QString& platform) {
   return DisplayListeners(isX(platform) ? qEnvironmentVariable("DISPLAY").toStdString() : "");
 }
 
-/// Does the same as `usablePlatform` for one candidate, which is given with its options.
-std::optional<UsablePlatform> attempt(const QString& candidate) {
+/// Does the same as `choosePlatform` for one candidate, which is given with its options.
+std::optional<ChosenPlatform> attempt(const QString& candidate) {
   const QString name = candidate.section(':', 0, 0);
   if (!hasPlugin(name)) {
     qWarning("Staylit: Qt has no usable plugin for %s here", qPrintable(name));
@@ -95,7 +95,7 @@ std::optional<UsablePlatform> attempt(const QString& candidate) {
              qPrintable(name));
     return std::nullopt;
   }
-  UsablePlatform found{candidate.toStdString(), nullptr};
+  ChosenPlatform found{candidate.toStdString(), nullptr};
   if (isX(name)) found.connection = connectToX();
   if (isWayland(name)) found.connection = connectToWayland();
   // Other platforms draw without a display of somebody else, and are only used when asked for.
@@ -120,7 +120,7 @@ QStringList candidates() {
 
 }  // namespace
 
-std::optional<UsablePlatform> usablePlatform() {
+std::optional<ChosenPlatform> choosePlatform() {
   for (const QString& candidate : candidates()) {
     if (auto found = attempt(candidate)) return found;
   }
