@@ -72,20 +72,23 @@ bool readVariant(sd_bus_message* message, PropertyValue& value) {
          readBasic(message, basicType, value) && sd_bus_message_exit_container(message) >= 0;
 }
 
-/// Merges the wanted entries of an `a{sv}` into `properties`, as far as they can be read.
-void readDictionary(sd_bus_message* message, const RemoteProperties::Names& wanted,
-                    PropertyDictionary& properties) {
-  if (sd_bus_message_enter_container(message, SD_BUS_TYPE_ARRAY, "{sv}") < 0) return;
-  while (sd_bus_message_enter_container(message, SD_BUS_TYPE_DICT_ENTRY, "sv") > 0) {
+/// Reads the wanted entries of an `a{sv}`. Absent when the message is broken, or when it has a text
+/// that sd-bus does not read.
+std::optional<PropertyDictionary> readDictionary(sd_bus_message* message,
+                                                 const RemoteProperties::Names& wanted) {
+  if (sd_bus_message_enter_container(message, SD_BUS_TYPE_ARRAY, "{sv}") < 0) return std::nullopt;
+  PropertyDictionary properties;
+  int entered = 0;
+  while ((entered = sd_bus_message_enter_container(message, SD_BUS_TYPE_DICT_ENTRY, "sv")) > 0) {
     const char* name = nullptr;
-    if (sd_bus_message_read(message, "s", &name) < 0) return;
+    if (sd_bus_message_read(message, "s", &name) < 0) return std::nullopt;
     const bool isRead = wanted.contains(std::string_view(name))
                             ? readVariant(message, properties[name])
                             : sd_bus_message_skip(message, "v") >= 0;
-    if (!isRead) return;
-    if (sd_bus_message_exit_container(message) < 0) return;
+    if (!isRead || sd_bus_message_exit_container(message) < 0) return std::nullopt;
   }
-  sd_bus_message_exit_container(message);
+  if (entered < 0 || sd_bus_message_exit_container(message) < 0) return std::nullopt;
+  return properties;
 }
 
 /// Whether an `as` names a wanted property.
@@ -122,8 +125,7 @@ struct RemoteProperties::State {
   }
 
   void accept(sd_bus_message* reply) {
-    values.emplace();
-    readDictionary(reply, wanted, *values);
+    if (auto all = readDictionary(reply, wanted)) values = std::move(all);
   }
 
   void refresh() {
@@ -148,9 +150,12 @@ struct RemoteProperties::State {
     const char* changedInterface = nullptr;
     if (!values || sd_bus_message_read(message, "s", &changedInterface) < 0) return;
     if (changedInterface != interface) return;
-    readDictionary(message, wanted, *values);
-    // The signal names some properties without their values, so they have to be read.
-    if (namesAny(message, wanted)) refresh();
+    auto told = readDictionary(message, wanted);
+    // Properties that the signal names without their values have to be read.
+    if (!told || namesAny(message, wanted)) refresh();
+    if (!told) return;
+    for (auto& [name, value] : *told)
+      values->insert_or_assign(name, std::move(value));
   }
 };
 

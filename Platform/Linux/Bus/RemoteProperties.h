@@ -22,9 +22,10 @@ class RemoteProperties {
                    Names wanted, BusActivation activation = BusActivation::never);
   ~RemoteProperties();
 
-  /// The properties, or null while the service is not there. Values other than numbers, truth
-  /// values and texts of up to 256 bytes become `std::monostate`. The first call waits for the
-  /// answer, within the bus's limit. Without a running loop, that is the only reading.
+  /// The properties, or null while the service is not there or has never told them in a readable
+  /// form. What can be read only in part changes nothing. Values other than numbers, truth values
+  /// and texts of up to 256 bytes become `std::monostate`. The first call waits for the answer,
+  /// within the bus's limit. Without a running loop, that is the only reading.
   const tidewell::PropertyDictionary* read();
 
  private:

@@ -15,6 +15,8 @@ using namespace testing;  // NOLINT: the fixture's names
 
 constexpr const char* kName = "test.Lamp";
 constexpr const char* kPath = "/lamp";
+/// U+FFFE: a bus passes a text with this character on, but sd-bus reads no such text.
+constexpr const char* kUnreadableText = "\xEF\xBF\xBE";
 
 const RemoteProperties::Names kWanted{"Colour", "History", "IsOn", "Level", "Symbol", "Watts"};
 
@@ -105,6 +107,34 @@ TEST_F(RemotePropertiesTest, AreNotReadAgainForWhatNobodyWants) {
   service->change(kPath, kName, "Colour", std::string("green"));
   EXPECT_TRUE(eventually([&] { return colour() == "green"; }));
   EXPECT_EQ(service->readings, 1);
+}
+
+TEST_F(RemotePropertiesTest, AreAbsentWhenTheReplyCanBeReadOnlyInPart) {
+  FakePropertyService service(systemDaemon->address(), kName);
+  service.set(kPath, kName,
+              {{"Colour", std::string("red")}, {"Nobody", std::string(kUnreadableText)}});
+  EXPECT_EQ(colour(), "absent");
+}
+
+TEST_F(RemotePropertiesTest, StayAsTheyAreWhenALaterReplyCanBeReadOnlyInPart) {
+  const auto service = lamp("red");
+  EXPECT_EQ(colour(), "red");
+  service->set(kPath, kName,
+               {{"Colour", std::string("green")}, {"Nobody", std::string(kUnreadableText)}});
+  service->invalidate(kPath, kName, "Colour", std::string("green"));
+  ASSERT_TRUE(eventually([&] { return service->readings == 2; }));
+  service->change(kPath, kName, "IsOn", true);
+  EXPECT_TRUE(eventually([&] { return properties->read()->contains("IsOn"); }));
+  EXPECT_EQ(colour(), "red");
+}
+
+TEST_F(RemotePropertiesTest, AreReadAgainWhenASignalCanBeReadOnlyInPart) {
+  const auto service = lamp("red");
+  EXPECT_EQ(colour(), "red");
+  service->announce(kPath, kName,
+                    {{"Colour", std::string("green")}, {"Nobody", std::string(kUnreadableText)}});
+  ASSERT_TRUE(eventually([&] { return service->readings == 2; }));
+  EXPECT_EQ(colour(), "red");
 }
 
 TEST_F(RemotePropertiesTest, TakeNoNoticeOfAnotherInterface) {

@@ -35,10 +35,16 @@ class FakePropertyService {
   void change(const std::string& path, const std::string& interface, const std::string& name,
               const Value& value) {
     remember(path, interface, name, value);
+    announce(path, interface, {{name, value}});
+  }
+
+  /// Tells new values that the properties do not have.
+  void announce(const std::string& path, const std::string& interface, const Properties& values) {
     emit(path, [&](sd_bus_message* signal) {
       sd_bus_message_append(signal, "s", interface.c_str());
       sd_bus_message_open_container(signal, 'a', "{sv}");
-      append(signal, name, value);
+      for (const auto& [name, value] : values)
+        append(signal, name, value);
       sd_bus_message_close_container(signal);
       sd_bus_message_append(signal, "as", 0);
     });
@@ -81,8 +87,21 @@ class FakePropertyService {
     } else if (const auto* real = std::get_if<double>(&value)) {
       sd_bus_message_append(message, "{sv}", key, "d", *real);
     } else if (const auto* text = std::get_if<std::string>(&value)) {
-      sd_bus_message_append(message, "{sv}", key, "s", text->c_str());
+      appendText(message, key, *text);
     }
+  }
+
+  /// Appends any bytes: sd-bus checks a text that is appended as a whole, but not this space.
+  static void appendText(sd_bus_message* message, const char* key, const std::string& text) {
+    char* space = nullptr;
+    sd_bus_message_open_container(message, 'e', "sv");
+    sd_bus_message_append(message, "s", key);
+    sd_bus_message_open_container(message, 'v', "s");
+    if (sd_bus_message_append_string_space(message, text.size(), &space) >= 0) {
+      text.copy(space, text.size());
+    }
+    sd_bus_message_close_container(message);
+    sd_bus_message_close_container(message);
   }
 
   void answer(sd_bus_message* call) {
