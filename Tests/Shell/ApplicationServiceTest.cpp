@@ -50,7 +50,7 @@ struct Start {
 
 class ApplicationServiceTest : public platform::testing::BusTest {
  protected:
-  bool nameIsOwned() { return sessionBus->nameHasOwner("com.staylit.app") == 1; }
+  bool nameIsOwned() { return sessionBus->nameStatus("com.staylit.app").isOwned(); }
 };
 
 TEST_F(ApplicationServiceTest, TakesTheNameAtTheFirstStart) {

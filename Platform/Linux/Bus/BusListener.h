@@ -8,9 +8,9 @@
 
 namespace platform {
 
-/// Something that listens on a bus as long as it exists, over every connection that the bus makes.
-/// `Bus` makes it. Whoever asked for it owns it and ends the listening by dropping it, which its
-/// own callback may do as well.
+/// Listens on a bus, over every connection that the bus makes, for as long as the listener exists.
+/// `Bus` makes a listener for an owner. The owner ends the listening by dropping the listener, and
+/// may do so in the listener's own callback.
 class BusListener : public std::enable_shared_from_this<BusListener> {
  public:
   BusListener() = default;
@@ -23,12 +23,19 @@ class BusListener : public std::enable_shared_from_this<BusListener> {
   /// The connection is gone: drop what was registered. The call must not call anybody back.
   virtual void disconnected() = 0;
 
-  /// Whether `name` has an owner, as far as this listener knows.
+  /// Whether `name` has an owner; absent when this listener does not know.
   [[nodiscard]] virtual std::optional<bool> isOwned(std::string_view /*name*/) const {
     return std::nullopt;
   }
-  /// Tells the listener what the bus answered when it was asked.
+  /// Tells the listener what the bus answered to a question about `name`.
   virtual void learn(std::string_view /*name*/, bool /*owned*/) {}
+
+ protected:
+  /// Handles the reply to a match. Without a handler of its own, a refused match would end the
+  /// whole connection.
+  static int ignoreRefusal(sd_bus_message* /*reply*/, void* /*data*/, sd_bus_error* /*error*/) {
+    return 0;
+  }
 };
 
 using BusListening = std::shared_ptr<BusListener>;

@@ -7,7 +7,7 @@ namespace platform {
 /// Whether a call may make the bus start the called service.
 enum class BusActivation { never, ifNeeded };
 /// Whether the other side may ask the user before it grants a call. The answer may then take any
-/// time, so this is only for calls for which nobody waits.
+/// time, so nobody must wait for such a call.
 enum class BusApproval { mustBeGiven, mayBeAsked };
 
 /// Names a method of an object of a service. The texts belong to the caller and must be valid names

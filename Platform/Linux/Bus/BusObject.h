@@ -11,11 +11,11 @@
 
 namespace platform {
 
-/// One interface of an object that the program offers on a bus, over every connection that the bus
-/// makes, for as long as it exists.
+/// Offers one interface of one of the program's objects on a bus. As long as a `BusObject` exists,
+/// it does so on every connection that the bus makes.
 ///
-/// Does not connect by itself. Main thread only. The bus, the table, and the object that the
-/// table's handlers get (`data`) must outlive it.
+/// A `BusObject` never makes the bus connect. Main thread only. The bus, the table, and the object
+/// that the table's handlers get (`data`) must outlive it.
 class BusObject {
  public:
   struct Place {
@@ -33,7 +33,8 @@ class BusObject {
 
   /// Sends a signal if there is a connection; otherwise the signal is lost.
   void emit(const char* member, const Bus::Arguments& arguments = {});
-  /// Tells the new values of the properties with these names. The list of names ends with a null.
+  /// Announces the new values of the properties with these names. The list of names ends with a
+  /// null.
   void emitPropertiesChanged(const char* const* names);
 
  private:

@@ -16,52 +16,55 @@
 
 namespace platform {
 
-/// Whom the program believes on a bus. This is the one place that says so.
+/// Decides whom the program believes on a bus, and who may call the program.
 ///
-/// A bus writes its sender into every message, and nobody can use another's name. But the bus also
-/// delivers any signal that somebody addresses to the program, and sd-bus then takes the signal for
-/// one that was asked for, because a well-known name in a match fits every sender. So every message
-/// that arrives passes `refuses` before any handler sees it. `SignalSubscription` believes only the
-/// present owner of the name, and only the bus itself may tell who that is (`NameWatch`).
+/// The bus writes the sender's unique name into every message, so no program can pass for another.
+/// But the bus also delivers every signal that some program addresses to this one. For sd-bus, a
+/// match with a well-known name fits every sender, so it takes such a signal for one that was asked
+/// for. Therefore every message passes `refuses` before its handlers get it, `SignalSubscription`
+/// believes only the present owner of a name, and only the bus itself may tell who the owner is
+/// (`NameWatch`).
 ///
 /// The program takes calls only from its own user. On the system bus, where it offers nothing, it
-/// takes calls from nobody. A session bus lets no other user in by default; this class is for a bus
-/// that does. The flag that sd-bus has for this purpose in its tables asks the bus about each call
-/// anew, for as long as 25 s.
+/// takes calls from nobody. Most session buses let no other user in; this class is for those that
+/// do. sd-bus has a flag for this purpose in its tables. But with the flag it asks the bus about
+/// each call anew, and waits for the answer for up to 25 s.
 ///
-/// Belongs to one connection. Main thread only.
+/// `Bus` owns it. Main thread only.
 class BusTrust {
  public:
   enum class Calls { ofOwnUser, ofNobody };
 
   BusTrust(Calls calls, const BusTiming& timing);
 
-  /// Whether `message` comes from the bus itself, or from libsystemd in its place, as for a call
-  /// that timed out.
+  /// Whether the bus itself sent `message`. Messages count too that libsystemd makes in the bus's
+  /// name, such as the error of a call that timed out.
   [[nodiscard]] static bool isFromBus(sd_bus_message* message);
-  /// Whether `reply` may be an answer of `destination`, or of the bus in its place. Buses keep
-  /// track of calls and deliver no other reply. Only answers of the bus itself are checked once
-  /// more.
+  /// Whether `reply` may come from `destination`, or from the bus in its place. The sender is
+  /// compared when the destination is the bus or a unique name. Otherwise the bus is trusted to
+  /// deliver only replies to calls that were made.
   [[nodiscard]] static bool mayBeReplyOf(const std::string& destination, sd_bus_message* reply);
 
-  /// Whether `message` must be treated as if it had never come. A refused call is answered with
-  /// AccessDenied first. When a caller is new, this waits for the bus, a second at most (two
-  /// questions). After the bus has not answered, all new callers are refused for a while without
-  /// asking.
+  /// Whether `message` must not reach its handlers. Answers a refused call with AccessDenied. For a
+  /// new caller, this asks the bus up to two questions and waits for a second at most. After the
+  /// bus failed to answer, new callers are refused without a question for a while.
   bool refuses(sd_bus_message* message);
 
-  /// A connection is there: asks for the program's own user, and does not wait.
+  /// To be called when a connection was made. Asks the bus for the program's own user and does not
+  /// wait.
   void connected(sd_bus* bus);
-  /// The connection is gone: on the next one, names mean somebody else.
+  /// To be called when the connection is gone, because on another one the unique names belong to
+  /// others.
   void forget();
 
  private:
-  /// A session has fewer panels than this. A further caller costs one more question.
+  /// How many callers are remembered: more than a session has panels. A forgotten caller costs one
+  /// more question.
   static constexpr std::size_t kMostCallers = 64;
 
   static int ownUserTold(sd_bus_message* reply, void* data, sd_bus_error* error);
   bool mayCall(sd_bus_message* call);
-  /// The user behind a unique name, as the bus tells it.
+  /// Asks the bus for the user behind a unique name.
   std::optional<uid_t> userOf(sd_bus* bus, const char* name);
   [[nodiscard]] std::optional<bool> remembered(const std::string& caller) const;
 
@@ -69,7 +72,7 @@ class BusTrust {
   std::function<BusTiming::Point()> now_;
   Backoff unanswered_;
   BusSlot question_;
-  std::optional<uid_t> ownUser_;  ///< The number by which the bus knows the user.
+  std::optional<uid_t> ownUser_;  ///< The number by which the bus knows the program's user.
   std::deque<std::pair<std::string, bool>> callers_;
 };
 

@@ -13,12 +13,8 @@ namespace {
 constexpr const char* kBusName = "org.freedesktop.DBus";
 constexpr const char* kBusPath = "/org/freedesktop/DBus";
 
-/// A bus that stands still for longer than any limit answers when it goes on.
+/// A bus that stood still answers when it goes on, however long that took.
 constexpr std::uint64_t kWithoutLimit = UINT64_MAX;
-
-int ignoreRefusal(sd_bus_message* /*reply*/, void* /*data*/, sd_bus_error* /*error*/) {
-  return 0;
-}
 
 }  // namespace
 
@@ -80,7 +76,7 @@ int NameWatch::ownerChanged(sd_bus_message* message, void* data, sd_bus_error* /
   if (sd_bus_message_read(message, "sss", &name, &before, &after) < 0) return 0;
   self.owner_ = after;
   self.known_ = after[0] != '\0';
-  // An owner that is replaced has lost everything, as an owner that left has.
+  // A replaced owner has lost what it granted, as an owner that left has.
   if (before[0] != '\0') self.report(false);
   if (after[0] != '\0') self.report(true);
   self.deliver(keep);

@@ -12,7 +12,7 @@
 
 namespace platform {
 
-/// Follows who owns a name. Only the bus itself may tell that. See `Bus::watchName`.
+/// Follows who owns a name, and believes only the bus itself about it. See `Bus::watchName`.
 class NameWatch : public BusListener {
  public:
   using Callback = std::function<void(bool owned)>;
@@ -25,8 +25,8 @@ class NameWatch : public BusListener {
   [[nodiscard]] std::optional<bool> isOwned(std::string_view name) const override;
   void learn(std::string_view name, bool owned) override;
 
-  /// Whether `sender`, a unique name or null, is the owner. While a message is handled, the owner
-  /// is the one from the moment when the bus delivered the message.
+  /// Whether `sender` (a unique name, or null) owns the name. While a message is handled, the
+  /// answer is that for the moment when the bus delivered the message.
   [[nodiscard]] bool isOwner(const char* sender) const;
 
  private:

@@ -3,14 +3,6 @@
 #include <utility>
 
 namespace platform {
-namespace {
-
-/// Without a handler of its own, a refused match would end the whole connection.
-int ignoreMatchRefusal(sd_bus_message* /*reply*/, void* /*data*/, sd_bus_error* /*error*/) {
-  return 0;
-}
-
-}  // namespace
 
 SignalSubscription::SignalSubscription(BusSignal signal, std::shared_ptr<const NameWatch> sender,
                                        Callback callback)
@@ -20,7 +12,7 @@ void SignalSubscription::connected(sd_bus* bus) {
   sd_bus_slot* slot = nullptr;
   sd_bus_match_signal_async(bus, &slot, signal_.sender.c_str(), signal_.path.c_str(),
                             signal_.interface.c_str(), signal_.member.c_str(), received,
-                            ignoreMatchRefusal, this);
+                            ignoreRefusal, this);
   match_ = BusSlot(slot);
 }
 

@@ -10,13 +10,14 @@
 
 namespace platform {
 
-/// Gets one signal, only from the present owner of the sender's name. See `Bus::subscribe`.
+/// Receives one signal, and only from the present owner of the sender's name. See `Bus::subscribe`.
 class SignalSubscription : public BusListener {
  public:
   using Callback = std::function<void(sd_bus_message*)>;
 
-  /// `sender` watches the name from which the signal is to come. It is told of a connection before
-  /// this subscription, so that no signal can come before its sender is known.
+  /// `sender` watches the name from which the signal is to come. The bus tells `sender` of a
+  /// connection before it tells this subscription, so that no signal can come before its sender is
+  /// known.
   SignalSubscription(BusSignal signal, std::shared_ptr<const NameWatch> sender, Callback callback);
 
   void connected(sd_bus* bus) override;

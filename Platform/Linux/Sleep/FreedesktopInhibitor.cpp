@@ -44,7 +44,7 @@ std::shared_ptr<void> FreedesktopInhibitor::list(Listed listed) {
   // The screen saver's interface has no list.
   if (std::string_view(service_) != services::kPowerManagement) return nullptr;
   // On KDE the policy agent stands behind it, and names all that it has.
-  if (sessionBus_.nameHasOwner(services::kSolid) > 0) return listPolicyAgent(std::move(listed));
+  if (sessionBus_.nameStatus(services::kSolid).isOwned()) return listPolicyAgent(std::move(listed));
   return askWhetherAnybodyInhibits(std::move(listed));
 }
 

@@ -8,7 +8,7 @@
 namespace platform {
 
 std::optional<std::vector<ListedInhibitor>> listPolicyAgentInhibitors(Bus& sessionBus) {
-  if (sessionBus.nameHasOwner(services::kPolicyAgent) <= 0) return std::nullopt;
+  if (!sessionBus.nameStatus(services::kPolicyAgent).isOwned()) return std::nullopt;
   const BusReply reply = sessionBus.call({services::kPolicyAgent, services::kPolicyAgentPath,
                                           services::kPolicyAgent, "ListInhibitions"});
   if (!reply) return std::nullopt;

@@ -59,7 +59,7 @@ SessionInhibitors::SessionInhibitors(Bus& sessionBus)
       })) {}
 
 std::optional<std::vector<ListedInhibitor>> SessionInhibitors::list() {
-  if (sessionBus_.nameHasOwner(services::kSessionManager) <= 0) return std::nullopt;
+  if (!sessionBus_.nameStatus(services::kSessionManager).isOwned()) return std::nullopt;
   const BusReply reply = sessionBus_.call({services::kSessionManager, services::kSessionManagerPath,
                                            services::kSessionManager, "GetInhibitors"});
   if (!reply) return std::nullopt;

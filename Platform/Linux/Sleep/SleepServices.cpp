@@ -68,9 +68,9 @@ SleepAssertion::Mechanisms SleepServices::all() {
 }
 
 bool SleepServices::isPresent(Bus& bus, const std::string& name, int& error) {
-  const int owned = bus.nameHasOwner(name);
-  if (owned < 0 && !saysThereIsNoBus(owned) && error == 0) error = owned;
-  return owned > 0;
+  const NameStatus status = bus.nameStatus(name);
+  if (status.error < 0 && !saysThereIsNoBus(status.error) && error == 0) error = status.error;
+  return status.isOwned();
 }
 
 }  // namespace platform

@@ -9,7 +9,7 @@
 #include <cstdlib>
 #include <string_view>
 
-#include "Staylit/Desktop/Menu/MessageReading.h"
+#include "Platform/Linux/Bus/MessageReading.h"
 #include "Tidewell/ForeignText.h"
 #include "Tidewell/Log.h"
 
@@ -147,7 +147,7 @@ void Display::learnFromServiceManager(platform::Bus& sessionBus) {
   sd_bus_message* message = reply.message.get();
   std::vector<std::string> variables;
   if (!reply || sd_bus_message_enter_container(message, 'v', "as") < 0) return;
-  if (readTexts(message, variables) >= 0) learn(variables);
+  if (platform::readTexts(message, variables) >= 0) learn(variables);
 }
 
 }  // namespace staylit

@@ -6,14 +6,15 @@
 #include <utility>
 
 #include "Platform/Linux/Bus/BusHandles.h"
+#include "Platform/Linux/Bus/MessageReading.h"
 #include "Staylit/Desktop/Menu/MenuChoice.h"
 #include "Staylit/Desktop/Menu/MenuMessages.h"
-#include "Staylit/Desktop/Menu/MessageReading.h"
 
 namespace staylit {
 namespace {
 
 using platform::BusMessage;
+using platform::readTexts;
 
 constexpr const char* kItem = "ia{sv}av";
 

@@ -2,6 +2,9 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <set>
+
+#include "Platform/Linux/Bus/BusHandles.h"
 
 namespace staylit {
 namespace {
@@ -79,6 +82,27 @@ int appendRemoved(sd_bus_message* message, const std::vector<MenuLayout::ItemCha
     if (result >= 0) result = sd_bus_message_close_container(message);
   }
   return result < 0 ? result : sd_bus_message_close_container(message);
+}
+
+int readNumbers(sd_bus_message* message, std::vector<std::int32_t>& numbers) {
+  int result = sd_bus_message_enter_container(message, 'a', "i");
+  std::int32_t number = 0;
+  std::set<std::int32_t> seen;
+  while (result >= 0 && (result = sd_bus_message_read(message, "i", &number)) > 0) {
+    if (seen.insert(number).second) numbers.push_back(number);
+  }
+  return result < 0 ? result : sd_bus_message_exit_container(message);
+}
+
+int replyWithNumbers(sd_bus_message* call, const std::vector<std::vector<std::int32_t>>& lists) {
+  sd_bus_message* raw = nullptr;
+  int result = sd_bus_message_new_method_return(call, &raw);
+  const platform::BusMessage reply(raw);
+  for (const std::vector<std::int32_t>& list : lists) {
+    if (result < 0) return result;
+    result = sd_bus_message_append_array(raw, 'i', list.data(), list.size() * sizeof list[0]);
+  }
+  return result < 0 ? result : sd_bus_send(nullptr, raw, nullptr);
 }
 
 }  // namespace staylit

@@ -2,6 +2,7 @@
 
 #include <systemd/sd-bus.h>
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -22,5 +23,9 @@ int appendProperties(sd_bus_message* message, const MenuProperties& properties,
 int appendUpdated(sd_bus_message* message, const std::vector<MenuLayout::ItemChange>& items);
 /// Appends the names of the properties that fell back to their defaults, as `a(ias)`.
 int appendRemoved(sd_bus_message* message, const std::vector<MenuLayout::ItemChange>& items);
+/// Reads `ai`, each number once.
+int readNumbers(sd_bus_message* message, std::vector<std::int32_t>& numbers);
+/// Answers a call with as many `ai` as there are lists.
+int replyWithNumbers(sd_bus_message* call, const std::vector<std::vector<std::int32_t>>& lists);
 
 }  // namespace staylit

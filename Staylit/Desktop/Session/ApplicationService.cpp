@@ -4,8 +4,8 @@
 #include <string>
 #include <utility>
 
+#include "Platform/Linux/Bus/MessageReading.h"
 #include "Staylit/Desktop/Display/Display.h"
-#include "Staylit/Desktop/Menu/MessageReading.h"
 #include "Staylit/Desktop/Session/ActivationToken.h"
 #include "Tidewell/ForeignText.h"
 #include "Tidewell/Log.h"
@@ -72,9 +72,9 @@ int appendPlatformData(sd_bus_message* call) {
 int readPlatformData(sd_bus_message* call) {
   std::string token;
   std::vector<std::string> display;
-  const int result = readEntries(call, [&](const std::string& key) {
-    if (key == "activation-token") return readTextValue(call, token);
-    return key == kDisplayKey ? readTextsValue(call, display) : 0;
+  const int result = platform::readEntries(call, [&](const std::string& key) {
+    if (key == "activation-token") return platform::readTextValue(call, token);
+    return key == kDisplayKey ? platform::readTextsValue(call, display) : 0;
   });
   if (result < 0) return result;
   if (!token.empty()) ActivationToken::set(token);

@@ -28,7 +28,7 @@ using testing::UnansweredCalls;
 
 constexpr BusMethod kEcho{"test.Echo", "/", "test.Echo", "Echo"};
 
-/// Answers "Echo" with its own text, unless told to keep silent.
+/// Answers "Echo" with the text of the call, unless the test makes it silent.
 class EchoService {
  public:
   explicit EchoService(const std::string& address, const std::string& name = "test.Echo")
@@ -38,7 +38,7 @@ class EchoService {
   std::atomic<bool> isSilent = false;
   std::atomic<int> calls = 0;
 
-  /// Answers what was left unanswered.
+  /// Answers the calls that it left unanswered.
   void answerLate() {
     service_.perform([this](sd_bus*) {
       unanswered_.answer(
@@ -108,7 +108,7 @@ TEST_F(BusTest, DoesNotPauseAfterARefusal) {
   EXPECT_EQ(textOf(echo(*sessionBus, "hello")), "hello");
 }
 
-TEST_F(BusTest, StartsNoServiceUnlessTold) {
+TEST_F(BusTest, StartsAServiceOnlyWhenTheCallAsksForIt) {
   const BusReply reply = echo(*sessionBus, "hello");
   EXPECT_EQ(reply.error, -ENXIO);
   EXPECT_EQ(reply.errorName, "org.freedesktop.DBus.Error.NameHasNoOwner");
@@ -123,7 +123,7 @@ TEST_F(BusTest, SendsWithoutWaitingForAnAnswer) {
   EXPECT_TRUE(eventually([&] { return service.calls == 1; }));
 }
 
-TEST_F(BusTest, CallsWithoutWaitingAndHearsTheReplyFromTheLoop) {
+TEST_F(BusTest, CallsWithoutWaitingAndGetsTheReplyFromTheLoop) {
   EchoService service(sessionDaemon->address());
   ASSERT_EQ(sessionBus->connect(), 0);
   std::string heard;
@@ -178,39 +178,39 @@ TEST_F(ImpatientBusTest, FailsAtOnceWithTheSameErrorWhileItPausesAfterACallTimed
   EXPECT_EQ(service.calls, 2);
 }
 
-TEST_F(ImpatientBusTest, SparesTheWholeBusForAPauseAfterACallTimedOut) {
+TEST_F(ImpatientBusTest, CallsNoServiceDuringThePauseAfterACallTimedOut) {
   EchoService service(sessionDaemon->address());
   Bus bus(*loop, Bus::Kind::session, clocked());
   service.isSilent = true;
   EXPECT_EQ(echo(bus, "a").error, -ETIMEDOUT);
-  EXPECT_EQ(bus.nameHasOwner("test.Echo"), -ETIMEDOUT);
+  EXPECT_EQ(bus.nameStatus("test.Echo").error, -ETIMEDOUT);
   now += std::chrono::seconds(2);
-  EXPECT_EQ(bus.nameHasOwner("test.Echo"), 1);
+  EXPECT_TRUE(bus.nameStatus("test.Echo").isOwned());
 }
 
-TEST_F(ImpatientBusTest, SparesOnlyAServiceThatMayBeStarting) {
+TEST_F(ImpatientBusTest, PausesOnlyForTheServiceThatMayBeStarting) {
   EchoService service(sessionDaemon->address());
   Bus bus(*loop, Bus::Kind::session, clocked());
   service.isSilent = true;
   BusMethod starting = kEcho;
   starting.activation = BusActivation::ifNeeded;
   EXPECT_EQ(bus.call(starting).error, -ETIMEDOUT);
-  EXPECT_EQ(bus.nameHasOwner("test.Echo"), 1);
+  EXPECT_TRUE(bus.nameStatus("test.Echo").isOwned());
   EXPECT_EQ(bus.call(starting).error, -ETIMEDOUT);
   EXPECT_EQ(service.calls, 1);
 }
 
-TEST_F(ImpatientBusTest, PausesTwiceAsLongForAServiceThatHangsStillThoughOthersAnswer) {
+TEST_F(ImpatientBusTest, PausesTwiceAsLongForAServiceThatStillHangsWhileOthersAnswer) {
   EchoService silent(sessionDaemon->address());
   Bus bus(*loop, Bus::Kind::session, clocked());
   silent.isSilent = true;
   echo(bus, "a");
   now += std::chrono::seconds(2);
-  EXPECT_EQ(bus.nameHasOwner("test.Echo"), 1);
+  EXPECT_TRUE(bus.nameStatus("test.Echo").isOwned());
   EXPECT_EQ(echo(bus, "b").error, -ETIMEDOUT);
   EXPECT_EQ(silent.calls, 2);
   now += std::chrono::seconds(2);
-  EXPECT_EQ(bus.nameHasOwner("test.Echo"), 1);
+  EXPECT_TRUE(bus.nameStatus("test.Echo").isOwned());
   EXPECT_EQ(echo(bus, "c").error, -ETIMEDOUT);
   EXPECT_EQ(silent.calls, 2);
   now += std::chrono::seconds(2);
@@ -251,7 +251,7 @@ TEST_F(ImpatientBusTest, ConnectsOnceToASilentBusUntilThePauseIsOver) {
   Bus bus(*loop, Bus::Kind::session, clocked());
   EXPECT_EQ(echo(bus, "a").error, -ETIMEDOUT);
   EXPECT_EQ(echo(bus, "b").error, -ETIMEDOUT);
-  EXPECT_EQ(bus.nameHasOwner("test.Echo"), -ETIMEDOUT);
+  EXPECT_EQ(bus.nameStatus("test.Echo").error, -ETIMEDOUT);
   EXPECT_EQ(bus.connect(), -ETIMEDOUT);
   EXPECT_EQ(silent.connectionsMade(), 1);
   now += std::chrono::seconds(2);
@@ -277,18 +277,18 @@ TEST_F(ImpatientBusTest, ConnectsAgainAtTheFirstUseAfterThePause) {
   Bus bus(*loop, Bus::Kind::session, clocked());
   ASSERT_EQ(bus.connect(), 0);
   sessionDaemon->stop();
-  EXPECT_LT(bus.nameHasOwner("test.Echo"), 0);
+  EXPECT_LT(bus.nameStatus("test.Echo").error, 0);
   sessionDaemon->start();
-  EXPECT_LT(bus.nameHasOwner("test.Echo"), 0);
+  EXPECT_LT(bus.nameStatus("test.Echo").error, 0);
   now += std::chrono::seconds(2);
-  EXPECT_EQ(bus.nameHasOwner("test.Echo"), 0);
+  EXPECT_EQ(bus.nameStatus("test.Echo").state, NameStatus::State::free);
 }
 
 TEST_F(BusTest, SaysWhyThereIsNoConnection) {
   const ScopedEnvironment missing("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent/bus");
   Bus bus(*loop, Bus::Kind::session, impatient());
   EXPECT_EQ(bus.connect(), -ENOENT);
-  EXPECT_EQ(bus.nameHasOwner("test.Echo"), -ENOENT);
+  EXPECT_EQ(bus.nameStatus("test.Echo").error, -ENOENT);
 }
 
 TEST_F(BusTest, HasNoAddressWithoutAnEnvironment) {
@@ -298,7 +298,7 @@ TEST_F(BusTest, HasNoAddressWithoutAnEnvironment) {
   EXPECT_EQ(bus.connect(), -ENOMEDIUM);
 }
 
-TEST_F(BusTest, TellsOnceWhetherAWatchedNameIsOwnedAndThenEveryChange) {
+TEST_F(BusTest, TellsWhetherAWatchedNameIsOwnedAndThenEachChange) {
   std::string log;
   const BusListening watch =
       sessionBus->watchName("test.Echo", [&](bool owned) { log += owned ? "+" : "-"; });
@@ -318,11 +318,11 @@ TEST_F(BusTest, KnowsAWatchedNameWithoutAsking) {
   ASSERT_EQ(sessionBus->connect(), 0);
   ASSERT_TRUE(eventually([&] { return owned; }));
   sessionDaemon->freeze();
-  EXPECT_EQ(sessionBus->nameHasOwner("test.Echo"), 1);
+  EXPECT_TRUE(sessionBus->nameStatus("test.Echo").isOwned());
   sessionDaemon->thaw();
 }
 
-TEST_F(BusTest, SaysNothingMoreToAWatchThatWasDropped) {
+TEST_F(BusTest, TellsADroppedWatchNothingMore) {
   int calls = 0;
   BusListening watch;
   watch = sessionBus->watchName("test.Echo", [&](bool) {
@@ -337,7 +337,7 @@ TEST_F(BusTest, SaysNothingMoreToAWatchThatWasDropped) {
   EXPECT_EQ(calls, 1);
 }
 
-TEST_F(BusTest, TakesAReplacedOwnerForALoss) {
+TEST_F(BusTest, CountsAReplacedOwnerAsALoss) {
   std::string log;
   const BusListening watch =
       sessionBus->watchName("test.Echo", [&](bool owned) { log += owned ? "+" : "-"; });
@@ -352,7 +352,7 @@ TEST_F(BusTest, TakesAReplacedOwnerForALoss) {
   EXPECT_TRUE(eventually([&] { return log == "+-+"; }));
 }
 
-TEST_F(BusTest, HearsASignal) {
+TEST_F(BusTest, ReceivesASignal) {
   EchoService service(sessionDaemon->address());
   std::string heard;
   const BusListening subscription =
@@ -362,7 +362,7 @@ TEST_F(BusTest, HearsASignal) {
         heard = text;
       });
   ASSERT_EQ(sessionBus->connect(), 0);
-  ASSERT_EQ(sessionBus->nameHasOwner("test.Echo"), 1);
+  ASSERT_TRUE(sessionBus->nameStatus("test.Echo").isOwned());
   service.service().perform(
       [](sd_bus* bus) { sd_bus_emit_signal(bus, "/", "test.Echo", "Said", "s", "hello"); });
   EXPECT_TRUE(eventually([&] { return heard == "hello"; }));

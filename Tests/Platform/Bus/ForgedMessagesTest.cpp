@@ -1,4 +1,4 @@
-// What another user of the machine can do by messages that he addresses to the program.
+// What another user of the machine can do with messages that are addressed to the program.
 
 #include <gtest/gtest.h>
 #include <sys/wait.h>
@@ -32,7 +32,7 @@ constexpr const char* kLogind = "org.freedesktop.login1";
 constexpr const char* kUPower = "org.freedesktop.UPower";
 constexpr const char* kUPowerPath = "/org/freedesktop/UPower";
 
-/// A system bus with its usual policy, and on it somebody else.
+/// A system bus with its usual policy, and a stranger on it.
 class ForgedMessagesTest : public BusTest {
  protected:
   ForgedMessagesTest() { systemPolicy = PrivateBus::Policy::system; }
@@ -45,13 +45,13 @@ class ForgedMessagesTest : public BusTest {
     me = uniqueName(*systemBus);
   }
 
-  /// Lets the stranger act, and the program handle what came of it.
+  /// Lets the stranger act, and then lets the program handle the messages that arrived.
   void strangerActs(const std::function<bool(sd_bus*)>& act) {
     ASSERT_TRUE(Stranger::acts(systemDaemon->address(), act));
     handleEverything(*loop, *systemBus);
   }
 
-  /// The same signal many times.
+  /// Lets the stranger send the same signal many times.
   template <class... Arguments>
   void strangerSends(const char* path, const char* interface, const char* member, const char* types,
                      Arguments... arguments) {
@@ -67,7 +67,7 @@ class ForgedMessagesTest : public BusTest {
   std::string me;
 };
 
-TEST_F(ForgedMessagesTest, NobodySleepsOrWakesBySomebodyElsesWord) {
+TEST_F(ForgedMessagesTest, SleepAndWakeAreBelievedOnlyFromLogind) {
   FakeLogind logind(systemDaemon->address());
   LogindSleepNotifications notifications(*systemBus, *loop);
   std::string log;
@@ -85,7 +85,7 @@ TEST_F(ForgedMessagesTest, NobodySleepsOrWakesBySomebodyElsesWord) {
   EXPECT_TRUE(eventually([&] { return log == "sleep "; }));
 }
 
-TEST_F(ForgedMessagesTest, NoServiceGoesBySomebodyElsesWord) {
+TEST_F(ForgedMessagesTest, TheEndOfAServiceIsBelievedOnlyFromTheBus) {
   FakeLogind logind(systemDaemon->address());
   std::string log;
   const BusListening watch =
@@ -95,10 +95,10 @@ TEST_F(ForgedMessagesTest, NoServiceGoesBySomebodyElsesWord) {
   strangerSends("/org/freedesktop/DBus", "org.freedesktop.DBus", "NameOwnerChanged", "sss", kLogind,
                 ":1.0", "");
   EXPECT_EQ(log, "+");
-  EXPECT_EQ(systemBus->nameHasOwner(kLogind), 1);
+  EXPECT_TRUE(systemBus->nameStatus(kLogind).isOwned());
 }
 
-TEST_F(ForgedMessagesTest, NobodyBecomesTheOwnerOfANameBySayingSo) {
+TEST_F(ForgedMessagesTest, ANewOwnerOfANameIsBelievedOnlyFromTheBus) {
   FakeLogind logind(systemDaemon->address());
   int heard = 0;
   const BusListening subscription = systemBus->subscribe(
@@ -116,7 +116,7 @@ TEST_F(ForgedMessagesTest, NobodyBecomesTheOwnerOfANameBySayingSo) {
   EXPECT_EQ(heard, 0);
 }
 
-TEST_F(ForgedMessagesTest, NoPropertyChangesBySomebodyElsesWord) {
+TEST_F(ForgedMessagesTest, AChangedPropertyIsBelievedOnlyFromItsService) {
   FakePropertyService service(systemDaemon->address(), kUPower);
   service.set(kUPowerPath, kUPower, {{"OnBattery", false}});
   RemoteProperties properties(*systemBus, kUPower, kUPowerPath, kUPower, {"OnBattery"});
@@ -130,7 +130,7 @@ TEST_F(ForgedMessagesTest, NoPropertyChangesBySomebodyElsesWord) {
   EXPECT_EQ(service.readings, 1);
 }
 
-TEST_F(ForgedMessagesTest, AServiceSpeaksForNoOtherService) {
+TEST_F(ForgedMessagesTest, ASignalOfOneServiceChangesNothingForAnother) {
   FakePropertyService upower(systemDaemon->address(), kUPower);
   upower.set(kUPowerPath, kUPower, {{"OnBattery", false}});
   FakePropertyService other(systemDaemon->address(), "test.Other");
@@ -143,7 +143,7 @@ TEST_F(ForgedMessagesTest, AServiceSpeaksForNoOtherService) {
   EXPECT_EQ(properties.read()->at("OnBattery"), tidewell::PropertyValue(false));
 }
 
-TEST_F(ForgedMessagesTest, NobodyEndsTheConnectionBySayingThatItEnded) {
+TEST_F(ForgedMessagesTest, AForgedDisconnectedSignalDoesNotEndTheConnection) {
   std::string log;
   const BusListening watch =
       systemBus->watchConnection([&](bool connected) { log += connected ? "+" : "-"; });
@@ -157,10 +157,10 @@ TEST_F(ForgedMessagesTest, NobodyEndsTheConnectionBySayingThatItEnded) {
   EXPECT_NE(systemBus->handle(), nullptr);
 }
 
-/// Sends `to` a reply to each of its first calls, whoever they were made to.
+/// Sends `to` a reply to each of its first calls, whoever was called.
 bool answerEverything(sd_bus* bus, const std::string& to) {
   for (std::uint64_t number = 1; number < 200; ++number) {
-    // sd-bus makes replies to calls only, so that the stranger makes calls up.
+    // sd-bus makes a reply only to a call, so the stranger makes up a call.
     sd_bus_message* call = nullptr;
     sd_bus_message* reply = nullptr;
     const bool isSent =
@@ -176,7 +176,7 @@ bool answerEverything(sd_bus* bus, const std::string& to) {
   return true;
 }
 
-TEST_F(ForgedMessagesTest, NobodyAnswersForAnother) {
+TEST_F(ForgedMessagesTest, AReplyThatAnotherProgramForgedDoesNotArrive) {
   BusService silent(systemDaemon->address(), {"test.Silent"}, [](sd_bus_message*) {});
   int answers = 0;
   const BusSlot question = systemBus->callAsync({"test.Silent", "/", "test.Silent", "Ask"}, {},
@@ -191,7 +191,7 @@ class CarelessBusTest : public ForgedMessagesTest {
   CarelessBusTest() { systemPolicy = PrivateBus::Policy::careless; }
 };
 
-TEST_F(CarelessBusTest, AnAnswerFromSomebodyElseDoesNotCount) {
+TEST_F(CarelessBusTest, AReplyFromAnotherProgramIsAnError) {
   BusService silent(systemDaemon->address(), {}, [](sd_bus_message*) {});
   std::string whom;
   silent.perform([&](sd_bus* bus) {
@@ -213,7 +213,7 @@ void say(sd_bus* bus, int number) {
   askTheBus(bus);
 }
 
-class SpeakerTest : public BusTest {
+class SignalSenderTest : public BusTest {
  protected:
   BusListening listen() {
     return systemBus->subscribe({"test.Speaker", "/", "test.Speaker", "Said"},
@@ -231,12 +231,12 @@ class SpeakerTest : public BusTest {
   std::vector<int> heard;
 };
 
-TEST_F(SpeakerTest, IsHeardFromTheFirstWordAfterItTookTheNameOver) {
+TEST_F(SignalSenderTest, IsBelievedFromItsFirstSignalAfterItTookTheName) {
   ASSERT_EQ(systemBus->connect(), 0);
   const BusListening listening = listen();
   handleEverything(*loop, *systemBus);
   std::vector<int> all;
-  // No turn of the loop between a name's change and the first word of its new owner.
+  // The loop does not run between the change of the owner and the first signal of the new owner.
   for (int restart = 0; restart < 20; ++restart) {
     const auto service = speaker();
     service->perform([restart](sd_bus* bus) {
@@ -249,23 +249,24 @@ TEST_F(SpeakerTest, IsHeardFromTheFirstWordAfterItTookTheNameOver) {
   EXPECT_EQ(heard, all);
 }
 
-TEST_F(SpeakerTest, IsHeardFromTheFirstWordAfterSomebodyListens) {
+TEST_F(SignalSenderTest, IsBelievedFromItsFirstSignalAfterTheSubscription) {
   const auto service = speaker();
   service->perform([](sd_bus* bus) { sd_bus_request_name(bus, "test.Speaker", 0); });
   ASSERT_EQ(systemBus->connect(), 0);
   const BusListening listening = listen();
-  // The bus has taken the question up, and the program has read none of the answers.
-  ASSERT_EQ(systemBus->nameHasOwner("test.Other"), 0);
+  // By now the bus has handled the subscription, and the program has read none of the replies to
+  // it.
+  ASSERT_EQ(systemBus->nameStatus("test.Other").state, NameStatus::State::free);
   service->perform([](sd_bus* bus) { say(bus, 1); });
   handleEverything(*loop, *systemBus);
   EXPECT_EQ(heard, std::vector<int>{1});
 }
 
-TEST_F(SpeakerTest, IsHeardAlsoWhenTheBusStoodStillAsSomebodyBeganToListen) {
+TEST_F(SignalSenderTest, IsBelievedEvenIfTheBusStoodStillDuringTheSubscription) {
   const auto service = speaker();
   service->perform([](sd_bus* bus) { sd_bus_request_name(bus, "test.Speaker", 0); });
   ASSERT_EQ(systemBus->connect(), 0);
-  // Stands still longer than sd-bus waits for an answer.
+  // The bus stands still for longer than sd-bus waits for an answer.
   ASSERT_GE(sd_bus_set_method_call_timeout(systemBus->handle(), 1), 0);
   systemDaemon->freeze();
   const BusListening listening = listen();
@@ -287,7 +288,7 @@ TEST_F(SpeakerTest, IsHeardAlsoWhenTheBusStoodStillAsSomebodyBeganToListen) {
   EXPECT_EQ(heard, std::vector<int>{1});
 }
 
-TEST_F(SpeakerTest, IsNotHeardBeforeItHasTheNameOrAfterItGaveItUp) {
+TEST_F(SignalSenderTest, IsNotBelievedBeforeItHasTheNameOrAfterItGaveTheNameUp) {
   ASSERT_EQ(systemBus->connect(), 0);
   const std::string me = uniqueName(*systemBus);
   const BusListening listening = listen();
@@ -350,7 +351,7 @@ TEST_F(CalledByStrangersTest, AnswersItsOwnUser) {
 }
 
 TEST_F(CalledByStrangersTest, RefusesAnotherUser) {
-  // The test's own loop must run for the stranger to be answered.
+  // The stranger is a child process, because the test's own loop must run to answer it.
   const pid_t child = ::fork();
   if (child == 0) {
     sd_bus* bus = Stranger::become() ? Stranger::connect(sessionDaemon->address()) : nullptr;
@@ -373,7 +374,7 @@ TEST_F(CalledByStrangersTest, RefusesAnotherUser) {
   EXPECT_EQ(calls, 0);
 }
 
-/// A program's object, and somebody new who calls it.
+/// An object of the program, and a new caller.
 class NewCallerTest : public BusTest {
  protected:
   enum class Answer { none, given, refused };
@@ -422,10 +423,10 @@ const sd_bus_vtable NewCallerTest::kNewCallersTable[] = {
     SD_BUS_VTABLE_START(0), SD_BUS_METHOD("Call", "", "", called, SD_BUS_VTABLE_UNPRIVILEGED),
     SD_BUS_VTABLE_END};
 
-TEST_F(NewCallerTest, IsRefusedWithoutAnotherQuestionToABusThatDidNotAnswer) {
+TEST_F(NewCallerTest, IsRefusedWithoutAQuestionWhenTheBusDidNotAnswerTheLastOne) {
   call();
-  // The call has arrived, and the program has not looked at it.
-  ASSERT_EQ(bus->nameHasOwner("test.Other"), 0);
+  // By now the call has arrived, but the program has not looked at it.
+  ASSERT_EQ(bus->nameStatus("test.Other").state, NameStatus::State::free);
   sessionDaemon->freeze();
   while (sd_bus_process(bus->handle(), nullptr) > 0) {
   }

@@ -45,7 +45,7 @@ class RemotePropertiesTest : public BusTest {
   std::unique_ptr<RemoteProperties> properties;
 };
 
-TEST_F(RemotePropertiesTest, ReadSimpleValuesAndPassOverOthers) {
+TEST_F(RemotePropertiesTest, HaveSimpleValuesAndNoOthers) {
   FakePropertyService service(systemDaemon->address(), kName);
   service.set(kPath, kName,
               {{"Colour", std::string("red")}, {"IsOn", true}, {"Level", 0.5}, {"Watts", 60U}});
@@ -64,14 +64,14 @@ TEST_F(RemotePropertiesTest, AreReadOnceAndThenFollowed) {
   EXPECT_EQ(service->readings, 1);
 }
 
-TEST_F(RemotePropertiesTest, AreReadAgainWhenOnlyTheChangeIsTold) {
+TEST_F(RemotePropertiesTest, AreReadAgainWhenASignalNamesThemWithoutValues) {
   const auto service = lamp("red");
   EXPECT_EQ(colour(), "red");
   service->invalidate(kPath, kName, "Colour", std::string("green"));
   EXPECT_TRUE(eventually([&] { return colour() == "green"; }));
 }
 
-TEST_F(RemotePropertiesTest, KeepOnlyWhatIsWanted) {
+TEST_F(RemotePropertiesTest, KeepOnlyTheWantedNames) {
   FakePropertyService service(systemDaemon->address(), kName);
   FakePropertyService::Properties many{{"Colour", std::string("red")}};
   for (int count = 0; count < 1000; ++count)
@@ -87,7 +87,7 @@ TEST_F(RemotePropertiesTest, KeepOnlyWhatIsWanted) {
   EXPECT_EQ(*properties->read(), expected);
 }
 
-TEST_F(RemotePropertiesTest, KeepNoTextThatIsTooLongForAName) {
+TEST_F(RemotePropertiesTest, KeepNoTextOfMoreThan256Bytes) {
   const auto service = lamp("red");
   EXPECT_EQ(colour(), "red");
   service->change(kPath, kName, "Colour", std::string(257, 'x'));
@@ -100,7 +100,7 @@ TEST_F(RemotePropertiesTest, KeepNoTextThatIsTooLongForAName) {
   }));
 }
 
-TEST_F(RemotePropertiesTest, AreNotReadAgainForWhatNobodyWants) {
+TEST_F(RemotePropertiesTest, AreNotReadAgainWhenASignalNamesOnlyUnwantedOnes) {
   const auto service = lamp("red");
   EXPECT_EQ(colour(), "red");
   service->invalidate(kPath, kName, "Another", true);
@@ -137,7 +137,7 @@ TEST_F(RemotePropertiesTest, AreReadAgainWhenASignalCanBeReadOnlyInPart) {
   EXPECT_EQ(colour(), "red");
 }
 
-TEST_F(RemotePropertiesTest, TakeNoNoticeOfAnotherInterface) {
+TEST_F(RemotePropertiesTest, DoNotChangeWithAnotherInterface) {
   const auto service = lamp("red");
   EXPECT_EQ(colour(), "red");
   service->change(kPath, "test.Other", "Colour", std::string("green"));
@@ -172,14 +172,14 @@ TEST_F(RemotePropertiesTest, ComeBackWithTheBus) {
   EXPECT_TRUE(eventually([&] { return colour() == "green"; }));
 }
 
-TEST_F(RemotePropertiesTest, AskOnlyOnceForWhatIsNotThere) {
+TEST_F(RemotePropertiesTest, AreAskedForOnlyOnceWhileTheServiceIsAbsent) {
   EXPECT_EQ(colour(), "absent");
   systemDaemon->freeze();
   EXPECT_EQ(colour(), "absent");
   EXPECT_EQ(colour(), "absent");
   systemDaemon->thaw();
   // A call to the frozen bus would have begun a pause.
-  EXPECT_EQ(systemBus->nameHasOwner("test.Other"), 0);
+  EXPECT_EQ(systemBus->nameStatus("test.Other").state, NameStatus::State::free);
 }
 
 }  // namespace

@@ -203,7 +203,7 @@ TEST_F(MockedPowerTest, FollowsAMockOfUPower) {
   const ChildProgram mock({"/usr/bin/python3", "-m", "dbusmock", "--system", "--template", "upower",
                            "--parameters", "{\"OnBattery\": true}"},
                           silence);
-  ASSERT_TRUE(eventually([&] { return systemBus->nameHasOwner(kUPower) == 1; }));
+  ASSERT_TRUE(eventually([&] { return systemBus->nameStatus(kUPower).isOwned(); }));
   EXPECT_TRUE(eventually([&] { return source() == "none"; }));
   call(kUPower, kUPowerPath, "SetupDisplayDevice", [](sd_bus_message* message) {
     return sd_bus_message_append(message, "uuddddxxbsu", 2U, 2U, 45.0, 20.0, 50.0, 5.0,
@@ -218,7 +218,7 @@ TEST_F(MockedPowerTest, FollowsAMockOfThePowerProfilesService) {
   const ChildProgram mock(
       {"/usr/bin/python3", "-m", "dbusmock", "--system", "--template", "power_profiles_daemon"},
       silence);
-  ASSERT_TRUE(eventually([&] { return systemBus->nameHasOwner(name) == 1; }));
+  ASSERT_TRUE(eventually([&] { return systemBus->nameStatus(name).isOwned(); }));
   EXPECT_FALSE(sources->isLowPowerModeEnabled());
   call(name, path, "UpdateProperties", [name](sd_bus_message* message) {
     return sd_bus_message_append(message, "sa{sv}", name, 1, "ActiveProfile", "s", "power-saver");

@@ -31,7 +31,7 @@ class BusTest : public ::testing::Test {
     sessionBus = std::make_unique<Bus>(*loop, Bus::Kind::session, impatient());
   }
 
-  /// The call limit is the program's own; pauses are short.
+  /// The call limit is that of the program, but the pauses are short.
   static BusTiming impatient() {
     BusTiming timing;
     timing.firstPause = std::chrono::milliseconds(20);
@@ -56,7 +56,7 @@ class BusTest : public ::testing::Test {
   std::unique_ptr<Bus> sessionBus;
 };
 
-/// Handles all that had reached the bus for this connection.
+/// Handles all messages that the bus had for this connection.
 inline void handleEverything(EventLoop& loop, Bus& bus) {
   bool isHandled = false;
   const BusSlot slot = bus.callAsync(

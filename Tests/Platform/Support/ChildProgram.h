@@ -15,11 +15,11 @@
 
 namespace platform::testing {
 
-/// A program that runs beside the test and is killed with it.
+/// A program that runs beside the test and is killed when the test ends.
 class ChildProgram {
  public:
   ChildProgram() = default;
-  /// `before` runs in the child, which gives up when it returns false.
+  /// `before` runs in the child. When it returns false, the child ends.
   explicit ChildProgram(
       const std::vector<std::string>& arguments,
       const std::function<bool()>& before = [] { return true; }) {
@@ -46,7 +46,7 @@ class ChildProgram {
 
   [[nodiscard]] pid_t pid() const { return pid_; }
 
-  /// Ends it the hard way and waits until it is gone.
+  /// Kills the program and waits until it is gone.
   void kill() {
     if (pid_ <= 0) return;
     ::kill(pid_, SIGKILL);
@@ -58,7 +58,7 @@ class ChildProgram {
   pid_t pid_ = -1;
 };
 
-/// For programs that tell more than anybody wants to know.
+/// Switches off the output of the calling process, for programs that write too much.
 inline bool silence() {
   const int nowhere = ::open("/dev/null", O_WRONLY | O_CLOEXEC);
   return ::dup2(nowhere, STDOUT_FILENO) >= 0 && ::dup2(nowhere, STDERR_FILENO) >= 0;

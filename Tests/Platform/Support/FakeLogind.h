@@ -21,7 +21,7 @@
 
 namespace platform::testing {
 
-/// A logind that grants locks, lists what it is told to list and announces sleep when told.
+/// A logind that grants locks, and lists and announces what the test wants.
 class FakeLogind {
  public:
   struct Entry {
@@ -29,7 +29,7 @@ class FakeLogind {
     std::uint32_t uid, pid;
   };
 
-  /// What comes of asking the user, once logind wants an approval.
+  /// The outcome when logind wants the user's approval.
   enum class Approval { unneeded, given, declined, nobodyToAsk };
 
   explicit FakeLogind(const std::string& address, Approval ofLocks = Approval::unneeded)
@@ -37,16 +37,17 @@ class FakeLogind {
         service_(address, {"org.freedesktop.login1"},
                  [this](sd_bus_message* call) { answer(call); }) {}
 
-  std::atomic<Approval> approval;  ///< Whether a lock wants it, and what comes of that.
+  std::atomic<Approval> approval;  ///< Whether a lock needs approval, and the outcome.
   std::atomic<bool> refuses = false;
   std::atomic<int> prompts = 0;
-  std::atomic<bool> isUserThinking = false;  ///< Prompts wait for `answerLate`.
+  std::atomic<bool> isUserThinking =
+      false;  ///< Whether a question to the user waits for `answerLate`.
   std::atomic<bool> isSilent = false;
   std::atomic<int> listings = 0;
-  std::atomic<bool> listsNonsense = false;         ///< A list of another shape.
-  std::atomic<std::uint32_t> ofUser = ::getuid();  ///< Whose the locks are, as it counts users.
+  std::atomic<bool> listsNonsense = false;         ///< Whether lists have an unknown type.
+  std::atomic<std::uint32_t> ofUser = ::getuid();  ///< The user whom the list names for each lock.
 
-  /// Besides the locks that it granted.
+  /// Lists `entries` besides the granted locks.
   void list(std::vector<Entry> entries) {
     const std::lock_guard lock(mutex_);
     entries_ = std::move(entries);
@@ -60,7 +61,7 @@ class FakeLogind {
       result.push_back(granted.text);
     return result;
   }
-  /// The same of those that nobody has let go of.
+  /// The same for the locks that are still held.
   std::vector<std::string> held() {
     const std::lock_guard lock(mutex_);
     std::vector<std::string> result;
@@ -70,13 +71,13 @@ class FakeLogind {
     return result;
   }
 
-  /// Lists none of the locks that it has granted so far, as if it had lost them.
+  /// No longer lists the locks that it has granted so far, as if it had lost them.
   void forget() {
     const std::lock_guard lock(mutex_);
     for (Lock& granted : locks_)
       granted.isForgotten = true;
   }
-  /// Lists none at all.
+  /// Whether it lists no granted lock at all.
   std::atomic<bool> listsNoLocks = false;
 
   void announceSleep(bool isAboutToSleep) {
@@ -93,7 +94,7 @@ class FakeLogind {
     return result;
   }
 
-  /// Grants what was left unanswered.
+  /// Grants the locks whose calls it left unanswered.
   void answerLate() {
     isSilent = false;
     isUserThinking = false;
@@ -144,11 +145,11 @@ class FakeLogind {
     locks_.push_back(
         {std::string(what) + "|" + who + "|" + why + "|" + mode, Descriptor(ends[0]), entry});
     sd_bus_reply_method_return(call, "h", writeEnd.get());
-    // The message holds a copy of the writing end until it is sent.
+    // Until the message is sent, it holds a copy of the writing end.
     sd_bus_flush(sd_bus_message_get_bus(call));
   }
 
-  /// Whether the call may go on; answers it otherwise.
+  /// Whether the call is approved. If not, the call is answered here.
   bool isApproved(sd_bus_message* call) {
     if (approval == Approval::unneeded) return true;
     if (sd_bus_message_get_allow_interactive_authorization(call) <= 0 ||
@@ -173,7 +174,7 @@ class FakeLogind {
     return entries;
   }
 
-  /// Its property `BlockInhibited`.
+  /// Answers with the property `BlockInhibited`.
   void tellBlocked(sd_bus_message* call) {
     std::string locks;
     for (const Entry& entry : listed()) {

@@ -15,7 +15,7 @@
 
 namespace platform::testing {
 
-/// A service whose objects have properties and say when they change.
+/// A service whose objects have properties and announce their changes.
 class FakePropertyService {
  public:
   using Value = std::variant<bool, std::uint32_t, double, std::string>;
@@ -31,14 +31,14 @@ class FakePropertyService {
     objects_[path + " " + interface] = std::move(properties);
   }
 
-  /// Changes one property and tells its new value.
+  /// Changes one property and announces its new value.
   void change(const std::string& path, const std::string& interface, const std::string& name,
               const Value& value) {
     remember(path, interface, name, value);
     announce(path, interface, {{name, value}});
   }
 
-  /// Tells new values that the properties do not have.
+  /// Announces values that the properties do not have.
   void announce(const std::string& path, const std::string& interface, const Properties& values) {
     emit(path, [&](sd_bus_message* signal) {
       sd_bus_message_append(signal, "s", interface.c_str());
@@ -50,7 +50,7 @@ class FakePropertyService {
     });
   }
 
-  /// Changes one property and tells only that it changed.
+  /// Changes one property and announces only its name.
   void invalidate(const std::string& path, const std::string& interface, const std::string& name,
                   const Value& value) {
     remember(path, interface, name, value);
@@ -91,7 +91,7 @@ class FakePropertyService {
     }
   }
 
-  /// Appends any bytes: sd-bus checks a text that is appended as a whole, but not this space.
+  /// Appends any bytes. sd-bus checks a text that it appends, but not a space that is filled later.
   static void appendText(sd_bus_message* message, const char* key, const std::string& text) {
     char* space = nullptr;
     sd_bus_message_open_container(message, 'e', "sv");
@@ -116,7 +116,7 @@ class FakePropertyService {
     sd_bus_message* reply = nullptr;
     sd_bus_message_new_method_return(call, &reply);
     sd_bus_message_open_container(reply, 'a', "{sv}");
-    // Something that no reader of simple values understands.
+    // Values that are not simple.
     sd_bus_message_append(reply, "{sv}", "History", "a(ud)", 1, 7, 1.5);
     sd_bus_message_append(reply, "{sv}", "Symbol", "o", "/symbol");
     for (const auto& [name, value] :

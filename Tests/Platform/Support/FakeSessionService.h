@@ -18,7 +18,7 @@
 namespace platform::testing {
 
 /// A service of the session that grants cookies: `Inhibit(susu)` under org.gnome.SessionManager,
-/// `Inhibit(ss)` under any other name. Logs each request as a line, and tells what it has.
+/// `Inhibit(ss)` under any other name. Logs each request as a line, and lists what it has granted.
 class FakeSessionService {
  public:
   FakeSessionService(const std::string& address, const std::string& name)
@@ -28,23 +28,26 @@ class FakeSessionService {
   std::atomic<bool> refuses = false;
   std::atomic<int> refusals = 0;
   std::atomic<bool> isSilent = false;
-  std::atomic<bool> tellsByProperties = false;  ///< Of an inhibitor, rather than by methods.
-  std::atomic<int> readings = 0;                ///< How often somebody asked what it has.
-  std::atomic<int> questions = 0;               ///< How often about a single inhibitor.
-  std::atomic<const char*> failsAt = "";        ///< What it is too busy for.
-  std::atomic<bool> listsNonsense = false;      ///< Lists of another shape.
-  std::atomic<bool> tellsNonsense = false;      ///< Of an inhibitor.
+  std::atomic<bool> tellsByProperties =
+      false;  ///< Whether the details of an inhibitor are properties, not methods.
+  std::atomic<int> readings = 0;   ///< How often somebody asked for its list.
+  std::atomic<int> questions = 0;  ///< How often somebody asked for the details of an inhibitor.
+  std::atomic<const char*> failsAt =
+      "";  ///< The method that fails because the service is too busy.
+  std::atomic<bool> listsNonsense = false;  ///< Whether lists have an unknown type.
+  std::atomic<bool> tellsNonsense =
+      false;  ///< Whether details of an inhibitor have an unknown type.
 
-  /// Never answers what was left unanswered.
+  /// Forgets the calls that it left unanswered.
   void forgetCalls() {
     service_.perform([this](sd_bus*) { unanswered_.answer([](sd_bus_message*) {}); });
   }
-  /// Loses what it has granted so far, without a word.
+  /// Loses what it has granted so far, and tells nobody.
   void forget() {
     const std::lock_guard lock(mutex_);
     held_.clear();
   }
-  /// Grants something to somebody else.
+  /// Grants a cookie to another program.
   void grantToAnother(const std::string& reason) {
     const std::lock_guard lock(mutex_);
     held_[++lastCookie_] = reason;
@@ -56,7 +59,7 @@ class FakeSessionService {
     const std::lock_guard lock(mutex_);
     return log_;
   }
-  /// The reasons of the cookies that are out, less those of others.
+  /// The reasons of this program's cookies that are not given back.
   std::vector<std::string> held() {
     const std::lock_guard lock(mutex_);
     std::vector<std::string> reasons;
@@ -76,7 +79,7 @@ class FakeSessionService {
     return targets_;
   }
 
-  /// Grants what was left unanswered.
+  /// Grants the requests that it left unanswered.
   void answerLate() {
     isSilent = false;
     service_.perform(
@@ -157,7 +160,7 @@ class FakeSessionService {
     sd_bus_reply_method_return(call, "b", held_.empty() ? 0 : 1);
   }
 
-  /// A detail of the inhibitor whose object is asked; absent for one that is not there.
+  /// A detail of the inhibitor that is called; absent when there is no such inhibitor.
   std::optional<std::string> detail(sd_bus_message* call, std::string_view name) {
     const std::lock_guard lock(mutex_);
     const std::string path = sd_bus_message_get_path(call);

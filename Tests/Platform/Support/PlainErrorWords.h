@@ -5,7 +5,7 @@
 
 namespace platform::testing {
 
-/// The words of the C library.
+/// The C library's text for an error number.
 inline std::string plainErrorWords(int errorNumber) {
   return std::generic_category().message(errorNumber);
 }

@@ -23,12 +23,12 @@ namespace platform::testing {
 /// again.
 class PrivateBus {
  public:
-  /// Whom it lets do what.
+  /// What the bus allows to whom.
   enum class Policy {
-    own,        ///< As a session's bus: everything to this user, and nothing to another.
-    everybody,  ///< Everything to everybody.
-    careless,   ///< The same, and hands over replies that nobody asked for.
-    system,     ///< What the machine's own system bus has by default, and root may own any name.
+    own,        ///< Like a session's bus: this user may do everything, and others may not connect.
+    everybody,  ///< Everybody may do everything.
+    careless,   ///< Everybody may do everything, also send replies that nobody asked for.
+    system,     ///< Like the machine's system bus, but root may own any name.
   };
   static constexpr const char* kSystemPolicy = "/usr/share/dbus-1/system.conf";
 
@@ -61,7 +61,7 @@ class PrivateBus {
   }
   void stop() { daemon_.kill(); }
 
-  /// Stops and continues it, as a bus that hangs.
+  /// Stops and continues the bus, which hangs meanwhile.
   void freeze() { ::kill(daemon_.pid(), SIGSTOP); }
   void thaw() { ::kill(daemon_.pid(), SIGCONT); }
 
@@ -80,8 +80,8 @@ class PrivateBus {
            replies + "</policy></busconfig>";
   }
 
-  /// The machine's own, except for what would make it leave the test: user, process, place, and the
-  /// services that it could start.
+  /// The configuration of the machine's bus, without the lines that would reach outside of the
+  /// test: user, process, address, and the services to start.
   [[nodiscard]] std::string systemConfiguration() const {
     std::ifstream file(kSystemPolicy);
     std::string text{std::istreambuf_iterator<char>(file), {}};

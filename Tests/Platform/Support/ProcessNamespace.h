@@ -22,18 +22,18 @@
 
 namespace platform::testing {
 
-/// Namespaces in which a test program meets no processes but its own: whatever else works on the
-/// machine is not there for it, nor for the programs that it starts. There its /proc tells of these
-/// processes alone, no system manager is to be found, no battery, no desktop's unit around it, and
-/// of networks the loopback alone.
+/// Namespaces in which a test program finds only its own processes: the other work of the machine
+/// does not exist there, neither for the test program nor for the programs that it starts. There,
+/// /proc shows only these processes, and there is no system manager, no battery, no desktop's unit,
+/// and no network but the loopback.
 ///
-/// Who may not open such namespaces as they are opens them in a user namespace, where they are
-/// root. Where that is not allowed either, `run` runs the tests among all processes, and
+/// A user who may not open such namespaces directly opens them in a user namespace, where this user
+/// is root. Where that is not allowed either, `run` runs the tests among all processes, and
 /// `obstacle` tells why.
 class ProcessNamespace {
  public:
-  /// Runs `tests` and returns their status. Called once, by `main`, before any thread starts. All
-  /// that the tests leave running is killed when they end, or when this process does.
+  /// Runs `tests` and returns their status. Call it once, in `main`, before any thread starts.
+  /// Whatever the tests leave running is killed when they end, or when this process ends.
   static int run(const std::function<int()>& tests) {
     if (!isAllowed()) {
       reason() = "no process namespace may be opened here";
@@ -43,7 +43,7 @@ class ProcessNamespace {
     return runInside(tests);
   }
 
-  /// Why the tests see other processes than their own, if they do.
+  /// Why the tests see other processes than their own; absent when they do not.
   static std::optional<std::string> obstacle() { return reason(); }
 
  private:
@@ -52,7 +52,7 @@ class ProcessNamespace {
     return reason;
   }
 
-  /// Tried by a child, for there is no way back.
+  /// A child tries it, because no process can leave a namespace again.
   static bool isAllowed() {
     return statusOf([] { return runInside([] { return 0; }); }) == 0;
   }
@@ -82,7 +82,7 @@ class ProcessNamespace {
            ::mount("proc", "/proc", "proc", MS_NOSUID | MS_NODEV | MS_NOEXEC, nullptr) == 0 &&
            empty("/run/systemd") && empty("/sys/class/power_supply") && hasLoopback();
   }
-  /// A network of one's own begins with the loopback switched off.
+  /// In a new network the loopback is switched off at first.
   static bool hasLoopback() {
     const Descriptor socket(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
     ifreq request{};

@@ -14,14 +14,14 @@
 
 namespace platform::testing {
 
-/// The machine's own systemd-logind, on the bus that the environment names. Keeps its state in a
-/// folder of the test's instead of /run/systemd, in a mount namespace of its own, so that it meets
+/// The machine's own systemd-logind, on the bus that the environment names. It runs in a mount
+/// namespace of its own, where a folder of the test stands in for /run/systemd. So it disturbs
 /// neither the logind of the machine nor that of another test.
 class RealLogind {
  public:
   static constexpr const char* kProgram = "/lib/systemd/systemd-logind";
 
-  /// Why it cannot run here, if it cannot.
+  /// Why it cannot run here; absent when it can.
   static std::optional<std::string> obstacle() {
     if (::geteuid() != 0) return "systemd-logind runs as root only";
     if (::access(kProgram, X_OK) != 0) return "systemd-logind is not installed";
@@ -36,12 +36,12 @@ class RealLogind {
     const std::string state = state_.path();
     logind_ = ChildProgram({kProgram}, [state] { return silence() && hide(state); });
   }
-  /// Ends it; what it knows of its locks stays behind.
+  /// Ends it. Its record of its locks stays on the disk.
   void stop() { logind_.kill(); }
-  /// Stops and continues it, as one that hangs.
+  /// Stops and continues logind, which hangs meanwhile.
   void freeze() { ::kill(logind_.pid(), SIGSTOP); }
   void thaw() { ::kill(logind_.pid(), SIGCONT); }
-  /// Makes it forget its locks as well.
+  /// Removes the record of its locks.
   void forget() const {
     for (const auto& entry : std::filesystem::directory_iterator(state_.path())) {
       std::filesystem::remove_all(entry.path());

@@ -7,8 +7,8 @@
 
 namespace platform::testing {
 
-/// Runs `loop` until `condition` holds, and says whether it came to hold at all. The limit only
-/// keeps a failing test from lasting for ever.
+/// Runs `loop` until `condition` holds, and returns whether it does. The limit only keeps a failing
+/// test from lasting for ever.
 inline bool runUntil(EventLoop& loop, const std::function<bool()>& condition) {
   const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(20);
   while (!condition()) {
@@ -18,7 +18,7 @@ inline bool runUntil(EventLoop& loop, const std::function<bool()>& condition) {
   return true;
 }
 
-/// Runs what is ready, and what becomes ready within a moment.
+/// Runs the work that is ready or becomes ready within a moment.
 inline void runBriefly(EventLoop& loop) {
   const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(150);
   while (std::chrono::steady_clock::now() < end)

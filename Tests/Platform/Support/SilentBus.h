@@ -14,7 +14,7 @@
 
 namespace platform::testing {
 
-/// A socket that takes connections and never says a word.
+/// A socket that accepts connections and never sends anything.
 class SilentBus {
  public:
   SilentBus() : socket_(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0)) {
@@ -29,7 +29,7 @@ class SilentBus {
 
   [[nodiscard]] std::string address() const { return "unix:path=" + path(); }
 
-  /// How many have connected since this was last asked.
+  /// How many connections were made since the last call.
   int connectionsMade() {
     int count = 0;
     while (Descriptor connection{::accept4(socket_.get(), nullptr, nullptr, SOCK_CLOEXEC)}) {

@@ -13,7 +13,7 @@
 
 namespace platform::testing {
 
-/// A display of X that takes connections and never says a word, at the address that is no file.
+/// An X display that accepts connections and never sends anything. Its socket is abstract.
 class SilentDisplay {
  public:
   SilentDisplay() {
@@ -21,10 +21,10 @@ class SilentDisplay {
     }
   }
 
-  /// As DISPLAY names it.
+  /// The value of DISPLAY for it.
   [[nodiscard]] std::string name() const { return ":" + std::to_string(number_); }
 
-  /// Waits for one that connects.
+  /// Waits for the next connection.
   Descriptor nextCaller() {
     pollfd incoming{socket_.get(), POLLIN, 0};
     ::poll(&incoming, 1, -1);

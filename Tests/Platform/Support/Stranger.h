@@ -16,19 +16,19 @@
 
 namespace platform::testing {
 
-/// Waits until the bus has taken all that was sent on this connection.
+/// Waits until the bus has handled everything that was sent on this connection.
 inline bool askTheBus(sd_bus* bus) {
   return sd_bus_call_method(bus, "org.freedesktop.DBus", "/org/freedesktop/DBus",
                             "org.freedesktop.DBus", "GetId", nullptr, nullptr, nullptr) >= 0;
 }
 
-/// Another user of the machine, who sends to a bus whatever the test makes him send.
+/// Another user of the machine, who sends to a bus what the test wants.
 class Stranger {
  public:
   /// The user and group `nobody` of every Linux.
   static constexpr unsigned kIdentifier = 65534;
 
-  /// Why there can be none here, if there can be none.
+  /// Why a stranger is not possible here; absent when it is possible.
   static std::optional<std::string> obstacle() {
     // Nor can root of a user namespace, where there may be nobody else.
     if (!runs([] { return become(); })) return "only root can act as another user";
@@ -36,7 +36,7 @@ class Stranger {
     return std::nullopt;
   }
 
-  /// Makes the calling process his. False when it may not.
+  /// Makes the calling process a process of the stranger. False when that is not allowed.
   static bool become() {
     return ::setgroups(0, nullptr) == 0 &&
            ::setresgid(kIdentifier, kIdentifier, kIdentifier) == 0 &&
@@ -44,7 +44,7 @@ class Stranger {
            ::prctl(PR_SET_PDEATHSIG, SIGKILL) == 0;
   }
 
-  /// Null when the bus does not let him in.
+  /// Connects to a bus. Null when the bus refuses.
   static sd_bus* connect(const std::string& address) {
     sd_bus* bus = nullptr;
     const bool isConnected = sd_bus_new(&bus) >= 0 &&
@@ -53,12 +53,13 @@ class Stranger {
     return isConnected && askTheBus(bus) ? bus : nullptr;
   }
 
-  /// Runs `act` in a process of his, on a connection of its own, and waits until the bus has taken
-  /// all that it sent. What `act` says, or false when he was not let in.
+  /// Runs `act` in a process of the stranger, on a connection of its own, and waits until the bus
+  /// has handled everything that was sent. The result is that of `act`, or false when the bus
+  /// refused the connection.
   static bool acts(const std::string& address, const std::function<bool(sd_bus*)>& act) {
     return runs([&] { return isIn(address, act); });
   }
-  /// The same, without waiting: his process ends with 0 when all went as he wanted.
+  /// Does the same without waiting. The process ends with 0 when `act` returned true.
   static ChildProgram start(const std::string& address, const std::function<bool(sd_bus*)>& act) {
     return ChildProgram({"stranger"}, [&]() -> bool { ::_exit(isIn(address, act) ? 0 : 1); });
   }
@@ -82,7 +83,7 @@ class Stranger {
     return bus != nullptr && act(bus) && askTheBus(bus);
   }
 
-  /// In a process of its own.
+  /// Runs `body` in a process of its own and returns its result.
   static bool runs(const std::function<bool()>& body) {
     const pid_t child = ::fork();
     if (child == 0) ::_exit(body() ? 0 : 1);

@@ -11,7 +11,7 @@
 
 namespace platform::testing {
 
-/// Calls that a silent service keeps until it is told to answer them. The service's thread only.
+/// Keeps the calls that a silent service has not answered yet. For the service's thread only.
 class UnansweredCalls {
  public:
   void keep(sd_bus_message* call) { calls_.emplace_back(sd_bus_message_ref(call)); }

@@ -1,11 +1,8 @@
-#include "Staylit/Desktop/Menu/MessageReading.h"
+#include "Platform/Linux/Bus/MessageReading.h"
 
-#include <set>
 #include <string_view>
 
-#include "Platform/Linux/Bus/BusHandles.h"
-
-namespace staylit {
+namespace platform {
 namespace {
 
 /// Whether a variant of that type comes next.
@@ -22,27 +19,6 @@ int readTexts(sd_bus_message* message, std::vector<std::string>& texts) {
   while (result >= 0 && (result = sd_bus_message_read(message, "s", &text)) > 0)
     texts.emplace_back(text);
   return result < 0 ? result : sd_bus_message_exit_container(message);
-}
-
-int readNumbers(sd_bus_message* message, std::vector<std::int32_t>& numbers) {
-  int result = sd_bus_message_enter_container(message, 'a', "i");
-  std::int32_t number = 0;
-  std::set<std::int32_t> seen;
-  while (result >= 0 && (result = sd_bus_message_read(message, "i", &number)) > 0) {
-    if (seen.insert(number).second) numbers.push_back(number);
-  }
-  return result < 0 ? result : sd_bus_message_exit_container(message);
-}
-
-int replyWithNumbers(sd_bus_message* call, const std::vector<std::vector<std::int32_t>>& lists) {
-  sd_bus_message* raw = nullptr;
-  int result = sd_bus_message_new_method_return(call, &raw);
-  const platform::BusMessage reply(raw);
-  for (const std::vector<std::int32_t>& list : lists) {
-    if (result < 0) return result;
-    result = sd_bus_message_append_array(raw, 'i', list.data(), list.size() * sizeof list[0]);
-  }
-  return result < 0 ? result : sd_bus_send(nullptr, raw, nullptr);
 }
 
 int readEntries(sd_bus_message* message, const EntryReader& read) {
@@ -73,4 +49,4 @@ int readTextsValue(sd_bus_message* message, std::vector<std::string>& texts) {
   return result < 0 ? result : 1;
 }
 
-}  // namespace staylit
+}  // namespace platform
