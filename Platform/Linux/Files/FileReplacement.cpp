@@ -16,6 +16,8 @@ namespace platform {
 namespace {
 
 constexpr mode_t kPermissions = 07777;
+/// Tells `fchown` to leave the owner, or the group, as it is.
+constexpr uid_t kSame = static_cast<uid_t>(-1);
 
 bool writeAll(int file, std::string_view content) {
   while (!content.empty()) {
@@ -27,14 +29,19 @@ bool writeAll(int file, std::string_view content) {
   return true;
 }
 
+/// Gives the file the owner, the group and the mode of `target`, as far as this user may. Only root
+/// may give a file to another owner, and a user may give it only to the user's own groups. When the
+/// group cannot be kept, the file's group gets no more rights than everybody has.
 bool copyOwnerAndMode(int file, const std::filesystem::path& target) {
   struct stat status {};
   if (stat(target.c_str(), &status) != 0) return errno == ENOENT;
-  // This matters only to an administrator who runs the program on somebody else's file.
-  if (status.st_uid != geteuid() || status.st_gid != getegid()) {
-    if (fchown(file, status.st_uid, status.st_gid) != 0 && errno != EPERM) return false;
+  mode_t mode = status.st_mode & kPermissions;
+  if (fchown(file, status.st_uid, kSame) != 0 && errno != EPERM) return false;
+  if (fchown(file, kSame, status.st_gid) != 0) {
+    if (errno != EPERM) return false;
+    mode = (mode & ~mode_t{S_IRWXG}) | ((mode & S_IRWXO) << 3U);
   }
-  return fchmod(file, status.st_mode & kPermissions) == 0;
+  return fchmod(file, mode) == 0;
 }
 
 FileStamp stampOf(int file) {
@@ -75,7 +82,7 @@ FileReplacement::FileReplacement(const std::filesystem::path& target, std::strin
 }
 
 FileReplacement::~FileReplacement() {
-  // After an exchange that could not be undone, the name is that of what others wrote.
+  // After an exchange that could not be undone, this name belongs to the file that others wrote.
   if (!temporary_.empty() && stampOf(temporary_) == own_) unlink(temporary_.c_str());
 }
 
@@ -96,8 +103,8 @@ FileReplacement::Outcome FileReplacement::failure() {
 FileReplacement::Outcome FileReplacement::commitOver(const RegularFile& expected) {
   if (!expected.exists) return commitAsNew();
   const ReadLease lease(target_);
-  // A server may grant no lease at all, even on a file that nobody else has open. Its refusal is
-  // then no sign of a writer.
+  // A file server may refuse every lease, even on a file that nobody else has open. Then a refusal
+  // does not tell of a writer.
   if (lease.isRefused() && !ReadLease(temporary_).isRefused()) return Outcome::busy;
   if (!isStill(target_, expected)) return Outcome::changed;
   const Outcome outcome = exchange(expected);
@@ -116,8 +123,8 @@ FileReplacement::Outcome FileReplacement::commitAsNew() {
   }
   if (errno == EEXIST) return Outcome::changed;
   if (errno != EINVAL && errno != ENOSYS) return failure();
-  // The file system cannot do it in one step, so the file gets a second name and then loses the
-  // first.
+  // This file system cannot rename without replacing. So the file gets a second name, and loses the
+  // first one later.
   if (link(temporary_.c_str(), target_.c_str()) == 0) return Outcome::done;
   if (errno == EEXIST) return Outcome::changed;
   if (errno != EPERM) return failure();
@@ -128,24 +135,24 @@ FileReplacement::Outcome FileReplacement::exchange(const RegularFile& expected) 
   if (!exchangeNames(temporary_, target_)) {
     if (errno == ENOENT) return Outcome::changed;
     if (errno != EINVAL && errno != ENOSYS) return failure();
-    // The file system cannot exchange two files. The target was checked just before.
+    // This file system cannot exchange two files. The target was checked a moment ago.
     return commit() ? Outcome::done : Outcome::failed;
   }
   return isStill(temporary_, expected) ? Outcome::done : putBack();
 }
 
-/// The temporary name now holds the old target, with everything that others wrote into it in the
-/// last moment.
+/// Undoes an exchange. The temporary name belongs to the old target, with everything that others
+/// wrote into it until the last moment.
 FileReplacement::Outcome FileReplacement::putBack() {
   if (temporary_.empty()) return Outcome::done;  // There was no exchange.
   if (!exchangeNames(temporary_, target_)) {
-    // Somebody has removed the file that stood there for a moment.
+    // Another program has removed the new file from the target's place.
     if (errno != ENOENT || rename(temporary_.c_str(), target_.c_str()) != 0) return notPutBack();
     temporary_.clear();
     return Outcome::changed;
   }
   if (stampOf(temporary_) == own_) return Outcome::changed;
-  // Somebody has put a file there in that moment. That file is the newest.
+  // Another program has put a file there since the exchange. That file is the newest one.
   if (rename(temporary_.c_str(), target_.c_str()) != 0) return notPutBack();
   temporary_.clear();
   return Outcome::changed;

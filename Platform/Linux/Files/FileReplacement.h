@@ -8,9 +8,9 @@
 
 namespace platform {
 
-/// The new content of a file. It is written beside the file and takes its place in one step, so
-/// that at any moment, even after a crash, the file is the old one or the new one. An object that
-/// is destroyed before that removes the new content again.
+/// The new content of a file. It is written beside the file and takes the file's place in one step,
+/// so that at any moment, even after a crash, the file is whole: the old one or the new one. When
+/// the object is destroyed before that step, it removes the new content.
 class FileReplacement {
  public:
   /// Writes `content` through to the disk, with the mode and the owner of the `target` that it will
@@ -33,9 +33,9 @@ class FileReplacement {
     failed,   ///< `error` says why.
   };
 
-  /// As `commit`, provided that the target is still the file that was read. What others write until
-  /// that very moment is not lost. Somebody who opens the target for writing meanwhile waits only
-  /// as long as this call takes.
+  /// Does the same as `commit`, but only if the target is still the file that was read. Nothing
+  /// that others write until that moment is lost. Another program that opens the target for writing
+  /// has to wait at most until this call returns.
   Outcome commitOver(const RegularFile& expected);
 
  private:
@@ -46,8 +46,8 @@ class FileReplacement {
   Outcome failure();
 
   std::filesystem::path target_;
-  /// The name of the new file; after an exchange that of the old one. Empty when there is no such
-  /// file yet, or no longer.
+  /// The name of the new file, or after an exchange the name of the old file. Empty while there is
+  /// neither.
   std::string temporary_;
   FileStamp own_;  ///< The stamp of the new file.
   std::string error_;

@@ -6,7 +6,7 @@
 
 namespace platform {
 
-/// Tells one state of a file from another without reading it.
+/// Tells two states of a file apart without reading the file.
 struct FileStamp {
   std::uint64_t device = 0;
   std::uint64_t inode = 0;
@@ -15,8 +15,8 @@ struct FileStamp {
 
   static FileStamp of(const struct stat& status);
 
-  /// Whether a further change would give another stamp. A change that follows at once may have the
-  /// same time, because file systems count time in steps of up to two seconds.
+  /// Whether a further change will give another stamp. File systems count time in steps of up to
+  /// two seconds, so a change that follows at once may have the same time.
   [[nodiscard]] bool isSettled() const;
 
   bool operator==(const FileStamp&) const = default;

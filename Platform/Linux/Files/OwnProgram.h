@@ -5,11 +5,11 @@
 
 namespace platform {
 
-/// Where this program lies, for starting it again. Empty when that cannot be told.
+/// The path of the running program, for starting it again. Empty when the path cannot be found out.
 [[nodiscard]] std::filesystem::path ownProgram();
 
-/// The program that an `exe` link names: without the mark that the kernel adds once the file has
-/// been replaced, as an update does.
+/// The path in an `exe` link of `/proc`. After an update has replaced the program's file, the
+/// kernel adds a mark to the link. The result does not have the mark.
 [[nodiscard]] std::filesystem::path programOfLink(std::string_view link);
 
 }  // namespace platform

@@ -20,12 +20,12 @@ RegularFile failure(std::string error) {
   return file;
 }
 
-/// The failure that `errno` names. A missing file is no failure.
+/// The failure that `errno` tells, or no failure when the file is missing.
 RegularFile failureOfCall() {
   return errno == ENOENT ? RegularFile() : failure(std::strerror(errno));
 }
 
-/// Reads at most one byte more than `capacity`, and as much as the last read brings.
+/// Reads until the end, or until there are more than `capacity` bytes. Absent when reading fails.
 std::optional<std::string> readUpTo(int file, std::size_t capacity) {
   std::string text;
   char buffer[8192];
@@ -43,7 +43,7 @@ std::optional<std::string> readUpTo(int file, std::size_t capacity) {
 
 RegularFile readRegularFile(const std::filesystem::path& path, std::size_t capacity) {
   struct stat status {};
-  // A device is not even opened, because opening alone may have an effect.
+  // A device is not opened, because opening alone may have an effect.
   if (stat(path.c_str(), &status) != 0) return failureOfCall();
   if (S_ISDIR(status.st_mode)) return failure("it is a folder");
   if (!S_ISREG(status.st_mode)) return failure("it is not a regular file");

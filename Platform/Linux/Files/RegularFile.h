@@ -8,8 +8,8 @@
 
 namespace platform {
 
-/// What was found in the place of a file. When `error` is set, which is a text for people, the
-/// other fields mean nothing.
+/// The file that was found at a path. `error` is a text for people. When it is set, the other
+/// fields mean nothing.
 struct RegularFile {
   bool exists = false;
   std::string text;
@@ -17,8 +17,8 @@ struct RegularFile {
   std::string error;
 };
 
-/// Reads a whole file of at most `capacity` bytes. Never waits, whatever stands in the file's
-/// place: a folder, a pipe and a device are errors; a missing file is none. Links are followed.
+/// Reads a whole file of at most `capacity` bytes. Never waits for a pipe or a device. A folder, a
+/// pipe and a device are errors, but a missing file is not. Symbolic links are followed.
 [[nodiscard]] RegularFile readRegularFile(const std::filesystem::path& path, std::size_t capacity);
 
 }  // namespace platform

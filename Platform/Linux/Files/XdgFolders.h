@@ -9,7 +9,7 @@ namespace platform {
 /// The folders of the XDG base directory rules, read from the environment at each call. A value
 /// that is not an absolute path counts as not set, as the rules demand.
 
-/// `XDG_CONFIG_HOME`, else `~/.config`. Empty without a home.
+/// `XDG_CONFIG_HOME`, else `~/.config`. Empty for a user without a home.
 [[nodiscard]] std::filesystem::path xdgConfigHome();
 
 /// `XDG_DATA_HOME`, else `~/.local/share`; then the folders of `XDG_DATA_DIRS`, else

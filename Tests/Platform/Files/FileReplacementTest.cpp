@@ -81,6 +81,46 @@ TEST(FileReplacement, SaysWhyItCannotTakeThePlace) {
   EXPECT_EQ(replacement.error(), "Is a directory");
 }
 
+constexpr unsigned kNobody = 65534;
+constexpr unsigned kForeignGroup = 4711;
+
+struct stat statusOf(const std::string& path) {
+  struct stat status {};
+  stat(path.c_str(), &status);
+  return status;
+}
+
+TEST(FileReplacement, GivesItsOwnGroupNoRightsOfAGroupThatItCannotKeep) {
+  if (geteuid() != 0) GTEST_SKIP() << "only root can act as another user";
+  const SettingsFolder folder;
+  folder.write("a");
+  ASSERT_EQ(chown(folder.file().c_str(), kNobody, kForeignGroup), 0);
+  ASSERT_EQ(chmod(folder.file().c_str(), 0664), 0);
+  ASSERT_EQ(chown(std::filesystem::path(folder.file()).parent_path().c_str(), kNobody, kNobody), 0);
+  const std::string outcome = asOrdinaryUser([&folder] {
+    FileReplacement replacement(folder.file(), "b");
+    return replacement.commit() ? "done" : replacement.error();
+  });
+  EXPECT_EQ(outcome, "done");
+  const struct stat status = statusOf(folder.file());
+  EXPECT_EQ(status.st_gid, kNobody);
+  EXPECT_EQ(status.st_mode & 07777U, 0644U);
+}
+
+TEST(FileReplacement, KeepsTheOwnerTheGroupAndTheModeOfTheFileForRoot) {
+  if (geteuid() != 0) GTEST_SKIP() << "only root can give a file away";
+  const SettingsFolder folder;
+  folder.write("a");
+  ASSERT_EQ(chown(folder.file().c_str(), kNobody, kForeignGroup), 0);
+  ASSERT_EQ(chmod(folder.file().c_str(), 0664), 0);
+  FileReplacement replacement(folder.file(), "b");
+  ASSERT_TRUE(replacement.commit());
+  const struct stat status = statusOf(folder.file());
+  EXPECT_EQ(status.st_uid, kNobody);
+  EXPECT_EQ(status.st_gid, kForeignGroup);
+  EXPECT_EQ(status.st_mode & 07777U, 0664U);
+}
+
 TEST(FileReplacement, ReplacesWhatIsStillAsItWasRead) {
   const SettingsFolder folder;
   folder.write("a");
