@@ -69,8 +69,8 @@ class SettingsWriter {
     ports.log = std::make_shared<tidewell::FakeSystemLog>();
     const tidewell::InstalledPorts installed(ports);
     platform::SettingsKeeper::Timing timing;
-    timing.pause = std::chrono::milliseconds(0);
-    timing.arrival = timing.patience = timing.farewell = std::chrono::minutes(1);
+    timing.writePause = std::chrono::milliseconds(0);
+    timing.firstReadTimeout = timing.readTimeout = timing.finishTimeout = std::chrono::minutes(1);
     TomlDefaults defaults(file, timing);
     for (std::int64_t number = from; number <= to; ++number) {
       defaults.setInteger(key, number);

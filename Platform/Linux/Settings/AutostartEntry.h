@@ -17,7 +17,7 @@ class AutostartEntry : public tidewell::LoginItem {
 
   /// Leaves a file that is right already as it is, and replaces any other.
   std::optional<std::string> registerItem() override;
-  /// A missing file needs no removal.
+  /// Removes the file. It is no error when there is none.
   std::optional<std::string> unregisterItem() override;
 
  private:

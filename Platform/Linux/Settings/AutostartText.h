@@ -6,15 +6,16 @@
 
 namespace platform {
 
-/// The desktop file that starts `command`, which is a word made by `quotedWord` or `startingWord`.
+/// The text of the desktop file that starts `command`. `quotedWord` and `startingWord` make such a
+/// word.
 [[nodiscard]] std::string autostartText(std::string_view command);
 
 /// `word` as one word of a desktop file's `Exec`, whatever characters it contains.
 [[nodiscard]] std::string quotedWord(std::string_view word);
 
-/// The word that starts `program`. It is the program's name where every session finds the program
-/// under its name, so that the entry stays right when an update moves the program. Otherwise it is
-/// the path.
+/// The word that starts `program`. Where every session finds the program by its name, the word is
+/// that name, so that it stays right when an update moves the program. Otherwise the word is the
+/// path.
 [[nodiscard]] std::string startingWord(const std::filesystem::path& program);
 
 }  // namespace platform

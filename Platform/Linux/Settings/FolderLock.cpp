@@ -22,13 +22,13 @@ constexpr auto kCourtesy = 3 * kRetryPause;
 /// When this process last gave a lock back.
 std::atomic<SteadyClock::time_point> lastRelease{};
 
-/// Those who wait look only now and then. A process that takes the lock again at once would starve
-/// them.
+/// A waiting process looks only now and then. It would never find the lock free if this process
+/// took it again at once.
 void letOthersIn() {
   std::this_thread::sleep_until(lastRelease.load() + kCourtesy);
 }
 
-/// Never waits in the kernel, because the process that holds the lock may have been stopped.
+/// The kernel must not wait for the lock, because the process that holds it may be stopped.
 bool isLockedByAnother(int folder) {
   return flock(folder, LOCK_EX | LOCK_NB) != 0 && (errno == EWOULDBLOCK || errno == EINTR);
 }

@@ -7,22 +7,22 @@
 
 namespace platform {
 
-/// As long as it lives, it keeps other processes that use this lock from changing the files of a
-/// folder. On a file system without locks nobody holds it, and it keeps nobody off.
+/// Locks a folder, for as long as it exists, against other processes that use this lock. On a file
+/// system without locks it locks nothing.
 class FolderLock {
  public:
-  /// Waits a second at most for another holder. When the folder cannot be opened or stays locked,
-  /// `error` says so and nothing is held.
+  /// Waits for a second at most while another process holds the lock. When the folder cannot be
+  /// opened, or stays locked, `error` says so and the lock is not held.
   explicit FolderLock(const std::filesystem::path& folder);
   ~FolderLock();
   FolderLock(const FolderLock&) = delete;
   FolderLock& operator=(const FolderLock&) = delete;
 
   [[nodiscard]] const std::string& error() const { return error_; }
-  /// Whether the error is that another process holds the lock.
+  /// Whether the lock is not held because another process holds it.
   [[nodiscard]] bool isHeldByAnother() const { return isHeldByAnother_; }
 
-  /// Writes the renamed files of the folder through to the disk.
+  /// Makes the disk store the names of the folder's files, so that a renaming survives a crash.
   void synchronize() const;
 
  private:

@@ -5,8 +5,8 @@
 namespace platform {
 namespace {
 
-/// The text between two members. It is a line end and the indent where each member has a line of
-/// its own.
+/// The text between two members. Where each member has a line of its own, the text is the line end
+/// and the indent.
 std::string separator(std::string_view list, const ListMember& member) {
   const std::size_t lineEnd = list.substr(0, member.begin).rfind('\n');
   if (lineEnd == std::string_view::npos) return " ";

@@ -14,9 +14,9 @@ struct ListMember {
   std::string text;
 };
 
-/// `list`, from its first bracket to its last, without the members that are not `wanted` and with
-/// the new ones, so that the comments of the other members stay where they are. `members` is not
-/// empty. It is made for lists in the same order as `wanted`; the caller checks the result.
+/// Edits `list`, which reaches from its first bracket to its last: drops the members that are not
+/// `wanted`, adds the new ones, and keeps the comments of the others. `members` must not be empty.
+/// The result is right only when `list` has the order of `wanted`, so the caller has to check it.
 [[nodiscard]] std::string withMembers(std::string_view list, const std::vector<ListMember>& members,
                                       const std::vector<std::string>& wanted);
 

@@ -65,7 +65,8 @@ void MendedText::blankWhatIsUnreadableAlone() {
   }
 }
 
-/// The line at which reading stops; none when everything was read.
+/// Reads the text into `table_`. Returns the line at which reading stopped; nothing when everything
+/// was read.
 std::optional<std::size_t> MendedText::readAll() {
   toml::parse_result result = toml::parse(text_);
   if (!result) return result.error().source().begin.line;

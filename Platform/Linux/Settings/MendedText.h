@@ -11,8 +11,8 @@
 
 namespace platform {
 
-/// A damaged text with blanks in the place of every statement that cannot be read. The rest keeps
-/// its offsets.
+/// A TOML text in which blanks replace every statement that cannot be read. The rest keeps its
+/// offsets.
 class MendedText {
  public:
   explicit MendedText(std::string_view text);

@@ -15,14 +15,14 @@ namespace platform {
 /// A small text file that several processes, and a person with an editor, may change at any time.
 ///
 /// Every call follows symbolic links, so that it always reads or replaces the real file. No call
-/// waits for a pipe or a device in the file's place, but a disk may keep every call waiting. One
+/// waits for a pipe or a device at the file's path, but a slow disk makes every call slow. One
 /// thread at a time.
 class SettingsFile {
  public:
   /// A larger file is no settings file.
   static constexpr std::size_t kCapacity = std::size_t{1} << 20;
 
-  /// The outcome of a replacement. When it failed, `error` says why.
+  /// The outcome of a replacement. `error` says why it failed.
   struct Change {
     FileReplacement::Outcome outcome;
     std::string error;
@@ -32,7 +32,7 @@ class SettingsFile {
 
   [[nodiscard]] const std::filesystem::path& path() const { return path_; }
 
-  /// The present stamp; empty where there is no file, or none that can be examined.
+  /// The file's present stamp. Empty when there is no file or it cannot be examined.
   [[nodiscard]] FileStamp stamp() const;
 
   [[nodiscard]] RegularFile read() const;

@@ -19,13 +19,13 @@ constexpr auto kBeforeAnotherTry = std::chrono::milliseconds(50);
 
 }  // namespace
 
-/// Owned by the keeper and the thread, because either may end first.
+/// The keeper and the thread own it together, because either may end first.
 struct SettingsKeeper::State {
   State(std::filesystem::path file, Timing times)
-      : timing(times), source(std::move(file), times.settling) {}
+      : timing(times), source(std::move(file), times.settlingTime) {}
 
   const Timing timing;
-  SettingsSource source;  ///< Only the thread that serves uses it.
+  SettingsSource source;  ///< For the thread that serves.
   std::optional<SteadyClock::time_point> busySince;
 
   std::mutex mutex;  ///< Guards what follows.
@@ -54,7 +54,7 @@ struct SettingsKeeper::State {
   SteadyClock::time_point dueAfter(const SettingsSource::Saving& saving);
 };
 
-/// Returns when there is nothing to do. Whoever has new work calls it again.
+/// Returns when there is nothing to do. For new work it has to be called again.
 void SettingsKeeper::State::serve(Waiting waiting) {
   Lock lock(mutex);
   while (!isStopping) {
@@ -110,14 +110,14 @@ SteadyClock::time_point SettingsKeeper::State::dueAfter(const SettingsSource::Sa
   const SteadyClock::time_point now = SteadyClock::now();
   if (saving.state == SettingsSource::Saving::State::done) {
     busySince.reset();
-    return now + timing.pause;
+    return now + timing.writePause;
   }
   if (saving.state == SettingsSource::Saving::State::later) {
     if (!busySince) busySince = now;
-    if (isFinishing || now - *busySince < timing.retrying) return now + kBeforeAnotherTry;
+    if (isFinishing || now - *busySince < timing.retryPause) return now + kBeforeAnotherTry;
   }
   source.complainOfSaving(saving.why);
-  return now + timing.retrying;
+  return now + timing.retryPause;
 }
 
 void SettingsKeeper::State::publish() {
@@ -137,7 +137,7 @@ SettingsKeeper::~SettingsKeeper() {
   state_->isStopping = true;
   state_->changed.notify_all();
   const auto isIdle = [this] { return !state_->isServing; };
-  if (!state_->changed.wait_for(lock, timing_.patience, isIdle)) queue_.abandon();
+  if (!state_->changed.wait_for(lock, timing_.readTimeout, isIdle)) queue_.abandon();
 }
 
 std::optional<tidewell::PropertyValue> SettingsKeeper::value(std::string_view key) {
@@ -162,14 +162,15 @@ void SettingsKeeper::set(std::string_view key, tidewell::PropertyValue value) {
   sayComplaints(lock);
 }
 
-/// Does not wait for a thread that is at work already, or that does not come back.
+/// Asks the thread to look at the file, and waits. Does not wait for a thread that is busy or
+/// hangs.
 void SettingsKeeper::look(Lock& lock, Look kind) {
   const bool isAtWork = state_->isSaving || state_->looksDone < state_->looksAsked;
-  const bool isFresh = SteadyClock::now() - state_->lookedAt < timing_.freshness;
+  const bool isFresh = SteadyClock::now() - state_->lookedAt < timing_.freshFor;
   if (isAtWork || (kind == Look::recent && isFresh)) return;
   const std::uint64_t wanted = ++state_->looksAsked;
   start(lock);
-  state_->changed.wait_for(lock, wanted == 1 ? timing_.arrival : timing_.patience,
+  state_->changed.wait_for(lock, wanted == 1 ? timing_.firstReadTimeout : timing_.readTimeout,
                            [&] { return state_->looksDone >= wanted; });
 }
 
@@ -177,7 +178,7 @@ void SettingsKeeper::start(Lock& lock) {
   state_->changed.notify_all();
   if (std::exchange(state_->isServing, true)) return;
   lock.unlock();
-  // Where no thread can be started, the queue runs the work here.
+  // When no thread can be started, the queue runs the work here.
   queue_.async([state = state_, keeper = std::this_thread::get_id()] {
     const bool isHere = std::this_thread::get_id() == keeper;
     state->serve(isHere ? State::Waiting::forbidden : State::Waiting::allowed);
@@ -204,7 +205,7 @@ bool SettingsKeeper::waitForSaving(Lock& lock) {
   state_->isFinishing = true;
   state_->due = SteadyClock::now();
   start(lock);
-  const bool isSettled = state_->changed.wait_for(lock, timing_.farewell, [&] {
+  const bool isSettled = state_->changed.wait_for(lock, timing_.finishTimeout, [&] {
     return state_->pending.isEmpty() || state_->failures > failures;
   });
   state_->isFinishing = false;

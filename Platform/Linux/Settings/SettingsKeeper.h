@@ -15,38 +15,42 @@ namespace platform {
 
 /// The settings of a file. Reading and setting them never waits long for the disk.
 ///
-/// A thread of its own does all work on the file, one piece at a time. A new value counts at once,
-/// and the file follows. Values that are set in quick succession are written together, always with
-/// the last one. The keeper itself belongs to one thread.
+/// A second thread does all work on the file. A new value counts at once, before it is in the file.
+/// Values that are set in quick succession are written together; of several values for one key, the
+/// last is written. The keeper itself belongs to one thread.
 class SettingsKeeper {
  public:
   using Milliseconds = std::chrono::milliseconds;
 
   struct Timing {
-    /// The longest wait for the first look, before which nothing is known.
-    Milliseconds arrival{5000};
-    /// The longest wait for a look at the file. After it, the values of the last look count.
-    Milliseconds patience{30};
-    Milliseconds freshness{10};   ///< For so long the last look counts as a new one.
-    Milliseconds pause{300};      ///< From one write to the next.
-    Milliseconds settling{2000};  ///< For so long a file that is not whole may be half-written.
-    Milliseconds retrying{5000};  ///< From a failure to save to the next attempt.
+    /// The longest wait for the first reading of the file. Before it nothing is known.
+    Milliseconds firstReadTimeout{5000};
+    /// The longest wait for a later reading. When it is over, the values of the last one count.
+    Milliseconds readTimeout{30};
+    /// A value is taken from the last reading while that is not older.
+    Milliseconds freshFor{10};
+    /// The pause from one write to the next.
+    Milliseconds writePause{300};
+    /// A file that is not whole may be half-written, until it has not changed for this time.
+    Milliseconds settlingTime{2000};
+    /// The pause from a failed attempt to save to the next one.
+    Milliseconds retryPause{5000};
     /// The longest wait at the program's end until everything is written.
-    Milliseconds farewell{5000};
+    Milliseconds finishTimeout{5000};
   };
 
   SettingsKeeper(std::filesystem::path file, Timing timing);
-  /// Does the same as `finish`. A thread that the disk keeps waiting is left behind.
+  /// Does the same as `finish`. A second thread that still waits for the disk is left behind.
   ~SettingsKeeper();
   SettingsKeeper(const SettingsKeeper&) = delete;
   SettingsKeeper& operator=(const SettingsKeeper&) = delete;
 
-  /// The value that was set, or else the file's value; absent where there is neither.
+  /// The value that was set, or else the file's value; absent when there is neither.
   std::optional<tidewell::PropertyValue> value(std::string_view key);
   void set(std::string_view key, tidewell::PropertyValue value);
 
-  /// Waits until everything that was set is in the file, for `farewell` at most, and not at all
-  /// when the file cannot be written. What is not written by then goes to the log.
+  /// Waits until everything that was set is in the file, for `finishTimeout` at most. Does not wait
+  /// when the file cannot be written. The log tells when values were not written in time.
   void finish();
 
  private:
@@ -61,7 +65,7 @@ class SettingsKeeper {
 
   const Timing timing_;
   std::shared_ptr<State> state_;
-  /// The thread has its owner's priority, because its owner waits for it.
+  /// The thread has the priority of its owner, who waits for it.
   ThreadQueue queue_{"staylit-settings", ThreadQueue::Descriptors::own,
                      ThreadQueue::Priority::owners};
 };

@@ -20,7 +20,7 @@ struct Edited {
   bool isComplete;  ///< Whether it contains every edit.
 };
 
-/// An edit that cannot be written does not keep the others from being written.
+/// Writes all edits that can be written, even when one cannot.
 Edited withAsManyAsPossible(const std::string& text, const tidewell::PropertyDictionary& edits) {
   if (std::optional<std::string> all = withSettings(text, edits)) return {*std::move(all), true};
   Edited edited{text, false};
@@ -47,7 +47,7 @@ void SettingsSource::look() {
   stamp_ = content.stamp.isSettled() ? std::optional(content.stamp) : std::nullopt;
 }
 
-/// Whether `content` has been read and is the source of `values_`.
+/// Reads the file into `content`. True when `values_` come from this content.
 bool SettingsSource::readAfresh(RegularFile& content) {
   stamp_.reset();
   content = file_.read();
@@ -106,7 +106,7 @@ SettingsSource::Saving SettingsSource::save(PendingEdits edits) {
   return {State::later, kBeingWritten};
 }
 
-/// Absent when the file was changed meanwhile.
+/// Absent when others changed the file meanwhile.
 std::optional<SettingsSource::Saving> SettingsSource::tryToSave(PendingEdits& edits,
                                                                 const FolderLock& lock) {
   RegularFile content;

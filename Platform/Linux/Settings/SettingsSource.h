@@ -12,25 +12,24 @@
 
 namespace platform {
 
-/// Reads a settings file and writes edits into it. One thread at a time; any call may take as long
-/// as the disk does.
+/// Reads a settings file and writes edits into it. One thread at a time; a slow disk makes every
+/// call slow.
 ///
-/// Others may change the file at any time. A file that is empty, damaged or gone, although it was
-/// whole a moment ago, may be half-written by an editor. It is believed only once it has stayed the
-/// same for `settling`. Of a file that stays damaged, everything is read that can be read, and the
-/// rest stays as it is.
+/// Others may change the file at any time. When a whole file becomes empty, damaged or missing, an
+/// editor may be writing it. Such a state is believed only after it has lasted for `settling`. What
+/// can be read of a damaged file is read, and the rest stays in the file.
 class SettingsSource {
  public:
   SettingsSource(std::filesystem::path file, std::chrono::milliseconds settling);
 
   [[nodiscard]] const std::filesystem::path& path() const { return file_.path(); }
 
-  /// Whether the file was ever read, or was found to be missing.
+  /// Whether the file has ever been read, or been found missing.
   [[nodiscard]] bool isKnown() const { return accepted_.has_value(); }
   /// The values as they were last read.
   [[nodiscard]] const tidewell::PropertyDictionary& values() const { return values_; }
 
-  /// Whether a key that `values` does not have was removed from the file.
+  /// What it means when `values` lacks a key.
   [[nodiscard]] PendingEdits::Absence absence() const { return absence_; }
 
   /// Reads the file if it has changed.
@@ -39,18 +38,20 @@ class SettingsSource {
   struct Saving {
     enum class State { done, later, failed };
     State state;
-    std::string why;  ///< Why it failed; empty when it is done.
+    std::string why;  ///< Why saving is not done; empty when it is.
   };
 
-  /// Reads the file afresh, and writes into it those of the `edits` that nobody has overruled
-  /// there. `failed` when one of them cannot be written, even if the others are. `later` when
-  /// another process holds the folder or seems to be writing.
+  /// Reads the file afresh and writes the `edits` into it, except those whose keys others have
+  /// changed in the file. The state is `failed` when one of the edits cannot be written, even if
+  /// the others were written. It is `later` when another process holds the folder or seems to be
+  /// writing.
   Saving save(PendingEdits edits);
 
-  /// Says once why saving does not succeed, and says it again only after saving succeeded.
+  /// Adds a complaint that says why saving fails. The same complaint is added again only after
+  /// saving has succeeded.
   void complainOfSaving(const std::string& why);
 
-  /// The texts that users must know and have not been told yet.
+  /// Hands over the complaints that users must read and have not been told yet.
   std::vector<std::string> takeComplaints();
 
  private:
@@ -66,7 +67,7 @@ class SettingsSource {
   std::optional<std::string> accepted_;  ///< The text from which `values_` comes.
   tidewell::PropertyDictionary values_;
   PendingEdits::Absence absence_ = PendingEdits::Absence::counts;
-  /// The stamp of that text's file, once a further change would give another stamp.
+  /// The stamp of the file with that text; absent while a further change might give the same stamp.
   std::optional<FileStamp> stamp_;
   std::optional<std::string> doubtful_;  ///< The last text that was not believed.
   std::chrono::steady_clock::time_point doubtfulSince_;

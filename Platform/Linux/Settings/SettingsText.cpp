@@ -16,7 +16,7 @@
 namespace platform {
 namespace {
 
-/// The values are compared as text, because there a "nan" equals another.
+/// Compares the values as texts, because only as texts two "nan" are equal.
 bool says(const std::string& text, const std::string& wanted) {
   return canonical(MendedText(text).table()) == wanted;
 }
@@ -24,7 +24,7 @@ bool says(const std::string& text, const std::string& wanted) {
 /// Finds the edits that bring changes into a text and leave the rest as it stands.
 class Editor {
  public:
-  /// The ways to do it, the most careful one first.
+  /// One of the ways to make the changes. `kWays` begins with the most careful one.
   struct Way {
     int placeOfLines;  ///< Where new keys go: see `placesForLine`.
     bool keepsLists;   ///< Whether comments within lists stay.
@@ -77,7 +77,7 @@ class Editor {
     return offsets_.of(position.line, position.column);
   }
 
-  /// The edited list with its comments; none when it has no comments.
+  /// The edited list with its comments. Absent for a list without comments.
   std::optional<std::string> editedList(const toml::node& node, std::size_t begin, std::size_t end,
                                         const tidewell::PropertyValue& value) {
     const auto* wanted = std::get_if<std::vector<std::string>>(&value);
@@ -94,8 +94,8 @@ class Editor {
     return withMembers(list, members, *wanted);
   }
 
-  /// Makes a damaged line of the key a comment. So the user's text is not lost, and the key does
-  /// not stand there twice.
+  /// Makes each damaged line of `key` a comment. This keeps the user's text, and leaves only one
+  /// line with the key.
   void disable(const std::string& key, std::vector<TextEdit>& edits) const {
     for (const TomlStatement& statement : mended_.unread()) {
       const std::size_t length = statement.key - statement.begin;
@@ -195,9 +195,9 @@ std::optional<std::string> withSettings(std::string_view text,
     if (says(edit, wantedText)) return edit;
     former = std::move(edit);
   }
-  // What cannot be read would be lost.
+  // A rewritten text would lose the parts that cannot be read.
   if (!mended.damage().empty()) return std::nullopt;
-  // This happens so rarely that losing the layout is better than a setting that cannot be changed.
+  // This is rare. Losing the layout is better than not changing the setting.
   for (std::string rewritten : {formatted(wanted), wantedText}) {
     if (says(rewritten, wantedText)) return rewritten;
   }

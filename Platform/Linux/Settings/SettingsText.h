@@ -16,14 +16,14 @@ struct SettingsValues {
   std::string damage;
 };
 
-/// Reads TOML. From a damaged text it reads every statement that is sound by itself. Of a key that
-/// stands there twice, it reads the first. It reports failures only in `damage`.
+/// Reads TOML. From a damaged text it reads every statement that is sound by itself. When a key has
+/// two values, the first counts. Failures are reported only in `damage`.
 [[nodiscard]] SettingsValues parseSettings(std::string_view text);
 
-/// `text` with `changes`. Everything else stays as it is: other keys, tables, comments, blank
+/// Puts `changes` into `text`. Everything else stays as it is: other keys, tables, comments, blank
 /// lines, line ends, and what cannot be read. A damaged line of a changed key becomes a comment.
-/// Where the odd form of a present value does not allow this, the values survive but the comments
-/// do not. Absent when a change has no type, or when no such text keeps what is damaged.
+/// When an unusual form of the present value does not allow this, the values are kept but the
+/// comments are not. Absent when a change has no type, or when the damaged parts could not be kept.
 [[nodiscard]] std::optional<std::string> withSettings(std::string_view text,
                                                       const tidewell::PropertyDictionary& changes);
 

@@ -15,14 +15,14 @@ inline constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 /// The line end of the first line of `text`: "\n" or "\r\n".
 [[nodiscard]] std::string_view lineEnd(std::string_view text);
 
-/// Converts lines and columns of a text to offsets. Both are counted from 1; columns count code
-/// points, and a byte order mark counts for none. It is quick for positions that follow each other.
-/// The text must outlive it.
+/// Converts the lines and columns of a text to offsets. Lines and columns begin at 1. Columns count
+/// code points, without a byte order mark. Asking for positions in ascending order is quick. The
+/// text must outlive the object.
 class TextOffsets {
  public:
   explicit TextOffsets(std::string_view text);
 
-  /// The offset in bytes; the end of the text for a position behind it.
+  /// The offset in bytes. A position after the end of the text gives the end.
   std::size_t of(std::size_t line, std::size_t column);
 
  private:

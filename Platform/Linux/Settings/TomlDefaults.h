@@ -15,9 +15,9 @@ namespace platform {
 ///
 /// Every reading of a setting looks at the file first, and reads it again when it has changed. A
 /// write changes only its key, under a lock and in one step, so that neither other processes nor
-/// people with an editor lose anything, and comments stay. Of a damaged file, everything counts
-/// that can be read. Each failure is logged once. A value that cannot be saved counts until the
-/// process ends, and is saved as soon as that is possible.
+/// people with an editor lose anything, and comments stay. Whatever can be read of a damaged file
+/// counts. Each failure is logged once. A value that cannot be saved counts until the process ends,
+/// and is saved as soon as that is possible.
 class TomlDefaults : public tidewell::Defaults {
  public:
   /// `$XDG_CONFIG_HOME/staylit/settings.toml`, or the same below `~/.config` when that variable is

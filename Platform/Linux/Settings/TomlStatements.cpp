@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::size_t kNone = std::string_view::npos;
 
-/// Walks over the text once. It never looks a second time for something that it did not find.
+/// Walks over the text once. It never searches again for something that it did not find.
 class Splitter {
  public:
   explicit Splitter(std::string_view text) : text_(text) {}
@@ -119,7 +119,8 @@ class Splitter {
     return rest == lineEnd(rest) || text_[rest] == '#' || text_[rest] == '\r';
   }
 
-  /// The place after the text whose first quote is at `at`; none when a long text is never closed.
+  /// The place after the text whose first quote is at `at`; `kNone` when a long text is never
+  /// closed.
   std::size_t afterText(std::size_t at) {
     const char quote = text_[at];
     const std::array<char, 3> three = {quote, quote, quote};
@@ -146,7 +147,7 @@ class Splitter {
     return kNone;
   }
 
-  /// The place after a text of one line; none when the text is not closed in that line.
+  /// The place after a text of one line; `kNone` when the text is not closed in that line.
   [[nodiscard]] std::size_t afterShortText(std::size_t at) const {
     const char quote = text_[at];
     for (++at; at < text_.size() && text_[at] != '\n'; ++at) {

@@ -6,21 +6,22 @@
 
 namespace platform {
 
-/// A piece of a TOML text that can be read by itself: whole lines, with the line end of the last
-/// one.
+/// A piece of a TOML text that can be read by itself. It consists of whole lines with their line
+/// ends.
 struct TomlStatement {
   enum class Kind { comment, header, value };
 
   Kind kind;
   std::size_t begin;
   std::size_t end;
-  std::size_t line;  ///< The line of its beginning, counted from 1.
-  std::size_t key;   ///< Where the key of a value ends; `begin` where there seems to be no key.
+  std::size_t line;  ///< The number of its first line, counted from 1.
+  std::size_t
+      key;  ///< Where the key of a value ends; equal to `begin` when there seems to be no key.
 };
 
-/// All statements of `text` in their order. Every line that is not blank belongs to one. In a sound
-/// text each statement is sound. In a damaged text, a list or text that is never closed ends where
-/// the next statement seems to begin, so that the damage stays in its place. The time is
+/// All statements of `text` in their order. Every line that is not blank belongs to one of them. In
+/// a sound text each statement is sound. In a damaged text, a list or text that is never closed
+/// ends where the next statement seems to begin, so that the damage does not spread. The time is
 /// proportional to the length of `text`.
 [[nodiscard]] std::vector<TomlStatement> tomlStatements(std::string_view text);
 

@@ -15,13 +15,15 @@ namespace platform {
 /// The setting in `node`; `std::monostate` for a type that no setting has.
 [[nodiscard]] tidewell::PropertyValue valueOf(const toml::node& node);
 
-/// All values, one in each line, in one form, whatever the form of the text from which they come.
+/// Writes all values, one in each line. The result depends only on the values, not on the form of
+/// the text from which they come.
 [[nodiscard]] std::string canonical(const toml::table& table);
 
-/// This is the library's own style. It looks better, but it does not survive every key.
+/// Writes the table in the library's own style. That looks better, but fails with some keys.
 [[nodiscard]] std::string formatted(const toml::table& table);
 
-/// A table with a header of its own, or one that dotted keys make, has no single place in the text.
+/// Whether the value stands in one place of the text. Tables with headers, and tables that dotted
+/// keys make, do not.
 [[nodiscard]] bool hasOnePlace(const toml::node& node);
 
 }  // namespace platform

@@ -24,7 +24,7 @@ using tidewell::PropertyValue;
 TEST(SettingsKeeper, WritesManyValuesThatFollowEachOtherAFewTimes) {
   const SettingsFolder folder;
   SettingsKeeper::Timing timing = SettingsFolder::patient();
-  timing.pause = std::chrono::hours(1);
+  timing.writePause = std::chrono::hours(1);
   SettingsKeeper keeper(folder.file(), timing);
   keeper.set("grace", integer(1));
   keeper.finish();
@@ -50,7 +50,7 @@ TEST(SettingsKeeper, WritesTheLastValueByItself) {
 TEST(SettingsKeeper, WritesEverythingBeforeItGoes) {
   const SettingsFolder folder;
   SettingsKeeper::Timing timing = SettingsFolder::patient();
-  timing.pause = std::chrono::hours(1);
+  timing.writePause = std::chrono::hours(1);
   {
     SettingsKeeper keeper(folder.file(), timing);
     for (int step = 1; step <= 60; ++step)

@@ -68,7 +68,7 @@ TEST(TomlDefaultsTrouble, TurnsTheDamagedLineOfAChangedKeyIntoAComment) {
 /// A store that thinks for an hour that what is not whole may become so.
 SettingsKeeper::Timing trusting() {
   SettingsKeeper::Timing timing = SettingsFolder::patient();
-  timing.settling = std::chrono::hours(1);
+  timing.settlingTime = std::chrono::hours(1);
   return timing;
 }
 
@@ -93,8 +93,8 @@ TEST(TomlDefaultsTrouble, DoesNotSaveIntoAFileThatIsHalfWritten) {
   const SettingsFolder folder;
   folder.write("graceSeconds = 30\nverbose = true\n");
   SettingsKeeper::Timing timing = trusting();
-  timing.farewell = std::chrono::milliseconds(100);
-  timing.retrying = std::chrono::hours(1);
+  timing.finishTimeout = std::chrono::milliseconds(100);
+  timing.retryPause = std::chrono::hours(1);
   TomlDefaults defaults(folder.file(), timing);
   EXPECT_EQ(defaults.integer("graceSeconds"), 30);
   folder.writeJustNow("");
@@ -184,7 +184,7 @@ TEST(TomlDefaultsTrouble, LetsALaterEditByHandOverruleWhatCouldNotBeSaved) {
   const SettingsFolder folder;
   folder.write("a = 1\nb = 1\n");
   SettingsKeeper::Timing timing = SettingsFolder::patient();
-  timing.retrying = std::chrono::hours(1);
+  timing.retryPause = std::chrono::hours(1);
   TomlDefaults defaults(folder.file(), timing);
   EXPECT_EQ(defaults.integer("a"), 1);
   std::filesystem::remove(folder.file());
