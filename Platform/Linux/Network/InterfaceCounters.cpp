@@ -30,7 +30,7 @@ std::optional<std::uint64_t> column(std::string_view columns, int index) {
   return tidewell::cutWholeNumber<std::uint64_t>(columns);
 }
 
-/// What a line counts; the two lines of headings have no colon.
+/// The sum of a line's two counters; 0 for the two lines of headings, which have no colon.
 std::uint64_t lineSum(std::string_view line) {
   const std::size_t colon = line.rfind(':');
   if (colon == std::string_view::npos) return 0;
@@ -56,7 +56,7 @@ std::optional<std::uint64_t> InterfaceCounters::sum() {
 }
 
 std::string_view InterfaceCounters::readText() {
-  // The kernel gives a page at a time, however much is asked for.
+  // The kernel gives a page at a time, even when more is asked for.
   for (std::size_t used = 0;;) {
     if (used == text_.size()) {
       if (used >= kMostCapacity) return {};

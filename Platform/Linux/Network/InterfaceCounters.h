@@ -9,10 +9,11 @@
 
 namespace platform {
 
-/// How many bytes all network interfaces together, the loopback one included, have moved.
+/// Counts the bytes that all network interfaces together have moved, including the loopback
+/// interface.
 ///
-/// Reads a file of the form of `/proc/net/dev`, which it keeps open: that costs a tenth of listing
-/// a desktop's sockets, and unlike the question by netlink it waits for no lock that whoever
+/// Reads a file of the form of `/proc/net/dev`, which it keeps open. That costs a tenth of listing
+/// a desktop's sockets. A question by netlink would have to wait for a lock, which a program that
 /// configures an interface may hold for seconds.
 class InterfaceCounters {
  public:
@@ -25,7 +26,7 @@ class InterfaceCounters {
   std::string_view readText();
 
   Descriptor file_;
-  std::string text_;  ///< As long as what was last read needs.
+  std::string text_;  ///< Has the size that the last reading needed.
 };
 
 }  // namespace platform

@@ -16,7 +16,7 @@ constexpr std::size_t kBufferBytes = std::size_t{4} << 10;
 }  // namespace
 
 bool visitNumberedEntries(int directory, const std::function<bool(std::int32_t number)>& visit) {
-  // The library's own reader takes 32 KiB from the heap for each directory.
+  // `readdir` would take 32 KiB from the heap for each directory.
   std::array<std::byte, kBufferBytes> buffer;
   for (;;) {
     const ssize_t count = getdents64(directory, buffer.data(), buffer.size());

@@ -18,7 +18,7 @@ bool OwnerProcesses::stillLives(OwnerProcess& process) {
 
 const OwnerProcess* OwnerProcesses::add(std::int32_t pid) {
   if (const OwnerProcess* known = find(pid)) return known;
-  // In this order: what the process does in between shows as time used.
+  // The CPU time is read first, so that work between the two readings shows as time used.
   const auto cpuTime = holders_.cpuTime(pid);
   const auto startTime = holders_.startTime(pid);
   if (!startTime) return nullptr;

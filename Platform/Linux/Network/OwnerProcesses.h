@@ -13,29 +13,29 @@ namespace platform {
 struct OwnerProcess {
   std::int32_t pid = 0;
   std::uint64_t startTime = 0;
-  std::optional<std::uint64_t> cpuTime;  ///< As of the last look.
+  std::optional<std::uint64_t> cpuTime;  ///< At the last look.
 };
 
-/// The living processes among those that ever owned a socket.
+/// The processes that have owned a socket and still live.
 ///
-/// Holds as many entries as there are such processes and no dead ones after `refresh`. A process
-/// is looked at again only if it ran: one that did not run is the one it was.
-/// One thread at a time; `holders` must outlive it.
+/// After `refresh` it holds only living processes. `refresh` looks closer at a process only if it
+/// ran, because a process that did not run is still the same. One thread at a time; `holders` must
+/// outlive it.
 class OwnerProcesses {
  public:
   explicit OwnerProcesses(SocketHolders& holders) : holders_(holders) {}
 
-  /// Forgets those that have ended, also where another process has the identifier now.
+  /// Forgets the processes that have ended, even if another process has the identifier now.
   void refresh();
 
-  /// The process that has this identifier now, added where need be; null when there is none.
-  /// Valid until the next call of `refresh` or `add`.
+  /// The process that has this identifier now, which is added if it is missing; null when there is
+  /// no such process. Valid until the next call of `refresh` or `add`.
   const OwnerProcess* add(std::int32_t pid);
 
   [[nodiscard]] bool contains(std::int32_t pid) const { return find(pid) != nullptr; }
   [[nodiscard]] bool isAlive(std::int32_t pid, std::uint64_t startTime) const;
 
-  /// Ascending by identifier.
+  /// In ascending order of the identifier.
   [[nodiscard]] std::span<const OwnerProcess> all() const { return processes_; }
 
  private:

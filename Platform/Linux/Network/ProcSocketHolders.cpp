@@ -20,7 +20,7 @@ std::string pathOf(std::int32_t pid, std::string_view leaf) {
   return std::to_string(pid).append(leaf);
 }
 
-/// The number out of a link of the form "socket:[123]".
+/// The number in a link of the form "socket:[123]".
 std::optional<std::uint32_t> socketInode(std::string_view link) {
   constexpr std::string_view kPrefix = "socket:[";
   if (!link.starts_with(kPrefix) || !link.ends_with(']')) return std::nullopt;

@@ -9,8 +9,8 @@
 
 namespace platform {
 
-/// The processes as `/proc` shows them, each one's CPU time as its CPU clock does. A process whose
-/// `fd` folder may not be read is refused.
+/// Reads the processes from `/proc`, and the CPU time of each from its CPU clock. A process whose
+/// `fd` folder may not be read counts as refused.
 class ProcSocketHolders : public SocketHolders {
  public:
   /// Reads below `root`, a folder that is laid out like `/proc`.

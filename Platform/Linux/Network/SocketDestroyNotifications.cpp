@@ -14,10 +14,10 @@
 namespace platform {
 namespace {
 
-/// Announcements answer no question.
+/// Announcements answer no request.
 constexpr std::uint32_t kNoSequence = 0;
 constexpr std::size_t kAnnouncementBytes = 4096;
-/// No more are taken at once, however fast they come.
+/// One call takes at most so many, however fast they come.
 constexpr int kMostAtOnce = 10'000;
 
 constexpr unsigned group(sknetlink_groups number) {
@@ -51,7 +51,7 @@ void SocketDestroyNotifications::take(std::vector<SocketRecord>& sockets) {
                                    reinterpret_cast<sockaddr*>(&sender), &senderLength);
     if (count < 0 && (errno == EINTR || errno == ENOBUFS)) continue;
     if (count <= 0) return;
-    // Any process may send to a netlink socket; only the kernel announces.
+    // Any process may send to a netlink socket, but only the kernel's messages are announcements.
     if (sender.nl_pid != 0) continue;
     SocketListReader(kNoSequence, sockets)
         .read(std::span(buffer).first(static_cast<std::size_t>(count)));

@@ -5,11 +5,12 @@
 
 namespace platform {
 
-/// The kernel's announcements of destroyed TCP sockets, IPv4 and IPv6 (`SKNLGRP_INET_TCP_DESTROY`
-/// and its sibling; sock_diag(7), Linux 4.8). Needs no privilege and wakes nobody: the
-/// announcements wait in the socket's buffer. When more come than it holds, the rest are lost.
+/// Receives the kernel's announcements of destroyed TCP sockets, IPv4 and IPv6
+/// (`SKNLGRP_INET_TCP_DESTROY` and `SKNLGRP_INET6_TCP_DESTROY`; sock_diag(7), Linux 4.8). This
+/// needs no privilege and wakes nobody, because the announcements wait in the socket's buffer.
+/// Those that do not fit into the buffer are lost.
 ///
-/// Tells of none where the kernel, or a sandbox, has no such announcements.
+/// When the kernel or a sandbox offers no announcements, there are none to take.
 class SocketDestroyNotifications : public ClosedSockets {
  public:
   SocketDestroyNotifications();

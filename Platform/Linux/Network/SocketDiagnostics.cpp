@@ -27,8 +27,8 @@ constexpr std::size_t kListingBytes = std::size_t{16} << 10;
 constexpr timeval kReceiveTimeout{1, 0};
 constexpr auto kListingTimeout = 5s;
 
-// Those in which a socket may have moved data of a process: a listening one has none, a waiting or
-// a requested one no counters.
+// The states in which a socket may have moved a process's data. Listening sockets move none, and
+// sockets in TIME_WAIT or with a half-open connection have no counters.
 constexpr std::uint32_t kStates = 1U << TCP_ESTABLISHED | 1U << TCP_SYN_SENT | 1U << TCP_FIN_WAIT1 |
                                   1U << TCP_FIN_WAIT2 | 1U << TCP_CLOSE_WAIT | 1U << TCP_LAST_ACK |
                                   1U << TCP_CLOSING;
@@ -38,7 +38,7 @@ struct Request {
   inet_diag_req query;
 };
 
-/// The older of the two forms of the question: the newer takes one address family only, so that
+/// Uses the older of the two forms of the request. The newer one takes only one address family, so
 /// the whole table would be walked twice.
 Request listingRequest() {
   Request request{};
@@ -76,7 +76,7 @@ using Buffer = std::array<std::byte, kListingBytes>;
 
 enum class Received { datagram, nothing, retry };
 
-/// Receives one datagram; `length` is what of it lies in `buffer`.
+/// Receives one datagram. `length` is the size of the part that lies in `buffer`.
 Received receive(const Descriptor& socket, Buffer& buffer, std::size_t& length,
                  SocketListReader& reader) {
   sockaddr_nl sender{};
@@ -93,7 +93,7 @@ Received receive(const Descriptor& socket, Buffer& buffer, std::size_t& length,
   }
   if (count <= 0) return Received::nothing;
   if ((message.msg_flags & MSG_TRUNC) != 0) reader.lostSome();
-  // Any process may send to a netlink socket; only what the kernel sends is an answer.
+  // Any process may send to a netlink socket, but only the kernel's messages are answers.
   if (sender.nl_pid != 0) return Received::retry;
   length = static_cast<std::size_t>(count);
   return Received::datagram;

@@ -6,10 +6,11 @@
 
 namespace platform {
 
-/// Asks the kernel for the TCP sockets of this network namespace, IPv4 and IPv6 in one walk of its
-/// table. Needs no privilege. UDP is left out: the kernel counts no bytes per UDP socket.
+/// Asks the kernel for the TCP sockets of this network namespace. One walk of the kernel's table
+/// lists IPv4 and IPv6. Needs no privilege. UDP is left out, because the kernel counts no bytes of
+/// UDP sockets.
 ///
-/// Fails where the kernel was built without such listings or a sandbox refuses the question.
+/// Fails when the kernel was built without such listings, or when a sandbox refuses the request.
 class SocketDiagnostics : public SocketSource {
  public:
   Listing list(std::vector<SocketRecord>& sockets) override;

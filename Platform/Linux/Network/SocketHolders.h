@@ -7,8 +7,8 @@
 
 namespace platform {
 
-/// The machine's processes, as far as it matters whose a socket is. One thread at a time. A
-/// process that is gone is data, not an error.
+/// Tells which processes hold which sockets. One thread at a time. A process that is gone is data,
+/// not an error.
 class SocketHolders {
  public:
   enum class Search { complete, stopped, refused };
@@ -18,12 +18,12 @@ class SocketHolders {
   /// Replaces `pids` with the identifiers of all processes, in any order.
   virtual void listPids(std::vector<std::int32_t>& pids) = 0;
 
-  /// A number that changes whenever the process runs. Absent when the process is gone or the
-  /// system does not tell.
+  /// A number that changes whenever the process runs. Absent when the process is gone or the system
+  /// does not tell the number.
   virtual std::optional<std::uint64_t> cpuTime(std::int32_t pid) = 0;
 
-  /// What tells a process from a later one with the same identifier. Absent when the process has
-  /// ended.
+  /// A number that differs between a process and a later one with the same identifier. Absent when
+  /// the process has ended.
   virtual std::optional<std::uint64_t> startTime(std::int32_t pid) = 0;
 
   /// Calls `visit` with the inode of each socket that the process holds open, until it returns

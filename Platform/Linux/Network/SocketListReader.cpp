@@ -16,7 +16,7 @@ namespace {
 
 using Bytes = std::span<const std::byte>;
 
-/// A structure off the front of `bytes`, which need not be aligned for it.
+/// Reads a structure from the front of `bytes`, which may be unaligned.
 template <typename Structure>
 std::optional<Structure> front(Bytes bytes) {
   if (bytes.size() < sizeof(Structure)) return std::nullopt;
@@ -25,12 +25,12 @@ std::optional<Structure> front(Bytes bytes) {
   return structure;
 }
 
-/// What follows an item of `length` bytes, each item beginning at a multiple of four.
+/// The bytes after an item of `length` bytes. Each item begins at a multiple of four.
 Bytes after(Bytes bytes, std::size_t length) {
   return bytes.subspan(std::min(bytes.size(), (length + 3) & ~std::size_t{3}));
 }
 
-/// The counters, zero where the kernel's structure is older and shorter than ours.
+/// Reads the counters. Those that the shorter structure of an older kernel lacks are 0.
 tcp_info counters(Bytes payload) {
   tcp_info info{};
   std::memcpy(&info, payload.data(), std::min(payload.size(), sizeof info));
@@ -83,7 +83,7 @@ SocketListReader::State SocketListReader::readMessage(const nlmsghdr& header, By
 }
 
 SocketListReader::State SocketListReader::readEnd(Bytes payload) {
-  // Both kinds of end begin with a status: not negative, or a negative error number.
+  // Both kinds of end begin with a status. It is negative only for an error.
   const int status = front<int>(payload).value_or(0);
   if (status >= 0) return State::finished;
   errorNumber_ = status == INT32_MIN ? EPROTO : -status;
@@ -94,13 +94,14 @@ void SocketListReader::readSocket(Bytes payload) {
   const auto socket = front<inet_diag_msg>(payload);
   if (!socket) return lostSome();
   const auto info = countersAmong(after(payload, sizeof(inet_diag_msg)));
-  // What is left of a closed socket for a while has its cookie, but counts nothing any more.
+  // The remains of a closed socket still have its cookie, but no counters.
   if (!info) return;
   SocketRecord record;
   record.cookie = std::uint64_t{socket->id.idiag_cookie[1]} << 32 | socket->id.idiag_cookie[0];
   record.inode = socket->idiag_inode;
   record.uid = socket->idiag_uid;
-  // What waits to be read comes in bursts, as the buffer fills; what was read is the work.
+  // Only what the program has read counts, because unread bytes come in bursts that fill the
+  // buffer.
   const std::uint64_t unread =
       std::min<std::uint64_t>(socket->idiag_rqueue, info->tcpi_bytes_received);
   record.bytesReceived = info->tcpi_bytes_received - unread;

@@ -11,25 +11,25 @@ struct nlmsghdr;
 
 namespace platform {
 
-/// Reads the messages in which the kernel tells of sockets: the answers to a listing, and the
-/// announcements of closed ones.
+/// Reads the kernel's messages about sockets: the answers to a listing request, and the
+/// announcements of closed sockets.
 ///
-/// Made for one listing or announcement; appends what it finds to `sockets`, which must outlive it.
-/// Messages that are cut off or of no known form are skipped and leave the coverage partial;
-/// nothing outside the given bytes is read, whatever lengths they claim.
+/// A reader serves one listing or announcement. It appends the sockets to `sockets`, which must
+/// outlive the reader. Messages that are cut off or have an unknown form are skipped, and make the
+/// coverage partial. Nothing outside the given bytes is read, whatever lengths the messages claim.
 class SocketListReader {
  public:
   enum class State { more, finished, failed };
 
-  /// `sequence` is the number of the request, 0 for announcements; answers to others are not looked
-  /// at.
+  /// `sequence` is the number of the request, or 0 for announcements. Messages with another number
+  /// are not looked at.
   SocketListReader(std::uint32_t sequence, std::vector<SocketRecord>& sockets);
 
-  /// Reads one datagram of any number of messages. Nothing is to be read after the first state
-  /// other than `more`.
+  /// Reads one datagram, which may have any number of messages. After a state other than `more`,
+  /// `read` must not be called again.
   State read(std::span<const std::byte> datagram);
 
-  /// Says that something was lost on the way.
+  /// Notes that messages were lost before they could be read.
   void lostSome() { coverage_ = Coverage::partial; }
 
   [[nodiscard]] Coverage coverage() const { return coverage_; }

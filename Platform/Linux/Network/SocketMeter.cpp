@@ -27,7 +27,7 @@ SocketMeter::Parts machineParts(tidewell::AccountDirectory* accounts) {
   return parts;
 }
 
-/// Ascending by cookie, each once, with the higher counts where it came twice.
+/// Sorts by cookie. Of a socket that was listed twice, one record stays, with the higher counts.
 void putInOrder(std::vector<SocketRecord>& sockets) {
   std::ranges::sort(sockets, {}, &SocketRecord::cookie);
   std::size_t kept = 0;
@@ -55,8 +55,9 @@ SocketMeter::SocketMeter(Parts parts)
       totals_(parts_.accounts) {}
 
 tidewell::NetworkMeasurement SocketMeter::measure(tidewell::Cancellation& /*cancellation*/) {
-  // First, since owners of what has closed are forgotten once a listing lacks it. The kernel tells
-  // of an end a while after the last byte, so also while nothing moves.
+  // Closed sockets are counted first, because their owners are forgotten once a listing lacks them.
+  // The kernel announces an end a while after the last byte, so they are counted even while nothing
+  // moves.
   countClosed();
   const auto interfaceSum = parts_.interfaces->sum();
   if (!interfaceSum || interfaceSum != interfaceSum_ || hasUnread_) {
@@ -73,8 +74,8 @@ tidewell::NetworkMeasurement SocketMeter::failed(int errorNumber) {
   interfaceSum_.reset();
   if (!std::exchange(hasFailed_, true))
     return {std::nullopt, "cannot list sockets: " + std::generic_category().message(errorNumber)};
-  // The caller logs every failure. From the second on it gets what was known, less the processes
-  // that have ended since.
+  // The caller logs every failure, so only the first one is reported. Later ones give the known
+  // totals without those of ended processes.
   processes_.refresh();
   totals_.keepOnly(processes_.all());
   return measured();

@@ -19,16 +19,19 @@
 
 namespace platform {
 
-/// Counts each process's network bytes by the kernel's table of TCP sockets.
+/// Counts the network bytes of each process, from the kernel's table of TCP sockets.
 ///
-/// A measurement reads the table on the caller's thread, about a millisecond for hundreds of
-/// sockets, and is never cancelled. It has a total for each account of which a process was ever
-/// seen with a socket, under the account's identifier, and one for each such living process that
-/// has no account. While no interface moves a byte, the last totals are handed out again. Where the
-/// table cannot be read, a measurement fails once; from then on the last totals, which are empty
-/// where none were ever made, are handed out until the table can be read again. A table that was
-/// read in part adds to what was known. UDP, sockets of other network namespaces and, for anyone
-/// but root, other users' sockets are not seen.
+/// A measurement reads the table on the caller's thread, which takes about a millisecond for
+/// hundreds of sockets. It is never cancelled.
+///
+/// It has one total for each account of a process that was ever seen with a socket, under the
+/// account's identifier, and one for each such living process without an account. While no
+/// interface moves a byte, it hands out the last totals again.
+///
+/// When the table cannot be read, the first measurement fails. The following ones hand out the last
+/// totals (none if there never were any) until the table can be read again. A table that was read
+/// in part adds to the totals. UDP and sockets of other network namespaces are not seen; neither
+/// are other users' sockets, except by root.
 class SocketMeter : public tidewell::NetworkMeter {
  public:
   /// What the meter builds on, replaceable by tests.
@@ -37,18 +40,20 @@ class SocketMeter : public tidewell::NetworkMeter {
     std::unique_ptr<SocketHolders> holders;
     std::unique_ptr<InterfaceCounters> interfaces;
     std::function<SocketOwners::Time()> now;
-    std::unique_ptr<ClosedSockets> closed = nullptr;  ///< May be null, like the rest here.
-    std::optional<std::uint32_t> onlyUid = {};        ///< As `SocketOwners` takes it.
-    tidewell::AccountDirectory* accounts = nullptr;   ///< Outlives the meter.
+    std::unique_ptr<ClosedSockets> closed =
+        nullptr;                                ///< This and the next two may be null or absent.
+    std::optional<std::uint32_t> onlyUid = {};  ///< As `SocketOwners` takes it.
+    tidewell::AccountDirectory* accounts = nullptr;  ///< Outlives the meter.
   };
 
-  /// On the machine's own tables.
+  /// Uses the machine's own tables.
   explicit SocketMeter(tidewell::AccountDirectory* accounts = nullptr);
   explicit SocketMeter(Parts parts);
 
   tidewell::NetworkMeasurement measure(tidewell::Cancellation& cancellation) override;
 
-  /// What the last measurement found, received and sent bytes apart, ascending by identifier.
+  /// The totals of the last measurement, with received and sent bytes apart, in ascending order of
+  /// the identifier.
   [[nodiscard]] std::span<const SocketTotals::Total> totals() const { return totals_.all(); }
 
  private:
@@ -63,7 +68,7 @@ class SocketMeter : public tidewell::NetworkMeter {
   SocketTotals totals_;
   std::vector<SocketRecord> sockets_;
   std::vector<SocketRecord> closed_;
-  std::optional<std::uint64_t> interfaceSum_;  ///< As of the last complete listing.
+  std::optional<std::uint64_t> interfaceSum_;  ///< At the last complete listing.
   bool hasUnread_ = false;  ///< Whether programs can go on reading while nothing arrives.
   bool hasFailed_ = false;
 };

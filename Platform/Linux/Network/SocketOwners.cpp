@@ -41,7 +41,7 @@ void SocketOwners::collectWanted(std::span<const SocketRecord> sockets, Time now
   known_.visitListed([&](std::size_t index, Known& socket) {
     forgetDeadOwner(sockets[index], socket);
     if (socket.owner.pid != 0 || !mayBeFound(sockets[index])) return;
-    // One that is not due is looked for on the way, since the search passes for it as well.
+    // A socket that is not due is looked for too, because that costs nothing more during a search.
     const bool isDue = now >= socket.nextSearch;
     if (isDue) ++dueCount_;
     wanted_.push_back({sockets[index].inode, isDue, false, &socket});
@@ -54,7 +54,7 @@ bool SocketOwners::mayBeFound(const SocketRecord& socket) const {
 }
 
 void SocketOwners::forgetDeadOwner(const SocketRecord& record, Known& socket) const {
-  // What nobody holds carries the last of what its owner sent.
+  // A socket that nobody holds still carries the last bytes that its owner sent.
   if (record.inode == 0) return;
   if (socket.owner.pid == 0 || processes_.isAlive(socket.owner.pid, socket.owner.startTime)) return;
   socket = {};
@@ -62,7 +62,7 @@ void SocketOwners::forgetDeadOwner(const SocketRecord& record, Known& socket) co
 
 void SocketOwners::search() {
   history_.findCandidates(candidates_);
-  // Most new sockets are of a process that has some already.
+  // Most new sockets belong to a process that owns other sockets.
   searchCandidates(true);
   searchCandidates(false);
 }
@@ -98,7 +98,8 @@ void SocketOwners::assign(std::uint32_t inode, std::int32_t pid) {
 void SocketOwners::postponeMissing(Time now) {
   for (const Wanted& wanted : wanted_) {
     if (wanted.isFound || !wanted.isDue) continue;
-    // A process has a number for a socket a moment after the socket is there.
+    // A process gets its descriptor for a socket a moment after the socket appears, so the first
+    // retry comes at once.
     wanted.socket->nextSearch = wanted.socket->wasMissed ? now + kRetryInterval : now;
     wanted.socket->wasMissed = true;
   }

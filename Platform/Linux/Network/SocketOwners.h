@@ -16,34 +16,37 @@
 
 namespace platform {
 
-/// The process that a socket belongs to; `pid` is 0 while nobody is known to.
+/// The process that a socket belongs to. `pid` is 0 while no such process is known.
 struct SocketOwner {
   std::int32_t pid = 0;
   std::uint64_t startTime = 0;
 };
 
-/// Finds out whose a socket is, and remembers it for as long as socket and process live.
+/// Finds out which process owns a socket, and remembers it as long as the socket and the process
+/// live.
 ///
-/// A socket that several processes share belongs to whichever is found first; once that one has
-/// ended, to another. A socket that a process has closed stays its own, also when the process has
-/// ended since. Sockets that no readable process holds are looked for again once at the next call
-/// and then every 30 seconds. Memory is bounded by the sockets and processes there are. One thread
-/// at a time; `holders` and `processes` must outlive it.
+/// When several processes share a socket, the first one that is found owns it, and another one
+/// after that process has ended. A socket that a process has closed stays with the process, even
+/// after the process has ended. Sockets that no readable process holds are looked for again at the
+/// next call, and then every 30 seconds. The memory is limited by the number of sockets and
+/// processes. One thread at a time; `holders` and `processes` must outlive it.
 class SocketOwners {
  public:
   using Time = tidewell::Moment;
 
-  /// With `onlyUid`, sockets of other users are never looked for: who may read only their own
-  /// processes finds nothing there.
+  /// With `onlyUid`, sockets of other users are never looked for. Set it for a user who may read
+  /// only the user's own processes and would find nothing.
   SocketOwners(SocketHolders& holders, OwnerProcesses& processes,
                std::optional<std::uint32_t> onlyUid);
 
-  /// The owners of `sockets`, in the same order; those of sockets that no process holds any more
-  /// may have ended. `sockets` is ascending by cookie, each once. Valid until the next call.
+  /// The owners of `sockets`, in the same order. An owner may have ended if no process holds its
+  /// socket any more. `sockets` has ascending cookies, each once. The result is valid until the
+  /// next call.
   std::span<const SocketOwner> find(std::span<const SocketRecord> sockets, Coverage coverage,
                                     Time now);
 
-  /// Whose a socket was when it was last listed; nobody's if it was not.
+  /// The owner of a socket when the socket was last listed; nobody for a socket that was never
+  /// listed.
   [[nodiscard]] SocketOwner lastOwner(std::uint64_t cookie);
 
  private:
@@ -52,7 +55,7 @@ class SocketOwners {
     Time nextSearch = Time::min();
     bool wasMissed = false;
   };
-  /// A socket without an owner, by the number that the processes' links show.
+  /// A socket without an owner. The links of processes show its inode.
   struct Wanted {
     std::uint32_t inode = 0;
     bool isDue = false;
@@ -75,7 +78,7 @@ class SocketOwners {
   SearchHistory history_;
   SocketTable<Known> known_;
   std::vector<Wanted> wanted_;  ///< Ascending by inode.
-  std::size_t dueCount_ = 0;    ///< Of those wanted, the due ones that are not found yet.
+  std::size_t dueCount_ = 0;    ///< How many of `wanted_` are due and not found yet.
   std::vector<std::int32_t> candidates_;
   std::vector<SocketOwner> owners_;
 };

@@ -9,7 +9,7 @@ namespace platform {
 /// Lists the machine's TCP sockets. One thread at a time.
 class SocketSource {
  public:
-  /// `errorNumber` is 0, or why no list could be had.
+  /// `errorNumber` is 0, or an errno that says why there is no list.
   struct Listing {
     int errorNumber = 0;
     Coverage coverage = Coverage::complete;
@@ -17,8 +17,8 @@ class SocketSource {
 
   virtual ~SocketSource() = default;
 
-  /// Replaces `sockets` with those that may carry data, in any order; one may come twice. After an
-  /// error it is empty. Returns within seconds, whatever happens.
+  /// Replaces `sockets` with the sockets that may carry data, in any order. A socket may come
+  /// twice. After an error `sockets` is empty. Returns within seconds, whatever happens.
   virtual Listing list(std::vector<SocketRecord>& sockets) = 0;
 };
 

@@ -10,16 +10,17 @@
 
 namespace platform {
 
-/// What is remembered of each living socket.
+/// Remembers a value for each living socket.
 ///
-/// A socket that a complete listing lacks is kept until a second one lacks it too: the kernel's
-/// walk can skip a socket when its neighbour closes meanwhile, and one that came back as new would
-/// be counted twice. Holds no more entries than sockets were in the last listings, and allocates
-/// nothing while their number does not grow.
+/// A socket that one complete listing lacks is kept until a second one lacks it too. The kernel's
+/// walk may skip a socket whose neighbour closes meanwhile, and if the socket then came back as a
+/// new one, it would be counted twice. There are no more entries than sockets in the last two
+/// listings. Nothing is allocated while the number of sockets does not grow.
 template <typename Value>
 class SocketTable {
  public:
-  /// Makes the entries those of `sockets`, which is ascending by cookie, each once.
+  /// Takes over a listing: `sockets` has ascending cookies, each once. Known sockets keep their
+  /// values.
   void follow(std::span<const SocketRecord> sockets, Coverage coverage) {
     former_.swap(entries_);
     entries_.clear();
@@ -44,7 +45,7 @@ class SocketTable {
     }
   }
 
-  /// What is remembered of a socket, listed last or not; null when nothing is.
+  /// The value of a socket, even if the last listing lacked it; null when there is none.
   Value* find(std::uint64_t cookie) {
     const auto place = std::lower_bound(
         entries_.begin(), entries_.end(), cookie,
@@ -58,7 +59,7 @@ class SocketTable {
   struct Entry {
     std::uint64_t cookie = 0;
     bool isListed = true;
-    bool wasMissed = false;  ///< By a complete listing.
+    bool wasMissed = false;  ///< Whether a complete listing lacked it.
     Value value;
   };
 
@@ -68,7 +69,7 @@ class SocketTable {
     entries_.push_back({entry.cookie, false, entry.wasMissed || isMissed, entry.value});
   }
 
-  /// After a time of very many sockets.
+  /// Frees memory after a time with very many sockets.
   void giveBackMemory() {
     constexpr std::size_t kSlack = 1024;
     if (entries_.capacity() > 4 * entries_.size() + kSlack) entries_.shrink_to_fit();

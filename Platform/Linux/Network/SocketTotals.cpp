@@ -10,14 +10,14 @@ namespace platform {
 namespace {
 
 constexpr std::uint64_t kMost = std::numeric_limits<std::uint64_t>::max() / 2;
-/// Far more than are listed.
+/// Far more accounts than a report lists.
 constexpr std::ptrdiff_t kMostAccounts = 1024;
 
 void add(std::uint64_t more, std::uint64_t& total) {
   total += std::min(more, kMost - total);
 }
 
-/// Adds to `total` what `now` is beyond `counted`, and counts it.
+/// Adds to `total` the growth from `counted` to `now`, and sets `counted` to `now`.
 void countUp(std::uint64_t now, std::uint64_t& counted, std::uint64_t& total) {
   if (now <= counted) return;
   add(now - counted, total);
@@ -55,7 +55,7 @@ void SocketTotals::count(const SocketRecord& socket, const SocketOwner& owner, C
   if (hasGrown && isAccount(total)) accounts_->noteUse(total.identifier);
 }
 
-/// What was counted before its process had an account.
+/// Moves the bytes that were counted before a process had an account.
 void SocketTotals::moveToAccounts() {
   if (!accounts_) return;
   std::vector<Total> moved;
@@ -94,7 +94,7 @@ void SocketTotals::keepOnly(std::span<const OwnerProcess> living) {
     return place == living.end() || place->pid != total.identifier ||
            place->startTime != total.startTime;
   });
-  // Beyond the limit, those go that have not grown for longest.
+  // Beyond the limit, the accounts go first that have not grown for the longest time.
   auto accounts = std::ranges::count_if(totals_, isAccount);
   for (; accounts > kMostAccounts; --accounts) {
     const auto growth = [](const Total& total) {

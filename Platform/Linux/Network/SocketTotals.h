@@ -12,45 +12,46 @@
 
 namespace platform {
 
-/// Adds up what each process's sockets have carried.
+/// Adds up the bytes that each process's sockets have carried.
 ///
-/// A process that has an account is counted under it, together with all others of that account, so
-/// that nothing changes when it ends. One that has none (yet) is counted by itself, and what it has
-/// goes over to the account as soon as there is one.
+/// A process with an account is counted under the account, together with all others of the account,
+/// so that nothing changes when the process ends. A process without an account is counted by
+/// itself. When it gets an account, its bytes go over to the account.
 ///
-/// Totals never go backwards: a closed socket's bytes stay counted, and bytes of a socket that goes
-/// over to another process stay with the one that they were counted for. What a socket carries
-/// after it was last listed is seen only if its end is told (`countClosed`), and one that opens and
-/// closes between two listings is not seen. Memory is bounded by the living sockets and processes
-/// and a fixed number of accounts.
+/// Totals never decrease: the bytes of a closed socket stay counted, and when a socket goes over to
+/// another process, the bytes so far stay with the former one. The bytes after the last listing of
+/// a socket are seen only if its end is announced (`countClosed`). A socket that opens and closes
+/// between two listings is not seen. The memory is limited by the living sockets and processes, and
+/// a fixed number of accounts.
 class SocketTotals {
  public:
-  /// Neither counter ever exceeds half of what 64 bits hold, so that their sum always fits.
+  /// Neither counter exceeds half of the range of 64 bits, so that the sum always fits.
   struct Total {
-    std::int32_t identifier = 0;  ///< A process's or an account's.
-    std::uint64_t startTime = 0;  ///< The process's; 0 for an account.
+    std::int32_t identifier = 0;  ///< The identifier of a process or an account.
+    std::uint64_t startTime = 0;  ///< The start time of the process; 0 for an account.
     std::uint64_t bytesReceived = 0;
     std::uint64_t bytesSent = 0;
-    std::uint64_t lastGrowth = 0;  ///< The update that it last grew with.
+    std::uint64_t lastGrowth = 0;  ///< The number of the update with which it last grew.
   };
 
-  /// Without `accounts` no process has one. They must outlive this.
+  /// Without `accounts` no process has an account. `accounts` must outlive this object.
   explicit SocketTotals(tidewell::AccountDirectory* accounts = nullptr) : accounts_(accounts) {}
 
-  /// Counts what each socket carried since it was last counted for its owner. `sockets` is
-  /// ascending by cookie, each once; `owners` has the owner of each. An owner of a known
-  /// identifier and another start time begins at zero.
+  /// Counts what each socket carried since it was last counted for its owner. `sockets` has
+  /// ascending cookies, each once; `owners` has the owner of each. An owner with a known identifier
+  /// and another start time begins at 0.
   void update(std::span<const SocketRecord> sockets, std::span<const SocketOwner> owners,
               Coverage coverage);
 
-  /// Counts the last of what a socket carried that is closed now. Does nothing for one that was
-  /// never listed.
+  /// Counts the last bytes of a socket that is closed now. Does nothing for a socket that was never
+  /// listed.
   void countClosed(const SocketRecord& socket, const SocketOwner& owner);
 
-  /// Forgets all processes but `living`, which is ascending by identifier. Accounts stay.
+  /// Forgets all processes except `living`, which has ascending identifiers. Accounts stay.
   void keepOnly(std::span<const OwnerProcess> living);
 
-  /// Ascending by identifier; also those of processes that have carried nothing yet.
+  /// In ascending order of the identifier. Processes whose sockets have carried nothing yet are
+  /// among them.
   [[nodiscard]] std::span<const Total> all() const { return totals_; }
 
   static bool isAccount(const Total& total);
