@@ -9,14 +9,14 @@
 
 namespace platform {
 
-/// A wish that a session service granted in exchange for a number (a cookie).
+/// A wish that a session service has granted. The service gave a number for it (a cookie).
 ///
-/// Bound to the very process that granted it: a successor under the same name may have given the
-/// same number to somebody else.
+/// Only the process that granted the wish is told of its end. A successor under the same name may
+/// have given the same number to somebody else.
 class CookieInhibition : public Inhibition {
  public:
-  /// Calls `inhibit`, whose reply is the cookie that `releaseMember` of the same interface takes.
-  /// The method's texts and `bus` must outlive what is taken.
+  /// Calls `inhibit`, whose reply is the cookie. The method `releaseMember` of the same interface
+  /// takes the cookie back. The texts of `inhibit` and `bus` must outlive the inhibition.
   static InhibitMechanism::Taken take(Bus& bus, const BusMethod& inhibit,
                                       const Bus::Arguments& arguments, const char* releaseMember,
                                       InhibitMechanism::Late late);

@@ -43,7 +43,7 @@ std::string FreedesktopInhibitor::told(const std::string& reason) const {
 std::shared_ptr<void> FreedesktopInhibitor::list(Listed listed) {
   // The screen saver's interface has no list.
   if (std::string_view(service_) != services::kPowerManagement) return nullptr;
-  // On KDE the policy agent stands behind it, and names all that it has.
+  // On KDE the policy agent implements this service, and lists everything that it has granted.
   if (sessionBus_.nameStatus(services::kSolid).isOwned()) return listPolicyAgent(std::move(listed));
   return askWhetherAnybodyInhibits(std::move(listed));
 }
@@ -67,7 +67,8 @@ std::shared_ptr<void> FreedesktopInhibitor::listPolicyAgent(Listed listed) {
       }));
 }
 
-/// Where nobody does, nothing of ours is there either. More is not told.
+/// The service tells only whether anybody inhibits. If nobody does, it has nothing of this program
+/// either.
 std::shared_ptr<void> FreedesktopInhibitor::askWhetherAnybodyInhibits(Listed listed) {
   return asQuestion(sessionBus_.callAsync(
       {service_, path_, interface_, "HasInhibit"}, {},

@@ -21,7 +21,8 @@ class FreedesktopInhibitor : public InhibitMechanism {
   Taken take(tidewell::AssertionKind kind, const std::string& reason, Late late) override;
   [[nodiscard]] std::string told(const std::string& reason) const override;
   [[nodiscard]] std::shared_ptr<void> list(Listed listed) override;
-  /// PowerDevil, which stands behind both on KDE, heeds nothing that is younger than five seconds.
+  /// On KDE, PowerDevil implements both services. It heeds no wish that is younger than five
+  /// seconds.
   [[nodiscard]] tidewell::Seconds timeToTakeEffect() const override { return tidewell::Seconds(5); }
 
  private:

@@ -2,8 +2,8 @@
 
 namespace platform {
 
-/// One wish that a service granted. Destroying it takes the wish back without waiting; it is void
-/// once the service is gone. Main thread only.
+/// One wish that a service has granted. Destroying it takes the wish back without waiting. The wish
+/// also ends when the service has gone. Main thread only.
 class Inhibition {
  public:
   Inhibition() = default;

@@ -10,7 +10,7 @@
 namespace platform {
 namespace {
 
-/// Its user may have given the keys, but not the lid, back to logind.
+/// The user of this power manager may have left the keys, but not the lid, to logind.
 constexpr std::string_view kXfce = "xfce4-power-manager";
 
 bool takesKeys(std::string_view locks) {

@@ -7,10 +7,11 @@
 
 namespace platform {
 
-/// What a desktop calls itself that acts on the lid in logind's stead, if `inhibitor` is its lock.
+/// The name of the desktop that acts on the lid instead of logind, if `inhibitor` is this desktop's
+/// lock.
 ///
-/// Such a desktop takes the lid from logind together with the keys. A lock on the lid alone keeps
-/// it from having any effect, as that of a desktop does while another screen is attached.
+/// Such a desktop takes the lid from logind together with the keys. With a lock on the lid alone,
+/// closing the lid has no effect; a desktop takes such a lock while another screen is attached.
 [[nodiscard]] std::optional<std::string> lidHandler(const ListedInhibitor& inhibitor);
 
 }  // namespace platform

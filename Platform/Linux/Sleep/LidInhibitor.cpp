@@ -22,12 +22,12 @@ constexpr std::string_view kWantsApproval =
 constexpr std::string_view kRefused = "org.freedesktop.DBus.Error.AccessDenied";
 constexpr std::string_view kCancelled = "org.freedesktop.PolicyKit1.Error.Cancelled";
 constexpr const char* kLidReason = "Keeps working with the lid closed";
-/// How long until a lock is asked for again that nobody answered for.
+/// The pause until the lock is asked for again after nobody answered.
 constexpr tidewell::Seconds kRetakePause{7};
-/// A lock that nobody answers for so often in a row counts as lost.
+/// After so many failures in a row the lock counts as lost.
 constexpr int kFailuresOfALoss = 2;
 
-/// Whether asking again would change nothing.
+/// Whether asking again is useless.
 bool isFinal(const LogindLock& failed) {
   return failed.errorName == kWantsApproval || failed.errorName == kRefused;
 }
@@ -39,7 +39,7 @@ std::string describe(const LogindLock& failed) {
   return std::string("logind cannot be asked: ") + std::strerror(-failed.error);
 }
 
-/// That a desktop acts on the lid here, if so.
+/// The failure that says which desktop acts on the lid; absent when none does.
 std::optional<Failure> desktopsClaim(Bus& systemBus) {
   const auto listed = listLogindInhibitors(systemBus);
   if (!listed) return std::nullopt;
@@ -53,8 +53,8 @@ std::optional<Failure> desktopsClaim(Bus& systemBus) {
   return std::nullopt;
 }
 
-/// Whether logind still has a lock that was taken before. Another program's lock is no help: it
-/// ends when that program pleases.
+/// Whether logind still lists the lock that this program took before. Another program's lock does
+/// not count, because it may end at any time.
 bool isOurLockListed(Bus& systemBus) {
   const auto listed = listLogindInhibitors(systemBus);
   return listed && std::any_of(listed->begin(), listed->end(), [](const ListedInhibitor& each) {
@@ -77,7 +77,7 @@ std::optional<Failure> LidInhibitor::hold() {
   return failure;
 }
 
-/// Holds it, and leaves logind watched if that fails. `failed` tells what logind said then.
+/// Takes the lock. After a failure, `failed` has logind's answer, and logind is still watched.
 std::optional<Failure> LidInhibitor::tryToHold(LogindLock& failed) {
   if (holds()) return std::nullopt;
   retry_.reset();
@@ -86,7 +86,7 @@ std::optional<Failure> LidInhibitor::tryToHold(LogindLock& failed) {
     failed.errorName = kRefused;
     return claim;
   }
-  // Before the lock, so that no restart in between goes unseen.
+  // The watch comes before the lock, so that it sees every restart after the lock.
   watchLogind();
   LogindLock taken = take();
   if (!taken.descriptor) {
@@ -120,7 +120,7 @@ void LidInhibitor::answered(LogindLock lock) {
     return answer(std::nullopt);
   }
   presence_.reset();
-  // That the policy forbids it altogether was told before anybody was asked.
+  // The user was asked, so a refusal does not mean that the policy forbids the lock.
   const bool wasDeclined = lock.errorName == kRefused || lock.errorName == kCancelled;
   answer(Failure{wasDeclined, describe(lock)});
 }
@@ -193,7 +193,7 @@ void LidInhibitor::watchLogind() {
 
 void LidInhibitor::logindChanged(bool present) {
   if (question_) {
-    // With logind its question went.
+    // The question has ended with logind.
     if (!present) answered({-ECONNRESET, {}, {}});
     return;
   }
@@ -210,9 +210,9 @@ void LidInhibitor::takeAgain() {
   LogindLock taken = take();
   if (!taken.descriptor) return failedAgain(taken);
   const bool wasHeld = holds();
-  // Otherwise a resumption has succeeded that failed at first.
+  // Without a former lock, this is a resumption that failed at first and succeeds now.
   if (!lock_) tidewell::Log::info("clamshell sleep disabled");
-  // Only a new one replaces the old one, which may have outlived logind's restart.
+  // The old lock may have outlived logind's restart, so it is kept until there is a new one.
   accept(std::move(taken.descriptor));
   if (!wasHeld) tell(true);
 }
@@ -224,7 +224,7 @@ void LidInhibitor::failedAgain(const LogindLock& failed) {
     ++failures_;
     tryLater();
   } else if (lock_ && isOurLockListed(systemBus_)) {
-    // A new one is not to be had, and the old one has outlived the restart.
+    // logind gives no new lock, but the old one has outlived the restart.
     accept(std::move(lock_));
     if (isKnown) tell(true);
     return;

@@ -13,13 +13,14 @@
 
 namespace platform {
 
-/// Keeps logind from acting on the lid, by a lock that ends with the process.
+/// Keeps logind from acting on the lid, with a lock that ends with the process.
 ///
-/// Of no use where the desktop acts on the lid in logind's stead: there `hold` fails and says who
-/// does. While it is held it is taken again whenever logind restarts. Main thread only.
+/// When the desktop acts on the lid instead of logind, the lock is of no use. `hold` then fails and
+/// names the desktop. While the lock is held, it is taken again after each restart of logind. Main
+/// thread only.
 class LidInhibitor : public tidewell::LidSwitch {
  public:
-  /// Both must outlive this.
+  /// `systemBus` and `loop` must outlive this object.
   LidInhibitor(Bus& systemBus, tidewell::MainLoop& loop);
   ~LidInhibitor() override;
   LidInhibitor(const LidInhibitor&) = delete;
@@ -51,14 +52,14 @@ class LidInhibitor : public tidewell::LidSwitch {
   Bus& systemBus_;
   tidewell::MainLoop& loop_;
   Descriptor lock_;
-  /// logind has gone since, and may or may not still know of the lock.
+  /// Whether logind has restarted since, so that it may have forgotten the lock.
   bool isDoubtful_ = false;
-  /// How often in a row the lock was asked for in vain that is not there or is doubtful.
+  /// How often in a row logind was asked in vain for a missing or doubtful lock.
   int failures_ = 0;
   /// Set while the lock is held or wanted.
   BusListening presence_;
   std::unique_ptr<tidewell::RepeatingTimer> retry_;
-  BusSlot question_;  ///< While the user is asked.
+  BusSlot question_;  ///< Set while the user is asked.
   Answer answer_;
   std::vector<std::weak_ptr<Observer>> observers_;
 };

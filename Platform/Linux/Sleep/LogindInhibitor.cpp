@@ -24,7 +24,7 @@ class LogindInhibition : public Inhibition {
   Descriptor descriptor_;
 };
 
-/// The reasons of Staylit's locks of our kind; absent when the list is of another shape.
+/// The reasons of Staylit's `idle` locks in the list. Absent when the list has an unknown type.
 std::optional<std::vector<std::string>> ownReasons(sd_bus_message* message) {
   if (sd_bus_message_enter_container(message, SD_BUS_TYPE_ARRAY, "(ssssuu)") < 0) {
     return std::nullopt;
@@ -39,7 +39,8 @@ std::optional<std::vector<std::string>> ownReasons(sd_bus_message* message) {
   int read = 0;
   while ((read = sd_bus_message_read(message, "(ssssuu)", &what, &who, &why, &mode, &user,
                                      &process)) > 0) {
-    // Not by user and process, whose numbers are others outside of a container.
+    // The user and the process are not compared, because their numbers differ inside and outside of
+    // a container.
     const bool isOurs = std::string_view(who) == services::kDisplayName;
     if (isOurs && std::string_view(what) == "idle" && std::string_view(mode) == "block") {
       reasons.emplace_back(why);

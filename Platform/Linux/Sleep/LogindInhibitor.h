@@ -9,8 +9,8 @@
 
 namespace platform {
 
-/// logind's `idle` lock: keeps the system from its own idle action, whatever is on the screen.
-/// Never `sleep`, which would stop a person's own suspend as well.
+/// Takes logind's `idle` lock, which prevents the system's idle action. It never takes the `sleep`
+/// lock, which would also block a suspend that a person asks for.
 class LogindInhibitor : public InhibitMechanism {
  public:
   /// `systemBus` must outlive this.

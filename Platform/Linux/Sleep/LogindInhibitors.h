@@ -9,11 +9,11 @@
 
 namespace platform {
 
-/// What logind lists now. Absent when logind
-/// cannot be asked or answers in an unknown shape. One bounded call.
+/// The inhibitors that logind lists now. Absent when logind cannot be asked, or its list has an
+/// unknown type. Makes one call of the bus.
 std::optional<std::vector<ListedInhibitor>> listLogindInhibitors(Bus& systemBus);
 
-/// Whether `lock` is among logind's list of locks, which colons part.
+/// Whether `list` contains `lock`. In logind's lists, colons separate the locks.
 [[nodiscard]] bool namesLock(std::string_view list, std::string_view lock);
 
 }  // namespace platform

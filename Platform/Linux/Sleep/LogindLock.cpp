@@ -15,7 +15,7 @@ LogindLock lockIn(sd_bus_message* reply) {
   int number = -1;
   if (const int result = sd_bus_message_read(reply, "h", &number); result < 0)
     return {result, {}, {}};
-  // The message keeps its own.
+  // The descriptor in the message belongs to the message.
   Descriptor descriptor(::fcntl(number, F_DUPFD_CLOEXEC, 3));
   if (!descriptor) return {-errno, {}, {}};
   return {0, {}, std::move(descriptor)};

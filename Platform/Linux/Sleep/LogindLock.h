@@ -8,9 +8,9 @@
 
 namespace platform {
 
-/// Either an inhibitor lock of logind, which ends when its descriptor is closed, or a negative
-/// errno and, when logind refused it, the D-Bus name of its error. The kernel closes it with the
-/// process, whichever way that ends.
+/// An inhibitor lock of logind, or an error: a negative errno and, when logind refused the lock,
+/// the D-Bus name of its error. The lock ends when its descriptor is closed. The kernel closes it
+/// when the process ends in any way.
 struct LogindLock {
   int error = 0;
   std::string errorName;
@@ -23,9 +23,9 @@ struct LogindLock {
 LogindLock takeLogindLock(Bus& systemBus, const char* what, const std::string& why,
                           const char* mode, std::function<void(Descriptor)> late = {});
 
-/// The same, but logind may ask the user, and nobody waits. `answered` runs from the loop when the
-/// user has answered. Dropping the result gives it up, and what is granted afterwards back. Empty
-/// while there is no connection.
+/// Does the same, but logind may ask the user, and this call does not wait. `answered` runs from
+/// the loop when the user has answered. Dropping the result cancels the request; a lock that is
+/// granted afterwards is given back. The result is empty while there is no connection.
 [[nodiscard]] BusSlot askForLogindLock(Bus& systemBus, const char* what, const std::string& why,
                                        const char* mode, std::function<void(LogindLock)> answered);
 

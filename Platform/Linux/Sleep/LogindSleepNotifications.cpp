@@ -11,16 +11,16 @@
 namespace platform {
 namespace {
 
-/// How long until a lock is asked for again that logind did not answer for, as it may be when the
-/// system starts.
+/// The pause until the lock is asked for again after logind did not answer, which may happen while
+/// the system starts.
 constexpr tidewell::Seconds kPause{5};
 
 }  // namespace
 
-/// Shared with a request that may be answered late.
+/// The lock is shared with a request that may be answered late.
 struct LogindSleepNotifications::Lock {
   Descriptor descriptor;
-  /// logind has gone since, and may or may not still know of it.
+  /// Whether logind has restarted since, so that it may have forgotten the lock.
   bool isDoubtful = false;
   bool isAsleep = false;
 
@@ -58,7 +58,7 @@ void LogindSleepNotifications::listen() {
       return;
     }
     lock_->isDoubtful = true;
-    // Whether the sleep that it announced came about will never be said.
+    // logind can no longer tell whether the announced sleep came.
     lock_->isAsleep = false;
   });
 }
@@ -66,20 +66,20 @@ void LogindSleepNotifications::listen() {
 void LogindSleepNotifications::prepareForSleep(bool isAboutToSleep) {
   lock_->isAsleep = isAboutToSleep;
   if (!isAboutToSleep) takeLock();
-  // By index: an observer may add another one.
+  // The loop uses an index, because an observer may add another one.
   for (std::size_t index = 0; index < observers_.size(); ++index) {
     const Observer observer = observers_[index];
     (isAboutToSleep ? observer.willSleep : observer.didWake)();
   }
   if (!isAboutToSleep) return;
-  // Behind what the observers have just posted.
+  // The lock is released after the work that the observers have just posted.
   loop_.async([descriptor = std::make_shared<Descriptor>(std::move(lock_->descriptor))] {
     descriptor->reset();
   });
 }
 
 bool LogindSleepNotifications::wantsLock() const {
-  // While the system falls asleep nobody may be delayed by a new one.
+  // While the system falls asleep, a new lock would delay the sleep.
   return !lock_->isAsleep && (!lock_->descriptor || lock_->isDoubtful);
 }
 
@@ -90,7 +90,7 @@ void LogindSleepNotifications::takeLock() {
   };
   LogindLock taken =
       takeLogindLock(systemBus_, "sleep", "Lets go of its holds before sleep", "delay", late);
-  // Only a new one replaces the old one, which may have outlived logind's restart.
+  // The old lock may have outlived logind's restart, so it is kept until there is a new one.
   if (taken.descriptor) lock_->accept(std::move(taken.descriptor));
   if (taken.error != -ETIMEDOUT) return;
   retry_ = loop_.scheduleRepeating(kPause, [this] {

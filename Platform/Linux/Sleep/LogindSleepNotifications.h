@@ -10,14 +10,14 @@
 
 namespace platform {
 
-/// logind's announcements of sleep and wake.
+/// Tells observers of sleep and wake, as logind announces them.
 ///
-/// Holds a lock by which logind waits with the sleep until the observers, and what they posted to
-/// the main loop, are done. Without logind nobody is told anything, and without the lock (it may be
-/// refused) the observers may be late.
+/// Holds a lock that makes logind delay the sleep until the observers, and the work that they
+/// posted to the main loop, are done. Without logind, observers are told nothing. When logind
+/// refuses the lock, the observers may be told too late.
 class LogindSleepNotifications : public tidewell::SleepNotifications {
  public:
-  /// Both must outlive this.
+  /// `systemBus` and `loop` must outlive this object.
   LogindSleepNotifications(Bus& systemBus, tidewell::MainLoop& loop);
   ~LogindSleepNotifications() override;
   LogindSleepNotifications(const LogindSleepNotifications&) = delete;

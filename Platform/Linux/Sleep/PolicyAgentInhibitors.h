@@ -8,8 +8,8 @@
 
 namespace platform {
 
-/// What KDE's policy agent lists now. Absent when there is no such agent
-/// or it cannot be asked. The agent lists some of logind's inhibitors once more.
+/// The inhibitors that KDE's policy agent lists now. Absent when there is no such agent, or it
+/// cannot be asked. The agent also lists some of logind's inhibitors.
 std::optional<std::vector<ListedInhibitor>> listPolicyAgentInhibitors(Bus& sessionBus);
 
 }  // namespace platform

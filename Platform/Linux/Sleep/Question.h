@@ -7,8 +7,7 @@
 
 namespace platform {
 
-/// A call whose answer is awaited, as `InhibitMechanism::list` gives it out; null for an empty
-/// slot.
+/// The result of `InhibitMechanism::list` for a pending call; null for an empty slot.
 inline std::shared_ptr<void> asQuestion(BusSlot slot) {
   return slot ? std::make_shared<BusSlot>(std::move(slot)) : nullptr;
 }

@@ -13,7 +13,8 @@ namespace {
 constexpr std::chrono::seconds kAfterAChange{3};
 constexpr std::chrono::seconds kLeastPause{30};
 constexpr std::chrono::seconds kWhileNothingChanges{60};
-/// A list on which nothing ever appears says nothing.
+/// After so many misses in a row the list is no longer asked for, because it never shows what the
+/// service grants.
 constexpr int kMostMissesInARow = 3;
 
 }  // namespace

@@ -1,6 +1,6 @@
 #pragma once
 
-/// The names of the services that have a say in sleep, and those by which they know this program.
+/// The names of the services that decide on sleep, and the names by which they know this program.
 namespace platform::services {
 
 inline constexpr const char* kApplicationId = "com.staylit.app";
@@ -9,7 +9,7 @@ inline constexpr const char* kDisplayName = "Staylit";
 inline constexpr const char* kLogind = "org.freedesktop.login1";
 inline constexpr const char* kLogindPath = "/org/freedesktop/login1";
 inline constexpr const char* kLogindManager = "org.freedesktop.login1.Manager";
-/// logind's lock on what closing the lid does.
+/// logind's lock on the action of closing the lid.
 inline constexpr const char* kLidLock = "handle-lid-switch";
 
 /// GNOME, MATE, Cinnamon. The name is the interface as well.

@@ -15,10 +15,10 @@ namespace {
 constexpr const char* kInhibitorInterface = "org.gnome.SessionManager.Inhibitor";
 constexpr std::uint32_t kSuspendInhibited = 4;
 constexpr std::uint32_t kIdleInhibited = 8;
-/// The rest of a longer list follows with the next readings.
+/// One reading asks about so many new inhibitors. The others follow in the next readings.
 constexpr std::size_t kNewDetailsPerReading = 32;
 
-/// Some session managers have methods for this, others properties of another spelling.
+/// Some session managers have a method for each detail, others have properties with other names.
 template <class Value>
 bool readDetail(Bus& bus, const std::string& path, const char* method, const char* property,
                 const char* type, Value& value, BusReply& reply) {
@@ -54,7 +54,7 @@ std::string withoutDesktopSuffix(std::string applicationId) {
 SessionInhibitors::SessionInhibitors(Bus& sessionBus)
     : sessionBus_(sessionBus),
       presence_(sessionBus.watchName(services::kSessionManager, [this](bool owned) {
-        // A successor counts its objects from the beginning again.
+        // A successor gives the same paths to other inhibitors.
         if (!owned) detailsByPath_.clear();
       })) {}
 
@@ -69,8 +69,8 @@ std::optional<std::vector<ListedInhibitor>> SessionInhibitors::list() {
   std::map<std::string, ListedInhibitor> known;
   std::vector<ListedInhibitor> result;
   std::size_t asked = 0;
-  // Each answer is bounded, and so is their sum: what is still unknown is asked on the next
-  // reading.
+  // The time of all answers together is limited too. What is still unknown then is asked for in the
+  // next reading.
   const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(500);
   for (const std::string& path : *paths) {
     std::optional<ListedInhibitor> inhibitor;

@@ -10,16 +10,17 @@
 
 namespace platform {
 
-/// What the session manager of GNOME, MATE or Cinnamon lists. Main thread only.
+/// Reads the inhibitors that the session manager of GNOME, MATE or Cinnamon lists. Main thread
+/// only.
 ///
-/// A reading costs one call; the details of an inhibitor never change and are asked for once.
+/// A reading costs one call. The details of an inhibitor never change, and are asked for only once.
 class SessionInhibitors {
  public:
   /// `sessionBus` must outlive this.
   explicit SessionInhibitors(Bus& sessionBus);
 
-  /// Absent when there is no such session manager or it cannot be asked. An inhibitor that vanishes
-  /// meanwhile is left out.
+  /// Absent when there is no such session manager, or it cannot be asked. An inhibitor that
+  /// vanishes during the reading is left out.
   std::optional<std::vector<ListedInhibitor>> list();
 
  private:

@@ -19,11 +19,11 @@ constexpr std::uint32_t kSuspendFlag = 4;
 constexpr std::uint32_t kIdleFlag = 8;
 constexpr std::uint32_t kNoWindow = 0;
 constexpr const char* kInhibitor = "org.gnome.SessionManager.Inhibitor";
-/// How many inhibitors a reading asks about, by two to four calls each. Those that are still
-/// unknown then follow with the next readings.
+/// How many inhibitors a reading asks about, with two to four calls each. The others follow in the
+/// next readings.
 constexpr std::size_t kMostInhibitors = 8;
 
-/// Whether there is no such thing, rather than that nobody could tell just now.
+/// Whether the reply says that there is no such object, method or property.
 bool saysThereIsNone(const BusReply& reply) {
   constexpr std::string_view kUnknown = "org.freedesktop.DBus.Error.Unknown";
   return std::string_view(reply.errorName).starts_with(kUnknown);
@@ -31,7 +31,7 @@ bool saysThereIsNone(const BusReply& reply) {
 
 }  // namespace
 
-/// Reads the list: first the paths, then of each path that is not known yet whose it is and why.
+/// Reads the list: first the paths, then the application and the reason of each unknown path.
 class SessionManagerInhibitor::Reading {
  public:
   Reading(Bus& bus, std::shared_ptr<Known> known, Listed listed)
@@ -58,7 +58,7 @@ class SessionManagerInhibitor::Reading {
     next();
   }
 
-  /// Asks about the next path that is not known, or tells what is known of all.
+  /// Asks about the next unknown path. When there is none, tells the result.
   void next() {
     while (index_ < paths_.size() && known_->contains(paths_[index_]))
       ++index_;
@@ -78,8 +78,9 @@ class SessionManagerInhibitor::Reading {
     });
   }
 
-  /// Some session managers have methods for this, others properties of another spelling. What goes
-  /// meanwhile is nobody's. When there is no answer the reading ends, and tells nothing.
+  /// Some session managers have a method for each detail, others have properties with other names.
+  /// An inhibitor that vanishes during the reading gives an empty text. When there is no answer,
+  /// the reading ends without a result.
   void ask(const char* method, const char* property,
            const std::function<void(std::string)>& answered) {
     const char* const path = paths_[index_].c_str();
@@ -145,7 +146,7 @@ InhibitMechanism::Taken SessionManagerInhibitor::take(tidewell::AssertionKind ki
 }
 
 std::string SessionManagerInhibitor::told(const std::string& reason) const {
-  // An empty reason is refused.
+  // A session manager refuses an empty reason.
   return reason.empty() ? services::kDisplayName : tidewell::cleaned(reason);
 }
 

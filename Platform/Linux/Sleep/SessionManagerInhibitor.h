@@ -11,7 +11,7 @@
 
 namespace platform {
 
-/// The session manager of GNOME, MATE and Cinnamon.
+/// Takes inhibitors from the session manager of GNOME, MATE and Cinnamon.
 class SessionManagerInhibitor : public InhibitMechanism {
  public:
   /// `sessionBus` must outlive this and what it takes.
@@ -25,8 +25,8 @@ class SessionManagerInhibitor : public InhibitMechanism {
 
  private:
   class Reading;
-  /// By its object's path: the reason of an inhibitor of ours, or that it is somebody else's. None
-  /// of this ever changes.
+  /// For the object path of each inhibitor: the reason if the inhibitor belongs to this program,
+  /// else nothing. These facts never change.
   using Known = std::map<std::string, std::optional<std::string>>;
 
   Bus& sessionBus_;

@@ -6,7 +6,7 @@
 namespace platform {
 namespace {
 
-/// A service's own timers may be late by so much.
+/// The timers of a service may be late by so much.
 constexpr std::chrono::seconds kMargin{1};
 
 SleepAssertion::Moment heededAfter(SleepAssertion::Moment taken,
@@ -48,7 +48,7 @@ bool SleepAssertion::isHeld() const {
                      [this](const auto& entry) { return has(*entry.first); });
 }
 
-/// When `mechanism`, whose grant is missing or out of date, is to be asked.
+/// When to ask `mechanism`, whose grant is missing or has an old reason.
 SleepAssertion::Moment SleepAssertion::due(const InhibitMechanism& mechanism) const {
   const Service* service = find(mechanism);
   if (!service) return {};
@@ -99,14 +99,14 @@ void SleepAssertion::refused(const InhibitMechanism& mechanism) {
   service.notBefore = now_() + std::min(pause, kLongestRetry);
 }
 
-/// Whatever is not wanted any more is given back at once.
+/// Accepts a late grant if it is of use. Otherwise the grant is given back at once.
 void SleepAssertion::grantedTooLate(InhibitMechanism& mechanism, const std::string& reason,
                                     std::unique_ptr<Inhibition> inhibition) {
   if (!isWanted(mechanism) || isCurrent(mechanism)) return;
-  // Under a former name it is better than nothing, and than nothing only.
+  // A grant with a former reason is only better than none.
   const bool isOfUse = reason == reason_ || !has(mechanism);
   if (isOfUse) accept(mechanism, reason, std::move(inhibition));
-  // It answers again.
+  // The service answers again.
   returned(mechanism);
   grantedLate_();
 }
@@ -114,7 +114,7 @@ void SleepAssertion::grantedTooLate(InhibitMechanism& mechanism, const std::stri
 void SleepAssertion::accept(InhibitMechanism& mechanism, const std::string& reason,
                             std::unique_ptr<Inhibition> inhibition) {
   Service& service = services_[&mechanism];
-  // After the new one is there.
+  // The void grants are dropped at the end, when the new one is there.
   const std::vector<Grant> former =
       service.isVoid ? std::exchange(service.grants, {}) : std::vector<Grant>();
   const Moment taken = now_();
@@ -135,7 +135,7 @@ void SleepAssertion::dropTheReplaced() {
   }
 }
 
-/// Since when some service that is wanted has heeded what it grants.
+/// The first moment since when a wanted service heeds its grant.
 std::optional<SleepAssertion::Moment> SleepAssertion::wantedHeededSince() const {
   std::optional<Moment> first;
   for (const InhibitMechanism* mechanism : wanted_) {
@@ -176,7 +176,7 @@ void SleepAssertion::returned(const InhibitMechanism& mechanism) {
 bool SleepAssertion::isMissing(const InhibitMechanism& mechanism, Moment askedAt, Reasons& listed) {
   if (!has(mechanism)) return false;
   Service& service = services_[&mechanism];
-  // What is older than the last one may be listed or not.
+  // Only the last grant must be listed; the older ones may be.
   for (const Grant& grant : service.grants) {
     const auto entry = listed.find(mechanism.told(grant.reason));
     const bool isListed = entry != listed.end();
@@ -194,7 +194,7 @@ std::optional<SleepAssertion::Moment> SleepAssertion::nextDue() const {
     if (!isCurrent(*mechanism)) consider(due(*mechanism));
   }
   for (const auto& [mechanism, service] : services_) {
-    // The first of the others that is heeded sets its predecessors free.
+    // When the second grant is heeded, the first one can be dropped.
     if (service.grants.size() > 1) consider(service.grants[1].heeded);
   }
   const auto heeded = wantedHeededSince();

@@ -15,11 +15,12 @@
 
 namespace platform {
 
-/// One live assertion: what each service granted for it. Destroying it takes everything back.
+/// One live assertion, with everything that the services have granted for it. Destroying it takes
+/// everything back.
 ///
-/// No service can rename, so that a new reason means a new grant, and the old one goes when the
-/// service surely heeds the new one. A service is asked for that at once when its last change is
-/// some seconds ago, and otherwise when it is. What it did not grant is asked for again.
+/// No service can rename a grant, so a new reason means a new grant. The old grant is dropped when
+/// the service certainly heeds the new one. A service is asked for a change at most every few
+/// seconds. What it refused is asked for again.
 ///
 /// Main thread only; owned through a `std::shared_ptr`, and the mechanisms must outlive it.
 class SleepAssertion : public std::enable_shared_from_this<SleepAssertion> {
@@ -31,11 +32,12 @@ class SleepAssertion : public std::enable_shared_from_this<SleepAssertion> {
 
   /// The least time between two changes of what a service grants.
   static constexpr std::chrono::seconds kPause{5};
-  /// How long nothing is asked for after a refusal; doubles with each further one.
+  /// The pause after a refusal. It doubles with each further refusal.
   static constexpr std::chrono::seconds kFirstRetry{3};
   static constexpr std::chrono::seconds kLongestRetry{60};
 
-  /// `grantedLate` runs from the loop when a service granted something after all.
+  /// `grantedLate` runs from the loop when a service has granted something after the call had timed
+  /// out.
   SleepAssertion(tidewell::AssertionKind kind, std::string reason, Now now,
                  std::function<void()> grantedLate);
 
@@ -45,27 +47,29 @@ class SleepAssertion : public std::enable_shared_from_this<SleepAssertion> {
   /// Whether `mechanism` grants it, under its name or a former one.
   [[nodiscard]] bool has(const InhibitMechanism& mechanism) const;
 
-  /// Asks those that `wanted` names for what is due, then drops what was replaced and need not be
-  /// kept any more, and once one of them heeds what it grants, what others grant that are no longer
-  /// wanted. 0 when at least one of them grants it, else the negative errno of the first refusal.
+  /// Asks the `wanted` services for what is due. Then drops the grants that were replaced and need
+  /// not be kept any more. When a wanted service heeds its grant, also drops the grants of services
+  /// that are no longer wanted. Returns 0 when at least one wanted service grants the assertion,
+  /// else the negative errno of the first refusal.
   int hold(const Mechanisms& wanted);
 
-  /// Has an effect with the next `hold`.
+  /// The new reason counts from the next `hold` on.
   void rename(std::string reason) { reason_ = std::move(reason); }
 
-  /// What `mechanism` granted is void: its service has gone.
+  /// The service of `mechanism` has gone, so its grants are void.
   void lost(const InhibitMechanism& mechanism);
-  /// Its service is there again and is to be asked at once.
+  /// The service of `mechanism` is back, and may be asked at once.
   void returned(const InhibitMechanism& mechanism);
 
-  /// Compares what `mechanism` grants with the list that it had at `askedAt`, takes what is this
-  /// assertion's out of `listed`, and tells whether anything is missing, which is void from now on.
+  /// Compares the grants of `mechanism` with the list that it had at `askedAt`, and takes this
+  /// assertion's entries out of `listed`. Returns whether a grant is missing; it is void from now
+  /// on.
   bool isMissing(const InhibitMechanism& mechanism, Moment askedAt, Reasons& listed);
 
-  /// When `hold` has something to do again; absent when there is nothing to be done.
+  /// When `hold` has something to do again; absent for never.
   [[nodiscard]] std::optional<Moment> nextDue() const;
-  /// Since when `mechanism` has heeded what it grants now, which may be in the future; absent when
-  /// it grants nothing.
+  /// Since when `mechanism` heeds its present grant. This may lie in the future. Absent when it
+  /// grants nothing.
   [[nodiscard]] std::optional<Moment> heededSince(const InhibitMechanism& mechanism) const;
 
  private:
@@ -75,15 +79,16 @@ class SleepAssertion : public std::enable_shared_from_this<SleepAssertion> {
     Moment taken;
     Moment heeded;
   };
-  /// What one service granted, and how it answered.
+  /// The grants of one service, and its last answers.
   struct Service {
-    /// The oldest first. All but the last are kept until a later one is heeded.
+    /// The oldest grant comes first. A grant is kept until a later one is heeded.
     std::vector<Grant> grants;
-    /// Void grants stay until there is a new one: logind's locks outlive its own restart.
+    /// Void grants are kept until there is a new one, because logind's locks may outlive its
+    /// restart.
     bool isVoid = false;
     bool isGone = false;
-    Moment notBefore{};  ///< When it may be asked again after a refusal.
-    int refusals = 0;    ///< In a row.
+    Moment notBefore{};  ///< When the service may be asked again after a refusal.
+    int refusals = 0;    ///< How many refusals there were in a row.
   };
 
   int take(InhibitMechanism& mechanism);

@@ -107,12 +107,12 @@ void SleepInhibitors::serviceChanged(InhibitMechanism* mechanism, bool present) 
 
 SleepServices::Row SleepInhibitors::row(tidewell::AssertionKind kind) {
   SleepServices::Row result = services_.row(kind);
-  // Nobody tells when a bus in trouble is well again.
+  // Nothing announces that a bus in trouble works again, so it is tried again.
   if (result.error < 0) lookAgain_ = now_() + kLookAgain;
   return result;
 }
 
-/// Asks whoever is to be asked now for what is due.
+/// Asks the services that decide now for what is due.
 void SleepInhibitors::hold(Live& live) {
   live.assertion->hold(row(live.assertion->kind()).mechanisms);
   if (live.recordedId == 0 || !live.assertion->isHeld()) return;
@@ -146,7 +146,8 @@ std::optional<SleepInhibitors::Moment> SleepInhibitors::readBackDue(
 
 void SleepInhibitors::readBack() {
   SleepAssertion::Mechanisms all = services_.all();
-  // Those come first that wait the longest, since each list that is asked for puts the others off.
+  // The services that wait longest come first, because each list that is asked for delays the
+  // others.
   std::sort(all.begin(), all.end(), [this](const auto* left, const auto* right) {
     return readBack_.lastAsked(*left) < readBack_.lastAsked(*right);
   });

@@ -19,15 +19,15 @@
 
 namespace platform {
 
-/// Holds the machine or its screen awake through whichever services decide on that here.
+/// Keeps the machine or its screen awake, with the services that decide on sleep in this session.
 ///
-/// Every live assertion follows the session: what a service forgot by restarting is asked for
-/// again, a better service that appears later is used, and where nobody can be asked the assertion
-/// is only recorded until somebody can. Now and then the services are asked for their own lists,
-/// and what is missing there is taken again.
+/// Live assertions follow the changes of the session. What a service forgot with a restart is asked
+/// for again, and a better service that appears later is used. When no service can be asked, an
+/// assertion is only recorded until one can be asked. Now and then the services are asked for their
+/// lists, and what is missing there is taken again.
 class SleepInhibitors : public tidewell::PowerManagement {
  public:
-  /// The first three must outlive this. `now` is the clock by which the loop's timers go.
+  /// The buses and `loop` must outlive this object. `now` is the clock of the pauses and retries.
   SleepInhibitors(Bus& systemBus, Bus& sessionBus, tidewell::MainLoop& loop,
                   SleepAssertion::Now now = BootTime::now);
   ~SleepInhibitors() override;
@@ -46,7 +46,7 @@ class SleepInhibitors : public tidewell::PowerManagement {
   struct Live {
     std::shared_ptr<SleepAssertion> assertion;
     Moment created;
-    /// Its id in `recorded_` while no service grants it, else 0.
+    /// The id in `recorded_` while no service grants the assertion, else 0.
     std::uint32_t recordedId = 0;
   };
 
@@ -58,7 +58,7 @@ class SleepInhibitors : public tidewell::PowerManagement {
   bool compare(InhibitMechanism& mechanism, Moment askedAt, const ReadBack::Reasons& listed);
   void readBack();
   [[nodiscard]] std::optional<Moment> readBackDue(const InhibitMechanism& mechanism) const;
-  /// Sees to it that `attend` comes when there is something to be done next.
+  /// Sets the timer that calls `attend` when the next work is due.
   void attendLater();
   void attend();
 
@@ -69,7 +69,7 @@ class SleepInhibitors : public tidewell::PowerManagement {
   ReadBack readBack_;
   std::map<std::uint32_t, Live> live_;
   std::uint32_t lastId_ = 0;
-  /// When it is to be found out again whom to ask; absent as long as that is known.
+  /// When to find out again which services to ask; absent while that is known.
   std::optional<Moment> lookAgain_;
   std::unique_ptr<tidewell::RepeatingTimer> attention_;
 };

@@ -8,7 +8,7 @@
 namespace platform {
 namespace {
 
-/// Whether connecting failed because there is no such bus here, rather than a bus in trouble.
+/// Whether connecting failed because there is no such bus here. Other errors mean a bus in trouble.
 bool saysThereIsNoBus(int error) {
   switch (error) {
     case -ENOENT:
@@ -36,7 +36,8 @@ SleepServices::SleepServices(Bus& systemBus, Bus& sessionBus, Changed changed)
         bus.watchName(name, [changed, mechanism](bool present) { changed(mechanism, present); }));
   };
   watch(systemBus, logind_.serviceName(), &logind_);
-  // Before those that it decides about, so that a desktop is told apart when they appear with it.
+  // This service is watched before those that it decides about, so that KDE is recognised when all
+  // of them appear together.
   watch(sessionBus, services::kSolid, nullptr);
   watch(sessionBus, sessionManager_.serviceName(), &sessionManager_);
   watch(sessionBus, powerManagement_.serviceName(), &powerManagement_);
@@ -54,7 +55,8 @@ SleepServices::Row SleepServices::row(tidewell::AssertionKind kind) {
       row.mechanisms.push_back(&screenSaver_);
     }
   }
-  // KDE keeps the screen on for logind's idle lock, which a hold of the system alone must not do.
+  // For logind's idle lock, KDE also keeps the screen on. A hold of the system alone must not do
+  // that.
   const bool keepsScreenOn = kind == tidewell::AssertionKind::system && !row.mechanisms.empty() &&
                              isPresent(sessionBus_, services::kSolid, row.error);
   if (!keepsScreenOn && isPresent(systemBus_, logind_.serviceName(), row.error)) {

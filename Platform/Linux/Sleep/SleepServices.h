@@ -14,26 +14,27 @@
 
 namespace platform {
 
-/// Knows which services decide on idle sleep in this session, and hence whom to ask. Main thread
+/// Knows which services decide on idle sleep in this session, and so have to be asked. Main thread
 /// only.
 class SleepServices {
  public:
-  /// Whom to ask for a hold, in order. When that is nobody, `error` is 0 if there is nobody to ask
-  /// at all, else the negative errno for which that could not be found out.
+  /// The services to ask for a hold, in this order. When there are none, `error` is 0 if this
+  /// session has no such service, or the negative errno that kept the services from being found.
   struct Row {
     SleepAssertion::Mechanisms mechanisms;
     int error = 0;
   };
 
-  /// Called from the loop when a service has gone or come. One that has gone took every inhibition
-  /// with it that it had granted; `mechanism` is null for one that only changes whom to ask.
+  /// Called from the loop when a service has come or gone. A service that has gone has lost
+  /// everything that it granted. `mechanism` is null for a service that is not asked itself, but
+  /// decides which others are asked.
   using Changed = std::function<void(InhibitMechanism* mechanism, bool present)>;
 
-  /// The buses must outlive this. `changed` must not destroy it.
+  /// The buses must outlive this object. `changed` must not destroy it.
   SleepServices(Bus& systemBus, Bus& sessionBus, Changed changed);
 
   Row row(tidewell::AssertionKind kind);
-  /// All that a row may name.
+  /// All services that a row may name.
   SleepAssertion::Mechanisms all();
 
  private:

@@ -16,12 +16,13 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::string_view kProgram = "staylit";
-/// The kernel keeps this much of a program's name.
+/// The kernel keeps so many bytes of a program's name.
 constexpr std::size_t kLongestCommand = 15;
 
-/// The reason that GNOME's session manager and its descendants give for what they pass on.
+/// The reason that GNOME's session manager, and those that descend from it, give for what they pass
+/// on.
 constexpr std::string_view kPassedOn = "user session inhibited";
-/// What may pass on what others ask of it, by its program.
+/// The programs that may pass on the wishes of others.
 constexpr std::array<std::string_view, 15> kPassingOn = {"gnome-session-binary",
                                                          "gnome-session-service",
                                                          "gsd-power",
@@ -53,13 +54,14 @@ std::string commandOf(std::int64_t process) {
   return command;
 }
 
-/// Whether its program is the one that runs here, or has its name. Another user's cannot be seen.
+/// Whether the process runs this program, or one of the same name. The program of another user's
+/// process cannot be seen.
 bool runsStaylit(std::int64_t process) {
   const fs::path link = processFile(process, "exe");
   std::error_code error;
   if (fs::equivalent(link, "/proc/self/exe", error)) return true;
   std::string name = fs::read_symlink(link, error).filename();
-  // A package that was upgraded under a running program.
+  // An upgraded package may have replaced the running program.
   constexpr std::string_view deleted = " (deleted)";
   if (name.ends_with(deleted)) name.resize(name.size() - deleted.size());
   return name == kProgram;

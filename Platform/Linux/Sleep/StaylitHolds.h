@@ -7,18 +7,17 @@
 
 namespace platform {
 
-/// Tells of listed inhibitors which are a Staylit's, or may be one's that somebody passed on.
+/// Tells which listed inhibitors belong to a Staylit, or may be passed on for one.
 ///
-/// Two Staylits that counted each other's holds, one of each user or one of the system's, would
-/// keep the machine awake for ever, each because of the other. A Staylit is known by what it calls
-/// itself, whichever user it works for and whatever its reason says, and by its program, as far as
-/// this user may see it. Session and power managers hold locks of their own at logind for what
-/// others asked of them, and nobody tells for whom. What the programs of this session ask stands in
-/// the lists of those services as well; what those of other sessions ask cannot be told from a
-/// Staylit's wish.
+/// Two Staylits, for example of two users, that counted each other's holds would keep the machine
+/// awake for ever. A Staylit is recognised by the name that it gives itself, and by its program as
+/// far as this user may see it. Session and power managers pass on what others asked of them: they
+/// take locks of their own at logind, and do not tell for whom. The wishes of this session's
+/// programs stand in the lists of those managers as well. The wishes of other sessions cannot be
+/// told from those of a Staylit.
 ///
-/// Looks into /proc, once for each process, since one can hold thousands. Made for one look at the
-/// lists, for processes come and go. Main thread only.
+/// Looks into /proc only once for each process, because a process may have thousands of inhibitors.
+/// Processes come and go, so an object serves only one look at the lists. Main thread only.
 class StaylitHolds {
  public:
   [[nodiscard]] bool mayHave(const ListedInhibitor& inhibitor);
