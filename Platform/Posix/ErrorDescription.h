@@ -4,8 +4,8 @@
 
 namespace platform {
 
-/// Puts the error number of a system call into words for people to read, as the one system or the
-/// other words it. Any thread.
+/// Makes a text for people from the error number of a system call. Linux and macOS have different
+/// texts. Any thread.
 using ErrorDescription = std::string (*)(int errorNumber);
 
 }  // namespace platform

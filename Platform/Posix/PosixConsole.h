@@ -4,7 +4,7 @@
 
 namespace platform {
 
-/// The standard streams through the C library.
+/// Writes to the standard streams through the C library.
 class PosixConsole : public tidewell::Console {
  public:
   void printLine(std::string_view line) override;

@@ -10,7 +10,7 @@ namespace platform {
 
 void prepareStandardStreams() {
   for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
-    // The lowest free number is given out, which is this one.
+    // `open` returns the lowest free number, which is that of the closed stream.
     if (fcntl(stream, F_GETFD) < 0 && open("/dev/null", O_RDWR) < 0) return;
   }
   std::signal(SIGPIPE, SIG_IGN);

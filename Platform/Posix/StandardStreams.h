@@ -2,10 +2,10 @@
 
 namespace platform {
 
-/// Makes the standard streams safe to use, whatever the program was started with: one that is
-/// closed swallows what is written, rather than to lend its number to the next file that is
-/// opened, and a reader that goes away is an error of the write, not the end of the program.
-/// The first thing that a process does.
+/// Makes the standard streams safe to use, however the program was started. A stream that was
+/// closed leads to the null device, so that no file that is opened later gets its number. Writing
+/// to a pipe without a reader becomes an error, and no longer ends the program. To be called first
+/// of all in a process.
 void prepareStandardStreams();
 
 }  // namespace platform

@@ -9,8 +9,8 @@
 
 namespace platform {
 
-/// Power management for a machine that has none: hands out ids and keeps names, so that the program
-/// runs and reports, but nothing is held awake. Says so once in the log. Never fails.
+/// Stands in for power management on a machine without it. It gives ids and keeps names, so that
+/// the program runs and reports, but keeps nothing awake. The log says so once. It never fails.
 class RecordedPowerManagement : public tidewell::PowerManagement {
  public:
   struct Assertion {

@@ -6,8 +6,8 @@
 
 namespace platform {
 
-/// The one owner of a file descriptor, which it closes. It is empty when the number is negative, as
-/// after a failed call. Move-only; any thread, but one at a time.
+/// Owns a file descriptor and closes it. It is empty when the number is negative, as after a failed
+/// call. Move-only; one thread at a time.
 class Descriptor {
  public:
   Descriptor() = default;

@@ -4,12 +4,12 @@
 
 namespace platform {
 
-/// The user's home folder: `HOME` if it is an absolute path, else what the user database says.
-/// Empty when neither knows.
+/// The user's home folder: `HOME` if it is an absolute path, or else the folder in the user
+/// database. Empty when there is neither.
 [[nodiscard]] std::filesystem::path homeFolder();
 
-/// The same folder whatever environment the program was started with: what the user database says,
-/// and only for a user whom it does not know what `homeFolder` says.
+/// The user's home folder, independent of the environment: the folder in the user database. For a
+/// user whom the database does not know, it is that of `homeFolder`.
 [[nodiscard]] std::filesystem::path lastingHomeFolder();
 
 }  // namespace platform

@@ -10,12 +10,13 @@
 
 namespace platform {
 
-/// Both ends of a pipe, neither with the number of a standard stream, not even in a program that
-/// was started without one. Both are empty when the pipe could not be made; `errno` says why then.
+/// Both ends of a pipe. Neither end has the number of a standard stream, even in a program that was
+/// started without standard streams. Both are empty when the pipe could not be made; then `errno`
+/// says why.
 ///
-/// No program that this process starts inherits them. macOS knows no pipe that is made so at one
-/// stroke: a program that another thread starts there at that very moment may inherit them, unless
-/// it is started as `SpawnedTaskLauncher` does.
+/// Programs that this process starts do not inherit the ends. On macOS, making a pipe takes two
+/// steps. A program that another thread starts between them inherits the ends, unless the program
+/// is started as in `SpawnedTaskLauncher`.
 struct Pipe {
   static Pipe make() {
     std::array<int, 2> ends{-1, -1};

@@ -17,7 +17,8 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr mode_t kPermissions = 07777;
-/// Of so many left behind by processes that had this one's number, none is expected.
+/// Names may be taken by files that earlier processes with this process's number left behind. So
+/// many are not expected.
 constexpr int kMostNames = 100;
 
 /// The mode of a file that exists.
@@ -28,8 +29,8 @@ std::optional<mode_t> modeOf(const std::string& path) {
   return permissions;
 }
 
-/// A new file beside the one that it is to replace, and gone again unless it does. Every function
-/// returns false, and sets `errno`, when it fails.
+/// A new file beside the file that it is to replace. The destructor removes it if it did not
+/// replace the other. A function that fails returns false and sets `errno`.
 class Replacement {
  public:
   explicit Replacement(const std::string& target) : target_(target) {}
@@ -41,7 +42,7 @@ class Replacement {
 
   bool create() {
     const auto former = modeOf(target_);
-    // Nobody who could not read the former file can open the new one while it is empty.
+    // While the new file is empty, nobody can open it who could not read the former one.
     return open(former.value_or(0666)) && (!former || fchmod(file_.get(), *former) == 0);
   }
 
@@ -71,7 +72,7 @@ class Replacement {
     return static_cast<bool>(file_);
   }
 
-  /// Hidden, for nobody shall take it for a file that counts.
+  /// The name is hidden, so that nobody takes the file for a finished one.
   [[nodiscard]] std::string name(int number) const {
     const fs::path target(target_);
     const std::string ending = "." + std::to_string(getpid()) + "." + std::to_string(number);
@@ -80,7 +81,7 @@ class Replacement {
 
   const std::string& target_;
   std::string path_;
-  Descriptor file_;  ///< Empty when there is no new file, or no longer.
+  Descriptor file_;  ///< Empty while there is no new file.
 };
 
 }  // namespace

@@ -9,11 +9,11 @@
 
 namespace platform {
 
-/// The files of this machine. A file that is replaced keeps its mode; a new one has the mode that
-/// the process's mask leaves.
+/// Works on the files of this machine. A replaced file keeps its mode. A new file has the mode that
+/// the process's mask allows.
 class PosixFileManager : public tidewell::FileManager {
  public:
-  /// `home` is the user's home folder; `describe` words the failures.
+  /// `home` is the user's home folder. `describe` makes the texts of failures.
   PosixFileManager(const std::filesystem::path& home, ErrorDescription describe);
 
   std::string homeDirectory() override { return home_; }

@@ -20,8 +20,8 @@ using namespace std::chrono_literals;
 constexpr auto kPatience = 250ms;
 constexpr std::size_t kChunkBytes = std::size_t{16} << 10;
 
-/// For a child that cannot end yet, as when its disk does not answer. Where no thread can be had,
-/// it stays a zombie until this process ends.
+/// Reaps a child that cannot end yet, for example because its disk does not answer. When no thread
+/// can be started, the child stays a zombie until this process ends.
 void reapInBackground(pid_t child) {
   const auto reap = [child] {
     while (waitpid(child, nullptr, 0) < 0 && errno == EINTR) {
@@ -91,7 +91,7 @@ void SpawnedTask::signal(int number) {
 
 void SpawnedTask::wakeReader() {
   const std::lock_guard guard(lock_);
-  // Once is enough: nobody reads the byte, so every later wait ends at once.
+  // One byte is enough. Nobody reads it, so every later wait ends at once.
   if (!isWoken_) isWoken_ = write(wake_.writing.get(), "", 1) == 1;
 }
 

@@ -14,14 +14,16 @@ namespace platform {
 
 /// A child process whose standard output is read through a pipe.
 ///
-/// `terminate` sends SIGTERM and ends a read that is under way with what has come so far, whether
-/// the child obeys or not. The destructor sends SIGTERM to a child that still runs and SIGKILL to
-/// one that has not obeyed soon after, and returns within about half a second. It reaps the child;
-/// one that the system cannot end at once is reaped by a thread of its own when it does end.
+/// `terminate` sends SIGTERM to the child. A read that is under way then ends with what has come so
+/// far, even if the child does not obey.
+///
+/// The destructor sends SIGTERM to a child that still runs, and SIGKILL if the child does not obey
+/// soon. It reaps the child and returns within about half a second. A child that the system cannot
+/// end that fast is reaped by another thread when it ends.
 class SpawnedTask : public tidewell::Task {
  public:
-  /// `child` is a process of ours that nobody else waits for; `output` the reading end of its
-  /// pipe, `wake` a pipe of nobody else's, which ends a wait. None is empty.
+  /// `child` is a child of this process, for which nobody else waits. `output` is the reading end
+  /// of its pipe. `wake` is a pipe that nobody else uses; it ends a wait. None of them is empty.
   SpawnedTask(pid_t child, Descriptor output, Pipe wake);
   ~SpawnedTask() override;
   SpawnedTask(const SpawnedTask&) = delete;
@@ -38,10 +40,10 @@ class SpawnedTask : public tidewell::Task {
   void wakeReader();
   bool endsSoon();
 
-  /// Guards `child_`, since a number that was reaped may already be another process, and
-  /// `isWoken_`.
+  /// Guards `child_` and `isWoken_`. The number of a reaped child may already belong to another
+  /// process.
   std::mutex lock_;
-  pid_t child_;  ///< 0 once reaped.
+  pid_t child_;  ///< 0 after the child was reaped.
   Descriptor output_;
   const Pipe wake_;
   bool isWoken_ = false;

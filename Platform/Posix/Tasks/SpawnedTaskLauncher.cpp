@@ -17,12 +17,12 @@ extern char** environ;  // NOLINT(readability-redundant-declaration): no header 
 namespace platform {
 namespace {
 
-/// What the child's descriptors become.
+/// The descriptors of the child.
 class FileActions {
  public:
   explicit FileActions(int standardOutput) {
     posix_spawn_file_actions_init(&actions_);
-    // The pipe first: its number may be one of those that are opened over.
+    // The pipe comes first, because the later actions may replace its number.
     posix_spawn_file_actions_adddup2(&actions_, standardOutput, STDOUT_FILENO);
     posix_spawn_file_actions_addopen(&actions_, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
     posix_spawn_file_actions_addopen(&actions_, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
@@ -35,7 +35,7 @@ class FileActions {
 
  private:
 #ifdef __APPLE__
-  void closeOthers() {}  // An attribute does it.
+  void closeOthers() {}  // On macOS an attribute does it.
 #else
   void closeOthers() {
     posix_spawn_file_actions_addclosefrom_np(&actions_, STDERR_FILENO + 1);
@@ -45,7 +45,7 @@ class FileActions {
   posix_spawn_file_actions_t actions_{};
 };
 
-/// No signal blocked, none ignored, whatever the launching thread does.
+/// The child has no signal blocked or ignored, even if the launching thread has.
 class SpawnAttributes {
  public:
   SpawnAttributes() {
@@ -74,7 +74,7 @@ class SpawnAttributes {
   posix_spawnattr_t attributes_{};
 };
 
-/// The form in which the system takes them; it does not write to the texts.
+/// The arguments in the form that the system takes. The system does not write to the texts.
 std::vector<char*> argumentPointers(const std::string& executable,
                                     const std::vector<std::string>& arguments) {
   std::vector<char*> pointers;
