@@ -23,7 +23,8 @@ std::shared_ptr<const ApplicationIdentity> DesktopApplications::applicationOf(
     const bool standsForItself = facts.hasTerminal && facts.session != unit.mainSession;
     if (!standsForItself) return unit.application;
   }
-  // The desktop uses no units, or somebody started the program by hand.
+  // No unit tells the application. The desktop may use no units, or somebody started the program by
+  // hand.
   const auto application = files_.findByProgram(facts.program);
   return application ? identityOf(*application) : nullptr;
 }

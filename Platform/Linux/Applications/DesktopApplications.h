@@ -30,7 +30,8 @@ class DesktopApplications : public ApplicationResolver {
   /// What is remembered of a unit.
   struct Unit {
     Identity application;  ///< Null for a unit that names no installed application.
-    /// The unit's main process is the oldest one that was seen in it.
+    /// The main process of a unit is the oldest one that was seen in it. These are its start and
+    /// session.
     std::uint64_t mainStart = UINT64_MAX;
     std::int32_t mainSession = 0;
   };

@@ -30,7 +30,8 @@ char escapedCharacter(char letter) {
   }
 }
 
-/// A backslash that begins no escape of the format stays, because it may belong to another layer.
+/// A backslash that begins no escape of this format stays, because it may belong to a format within
+/// the value.
 std::string unescaped(std::string_view value) {
   std::string plain;
   for (std::size_t at = 0; at < value.size(); ++at) {
@@ -43,7 +44,7 @@ std::string unescaped(std::string_view value) {
 }
 
 bool isTrue(std::string_view value) {
-  return value == "true" || value == "1";  // "1" is from times before the standard.
+  return value == "true" || value == "1";  // "1" is older than the standard.
 }
 
 /// Reads the lines of the one group that the program uses.

@@ -7,8 +7,8 @@
 
 namespace platform {
 
-/// What a desktop file says of an application, as far as the program needs it. A value, made from
-/// text alone.
+/// What a desktop file says of an application, as far as this program needs it. A plain value that
+/// is made from text alone.
 struct DesktopEntry {
   std::string type;     ///< "Application", "Link", "Directory".
   std::string name;     ///< In the user's language, safe to show; empty when there is none.
@@ -16,7 +16,8 @@ struct DesktopEntry {
   std::string tryExec;  ///< A program that must be there for the entry to count.
   bool terminal = false;
   bool noDisplay = false;
-  /// The entry counts as deleted, and hides entries of less important folders.
+  /// Whether the entry counts as deleted. It then hides entries with the same id in less important
+  /// folders.
   bool hidden = false;
 
   bool operator==(const DesktopEntry&) const = default;
@@ -26,7 +27,7 @@ struct DesktopEntry {
   static std::optional<DesktopEntry> parse(std::string_view text,
                                            const std::vector<std::string>& localeVariants);
 
-  /// The languages that suit a user of `locale`, the best first: for "de_AT.UTF-8@euro" they are
+  /// The languages for a user of `locale`, the best first: for "de_AT.UTF-8@euro" they are
   /// de_AT@euro, de_AT, de@euro and de. There are none when `locale` names no language.
   static std::vector<std::string> localeVariants(std::string_view locale);
 };

@@ -20,7 +20,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// A file with names in a hundred languages has a tenth of this size.
+/// Even a file with names in a hundred languages has only a tenth of this size.
 constexpr std::size_t kCapacity = std::size_t{1} << 20;
 
 std::optional<DesktopApplication> applicationOf(std::string_view id,
@@ -112,7 +112,8 @@ void DesktopFiles::buildProgramIndex() {
     const std::vector<std::string> words = execWords(entry->exec);
     const Rank rank(entry->noDisplay, countOptions(words), id);
     if (!words.empty()) claim(words.front(), rank, *application);
-    // A starter starts other programs, and `TryExec` may name the program that it starts.
+    // The command may be a starter of other programs. `TryExec` may name the program that it
+    // starts.
     claim(entry->tryExec, rank, *application);
   }
 }

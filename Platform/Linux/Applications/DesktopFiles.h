@@ -13,7 +13,7 @@
 
 namespace platform {
 
-/// An application that is installed.
+/// An installed application.
 struct DesktopApplication {
   std::string id;             ///< The id of its desktop file, such as "org.gnome.Nautilus".
   std::string localizedName;  ///< In the user's language; not empty.
@@ -41,22 +41,21 @@ class DesktopFiles {
 
   explicit DesktopFiles(Places places = environmentPlaces());
 
-  /// The application whose desktop file has `id`. Absent for an entry that is hidden, has no name,
-  /// or is no application.
+  /// The application whose desktop file has the id `id`. Absent when the entry is hidden, has no
+  /// name, or is no application.
   std::optional<DesktopApplication> find(std::string_view id);
 
-  /// The application that the program at `path`, as the kernel gives it, belongs to: the one that
-  /// names the program in `Exec` or `TryExec`. Among several, an application that menus show goes
-  /// before one that they do not, and a plain command before one with options. Absent for
-  /// applications that run in a terminal, and for interpreters and starters, which may run
-  /// anything.
+  /// The application that names the program at `path` in `Exec` or `TryExec`. `path` is the one
+  /// that the kernel tells. Among several applications, one that menus show goes before one that
+  /// they do not show, and a plain command goes before one with options. Absent for applications
+  /// that run in a terminal, and for interpreters and starters, which may run anything.
   std::optional<DesktopApplication> findByProgram(std::string_view path);
 
-  /// Forgets everything that was read if an application has come or gone since.
+  /// Forgets everything that was read if an application was installed or removed since.
   void refresh();
 
  private:
-  /// How well an entry stands for its program; the smallest rank is the best.
+  /// How well an entry fits its program. The smallest rank fits best.
   using Rank = std::tuple<bool, std::size_t, std::string>;
   struct Claim {
     Rank rank;

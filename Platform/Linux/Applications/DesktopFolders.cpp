@@ -64,7 +64,7 @@ void DesktopFolders::noteRealFolders(const fs::path& folder, int depth) {
 }
 
 void DesktopFolders::scan(const fs::path& folder, const std::string& prefix, int depth) {
-  // The stamp is taken before the names are read, so that a change meanwhile shows next time.
+  // The stamp is taken before the names are read, so that `hasChanged` notices a change in between.
   const FileStamp stamp = stampOf(folder);
   const Identity identity = identityOf(folder);
   // A missing folder is watched as well.

@@ -8,14 +8,14 @@
 
 namespace platform {
 
-/// Names processes as the process tracker knows them. Main thread only; `tracker` must outlive it.
+/// Tells the names of processes that the process tracker knows. Main thread only; `tracker` must
+/// outlive it.
 class LinuxRunningApplications : public tidewell::RunningApplications {
  public:
   LinuxRunningApplications(ProcessTracker& tracker, std::shared_ptr<NamedHolders> namedHolders);
 
-  /// Also names processes that are no application, by their executable's name, so that the user can
-  /// ignore them. It also names the holder of an assertion that a session service lists only by
-  /// name.
+  /// A process that belongs to no application has the name of its executable, so that the user can
+  /// ignore it. A negative number from `NamedHolders` has the name of its holder.
   std::shared_ptr<const tidewell::RunningApplication> withProcessIdentifier(
       std::int32_t pid) override;
 

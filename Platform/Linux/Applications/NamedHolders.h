@@ -11,17 +11,17 @@ namespace platform {
 /// Gives numbers to applications that a session service lists only by name, so that they can stand
 /// among process identifiers. The numbers are negative, and so differ from those of all processes.
 ///
-/// The list of assertions hands the numbers out, and whoever names the holders looks them up. Main
+/// `InhibitorList` hands the numbers out, and `LinuxRunningApplications` looks up the names. Main
 /// thread only.
 class NamedHolders {
  public:
-  /// The application's number. It stays the same as long as it is kept.
+  /// The number of the application. It stays the same until it is forgotten.
   std::int32_t identifierFor(const std::string& applicationId);
 
-  /// Absent for a number that was never given, or is no longer kept.
+  /// Absent for a number that was never given, or was forgotten.
   [[nodiscard]] std::optional<std::string> applicationId(std::int32_t identifier) const;
 
-  /// Forgets all other numbers.
+  /// Forgets all numbers except `identifiers`.
   void keepOnly(const std::set<std::int32_t>& identifiers);
 
  private:

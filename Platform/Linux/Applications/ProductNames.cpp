@@ -11,8 +11,9 @@ struct ProductName {
   std::string_view bundleIdentifier;
 };
 
-/// An id that is the same in the catalogue, such as "org.mozilla.firefox", needs no line. Test
-/// versions, and works of others (a free client for a paid service), are products of their own.
+/// An id that the catalogue has itself, such as "org.mozilla.firefox", needs no line. A test
+/// version is a product of its own, and so is a program of another maker (a free client for a paid
+/// service).
 constexpr std::array kProducts = std::to_array<ProductName>({
     {"com.blackmagicdesign.resolve", "com.blackmagic-design.DaVinciResolve"},
     {"DaVinciResolve", "com.blackmagic-design.DaVinciResolve"},

@@ -14,7 +14,7 @@ constexpr std::string_view kScope = ".scope";
 constexpr std::string_view kService = ".service";
 constexpr std::size_t kLongestName = 255;
 
-/// `text` without `prefix`, or nothing if it does not begin so.
+/// `text` without `prefix`. Absent when `text` does not begin with it.
 std::optional<std::string_view> after(std::string_view text, std::string_view prefix) {
   if (!text.starts_with(prefix)) return std::nullopt;
   return text.substr(prefix.size());
@@ -25,8 +25,8 @@ std::string_view beforeLast(std::string_view text, char separator) {
   return last == std::string_view::npos ? std::string_view() : text.substr(0, last);
 }
 
-/// The path of the line "0::<path>", without the mark that the kernel adds when the group of a
-/// living process was removed.
+/// The path in the line "0::<path>". The kernel adds a mark to the path when the group of a living
+/// process was removed; the result does not have the mark.
 std::string_view unifiedPath(std::string_view file) {
   while (!file.empty()) {
     std::string_view line = file.substr(0, file.find('\n'));
@@ -46,7 +46,7 @@ int hexDigit(char character) {
   return -1;
 }
 
-/// Undoes the service manager's "\x2d".
+/// Replaces the service manager's escapes, such as "\x2d".
 std::string withoutHexEscapes(std::string_view text) {
   std::string plain;
   for (std::size_t at = 0; at < text.size(); ++at) {
@@ -66,8 +66,8 @@ void add(Ids& ids, std::string_view escaped) {
   ids.push_back(id);
 }
 
-/// Adds `body` as it stands, and then without what may be the launcher: from behind each dash, one
-/// after the other.
+/// Adds `body`, and then the part of `body` after each dash, because what stands before may be the
+/// launcher.
 void addReadings(Ids& ids, std::string_view body) {
   if (const auto flatpak = after(body, "flatpak-")) body = *flatpak;
   add(ids, body);
@@ -77,7 +77,7 @@ void addReadings(Ids& ids, std::string_view body) {
   }
 }
 
-/// Adds `<snap>.<app>`, whose desktop file the system calls `<snap>_<app>`.
+/// Adds the id for `<snap>.<app>`, whose desktop file is called `<snap>_<app>`.
 void addSnap(Ids& ids, std::string_view name) {
   constexpr std::size_t uuidLength = 36;
   if (name.size() <= uuidLength + 1) return;

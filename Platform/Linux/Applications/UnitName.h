@@ -6,8 +6,8 @@
 
 namespace platform {
 
-/// The unit of the service manager that a process belongs to, and what the unit's name says of the
-/// application. A value, made from text alone.
+/// The unit of the service manager to which a process belongs. The unit's name may tell the
+/// application. A plain value that is made from text alone.
 ///
 /// Desktops start every application in a unit of its own and name the unit after it:
 /// `app-[launcher-]<id>-<random>.scope`, `app-[launcher-]<id>[@instance].service`,
@@ -15,7 +15,7 @@ namespace platform {
 /// `dbus-:<n>-<id>@<n>.service`.
 class UnitName {
  public:
-  /// For a process in no unit.
+  /// The name for a process without a unit.
   UnitName() = default;
 
   /// The innermost unit in the unified hierarchy's line of `/proc/<pid>/cgroup`. A group below a
@@ -28,9 +28,10 @@ class UnitName {
   /// The control group of the unit. It tells apart two units of the same name.
   [[nodiscard]] const std::string& path() const { return path_; }
 
-  /// The desktop ids that the name may mean, the likeliest first; none for a unit of no
-  /// application. The launcher is optional, and both it and the id may hold dashes, so the name
-  /// means the first id for which there is a desktop file. Every id is safe as a file name.
+  /// The desktop ids that the name may mean, the likeliest first. There are none when the unit is
+  /// not one of an application. The launcher is optional, and both the launcher and the id may
+  /// contain dashes, so the name means the first id that has a desktop file. Each id is safe as a
+  /// file name.
   [[nodiscard]] std::vector<std::string> applicationIds() const;
 
   bool operator==(const UnitName&) const = default;

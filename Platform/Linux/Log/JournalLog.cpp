@@ -36,13 +36,13 @@ bool isWritable(int file, steady_clock::time_point deadline) {
     const auto left = std::chrono::ceil<milliseconds>(deadline - steady_clock::now());
     const int ready = poll(&wait, 1, static_cast<int>(std::max(left, milliseconds(0)).count()));
     if (ready < 0 && errno == EINTR) continue;
-    // A pipe that nobody reads any more is ready as well, but writing to it would end the program.
+    // A pipe without a reader is ready too, but writing to it would end the program.
     return ready > 0 && wait.revents == POLLOUT;
   }
 }
 
-/// Whether a journal listens and has room. Without one, the library would report success; with one
-/// that hangs, it would wait for ever.
+/// Whether a journal listens and has room. Without a journal, the library would report success.
+/// With a journal that hangs, the library would wait for ever.
 bool journalAccepts() {
   const Descriptor socket(::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
   sockaddr_un address{};
@@ -53,12 +53,12 @@ bool journalAccepts() {
          isWritable(socket.get(), steady_clock::now() + kPatience);
 }
 
-/// The text is not changed; the journal's interface merely lacks a const.
+/// The journal does not change the text, although its interface takes no constant text.
 iovec field(std::string& text) {
   return {text.data(), text.size()};
 }
 
-/// One destination in the journal.
+/// Writes the messages of one subsystem and category.
 class JournalLogger : public tidewell::SystemLogger {
  public:
   JournalLogger(std::string subsystem, std::string category);
@@ -99,7 +99,7 @@ void JournalLogger::writeToStandardError(const std::string& message) const {
   const std::string line = subsystem_ + " [" + category_ + "] " + message + "\n";
   const auto deadline = steady_clock::now() + kPatience;
   std::string_view rest = line;
-  // A pipe that is ready takes this much without blocking.
+  // A pipe that is ready takes PIPE_BUF bytes without blocking.
   while (!rest.empty() && isWritable(STDERR_FILENO, deadline)) {
     const std::string_view piece = rest.substr(0, PIPE_BUF);
     const ssize_t written = write(STDERR_FILENO, piece.data(), piece.size());

@@ -7,9 +7,9 @@
 
 namespace platform {
 
-/// The system's journal, with the subsystem and the category as fields of their own; where no
-/// journal listens, standard error. Safe from any thread. A message waits a tenth of a second at
-/// most, and is then lost.
+/// Writes to the system's journal, with fields for the subsystem and the category, or to standard
+/// error when no journal listens. Safe from any thread. Writing a message waits for a tenth of a
+/// second at most; after that the message is lost.
 class JournalLog : public tidewell::SystemLog {
  public:
   std::shared_ptr<tidewell::SystemLogger> makeLogger(const std::string& subsystem,

@@ -9,10 +9,10 @@
 
 namespace platform {
 
-/// A serial queue for the loop's thread. Work that one of the main loop's actions submits begins
-/// after that action, so that quick work does not change what the action is still reading.
+/// A serial queue for submitters on the loop's thread. When an action of the loop submits work, the
+/// work begins after the action, so that it does not change what the action is still reading.
 ///
-/// Other work begins at once. To be used on the loop's thread only; the loop must outlive it.
+/// Other work begins at once. The loop's thread only; the loop must outlive the queue.
 class AfterActionQueue : public tidewell::SerialQueue {
  public:
   AfterActionQueue(EventLoop& loop, std::shared_ptr<tidewell::SerialQueue> queue)

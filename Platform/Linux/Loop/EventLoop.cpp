@@ -39,8 +39,7 @@ std::unique_ptr<tidewell::RepeatingTimer> EventLoop::scheduleRepeating(
 
 void EventLoop::async(std::function<void()> work) {
   posted_.push_back(std::move(work));
-  // A descriptor is used rather than a deferred source, because a foreign loop sees only
-  // descriptors.
+  // A foreign loop sees only descriptors, so a deferred source would not wake it.
   if (posted_.size() == 1) ::eventfd_write(wakeUp_.get(), 1);
 }
 
@@ -83,7 +82,7 @@ void EventLoop::watchTerminationSignals(std::function<void()> action) {
   if (!first) return;
   pthread_sigmask(SIG_SETMASK, nullptr, &formerMask_);
   for (const int number : {SIGTERM, SIGINT, SIGHUP}) {
-    // A signal that was ignored from the start stays ignored, as nohup and shells want it.
+    // A signal that was ignored from the start stays ignored, as nohup and shells expect.
     struct sigaction current {};
     if (sigaction(number, nullptr, &current) == 0 && current.sa_handler == SIG_IGN) continue;
     sd_event_source* source = nullptr;
@@ -123,7 +122,7 @@ void EventLoop::pump() {
 }
 
 void EventLoop::wake() {
-  // Only an armed loop sleeps and does not see the change. In any other state it looks by itself.
+  // An armed loop sleeps and does not see the change. In any other state the loop looks by itself.
   if (sd_event_get_state(event_) == SD_EVENT_ARMED) ::eventfd_write(wakeUp_.get(), 1);
 }
 

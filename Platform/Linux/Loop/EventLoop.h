@@ -15,9 +15,10 @@ namespace platform {
 
 /// The main thread's loop, on sd-event.
 ///
-/// Everything happens on the thread that made it. It either runs by itself (`run`) or is driven by
-/// another loop (`pump`), never both at once. It ends the process with a message when the kernel
-/// has no descriptors left for it. Destroying the loop drops posted work that has not run yet.
+/// Everything happens on the thread that made the loop. The loop either runs by itself (`run`) or
+/// is driven by another loop (`pump`), never both at once. The constructor ends the process with a
+/// message when the kernel gives no descriptors. Destroying the loop drops posted work that has not
+/// run yet.
 class EventLoop : public tidewell::MainLoop {
  public:
   EventLoop();
@@ -29,8 +30,8 @@ class EventLoop : public tidewell::MainLoop {
       tidewell::Seconds interval, std::function<void()> action) override;
   void async(std::function<void()> work) override;
 
-  /// Runs until `stop`, and returns the status that `stop` was given. It may be called again
-  /// afterwards. After an earlier `stop` it returns at once.
+  /// Runs until `stop` is called, and returns the status that `stop` got. If `stop` was called
+  /// before, it returns at once. It may be called again.
   int run();
   void stop(int status = 0);
   [[nodiscard]] bool isStopping() const { return stopping_; }
@@ -41,12 +42,12 @@ class EventLoop : public tidewell::MainLoop {
   /// Whether one of the loop's own actions is running.
   [[nodiscard]] bool isDispatching() const;
 
-  /// Runs `action` on SIGTERM, SIGINT and SIGHUP, which then do not end the process, until the loop
-  /// is destroyed.
+  /// Runs `action` on SIGTERM, SIGINT and SIGHUP. Until the loop is destroyed, these signals do not
+  /// end the process.
   ///
   /// Blocks the three signals in the calling thread, and so in every thread that this thread starts
-  /// later: call it before any other thread exists. Programs inherit the mask too. Whoever starts a
-  /// program must clear it (POSIX_SPAWN_SETSIGMASK), or the program cannot be terminated.
+  /// later: call it before any other thread exists. A started program would inherit the mask and
+  /// could not be terminated, so clear the mask when you start one (POSIX_SPAWN_SETSIGMASK).
   void watchTerminationSignals(std::function<void()> action);
 
   /// The event object, to which sources can be added. The loop owns it.
@@ -54,10 +55,10 @@ class EventLoop : public tidewell::MainLoop {
 
   /// Readable when there is something for `pump` to do.
   [[nodiscard]] int descriptor() const;
-  /// For a foreign loop: handles what is ready without waiting, and arms the descriptor again. Does
-  /// nothing when one of the loop's own actions calls it.
+  /// To be called by a foreign loop. Handles what is ready without waiting, and arms the descriptor
+  /// again. Does nothing when an action of this loop calls it.
   void pump();
-  /// Makes a foreign loop call `pump` soon. Needed after changes that no descriptor shows.
+  /// Makes a foreign loop call `pump` soon. Call it after changes that no descriptor shows.
   void wake();
 
  private:

@@ -6,8 +6,8 @@
 
 namespace platform {
 
-/// The one owner of an event source, which fires no more once this object is gone. Move-only; the
-/// loop's thread only. The source's own handler may destroy it.
+/// Owns an event source, which does not fire any more when the owner is gone. Move-only; the loop's
+/// thread only. The source's own handler may destroy the owner.
 class EventSource {
  public:
   EventSource() = default;

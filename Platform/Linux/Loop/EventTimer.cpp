@@ -13,7 +13,7 @@ namespace platform {
 namespace {
 
 constexpr std::uint64_t kShortestInterval = 100;
-/// At 0, sd-event would take an accuracy of a quarter of a second.
+/// With 0, sd-event would take an accuracy of a quarter of a second.
 constexpr std::uint64_t kSharpest = 1;
 constexpr double kLongestSeconds = 1e9;
 
@@ -31,7 +31,7 @@ std::uint64_t microseconds(tidewell::Seconds duration, std::uint64_t least) {
 
 }  // namespace
 
-/// The handler shares it while it runs, so that the action may destroy its timer.
+/// The handler shares the state while it runs, so that the action may destroy the timer.
 struct EventTimer::State : std::enable_shared_from_this<State> {
   EventSource source;
   std::function<void()> action;

@@ -10,8 +10,9 @@
 
 namespace platform {
 
-/// The next firing of a timer that was due at `due` and fires at `now`, in microseconds: the first
-/// point after `now` on the grid of `interval` (not 0) through `due`, however late the firing is.
+/// The time of the next firing of a timer that was due at `due` and fires at `now`. The result is
+/// the first time after `now` that lies a multiple of `interval` after `due`. All times are in
+/// microseconds; `interval` is not 0.
 constexpr std::uint64_t nextFiring(std::uint64_t due, std::uint64_t interval, std::uint64_t now) {
   const std::uint64_t next = due + interval;
   return next > now ? next : next + ((now - next) / interval + 1) * interval;
@@ -19,11 +20,11 @@ constexpr std::uint64_t nextFiring(std::uint64_t due, std::uint64_t interval, st
 
 /// A repeating timer on sd-event and the monotonic clock.
 ///
-/// It keeps to the grid of its first firing: a late firing does not shift the later ones, and
-/// firings that were missed while the thread was busy are left out. The clock stands still while
-/// the machine sleeps. So the rest of an interval passes after the wake, and no tick is due before
-/// the news of the wake has come. Its own action may invalidate or destroy it. The loop's thread
-/// only.
+/// All firings lie a multiple of the interval after the first one: a late firing does not delay the
+/// later ones, and firings that were missed while the thread was busy are left out. The clock
+/// stands still while the machine sleeps. So the rest of an interval passes after the wake, and the
+/// program hears of the wake before the next tick is due. The timer's own action may invalidate or
+/// destroy the timer. The loop's thread only.
 class EventTimer : public tidewell::RepeatingTimer {
  public:
   /// Ends the process with a message when the kernel gives no timer.

@@ -16,7 +16,7 @@ namespace {
 
 #if defined(__SANITIZE_THREAD__)
 /// The thread sanitizer knows only one table of descriptors. It takes equal numbers in two tables
-/// for one descriptor, and reports a race.
+/// for the same descriptor and reports a race.
 constexpr bool kMayHaveItsOwnDescriptors = false;
 #else
 constexpr bool kMayHaveItsOwnDescriptors = true;
@@ -26,8 +26,7 @@ constexpr std::size_t kStackBytes = std::size_t{256} << 10;
 constexpr std::size_t kThreadNameLength = 15;
 constexpr int kNiceness = 5;
 
-/// Blocks every signal while it lives, so that a thread that is started meanwhile has them blocked
-/// too.
+/// Blocks all signals as long as it exists. A thread that is started meanwhile inherits that.
 class SignalsBlocked {
  public:
   SignalsBlocked() {
@@ -45,7 +44,7 @@ class SignalsBlocked {
 
 }  // namespace
 
-/// Owned by the queue and by its thread, because either may end first.
+/// The queue and its thread own it together, because either may end first.
 struct ThreadQueue::State {
   State(std::string queueLabel, Descriptors whose, Priority which)
       : label(std::move(queueLabel)), descriptors(whose), priority(which) {}
@@ -53,7 +52,7 @@ struct ThreadQueue::State {
   const std::string label;
   const Descriptors descriptors;
   const Priority priority;
-  std::mutex lock;  ///< Guards the rest, except `thread`, which only the queue's owner touches.
+  std::mutex lock;  ///< Guards what follows, except `thread`, which is for the queue's owner only.
   std::condition_variable changed;
   std::deque<std::function<void()>> pending;
   bool hasThread = false;
@@ -86,7 +85,7 @@ ThreadQueue::~ThreadQueue() {
 }
 
 void ThreadQueue::async(std::function<void()> work) {
-  // Once the lock is free, the work may begin and end the queue.
+  // When the lock is free, the work may run and destroy the queue, so the state is kept here.
   const std::shared_ptr<State> state = state_;
   std::unique_lock lock(state->lock);
   const bool hasThread = state->hasThread || startThread();
@@ -96,7 +95,7 @@ void ThreadQueue::async(std::function<void()> work) {
   }
   state->pending.push_back(std::move(work));
   lock.unlock();
-  // After the lock is free, or the thread would wake only to wait for it.
+  // The lock must be free, or else the thread wakes only to wait for the lock.
   state->changed.notify_one();
 }
 
@@ -118,11 +117,11 @@ bool ThreadQueue::startThread() {
 void* ThreadQueue::runThread(void* argument) {
   const std::unique_ptr<std::shared_ptr<State>> state(
       static_cast<std::shared_ptr<State>*>(argument));
-  // An old kernel cannot do this, and leaves the descriptors shared.
+  // On an old kernel this fails, and the descriptors stay shared.
   if (kMayHaveItsOwnDescriptors && (*state)->descriptors == Descriptors::own)
     close_range(STDERR_FILENO + 1, ~0U, CLOSE_RANGE_UNSHARE);
   pthread_setname_np(pthread_self(), (*state)->label.substr(0, kThreadNameLength).c_str());
-  // On Linux this number stands for one thread, not for the process.
+  // On Linux this identifier means one thread, not the process.
   const auto self = static_cast<id_t>(gettid());
   if ((*state)->priority == Priority::lower)
     setpriority(PRIO_PROCESS, self, getpriority(PRIO_PROCESS, self) + kNiceness);
@@ -139,7 +138,7 @@ void ThreadQueue::State::workUntilStopped() {
     pending.pop_front();
     guard.unlock();
     work();
-    work = nullptr;  // Its end may end the queue, which takes the lock.
+    work = nullptr;  // Destroying the work may destroy the queue, which takes the lock.
     guard.lock();
   }
 }

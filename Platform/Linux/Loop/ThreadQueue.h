@@ -10,22 +10,21 @@ namespace platform {
 
 /// A serial queue on a thread of its own, which starts with the first piece of work.
 ///
-/// The thread is named after the label (its first 15 bytes), has every signal blocked, and runs at
-/// a slightly lower priority unless it is to have its owner's. Where no thread can be started,
-/// `async` runs the work itself: a short delay is better than work that never comes and for which
-/// its submitter waits.
+/// The thread has the first 15 bytes of the label as its name, all signals blocked, and a slightly
+/// lower priority unless `Priority::owners` is given. When no thread can be started, `async` runs
+/// the work itself, because a short delay is better than waiting for work that never runs.
 ///
-/// Destroying the queue drops the work that has not begun and waits for the piece that is running.
-/// When that piece destroys the queue, or after `abandon`, the queue does not wait, and the thread
-/// ends after that piece.
+/// Destroying the queue drops the work that has not begun, and waits for the work that is running.
+/// It does not wait when that work itself destroys the queue, or after `abandon`; the thread then
+/// ends after that work.
 class ThreadQueue : public tidewell::SerialQueue {
  public:
-  /// Whether the thread sees the process's descriptors, or only its own and the standard ones. A
-  /// thread that the kernel may block for long should have its own: all that it shares stays open
-  /// until the thread is free again, even when the process was killed.
+  /// Whether the thread shares the process's descriptors, or has its own and the standard ones. A
+  /// thread that the kernel may block for long should have its own, because shared descriptors stay
+  /// open until the thread is free again, even after the process was killed.
   enum class Descriptors { shared, own };
 
-  /// A thread that somebody waits for should have its owner's priority.
+  /// `owners` is for a thread for which its owner waits.
   enum class Priority { lower, owners };
 
   explicit ThreadQueue(std::string label, Descriptors descriptors = Descriptors::shared,
@@ -36,7 +35,7 @@ class ThreadQueue : public tidewell::SerialQueue {
 
   void async(std::function<void()> work) override;
 
-  /// Lets the thread go, whatever it is doing. The queue is of no use afterwards.
+  /// Leaves the thread alone, whatever it is doing. Do not use the queue afterwards.
   void abandon() { isAbandoned_ = true; }
 
  private:

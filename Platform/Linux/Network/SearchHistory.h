@@ -17,9 +17,8 @@ class SearchHistory {
  public:
   explicit SearchHistory(SocketHolders& holders) : holders_(holders) {}
 
-  /// Lists all processes anew and replaces `candidates` with those that are worth a search, the
-  /// highest identifier first, because of a parent and a child that share a socket, the child uses
-  /// it.
+  /// Lists all processes anew and replaces `candidates` with those that are worth a search. The
+  /// highest identifier comes first: when a parent and a child share a socket, the child uses it.
   void findCandidates(std::vector<std::int32_t>& candidates);
 
   /// Notes that `pid`, which the last list had, was searched to the end or refused.

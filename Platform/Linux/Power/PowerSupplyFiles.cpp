@@ -14,7 +14,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// What a battery holds and could hold. Only contents of one kind can be added up.
+/// The present and the full contents of a battery. Only contents of one kind can be added up.
 struct Contents {
   enum class Kind { energy, charge };
   Kind kind;
@@ -83,7 +83,7 @@ void readSupply(const fs::path& supply, Supplies& supplies) {
   }
 }
 
-/// The sum when all contents are of one kind.
+/// The percentage of the summed contents. Absent unless all contents are of one kind.
 std::optional<double> percentageByContents(const std::vector<Battery>& batteries) {
   double now = 0;
   double full = 0;
@@ -115,7 +115,7 @@ bool isOnBattery(const Supplies& supplies) {
   const bool discharging =
       std::any_of(supplies.batteries.begin(), supplies.batteries.end(),
                   [](const Battery& battery) { return battery.isDischarging; });
-  // Without an adapter among the supplies, a battery that does not run down is being fed.
+  // Even if no supply is an adapter, a battery that does not discharge gets power from somewhere.
   return discharging || supplies.mainsOffline;
 }
 

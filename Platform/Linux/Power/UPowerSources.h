@@ -10,12 +10,12 @@
 
 namespace platform {
 
-/// Power sources as UPower tells them, or the kernel where UPower is absent, and the power-saving
-/// mode as the power profiles service tells it.
+/// Reads the power sources from UPower, or from the kernel when UPower is absent, and the
+/// power-saving mode from the power profiles service.
 ///
-/// The services are read once and followed from then on, so that a tick costs no call. UPower is
-/// started at the first reading if it can be, and never again; the profiles service, which would
-/// change the machine's settings by starting, never.
+/// Each service is read once, and its changes are followed from then on, so that a tick costs no
+/// call. The first reading starts UPower if that is possible, and no later reading does. The
+/// profiles service is never started, because its start would change the machine's settings.
 class UPowerSources : public tidewell::PowerSources {
  public:
   /// `systemBus` must outlive this.
@@ -23,7 +23,7 @@ class UPowerSources : public tidewell::PowerSources {
                          std::filesystem::path supplies = "/sys/class/power_supply");
 
   bool isLowPowerModeEnabled() override;
-  /// All batteries as one source.
+  /// All batteries together, as one source.
   std::optional<tidewell::PowerSource> source() override;
 
  private:

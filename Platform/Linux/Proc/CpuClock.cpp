@@ -7,8 +7,8 @@
 namespace platform {
 namespace {
 
-/// How the kernel encodes "the scheduler's clock of that process" in a clock identifier. The C
-/// library's clock_getcpuclockid makes the same number, at the price of a second call.
+/// Makes the kernel's identifier for the scheduler's clock of a process. The C library's
+/// clock_getcpuclockid makes the same number but costs a second system call.
 clockid_t clockOf(std::int32_t pid) {
   constexpr unsigned kSchedulerClock = 2;
   return static_cast<clockid_t>((~static_cast<unsigned>(pid) << 3) | kSchedulerClock);
@@ -26,7 +26,8 @@ std::optional<std::uint64_t> KernelCpuClock::nanoseconds(std::int32_t pid) {
 bool KernelCpuClock::isAvailable() {
   const pid_t self = getpid();
   if (!nanoseconds(self)) return false;
-  // Some sandboxes know the caller's own clock only. Whoever is alone has nobody else to ask of.
+  // Some sandboxes allow only the clock of the caller itself. So another process is asked for, if
+  // there is one.
   const auto isReadable = [&](pid_t other) {
     return other > 0 && other != self && nanoseconds(other).has_value();
   };

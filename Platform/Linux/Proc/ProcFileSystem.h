@@ -11,11 +11,11 @@
 
 namespace platform {
 
-/// Reads the files of `/proc`. Whatever vanishes half-read is absent. One thread at a time.
+/// Reads the files of `/proc`. A file that vanishes during the reading is absent. One thread at a
+/// time.
 class ProcFileSystem {
  public:
-  /// The largest file that is read whole; what is longer is cut. Long control groups of many
-  /// hierarchies fit.
+  /// The size to which longer files are cut. Long control groups of many hierarchies fit.
   static constexpr std::size_t kFileCapacity = 16384;
 
   /// `root` is "/proc", or a folder of the same shape.
@@ -24,21 +24,22 @@ class ProcFileSystem {
   /// The identifiers of all processes, ascending. Absent when the folder cannot be read.
   std::optional<std::vector<std::int32_t>> pids();
 
-  /// The identifier that the kernel gave out last, to a process or a thread: the last field of
-  /// `loadavg`. Absent when that cannot be told.
+  /// The identifier that the kernel gave last to a process or a thread, from the last field of
+  /// `loadavg`. Absent when it cannot be read.
   std::optional<std::int32_t> newestPid();
 
-  /// The content of file `name` of process `pid`, in a buffer that the next call uses again.
+  /// The content of file `name` of process `pid`. It is valid until the next call.
   std::optional<std::string_view> read(std::int32_t pid, const char* name);
 
-  /// As `read`, from a descriptor that `open` returned; a file of `/proc` starts afresh each time.
+  /// Does the same with a descriptor that `open` returned. Each call reads the file from its
+  /// beginning, with its present content.
   std::optional<std::string_view> read(const Descriptor& file);
 
-  /// Empty when it cannot be opened.
+  /// Empty when the file cannot be opened.
   Descriptor open(std::int32_t pid, const char* name);
 
-  /// What a symbolic link of the process points to, in the same buffer. When absent, `errno` says
-  /// why.
+  /// The target of a symbolic link of the process, valid until the next call. When it is absent,
+  /// `errno` says why.
   std::optional<std::string_view> readLink(std::int32_t pid, const char* name);
 
  private:

@@ -15,7 +15,7 @@ std::optional<std::uint64_t> counter(std::string_view text, std::string_view lab
 }  // namespace
 
 std::optional<ProcIo> parseProcIo(std::string_view text) {
-  // The line feeds tell "write_bytes" from "cancelled_write_bytes".
+  // Because of the line feeds, "cancelled_write_bytes" is not found.
   const auto readBytes = counter(text, "\nread_bytes: ");
   const auto writeBytes = counter(text, "\nwrite_bytes: ");
   if (!readBytes || !writeBytes) return std::nullopt;

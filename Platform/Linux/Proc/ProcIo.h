@@ -6,8 +6,8 @@
 
 namespace platform {
 
-/// What `/proc/<pid>/io` says: bytes that really went to or came from a block device, of the
-/// process and of the children that it has reaped.
+/// What `/proc/<pid>/io` tells: the bytes that really came from a block device or went to one. They
+/// include those of the children that the process has reaped.
 struct ProcIo {
   std::uint64_t readBytes = 0;
   std::uint64_t writeBytes = 0;

@@ -5,7 +5,7 @@
 namespace platform {
 namespace {
 
-/// The blank-separated fields behind the name, one after the other.
+/// Reads the fields after the name, which blanks separate, one after the other.
 class Fields {
  public:
   explicit Fields(std::string_view text) : rest_(text) {}

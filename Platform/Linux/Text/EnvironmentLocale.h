@@ -4,8 +4,9 @@
 
 namespace platform {
 
-/// The user's language for one purpose, as the environment names it ("de_DE.UTF-8"): `LC_ALL`, else
-/// the variable of that purpose (`LC_MESSAGES`, `LC_COLLATE`), else `LANG`. Empty when none is set.
+/// The user's language in the environment ("de_DE.UTF-8"). `purpose` is a variable such as
+/// `LC_MESSAGES` or `LC_COLLATE`. The language comes from `LC_ALL`, or else from that variable, or
+/// else from `LANG`. Empty when none is set.
 [[nodiscard]] std::string environmentLocale(const char* purpose);
 
 }  // namespace platform

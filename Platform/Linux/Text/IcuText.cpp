@@ -26,7 +26,7 @@ bool isAscii(std::string_view text) {
   return std::ranges::all_of(text, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
 }
 
-/// A carriage return and the line feed after it are one character.
+/// False for a carriage return as well, because a line feed after it belongs to the same character.
 bool hasOneCharacterAByte(std::string_view text) {
   return isAscii(text) && text.find('\r') == std::string_view::npos;
 }
@@ -69,8 +69,7 @@ void IcuText::Closer::operator()(UBreakIterator* iterator) const {
 }
 
 IcuText::IcuText(std::string locale) : locale_(std::move(locale)) {
-  // ICU takes these names for a language of its own, in which all upper case comes before all lower
-  // case.
+  // ICU takes these names for a language in which all upper case comes before all lower case.
   if (locale_ == "C" || locale_ == "POSIX" || locale_.starts_with("C.")) locale_.clear();
 }
 

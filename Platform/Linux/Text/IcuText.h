@@ -13,11 +13,10 @@ struct UCollator;
 
 namespace platform {
 
-/// Text by the rules of Unicode, from ICU. Safe from any thread.
+/// Handles text by the rules of Unicode, with ICU. Safe from any thread.
 ///
-/// Plain ASCII is handled at once; ICU's tables are opened at their first use. Where they are
-/// missing, letters beyond ASCII keep their case, the order is by code point, and only ASCII is
-/// padded.
+/// ICU's tables are opened at the first text that is not plain ASCII. When they are missing,
+/// letters beyond ASCII keep their case, the order is by code point, and only ASCII is padded.
 class IcuText : public tidewell::Text {
  public:
   /// `locale` names the user's language as the environment does ("de_DE.UTF-8"); "C" and "POSIX"

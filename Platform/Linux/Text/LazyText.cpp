@@ -44,7 +44,7 @@ std::string LazyText::lowercased(std::string_view text) {
 
 std::weak_ordering LazyText::localizedCaseInsensitiveCompare(std::string_view left,
                                                              std::string_view right) {
-  // Languages order plain letters differently as well.
+  // Languages differ even in the order of plain letters.
   if (tidewell::Text* unicode = expert()) {
     return unicode->localizedCaseInsensitiveCompare(left, right);
   }

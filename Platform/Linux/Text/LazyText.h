@@ -8,9 +8,9 @@
 
 namespace platform {
 
-/// Handles text of plain ASCII by itself, and leaves all other text to an expert. The first such
-/// text fetches the expert: most programs never meet one, and Unicode's tables take more memory
-/// than they do. Safe from any thread.
+/// Handles text of plain ASCII by itself, and leaves all other text to an expert. The expert is
+/// fetched for the first such text, because most runs of the program meet none, and Unicode's
+/// tables take more memory than the whole program. Safe from any thread.
 ///
 /// Without an expert, letters beyond ASCII keep their case, the order is by code point, and padding
 /// counts code points.

@@ -5,7 +5,7 @@
 namespace platform {
 
 /// The Unicode module offers this function under the name `kMakeText`. It returns a new object,
-/// which the caller is to destroy.
+/// which belongs to the caller.
 using MakeText = tidewell::Text* (*)();
 
 inline constexpr const char* kUnicodeModule = "libstaylit-unicode.so";

@@ -18,7 +18,8 @@ tidewell::WallTime SystemClock::wallTime() {
 
 void SystemClock::sleepFor(tidewell::Seconds duration) {
   constexpr tidewell::Seconds longest(1e9);
-  if (!(duration > tidewell::Seconds::zero())) return;  // Not a number does not sleep either.
+  // A duration that is not a number means no sleep either.
+  if (!(duration > tidewell::Seconds::zero())) return;
   std::this_thread::sleep_for(
       std::chrono::duration_cast<std::chrono::nanoseconds>(std::min(duration, longest)));
 }

@@ -9,8 +9,8 @@ class SystemClock : public tidewell::Clock {
  public:
   tidewell::Moment now() override;
   tidewell::WallTime wallTime() override;
-  /// Sleeps the whole time, whatever signals arrive; some decades at most. Does not sleep for a
-  /// negative duration.
+  /// Sleeps for the whole time, even if signals arrive, but at most for some decades. A negative
+  /// duration means no sleep.
   void sleepFor(tidewell::Seconds duration) override;
 };
 
