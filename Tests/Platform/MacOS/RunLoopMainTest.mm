@@ -13,7 +13,7 @@ namespace {
 
 /// Lets the main run loop run in that mode until the condition holds, for ten seconds at most.
 template <typename Condition>
-bool eventually(Condition condition, NSRunLoopMode mode = NSDefaultRunLoopMode) {
+bool loopsUntil(Condition condition, NSRunLoopMode mode = NSDefaultRunLoopMode) {
   NSDate* const end = [NSDate dateWithTimeIntervalSinceNow:10];
   while (!condition() && end.timeIntervalSinceNow > 0) {
     [NSRunLoop.mainRunLoop runMode:mode beforeDate:[NSDate dateWithTimeIntervalSinceNow:0.05]];
@@ -27,7 +27,7 @@ TEST(RunLoopMain, RunsWhatIsPostedInItsOrder) {
   loop.async([&] { log += "a"; });
   loop.async([&] { log += "b"; });
   EXPECT_EQ(log, "");
-  EXPECT_TRUE(eventually([&] { return log == "ab"; }));
+  EXPECT_TRUE(loopsUntil([&] { return log == "ab"; }));
 }
 
 TEST(RunLoopMain, RunsWhatIsPendingAtOnceAndOnlyOnce) {
@@ -37,7 +37,7 @@ TEST(RunLoopMain, RunsWhatIsPendingAtOnceAndOnlyOnce) {
   loop.runPending();
   EXPECT_EQ(log, "a");
   loop.async([&] { log += "b"; });
-  EXPECT_TRUE(eventually([&] { return log == "ab"; }));
+  EXPECT_TRUE(loopsUntil([&] { return log == "ab"; }));
 }
 
 TEST(RunLoopMain, ForgetsWhatIsPostedWhenItGoes) {
@@ -47,7 +47,7 @@ TEST(RunLoopMain, ForgetsWhatIsPostedWhenItGoes) {
   loop.reset();
   RunLoopMain other;
   other.async([&] { log += "b"; });
-  EXPECT_TRUE(eventually([&] { return !log.empty(); }));
+  EXPECT_TRUE(loopsUntil([&] { return !log.empty(); }));
   EXPECT_EQ(log, "b");
 }
 
@@ -58,7 +58,7 @@ TEST(RunLoopMain, ATimerFiresAgainAndAgainAndMayEndItself) {
   timer = loop.scheduleRepeating(tidewell::Seconds(0.01), [&] {
     if (++fired == 3) timer.reset();
   });
-  EXPECT_TRUE(eventually([&] { return fired == 3 && !timer; }));
+  EXPECT_TRUE(loopsUntil([&] { return fired == 3 && !timer; }));
 }
 
 TEST(RunLoopMain, ATimerFiresWhileAMenuIsOpen) {
@@ -66,7 +66,7 @@ TEST(RunLoopMain, ATimerFiresWhileAMenuIsOpen) {
   RunLoopMain loop;
   int fired = 0;
   const auto timer = loop.scheduleRepeating(tidewell::Seconds(0.01), [&] { ++fired; });
-  EXPECT_TRUE(eventually([&] { return fired > 0; }, NSEventTrackingRunLoopMode));
+  EXPECT_TRUE(loopsUntil([&] { return fired > 0; }, NSEventTrackingRunLoopMode));
 }
 
 TEST(RunLoopMain, RunsWhatIsPostedWhileAModalWindowIsShown) {
@@ -76,11 +76,11 @@ TEST(RunLoopMain, RunsWhatIsPostedWhileAModalWindowIsShown) {
   performModal([&] {
     bool wasRun = false;
     loop.async([&] { wasRun = true; });
-    wasRunMeanwhile = eventually([&] { return wasRun; });
+    wasRunMeanwhile = loopsUntil([&] { return wasRun; });
     isClosed = true;
   });
   EXPECT_FALSE(isClosed);
-  EXPECT_TRUE(eventually([&] { return isClosed; }));
+  EXPECT_TRUE(loopsUntil([&] { return isClosed; }));
   EXPECT_TRUE(wasRunMeanwhile);
 }
 
@@ -91,7 +91,7 @@ TEST(RunLoopMain, ShowsNoModalWindowWhileAMenuIsOpen) {
   [NSRunLoop.mainRunLoop runMode:NSEventTrackingRunLoopMode
                       beforeDate:[NSDate dateWithTimeIntervalSinceNow:0.05]];
   EXPECT_FALSE(isShown);
-  EXPECT_TRUE(eventually([&] { return isShown; }));
+  EXPECT_TRUE(loopsUntil([&] { return isShown; }));
 }
 
 }  // namespace

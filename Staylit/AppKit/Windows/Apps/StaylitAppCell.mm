@@ -7,11 +7,11 @@
 
 namespace {
 
-constexpr CGFloat kSpacing = 8;
+constexpr CGFloat kAppSpacing = 8;
 constexpr CGFloat kSymbolWidth = 17;
 constexpr CGFloat kDotSpacing = 6;
 constexpr CGFloat kDotSize = 6;
-constexpr CGFloat kMargin = 4;
+constexpr CGFloat kAppMargin = 4;
 
 void fixSize(NSView* view, CGFloat width, CGFloat height) {
   [NSLayoutConstraint activateConstraints:@[
@@ -67,8 +67,8 @@ NSButton* makeButton(id target, SEL action) {
   NSStackView* names = staylit::makeRow(@[ _name, _dot ], kDotSpacing);
   NSStackView* texts = staylit::makeColumn(@[ names, _detail ], 1);
   NSStackView* row = staylit::makeRow(
-      @[ makeSymbolPlace(_symbol), texts, staylit::makeSpacer(), _moveSymbol ], kSpacing);
-  staylit::fill(self, row, NSEdgeInsetsMake(kMargin, 0, kMargin, 0));
+      @[ makeSymbolPlace(_symbol), texts, staylit::makeSpacer(), _moveSymbol ], kAppSpacing);
+  staylit::fill(self, row, NSEdgeInsetsMake(kAppMargin, 0, kAppMargin, 0));
   staylit::fill(self, _button, NSEdgeInsetsMake(0, 0, 0, 0));
   return self;
 }

@@ -9,7 +9,7 @@ using staylit::AppsView;
 
 namespace {
 
-constexpr CGFloat kPadding = 16;
+constexpr CGFloat kContentPadding = 16;
 constexpr CGFloat kHeaderSpacing = 9;
 constexpr CGFloat kFooterMargin = 11;
 
@@ -74,7 +74,8 @@ constexpr CGFloat kFooterMargin = 11;
   NSTextField* subtitle = staylit::makeLabel(NSFontTextStyleCaption1, NSColor.secondaryLabelColor);
   subtitle.stringValue = platform::nsString(texts.subtitle);
   NSStackView* header = staylit::makeColumn(@[ title, subtitle, _search ], kHeaderSpacing);
-  header.edgeInsets = NSEdgeInsetsMake(kPadding, kPadding, kPadding, kPadding);
+  header.edgeInsets =
+      NSEdgeInsetsMake(kContentPadding, kContentPadding, kContentPadding, kContentPadding);
   staylit::stretchAcross(header, _search);
   return header;
 }
@@ -83,8 +84,9 @@ constexpr CGFloat kFooterMargin = 11;
   _footerText = staylit::makeLabel(NSFontTextStyleCallout, NSColor.secondaryLabelColor);
   _footerButton = [NSButton buttonWithTitle:@"" target:self action:@selector(watchEverything)];
   NSStackView* footer =
-      staylit::makeRow(@[ _footerText, staylit::makeSpacer(), _footerButton ], kPadding);
-  footer.edgeInsets = NSEdgeInsetsMake(kFooterMargin, kPadding, kFooterMargin, kPadding);
+      staylit::makeRow(@[ _footerText, staylit::makeSpacer(), _footerButton ], kContentPadding);
+  footer.edgeInsets =
+      NSEdgeInsetsMake(kFooterMargin, kContentPadding, kFooterMargin, kContentPadding);
   return footer;
 }
 

@@ -3,8 +3,9 @@
 namespace {
 
 constexpr unichar kEscape = 0x1B;
-constexpr NSEventModifierFlags kModifiers = NSEventModifierFlagCommand | NSEventModifierFlagShift |
-                                            NSEventModifierFlagOption | NSEventModifierFlagControl;
+constexpr NSEventModifierFlags kTypingModifiers =
+    NSEventModifierFlagCommand | NSEventModifierFlagShift | NSEventModifierFlagOption |
+    NSEventModifierFlagControl;
 
 /// For so many seconds after a letter, a Space belongs to the name that is being typed.
 constexpr NSTimeInterval kTypingPause = 1;
@@ -12,7 +13,7 @@ constexpr NSTimeInterval kTypingPause = 1;
 /// The one character of a key that is pressed without modifiers; 0 for every other key.
 unichar plainKey(NSEvent* event) {
   NSString* characters = event.charactersIgnoringModifiers;
-  if ((event.modifierFlags & kModifiers) != 0 || characters.length != 1) return 0;
+  if ((event.modifierFlags & kTypingModifiers) != 0 || characters.length != 1) return 0;
   return [characters characterAtIndex:0];
 }
 

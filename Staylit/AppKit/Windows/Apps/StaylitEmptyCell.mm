@@ -6,8 +6,8 @@
 namespace {
 
 /// The least width of a row of the list, with scroll bars beside it.
-constexpr CGFloat kTextWidth = 390;
-constexpr CGFloat kMargin = 4;
+constexpr CGFloat kEmptyTextWidth = 390;
+constexpr CGFloat kEmptyMargin = 4;
 
 }  // namespace
 
@@ -18,11 +18,11 @@ constexpr CGFloat kMargin = 4;
 - (instancetype)initWithFrame:(NSRect)frame {
   self = [super initWithFrame:frame];
   if (self == nil) return nil;
-  _text =
-      staylit::makeWrappingLabel(NSFontTextStyleCallout, NSColor.secondaryLabelColor, kTextWidth);
+  _text = staylit::makeWrappingLabel(NSFontTextStyleCallout, NSColor.secondaryLabelColor,
+                                     kEmptyTextWidth);
   [_text setContentCompressionResistancePriority:NSLayoutPriorityDefaultLow
                                   forOrientation:NSLayoutConstraintOrientationHorizontal];
-  staylit::fill(self, _text, NSEdgeInsetsMake(kMargin, 0, kMargin, 0));
+  staylit::fill(self, _text, NSEdgeInsetsMake(kEmptyMargin, 0, kEmptyMargin, 0));
   return self;
 }
 

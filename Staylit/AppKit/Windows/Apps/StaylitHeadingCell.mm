@@ -8,9 +8,9 @@
 
 namespace {
 
-constexpr CGFloat kSpacing = 6;
-constexpr CGFloat kAbove = 10;
-constexpr CGFloat kBelow = 4;
+constexpr CGFloat kHeadingSpacing = 6;
+constexpr CGFloat kAboveHeading = 10;
+constexpr CGFloat kBelowHeading = 4;
 constexpr CGFloat kBadgeOpacity = 0.14;
 constexpr CGFloat kRoundEnds = 100;
 
@@ -29,9 +29,9 @@ constexpr CGFloat kRoundEnds = 100;
   _symbol = staylit::makeSymbolView(NSFontTextStyleHeadline, NSColor.labelColor);
   _title = staylit::makeLabel(NSFontTextStyleHeadline, NSColor.labelColor);
   _subtitle = staylit::makeLabel(NSFontTextStyleCaption2, NSColor.tertiaryLabelColor);
-  NSStackView* row = staylit::makeRow(@[ _symbol, _title, [self makeBadge] ], kSpacing);
+  NSStackView* row = staylit::makeRow(@[ _symbol, _title, [self makeBadge] ], kHeadingSpacing);
   NSStackView* column = staylit::makeColumn(@[ row, _subtitle ], 1);
-  staylit::fill(self, column, NSEdgeInsetsMake(kAbove, 0, kBelow, 0));
+  staylit::fill(self, column, NSEdgeInsetsMake(kAboveHeading, 0, kBelowHeading, 0));
   return self;
 }
 

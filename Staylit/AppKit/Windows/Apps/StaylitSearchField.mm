@@ -6,9 +6,9 @@
 
 namespace {
 
-constexpr CGFloat kSpacing = 6;
-constexpr CGFloat kPadding = 7;
-constexpr CGFloat kCornerRadius = 7;
+constexpr CGFloat kSearchSpacing = 6;
+constexpr CGFloat kSearchPadding = 7;
+constexpr CGFloat kSearchCornerRadius = 7;
 
 NSTextField* makePlainField(NSString* placeholder) {
   NSTextField* field = [NSTextField textFieldWithString:@""];
@@ -44,10 +44,10 @@ NSTextField* makePlainField(NSString* placeholder) {
   StaylitRoundedView* ground =
       [[StaylitRoundedView alloc] initWithColor:NSColor.controlBackgroundColor
                                         opacity:1
-                                   cornerRadius:kCornerRadius];
+                                   cornerRadius:kSearchCornerRadius];
   ground.bordered = YES;
-  staylit::fill(ground, staylit::makeRow(@[ symbol, _field, _clearButton ], kSpacing),
-                NSEdgeInsetsMake(kPadding, kPadding, kPadding, kPadding));
+  staylit::fill(ground, staylit::makeRow(@[ symbol, _field, _clearButton ], kSearchSpacing),
+                NSEdgeInsetsMake(kSearchPadding, kSearchPadding, kSearchPadding, kSearchPadding));
   staylit::fill(self, ground, NSEdgeInsetsMake(0, 0, 0, 0));
   return self;
 }

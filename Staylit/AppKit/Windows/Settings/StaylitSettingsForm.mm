@@ -9,19 +9,19 @@ using staylit::SettingsView;
 
 namespace {
 
-constexpr CGFloat kHeight = 620;
-constexpr CGFloat kSide = 20;
-constexpr CGFloat kMargin = 14;
+constexpr CGFloat kFormHeight = 620;
+constexpr CGFloat kFormSide = 20;
+constexpr CGFloat kFormMargin = 14;
 constexpr CGFloat kTitleSpacing = 6;
 constexpr CGFloat kSectionSpacing = 12;
-constexpr CGFloat kCornerRadius = 6;
+constexpr CGFloat kFormCornerRadius = 6;
 
 /// The ground of a section, with `rows` on it. VoiceOver reads it as a group.
 NSView* makeGround(NSString* title, NSView* rows) {
   StaylitRoundedView* ground =
       [[StaylitRoundedView alloc] initWithColor:NSColor.controlBackgroundColor
                                         opacity:1
-                                   cornerRadius:kCornerRadius];
+                                   cornerRadius:kFormCornerRadius];
   ground.bordered = YES;
   ground.accessibilityElement = title.length != 0;
   ground.accessibilityRole = NSAccessibilityGroupRole;
@@ -53,13 +53,14 @@ NSView* makeGround(NSString* title, NSView* rows) {
   _column.translatesAutoresizingMaskIntoConstraints = NO;
   [self addSubview:_column];
   [NSLayoutConstraint activateConstraints:@[
-    [_column.topAnchor constraintEqualToAnchor:self.topAnchor constant:kMargin],
-    [_column.leadingAnchor constraintEqualToAnchor:self.leadingAnchor constant:kSide],
-    [self.trailingAnchor constraintEqualToAnchor:_column.trailingAnchor constant:kSide],
-    [self.bottomAnchor constraintGreaterThanOrEqualToAnchor:_column.bottomAnchor constant:kMargin],
-    [self.heightAnchor constraintGreaterThanOrEqualToConstant:kHeight],
+    [_column.topAnchor constraintEqualToAnchor:self.topAnchor constant:kFormMargin],
+    [_column.leadingAnchor constraintEqualToAnchor:self.leadingAnchor constant:kFormSide],
+    [self.trailingAnchor constraintEqualToAnchor:_column.trailingAnchor constant:kFormSide],
+    [self.bottomAnchor constraintGreaterThanOrEqualToAnchor:_column.bottomAnchor
+                                                   constant:kFormMargin],
+    [self.heightAnchor constraintGreaterThanOrEqualToConstant:kFormHeight],
   ]];
-  NSLayoutConstraint* height = [self.heightAnchor constraintEqualToConstant:kHeight];
+  NSLayoutConstraint* height = [self.heightAnchor constraintEqualToConstant:kFormHeight];
   height.priority = NSLayoutPriorityDefaultLow;
   height.active = YES;
 }

@@ -9,9 +9,9 @@ using staylit::SettingsView;
 
 namespace {
 
-constexpr CGFloat kSpacing = 4;
-constexpr CGFloat kVertical = 7;
-constexpr CGFloat kHorizontal = 12;
+constexpr CGFloat kRowSpacing = 4;
+constexpr CGFloat kRowVertical = 7;
+constexpr CGFloat kRowHorizontal = 12;
 /// The least width of a row, with a scroll bar beside the form.
 constexpr CGFloat kNoteWidth = 376;
 
@@ -62,8 +62,8 @@ void announce(NSString* text) {
   self.orientation = NSUserInterfaceLayoutOrientationVertical;
   self.alignment = NSLayoutAttributeLeading;
   self.distribution = NSStackViewDistributionFill;
-  self.spacing = kSpacing;
-  self.edgeInsets = NSEdgeInsetsMake(kVertical, kHorizontal, kVertical, kHorizontal);
+  self.spacing = kRowSpacing;
+  self.edgeInsets = NSEdgeInsetsMake(kRowVertical, kRowHorizontal, kRowVertical, kRowHorizontal);
   _label = staylit::makeLabel(NSFontTextStyleBody, NSColor.labelColor);
   _error = makeNote(NSColor.systemRedColor);
   _caption = makeNote(NSColor.secondaryLabelColor);

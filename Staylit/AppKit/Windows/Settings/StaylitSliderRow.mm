@@ -8,7 +8,7 @@
 
 namespace {
 
-constexpr CGFloat kSpacing = 4;
+constexpr CGFloat kSliderSpacing = 4;
 
 }  // namespace
 
@@ -21,7 +21,7 @@ constexpr CGFloat kSpacing = 4;
   _slider.continuous = YES;
   // The knob stops at the marks only.
   _slider.allowsTickMarkValuesOnly = YES;
-  NSStackView* body = staylit::makeColumn(@[ self.label, _slider ], kSpacing);
+  NSStackView* body = staylit::makeColumn(@[ self.label, _slider ], kSliderSpacing);
   staylit::stretchAcross(body, _slider);
   // The label reads the same as the slider itself, so VoiceOver skips the label.
   staylit::hideFromAccessibility(self.label);

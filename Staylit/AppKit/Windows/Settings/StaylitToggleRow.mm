@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr CGFloat kSpacing = 8;
+constexpr CGFloat kToggleSpacing = 8;
 
 }  // namespace
 
@@ -22,7 +22,7 @@ constexpr CGFloat kSpacing = 8;
   _switch.action = @selector(flip);
   // VoiceOver reads the switch with its label, so the label itself is hidden from it.
   staylit::hideFromAccessibility(self.label);
-  return staylit::makeRow(@[ self.label, staylit::makeSpacer(), _switch ], kSpacing);
+  return staylit::makeRow(@[ self.label, staylit::makeSpacer(), _switch ], kToggleSpacing);
 }
 
 - (void)showContent:(const staylit::SettingsView::Row&)row {

@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr CGFloat kSpacing = 8;
+constexpr CGFloat kValueSpacing = 8;
 
 }  // namespace
 
@@ -19,7 +19,7 @@ constexpr CGFloat kSpacing = 8;
   _value = staylit::makeLabel(NSFontTextStyleBody, NSColor.secondaryLabelColor);
   // VoiceOver reads the value together with its label.
   staylit::hideFromAccessibility(self.label);
-  return staylit::makeRow(@[ self.label, staylit::makeSpacer(), _value ], kSpacing);
+  return staylit::makeRow(@[ self.label, staylit::makeSpacer(), _value ], kValueSpacing);
 }
 
 - (void)showContent:(const staylit::SettingsView::Row&)row {
