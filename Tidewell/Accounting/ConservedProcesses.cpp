@@ -24,8 +24,8 @@ std::uint64_t timeUnits(double nanos, Timebase timebase) {
 
 ConservedProcesses::ConservedProcesses(Sources sources)
     : sources_(sources),
-      counter_(sources.table, accounts_, sources.accounts),
-      processes_(sources.table, counter_, sources.self) {}
+      usage_(sources.table, accounts_, sources.accounts),
+      processes_(sources.table, usage_, sources.self) {}
 
 ConservedProcesses::~ConservedProcesses() = default;
 
@@ -112,7 +112,7 @@ void ConservedProcesses::settleCharges(const ChargeSettlement::Terms& terms) {
 
 void ConservedProcesses::closeGone() {
   for (const FollowedProcess& process : processes_.gone()) {
-    counter_.close(process);
+    usage_.leaveInAccount(process);
     // Another may have its number already.
     if (!processes_.find(process.pid)) sources_.accounts.noteEnd(process.pid);
   }

@@ -9,7 +9,7 @@
 #include "Tidewell/Accounting/AccountDirectory.h"
 #include "Tidewell/Accounting/ChargeSettlement.h"
 #include "Tidewell/Accounting/FollowedProcesses.h"
-#include "Tidewell/Accounting/ProcessCounter.h"
+#include "Tidewell/Accounting/UsageByName.h"
 #include "Tidewell/Ports/Clock.h"
 #include "Tidewell/Ports/ProcessTable.h"
 
@@ -107,7 +107,7 @@ class ConservedProcesses : public ProcessTable {
 
   Sources sources_;
   AccountBook accounts_;
-  ProcessCounter counter_;
+  UsageByName usage_;
   FollowedProcesses processes_;
   Moment lastPass_{};
   std::vector<std::int32_t> lastUses_;     ///< The accounts that others counted under.

@@ -13,9 +13,8 @@ bool isGoneFrom(const std::vector<FollowedProcess>& gone, std::int32_t pid) {
 
 }  // namespace
 
-FollowedProcesses::FollowedProcesses(ProcessTable& table, ProcessCounter& counter,
-                                     std::int32_t self)
-    : table_(table), counter_(counter), self_(self) {}
+FollowedProcesses::FollowedProcesses(ProcessTable& table, UsageByName& usage, std::int32_t self)
+    : table_(table), usage_(usage), self_(self) {}
 
 void FollowedProcesses::read(std::span<const std::int32_t> pids,
                              std::span<const Application> applications, const Usage& most) {
@@ -74,7 +73,7 @@ void FollowedProcesses::readOne(std::int32_t pid, FollowedProcess* known,
   const bool isSame =
       known && (known->startTime == usage.startTime || (known->hidden && known->startTime == 0));
   if (isSame && known->hidden) return begin(*known, usage, application);
-  if (isSame) return counter_.update(*known, usage, application);
+  if (isSame) return usage_.count(*known, usage, application);
   if (known) {
     known->reapedSome = false;
     known->ended = true;
@@ -90,9 +89,9 @@ void FollowedProcesses::begin(FollowedProcess& process, const ResourceUsage& usa
   process.parent = table_.parent(process.pid);
   process.relation = relationOf(process);
   if (isPrimed_) {
-    counter_.beginWithMost(process, usage, application, most_);
+    usage_.beginWithMost(process, usage, application, most_);
   } else {
-    counter_.beginWithAll(process, usage, application);
+    usage_.beginWithAll(process, usage, application);
   }
   newParents_.push_back(process.parent);
 }

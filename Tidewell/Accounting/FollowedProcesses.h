@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "Tidewell/Accounting/FollowedProcess.h"
-#include "Tidewell/Accounting/ProcessCounter.h"
+#include "Tidewell/Accounting/UsageByName.h"
 #include "Tidewell/Ports/ProcessTable.h"
 
 namespace tidewell {
@@ -23,7 +23,7 @@ class FollowedProcesses {
   using Application = std::shared_ptr<const RunningApplication>;
 
   /// `self` is the process that counts, whose children are its tools; 0 for none.
-  FollowedProcesses(ProcessTable& table, ProcessCounter& counter, std::int32_t self);
+  FollowedProcesses(ProcessTable& table, UsageByName& usage, std::int32_t self);
 
   /// Reads all of `pids` and finds out which processes have ended. `applications` are ascending by
   /// process. What is new is credited with no more than `most`, except on the first pass.
@@ -62,7 +62,7 @@ class FollowedProcesses {
   void followHidden(std::int32_t pid);
 
   ProcessTable& table_;
-  ProcessCounter& counter_;
+  UsageByName& usage_;
   std::int32_t self_;
   Usage most_;
   bool isPrimed_ = false;                 ///< Whether a pass was made before.

@@ -1,4 +1,4 @@
-#include "Tidewell/Accounting/ProcessCounter.h"
+#include "Tidewell/Accounting/UsageByName.h"
 
 #include <algorithm>
 #include <string_view>
@@ -7,7 +7,7 @@
 namespace tidewell {
 namespace {
 
-/// Growth of a counter; none if it went backwards, as no counter should.
+/// How much a counter has grown: nothing if it went backwards, which no counter should do.
 std::uint64_t increase(std::uint64_t now, std::uint64_t before) {
   return now > before ? now - before : 0;
 }
@@ -22,27 +22,26 @@ std::uint64_t diskOf(const ResourceUsage& usage) {
 
 }  // namespace
 
-ProcessCounter::ProcessCounter(ProcessTable& table, AccountBook& accounts,
-                               AccountDirectory& directory)
+UsageByName::UsageByName(ProcessTable& table, AccountBook& accounts, AccountDirectory& directory)
     : table_(table), accounts_(accounts), directory_(directory) {}
 
-void ProcessCounter::begin(FollowedProcess& process, const ResourceUsage& usage,
-                           const Application& application) {
+void UsageByName::begin(FollowedProcess& process, const ResourceUsage& usage,
+                        const Application& application) {
   process.startTime = usage.startTime;
   process.ownTime = ownTimeOf(usage);
   process.reapedTime = usage.reapedTime;
   process.disk = diskOf(usage);
-  readName(process, usage.programVersion, application);
+  followName(process, usage.programVersion, application);
 }
 
-void ProcessCounter::beginWithAll(FollowedProcess& process, const ResourceUsage& usage,
-                                  const Application& application) {
+void UsageByName::beginWithAll(FollowedProcess& process, const ResourceUsage& usage,
+                               const Application& application) {
   begin(process, usage, application);
   process.counted = {process.ownTime, process.disk};
 }
 
-void ProcessCounter::beginWithMost(FollowedProcess& process, const ResourceUsage& usage,
-                                   const Application& application, const Usage& most) {
+void UsageByName::beginWithMost(FollowedProcess& process, const ResourceUsage& usage,
+                                const Application& application, const Usage& most) {
   begin(process, usage, application);
   process.reapedSome = process.reapedTime > 0;
   process.counted.time = std::min(process.ownTime, most.time);
@@ -55,38 +54,39 @@ void ProcessCounter::beginWithMost(FollowedProcess& process, const ResourceUsage
   }
 }
 
-void ProcessCounter::update(FollowedProcess& process, const ResourceUsage& usage,
-                            const Application& application) {
+void UsageByName::count(FollowedProcess& process, const ResourceUsage& usage,
+                        const Application& application) {
   const bool mayHaveChanged = usage.programVersion == 0 ||
                               usage.programVersion != process.programVersion ||
                               application != process.application;
-  if (mayHaveChanged) readName(process, usage.programVersion, application);
+  if (mayHaveChanged) followName(process, usage.programVersion, application);
 
   process.unread = false;
   const std::uint64_t disk = increase(diskOf(usage), process.disk);
-  // Where those of reaped children may be among the bytes, they wait to be sorted out.
+  // If the bytes of reaped children are among them, they must be sorted out first.
   const bool isMixed = table_.diskIncludesReaped();
   process.counted += {increase(ownTimeOf(usage), process.ownTime), isMixed ? 0 : disk};
   const std::uint64_t reaped = increase(usage.reapedTime, process.reapedTime);
   process.reapedSome = reaped > 0;
   process.reaped.grow(chargedOnce(process.pid, reaped), isMixed ? disk : 0);
-  // A counter that goes backwards, as none should, is not counted again.
+  // After a counter went backwards, only what is beyond its highest value is new.
   process.ownTime = std::max(process.ownTime, ownTimeOf(usage));
   process.reapedTime = std::max(process.reapedTime, usage.reapedTime);
   process.disk += disk;
 }
 
-/// The time that a process has been charged for its children, each once.
-std::uint64_t ProcessCounter::chargedOnce(std::int32_t pid, std::uint64_t reapedTime) {
+/// What a process was charged for its children, counted once for each of them.
+std::uint64_t UsageByName::chargedOnce(std::int32_t pid, std::uint64_t reapedTime) {
   return reapedTime > 0 && table_.isChargedTwice(pid) ? reapedTime / 2 : reapedTime;
 }
 
-/// Reads path and application. What was counted so far stays under the former name.
-void ProcessCounter::readName(FollowedProcess& process, std::uint32_t version,
-                              const Application& application) {
+/// Reads the path and the application. If they give another name, what was counted so far goes into
+/// the account of the former name.
+void UsageByName::followName(FollowedProcess& process, std::uint32_t version,
+                             const Application& application) {
   const std::string_view path = table_.path(process.pid);
   process.programVersion = version;
-  // One that has just ended has no path any more.
+  // A process that has just ended has no path any more.
   if (path.empty() && !process.path.empty()) return;
   if (process.path == path && application == process.application) return;
   process.nameVersion = ++lastNameVersion_;
@@ -104,7 +104,7 @@ void ProcessCounter::readName(FollowedProcess& process, std::uint32_t version,
   directory_.assign(process.pid, account);
 }
 
-void ProcessCounter::close(const FollowedProcess& process) {
+void UsageByName::leaveInAccount(const FollowedProcess& process) {
   if (process.account != 0 && process.counted != Usage()) {
     accounts_.add(process.account, process.counted);
   }
