@@ -8,7 +8,8 @@
 namespace tidewell {
 namespace {
 
-/// The application of an account: that of the processes that it stands for, under its own number.
+/// The application of an account: the application of its processes, under the number of the
+/// account.
 class AccountApplication : public RunningApplication {
  public:
   AccountApplication(std::int32_t identifier, const RunningApplication& original)
@@ -37,10 +38,6 @@ Usage Usage::part(std::uint64_t partTime) const {
   if (partTime >= time) return *this;
   const double share = static_cast<double>(partTime) / static_cast<double>(time);
   return {partTime, std::min(disk, static_cast<std::uint64_t>(static_cast<double>(disk) * share))};
-}
-
-AccountBook::AccountBook() {
-  accounts_.emplace_back().identifier = kFolded;
 }
 
 std::string AccountBook::key(std::string_view path, const RunningApplication* application) {
@@ -82,15 +79,10 @@ void AccountBook::removeProcess(std::int32_t identifier) {
   if (account && account->processes > 0) --account->processes;
 }
 
-void AccountBook::fold() {
-  Usage folded;
-  std::erase_if(accounts_, [&](const Account& account) {
-    const bool goesOn = account.processes > 0 || account.lastAddition == pass_;
-    if (goesOn || account.identifier == kFolded) return false;
-    folded += account.usage;
-    return true;
+void AccountBook::dropEnded() {
+  std::erase_if(accounts_, [this](const Account& account) {
+    return account.processes == 0 && account.lastAddition != pass_;
   });
-  if (folded != Usage()) add(kFolded, folded);
 }
 
 AccountBook::Account* AccountBook::findToChange(std::int32_t identifier) {

@@ -31,30 +31,25 @@ struct Usage {
 /// What ended processes had used, kept under the name and application that they had.
 ///
 /// An account that was ever used is listed like a process, under an identifier that no process can
-/// have. One under whose name nothing runs, and that has not grown on a pass, is an application
-/// that has ended: it is folded into the account without a name, `kFolded`. So the sum over all
-/// accounts never shrinks, and there are no more of them than names run or ran a pass ago. Main
-/// thread only.
+/// have. It is dropped when nothing runs under its name and nothing was added to it on a pass: then
+/// the application has ended. So there are never more accounts than names that run, or ran one pass
+/// ago. Main thread only.
 class AccountBook {
  public:
   /// Beyond the identifiers of any system.
   static constexpr std::int32_t kFirstIdentifier = 0x4000'0000;
-  /// The account of what was folded.
-  static constexpr std::int32_t kFolded = kFirstIdentifier;
 
   struct Account {
     std::int32_t identifier = 0;
-    std::string key;  ///< As the activity monitor counts it; empty only for what was folded.
+    std::string key;  ///< The activity monitor counts the account under this key. Never empty.
     std::string path;
     /// Names the account's application; null for none.
     std::shared_ptr<const RunningApplication> application;
     Usage usage;
-    std::uint64_t lastAddition = 0;  ///< The pass of it.
+    std::uint64_t lastAddition = 0;  ///< The pass on which something was added last.
     std::size_t processes = 0;       ///< How many run under its name.
     bool isListed = false;           ///< Whether it was ever used.
   };
-
-  AccountBook();
 
   /// The account of the application key that `path` and `application` give, made where need be.
   /// There must be such a key.
@@ -73,8 +68,8 @@ class AccountBook {
   /// Such a process ended, or took another name. Does nothing for an account that is not there.
   void removeProcess(std::int32_t identifier);
 
-  /// Folds the accounts that have neither grown on this pass nor a process under their names.
-  void fold();
+  /// Drops the accounts of applications that have ended.
+  void dropEnded();
 
   /// All of them, ascending by identifier; also those that are not listed.
   [[nodiscard]] const std::vector<Account>& accounts() const { return accounts_; }
@@ -88,8 +83,8 @@ class AccountBook {
   Account* findToChange(std::int32_t identifier);
 
   std::uint64_t pass_ = 0;
-  std::int32_t nextIdentifier_ = kFolded + 1;
-  std::vector<Account> accounts_;  ///< That of what was folded comes first.
+  std::int32_t nextIdentifier_ = kFirstIdentifier;
+  std::vector<Account> accounts_;  ///< Ascending by identifier.
 };
 
 }  // namespace tidewell

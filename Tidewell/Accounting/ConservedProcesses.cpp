@@ -83,7 +83,7 @@ void ConservedProcesses::pass(const ProcessSnapshot& system) {
   closeGone();
   processes_.updateParents();
   processes_.forgetGone();
-  accounts_.fold();
+  accounts_.dropEnded();
 }
 
 ChargeSettlement::Terms ConservedProcesses::nextTerms() {

@@ -19,14 +19,12 @@ namespace tidewell {
 /// used it: a build is a build, however many processes it is.
 ///
 /// It stands between the core and the system's own table, and is a table itself. The invariant:
-/// **the sum of the counters of everything that it lists only grows, and grows by what the kernel
-/// charged, each nanosecond and byte once and under one name.**
+/// **the sum of the counters of everything that it lists, and of the applications that have ended,
+/// grows by what the kernel charged, each nanosecond and byte once and under one name.**
 ///
 /// * What a process had used when it ended stays, in an account of its name and application that
 ///   is listed like a process (`AccountBook`), as long as others of that name run or ended on
-///   this very pass. After that the application has ended, for the core as for everybody: what it
-///   used goes into an account without a name, which is in the sum and of which the core sees
-///   nothing.
+///   this very pass. After that the application has ended, and its account is dropped.
 /// * What a process used before it took another name (by exec) stays under the former name.
 /// * What was used unseen, by a process that lived between two passes or in the last stretch of
 ///   one, is found with the process that reaped it: the growth of its reaped children's time, less
@@ -43,10 +41,10 @@ namespace tidewell {
 ///           the 2 others are the last stretch of that cc
 ///     3     a second cc was born, used 4 and was reaped, all       make 5
 ///           unseen: make was charged 4 and answers for them. As
-///           no cc runs, the account of cc is folded
+///           no cc runs, the account of cc is dropped
 ///     4     a third cc was born and used 2                         make 5, cc 2
 ///
-/// The sum, with the folded account's 5: 4, 6, 10, 12, which is what the kernel charged.
+/// The sum, with the 5 of the dropped account: 4, 6, 10, 12, which is what the kernel charged.
 ///
 /// Left out is
 /// * what nobody was charged for: on Linux the children of one that ignores their end, on macOS

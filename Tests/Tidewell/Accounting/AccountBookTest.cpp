@@ -103,38 +103,30 @@ TEST_F(AccountBookTest, AddsNothingToAnAccountThatIsNotThere) {
   EXPECT_EQ(accounts.find(5), nullptr);
 }
 
-// Folding.
+// The end of an application.
 
-TEST_F(AccountBookTest, FoldsAnAccountUnderWhoseNameNothingRunsOnceItDoesNotGrow) {
+TEST_F(AccountBookTest, DropsAnAccountThatDoesNotGrowAndHasNoProcess) {
   const auto account = use("tool", {3, 30});
-  accounts.fold();
+  accounts.dropEnded();
   EXPECT_EQ(accounts.find(account)->usage, (Usage{3, 30})) << "it has grown on this pass";
   nextPass();
   use("tool", {4, 40});
-  accounts.fold();
+  accounts.dropEnded();
   EXPECT_EQ(accounts.find(account)->usage, (Usage{7, 70}));
   nextPass();
-  accounts.fold();
+  accounts.dropEnded();
   EXPECT_EQ(accounts.find(account), nullptr);
 }
 
-TEST_F(AccountBookTest, WhatIsFoldedStaysInTheSumWithoutAName) {
+TEST_F(AccountBookTest, DropsOnlyTheAccountsThatDoNotGrow) {
   use("first", {3, 30});
   use("second", {5, 50});
   nextPass();
+  use("second", {1, 10});
   use("third", {7, 70});
-  accounts.fold();
-  EXPECT_EQ(sum(), (Usage{15, 150}));
-  EXPECT_EQ(listedKeys(), (Keys{"", "third"}));
-  EXPECT_EQ(listedKeys().size(), 2u);
-  EXPECT_EQ(accounts.find(AccountBook::kFolded)->usage, (Usage{8, 80}));
-  nextPass();
-  accounts.fold();
-  nextPass();
-  accounts.fold();
-  EXPECT_EQ(listedKeys(), Keys{""}) << "which is never folded itself";
-  EXPECT_EQ(listedKeys().size(), 1u);
-  EXPECT_EQ(sum(), (Usage{15, 150}));
+  accounts.dropEnded();
+  EXPECT_EQ(listedKeys(), (Keys{"second", "third"}));
+  EXPECT_EQ(sum(), (Usage{13, 130}));
 }
 
 TEST_F(AccountBookTest, KeepsTheAccountOfANameUnderWhichSomethingRuns) {
@@ -144,21 +136,21 @@ TEST_F(AccountBookTest, KeepsTheAccountOfANameUnderWhichSomethingRuns) {
   accounts.removeProcess(daemon);
   for (int pass = 0; pass < 1000; ++pass) {
     nextPass();
-    accounts.fold();
+    accounts.dropEnded();
   }
   EXPECT_EQ(accounts.find(daemon)->usage, (Usage{3, 30}));
-  EXPECT_EQ(listedKeys(), Keys{"daemon"}) << "there is nothing to fold";
+  EXPECT_EQ(listedKeys(), Keys{"daemon"});
 }
 
 TEST_F(AccountBookTest, DropsAnAccountThatWasNeverUsedOnceNothingRunsUnderIt) {
   nextPass();
   const auto account = accounts.reserve("/bin/idle", nullptr);
   accounts.addProcess(account);
-  accounts.fold();
+  accounts.dropEnded();
   EXPECT_NE(accounts.find(account), nullptr);
   nextPass();
   accounts.removeProcess(account);
-  accounts.fold();
+  accounts.dropEnded();
   EXPECT_EQ(accounts.find(account), nullptr);
   EXPECT_EQ(listedKeys().size(), 0u);
 }
@@ -174,18 +166,17 @@ TEST_F(AccountBookTest, RemovesNoMoreProcessesThanAnAccountHas) {
   accounts.removeProcess(account);
   accounts.addProcess(account);
   nextPass();
-  accounts.fold();
+  accounts.dropEnded();
   EXPECT_NE(accounts.find(account), nullptr);
 }
 
-TEST_F(AccountBookTest, ANameThatComesBackAfterItWasFoldedBeginsAtNothing) {
+TEST_F(AccountBookTest, ANameThatComesBackBeginsAtNothing) {
   const auto former = use("job", {3, 30});
   nextPass();
-  accounts.fold();
+  accounts.dropEnded();
   const auto account = use("job", {1, 10});
   EXPECT_NE(account, former);
   EXPECT_EQ(accounts.find(account)->usage, (Usage{1, 10}));
-  EXPECT_EQ(sum(), (Usage{4, 40}));
 }
 
 // Parts.

@@ -194,7 +194,7 @@ TEST_F(ConservedActivityTest, AToolThatIsStartedAgainHasRatesFromItsSecondTickOn
   EXPECT_DOUBLE_EQ(busy[0].busyFor, 0);
 }
 
-TEST_F(ConservedActivityTest, WhatIsFoldedAwayIsNobodysWork) {
+TEST_F(ConservedActivityTest, EndedApplicationsAreNobodysWork) {
   const auto shell = kernel.spawn(1, "/bin/sh");
   for (int number = 0; number < 300; ++number) {
     const auto job = kernel.spawn(shell, "/bin/job" + std::to_string(number));

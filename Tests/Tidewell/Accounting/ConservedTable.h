@@ -45,12 +45,14 @@ class ConservedTable : public testing::Test {
       present[std::string(ProcessSampler::nameFromPath(table.path(pid)))] += used;
       total += used;
     }
-    ended.clear();
     for (const auto& [name, usage] : counted) {
-      if (!present.contains(name)) ended.insert(name);
+      if (!present.contains(name) && ended.insert(name).second) usedByEnded += usage;
     }
-    for (const auto& [name, usage] : present)
+    total += usedByEnded;
+    for (const auto& [name, usage] : present) {
       counted[name] = usage;
+      ended.erase(name);
+    }
   }
 
   /// Of all that the last pass had, ascending.
@@ -69,7 +71,8 @@ class ConservedTable : public testing::Test {
   std::vector<std::int32_t> listed;      ///< On the last pass.
   std::map<std::string, Usage> counted;  ///< By name, on the last pass that had the name.
   std::set<std::string> ended;           ///< The names that the last pass had no more.
-  Usage total;                           ///< Of everything on the last pass.
+  Usage usedByEnded;                     ///< What all names had when a pass first missed them.
+  Usage total;                           ///< Of everything on the last pass, and of those names.
 };
 
 }  // namespace tidewell
