@@ -5,7 +5,7 @@
 
 namespace tidewell {
 
-/// The entry of `pid`, or the end.
+/// The entry of `pid`, or the end of the list.
 std::vector<AccountDirectory::Entry>::const_iterator AccountDirectory::find(
     std::int32_t pid) const {
   const auto entry = std::ranges::lower_bound(entries_, pid, {}, &Entry::pid);
@@ -31,7 +31,7 @@ void AccountDirectory::noteEnd(std::int32_t pid) {
   if (ended_.size() <= kMostEnded) return;
   const End oldest = ended_.front();
   ended_.pop_front();
-  // Its number may have been given out again, and that process may have ended as well.
+  // Another process may have had the number since then, and may have ended as well.
   const auto former = find(oldest.pid);
   if (former != entries_.end() && former->end == oldest.number) entries_.erase(former);
 }

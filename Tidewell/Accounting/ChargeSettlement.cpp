@@ -86,12 +86,7 @@ FollowedProcess* ChargeSettlement::claimFromAncestors(std::int32_t ancestor, con
     if (!isGone && !nearest) nearest = process;
     ancestor = process->parent;
   }
-  // Of one that waits to be reaped it is not known who has inherited its children. In the end they
-  // all fall to the first process.
-  FollowedProcess* first = findProcess(living_, 1);
-  if (first && first->reaped.claim(seen, terms_.tolerance)) return first;
-  // Whoever reaped it was read before it did.
-  if (!nearest) nearest = first;
+  // The reaper was read before it reaped.
   if (nearest) nearest->reaped.claimOnNext(seen);
   return nullptr;
 }
