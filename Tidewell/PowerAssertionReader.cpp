@@ -5,8 +5,8 @@
 #include <cstdint>
 #include <set>
 #include <string_view>
-#include <variant>
 
+#include "Tidewell/Ports/AssertionTable.h"
 #include "Tidewell/Ports/Ports.h"
 
 namespace tidewell {
@@ -15,25 +15,10 @@ namespace {
 constexpr std::array<std::string_view, 3> kBlockingTypes = {
     "PreventUserIdleSystemSleep", "NoIdleSleepAssertion", "PreventSystemSleep"};
 
-bool isBlocking(const PropertyDictionary& assertion) {
-  const auto type = assertion.find("AssertType");
-  if (type == assertion.end()) return false;
-  const auto* name = std::get_if<std::string>(&type->second);
-  return name && std::ranges::find(kBlockingTypes, *name) != kBlockingTypes.end();
-}
-
-/// A missing or odd level counts as on: rather honour a program's wish to stay awake.
-bool isSwitchedOff(const PropertyDictionary& assertion) {
-  const auto level = assertion.find("AssertLevel");
-  if (level == assertion.end()) return false;
-  const auto* number = std::get_if<std::int64_t>(&level->second);
-  return number && *number == 0;
-}
-
-bool preventsSleep(const std::vector<PropertyDictionary>& assertions) {
-  return std::ranges::any_of(assertions, [](const PropertyDictionary& assertion) {
-    return isBlocking(assertion) && !isSwitchedOff(assertion);
-  });
+bool preventsSleep(const ListedAssertion& assertion) {
+  // A level that is not told counts as on: rather honour a program's wish to stay awake.
+  return std::ranges::find(kBlockingTypes, assertion.type) != kBlockingTypes.end() &&
+         assertion.level != 0;
 }
 
 std::string nameOf(std::int32_t pid, RunningApplications& applications) {
@@ -52,9 +37,9 @@ std::vector<std::string> PowerAssertionReader::appsPreventingSleep() {
   if (!holders) return {};
   const std::int32_t own = ports.assertionTable->ownProcessIdentifier();
   std::set<std::string> names;
-  for (const auto& [number, assertions] : *holders) {
-    const auto pid = static_cast<std::int32_t>(number);
-    if (pid == own || !preventsSleep(assertions)) continue;
+  for (const auto& [process, assertions] : *holders) {
+    const auto pid = static_cast<std::int32_t>(process);
+    if (pid == own || std::ranges::none_of(assertions, preventsSleep)) continue;
     names.insert(nameOf(pid, *ports.runningApplications));
   }
   return {names.begin(), names.end()};

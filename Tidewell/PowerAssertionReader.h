@@ -5,16 +5,16 @@
 
 namespace tidewell {
 
-/// Tells which other programs keep the machine from sleeping by themselves, through the installed
-/// ports. Stateless; main thread.
+/// Tells which other programs keep the machine from sleeping. It asks the installed ports and keeps
+/// nothing. Main thread only.
 class PowerAssertionReader {
  public:
   PowerAssertionReader() = delete;
 
-  /// The names of the programs, other than this one, that hold an active assertion against system
-  /// sleep: application identifiers, else names, else "pid N". Sorted, without repetition; empty
-  /// when there are none or nobody can be asked. Programs that keep only the screen lit are not
-  /// among them.
+  /// Names the programs, without this one, that hold an active assertion against system sleep: by
+  /// their application identifiers, else by their names, else as "pid N". The names are sorted,
+  /// each occurs once. Empty when there are none or the service cannot be asked. Programs that keep
+  /// only the screen lit are left out.
   static std::vector<std::string> appsPreventingSleep();
 };
 

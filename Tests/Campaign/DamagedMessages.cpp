@@ -234,7 +234,7 @@ void readLists(PrivateBuses& buses, std::int64_t count, Outcome& outcome) {
         checkText(named->applicationId(static_cast<std::int32_t>(pid)).value_or(""),
                   "a holder's id", outcome);
         for (const auto& assertion : assertions)
-          checkText(std::get<std::string>(assertion.at("AssertName")), "a reason", outcome);
+          checkText(assertion.reason, "a reason", outcome);
       }
     }
     sd_event_run(buses.loop.handle(), 0);

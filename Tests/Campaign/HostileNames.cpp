@@ -132,7 +132,7 @@ class Round {
     if (!holders) return find("the services' lists", "no answer");
     for (const auto& [pid, assertions] : *holders) {
       for (const auto& assertion : assertions)
-        check("a holder's reason", std::get<std::string>(assertion.at("AssertName")));
+        check("a holder's reason", assertion.reason);
       const auto number = static_cast<std::int32_t>(pid);
       fakes_.assertions.hold(number, "PreventUserIdleSystemSleep");
       fakes_.applications.add(number, named->applicationId(number), std::nullopt);

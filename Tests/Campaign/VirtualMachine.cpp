@@ -326,10 +326,7 @@ void VirtualMachine::changeAssertions() {
     assertion.type = any<const char*>({"PreventUserIdleSystemSleep", "NoIdleSleepAssertion",
                                        "PreventSystemSleep", "PreventUserIdleDisplaySleep"});
     if (happens(0.9)) assertion.level = any<std::int64_t>({0, 1, 255});
-    tidewell::PropertyDictionary properties = {{"AssertType", assertion.type}};
-    if (assertion.level) properties["AssertLevel"] = *assertion.level;
-    fakes_.assertions.holders.emplace_back(assertion.pid,
-                                           std::vector<tidewell::PropertyDictionary>{properties});
+    fakes_.assertions.holders.push_back({assertion.pid, {{assertion.type, assertion.level, ""}}});
     assertions_.push_back(assertion);
   }
   // Its own holds never count.

@@ -18,7 +18,7 @@ class FakeAssertionTable : public AssertionTable {
   explicit FakeAssertionTable(std::shared_ptr<CallLog> calls = std::make_shared<CallLog>())
       : calls_(std::move(calls)) {}
 
-  std::optional<std::vector<Holder>> assertionsByProcess() override {
+  std::optional<std::vector<AssertionHolder>> assertionsByProcess() override {
     calls_->add("list assertions");
     if (!answers) return std::nullopt;
     return holders;
@@ -26,18 +26,14 @@ class FakeAssertionTable : public AssertionTable {
 
   std::int32_t ownProcessIdentifier() override { return own; }
 
-  /// Adds a process that holds one assertion of `type` that is switched on.
+  /// Adds a process with one assertion of `type`, which is switched on.
   void hold(std::int64_t pid, const std::string& type) {
-    holders.emplace_back(pid, std::vector<PropertyDictionary>{assertion(type, std::int64_t{255})});
-  }
-
-  static PropertyDictionary assertion(const std::string& type, const PropertyValue& level) {
-    return {{"AssertType", type}, {"AssertLevel", level}};
+    holders.push_back({pid, {{type, 255, ""}}});
   }
 
   bool answers = true;
   std::int32_t own = 99;
-  std::vector<Holder> holders;
+  std::vector<AssertionHolder> holders;
 
  private:
   std::shared_ptr<CallLog> calls_;

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -15,14 +15,10 @@ using Texts = std::vector<std::string>;
 
 class PowerAssertionReaderTest : public testing::Test {
  protected:
-  /// What is read when process 412 holds these assertions.
-  Texts readWith(const std::vector<PropertyDictionary>& assertions) {
+  /// What the reader returns when process 412 holds these assertions.
+  Texts readWith(const std::vector<ListedAssertion>& assertions) {
     fakes.assertions.holders = {{412, assertions}};
     return PowerAssertionReader::appsPreventingSleep();
-  }
-
-  static PropertyDictionary assertion(const std::string& type, const PropertyValue& level) {
-    return FakeAssertionTable::assertion(type, level);
   }
 
   FakePorts fakes;
@@ -33,48 +29,44 @@ TEST_F(PowerAssertionReaderTest, ListsNobodyWhenNobodyHoldsAnything) {
 }
 
 TEST_F(PowerAssertionReaderTest, ListsAHolderAtLevel255) {
-  EXPECT_EQ(readWith({assertion("PreventUserIdleSystemSleep", std::int64_t{255})}),
-            Texts{"pid 412"});
+  EXPECT_EQ(readWith({{"PreventUserIdleSystemSleep", 255, ""}}), Texts{"pid 412"});
 }
 
 TEST_F(PowerAssertionReaderTest, LeavesOutAHolderAtLevel0) {
-  EXPECT_EQ(readWith({assertion("PreventUserIdleSystemSleep", std::int64_t{0})}), Texts{});
+  EXPECT_EQ(readWith({{"PreventUserIdleSystemSleep", 0, ""}}), Texts{});
 }
 
 TEST_F(PowerAssertionReaderTest, KnowsTheThreeTypesThatKeepTheMachineAwake) {
-  EXPECT_EQ(readWith({assertion("NoIdleSleepAssertion", std::int64_t{255})}), Texts{"pid 412"});
-  EXPECT_EQ(readWith({assertion("PreventSystemSleep", std::int64_t{255})}), Texts{"pid 412"});
+  EXPECT_EQ(readWith({{"NoIdleSleepAssertion", 255, ""}}), Texts{"pid 412"});
+  EXPECT_EQ(readWith({{"PreventSystemSleep", 255, ""}}), Texts{"pid 412"});
 }
 
 TEST_F(PowerAssertionReaderTest, LeavesOutAHolderOfTheDisplayOnly) {
-  EXPECT_EQ(readWith({assertion("PreventUserIdleDisplaySleep", std::int64_t{255})}), Texts{});
+  EXPECT_EQ(readWith({{"PreventUserIdleDisplaySleep", 255, ""}}), Texts{});
 }
 
 TEST_F(PowerAssertionReaderTest, ComparesTypesExactly) {
-  EXPECT_EQ(readWith({assertion("preventsystemsleep", std::int64_t{255})}), Texts{});
+  EXPECT_EQ(readWith({{"preventsystemsleep", 255, ""}}), Texts{});
 }
 
 TEST_F(PowerAssertionReaderTest, CountsAnAssertionWithoutALevel) {
-  EXPECT_EQ(readWith({{{"AssertType", "PreventSystemSleep"}}}), Texts{"pid 412"});
+  EXPECT_EQ(readWith({{"PreventSystemSleep", std::nullopt, ""}}), Texts{"pid 412"});
 }
 
-TEST_F(PowerAssertionReaderTest, CountsAnAssertionWithAnOddLevel) {
-  EXPECT_EQ(readWith({assertion("PreventSystemSleep", "0")}), Texts{"pid 412"});
-  EXPECT_EQ(readWith({assertion("PreventSystemSleep", 0.0)}), Texts{"pid 412"});
-  EXPECT_EQ(readWith({assertion("PreventSystemSleep", std::int64_t{-1})}), Texts{"pid 412"});
+TEST_F(PowerAssertionReaderTest, CountsAnAssertionWithANegativeLevel) {
+  EXPECT_EQ(readWith({{"PreventSystemSleep", -1, ""}}), Texts{"pid 412"});
 }
 
-TEST_F(PowerAssertionReaderTest, LooksBehindAnAssertionThatIsSwitchedOff) {
-  EXPECT_EQ(readWith({assertion("PreventUserIdleSystemSleep", std::int64_t{0}),
-                      assertion("PreventUserIdleSystemSleep", std::int64_t{255})}),
-            Texts{"pid 412"});
+TEST_F(PowerAssertionReaderTest, GoesOnToTheNextAssertionAfterOneThatIsSwitchedOff) {
+  EXPECT_EQ(
+      readWith({{"PreventUserIdleSystemSleep", 0, ""}, {"PreventUserIdleSystemSleep", 255, ""}}),
+      Texts{"pid 412"});
 }
 
-TEST_F(PowerAssertionReaderTest, PassesOverAssertionsOfAnyOtherShape) {
+TEST_F(PowerAssertionReaderTest, PassesOverAnAssertionWithoutAType) {
   EXPECT_EQ(readWith({}), Texts{});
-  EXPECT_EQ(readWith({{}, {{"AssertLevel", std::int64_t{255}}}, {{"AssertType", std::int64_t{1}}}}),
-            Texts{});
-  EXPECT_EQ(readWith({{}, assertion("PreventSystemSleep", std::int64_t{255})}), Texts{"pid 412"});
+  EXPECT_EQ(readWith({{"", 255, ""}}), Texts{});
+  EXPECT_EQ(readWith({{}, {"PreventSystemSleep", 255, ""}}), Texts{"pid 412"});
 }
 
 TEST_F(PowerAssertionReaderTest, LeavesOutThisProcessWhateverItHolds) {
@@ -97,7 +89,7 @@ TEST_F(PowerAssertionReaderTest, NamesAnApplicationWithoutAnIdentifierByItsName)
   EXPECT_EQ(PowerAssertionReader::appsPreventingSleep(), Texts{"Player"});
 }
 
-TEST_F(PowerAssertionReaderTest, NamesWhatHasNoNameByItsNumber) {
+TEST_F(PowerAssertionReaderTest, NamesAProcessWithoutANameByItsNumber) {
   fakes.assertions.hold(412, "PreventSystemSleep");
   EXPECT_EQ(PowerAssertionReader::appsPreventingSleep(), Texts{"pid 412"});
   fakes.applications.add(412, std::nullopt, std::nullopt);
@@ -135,7 +127,7 @@ TEST_F(PowerAssertionReaderTest, ListsNobodyWhenTheServiceDoesNotAnswer) {
   EXPECT_TRUE(fakes.log.lines().empty());
 }
 
-TEST_F(PowerAssertionReaderTest, AsksTheServiceOnceACall) {
+TEST_F(PowerAssertionReaderTest, AsksTheServiceOnceForEachCall) {
   fakes.assertions.hold(412, "PreventSystemSleep");
   fakes.assertions.hold(413, "PreventSystemSleep");
   PowerAssertionReader::appsPreventingSleep();

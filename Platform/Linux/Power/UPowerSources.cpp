@@ -2,33 +2,26 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <string_view>
+#include <string>
 #include <utility>
 
 namespace platform {
 namespace {
 
 using tidewell::PropertyDictionary;
+using tidewell::valueOf;
 
 constexpr const char* kUPower = "org.freedesktop.UPower";
 constexpr std::int64_t kBatteryType = 2;
 constexpr std::int64_t kUpsType = 3;
 
-template <class Value>
-std::optional<Value> property(const PropertyDictionary& properties, std::string_view name) {
-  const auto found = properties.find(name);
-  if (found == properties.end()) return std::nullopt;
-  const Value* value = std::get_if<Value>(&found->second);
-  return value == nullptr ? std::nullopt : std::optional<Value>(*value);
-}
-
 bool savesPower(const PropertyDictionary& profiles) {
-  return property<std::string>(profiles, "ActiveProfile") == "power-saver";
+  return valueOf<std::string>(profiles, "ActiveProfile") == "power-saver";
 }
 
 bool isBattery(const PropertyDictionary& device) {
-  const auto type = property<std::int64_t>(device, "Type");
-  return (type == kBatteryType || type == kUpsType) && property<bool>(device, "IsPresent") == true;
+  const auto type = valueOf<std::int64_t>(device, "Type");
+  return (type == kBatteryType || type == kUpsType) && valueOf<bool>(device, "IsPresent") == true;
 }
 
 std::int64_t wholePercent(double percentage) {
@@ -67,8 +60,8 @@ std::optional<PowerSituation> UPowerSources::situation() {
   const PropertyDictionary* daemon = daemon_.read();
   const PropertyDictionary* device = daemon == nullptr ? nullptr : displayDevice_.read();
   if (device == nullptr) return readPowerSupplies(supplies_);
-  return PowerSituation{isBattery(*device), property<bool>(*daemon, "OnBattery").value_or(false),
-                        property<double>(*device, "Percentage")};
+  return PowerSituation{isBattery(*device), valueOf<bool>(*daemon, "OnBattery").value_or(false),
+                        valueOf<double>(*device, "Percentage")};
 }
 
 }  // namespace platform

@@ -15,21 +15,15 @@
 namespace platform {
 namespace {
 
-using Holder = tidewell::AssertionTable::Holder;
+using tidewell::AssertionHolder;
 
-tidewell::PropertyDictionary assertion(const ListedInhibitor& inhibitor, const std::string& type) {
-  return {{"AssertType", type}, {"AssertLevel", inhibitor.level}, {"AssertName", inhibitor.why}};
-}
-
-void append(std::vector<Holder>& holders, std::int64_t identifier,
+void append(std::vector<AssertionHolder>& holders, std::int64_t identifier,
             const ListedInhibitor& inhibitor) {
   if (inhibitor.types.empty()) return;
-  auto found = std::find_if(holders.begin(), holders.end(), [identifier](const Holder& holder) {
-    return holder.first == identifier;
-  });
-  if (found == holders.end()) found = holders.insert(holders.end(), Holder{identifier, {}});
+  auto found = std::ranges::find(holders, identifier, &AssertionHolder::process);
+  if (found == holders.end()) found = holders.insert(holders.end(), {identifier, {}});
   for (const std::string& type : inhibitor.types) {
-    found->second.push_back(assertion(inhibitor, type));
+    found->assertions.push_back({type, inhibitor.level, inhibitor.why});
   }
 }
 
@@ -50,7 +44,7 @@ InhibitorList::InhibitorList(Bus& systemBus, Bus& sessionBus,
       // Watched so that asking whether it is there costs nothing.
       policyAgentPresence_(sessionBus.watchName(services::kPolicyAgent, {})) {}
 
-std::optional<std::vector<InhibitorList::Holder>> InhibitorList::assertionsByProcess() {
+std::optional<std::vector<AssertionHolder>> InhibitorList::assertionsByProcess() {
   const auto logind = listLogindInhibitors(systemBus_);
   const auto session = sessionInhibitors_.list();
   const auto policyAgent = listPolicyAgentInhibitors(sessionBus_);
@@ -61,7 +55,7 @@ std::optional<std::vector<InhibitorList::Holder>> InhibitorList::assertionsByPro
   const auto counts = [&staylits](const ListedInhibitor& inhibitor) {
     return !inhibitor.types.empty() && !staylits.mayHave(inhibitor);
   };
-  std::vector<Holder> holders;
+  std::vector<AssertionHolder> holders;
   std::set<std::int32_t> named;
   const auto appendNamed = [&](const ListedInhibitor& inhibitor) {
     const std::int32_t identifier = namedHolders_->identifierFor(inhibitor.holder);

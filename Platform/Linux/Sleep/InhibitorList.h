@@ -22,7 +22,7 @@ class InhibitorList : public tidewell::AssertionTable {
   /// The buses must outlive this.
   InhibitorList(Bus& systemBus, Bus& sessionBus, std::shared_ptr<NamedHolders> namedHolders);
 
-  std::optional<std::vector<Holder>> assertionsByProcess() override;
+  std::optional<std::vector<tidewell::AssertionHolder>> assertionsByProcess() override;
   std::int32_t ownProcessIdentifier() override;
 
  private:

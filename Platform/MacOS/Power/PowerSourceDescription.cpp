@@ -4,19 +4,11 @@
 #include <cmath>
 #include <cstdint>
 #include <string>
-#include <string_view>
-#include <variant>
 
 namespace platform {
 namespace {
 
-template <typename Value>
-std::optional<Value> valueOf(const tidewell::PropertyDictionary& dictionary, std::string_view key) {
-  const auto found = dictionary.find(key);
-  if (found == dictionary.end()) return std::nullopt;
-  const Value* value = std::get_if<Value>(&found->second);
-  return value == nullptr ? std::nullopt : std::optional<Value>(*value);
-}
+using tidewell::valueOf;
 
 std::int64_t percentage(const tidewell::PropertyDictionary& source) {
   const auto current = valueOf<std::int64_t>(source, "Current Capacity");

@@ -10,6 +10,7 @@
 #include "Platform/MacOS/CoreFoundation/CFRef.h"
 #include "Platform/MacOS/Processes/ProgramPath.h"
 #include "Platform/MacOS/Processes/StaylitProcess.h"
+#include "Platform/MacOS/Sleep/AssertionDescription.h"
 #include "Platform/MacOS/Sleep/LitDisplay.h"
 
 namespace platform {
@@ -23,14 +24,14 @@ std::optional<std::int64_t> processNumber(CFTypeRef key) {
   return value;
 }
 
-std::optional<std::vector<tidewell::PropertyDictionary>> assertionList(CFTypeRef object) {
+std::optional<std::vector<tidewell::ListedAssertion>> assertionList(CFTypeRef object) {
   const CFArrayRef list = asArray(object);
   if (list == nullptr) return std::nullopt;
-  std::vector<tidewell::PropertyDictionary> assertions;
+  std::vector<tidewell::ListedAssertion> assertions;
   for (CFIndex index = 0; index < CFArrayGetCount(list); ++index) {
-    auto assertion = propertyDictionary(CFArrayGetValueAtIndex(list, index));
-    if (!assertion) return std::nullopt;
-    assertions.push_back(*std::move(assertion));
+    const auto description = propertyDictionary(CFArrayGetValueAtIndex(list, index));
+    if (!description) return std::nullopt;
+    assertions.push_back(listedAssertion(*description));
   }
   return assertions;
 }
@@ -44,8 +45,7 @@ CFRef<CFDictionaryRef> copyAssertionsByProcess() {
 
 }  // namespace
 
-std::optional<std::vector<tidewell::AssertionTable::Holder>>
-IOKitAssertionTable::assertionsByProcess() {
+std::optional<std::vector<tidewell::AssertionHolder>> IOKitAssertionTable::assertionsByProcess() {
   const CFRef<CFDictionaryRef> answer = copyAssertionsByProcess();
   const CFDictionaryRef table = asDictionary(answer.get());
   if (table == nullptr) return std::nullopt;
@@ -53,7 +53,7 @@ IOKitAssertionTable::assertionsByProcess() {
   std::vector<const void*> keys(count);
   std::vector<const void*> values(count);
   CFDictionaryGetKeysAndValues(table, keys.data(), values.data());
-  std::vector<Holder> holders;
+  std::vector<tidewell::AssertionHolder> holders;
   for (std::size_t index = 0; index < count; ++index) {
     const auto number = processNumber(keys[index]);
     auto assertions = assertionList(values[index]);
@@ -61,7 +61,7 @@ IOKitAssertionTable::assertionsByProcess() {
     const auto pid = static_cast<std::int32_t>(*number);
     if (pid != getpid() && isAStaylit(pid)) continue;
     const auto owner = [pid] { return programPath(pid); };
-    holders.emplace_back(*number, withoutLitDisplay(*std::move(assertions), owner));
+    holders.push_back({*number, withoutLitDisplay(*std::move(assertions), owner)});
   }
   return holders;
 }

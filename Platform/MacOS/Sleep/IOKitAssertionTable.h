@@ -9,7 +9,7 @@ namespace platform {
 /// the system itself stays awake for its display (`withoutLitDisplay`).
 class IOKitAssertionTable final : public tidewell::AssertionTable {
  public:
-  std::optional<std::vector<Holder>> assertionsByProcess() override;
+  std::optional<std::vector<tidewell::AssertionHolder>> assertionsByProcess() override;
   std::int32_t ownProcessIdentifier() override;
 };
 

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <string_view>
-#include <variant>
 
 namespace platform {
 namespace {
@@ -12,11 +11,8 @@ constexpr std::string_view kNameEnd = "Prevent sleep while display is on";
 constexpr std::string_view kSystemFolder = "/System/";
 constexpr std::string_view kDaemon = "/powerd";
 
-bool hasFittingName(const tidewell::PropertyDictionary& assertion) {
-  const auto found = assertion.find("AssertName");
-  if (found == assertion.end()) return false;
-  const auto* name = std::get_if<std::string>(&found->second);
-  return name != nullptr && name->ends_with(kNameEnd);
+bool hasFittingName(const tidewell::ListedAssertion& assertion) {
+  return assertion.reason.ends_with(kNameEnd);
 }
 
 bool isPowerDaemon(std::string_view program) {
@@ -25,9 +21,8 @@ bool isPowerDaemon(std::string_view program) {
 
 }  // namespace
 
-std::vector<tidewell::PropertyDictionary> withoutLitDisplay(
-    std::vector<tidewell::PropertyDictionary> assertions,
-    const std::function<std::string()>& owner) {
+std::vector<tidewell::ListedAssertion> withoutLitDisplay(
+    std::vector<tidewell::ListedAssertion> assertions, const std::function<std::string()>& owner) {
   if (std::ranges::any_of(assertions, hasFittingName) && isPowerDaemon(owner())) {
     std::erase_if(assertions, hasFittingName);
   }

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "Tidewell/Ports/PropertyValue.h"
+#include "Tidewell/Ports/AssertionTable.h"
 
 namespace platform {
 
@@ -23,8 +23,7 @@ namespace platform {
 ///
 /// `owner` gives the path of the process's program, empty where it cannot be told. It is asked only
 /// where a name fits, once.
-std::vector<tidewell::PropertyDictionary> withoutLitDisplay(
-    std::vector<tidewell::PropertyDictionary> assertions,
-    const std::function<std::string()>& owner);
+std::vector<tidewell::ListedAssertion> withoutLitDisplay(
+    std::vector<tidewell::ListedAssertion> assertions, const std::function<std::string()>& owner);
 
 }  // namespace platform

@@ -14,9 +14,7 @@
 namespace platform {
 namespace {
 
-using tidewell::PropertyValue;
-
-constexpr std::uint32_t kOn = 255;
+constexpr std::int64_t kOn = 255;
 
 /// An assertion that is given back at the end.
 class Held {
@@ -36,25 +34,22 @@ class Held {
   tidewell::PowerManagement::Creation creation_;
 };
 
-/// What the system lists under `key` of the assertions that this process holds of `type`.
-std::vector<PropertyValue> listed(const std::string& type, const std::string& key) {
-  std::vector<PropertyValue> values;
+/// The assertions of `type` that the system lists for this process.
+std::vector<tidewell::ListedAssertion> listed(const std::string& type) {
+  std::vector<tidewell::ListedAssertion> found;
   const auto table = IOKitAssertionTable().assertionsByProcess();
   EXPECT_TRUE(table.has_value());
-  if (!table) return values;
-  for (const auto& [pid, assertions] : *table) {
-    if (pid != getpid()) continue;
-    for (const tidewell::PropertyDictionary& assertion : assertions) {
-      const auto kind = assertion.find("AssertType");
-      const auto value = assertion.find(key);
-      if (kind == assertion.end() || value == assertion.end()) continue;
-      if (kind->second == PropertyValue(type)) values.push_back(value->second);
+  if (!table) return found;
+  for (const auto& [process, assertions] : *table) {
+    if (process != getpid()) continue;
+    for (const tidewell::ListedAssertion& assertion : assertions) {
+      if (assertion.type == type) found.push_back(assertion);
     }
   }
-  return values;
+  return found;
 }
 
-using Values = std::vector<PropertyValue>;
+using Assertions = std::vector<tidewell::ListedAssertion>;
 
 TEST(IOKitAssertions, AreListedWithTypeNameAndLevelWhileTheyAreHeld) {
   using Kind = tidewell::AssertionKind;
@@ -64,18 +59,17 @@ TEST(IOKitAssertions, AreListedWithTypeNameAndLevelWhileTheyAreHeld) {
       const Held held(kind, "a test is working");
       EXPECT_EQ(held.code(), 0);
       EXPECT_NE(held.id(), 0U);
-      EXPECT_EQ(listed(type, "AssertName"), Values{std::string("a test is working")});
-      EXPECT_EQ(listed(type, "AssertLevel"), Values{std::int64_t{kOn}});
+      EXPECT_EQ(listed(type), (Assertions{{type, kOn, "a test is working"}}));
     }
-    EXPECT_EQ(listed(type, "AssertName"), Values{});
+    EXPECT_EQ(listed(type), Assertions{});
   }
 }
 
 TEST(IOKitAssertions, CanBeRenamedWhileTheyAreHeld) {
   Held held(tidewell::AssertionKind::system, "a test is working");
   held.rename("é and 2 more are working");
-  EXPECT_EQ(listed("PreventUserIdleSystemSleep", "AssertName"),
-            Values{std::string("é and 2 more are working")});
+  EXPECT_EQ(listed("PreventUserIdleSystemSleep"),
+            (Assertions{{"PreventUserIdleSystemSleep", kOn, "é and 2 more are working"}}));
 }
 
 TEST(IOKitAssertions, AreToldWhileTheyLive) {
@@ -92,7 +86,8 @@ TEST(IOKitAssertions, AreToldWhileTheyLive) {
 TEST(IOKitAssertions, HaveTheirNamesCutToWhatTheSystemTakes) {
   const Held held(tidewell::AssertionKind::system, std::string(200, 'x'));
   EXPECT_EQ(held.code(), 0);
-  EXPECT_EQ(listed("PreventUserIdleSystemSleep", "AssertName"), Values{std::string(128, 'x')});
+  EXPECT_EQ(listed("PreventUserIdleSystemSleep"),
+            (Assertions{{"PreventUserIdleSystemSleep", kOn, std::string(128, 'x')}}));
 }
 
 TEST(IOKitAssertions, KnowThisProcess) {

@@ -8,16 +8,16 @@
 namespace platform {
 namespace {
 
-using Assertions = std::vector<tidewell::PropertyDictionary>;
+using tidewell::ListedAssertion;
+using Assertions = std::vector<ListedAssertion>;
 
 const std::string kDaemon = "/System/Library/CoreServices/powerd.bundle/powerd";
 
-tidewell::PropertyDictionary named(const std::string& name) {
-  return {{"AssertType", std::string("PreventUserIdleSystemSleep")}, {"AssertName", name}};
+ListedAssertion named(const std::string& name) {
+  return {"PreventUserIdleSystemSleep", 255, name};
 }
 
-const tidewell::PropertyDictionary kOfTheDisplay =
-    named("Powerd - Prevent sleep while display is on");
+const ListedAssertion kOfTheDisplay = named("Powerd - Prevent sleep while display is on");
 
 Assertions leftOf(const Assertions& assertions, const std::string& owner) {
   return withoutLitDisplay(assertions, [&] { return owner; });
@@ -46,9 +46,8 @@ TEST(LitDisplay, IsKnownByTheEndOfAWholeName) {
     EXPECT_EQ(leftOf({named(name)}, kDaemon), Assertions{named(name)}) << name;
 }
 
-TEST(LitDisplay, LeavesAssertionsWithoutANameInText) {
-  const Assertions odd{{}, {{"AssertName", std::int64_t{7}}}};
-  EXPECT_EQ(leftOf(odd, kDaemon), odd);
+TEST(LitDisplay, LeavesAssertionsWithoutAName) {
+  EXPECT_EQ(leftOf({named("")}, kDaemon), Assertions{named("")});
 }
 
 TEST(LitDisplay, AsksForTheOwnerOnlyWhereANameFitsAndOnce) {

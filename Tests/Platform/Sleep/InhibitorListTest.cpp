@@ -130,9 +130,8 @@ class InhibitorListTest : public BusTest {
     for (const auto& [identifier, assertions] : *all) {
       const auto name = holders->applicationId(static_cast<std::int32_t>(identifier));
       for (const auto& assertion : assertions) {
-        result.push_back(name.value_or(std::to_string(identifier)) + " " +
-                         std::get<std::string>(assertion.at("AssertType")) + " " +
-                         std::to_string(std::get<std::int64_t>(assertion.at("AssertLevel"))));
+        result.push_back(name.value_or(std::to_string(identifier)) + " " + assertion.type + " " +
+                         std::to_string(assertion.level.value_or(-1)));
       }
     }
     return result;
@@ -193,9 +192,9 @@ TEST_F(InhibitorListTest, GathersTheLocksOfOneProcess) {
   const auto all = list->assertionsByProcess();
   ASSERT_TRUE(all);
   ASSERT_EQ(all->size(), 2U);
-  EXPECT_EQ(all->at(0).first, 7);
-  EXPECT_EQ(all->at(0).second.size(), 2U);
-  EXPECT_EQ(all->at(1).first, 8);
+  EXPECT_EQ(all->at(0).process, 7);
+  EXPECT_EQ(all->at(0).assertions.size(), 2U);
+  EXPECT_EQ(all->at(1).process, 8);
 }
 
 TEST_F(InhibitorListTest, DropsTheLockByWhichGnomePassesOnItsOwnList) {
@@ -212,7 +211,7 @@ TEST_F(InhibitorListTest, CleansWhatAHolderCallsItselfAndItsReason) {
   const auto all = list->assertionsByProcess();
   ASSERT_TRUE(all);
   ASSERT_EQ(all->size(), 1U);
-  EXPECT_EQ(std::get<std::string>(all->front().second.front().at("AssertName")), "why\uFFFD");
+  EXPECT_EQ(all->front().assertions.front().reason, "why\uFFFD");
 }
 
 TEST_F(InhibitorListTest, AddsWhatTheSessionManagerListsByName) {
@@ -236,8 +235,8 @@ TEST_F(InhibitorListTest, GivesANamedHolderANegativeIdentifierThatStays) {
   const auto second = list->assertionsByProcess();
   ASSERT_TRUE(first && second);
   ASSERT_EQ(first->size(), 1U);
-  EXPECT_LT(first->front().first, 0);
-  EXPECT_EQ(second->front().first, first->front().first);
+  EXPECT_LT(first->front().process, 0);
+  EXPECT_EQ(second->front().process, first->front().process);
 }
 
 TEST_F(InhibitorListTest, LeavesItsOwnEntriesOutOfTheSessionsLists) {

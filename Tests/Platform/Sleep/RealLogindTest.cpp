@@ -247,7 +247,7 @@ TEST_F(RealLogindTest, ShowsTheHoldAmongTheAssertionsOfTheProcess) {
   const auto holders = list.assertionsByProcess();
   ASSERT_TRUE(holders);
   ASSERT_EQ(holders->size(), 1U);
-  EXPECT_EQ(holders->front().first, list.ownProcessIdentifier());
+  EXPECT_EQ(holders->front().process, list.ownProcessIdentifier());
 }
 
 }  // namespace
