@@ -10,7 +10,7 @@ AppDelegate::AppDelegate(tidewell::Ports& ports, UserInterface& userInterface)
     : ports_(ports), userInterface_(userInterface) {}
 
 void AppDelegate::applicationDidFinishLaunching() {
-  // What shows the engine is destroyed before the engine, and is made before the engine's first
+  // The objects that show the engine are destroyed before the engine, and made before its first
   // tick.
   holdWatch_.reset();
   terminalReporter_.reset();
@@ -32,16 +32,16 @@ void AppDelegate::resumeLidClosed() {
   const auto isWanted = [] { return Prefs::shared().defaults().boolean(keys::allowLidClosed); };
   if (ports_.lidSwitch) {
     lidChanges_ = ports_.lidSwitch->observe([this, isWanted](bool holds) {
-      if (!holds && isWanted()) tellOfTheLid("\"Work with the lid closed\" is not in effect.");
+      if (!holds && isWanted()) tellAboutLid("\"Work with the lid closed\" is not in effect.");
     });
   }
   if (!isWanted() || tidewell::ClamshellController::resume()) return;
   // The setting comes from an earlier run, so nobody looks at the Settings window, which would show
   // the failure.
-  tellOfTheLid("\"Work with the lid closed\" could not be switched on again.");
+  tellAboutLid("\"Work with the lid closed\" could not be switched on again.");
 }
 
-void AppDelegate::tellOfTheLid(const std::string& why) {
+void AppDelegate::tellAboutLid(const std::string& why) {
   userInterface_.tell("With its lid closed the computer will sleep", why);
 }
 

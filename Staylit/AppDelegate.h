@@ -21,7 +21,7 @@ class AppDelegate : public ApplicationDelegate {
 
   void applicationDidFinishLaunching() override;
 
-  /// Stops the ticks and gives every hold back. The lid-closed setting stays as it is. Does nothing
+  /// Stops the ticks and releases every hold. The lid-closed setting stays as it is. Does nothing
   /// before launching has finished.
   void applicationWillTerminate() override;
 
@@ -34,7 +34,7 @@ class AppDelegate : public ApplicationDelegate {
 
  private:
   void resumeLidClosed();
-  void tellOfTheLid(const std::string& why);
+  void tellAboutLid(const std::string& why);
   void tellThatNothingHolds();
 
   tidewell::Ports& ports_;

@@ -9,9 +9,9 @@
 
 namespace staylit {
 
-/// The entry of the process, above the system: sets up what everything else relies on, then either
-/// prints the diagnostics report or runs the application. Main thread only; all arguments must
-/// outlive it. The report uses neither the application nor the user interface.
+/// The portable entry of the process. Installs the ports and sets the names that everything else
+/// relies on, then either prints the diagnostics report or runs the application. The report uses
+/// neither the application nor the user interface. Main thread only; all arguments must outlive it.
 class AppMain {
  public:
   AppMain(tidewell::Ports& ports, Application& application, UserInterface& userInterface);

@@ -55,8 +55,8 @@ std::vector<AppsLine> linesOf(const std::vector<AppsView::Section>& sections) {
   return lines;
 }
 
-auto same(const AppsLine& line) {
-  return [&line](const AppsLine& other) { return other.isSame(line); };
+auto standsForSameAs(const AppsLine& line) {
+  return [&line](const AppsLine& other) { return other.standsForSameAs(line); };
 }
 
 auto at(std::vector<AppsLine>& lines, std::size_t row) {
@@ -65,7 +65,7 @@ auto at(std::vector<AppsLine>& lines, std::size_t row) {
 
 }  // namespace
 
-bool AppsLine::isSame(const AppsLine& other) const {
+bool AppsLine::standsForSameAs(const AppsLine& other) const {
   if (kind != other.kind) return false;
   return kind == Kind::entry ? id == other.id : section == other.section;
 }
@@ -78,44 +78,44 @@ std::string AppsLine::spoken() const {
   return detail.empty() ? spokenName() : spokenName() + ", " + detail;
 }
 
-void AppsLines::show(const std::vector<AppsView::Section>& sections, const Told& edited,
-                     const Told& aboutTo) {
+void AppsLines::show(const std::vector<AppsView::Section>& sections, const Listener& edited,
+                     const Listener& aboutTo) {
   const std::vector<AppsLine> next = linesOf(sections);
-  const Audience audience{aboutTo, edited};
-  removeAllBut(next, audience);
+  const Listeners listeners{aboutTo, edited};
+  removeAllBut(next, listeners);
   for (std::size_t row = 0; row < next.size(); ++row)
-    place(row, next[row], audience);
+    place(row, next[row], listeners);
 }
 
-void AppsLines::make(const Edit& edit, const Audience& audience,
-                     const std::function<void()>& step) {
-  if (audience.aboutTo) audience.aboutTo(edit);
+void AppsLines::takeStep(const Edit& edit, const Listeners& listeners,
+                         const std::function<void()>& step) {
+  if (listeners.aboutTo) listeners.aboutTo(edit);
   step();
-  audience.edited(edit);
+  listeners.edited(edit);
 }
 
-void AppsLines::removeAllBut(const std::vector<AppsLine>& next, const Audience& audience) {
+void AppsLines::removeAllBut(const std::vector<AppsLine>& next, const Listeners& listeners) {
   for (std::size_t row = lines_.size(); row-- > 0;) {
-    if (std::ranges::any_of(next, same(lines_[row]))) continue;
-    make({Edit::Kind::remove, row}, audience, [&] { lines_.erase(at(lines_, row)); });
+    if (std::ranges::any_of(next, standsForSameAs(lines_[row]))) continue;
+    takeStep({Edit::Kind::remove, row}, listeners, [&] { lines_.erase(at(lines_, row)); });
   }
 }
 
 /// Puts `line` at `row`. All lines above it are already where they belong.
-void AppsLines::place(std::size_t row, const AppsLine& line, const Audience& audience) {
+void AppsLines::place(std::size_t row, const AppsLine& line, const Listeners& listeners) {
   const auto here = at(lines_, row);
-  const auto found = std::find_if(here, lines_.end(), same(line));
+  const auto found = std::find_if(here, lines_.end(), standsForSameAs(line));
   if (found == lines_.end()) {
-    make({Edit::Kind::insert, row}, audience, [&] { lines_.insert(here, line); });
+    takeStep({Edit::Kind::insert, row}, listeners, [&] { lines_.insert(here, line); });
     return;
   }
   if (found != here) {
     const auto from = static_cast<std::size_t>(found - lines_.begin());
-    make({Edit::Kind::move, from, row}, audience,
-         [&] { std::rotate(here, found, std::next(found)); });
+    takeStep({Edit::Kind::move, from, row}, listeners,
+             [&] { std::rotate(here, found, std::next(found)); });
   }
   if (lines_[row] == line) return;
-  make({Edit::Kind::change, row}, audience, [&] { lines_[row] = line; });
+  takeStep({Edit::Kind::change, row}, listeners, [&] { lines_[row] = line; });
 }
 
 bool AppsLines::isEntry(std::size_t row) const {

@@ -21,17 +21,21 @@ struct AppsLine {
   std::string detail;  ///< Shown below the text; empty for none.
   std::string symbol;  ///< Shown before the text; empty for none.
   std::size_t count = 0;  ///< For a heading: how many applications its list has.
-  std::string id;         ///< For an application, as are all fields below.
+
+  // The fields below are for an application only.
+  std::string id;
   bool isWorking = false;
   std::string moveSymbol;
   std::string moveHint;
 
-  /// Whether both lines stand for the same thing, even where they say different things of it.
-  [[nodiscard]] bool isSame(const AppsLine& other) const;
+  /// Whether both lines stand for the same application, heading or empty text, even where they read
+  /// differently.
+  [[nodiscard]] bool standsForSameAs(const AppsLine& other) const;
 
-  /// What a screen reader says of an application: its name, and whether it works.
+  /// An application's name and whether it works, for a screen reader.
   [[nodiscard]] std::string spokenName() const;
-  /// What a screen reader says of an application: everything that its line shows.
+
+  /// All that an application's line shows, for a screen reader.
   [[nodiscard]] std::string spoken() const;
 
   friend bool operator==(const AppsLine&, const AppsLine&) = default;
@@ -53,16 +57,17 @@ class AppsLines {
 
     friend bool operator==(const Edit&, const Edit&) = default;
   };
-  using Told = std::function<void(const Edit& edit)>;
+  using Listener = std::function<void(const Edit& edit)>;
 
-  /// `edited` is called after each step, when the lines are as the step left them. `aboutTo`, if
-  /// there is one, is called right before each step.
-  void show(const std::vector<AppsView::Section>& sections, const Told& edited,
-            const Told& aboutTo = {});
+  /// Goes from the lines that were shown last to the lines of `sections`. `edited` is called after
+  /// each step, when the lines are as the step left them. `aboutTo`, if there is one, is called
+  /// right before each step.
+  void show(const std::vector<AppsView::Section>& sections, const Listener& edited,
+            const Listener& aboutTo = {});
 
   [[nodiscard]] const std::vector<AppsLine>& lines() const { return lines_; }
   [[nodiscard]] bool isEntry(std::size_t row) const;
-  /// The row of an application.
+  /// The row of the application `id`; absent when there is no such application.
   [[nodiscard]] std::optional<std::size_t> rowOf(const std::string& id) const;
   /// The row of the first application from `row` on, else of the last one before it; absent when
   /// there are none.
@@ -70,14 +75,15 @@ class AppsLines {
 
  private:
   /// The functions to call before and after a step.
-  struct Audience {
-    const Told& aboutTo;
-    const Told& edited;
+  struct Listeners {
+    const Listener& aboutTo;
+    const Listener& edited;
   };
 
-  void removeAllBut(const std::vector<AppsLine>& next, const Audience& audience);
-  void place(std::size_t row, const AppsLine& line, const Audience& audience);
-  static void make(const Edit& edit, const Audience& audience, const std::function<void()>& step);
+  void removeAllBut(const std::vector<AppsLine>& next, const Listeners& listeners);
+  void place(std::size_t row, const AppsLine& line, const Listeners& listeners);
+  static void takeStep(const Edit& edit, const Listeners& listeners,
+                       const std::function<void()>& step);
 
   std::vector<AppsLine> lines_;
 };

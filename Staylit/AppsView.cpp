@@ -130,7 +130,7 @@ AppsView::Footer AppsView::footer() const {
 void AppsView::setSearch(std::string search) {
   if (search == search_) return;
   search_ = std::move(search);
-  changes_.tell();
+  changes_.viewChanged();
 }
 
 void AppsView::move(const std::string& id) {
@@ -146,7 +146,7 @@ void AppsView::watchEverything() {
 
 void AppsView::listsChanged() {
   ++version_;
-  changes_.tell();
+  changes_.viewChanged();
   engine_.tick();
 }
 

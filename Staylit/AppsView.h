@@ -57,9 +57,8 @@ class AppsView {
     std::string_view subtitle;
     std::string_view searchSymbol;
     std::string_view searchPlaceholder;
-    std::string_view
-        /// For the button that empties the search; shown while there is a search text.
-        clearSymbol;
+    /// For the button that empties the search, which is shown while there is a search text.
+    std::string_view clearSymbol;
   };
 
   AppsView(StaylitEngine& engine, tidewell::Ports& ports);
@@ -91,8 +90,8 @@ class AppsView {
   /// subscription is dropped or the view is gone.
   [[nodiscard]] virtual Subscription observe(std::function<void()> changed);
 
-  /// All applications that match the search, in the order in which they are shown; then the watched
-  /// and the ignored ones of them.
+  /// The applications that match the search, in the order in which they are shown: all of them, the
+  /// watched ones, and the ignored ones.
   [[nodiscard]] std::vector<Entry> allEntries() const;
   [[nodiscard]] std::vector<Entry> watched() const;
   [[nodiscard]] std::vector<Entry> ignored() const;

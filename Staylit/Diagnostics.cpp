@@ -9,12 +9,11 @@
 #include <string_view>
 
 #include "Staylit/Prefs.h"
-#include "Staylit/SamplingProgress.h"
 #include "Staylit/StaylitEngine.h"
 #include "Tidewell/ActivityMonitor.h"
-#include "Tidewell/BatteryMonitor.h"
 #include "Tidewell/FatalError.h"
 #include "Tidewell/PowerAssertionReader.h"
+#include "Tidewell/PowerState.h"
 
 namespace staylit {
 
@@ -27,10 +26,11 @@ constexpr std::size_t kMostRows = 12;
 constexpr std::size_t kNameWidth = 26;
 constexpr std::int64_t kShortestSampling = 14;
 constexpr std::int64_t kSamplingBeyondSustain = 6;
-/// A century. A longer wait is as good as endless, and the end of this one is still a valid moment.
+/// A century: as good as endless, and its end is still a valid moment.
 constexpr std::int64_t kLongestSampling = 3'155'760'000;
 
-/// Room for any double: the largest has 309 digits before its point, the smallest 1,074 behind it.
+/// Has room for any double: the largest has 309 digits before its point, the smallest 1,074 after
+/// it.
 using Digits = std::array<char, 1500>;
 
 std::string fixed(int decimals, double value) {
@@ -90,6 +90,41 @@ void printLimits(tidewell::Console& console, std::int64_t sustain) {
                     "s after work stops\n");
 }
 
+/// Puts the cursor into the first column and clears the rest of the line.
+constexpr std::string_view kClearLine = "\r\x1b[K";
+constexpr std::size_t kBarWidth = 20;
+
+std::string bar(double fraction) {
+  const auto filled = static_cast<std::size_t>(fraction * static_cast<double>(kBarWidth));
+  return "[" + std::string(filled, '=') + std::string(kBarWidth - filled, ' ') + "]";
+}
+
+/// One line on standard error that tells how far the sampling is and how long it still takes. The
+/// line is shown only if standard error is a terminal, and disappears with this object.
+class SamplingProgress {
+ public:
+  SamplingProgress(tidewell::Console& console, Seconds duration)
+      : console_(console), duration_(duration), isVisible_(console.errorIsTerminal()) {}
+  ~SamplingProgress() {
+    if (isVisible_) console_.writeError(kClearLine);
+  }
+  SamplingProgress(const SamplingProgress&) = delete;
+  SamplingProgress& operator=(const SamplingProgress&) = delete;
+
+  /// `elapsed` is neither negative nor more than the whole duration.
+  void show(Seconds elapsed) {
+    if (!isVisible_) return;
+    const double left = std::ceil((duration_ - elapsed).count());
+    console_.writeError(std::string(kClearLine) + "Sampling " + bar(elapsed / duration_) + " " +
+                        std::to_string(static_cast<long long>(left)) + "s left");
+  }
+
+ private:
+  tidewell::Console& console_;
+  Seconds duration_;
+  bool isVisible_;
+};
+
 void sample(tidewell::ActivityMonitor& monitor, tidewell::Ports& ports, std::int64_t duration) {
   SamplingProgress progress(*ports.console, std::chrono::seconds(duration));
   const Moment begin = ports.clock->now();
@@ -129,8 +164,8 @@ void Diagnostics::run(tidewell::Ports& ports) {
          monitor.lastBusy(), "nothing sustained long enough");
   const std::vector<std::string> asserting = tidewell::PowerAssertionReader::appsPreventingSleep();
   printAsserting(console, asserting);
-  // The verdict is coarse on purpose: what blocks a hold, and whether other programs' requests
-  // count, is said above.
+  // The verdict is coarse on purpose: the lines above say what blocks a hold, and a setting decides
+  // whether other programs' requests count.
   const bool wouldHold = !monitor.lastBusy().empty() || !asserting.empty();
   console.printLine(std::string("\nVerdict: ") +
                     (wouldHold ? "WOULD HOLD sleep" : "would let the Mac sleep"));

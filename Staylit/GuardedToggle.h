@@ -34,9 +34,11 @@ class GuardedToggle {
   void change(bool on);
   void act() { apply_(isOn_); }
 
-  /// The change succeeded, or failed.
+  /// The system did what the change asked for.
   void succeeded() { failures_ = 0; }
-  /// `stored` is the stored value, which the failed change to `on` has not reached.
+
+  /// The system did not do what the change to `on` asked for, so the stored value is still
+  /// `stored`.
   void failed(bool on, bool stored);
 
   /// Shows `on` without asking the system: the value changed by itself.
@@ -52,7 +54,7 @@ class GuardedToggle {
   int failures_ = 0;  ///< Since the user's own change.
   tidewell::MainLoop& mainLoop_;
   Apply apply_;
-  tidewell::WeakReferences<GuardedToggle> self_{*this};  ///< For work that is posted.
+  tidewell::WeakReferenceSource<GuardedToggle> self_{*this};  ///< For work that is posted.
 };
 
 }  // namespace staylit

@@ -18,17 +18,17 @@ HoldWatch::HoldWatch(StaylitEngine& engine, tidewell::PowerManagement& power,
     : engine_(engine),
       power_(power),
       tell_(std::move(tellThatNothingHolds)),
-      // The engine assigns its status after each decision, when it has already held or released.
+      // The engine publishes its status after each decision, when it has already held or released.
       subscription_(engine.status().observe([this](const EngineStatus& next) { look(next); })) {}
 
 void HoldWatch::look(const EngineStatus& next) {
   const bool isGranted = engine_.isHolding() && power_.isGranted();
   if (isGranted) isTold_ = false;
   if (isGranted || !wantsAHold(next)) {
-    looksInVain_ = 0;
+    ticksInVain_ = 0;
     return;
   }
-  if (++looksInVain_ < kLooks || isTold_) return;
+  if (++ticksInVain_ < kTicks || isTold_) return;
   isTold_ = true;
   tell_();
 }

@@ -10,8 +10,8 @@ namespace staylit {
 
 /// Notices that the engine wants the machine awake and the system does not grant the hold.
 ///
-/// Tells so once, after the engine has looked several times in a row without a grant, because a
-/// service may be about to restart. It does not tell again before a hold was granted. Main thread
+/// Calls `tellThatNothingHolds` once, after several ticks in a row without a grant: a service may
+/// just be about to restart. Calls it again only after a hold was granted in between. Main thread
 /// only; the engine and `power` must outlive it.
 class HoldWatch {
  public:
@@ -19,14 +19,14 @@ class HoldWatch {
             std::function<void()> tellThatNothingHolds);
 
  private:
-  static constexpr int kLooks = 6;
+  static constexpr int kTicks = 6;
 
   void look(const EngineStatus& next);
 
   StaylitEngine& engine_;
   tidewell::PowerManagement& power_;
   std::function<void()> tell_;
-  int looksInVain_ = 0;
+  int ticksInVain_ = 0;
   bool isTold_ = false;
   Subscription subscription_;
 };

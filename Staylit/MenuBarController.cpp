@@ -155,7 +155,7 @@ void addCommands(Menu& menu, bool isPaused) {
 MenuBarController::MenuBarController(StaylitEngine& engine, UserInterface& userInterface,
                                      tidewell::Ports& ports)
     : engine_(engine), userInterface_(userInterface), ports_(ports) {
-  // This comes last, because the status item may ask for the menu at once.
+  // The item is made when all else is there, because it may ask for the menu at once.
   statusItem_ = userInterface_.makeStatusItem(*this);
   followStatus();
 }

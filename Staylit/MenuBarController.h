@@ -29,7 +29,7 @@ class MenuBarController : public MenuDelegate {
 
   /// What the status item shows for a status.
   static StatusItemAppearance appearance(const EngineStatus& status);
-  /// The status in one line: tool tip and first line of the menu.
+  /// The status in one line, for the tool tip and the first line of the menu.
   static std::string summary(const EngineStatus& status);
 
   Menu menuNeedsUpdate() override;
@@ -39,7 +39,7 @@ class MenuBarController : public MenuDelegate {
   /// decide at once. Does nothing for an item without an application.
   void toggleApp(const MenuItem& item);
   void togglePause();
-  /// Both bring their window to the front. Nothing happens when the window cannot be made.
+  /// Both bring their window to the front. They do nothing when the window cannot be made.
   void openApps();
   void openSettings();
 
@@ -62,7 +62,7 @@ class MenuBarController : public MenuDelegate {
   std::unique_ptr<SettingsView> settingsView_;
   std::unique_ptr<Window> settingsWindow_;
   Subscription statusSubscription_;
-  tidewell::WeakReferences<MenuBarController> self_{*this};  ///< For work that is posted.
+  tidewell::WeakReferenceSource<MenuBarController> self_{*this};  ///< For work that is posted.
 };
 
 }  // namespace staylit

@@ -37,7 +37,7 @@ tidewell::PropertyDictionary registeredDefaults() {
 Prefs& Prefs::shared() {
   static std::mutex mutex;
   static std::unique_ptr<Prefs> only;
-  static std::uint64_t generation = 0;  // The number of the ports whose store it reads.
+  static std::uint64_t generation = 0;  // Of the ports whose store `only` reads.
   const std::lock_guard lock(mutex);
   if (!only || generation != tidewell::InstalledPorts::generation()) {
     only.reset(new Prefs(*tidewell::InstalledPorts::current().defaults));

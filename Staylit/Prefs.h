@@ -4,8 +4,9 @@
 #include <string>
 #include <string_view>
 
+#include "Tidewell/ActivityThresholds.h"
 #include "Tidewell/Ports/Defaults.h"
-#include "Tidewell/Thresholds.h"
+#include "Tidewell/PowerState.h"
 
 namespace staylit {
 

@@ -7,8 +7,7 @@
 
 namespace staylit {
 
-/// Keeps an observer registered; dropping it ends the observation. It may outlive the observed
-/// property.
+/// Keeps an observer subscribed until it is dropped. It may outlive the observed property.
 class Subscription {
  public:
   Subscription() = default;
@@ -21,7 +20,9 @@ class Subscription {
 /// A property whose observers are told of every assignment, before the value changes, even when the
 /// new value equals the old one.
 ///
-/// One thread only. An observer may drop its own subscription, or any other, while it is told.
+/// One thread only, on which `set` also calls the observers, in the order in which they subscribed.
+/// While it is told, an observer may drop its own subscription or any other, and may subscribe
+/// others, which are told from the next assignment on. It must not assign the same property.
 template <typename Value>
 class Published {
  public:

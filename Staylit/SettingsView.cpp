@@ -131,7 +131,7 @@ void SettingsView::moveSlider(const Slider& slider, std::int64_t& stored, std::s
   if (inRange == slider.value || next == slider.value) return;
   stored = next;
   defaults().setInteger(key, next);
-  changes_.tell();
+  changes_.viewChanged();
 }
 
 void SettingsView::setOn(Control control, bool on) {
@@ -158,19 +158,19 @@ void SettingsView::flip(bool& stored, std::string_view key, bool on) {
   if (stored == on) return;
   stored = on;
   defaults().setBoolean(key, on);
-  changes_.tell();
+  changes_.viewChanged();
 }
 
 void SettingsView::flipGuarded(GuardedToggle& toggle, bool on) {
   if (toggle.isOn() == on) return;
   toggle.change(on);
-  changes_.tell();
+  changes_.viewChanged();
   toggle.act();
 }
 
 void SettingsView::flipBack(GuardedToggle& toggle, bool on, std::string_view key) {
   // The observers are told first, so that they show the change before the system is asked for it.
-  changes_.tell();
+  changes_.viewChanged();
   toggle.failed(on, defaults().boolean(key));
 }
 
@@ -178,7 +178,7 @@ void SettingsView::followLid() {
   if (!ports_.lidSwitch) return;
   lidChanges_ = ports_.lidSwitch->observe([this](bool) {
     lidClosed_.show(lidIsAllowed(ports_));
-    changes_.tell();
+    changes_.viewChanged();
   });
 }
 
@@ -207,7 +207,7 @@ void SettingsView::lidApplied(bool on, bool isDone) {
     if (!isOnlyUndone) lidError_.reset();
     lidClosed_.succeeded();
     lidClosed_.show(on);
-    changes_.tell();
+    changes_.viewChanged();
   } else {
     flipBack(lidClosed_, on, keys::allowLidClosed);
     lidError_ = "Administrator approval was declined.";

@@ -32,7 +32,7 @@ namespace staylit {
 /// tried again, a line under the toggle says so.
 class SettingsView {
  public:
-  /// The name of a control, with which a window tells the view of a change.
+  /// Names a control when a window tells the view of a change.
   enum class Control {
     grace,
     keepScreenOn,
@@ -46,8 +46,8 @@ class SettingsView {
   };
 
   struct Slider {
-    /// Where the knob stands: the stored value, brought into the range. The stored value may lie
-    /// between two steps. The label shows the stored value.
+    /// Where the knob stands: at the stored value, or at the nearest end of the range. The stored
+    /// value may lie between two steps.
     std::int64_t value = 0;
     std::int64_t minimum = 0;
     std::int64_t maximum = 0;
@@ -111,7 +111,7 @@ class SettingsView {
                   std::int64_t value);
   void flip(bool& stored, std::string_view key, bool on);
   void flipGuarded(GuardedToggle& toggle, bool on);
-  /// Undoes the change to `on`, which failed. The value under `key` is still the old one.
+  /// Undoes the change to `on`, which failed: the value under `key` is still the old one.
   void flipBack(GuardedToggle& toggle, bool on, std::string_view key);
 
   void applyLidSetting(bool on);
@@ -132,7 +132,7 @@ class SettingsView {
   std::optional<std::string> lidError_;
   ViewChanges changes_;
   std::shared_ptr<void> lidChanges_;
-  tidewell::WeakReferences<SettingsView> self_{*this};  ///< For answers that may come late.
+  tidewell::WeakReferenceSource<SettingsView> self_{*this};  ///< For answers that may come late.
 };
 
 }  // namespace staylit

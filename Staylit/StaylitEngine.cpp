@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "Staylit/Prefs.h"
-#include "Tidewell/BatteryMonitor.h"
+#include "Tidewell/PowerState.h"
 
 namespace staylit {
 
@@ -85,7 +85,7 @@ void StaylitEngine::setPaused(bool paused) {
 }
 
 void StaylitEngine::observeSystemSleep() {
-  // An observer posts its work to the main loop, and the engine may be gone by then.
+  // Both actions run from the main loop, and the engine may be gone by then.
   const auto hop = [this](void (*action)(StaylitEngine&)) {
     return [&loop = *ports_.mainLoop, engine = self_.make(), action] {
       loop.async([engine, action] {

@@ -18,10 +18,12 @@ namespace staylit {
 /// The program's main loop and the one source of truth about what the program does.
 ///
 /// Every two seconds it looks at the power situation and at all applications, decides whether the
-/// machine must stay awake, drives the sleep controller and publishes the outcome. One owner, main
-/// thread only; the ports must outlive it, and must be the installed ones. It reports no errors:
-/// when a hold fails, the sleep controller logs it and the next tick tries again. Destroying the
-/// engine drops the hold.
+/// machine must stay awake, drives the sleep controller and publishes the outcome.
+///
+/// One owner. Main thread only, observers included. The ports must outlive the engine, and must be
+/// the installed ones. The engine reports no errors: when a hold fails, the sleep controller logs
+/// that, and the next tick tries again. Destroying the engine releases the hold. After that the
+/// timer and the system's notifications of sleep and wake do nothing.
 class StaylitEngine {
  public:
   /// How often the engine ticks, and how late a tick may be.
@@ -34,11 +36,12 @@ class StaylitEngine {
   StaylitEngine(const StaylitEngine&) = delete;
   StaylitEngine& operator=(const StaylitEngine&) = delete;
 
-  /// Begins to watch for the system's sleep and wake, starts the timer and ticks once. Call it
-  /// once.
+  /// Begins to watch for the system's sleep and wake, starts the timer, and ticks once before it
+  /// returns. Call it once.
   void start();
 
-  /// One decision pass. Does nothing while paused.
+  /// Decides once and publishes the outcome. Does nothing while paused. Anybody may call it between
+  /// the ticks of the timer, to have a change count at once, but not from an observer.
   void tick();
 
   /// Ends the timer, so that no further tick comes by itself. Harmless when there is none.
@@ -47,22 +50,25 @@ class StaylitEngine {
   /// Gives the hold back, whatever the status says, until a tick takes it again.
   void releaseHold();
 
-  /// Whether the sleep controller has a hold, as far as the system said.
+  /// Whether the sleep controller has a hold. The system may still not grant it
+  /// (`tidewell::PowerManagement::isGranted`).
   [[nodiscard]] bool isHolding() const { return sleep_.isHolding(); }
 
   [[nodiscard]] bool isPaused() const { return isPaused_; }
-  /// Acts on every call, even when nothing changes: pausing releases the hold; resuming forgets the
-  /// history and ticks at once.
+  /// Acts on every call, even when nothing changes. Pausing releases the hold. Resuming forgets the
+  /// history and ticks before it returns.
   void setPaused(bool paused);
 
-  /// These are assigned on every tick, even when their values stay the same.
+  /// Every tick assigns these four, even when their values stay the same: first `powerState`, then
+  /// `busyApps`, then `assertingApps`, and `status` last, when the hold is already taken or
+  /// released.
   Published<EngineStatus>& status() { return status_; }
   Published<std::vector<tidewell::BusyApp>>& busyApps() { return busyApps_; }
-  /// Names of other programs that hold sleep assertions of their own.
+  /// The names of other programs that hold sleep assertions of their own.
   Published<std::vector<std::string>>& assertingApps() { return assertingApps_; }
   Published<tidewell::PowerState>& powerState() { return powerState_; }
 
-  /// What the last tick saw, for those who want to know what the decisions rest on.
+  /// What the last tick saw, on which the engine's decision rests.
   [[nodiscard]] const tidewell::ActivityMonitor& monitor() const { return monitor_; }
 
  private:
@@ -82,7 +88,7 @@ class StaylitEngine {
   tidewell::SleepController sleep_;
   std::unique_ptr<tidewell::RepeatingTimer> timer_;
   std::optional<tidewell::Moment> quietSince_;  ///< When the current spell without work began.
-  tidewell::WeakReferences<StaylitEngine> self_{*this};  ///< For the timer and the observers.
+  tidewell::WeakReferenceSource<StaylitEngine> self_{*this};  ///< For the timer and the observers.
 };
 
 }  // namespace staylit

@@ -11,8 +11,8 @@
 namespace staylit {
 
 /// Tells a person who started Staylit in a terminal what it does: one line for each change of
-/// state, with the time, the status, and what works and why. A countdown, or a new order of the
-/// same applications, is no change.
+/// state, with the time, the status, and the reasons of the applications that work. A countdown, or
+/// a new order of the same applications, is no change.
 ///
 /// Main thread only; the engine, the console and the clock must outlive it.
 class TerminalReporter {

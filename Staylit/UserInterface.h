@@ -85,9 +85,9 @@ class UserInterface {
   /// `delegate` must outlive the item. Null where the system has no place for an item.
   virtual std::unique_ptr<StatusItem> makeStatusItem(MenuDelegate& delegate) = 0;
 
-  /// Both return null when no window can be shown; the system then tells the user why. They also
-  /// return null as long as that is not known; as soon as a window can be made, the menu's item is
-  /// chosen once more. The view must outlive the window.
+  /// Both return null when no window can be shown, and then the user is told why. They also return
+  /// null while it is not yet known whether a window can be shown. As soon as one can, the menu's
+  /// item is chosen once more. The view must outlive the window.
   virtual std::unique_ptr<Window> makeAppsWindow(const WindowStyle& style, AppsView& view) = 0;
   virtual std::unique_ptr<Window> makeSettingsWindow(const WindowStyle& style,
                                                      SettingsView& view) = 0;
@@ -99,7 +99,7 @@ class UserInterface {
   /// Brings the program's windows to the front.
   virtual void activate() = 0;
 
-  /// Tells the user, who may be elsewhere, of something that no window shows. Does not wait.
+  /// Tells the user something that no window shows, for example by a notification. Does not wait.
   virtual void tell(const std::string& summary, const std::string& body) = 0;
 
   /// Ends the program in order.

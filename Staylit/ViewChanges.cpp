@@ -13,11 +13,11 @@ class ViewChanges::Observer : public std::enable_shared_from_this<Observer> {
            std::function<void()> changed)
       : mainLoop_(mainLoop), view_(std::move(view)), changed_(std::move(changed)) {}
 
-  void follow(StaylitEngine& engine, Published<std::int64_t>& own) {
+  void follow(StaylitEngine& engine, Published<std::int64_t>& viewChanges) {
     const auto post = [this](const auto&) { postOnce(); };
     subscriptions_ = {engine.status().observe(post), engine.busyApps().observe(post),
                       engine.assertingApps().observe(post), engine.powerState().observe(post),
-                      own.observe(post)};
+                      viewChanges.observe(post)};
   }
 
  private:
@@ -25,13 +25,13 @@ class ViewChanges::Observer : public std::enable_shared_from_this<Observer> {
     if (isPosted_) return;
     isPosted_ = true;
     mainLoop_.async([weak = weak_from_this()] {
-      if (const auto observer = weak.lock()) observer->callBack();
+      if (const auto observer = weak.lock()) observer->tell();
     });
   }
 
-  void callBack() {
-    // The flag is cleared before the call, so that the observer is also told of what changes during
-    // the call.
+  void tell() {
+    // The flag is cleared before the call, so that the observer is also told of a change that
+    // happens during the call.
     isPosted_ = false;
     if (view_) changed_();
   }
@@ -46,13 +46,13 @@ class ViewChanges::Observer : public std::enable_shared_from_this<Observer> {
 ViewChanges::ViewChanges(StaylitEngine& engine, tidewell::MainLoop& mainLoop)
     : engine_(engine), mainLoop_(mainLoop) {}
 
-void ViewChanges::tell() {
-  own_.set(own_.get() + 1);
+void ViewChanges::viewChanged() {
+  viewChanges_.set(viewChanges_.get() + 1);
 }
 
 Subscription ViewChanges::observe(std::function<void()> changed) {
   auto observer = std::make_shared<Observer>(mainLoop_, self_.make(), std::move(changed));
-  observer->follow(engine_, own_);
+  observer->follow(engine_, viewChanges_);
   return Subscription(std::move(observer));
 }
 

@@ -4,13 +4,14 @@
 
 namespace staylit {
 
-/// Moves applications between the watched and the ignored ones. An application is watched unless
-/// the stored list of ignored applications names it. Main thread only.
+/// Decides which applications are watched: all that the stored list of ignored applications does
+/// not name. Main thread only.
 class WatchList {
  public:
   WatchList() = delete;
 
-  /// `id` is an application key, as in `BusyApp::id`. Takes effect at the engine's next tick.
+  /// Takes the application `id` (a key as in `BusyApp::id`) off that list, or puts it on. Counts
+  /// from the engine's next tick on.
   static void setWatched(const std::string& id, bool watched);
 };
 

@@ -13,7 +13,7 @@ constexpr Seconds kShortestInterval{0.2};
 constexpr Seconds kLongestInterval{120.0};
 constexpr double kNanosPerSecond = 1'000'000'000;
 
-/// Growth of a sum of counters. A sum drops when one of its processes ends; that is no work.
+/// How far a sum of counters grew. The end of a process can make a sum drop; that is no work.
 double growth(std::uint64_t now, std::uint64_t before) {
   return now < before ? 0.0 : static_cast<double>(now - before);
 }
@@ -62,7 +62,7 @@ ActivityMonitor::Applications ActivityMonitor::aggregate(const std::vector<RawSa
   applications.reserve(previous_.size());
   for (const RawSample& sample : samples) {
     const std::string_view key = sample.bundleID ? *sample.bundleID : sample.executable;
-    // The first process of an application decides what the application is.
+    // The first process of an application decides its name, its category and its CPU floor.
     auto found = applications.find(key);
     if (found == applications.end()) {
       found = applications.emplace(key, startAccumulator(sample)).first;
@@ -103,7 +103,7 @@ void ActivityMonitor::judge(const Applications& current, Seconds interval, Momen
   busySince_ = std::move(stillBusySince);
 
   std::ranges::stable_sort(candidates, std::ranges::greater(), &BusyApp::cpuPercent);
-  // Disk throughput takes no part in this order on purpose.
+  // This order leaves out disk throughput on purpose.
   std::ranges::stable_sort(busy, std::ranges::greater(),
                            [](const BusyApp& app) { return app.cpuPercent + app.netKBps; });
   lastCandidates_ = std::move(candidates);

@@ -5,38 +5,40 @@
 #include <string>
 #include <vector>
 
+#include "Tidewell/ActivityThresholds.h"
 #include "Tidewell/AppCategory.h"
 #include "Tidewell/BusyApp.h"
 #include "Tidewell/NetworkSampler.h"
 #include "Tidewell/Ports/Ports.h"
 #include "Tidewell/ProcessSampler.h"
 #include "Tidewell/TextMap.h"
-#include "Tidewell/Thresholds.h"
 
 namespace tidewell {
 
 /// Turns successive snapshots of all processes into the applications that work hard enough, for
 /// long enough, to keep the machine awake.
 ///
-/// Owned by the engine or a diagnostics run; main thread only; the ports must outlive it. Nothing
+/// Owned by the engine or a diagnostics run. Main thread only; the ports must outlive it. Nothing
 /// here fails: what cannot be read counts as no activity.
 class ActivityMonitor {
  public:
   explicit ActivityMonitor(Ports& ports);
 
-  /// One sampling step: the applications that have stayed over a threshold for the sustain time,
-  /// the busiest (CPU % + network KB/s) first. Empty when there is nothing to compare with: on
-  /// the first tick, after a reset, and when the last tick was 0.2 s ago or less, or 120 s or more.
+  /// Takes a sample and compares it with the sample of the tick before. Returns the applications
+  /// that have stayed over a threshold for the sustain time, the busiest (CPU % + network KB/s)
+  /// first. Returns nothing when there is nothing to compare with: on the first tick, after a
+  /// reset, and when the tick before was 0.2 s ago or less, or 120 s or more.
   std::vector<BusyApp> tick(const ActivityThresholds& thresholds);
 
   /// Forgets the sampling history, but not `assertingApps`.
   void reset();
 
-  /// The result of the last tick that computed rates.
+  /// The result of the last tick that had something to compare with.
   [[nodiscard]] const std::vector<BusyApp>& lastBusy() const { return lastBusy_; }
-  /// Every application over a threshold at that tick, sustained or not, by CPU % downwards.
+  /// Every application that was over a threshold at that tick, sustained or not, the highest CPU %
+  /// first.
   [[nodiscard]] const std::vector<BusyApp>& lastCandidates() const { return lastCandidates_; }
-  /// The programs that hold a sleep assertion of their own, less the ignored ones.
+  /// The programs that hold a sleep assertion of their own, without the ignored ones.
   [[nodiscard]] const std::vector<std::string>& assertingApps() const { return assertingApps_; }
 
  private:
@@ -45,7 +47,8 @@ class ActivityMonitor {
     std::string display;
     AppCategory category = AppCategory::other;
     std::optional<double> cpuFloor;
-    std::uint64_t cpuNanos = 0;  ///< The three sums wrap around.
+    // The sums over its processes. They wrap around.
+    std::uint64_t cpuNanos = 0;
     std::uint64_t diskBytes = 0;
     std::uint64_t netBytes = 0;
   };
@@ -63,9 +66,9 @@ class ActivityMonitor {
   Clock& clock_;
   ProcessSampler processSampler_;
   NetworkSampler networkSampler_;
-  Applications previous_;             ///< The aggregation of the tick before.
-  std::optional<Moment> previousAt_;  ///< Its time.
-  TextMap<Moment> busySince_;         ///< When each unbroken over-threshold run began.
+  Applications previous_;             ///< The applications at the tick before.
+  std::optional<Moment> previousAt_;  ///< When the tick before was; absent when there was none.
+  TextMap<Moment> busySince_;         ///< When each unbroken run over a threshold began.
   std::vector<BusyApp> lastBusy_;
   std::vector<BusyApp> lastCandidates_;
   std::vector<std::string> assertingApps_;

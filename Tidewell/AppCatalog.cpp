@@ -21,7 +21,7 @@ std::vector<CatalogEntry> makeEntries() {
       {"DaVinci Resolve", videoAudio, {"com.blackmagic-design.DaVinciResolve"}, {}, 8.0},
       {"Logic Pro", videoAudio, {"com.apple.logic10"}, {}, 8.0},
       {"HandBrake", videoAudio, {"fr.handbrake.HandBrake"}, {"HandBrakeCLI"}, 8.0},
-      // Encoders wait for their input more than editors do, hence the lower floor.
+      // Encoders wait for their input more than editors do, so their floor is lower.
       {"ffmpeg", videoAudio, {}, {"ffmpeg", "ffprobe"}, 5.0},
       {"Google Chrome", downloads, {"com.google.Chrome"}, {}, none},
       {"Safari", downloads, {"com.apple.Safari"}, {}, none},

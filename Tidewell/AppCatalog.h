@@ -20,7 +20,7 @@ struct CatalogEntry {
   AppCategory category;
   std::vector<std::string> bundleIDs;    ///< Bundle identifiers that belong to it; may be empty.
   std::vector<std::string> executables;  ///< Executable names that belong to it; may be empty.
-  /// Percent of one core that replaces the user's CPU threshold for this application.
+  /// A CPU threshold, in percent of one core, that replaces the user's for this application.
   std::optional<double> cpuFloor;
 
   /// `bundleIDs`, then `executables`.
@@ -29,8 +29,9 @@ struct CatalogEntry {
 
 /// The built-in table of applications that typically do long-running work.
 ///
-/// It names and classifies; it does not decide who is watched. Built on first use, never changed
-/// afterwards, safe from any thread. Matching ignores case.
+/// The table names and classifies applications; it does not decide which of them are watched. It is
+/// built on first use and never changes afterwards, so any thread may use it. Matching ignores
+/// case.
 class AppCatalog {
  public:
   using Index = TextMap<const CatalogEntry*>;
@@ -45,12 +46,12 @@ class AppCatalog {
   static const CatalogEntry* lookup(std::optional<std::string_view> bundleID,
                                     std::string_view executable);
 
-  /// As above, with the platform's `text` given rather than taken from the installed ports.
+  /// The same with the given `text` instead of that of the installed ports.
   static const CatalogEntry* lookup(std::optional<std::string_view> bundleID,
                                     std::string_view executable, Text& text);
 
  private:
-  /// Keyed by lower-cased bundle identifier and lower-cased executable name.
+  /// The keys are lower-cased: bundle identifiers in the first, executable names in the second.
   static const Index& byBundle();
   static const Index& byExecutable();
 };

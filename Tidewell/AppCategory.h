@@ -6,7 +6,7 @@
 
 namespace tidewell {
 
-/// What kind of work an application does. Values are in the order in which people see them.
+/// What kind of work an application does. The values stand in the order in which people see them.
 enum class AppCategory { videoAudio, downloads, aiAgents, development, syncBackup, other };
 
 inline constexpr std::array kAllAppCategories = {AppCategory::videoAudio, AppCategory::downloads,

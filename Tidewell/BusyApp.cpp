@@ -7,7 +7,7 @@
 namespace tidewell {
 namespace {
 
-/// Adds `value`, rounded to a whole number, and its unit; what is below 1 is not worth a word.
+/// Adds `value`, rounded to a whole number, and its unit. Leaves out a value below 1.
 void addPart(std::string& parts, double value, std::string_view unit) {
   if (!(value >= 1.0)) return;
   // The largest double has 309 digits before its point.

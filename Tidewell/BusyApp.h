@@ -19,10 +19,10 @@ struct BusyApp {
   /// Seconds since the application's unbroken run of over-threshold ticks began.
   double busyFor = 0;
 
-  /// Why it counts as working, in one line: "112% CPU · 2048 KB/s net".
+  /// Why the application counts as working, in one line: "112% CPU · 2048 KB/s net".
   [[nodiscard]] std::string reason() const;
 
-  /// The same application, whatever it does at the moment.
+  /// Whether both are the same application, whatever it does at the moment.
   friend bool operator==(const BusyApp& left, const BusyApp& right) { return left.id == right.id; }
 };
 

@@ -18,7 +18,7 @@ using namespace std::chrono_literals;
 /// Far more than any tool here prints.
 constexpr std::size_t kOutputLimit = 4 << 20;
 constexpr Seconds kPollInterval = 10ms;
-/// A tool that has ended its output but never itself must not keep the program waiting: 20 s.
+/// A tool that closes its output and never ends must not keep the program waiting longer than 20 s.
 constexpr int kMostPolls = 2000;
 constexpr std::int64_t kUserCancelled = -128;
 
@@ -36,7 +36,7 @@ struct Configuration {
   std::string watchdogLabel = "com.tidewell.clamshell-watchdog";
 };
 
-/// Made afresh for other ports.
+/// The names begin with their defaults again whenever other ports are installed.
 Configuration& configuration() {
   static Configuration only;
   static std::uint64_t generation = 0;
@@ -47,7 +47,8 @@ Configuration& configuration() {
   return only;
 }
 
-/// What the agent is: it looks at once and then every minute. The names are inserted as they are.
+/// The file that describes the agent, which looks at once and then every minute. The names are
+/// inserted without escaping.
 std::string watchdogText(const std::string& label, const std::string& owner) {
   return R"(<?xml version="1.0" encoding="UTF-8"?>
 <!DOCTYPE plist PUBLIC "-//Apple//DTD PLIST 1.0//EN" "http://www.apple.com/DTDs/PropertyList-1.0.dtd">
@@ -82,7 +83,7 @@ std::string escapedForScript(std::string_view command) {
 
 constexpr std::string_view kSpaces = " \t\n\v\f\r";
 
-/// Whether `text` begins with spaces and a 1. Every version may space its columns otherwise.
+/// Whether `text` begins with spaces and a 1. Versions of the tool space their columns differently.
 bool beginsWithSpacesAndOne(std::string_view text) {
   const std::size_t digit = text.find_first_not_of(kSpaces);
   return digit != std::string_view::npos && digit > 0 && text[digit] == '1';
@@ -98,15 +99,17 @@ bool saysSleepDisabled(std::string_view output) {
   return false;
 }
 
-/// Whether the lid switch did what it was asked; otherwise the log tells why not.
+/// Whether the lid switch did what it was asked to do. A failure is logged unless the user
+/// declined.
 bool succeeded(const std::optional<LidSwitch::Failure>& failure) {
   if (failure && !failure->wasDeclined)
     Log::error("privileged command failed: " + failure->description);
   return !failure;
 }
 
-/// What a lid switch was asked for: whether sleep is switched off.
-bool disabledSleep(const std::optional<LidSwitch::Failure>& failure) {
+/// Logs that sleep is switched off, unless the lid switch failed. Returns whether sleep is
+/// off.
+bool hasDisabledSleep(const std::optional<LidSwitch::Failure>& failure) {
   if (!succeeded(failure)) return false;
   Log::info("clamshell sleep disabled");
   return true;
@@ -115,7 +118,7 @@ bool disabledSleep(const std::optional<LidSwitch::Failure>& failure) {
 bool restoreSleep(LidSwitch& lidSwitch) {
   const bool wasHeld = lidSwitch.holds();
   if (!succeeded(lidSwitch.release())) return false;
-  // What was never switched off is not restored.
+  // Without a hold there was nothing to restore.
   if (wasHeld) Log::info("clamshell sleep restored");
   return true;
 }
@@ -146,7 +149,7 @@ std::string ClamshellController::watchdogURL() {
 }
 
 bool ClamshellController::enable() {
-  if (const auto& lidSwitch = ports().lidSwitch) return disabledSleep(lidSwitch->hold());
+  if (const auto& lidSwitch = ports().lidSwitch) return hasDisabledSleep(lidSwitch->hold());
   if (!runPrivileged(kSleepOff)) return false;
   installWatchdog();
   Log::info("clamshell sleep disabled");
@@ -157,19 +160,19 @@ void ClamshellController::enable(std::function<void(bool)> done) {
   const auto& lidSwitch = ports().lidSwitch;
   if (!lidSwitch) return done(enable());
   lidSwitch->holdAsking(
-      [done = std::move(done)](const auto& failure) { done(disabledSleep(failure)); });
+      [done = std::move(done)](const auto& failure) { done(hasDisabledSleep(failure)); });
 }
 
 bool ClamshellController::resume() {
   const auto& lidSwitch = ports().lidSwitch;
   if (!lidSwitch) return true;
   const auto failure = lidSwitch->resume();
-  return disabledSleep(failure) || failure->isTriedAgain;
+  return hasDisabledSleep(failure) || failure->isTriedAgain;
 }
 
 bool ClamshellController::disable() {
   if (const auto& lidSwitch = ports().lidSwitch) return restoreSleep(*lidSwitch);
-  // First, so that it is gone even if the user declines the rest.
+  // The watchdog goes first, so that it is gone even if the user declines the command.
   removeWatchdog();
   if (!runPrivileged(kSleepOn)) return false;
   Log::info("clamshell sleep restored");
@@ -203,7 +206,8 @@ void ClamshellController::removeWatchdog() {
   files.remove(path);
 }
 
-/// What the tool prints, however it ends. Absent when it cannot be launched or prints no text.
+/// What the tool prints, however it ends. Absent when it cannot be launched or prints something
+/// that is not valid UTF-8.
 std::optional<std::string> ClamshellController::run(const std::string& path,
                                                     const std::vector<std::string>& arguments) {
   const TaskLauncher::Launch launch = ports().taskLauncher->launch(path, arguments);
@@ -215,7 +219,7 @@ std::optional<std::string> ClamshellController::run(const std::string& path,
   return isValidUtf8(*output) ? output : std::nullopt;
 }
 
-/// Runs the command with an administrator's rights, for which the system asks the user.
+/// Runs the command with an administrator's rights. The system asks the user for them.
 bool ClamshellController::runPrivileged(const std::string& command) {
   const std::string source =
       "do shell script \"" + escapedForScript(command) + "\" with administrator privileges";

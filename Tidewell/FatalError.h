@@ -2,8 +2,8 @@
 
 namespace tidewell {
 
-/// Ends the process at once with `message` on standard error: for what cannot happen in a program
-/// without a defect. Safe from any thread. Assertions that keep the machine awake die with it.
+/// Ends the process at once with `message` on standard error. For what can happen only when the
+/// program has a defect. Safe from any thread. The sleep assertions end with the process.
 [[noreturn]] void fatalError(const char* message);
 
 }  // namespace tidewell

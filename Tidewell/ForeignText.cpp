@@ -10,17 +10,17 @@ namespace {
 
 constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
 
-/// Copies `bytes`, with U+FFFD for broken sequences and for the code points that `isAllowed`
-/// refuses. A run of bytes that could have become one code point counts as one broken sequence.
+/// A copy of `bytes` with U+FFFD in place of each broken sequence, and of each code point that
+/// `isAllowed` refuses.
 template <typename Predicate>
 std::string copied(std::string_view bytes, Predicate isAllowed) {
   std::string copy;
   copy.reserve(bytes.size());
   while (!bytes.empty()) {
-    const Utf8Piece piece = firstPiece(bytes);
-    const bool isKept = piece.codePoint && isAllowed(*piece.codePoint);
-    copy.append(isKept ? bytes.substr(0, piece.length) : kReplacement);
-    bytes.remove_prefix(piece.length);
+    const Utf8Sequence sequence = firstSequence(bytes);
+    const bool isKept = sequence.codePoint && isAllowed(*sequence.codePoint);
+    copy.append(isKept ? bytes.substr(0, sequence.length) : kReplacement);
+    bytes.remove_prefix(sequence.length);
   }
   return copy;
 }
@@ -58,12 +58,12 @@ std::string wellFormed(std::string_view bytes) {
 }
 
 std::string cleaned(std::string_view bytes, std::size_t mostCharacters) {
-  // No character has more bytes; what lies beyond need not even be looked at.
-  constexpr std::size_t kMostBytes = 4;
-  if (bytes.size() / kMostBytes > mostCharacters) {
-    bytes = bytes.substr(0, (mostCharacters + 1) * kMostBytes);
+  // What lies beyond the limit need not even be looked at.
+  constexpr std::size_t kMostBytesOfACharacter = 4;
+  if (bytes.size() / kMostBytesOfACharacter > mostCharacters) {
+    bytes = bytes.substr(0, (mostCharacters + 1) * kMostBytesOfACharacter);
   }
-  // Nearly every name is plain, and names are cleaned by the hundred.
+  // Nearly every name is plain, and hundreds of names are cleaned at a time.
   const bool isPlain = std::ranges::all_of(bytes, isPrintableAscii);
   return shortened(isPlain ? std::string(bytes) : copied(bytes, isSafe), mostCharacters);
 }

@@ -22,7 +22,8 @@ State& state() {
   return only;
 }
 
-/// The logger, made on first use and again for other ports. Null where no ports are installed.
+/// The logger. It is made on first use, and again when other ports are installed. Null where no
+/// ports are installed.
 std::shared_ptr<SystemLogger> logger() {
   State& log = state();
   const std::lock_guard lock(log.mutex);

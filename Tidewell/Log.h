@@ -6,15 +6,15 @@ namespace tidewell {
 
 /// Writes finished messages to the system's log, under one subsystem and the category "core".
 ///
-/// Messages are literal and public: they carry names that must stay readable. Logging is safe from
-/// any thread; `setSubsystem` and `setVerbose` are called on the main thread while no other thread
-/// logs. Nothing here fails.
+/// Messages are literal and public, because they carry names that must stay readable. Any thread
+/// may log. Call `setSubsystem` and `setVerbose` on the main thread while no other thread logs.
+/// Nothing here fails, and nothing is logged where no ports are installed.
 class Log {
  public:
   Log() = delete;
 
   static std::string subsystem();
-  /// Takes effect for every later message.
+  /// Counts for every later message.
   static void setSubsystem(const std::string& subsystem);
 
   /// Whether `diag` also writes to standard output. Off at first.

@@ -7,8 +7,8 @@
 
 namespace tidewell {
 
-/// What the sampler and its measurement share. The measurement holds it only weakly until it
-/// begins, so that a sampler that is gone keeps nothing alive.
+/// What the sampler and its measurement share. A measurement that has not begun refers to it only
+/// weakly, so that nothing stays alive once the sampler is gone.
 struct NetworkSampler::Shared {
   explicit Shared(NetworkMeter& networkMeter) : meter(networkMeter) {}
 

@@ -9,10 +9,10 @@ namespace tidewell {
 
 /// Measures the network traffic of every process off the main thread.
 ///
-/// Owned by the activity monitor. `refresh` and `currentTotals` may be called from any one thread
-/// and return at once; the measurement runs on a private serial queue, at most once at a time. Both
-/// ports must outlive the sampler. A measurement that fails keeps the totals of the one before, and
-/// is logged if the meter tells why it failed.
+/// Owned by the activity monitor. One thread at a time may call `refresh` and `currentTotals`,
+/// which return at once. The measurement runs on a private serial queue, and never twice at a time.
+/// Both ports must outlive the sampler. After a measurement that failed, the totals of the one
+/// before stay, and the failure is logged if the meter tells why.
 class NetworkSampler {
  public:
   NetworkSampler(NetworkMeter& meter, SerialQueues& queues);
@@ -23,7 +23,7 @@ class NetworkSampler {
   /// Schedules one measurement, unless one is scheduled or under way already.
   void refresh();
 
-  /// The totals of the last measurement that succeeded; empty before the first has.
+  /// The totals of the last measurement that succeeded; empty before there was one.
   [[nodiscard]] NetworkTotals currentTotals() const;
 
  private:

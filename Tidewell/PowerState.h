@@ -4,9 +4,14 @@
 #include <optional>
 #include <string>
 
-#include "Tidewell/Thresholds.h"
-
 namespace tidewell {
+
+/// The user's rules for when power forbids a hold, whatever works.
+struct PowerPolicy {
+  std::int64_t batteryFloor;  ///< Percent; there is no hold on a battery below it.
+  bool respectLowPowerMode;   ///< Whether there is no hold in Low Power Mode.
+  bool keepScreenOn;          ///< Whether a hold also keeps the display awake.
+};
 
 /// The machine's power situation at one moment.
 struct PowerState {
@@ -15,13 +20,23 @@ struct PowerState {
   bool lowPowerMode;
   bool hasBattery;  ///< A power source that describes itself was found.
 
-  /// Why `policy` forbids a hold now, for people to read; absent when it does not.
+  /// Why `policy` forbids a hold now, for people to read; absent when it allows one.
   [[nodiscard]] std::optional<std::string> blockedReason(const PowerPolicy& policy) const;
 
-  /// On battery below `floor` percent. Takes no account of Low Power Mode.
+  /// Whether the machine runs on a battery below `floor` percent. Low Power Mode does not matter.
   [[nodiscard]] bool batteryTooLow(std::int64_t floor) const;
 
   friend bool operator==(const PowerState&, const PowerState&) = default;
+};
+
+/// Reads the machine's power situation through the installed ports.
+class BatteryMonitor {
+ public:
+  BatteryMonitor() = delete;
+
+  /// The situation now. Main thread only; takes a few quick queries, keeps nothing, logs nothing.
+  /// What the platform does not tell reads as the harmless value: on AC, 100 %, no battery.
+  static PowerState current();
 };
 
 }  // namespace tidewell

@@ -20,7 +20,7 @@ std::string_view withoutLeading(std::string_view text, std::string_view characte
   return text;
 }
 
-/// How many characters of `text`, from `position` on, are digits.
+/// How many digits of `text` follow one another from `position` on.
 std::size_t digitsAt(std::string_view text, std::size_t position) {
   return std::min(text.find_first_not_of(kDigits, position), text.size()) - position;
 }
@@ -29,7 +29,7 @@ std::size_t signsAt(std::string_view text, std::size_t position) {
   return position < text.size() && (text[position] == '+' || text[position] == '-') ? 1 : 0;
 }
 
-/// The decimal number that begins `text`, which has no blanks before it; empty without a digit.
+/// The decimal number at the very beginning of `text`; empty when there is none.
 std::string_view leadingNumber(std::string_view text) {
   std::size_t end = signsAt(text, 0);
   std::size_t digits = digitsAt(text, end);
@@ -53,7 +53,8 @@ std::int64_t integerOf(std::string_view text) {
   text.remove_prefix(signsAt(text, 0));
   std::int64_t value = 0;
   for (const char character : text.substr(0, digitsAt(text, 0))) {
-    // Counted downwards, where there is room for one more.
+    // The value is counted downwards, because there is one more negative integer than positive
+    // ones.
     const int digit = character - '0';
     if (value < (kSmallest + digit) / 10) return isNegative ? kSmallest : kLargest;
     value = value * 10 - digit;
@@ -74,7 +75,7 @@ double realOf(std::string_view text) {
   std::istringstream stream{std::string(leadingNumber(withoutLeading(text, kBlanks)))};
   stream.imbue(std::locale::classic());
   double value = 0;
-  stream >> value;  // Sets 0 on failure, the largest number on overflow.
+  stream >> value;  // A failure gives 0, an overflow the largest number.
   return value;
 }
 

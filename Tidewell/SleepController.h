@@ -7,10 +7,10 @@
 
 namespace tidewell {
 
-/// Holds the machine awake: the only place where sleep assertions are taken and given back.
+/// Keeps the machine awake. This is the only place where sleep assertions are taken and given back.
 ///
-/// Owned by the engine; main thread only; `power` must outlive it. Cheap to call on every tick:
-/// repeating a call changes nothing. What it held ends with it.
+/// Owned by the engine. Main thread only; `power` must outlive it. Every call may be repeated on
+/// every tick: a repetition asks the system for nothing. The destructor releases what is held.
 class SleepController {
  public:
   explicit SleepController(PowerManagement& power);
@@ -18,15 +18,18 @@ class SleepController {
   SleepController(const SleepController&) = delete;
   SleepController& operator=(const SleepController&) = delete;
 
-  /// Whether a system assertion was created and not yet released.
+  /// Whether a system assertion was created and not yet released. The system may still not grant it
+  /// (`PowerManagement::isGranted`).
   [[nodiscard]] bool isHolding() const { return isHolding_; }
 
-  /// Keeps the machine awake under `reason`, which the system shows to people, and the display
-  /// too if `keepScreenOn`. Failing to take the system assertion is logged and leaves
-  /// `isHolding` false; the next call tries again. Failing to take the display's is silent.
+  /// Takes the system assertion, or gives the one that is held the name `reason`, which the system
+  /// shows to people. Then takes or releases the display assertion, as `keepScreenOn` says. When
+  /// the system assertion cannot be taken, that is logged, `isHolding` stays false, and the next
+  /// call tries again. When the display assertion cannot be taken, nothing is logged, and the next
+  /// call tries again.
   void hold(const std::string& reason, bool keepScreenOn);
 
-  /// Gives back everything held.
+  /// Releases both assertions. Harmless when none is held.
   void release();
 
  private:
@@ -36,7 +39,7 @@ class SleepController {
 
   PowerManagement& power_;
   std::uint32_t systemAssertion_ = 0;   ///< 0: none.
-  std::uint32_t displayAssertion_ = 0;  ///< 0: none. Only while holding.
+  std::uint32_t displayAssertion_ = 0;  ///< 0: none. There is one only while there is a system one.
   std::string currentReason_;           ///< The name that the system assertion carries.
   bool isHolding_ = false;
 };

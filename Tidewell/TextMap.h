@@ -1,9 +1,11 @@
 #pragma once
 
+#include <cstddef>
 #include <functional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <unordered_set>
 
 namespace tidewell {
 
@@ -15,8 +17,10 @@ struct TextHash {
   }
 };
 
-/// A map keyed by text.
+/// A map with texts as keys.
 template <typename Value>
 using TextMap = std::unordered_map<std::string, Value, TextHash, std::equal_to<>>;
+
+using TextSet = std::unordered_set<std::string, TextHash, std::equal_to<>>;
 
 }  // namespace tidewell

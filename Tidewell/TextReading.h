@@ -9,10 +9,11 @@
 
 namespace tidewell {
 
-/// The whole number in base 10 that `text` begins with, and takes off `text`. Only a signed type
-/// knows a minus, and none a plus. Absent when there is no number or it does not fit.
+/// Takes the decimal whole number off the front of `text` and returns it. Absent, with `text`
+/// unchanged, when `text` does not begin with a number or the number does not fit. A minus is part
+/// of a number only for a signed type; a plus never is.
 template <std::integral Integer>
-std::optional<Integer> cutWholeNumber(std::string_view& text) {
+std::optional<Integer> takeWholeNumber(std::string_view& text) {
   Integer value{};
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
   if (error != std::errc()) return std::nullopt;
@@ -20,14 +21,15 @@ std::optional<Integer> cutWholeNumber(std::string_view& text) {
   return value;
 }
 
-/// The same of a text that holds the number and nothing else.
+/// The decimal whole number that is all of `text`; absent when `text` is anything else. The same
+/// rules hold as for `takeWholeNumber`.
 template <std::integral Integer>
 std::optional<Integer> wholeNumber(std::string_view text) {
-  const auto value = cutWholeNumber<Integer>(text);
+  const auto value = takeWholeNumber<Integer>(text);
   return text.empty() ? value : std::nullopt;
 }
 
-/// `text` without the blanks at its two ends.
+/// `text` without those characters at its two ends that `blanks` contains.
 inline std::string_view trimmed(std::string_view text, std::string_view blanks = " \t") {
   const std::size_t first = text.find_first_not_of(blanks);
   if (first == std::string_view::npos) return {};

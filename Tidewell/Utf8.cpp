@@ -11,7 +11,7 @@ bool within(std::uint32_t value, std::uint32_t low, std::uint32_t high) {
   return value >= low && value <= high;
 }
 
-/// How many bytes a sequence has that begins with `first`; 0 when none can.
+/// How many bytes a character has that begins with `first`; 0 when no character begins so.
 std::size_t sequenceLength(std::uint32_t first) {
   if (first < 0x80) return 1;
   if (within(first, 0xC2, 0xDF)) return 2;
@@ -19,7 +19,7 @@ std::size_t sequenceLength(std::uint32_t first) {
   return within(first, 0xF0, 0xF4) ? 4 : 0;
 }
 
-/// The bounds of the second byte are those of the Unicode standard's table 3-7.
+/// The bounds are those of table 3-7 of the Unicode standard.
 bool isSecondByte(std::uint32_t first, std::uint32_t second) {
   const std::uint32_t low = first == 0xE0 ? 0xA0 : first == 0xF0 ? 0x90 : 0x80;
   const std::uint32_t high = first == 0xED ? 0x9F : first == 0xF4 ? 0x8F : 0xBF;
@@ -28,7 +28,7 @@ bool isSecondByte(std::uint32_t first, std::uint32_t second) {
 
 }  // namespace
 
-Utf8Piece firstPiece(std::string_view bytes) {
+Utf8Sequence firstSequence(std::string_view bytes) {
   const std::uint32_t first = byteAt(bytes, 0);
   const std::size_t length = sequenceLength(first);
   if (length == 0) return {1, std::nullopt};
@@ -44,9 +44,9 @@ Utf8Piece firstPiece(std::string_view bytes) {
 
 bool isValidUtf8(std::string_view bytes) {
   while (!bytes.empty()) {
-    const Utf8Piece piece = firstPiece(bytes);
-    if (!piece.codePoint) return false;
-    bytes.remove_prefix(piece.length);
+    const Utf8Sequence sequence = firstSequence(bytes);
+    if (!sequence.codePoint) return false;
+    bytes.remove_prefix(sequence.length);
   }
   return true;
 }

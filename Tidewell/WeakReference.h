@@ -4,8 +4,9 @@
 
 namespace tidewell {
 
-/// What work for later holds instead of the object that it is about: null once that object is gone.
-/// It may be copied and dropped on any thread, and is to be looked at on the object's own.
+/// A reference to an object for work that runs later. It is null once the object is gone.
+///
+/// Any thread may copy and drop it. Only the thread that owns the object may look through it.
 template <typename Object>
 class WeakReference {
  public:
@@ -16,26 +17,27 @@ class WeakReference {
     return object ? *object : nullptr;
   }
   explicit operator bool() const { return get() != nullptr; }
-  /// Both only while it is not null.
+  /// Use both only while the reference is not null.
   Object* operator->() const { return get(); }
   Object& operator*() const { return *get(); }
 
  private:
   template <typename>
-  friend class WeakReferences;
+  friend class WeakReferenceSource;
   explicit WeakReference(const std::shared_ptr<Object*>& object) : object_(object) {}
 
   std::weak_ptr<Object*> object_;
 };
 
-/// Makes the weak references to an object, and ends them all when it goes. The object owns it, as
-/// its last member, so that the references end before anything else of the object does.
+/// Makes the weak references to an object, and makes them null when the object goes. The object
+/// owns its source as its last member, so that the references are null before any other member
+/// goes.
 template <typename Object>
-class WeakReferences {
+class WeakReferenceSource {
  public:
-  explicit WeakReferences(Object& object) : object_(std::make_shared<Object*>(&object)) {}
-  WeakReferences(const WeakReferences&) = delete;
-  WeakReferences& operator=(const WeakReferences&) = delete;
+  explicit WeakReferenceSource(Object& object) : object_(std::make_shared<Object*>(&object)) {}
+  WeakReferenceSource(const WeakReferenceSource&) = delete;
+  WeakReferenceSource& operator=(const WeakReferenceSource&) = delete;
 
   [[nodiscard]] WeakReference<Object> make() const { return WeakReference<Object>(object_); }
 

@@ -19,7 +19,7 @@ class RememberedItem : public StatusNotifierItem {
   [[nodiscard]] tidewell::WeakReference<MenuDelegate> delegate() const { return delegate_.make(); }
 
  private:
-  tidewell::WeakReferences<MenuDelegate> delegate_;
+  tidewell::WeakReferenceSource<MenuDelegate> delegate_;
 };
 
 }  // namespace

@@ -82,11 +82,11 @@ inline std::string hostileText(Random& random) {
   std::string text;
   const std::string whole = hostileName(random);
   for (std::string_view name = whole; !name.empty();) {
-    const tidewell::Utf8Piece piece = tidewell::firstPiece(name);
-    const std::uint32_t code = piece.codePoint.value_or(0xFFFF);
+    const tidewell::Utf8Sequence sequence = tidewell::firstSequence(name);
+    const std::uint32_t code = sequence.codePoint.value_or(0xFFFF);
     const bool isRefused = (code >= 0xFDD0 && code <= 0xFDEF) || (code & 0xFFFE) == 0xFFFE;
-    if (!isRefused) text += name.substr(0, piece.length);
-    name.remove_prefix(piece.length);
+    if (!isRefused) text += name.substr(0, sequence.length);
+    name.remove_prefix(sequence.length);
   }
   return text;
 }
@@ -95,15 +95,15 @@ inline std::string hostileText(Random& random) {
 /// where `lines` says so.
 inline std::string harmIn(std::string_view text, bool lines = false) {
   while (!text.empty()) {
-    const tidewell::Utf8Piece piece = tidewell::firstPiece(text);
-    if (!piece.codePoint) return "broken UTF-8";
-    const std::uint32_t code = *piece.codePoint;
+    const tidewell::Utf8Sequence sequence = tidewell::firstSequence(text);
+    if (!sequence.codePoint) return "broken UTF-8";
+    const std::uint32_t code = *sequence.codePoint;
     const bool isLine = lines && code == '\n';
     if ((code < 0x20 || (code >= 0x7F && code <= 0x9F)) && !isLine) return "a control character";
     if (code == 0x2028 || code == 0x2029) return "a line separator";
     const bool turns = (code >= 0x202A && code <= 0x202E) || (code >= 0x2066 && code <= 0x2069);
     if (turns) return "a mark of direction";
-    text.remove_prefix(piece.length);
+    text.remove_prefix(sequence.length);
   }
   return "";
 }

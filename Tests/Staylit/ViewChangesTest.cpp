@@ -45,7 +45,7 @@ TEST_F(ViewChangesTest, TellsOfEverythingThatTheEnginePublishes) {
 
 TEST_F(ViewChangesTest, TellsOfWhatTheViewDid) {
   const Subscription subscription = observe();
-  changes->tell();
+  changes->viewChanged();
   EXPECT_EQ(told, 0) << "not before the loop runs";
   EXPECT_EQ(toldAfterTheLoopRan(), 1);
 }
@@ -53,7 +53,7 @@ TEST_F(ViewChangesTest, TellsOfWhatTheViewDid) {
 TEST_F(ViewChangesTest, TellsOnceOfATickAndOnceOfTheNext) {
   const Subscription subscription = observe();
   engine->tick();
-  changes->tell();
+  changes->viewChanged();
   EXPECT_EQ(fakes.mainLoop.posted(), 1U);
   EXPECT_EQ(toldAfterTheLoopRan(), 1);
   engine->tick();
@@ -101,15 +101,15 @@ TEST_F(ViewChangesTest, AnObserverMayDropItsOwnSubscription) {
 
 TEST_F(ViewChangesTest, WhatChangesWhileAnObserverIsToldIsToldToo) {
   const Subscription subscription = changes->observe([&] {
-    if (++told < 3) changes->tell();
+    if (++told < 3) changes->viewChanged();
   });
-  changes->tell();
+  changes->viewChanged();
   EXPECT_EQ(toldAfterTheLoopRan(), 3);
 }
 
 TEST_F(ViewChangesTest, TellsNobodyOnceTheViewIsGone) {
   const Subscription subscription = observe();
-  changes->tell();
+  changes->viewChanged();
   changes.reset();
   engine->tick();
   EXPECT_EQ(toldAfterTheLoopRan(), 0);

@@ -1,4 +1,4 @@
-#include "Tidewell/BatteryMonitor.h"
+#include "Tidewell/PowerState.h"
 
 #include <gtest/gtest.h>
 

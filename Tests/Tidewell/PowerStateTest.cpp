@@ -13,6 +13,15 @@ constexpr PowerState onBattery(std::int64_t percentage) {
 
 constexpr PowerPolicy kFloor20{20, true, false};
 
+TEST(PowerPolicy, TakesItsThreeFieldsInOrder) {
+  PowerPolicy policy{20, true, false};
+  EXPECT_EQ(policy.batteryFloor, 20);
+  EXPECT_TRUE(policy.respectLowPowerMode);
+  EXPECT_FALSE(policy.keepScreenOn);
+  policy.batteryFloor = 35;
+  EXPECT_EQ(policy.batteryFloor, 35);
+}
+
 TEST(PowerState, IsBlockedOnBatteryBelowTheFloorAndNamesTheFloor) {
   EXPECT_EQ(onBattery(45).blockedReason({50, true, false}), "battery below 50%");
   EXPECT_EQ(onBattery(19).blockedReason(kFloor20), "battery below 20%");

@@ -29,9 +29,9 @@ TEST(TextReading, ReadsNoNumberThatDoesNotFit) {
 
 TEST(TextReading, CutsTheNumberOffTheTextThatItBegins) {
   std::string_view text = "12 and more";
-  EXPECT_EQ(cutWholeNumber<int>(text), 12);
+  EXPECT_EQ(takeWholeNumber<int>(text), 12);
   EXPECT_EQ(text, " and more");
-  EXPECT_EQ(cutWholeNumber<int>(text), std::nullopt);
+  EXPECT_EQ(takeWholeNumber<int>(text), std::nullopt);
   EXPECT_EQ(text, " and more");
 }
 

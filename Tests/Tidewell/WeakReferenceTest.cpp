@@ -9,7 +9,7 @@ namespace {
 
 struct Owner {
   int value = 7;
-  WeakReferences<Owner> self{*this};
+  WeakReferenceSource<Owner> self{*this};
 };
 
 TEST(WeakReference, LeadsToItsObjectAsLongAsThatExists) {

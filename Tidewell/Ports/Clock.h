@@ -4,28 +4,27 @@
 
 namespace tidewell {
 
-/// The time that a machine goes through, awake or asleep, from some beginning on.
+/// The clock that `Moment` belongs to. It runs on while the machine sleeps, and nobody can set it.
 struct Timeline {};
 
-/// A point of that time. Nobody can set it, so it is what everything is measured by: intervals,
-/// runs, grace, and whatever is compared with an earlier moment.
+/// A point in time for everything that is measured or compared: intervals, runs, grace periods.
 using Moment = std::chrono::time_point<Timeline, std::chrono::nanoseconds>;
 
-/// What the clock on the wall says. People and networks set it, in either direction and by any
-/// amount, so it is for showing a time of day and for nothing else. It is of another type than
-/// `Moment`, so that the two cannot be mixed.
+/// What the wall clock says. People and networks set it, in either direction and by any amount, so
+/// it serves to show a time of day and for nothing else. It has another type than `Moment`, so that
+/// nobody can mix the two.
 using WallTime = std::chrono::sys_time<std::chrono::nanoseconds>;
 
 /// Seconds with a fraction.
 using Seconds = std::chrono::duration<double>;
 
-/// The time, as an input.
+/// The time, as an input. Safe from any thread.
 class Clock {
  public:
   virtual ~Clock() = default;
-  /// Never jumps and never goes back, and goes on while the machine sleeps.
+  /// Never jumps, never goes back, and runs on while the machine sleeps.
   virtual Moment now() = 0;
-  /// For showing only.
+  /// Only to be shown.
   virtual WallTime wallTime() = 0;
   /// Blocks the calling thread.
   virtual void sleepFor(Seconds duration) = 0;

@@ -4,8 +4,8 @@
 
 namespace tidewell {
 
-/// The standard streams of the process. Main thread only; a stream that is closed swallows what is
-/// written.
+/// The standard streams of the process. Main thread only. What is written to a closed stream is
+/// lost without an error.
 class Console {
  public:
   virtual ~Console() = default;

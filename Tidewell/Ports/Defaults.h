@@ -12,11 +12,12 @@ namespace tidewell {
 
 /// The user's settings: a persistent store of typed values by key. Main thread only.
 ///
-/// A key that the user has not set answers with its registered default; registered defaults are
-/// never written. A value of another type is converted as far as it goes (a number written as
-/// text, a number read as a truth value); what cannot be converted reads as 0, 0.0, false or
-/// absent. A value that is set counts at once and reaches the disk a moment later; no call but
-/// `finishWriting` waits for the disk. What cannot be written is logged and holds for this process.
+/// A key that the user has not set reads as its registered default; registered defaults are never
+/// written. A value of another type is converted where that is possible (a number that is written
+/// as text, a number that is read as a truth value). A value that cannot be converted reads as 0,
+/// 0.0, false or absent. A value that is set counts at once and reaches the disk a moment later.
+/// Only `finishWriting` waits for the disk. A value that cannot be written is logged, and counts
+/// until this process ends.
 class Defaults {
  public:
   virtual ~Defaults() = default;
@@ -35,8 +36,8 @@ class Defaults {
   virtual void setBoolean(std::string_view key, bool value) = 0;
   virtual void setStringList(std::string_view key, const std::vector<std::string>& value) = 0;
 
-  /// To be called before the program ends: waits until everything that was set is on the disk, some
-  /// seconds at most. What is not there by then is logged and lost.
+  /// Call it before the program ends. Waits until everything that was set is on the disk, for some
+  /// seconds at most. Values that are not on the disk by then are lost, and the log says so.
   virtual void finishWriting() = 0;
 };
 

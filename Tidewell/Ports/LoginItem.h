@@ -9,8 +9,8 @@ namespace tidewell {
 class LoginItem {
  public:
   virtual ~LoginItem() = default;
-  /// Both return why it failed, for people to read; absent on success. To register what is
-  /// registered already, and to remove what is not there, is success.
+  /// Both return why it failed, for people to read; absent on success. An entry that is already
+  /// there, or already gone, is a success.
   virtual std::optional<std::string> registerItem() = 0;
   virtual std::optional<std::string> unregisterItem() = 0;
 };

@@ -11,22 +11,23 @@ namespace tidewell {
 class RepeatingTimer {
  public:
   virtual ~RepeatingTimer() = default;
-  /// How late a firing may be, so that the system can join wake-ups.
+  /// How much later the timer may fire, so that the system can join wake-ups.
   virtual void setTolerance(Seconds tolerance) = 0;
-  /// No firing happens after this returns.
+  /// The timer fires no more once this has returned.
   virtual void invalidate() = 0;
 };
 
-/// The loop that runs on the main thread. Nothing throws; actions run on the main thread.
+/// The loop that runs on the main thread, and all actions in it. Main thread only; nothing throws.
 class MainLoop {
  public:
   virtual ~MainLoop() = default;
 
-  /// First fires one `interval` from now. The caller owns the timer.
+  /// The timer first fires one `interval` from now. The caller owns it.
   virtual std::unique_ptr<RepeatingTimer> scheduleRepeating(Seconds interval,
                                                             std::function<void()> action) = 0;
 
-  /// Runs `work` soon on the main thread, in the order of the calls, never before returning.
+  /// Runs `work` soon, never before this function returns. Several pieces of work run in the order
+  /// in which they were passed here.
   virtual void async(std::function<void()> work) = 0;
 };
 

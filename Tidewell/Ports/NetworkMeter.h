@@ -10,11 +10,11 @@
 
 namespace tidewell {
 
-/// Cumulative network bytes, in plus out, by process identifier.
+/// Cumulative network bytes, received plus sent, by process identifier.
 using NetworkTotals = std::unordered_map<std::int32_t, std::uint64_t>;
 
-/// Lets one thread end what another thread is doing. Safe from any thread; once cancelled, it stays
-/// cancelled.
+/// Lets one thread end what another thread is doing. Safe from any thread. A cancellation
+/// cannot be undone.
 class Cancellation {
  public:
   void cancel() {
@@ -29,8 +29,9 @@ class Cancellation {
   }
 
   /// From now on `cancel` runs `action`, in place of any former action. An empty action runs
-  /// nothing, and no former action runs any more when this returns. False, and `action` never runs,
-  /// when it is cancelled already. `action` must not use this object: it would wait for itself.
+  /// nothing. Once this function has returned, no former action runs any more. Returns false, and
+  /// never runs `action`, when `cancel` was called before. `action` must not use this object: it
+  /// would wait for itself.
   bool onCancel(std::function<void()> action) {
     const std::lock_guard guard(lock_);
     action_ = isCancelled_ ? nullptr : std::move(action);
@@ -52,13 +53,14 @@ struct NetworkMeasurement {
 
 /// Counts the network bytes of every process.
 ///
-/// Used by one thread at a time, which is not the main thread: a measurement may take seconds.
+/// One thread at a time may use it, and not the main thread, because a measurement may take
+/// seconds.
 class NetworkMeter {
  public:
   virtual ~NetworkMeter() = default;
 
-  /// Measures once. A measurement that may take long ends soon after `cancellation` is cancelled;
-  /// nobody reads its result then.
+  /// Measures once. When `cancellation` is cancelled, a long measurement ends soon, and nobody
+  /// reads its result.
   virtual NetworkMeasurement measure(Cancellation& cancellation) = 0;
 };
 

@@ -28,10 +28,11 @@ namespace tidewell {
 
 /// Everything that the core needs of a system, one object per port.
 ///
-/// Made whole by `makePorts`, of which each system has its own, or by a test from fakes. Owned by
-/// the process entry (or the test) and outlives every object that was given it. The members are
-/// destroyed in reverse order, so the ones that others build on come first. A system has either
-/// `lidSwitch` (Linux) or the four behind it (macOS); the others are null. All else is always set.
+/// Each system has its own `makePorts`, which sets all members; a test sets fakes. The process
+/// entry (or the test) owns this object, which outlives every object that was given it. The members
+/// are destroyed in reverse order, so a member comes after those that it uses. A system has either
+/// `lidSwitch` (Linux) or the four members after it (macOS); the others of these five are null. All
+/// other members are always set.
 struct Ports {
   std::shared_ptr<SystemLog> log;
   std::shared_ptr<Clock> clock;
@@ -49,19 +50,20 @@ struct Ports {
   std::shared_ptr<SleepNotifications> sleepNotifications;
   std::shared_ptr<LoginItem> loginItem;
   std::shared_ptr<LidSwitch> lidSwitch;
-  // `ClamshellController` alone asks these, where there is no lid switch: they are null on Linux.
+  // Only `ClamshellController` uses these, where there is no lid switch. They are null on Linux.
   std::shared_ptr<ProcessInfo> processInfo;
   std::shared_ptr<TaskLauncher> taskLauncher;
   std::shared_ptr<PrivilegedScripts> privilegedScripts;
   std::shared_ptr<FileManager> fileManager;
 };
 
-/// Makes the process-wide `Ports` that the static namespaces (`Log`, `BatteryMonitor`,
-/// `PowerAssertionReader`) and `Prefs::shared` reach the system through, for as long as it lives.
+/// Installs `Ports` for the whole process, for as long as this object lives. The static classes
+/// (`Log`, `BatteryMonitor`, `PowerAssertionReader`, `ClamshellController`) and `Prefs::shared`
+/// reach the system through the installed ports.
 ///
-/// `AppMain` installs one before anything else runs; a test installs its own for its scope, and
-/// the former one comes back afterwards. Install and remove on the main thread only, while no
-/// other thread uses them.
+/// `AppMain` installs the ports before anything else runs. A test installs its own for its scope,
+/// and the former ones are installed again afterwards. Install and remove ports on the main thread
+/// only, while no other thread uses them.
 class InstalledPorts {
  public:
   explicit InstalledPorts(Ports& ports);
@@ -75,7 +77,8 @@ class InstalledPorts {
   /// As `current`, but null when there are none.
   static Ports* currentIfAny();
 
-  /// Changes with every installation and removal, so that what was built on former ports shows.
+  /// A number that changes with every installation and removal. Whoever keeps something that was
+  /// made from the ports can tell by it that the ports are others now.
   static std::uint64_t generation();
 
  private:

@@ -23,8 +23,8 @@ enum class AssertionKind {
 /// never outlives the process.
 class PowerManagement {
  public:
-  /// `code` is 0 on success, and then `id` is not 0; otherwise the platform's result code
-  /// (on Linux a negative errno).
+  /// On success `code` is 0 and `id` is not 0. Otherwise `code` is the platform's result code (on
+  /// Linux a negative errno).
   struct Creation {
     std::int32_t code = 0;
     std::uint32_t id = 0;
@@ -35,13 +35,13 @@ class PowerManagement {
   /// `name` is the reason that the system shows to people.
   virtual Creation createAssertion(AssertionKind kind, const std::string& name) = 0;
 
-  /// Renames a live assertion; the machine is held without a gap meanwhile.
+  /// Renames a live assertion, without a gap in the hold.
   virtual void setAssertionName(std::uint32_t id, const std::string& name) = 0;
 
   virtual void releaseAssertion(std::uint32_t id) = 0;
 
-  /// Whether the system really keeps the machine awake for every live assertion against its sleep,
-  /// as far as that is known. Costs no call.
+  /// Whether the system really keeps the machine awake for every live assertion of the kind
+  /// `system`, as far as that is known. Asks the system nothing.
   virtual bool isGranted() = 0;
 
   /// A service that keeps an assertion.

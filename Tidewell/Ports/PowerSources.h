@@ -5,7 +5,7 @@
 
 namespace tidewell {
 
-/// What feeds the machine, besides or in place of the wall adapter: a battery, as a rule.
+/// What feeds the machine besides the wall adapter or in its place: a battery, as a rule.
 struct PowerSource {
   bool isOnAC = false;                     ///< The wall adapter feeds the machine now.
   std::optional<std::int64_t> percentage;  ///< Whole percent; absent when the source does not tell.
@@ -20,7 +20,8 @@ class PowerSources {
 
   virtual bool isLowPowerModeEnabled() = 0;
 
-  /// The first source that can be described. Absent when there is none, or nobody tells.
+  /// The first source that can be described. Absent when there is none, or the system does not
+  /// tell.
   virtual std::optional<PowerSource> source() = 0;
 };
 

@@ -16,7 +16,7 @@ class PrivilegedScripts {
   };
   struct Outcome {
     bool couldBeMade = true;     ///< Whether a script could be made of the source at all.
-    std::optional<Error> error;  ///< Absent when it ran well.
+    std::optional<Error> error;  ///< Absent when the script ran well.
   };
 
   virtual ~PrivilegedScripts() = default;

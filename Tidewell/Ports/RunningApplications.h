@@ -9,8 +9,8 @@ namespace tidewell {
 
 /// One process that the desktop knows as (part of) an application.
 ///
-/// Shared by whoever looks at it; main thread only. Its properties may cost a query the first
-/// time, so they are asked only of processes that matter; they do not change.
+/// All who look at it share it. Main thread only. Its properties do not change. The first look at a
+/// property may cost a query, so look only at those of processes that matter.
 class RunningApplication {
  public:
   virtual ~RunningApplication() = default;
@@ -21,13 +21,13 @@ class RunningApplication {
   [[nodiscard]] virtual const std::optional<std::string>& localizedName() const = 0;
 };
 
-/// Names single processes; all running applications together are in `ProcessTable::snapshot`. Main
-/// thread only; nothing here fails, what is unknown is absent.
+/// Names single processes. (All running applications together are in `ProcessTable::snapshot`.)
+/// Main thread only. Nothing here fails; what is unknown is absent.
 class RunningApplications {
  public:
   virtual ~RunningApplications() = default;
 
-  /// What names process `pid`, or null for a process that nobody can name.
+  /// What gives process `pid` its name: its application, as a rule. Null when nothing names it.
   virtual std::shared_ptr<const RunningApplication> withProcessIdentifier(std::int32_t pid) = 0;
 };
 

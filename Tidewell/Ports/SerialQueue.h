@@ -8,9 +8,8 @@ namespace tidewell {
 
 /// Runs submitted work in order, one piece at a time, off the caller's thread.
 ///
-/// Owned by its one user. Destroying it drops work that has not begun; work that is under way may
-/// or may not be waited for, so work must not reach into its submitter except through a weak
-/// reference.
+/// Owned by its one user. Its destructor drops work that has not begun, and may or may not wait for
+/// work that is under way. So work may refer to its submitter only weakly.
 class SerialQueue {
  public:
   virtual ~SerialQueue() = default;

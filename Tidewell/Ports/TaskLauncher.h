@@ -11,19 +11,21 @@ namespace tidewell {
 /// One running command-line tool whose standard output is read through a pipe and whose standard
 /// error goes nowhere.
 ///
-/// Owned by whoever launched it; destroying it closes the pipe and, should the tool still run,
-/// terminates it. `terminate` may be called from any thread, the rest from one.
+/// Owned by whoever launched it. Its destructor closes the pipe, and terminates the tool if it
+/// still runs. Any thread may call `terminate`; only one thread may call the rest.
 class Task {
  public:
   virtual ~Task() = default;
 
-  /// Reads standard output until the tool closes it, blocking without limit of time; `terminate`
-  /// ends the wait. Absent when more than `limit` bytes came (the rest is not read).
+  /// Reads standard output until the tool closes it. Blocks without a limit of time; `terminate`
+  /// ends the wait. Absent when the tool writes more than `limit` bytes, of which the rest is not
+  /// read.
   virtual std::optional<std::string> readToEnd(std::size_t limit) = 0;
 
   virtual bool isRunning() = 0;
 
-  /// Asks the tool to stop and ends a `readToEnd` that is under way. Harmless when it has ended.
+  /// Asks the tool to stop, and ends a `readToEnd` that is under way. Harmless when the tool has
+  /// ended.
   virtual void terminate() = 0;
 };
 

@@ -7,7 +7,7 @@
 
 namespace tidewell {
 
-/// What needs the Unicode tables of the platform. All text is UTF-8; broken sequences are treated
+/// The work that needs the platform's Unicode tables. All text is UTF-8; a broken sequence counts
 /// as U+FFFD. Safe from any thread.
 class Text {
  public:

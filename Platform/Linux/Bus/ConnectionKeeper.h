@@ -94,7 +94,7 @@ class ConnectionKeeper {
   bool isReady_ = false;
   std::uint64_t number_ = 0;
   std::unique_ptr<tidewell::RepeatingTimer> timer_;
-  tidewell::WeakReferences<ConnectionKeeper> self_{*this};  ///< For work that is posted.
+  tidewell::WeakReferenceSource<ConnectionKeeper> self_{*this};  ///< For work that is posted.
 };
 
 }  // namespace platform

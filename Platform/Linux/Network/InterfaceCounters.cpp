@@ -27,7 +27,7 @@ std::optional<std::uint64_t> column(std::string_view columns, int index) {
     if (index == 0) break;
     columns.remove_prefix(std::min(columns.find(' '), columns.size()));
   }
-  return tidewell::cutWholeNumber<std::uint64_t>(columns);
+  return tidewell::takeWholeNumber<std::uint64_t>(columns);
 }
 
 /// The sum of a line's two counters; 0 for the two lines of headings, which have no colon.

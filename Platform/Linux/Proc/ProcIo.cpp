@@ -9,7 +9,7 @@ std::optional<std::uint64_t> counter(std::string_view text, std::string_view lab
   const std::size_t found = text.find(label);
   if (found == std::string_view::npos) return std::nullopt;
   text.remove_prefix(found + label.size());
-  return tidewell::cutWholeNumber<std::uint64_t>(text);
+  return tidewell::takeWholeNumber<std::uint64_t>(text);
 }
 
 }  // namespace

@@ -25,7 +25,7 @@ std::string paddedCodePoints(std::string_view text, std::size_t length) {
   std::string padded;
   std::size_t count = 0;
   for (; count < length && !text.empty(); ++count) {
-    const std::size_t size = tidewell::firstPiece(text).length;
+    const std::size_t size = tidewell::firstSequence(text).length;
     padded += text.substr(0, size);
     text.remove_prefix(size);
   }

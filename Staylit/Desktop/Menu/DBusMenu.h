@@ -77,7 +77,7 @@ class DBusMenu {
   bool isLayoutNews_ = false;
   std::size_t toldCount_ = 0;
   platform::BusObject object_;
-  tidewell::WeakReferences<DBusMenu> self_{*this};  ///< For work that is posted.
+  tidewell::WeakReferenceSource<DBusMenu> self_{*this};  ///< For work that is posted.
 };
 
 }  // namespace staylit

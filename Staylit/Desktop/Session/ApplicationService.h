@@ -79,7 +79,7 @@ class ApplicationService {
   platform::BusSlot question_;
   std::optional<Answer> answer_;
   std::function<void()> leave_;  ///< Set while this one runs beside the owner.
-  tidewell::WeakReferences<ApplicationService> self_{*this};  ///< For work that is posted.
+  tidewell::WeakReferenceSource<ApplicationService> self_{*this};  ///< For work that is posted.
 };
 
 }  // namespace staylit

@@ -1,4 +1,4 @@
-#include "Tidewell/Thresholds.h"
+#include "Tidewell/ActivityThresholds.h"
 
 #include <gtest/gtest.h>
 
@@ -29,15 +29,6 @@ TEST(ActivityThresholds, CanBeChangedFieldByField) {
   EXPECT_EQ(thresholds.cpuPercent, 1.5);
   EXPECT_TRUE(thresholds.ignored.contains("com.a"));
   EXPECT_FALSE(thresholds.honorAppAssertions);
-}
-
-TEST(PowerPolicy, TakesItsThreeFieldsInOrder) {
-  PowerPolicy policy{20, true, false};
-  EXPECT_EQ(policy.batteryFloor, 20);
-  EXPECT_TRUE(policy.respectLowPowerMode);
-  EXPECT_FALSE(policy.keepScreenOn);
-  policy.batteryFloor = 35;
-  EXPECT_EQ(policy.batteryFloor, 35);
 }
 
 }  // namespace

@@ -1,14 +1,11 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
-#include <unordered_set>
+#include <utility>
 
 #include "Tidewell/TextMap.h"
 
 namespace tidewell {
-
-using TextSet = std::unordered_set<std::string, TextHash, std::equal_to<>>;
 
 /// What an application must reach to count as working. Built afresh from the settings each tick.
 struct ActivityThresholds {
@@ -27,13 +24,6 @@ struct ActivityThresholds {
   std::int64_t sustainSeconds;  ///< How long it must stay over a threshold to count as busy.
   TextSet ignored;              ///< Application keys that never count, whatever they do.
   bool honorAppAssertions;      ///< Whether other programs' own sleep assertions count.
-};
-
-/// When the user wants no hold, whatever works.
-struct PowerPolicy {
-  std::int64_t batteryFloor;  ///< Percent; below it, on battery, there is no hold.
-  bool respectLowPowerMode;
-  bool keepScreenOn;  ///< Also keep the display awake while holding.
 };
 
 }  // namespace tidewell
