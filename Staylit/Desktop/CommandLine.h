@@ -8,14 +8,14 @@
 
 namespace staylit {
 
-/// What the program's options ask for, except "--diagnose", which goes before all others. Arguments
-/// that are not options are skipped.
+/// Reads what the program's options ask for, except "--diagnose", which comes before all others.
+/// Arguments that are no options are skipped. `arguments` must outlive it.
 class CommandLine {
  public:
   /// `arguments` are all arguments of the process.
   explicit CommandLine(const std::vector<std::string>& arguments) : arguments_(arguments) {}
 
-  /// The text that answers "--help" or "--version"; absent where the program is to do its work.
+  /// The text that answers "--help" or "--version"; absent when the program is to do its work.
   [[nodiscard]] std::optional<std::string> information() const;
 
   /// What this start asks of the program, should it already run in the session.

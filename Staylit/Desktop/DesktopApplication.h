@@ -12,8 +12,8 @@ namespace staylit {
 ///
 /// There is one such program in a session: a second start passes its request to the first and
 /// returns at once. The program ends in order on SIGTERM, SIGINT and SIGHUP, and with the user's
-/// session. Only as the unit of the user's service manager does it outlive a session. Main thread
-/// only; the objects that it refers to must outlive it.
+/// session. It outlives a session only when the user's service manager runs it as a unit. Main
+/// thread only; the arguments must outlive it.
 class DesktopApplication : public Application {
  public:
   /// The first start also does what `request` asks, once it runs.

@@ -1,6 +1,6 @@
 #include "Staylit/Desktop/DesktopUserInterface.h"
 
-#include "Staylit/Desktop/Menu/MenuChoice.h"
+#include "Staylit/Desktop/Menu/DBusMenu.h"
 #include "Staylit/Desktop/Session/ActivationToken.h"
 #include "Staylit/Desktop/Session/DesktopNotification.h"
 #include "Staylit/Desktop/StatusItem/StatusNotifierItem.h"
@@ -8,11 +8,11 @@
 namespace staylit {
 namespace {
 
-/// A status item that gives a reference to the delegate of its menu. The reference ends with the
-/// item.
-class RememberedItem : public StatusNotifierItem {
+/// A status item that hands out references to the delegate of its menu. They are null once the item
+/// is gone.
+class ItemWithDelegate : public StatusNotifierItem {
  public:
-  RememberedItem(platform::EventLoop& loop, platform::Bus& bus, MenuDelegate& delegate)
+  ItemWithDelegate(platform::EventLoop& loop, platform::Bus& bus, MenuDelegate& delegate)
       : StatusNotifierItem(loop, bus, delegate, StatusIcons::ofThisProgram()),
         delegate_(delegate) {}
 
@@ -28,7 +28,7 @@ DesktopUserInterface::DesktopUserInterface(platform::EventLoop& loop, platform::
     : loop_(loop), sessionBus_(sessionBus), windowing_(loop, sessionBus) {}
 
 std::unique_ptr<StatusItem> DesktopUserInterface::makeStatusItem(MenuDelegate& delegate) {
-  auto item = std::make_unique<RememberedItem>(loop_, sessionBus_, delegate);
+  auto item = std::make_unique<ItemWithDelegate>(loop_, sessionBus_, delegate);
   delegate_ = item->delegate();
   return item;
 }

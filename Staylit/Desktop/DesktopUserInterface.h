@@ -12,15 +12,14 @@
 namespace staylit {
 
 /// The program on a Linux desktop: the status item on the session bus, and the windows from the
-/// windows module, which is loaded when the first one is opened. Main thread only. Both arguments
-/// must outlive it, and it must outlive the windows and items that it makes.
+/// windows module, which is loaded when the first window is opened. Main thread only. Both
+/// arguments must outlive it, and it must outlive the windows and items that it makes.
 class DesktopUserInterface : public UserInterface {
  public:
   DesktopUserInterface(platform::EventLoop& loop, platform::Bus& sessionBus);
 
-  /// The first window comes a moment after it is asked for. As long as no window can be made, the
-  /// two windows' functions return null; when one can be made, they choose the menu's item for it
-  /// once more.
+  /// The first window comes a moment after it is asked for: the functions that make windows return
+  /// null until the module is loaded, and then choose the menu's item for the window once more.
   std::unique_ptr<StatusItem> makeStatusItem(MenuDelegate& delegate) override;
   std::unique_ptr<Window> makeAppsWindow(const WindowStyle& style, AppsView& view) override;
   std::unique_ptr<Window> makeSettingsWindow(const WindowStyle& style, SettingsView& view) override;
@@ -29,7 +28,7 @@ class DesktopUserInterface : public UserInterface {
   void tell(const std::string& summary, const std::string& body) override;
   void terminate() override;
 
-  /// Does what the menu's item with `action` does; nothing as long as there is no menu.
+  /// Does what the menu's item with `action` does. Does nothing while there is no menu.
   void choose(MenuItem::Action action);
 
   /// Null until the first window is opened.
@@ -39,7 +38,7 @@ class DesktopUserInterface : public UserInterface {
   platform::EventLoop& loop_;
   platform::Bus& sessionBus_;
   Windowing windowing_;
-  tidewell::WeakReference<MenuDelegate> delegate_;  ///< The status item's, while that exists.
+  tidewell::WeakReference<MenuDelegate> delegate_;  ///< Of the status item, while it exists.
 };
 
 }  // namespace staylit

@@ -17,7 +17,7 @@ int main(int argc, char** argv) {
   platform::prepareStandardStreams();
   const std::vector<std::string> arguments(argv, argv + argc);
   if (arguments.size() == 2 && arguments[1] == staylit::DisplayTrial::kOption) {
-    return staylit::DisplayTrial::answer();
+    return staylit::DisplayTrial::runInOwnProcess();
   }
   const staylit::CommandLine commandLine(arguments);
   if (const auto information = commandLine.information()) {

@@ -168,7 +168,7 @@ TEST_F(ApplicationServiceTest, RunsBesideAnOwnerThatHangsAndGetsTheNameAfterIt) 
   hung.emplace(sessionDaemon->address(), std::vector<std::string>{"com.staylit.app"},
                [](sd_bus_message*) {});
   Start start(*loop);
-  EXPECT_EQ(start.claim({}), Claim::besides);
+  EXPECT_EQ(start.claim({}), Claim::beside);
   platform::testing::runBriefly(*loop);
   hung.reset();
   Host desktop(*loop, "com.staylit.app");
@@ -187,7 +187,7 @@ TEST_F(ApplicationServiceTest, LeavesWhenTheOwnerAnswersAfterAll) {
     sd_bus_reply_method_return(call, "");
   });
   Start start(*loop);
-  ASSERT_EQ(start.claim({}), Claim::besides);
+  ASSERT_EQ(start.claim({}), Claim::beside);
   EXPECT_FALSE(start.hasLeft);
   EXPECT_TRUE(eventually([&] { return start.hasLeft; }));
 }

@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-#include "Staylit/Desktop/StatusItem/IconNames.h"
+#include "Staylit/Desktop/StatusItem/StatusIcons.h"
 #include "Staylit/Desktop/StatusItem/StatusPixmaps.h"
 #include "Tidewell/AppCategory.h"
 

@@ -16,7 +16,7 @@
 namespace staylit {
 namespace {
 
-// These variables include those that make a toolkit look as it does on that desktop.
+// Some of these variables make a toolkit look as it does on the desktop.
 constexpr std::array kNames{"DISPLAY",          "WAYLAND_DISPLAY",     "XAUTHORITY",
                             "XDG_SESSION_TYPE", "XDG_CURRENT_DESKTOP", "QT_QPA_PLATFORMTHEME"};
 

@@ -7,7 +7,7 @@
 
 namespace staylit {
 
-/// Where windows can be shown. Variables of the environment say so.
+/// Where windows can be shown, as some variables of the environment say.
 ///
 /// A program that the service manager or the bus started before its user's desktop has none of
 /// these variables, and learns them later. Main thread only.
@@ -15,6 +15,7 @@ class Display {
  public:
   Display() = delete;
 
+  /// Whether a variable names a display. The display need not be there.
   static bool isKnown();
 
   /// The variables of this process that are about the display, as "NAME=value".
@@ -23,11 +24,12 @@ class Display {
   /// The variables come from others, so only a display of this machine is accepted, and only files
   /// that belong to this user or the administrator. A refusal is a line in the log.
   static void learn(const std::vector<std::string>& variables);
-  /// Forgets what was learnt, once it is of no use any more.
+  /// Unsets the variables that were learnt.
   static void forget();
-  /// Also forgets the display that this process was started with, since its session may have ended.
+  /// Unsets also the variables with which this process was started, whose session may have ended.
   static void forgetAll();
-  /// Asks the user's service manager, to which desktops pass the variables. Waits for the answer.
+  /// Learns the variables from the user's service manager, to which desktops pass them. Waits for
+  /// its answer.
   static void learnFromServiceManager(platform::Bus& sessionBus);
 };
 

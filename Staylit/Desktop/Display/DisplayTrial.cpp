@@ -25,7 +25,7 @@ namespace {
 using Kind = DisplayTrial::Verdict::Kind;
 using platform::Descriptor;
 
-// The line in which the process tells the outcome of its trial.
+// The process tells the outcome of its trial in one line, which begins with one of these.
 constexpr std::string_view kUsable = "usable ";
 constexpr std::string_view kOfAnotherBuild = "of another build ";
 constexpr std::string_view kNotLoadable = "not loadable ";
@@ -55,9 +55,9 @@ Pipe makePipe() {
   return {Descriptor(ends[0]), Descriptor(ends[1])};
 }
 
-/// Starts `program` for a trial with `input` and `output` as its standard streams; -1 when it
-/// cannot be started.
-pid_t spawn(const std::string& program, int input, int output) {
+/// Starts `program` for a trial with `input` and `output` as its standard streams, and returns its
+/// number; -1 when it cannot be started.
+pid_t spawnTrial(const std::string& program, int input, int output) {
   posix_spawn_file_actions_t actions;
   posix_spawn_file_actions_init(&actions);
   posix_spawn_file_actions_adddup2(&actions, input, STDIN_FILENO);
@@ -80,13 +80,13 @@ pid_t spawn(const std::string& program, int input, int output) {
   return error == 0 ? process : -1;
 }
 
-void say(int output, const std::string& line) {
+void writeLine(int output, const std::string& line) {
   const std::string text = line + "\n";
   if (write(output, text.data(), text.size()) < 0) std::_Exit(EXIT_FAILURE);
 }
 
-/// Waits until the program that started the trial needs it no more.
-void waitForEnd() {
+/// Waits until the program that started the trial closes its end of standard input.
+void waitForEndOfInput() {
   char byte = 0;
   while (read(STDIN_FILENO, &byte, 1) > 0) {
   }
@@ -97,24 +97,26 @@ void waitForEnd() {
 DisplayTrial::DisplayTrial(platform::EventLoop& loop, std::function<void(const Verdict&)> done,
                            const std::string& program, tidewell::Seconds patience)
     : loop_(loop), done_(std::move(done)) {
-  if (!start(program)) {
-    limit_ = loop_.scheduleRepeating(tidewell::Seconds{0.001}, [this] { finish({}); });
+  if (!startProcess(program)) {
+    // The caller does not have this object yet, so `done` must wait for the loop.
+    patienceTimer_ = loop_.scheduleRepeating(tidewell::Seconds{0.001}, [this] { finish({}); });
     return;
   }
-  limit_ = loop_.scheduleRepeating(patience, [this] { finish({Kind::silent, {}, {}}); });
+  patienceTimer_ = loop_.scheduleRepeating(patience, [this] { finish({Kind::silent, {}, {}}); });
 }
 
-bool DisplayTrial::start(const std::string& program) {
+bool DisplayTrial::startProcess(const std::string& program) {
   Pipe input = makePipe();
   Pipe output = makePipe();
   if (!input.reading || !output.reading) return false;
-  process_ = spawn(program, input.reading.get(), output.writing.get());
+  process_ = spawnTrial(program, input.reading.get(), output.writing.get());
   if (process_ < 0) return false;
   input_ = std::move(input.writing);
   output_ = std::move(output.reading);
   fcntl(output_.get(), F_SETFL, O_NONBLOCK);
   sd_event_source* source = nullptr;
-  if (sd_event_add_io(loop_.handle(), &source, output_.get(), EPOLLIN, readable, this) < 0) {
+  if (sd_event_add_io(loop_.handle(), &source, output_.get(), EPOLLIN, outputIsReadable, this) <
+      0) {
     return false;
   }
   source_ = platform::EventSource(source);
@@ -124,24 +126,24 @@ bool DisplayTrial::start(const std::string& program) {
 DisplayTrial::~DisplayTrial() {
   if (process_ < 0) return;
   kill(process_, SIGKILL);
-  // The process is gone at once, unless the kernel itself is stuck in it. Nobody waits for that.
+  // The process ends at once unless the kernel itself is stuck in it, and then nobody waits for it.
   constexpr auto kPatienceWithTheKernel = std::chrono::milliseconds(250);
   const auto end = std::chrono::steady_clock::now() + kPatienceWithTheKernel;
   while (waitpid(process_, nullptr, WNOHANG) == 0 && std::chrono::steady_clock::now() < end)
     std::this_thread::sleep_for(std::chrono::milliseconds(1));
 }
 
-int DisplayTrial::readable(sd_event_source* /*source*/, int descriptor, unsigned /*events*/,
-                           void* data) {
+int DisplayTrial::outputIsReadable(sd_event_source* /*source*/, int descriptor, unsigned /*events*/,
+                                   void* data) {
   auto& self = *static_cast<DisplayTrial*>(data);
   std::array<char, kLongestLine> piece{};
   const ssize_t count = read(descriptor, piece.data(), piece.size());
   if (count < 0 && (errno == EAGAIN || errno == EINTR)) return 0;
-  if (count > 0) self.text_.append(piece.data(), static_cast<std::size_t>(count));
-  const std::size_t end = self.text_.find('\n');
+  if (count > 0) self.received_.append(piece.data(), static_cast<std::size_t>(count));
+  const std::size_t end = self.received_.find('\n');
   if (end != std::string::npos) {
-    self.finish(verdictOf(std::string_view(self.text_).substr(0, end)));
-  } else if (count <= 0 || self.text_.size() > kLongestLine) {
+    self.finish(verdictOf(std::string_view(self.received_).substr(0, end)));
+  } else if (count <= 0 || self.received_.size() > kLongestLine) {
     self.finish({});
   }
   return 0;
@@ -149,33 +151,33 @@ int DisplayTrial::readable(sd_event_source* /*source*/, int descriptor, unsigned
 
 void DisplayTrial::finish(const Verdict& verdict) {
   source_.reset();
-  limit_.reset();
+  patienceTimer_.reset();
   const auto done = std::exchange(done_, nullptr);
   if (done) done(verdict);
 }
 
-int DisplayTrial::answer() {
+int DisplayTrial::runInOwnProcess() {
   prctl(PR_SET_PDEATHSIG, SIGKILL);
-  // The outcome has a descriptor of its own, because libraries may write to standard output as
-  // well.
+  // The outcome gets a descriptor of its own, because libraries may write to standard output too.
   const Descriptor output(fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 3));
   dup2(STDERR_FILENO, STDOUT_FILENO);
-  // The desktop's session should not learn of the trial as of a program of its own.
+  // The desktop's session must not take the trial for another program that was started.
   for (const char* name : {"SESSION_MANAGER", "XDG_ACTIVATION_TOKEN", "DESKTOP_STARTUP_ID"})
     ::unsetenv(name);
   const platform::ModuleFunction function = platform::loadFromModule(kWindowsModule, kTryDisplay);
   if (!function.address) {
-    // There is no log in this process.
-    say(output.get(), std::string(function.isOfAnotherBuild ? kOfAnotherBuild : kNotLoadable) +
-                          tidewell::cleaned(function.why, kLongestReason));
+    // This process has no log, so the program logs the reason.
+    writeLine(output.get(),
+              std::string(function.isOfAnotherBuild ? kOfAnotherBuild : kNotLoadable) +
+                  tidewell::cleaned(function.why, kLongestReason));
     return EXIT_FAILURE;
   }
   reinterpret_cast<TryDisplay>(function.address)([&output](const std::string& platform) {
-    say(output.get(), std::string(kUsable) + platform);
-    waitForEnd();
+    writeLine(output.get(), std::string(kUsable) + platform);
+    waitForEndOfInput();
   });
-  // The process does not end in order: the outcome is told already, and a display may hang at the
-  // end as well.
+  // The process skips its orderly end: the outcome is told already, and a display may hang there
+  // too.
   std::_Exit(EXIT_SUCCESS);
 }
 

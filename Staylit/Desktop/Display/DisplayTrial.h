@@ -13,7 +13,7 @@
 
 namespace staylit {
 
-/// Tries the display in a process of its own, while the loop goes on.
+/// Tries the display in a process of its own, so that the loop goes on meanwhile.
 ///
 /// A display may accept a connection and never answer. The libraries that speak with it then wait
 /// for ever, or end the process. So the program starts itself once more for the trial, and that
@@ -23,22 +23,22 @@ class DisplayTrial {
   struct Verdict {
     enum class Kind {
       usable,
-      refused,         ///< There is none that could be used; why, stands on standard error.
-      silent,          ///< It has not answered in time.
-      ofAnotherBuild,  ///< The windows that are installed are not this program's.
+      refused,         ///< No display can be used; the reason stands on standard error.
+      silent,          ///< The display has not answered in time.
+      ofAnotherBuild,  ///< The windows that are installed belong to another build.
       notLoadable,     ///< The windows cannot be loaded.
     };
     Kind kind = Kind::refused;
-    std::string platform;  ///< For a usable one: what the windows are to be made with.
-    std::string reason;    ///< Why the windows cannot be loaded; the process has not logged it.
+    std::string platform;  ///< For a usable display: the platform to make the windows on.
+    std::string reason;    ///< Why the windows cannot be loaded. Nobody has logged it yet.
   };
 
-  /// How the process of the trial is started. It runs the program's own file, even if that was
-  /// replaced meanwhile.
+  /// The program that the trial's process runs: this program's own file, even if another file has
+  /// taken its place meanwhile.
   static constexpr const char* kOwnProgram = "/proc/self/exe";
   static constexpr const char* kOption = "--try-display";
-  /// The limit is long because a very busy machine needs its time to load the windows, and nobody
-  /// waits for the trial.
+  /// This is long, because a very busy machine needs its time to load the windows, and nobody waits
+  /// for the trial.
   static constexpr tidewell::Seconds kPatience{20};
 
   /// `done` runs once, from the loop, and may destroy this object. A usable display stays connected
@@ -51,22 +51,22 @@ class DisplayTrial {
   DisplayTrial(const DisplayTrial&) = delete;
   DisplayTrial& operator=(const DisplayTrial&) = delete;
 
-  /// What the process of the trial does instead of all else. Returns its exit status.
-  static int answer();
+  /// The whole work of the trial's process, for `main`. Returns the exit status.
+  static int runInOwnProcess();
 
  private:
-  static int readable(sd_event_source* source, int descriptor, unsigned events, void* data);
-  bool start(const std::string& program);
+  static int outputIsReadable(sd_event_source* source, int descriptor, unsigned events, void* data);
+  bool startProcess(const std::string& program);
   void finish(const Verdict& verdict);
 
   platform::EventLoop& loop_;
   std::function<void(const Verdict&)> done_;
   pid_t process_ = -1;
-  platform::Descriptor output_;
-  platform::Descriptor input_;  ///< Closing it ends the process.
+  platform::Descriptor output_;  ///< Of the process, to read the outcome from.
+  platform::Descriptor input_;   ///< Of the process, which ends when it is closed.
   platform::EventSource source_;
-  std::unique_ptr<tidewell::RepeatingTimer> limit_;
-  std::string text_;
+  std::unique_ptr<tidewell::RepeatingTimer> patienceTimer_;
+  std::string received_;
 };
 
 }  // namespace staylit

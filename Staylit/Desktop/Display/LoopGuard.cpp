@@ -75,7 +75,7 @@ void LoopGuard::watch() {
   while (waitForNextLook()) {
     const unsigned now = beats_;
     still = now == std::exchange(seen, now) ? still + 1 : 0;
-    if (still < (isAskedToEnd() ? patience_.looksWhenEnded : patience_.looks)) continue;
+    if (still < (isAskedToEnd() ? patience_.looksWhenAskedToEnd : patience_.looks)) continue;
     return lost_();
   }
 }

@@ -23,8 +23,10 @@ class LoopGuard {
  public:
   struct Patience {
     std::chrono::milliseconds look = std::chrono::seconds(5);
-    int looks = 6;  ///< After so many looks in a row at a loop that stands still, the process ends.
-    int looksWhenEnded = 2;  ///< The same while a signal to end the process waits for the loop.
+    /// The process ends after so many looks in a row at a loop that stands still.
+    int looks = 6;
+    /// The same while a signal to end the process waits for the loop.
+    int looksWhenAskedToEnd = 2;
   };
 
   /// `lost` runs once, on the guard's thread; by default it ends the process with status 1. The

@@ -54,7 +54,7 @@ void Windowing::tried(const DisplayTrial::Verdict& verdict) {
   if (verdict.kind == Kind::notLoadable) {
     return cannotShow("its windows do not fit this system", kInstallAnew);
   }
-  // The display may be that of a desktop that has ended since.
+  // The display may belong to a desktop that has ended meanwhile.
   if (LoginSession::outlivesSessions()) {
     Display::forgetAll();
   } else {

@@ -24,10 +24,10 @@ class Windowing {
   Windowing(const Windowing&) = delete;
   Windowing& operator=(const Windowing&) = delete;
 
-  /// The kit, or null while there is none. In that case the kit is made now, and the loop calls
-  /// `again` once it is there; of several callers that wait, only the last is called. Where no
-  /// window can be shown, `again` is not called, and the user is told why, now or as soon as it is
-  /// known. The kit drives the loop from the next run of the loop on.
+  /// The kit, or null while there is none. In that case this call begins to make the kit, and the
+  /// loop calls `again` once it is there. When several callers wait, only the last one's `again` is
+  /// called. Where no window can be shown, `again` is not called, and the user is told why, now or
+  /// as soon as it is known. The kit drives the loop from the loop's next run on.
   WindowKit* kit(std::function<void()> again);
   /// Null until the kit is made.
   WindowKit* kitIfAny() { return kit_.get(); }

@@ -14,14 +14,13 @@ namespace staylit {
 struct DrivenLoop {
   int descriptor = -1;         ///< Readable when there is something to pump.
   std::function<void()> pump;  ///< Handles what is ready without waiting.
-  std::function<bool()>
-      isStopping;  ///< Whether the program is to end; to be asked after each pump.
+  /// Whether the program is to end. Ask it after each pump.
+  std::function<bool()> isStopping;
 };
 
 /// What the windows module offers: windows, and the loop that windows need. Main thread only.
 ///
-/// The module links nothing of the program. What it needs of the program, it reaches through
-/// virtual functions.
+/// The module links nothing of the program. It reaches the program only through virtual functions.
 class WindowKit {
  public:
   virtual ~WindowKit() = default;

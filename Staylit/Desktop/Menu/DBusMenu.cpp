@@ -7,7 +7,6 @@
 
 #include "Platform/Linux/Bus/BusHandles.h"
 #include "Platform/Linux/Bus/MessageReading.h"
-#include "Staylit/Desktop/Menu/MenuChoice.h"
 #include "Staylit/Desktop/Menu/MenuMessages.h"
 
 namespace staylit {
@@ -63,6 +62,12 @@ const sd_bus_vtable DBusMenu::kTable[] = {
     SD_BUS_SIGNAL("ItemActivationRequested", "iu", 0),
     SD_BUS_VTABLE_END};
 
+void choose(MenuDelegate& menu, MenuItem::Action action) {
+  const Menu items = menu.menuNeedsUpdate();
+  const auto item = std::ranges::find(items, action, &MenuItem::action);
+  if (item != items.end()) menu.perform(*item);
+}
+
 DBusMenu::DBusMenu(platform::EventLoop& loop, platform::Bus& bus, MenuDelegate& delegate)
     : loop_(loop),
       delegate_(delegate),
@@ -76,7 +81,7 @@ void DBusMenu::refresh() {
     const MenuLayout::Change change = rebuild();
     if (hosts_.isOpen() || layout_.entries().size() != toldCount_) return announce(change);
     announceItems(change);
-    isLayoutNews_ = isLayoutNews_ || change.isLayout;
+    isLayoutUntold_ = isLayoutUntold_ || change.isLayout;
   });
 }
 
@@ -93,19 +98,19 @@ MenuLayout::Change DBusMenu::rebuild() {
 MenuLayout::Change DBusMenu::rebuildToShow() {
   hosts_.surelyClosed();
   MenuLayout::Change change = rebuild();
-  change.isLayout = change.isLayout || isLayoutNews_;
+  change.isLayout = change.isLayout || isLayoutUntold_;
   return change;
 }
 
-void DBusMenu::rebuildIfNew() {
+void DBusMenu::buildIfUnbuilt() {
   if (layout_.revision() == 0) rebuild();
 }
 
 void DBusMenu::announce(const MenuLayout::Change& change) {
   announceItems(change);
-  isLayoutNews_ = isLayoutNews_ || change.isLayout;
-  // The menus of some hosts cannot grow while they are open.
-  if (isLayoutNews_ && !hosts_.isOnlyGuessed()) announceLayout();
+  isLayoutUntold_ = isLayoutUntold_ || change.isLayout;
+  // The menus of some hosts cannot grow while they are open, so these hosts are told later.
+  if (isLayoutUntold_ && !hosts_.isOnlyGuessed()) announceLayout();
 }
 
 void DBusMenu::announceItems(const MenuLayout::Change& change) {
@@ -117,7 +122,7 @@ void DBusMenu::announceItems(const MenuLayout::Change& change) {
 }
 
 void DBusMenu::announceLayout() {
-  isLayoutNews_ = false;
+  isLayoutUntold_ = false;
   toldCount_ = layout_.entries().size();
   object_.emit("LayoutUpdated", [this](sd_bus_message* message) {
     return sd_bus_message_append(message, "ui", layout_.revision(), MenuLayout::kRoot);
@@ -170,7 +175,7 @@ int DBusMenu::getLayout(sd_bus_message* call, void* data, sd_bus_error* error) {
     if (isNew) change = {};
     self.toldCount_ = self.layout_.entries().size();
   }
-  self.rebuildIfNew();
+  self.buildIfUnbuilt();
   if (!self.propertiesOf(parent)) return unknownItem(error, parent);
   sd_bus_message* raw = nullptr;
   result = sd_bus_message_new_method_return(call, &raw);
@@ -178,8 +183,7 @@ int DBusMenu::getLayout(sd_bus_message* call, void* data, sd_bus_error* error) {
   if (result >= 0) result = sd_bus_message_append(raw, "u", self.layout_.revision());
   if (result >= 0) result = self.appendItem(raw, parent, std::max(depth, -1), names);
   if (result >= 0) result = sd_bus_send(nullptr, raw, nullptr);
-  // The signal follows the reply, so that the receiver of the reply knows that it has this revision
-  // already.
+  // The signal follows the reply, so that the caller knows already that it has this revision.
   self.announce(change);
   return result < 0 ? result : 1;
 }
@@ -191,7 +195,7 @@ int DBusMenu::getGroupProperties(sd_bus_message* call, void* data, sd_bus_error*
   int result = readNumbers(call, ids);
   if (result >= 0) result = readTexts(call, names);
   if (result < 0) return result;
-  self.rebuildIfNew();
+  self.buildIfUnbuilt();
   if (ids.empty()) {
     ids.push_back(MenuLayout::kRoot);
     for (const MenuLayout::Entry& entry : self.layout_.entries())
@@ -220,7 +224,7 @@ int DBusMenu::getProperty(sd_bus_message* call, void* data, sd_bus_error* error)
   const char* name = nullptr;
   int result = sd_bus_message_read(call, "is", &id, &name);
   if (result < 0) return result;
-  self.rebuildIfNew();
+  self.buildIfUnbuilt();
   const MenuProperties* properties = self.propertiesOf(id);
   if (!properties) return unknownItem(error, id);
   std::optional<MenuPropertyValue> value = defaultMenuProperty(name);
@@ -236,7 +240,7 @@ int DBusMenu::getProperty(sd_bus_message* call, void* data, sd_bus_error* error)
   return result < 0 ? result : 1;
 }
 
-bool DBusMenu::happened(std::int32_t id, const std::string& type, sd_bus_message* call) {
+bool DBusMenu::handleEvent(std::int32_t id, const std::string& type, sd_bus_message* call) {
   const MenuItem* item = layout_.recall(id);
   if (!item && id != MenuLayout::kRoot) return false;
   if (item && type == "clicked") choose(*item);
@@ -247,12 +251,13 @@ bool DBusMenu::happened(std::int32_t id, const std::string& type, sd_bus_message
 
 void DBusMenu::choose(const MenuItem& item) {
   if (!item.isEnabled || item.action == MenuItem::Action::none) return;
-  // The host gets its answer first: the chosen action may take its time, or end the program.
+  // The action runs later, so that the host gets its answer first: the action may take its time, or
+  // end the program.
   loop_.async([menu = self_.make(), this, item] {
     if (!menu) return;
     hosts_.surelyClosed();
     delegate_.perform(item);
-    if (menu && (isLayoutNews_ || hosts_.isOpen())) announce(rebuild());
+    if (menu && (isLayoutUntold_ || hosts_.isOpen())) announce(rebuild());
   });
 }
 
@@ -262,7 +267,7 @@ int DBusMenu::event(sd_bus_message* call, void* data, sd_bus_error* error) {
   const char* type = nullptr;
   const int result = sd_bus_message_read(call, "is", &id, &type);
   if (result < 0) return result;
-  if (!self.happened(id, type, call)) return unknownItem(error, id);
+  if (!self.handleEvent(id, type, call)) return unknownItem(error, id);
   return sd_bus_reply_method_return(call, "");
 }
 
@@ -276,7 +281,7 @@ int DBusMenu::eventGroup(sd_bus_message* call, void* data, sd_bus_error* error) 
     const char* type = nullptr;
     if ((result = sd_bus_message_read(call, "is", &id, &type)) < 0) break;
     ++count;
-    if (!self.happened(id, type, call)) unknown.push_back(id);
+    if (!self.handleEvent(id, type, call)) unknown.push_back(id);
     if ((result = sd_bus_message_skip(call, "vu")) < 0) break;
     result = sd_bus_message_exit_container(call);
   }
@@ -292,7 +297,7 @@ int DBusMenu::aboutToShow(sd_bus_message* call, void* data, sd_bus_error* error)
   if (result < 0) return result;
   MenuLayout::Change change;
   if (id == MenuLayout::kRoot) change = self.rebuildToShow();
-  self.rebuildIfNew();
+  self.buildIfUnbuilt();
   if (!self.propertiesOf(id)) return unknownItem(error, id);
   result = sd_bus_reply_method_return(call, "b", change ? 1 : 0);
   self.announce(change);
@@ -308,7 +313,7 @@ int DBusMenu::aboutToShowGroup(sd_bus_message* call, void* data, sd_bus_error* e
   MenuLayout::Change change;
   const bool isRoot = std::ranges::find(ids, MenuLayout::kRoot) != ids.end();
   if (isRoot) change = self.rebuildToShow();
-  self.rebuildIfNew();
+  self.buildIfUnbuilt();
   std::vector<std::int32_t> unknown;
   std::ranges::copy_if(ids, std::back_inserter(unknown),
                        [&self](std::int32_t id) { return !self.propertiesOf(id); });

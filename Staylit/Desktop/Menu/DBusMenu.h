@@ -17,6 +17,9 @@
 
 namespace staylit {
 
+/// Does what the menu's item with `action` does. Does nothing when there is no such item.
+void choose(MenuDelegate& menu, MenuItem::Action action);
+
 /// The status item's menu on the session bus, as `com.canonical.dbusmenu`.
 ///
 /// The delegate is asked for the menu when a host is about to show it, when a host wants its
@@ -32,9 +35,9 @@ class DBusMenu {
   DBusMenu(const DBusMenu&) = delete;
   DBusMenu& operator=(const DBusMenu&) = delete;
 
-  /// What the menu shows may have changed. If a host knows the menu, the delegate is asked later,
-  /// from the loop. While the menu is closed, hosts are told of other items only if their number
-  /// changed: many hosts first show the menu as they know it, in the size that it had.
+  /// Call it when what the menu shows may have changed. If a host knows the menu, the loop later
+  /// asks the delegate for it. While the menu is closed, hosts are told of other items only if
+  /// their number changed: many hosts first show the menu that they know, in the size that it had.
   void refresh();
 
   /// Does what the item with `action` does, later, from the loop.
@@ -55,7 +58,7 @@ class DBusMenu {
 
   MenuLayout::Change rebuild();
   MenuLayout::Change rebuildToShow();
-  void rebuildIfNew();
+  void buildIfUnbuilt();
   void announce(const MenuLayout::Change& change);
   void announceItems(const MenuLayout::Change& change);
   void announceLayout();
@@ -65,16 +68,16 @@ class DBusMenu {
                  const Names& names) const;
   int appendChildren(sd_bus_message* reply, std::int32_t depth, const Names& names) const;
   /// False when the menu has no such item.
-  bool happened(std::int32_t id, const std::string& type, sd_bus_message* call);
+  bool handleEvent(std::int32_t id, const std::string& type, sd_bus_message* call);
   void choose(const MenuItem& item);
 
   platform::EventLoop& loop_;
   MenuDelegate& delegate_;
   MenuLayout layout_;
   MenuHosts hosts_;
-  /// Whether hosts have not yet been told of the present layout, and how many items the layout had
-  /// of which they were told last.
-  bool isLayoutNews_ = false;
+  /// Whether hosts have not yet been told of the present layout, and how many items there were in
+  /// the layout of which they were told last.
+  bool isLayoutUntold_ = false;
   std::size_t toldCount_ = 0;
   platform::BusObject object_;
   tidewell::WeakReferenceSource<DBusMenu> self_{*this};  ///< For work that is posted.

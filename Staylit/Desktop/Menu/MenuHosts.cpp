@@ -7,9 +7,9 @@
 namespace staylit {
 namespace {
 
-/// Five minutes, far longer than anybody reads a menu.
-constexpr int kMostTicks = 150;
-/// Half a minute.
+/// For five minutes, which is far longer than anybody reads a menu.
+constexpr int kTrackedTicks = 150;
+/// For half a minute.
 constexpr int kGuessedTicks = 15;
 
 }  // namespace
@@ -24,7 +24,7 @@ MenuHosts::~MenuHosts() {
 void MenuHosts::opened(sd_bus_message* message) {
   follow(sd_bus_message_get_bus(message));
   if (!track_ || sd_bus_track_add_sender(track_, message) < 0) return;
-  trackedTicks_ = kMostTicks;
+  trackedTicks_ = kTrackedTicks;
   guessedTicks_ = 0;
   startClock();
 }

@@ -10,15 +10,16 @@
 
 namespace staylit {
 
-/// Knows which hosts have the menu open, and has a clock that ticks as long as any host has.
+/// Knows which hosts have the menu open, and ticks while any host has it open.
 ///
 /// Most hosts say when they open the menu and when they close it. A host that leaves the bus, or
-/// says nothing for minutes, has closed it. Other hosts only ask before they show the menu: such a
-/// host may have it open for a while after that. Main thread only; the loop must outlive it.
+/// says nothing for minutes, counts as one that has closed it. Other hosts only ask before they
+/// show the menu, and may then have it open for a while. Main thread only; the loop must outlive
+/// it.
 class MenuHosts {
  public:
-  /// `refresh` runs as often as the engine ticks while the menu is open, and once after it may have
-  /// been.
+  /// `refresh` is called as often as the engine ticks while the menu is or may be open, and once
+  /// more when it no longer may be.
   MenuHosts(platform::EventLoop& loop, std::function<void()> refresh);
   ~MenuHosts();
   MenuHosts(const MenuHosts&) = delete;
@@ -52,8 +53,8 @@ class MenuHosts {
   sd_bus* bus_ = nullptr;  ///< The bus of `track_`, which keeps the bus alive.
   sd_bus_track* track_ = nullptr;
   std::unique_ptr<tidewell::RepeatingTimer> timer_;
-  int trackedTicks_ = 0;  ///< How long the hosts that tell are still believed.
-  int guessedTicks_ = 0;
+  int trackedTicks_ = 0;  ///< For how long those that said "opened" still count as open.
+  int guessedTicks_ = 0;  ///< For how long the others still may have the menu open.
 };
 
 }  // namespace staylit

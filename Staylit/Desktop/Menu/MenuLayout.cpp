@@ -7,11 +7,12 @@
 namespace staylit {
 namespace {
 
-/// This is far more than a menu ever holds. Items that left the menu longer ago are forgotten.
+/// How many items are remembered, which is far more than a menu ever holds. When there are more,
+/// all that are no longer in the menu are forgotten.
 constexpr std::size_t kMostRemembered = 256;
 
-/// What tells the item at `place` from every other item. Equal items differ only in how often they
-/// occurred before.
+/// The key of the item at `place`. Items with one key are told apart by the order in which they
+/// occur.
 std::string keyOf(const Menu& menu, std::size_t place) {
   if (place >= menu.size()) return "end";
   const MenuItem& item = menu[place];
@@ -19,8 +20,8 @@ std::string keyOf(const Menu& menu, std::size_t place) {
     return "action " + std::to_string(static_cast<int>(item.action)) + " " +
            item.representedObject.value_or("");
   }
-  // An item that stays before the same item does not move, because not every host handles moves
-  // well.
+  // A separator belongs to the item after it, so that it need not move: not every host handles
+  // moves well.
   if (item.isSeparator) return "before " + keyOf(menu, place + 1);
   return place == 0 ? "first" : "text " + item.title;
 }

@@ -10,13 +10,12 @@
 
 namespace staylit {
 
-/// The menu as hosts on the bus know it: every item has a number, and the number stands for no
-/// other item.
+/// The menu as hosts on the bus know it: every item has a number that no other item ever gets. So a
+/// host that still shows an old menu cannot choose the wrong item.
 ///
 /// An item is the same as an earlier one when it does the same to the same object. An item that
-/// does nothing is the same when it says the same. The first line is always the same. A number is
-/// never given to another item, so that a host which still shows an old menu cannot choose the
-/// wrong item. A value; one thread.
+/// does nothing is the same when it says the same. The first line is always the same. A value; one
+/// thread at a time.
 class MenuLayout {
  public:
   static constexpr std::int32_t kRoot = 0;
@@ -33,13 +32,14 @@ class MenuLayout {
     std::vector<const char*> removed;
   };
 
-  /// What a new menu brought. When `isLayout` is true, the revision has grown.
+  /// How a new menu differs from the one before. When `isLayout` is true, the revision has grown.
   struct Change {
     bool isLayout = false;          ///< Whether there are other items, or another order of them.
     std::vector<ItemChange> items;  ///< Changes of items that were there before.
     explicit operator bool() const { return isLayout || !items.empty(); }
   };
 
+  /// Takes over a new menu.
   Change update(const Menu& menu);
 
   [[nodiscard]] const std::vector<Entry>& entries() const { return entries_; }
@@ -47,8 +47,8 @@ class MenuLayout {
   [[nodiscard]] std::uint32_t revision() const { return revision_; }
   /// Null for a number that the menu does not hold now, and for the root.
   [[nodiscard]] const Entry* find(std::int32_t id) const;
-  /// The item that has or had this number, as it was last. Null for a number that was not given or
-  /// has been forgotten.
+  /// The item that has or had this number, as it was last. Null for a number that no item had, and
+  /// for an item that has been forgotten.
   [[nodiscard]] const MenuItem* recall(std::int32_t id) const;
 
  private:

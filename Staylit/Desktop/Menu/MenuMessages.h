@@ -11,8 +11,8 @@
 
 namespace staylit {
 
-/// The parts of messages of `com.canonical.dbusmenu`. Every function returns 0 or more, or a
-/// negative errno when the message takes no more.
+// Appends the parts of messages of `com.canonical.dbusmenu`. Every function returns 0 or more, or a
+// negative errno when the message takes no more.
 
 /// Appends a value as a variant.
 int appendVariant(sd_bus_message* message, const MenuPropertyValue& value);

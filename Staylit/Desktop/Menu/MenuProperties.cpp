@@ -5,7 +5,7 @@
 namespace staylit {
 namespace {
 
-/// No panel shows more than this, and a name that another program chose may be of any length.
+/// No panel shows a longer label, and a name that another program chose may have any length.
 constexpr std::size_t kLongestLabel = 200;
 
 /// A single underscore would make the letter after it the item's access key.

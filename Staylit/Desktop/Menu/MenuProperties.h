@@ -14,7 +14,7 @@ namespace staylit {
 /// The keys that are pressed together, as "Control" and "p".
 using MenuShortcut = std::vector<std::string>;
 
-/// The value of a property of a menu item. No other types occur.
+/// The value of a property of a menu item, in one of the types that occur.
 using MenuPropertyValue = std::variant<std::string, bool, std::int32_t, MenuShortcut>;
 
 struct MenuProperty {
@@ -27,13 +27,13 @@ struct MenuProperty {
 
 using MenuProperties = std::vector<MenuProperty>;
 
-/// What `com.canonical.dbusmenu` says of an item: only the properties that differ from their
-/// defaults. All texts are valid UTF-8, also where the item's are not.
+/// The properties of an item in `com.canonical.dbusmenu`, without those that have their default.
+/// All texts are valid UTF-8, even where the item's own are not.
 MenuProperties menuProperties(const MenuItem& item);
 /// The same for the root, which holds all items.
 MenuProperties rootMenuProperties();
 
-/// The value of a property that is not mentioned; absent for a property that does not exist.
+/// The default of a property; absent when there is no property of that name.
 std::optional<MenuPropertyValue> defaultMenuProperty(std::string_view name);
 
 }  // namespace staylit

@@ -10,8 +10,8 @@
 namespace staylit {
 namespace {
 
-/// This is longer than a click takes to become a request. A token of a click that asked for no
-/// window must not be used for a much later window.
+/// Longer than a click takes to become a request for a window. The token of a click that asked for
+/// no window must not serve a much later window.
 constexpr std::chrono::seconds kLifetime{10};
 
 struct Kept {

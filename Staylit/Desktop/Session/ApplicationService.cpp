@@ -110,7 +110,7 @@ ApplicationService::Claim ApplicationService::claim(const Request& request,
                                                     std::function<void()> leave) {
   for (int attempt = 0; attempt < 3; ++attempt) {
     const bool isConnected = bus_.connect() >= 0;
-    // Whoever finds the name must find the object as well.
+    // The object is offered before the name is taken: whoever finds the name must find the object.
     object_.offer();
     std::uint32_t outcome = 0;
     const BusReply reply =
@@ -134,7 +134,7 @@ ApplicationService::Claim ApplicationService::goOnBeside(const Request& request,
   if (!request.action.empty()) return Claim::second;
   leave_ = std::move(leave);
   keepName();
-  return Claim::besides;
+  return Claim::beside;
 }
 
 bool ApplicationService::findOwner() {

@@ -38,20 +38,22 @@ class ApplicationService {
 
   /// What a start of the program wants from the one that already runs in the session.
   struct Request {
-    std::string action;  ///< A name that `action` knows. Empty: the running one is to show itself.
-    bool isBackground = false;  ///< This start only wants that one runs, and asks for nothing.
+    /// A name that `action` knows. Empty when the running program is to show its window.
+    std::string action;
+    /// Whether this start only wants that some program runs. It then asks the running one nothing.
+    bool isBackground = false;
   };
 
   /// Which program has the name, as far as `claim` found out.
   enum class Claim {
-    first,    ///< This program has the name, or there is no session bus.
-    second,   ///< Another has the name and has been asked to do what this one was started for.
-    besides,  ///< Another has the name and does not answer; this one gets the name when it goes.
+    first,   ///< This program has the name, or there is no session bus.
+    second,  ///< Another program has the name and has been asked for what this start wants.
+    beside,  ///< Another program has the name and does not answer. This one gets it when that ends.
   };
   /// Takes the name, or passes the request to its owner and waits a few seconds at most for the
   /// answer. Only a start that wants nothing but to run goes on beside an owner that does not
-  /// answer. Should that owner answer after all, the loop calls `leave`, because there is to be
-  /// only one program. Call it once, before the loop runs.
+  /// answer. If that owner answers after all, the loop calls `leave`, because there is to be only
+  /// one program. Call it once, before the loop runs.
   Claim claim(const Request& request, std::function<void()> leave);
 
  private:

@@ -17,10 +17,10 @@ namespace staylit {
 /// is no logind. Main thread only; the loop must outlive it.
 class LoginSession {
  public:
-  /// Whether `unit` of the user's service manager is this program's own. That unit lives as long as
-  /// the manager wants, whatever sessions come and go.
+  /// Whether `unit` is this program's own unit of the user's service manager. That unit runs as
+  /// long as the manager wants, whatever sessions come and go.
   static bool outlivesSessions(std::string_view unit);
-  /// The same for the unit that this process runs in, if any.
+  /// Whether this process runs in that unit.
   static bool outlivesSessions();
 
   /// The graphical session that this process belongs to, if any.

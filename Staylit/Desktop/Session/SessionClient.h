@@ -8,9 +8,9 @@
 
 namespace staylit {
 
-/// The program as a client of the desktop's session manager (`org.gnome.SessionManager`). When the
-/// manager wants to end the session, the program never delays that. Does not connect the bus by
-/// itself. Main thread only; the bus must outlive it.
+/// The program as a client of the desktop's session manager (`org.gnome.SessionManager`). It agrees
+/// at once whenever the manager wants to end the session. It does not connect the bus by itself.
+/// Main thread only; the bus must outlive it.
 class SessionClient {
  public:
   /// The loop calls `end` when the session ends, or when its manager wants the program to end.

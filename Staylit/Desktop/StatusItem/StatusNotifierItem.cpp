@@ -9,7 +9,6 @@
 #include <vector>
 
 #include "Staylit/Desktop/Session/ActivationToken.h"
-#include "Staylit/Desktop/StatusItem/IconNames.h"
 #include "Staylit/Desktop/StatusItem/StatusPixmaps.h"
 #include "Tidewell/ForeignText.h"
 #include "Tidewell/Log.h"

@@ -17,7 +17,7 @@ namespace staylit {
 /// The status item on the session bus, as `org.kde.StatusNotifierItem`, with its menu.
 ///
 /// From the first `show` on, it registers with every `org.kde.StatusNotifierWatcher` that appears,
-/// and tries again when a watcher fails. Without a watcher it waits. Does not connect the bus by
+/// and tries again when a watcher fails. Without a watcher it waits. It does not connect the bus by
 /// itself. Main thread only; all arguments must outlive it.
 class StatusNotifierItem : public StatusItem {
  public:

@@ -9,7 +9,7 @@ namespace {
 // of them.
 #include "StatusPixmaps.inc"
 
-/// Has the same contrast, about 3.3 to 1, with white and with a usual dark panel.
+/// The contrast of this grey is the same, about 3.3 to 1, with white and with a usual dark panel.
 constexpr std::uint32_t kGrey = 0x8e8e8e;
 
 }  // namespace

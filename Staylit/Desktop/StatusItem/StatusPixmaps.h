@@ -6,7 +6,7 @@
 
 namespace staylit {
 
-/// A status symbol as opacities: one byte for each pixel, row by row. The build draws it.
+/// A status symbol, which the build draws: the opacity of each pixel in one byte, row by row.
 struct StatusPixmap {
   std::string_view symbol;  ///< The system symbol name.
   std::int32_t size;        ///< Width and height.

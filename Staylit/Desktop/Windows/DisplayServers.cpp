@@ -22,7 +22,7 @@ namespace {
 
 constexpr std::string_view kXSockets = "/tmp/.X11-unix/X";
 
-/// For the process that listens at the other end.
+/// Whether the process at the other end runs neither as this user nor as the administrator.
 bool isStranger(int socket) {
   ucred server{};
   socklen_t size = sizeof server;
@@ -38,7 +38,7 @@ std::string waylandSocket() {
   return folder ? std::string(folder) + "/" + display : "";
 }
 
-/// The name of the other end of a local connection; absent for a descriptor that is none.
+/// The name of the other end of a local connection; absent when `socket` is no such connection.
 std::optional<std::string> peerName(int socket) {
   sockaddr_un address{};
   socklen_t size = sizeof address;
@@ -69,8 +69,8 @@ DisplayListeners DisplayListeners::ofWayland() {
   return listeners;
 }
 
-/// Asks who listens at `path`, or at the address of that name that is no file. Whoever takes no
-/// connection now may take the next one, and so counts as a stranger.
+/// Asks who listens at `path`, which is a file, or an abstract address of that name. A server that
+/// takes no connection now may take the next one, so it counts as a stranger.
 void DisplayListeners::ask(const std::string& path, bool isAbstract) {
   sockaddr_un address{};
   address.sun_family = AF_UNIX;

@@ -7,25 +7,27 @@
 
 namespace staylit::windows {
 
-/// Tells who serves a display on this machine.
-///
-/// X servers also listen at an address that is no file and that nobody guards: once the address is
-/// free, any user may take it, and clients try it first. A display counts as ours when its server
-/// runs as this user or as the administrator. For displays of other machines, whoever sets DISPLAY
-/// is responsible. A server that takes no connection, so that its user cannot be seen, counts as a
-/// stranger.
+// Tells whether strangers serve a display on this machine.
+//
+// X servers listen at two addresses: a file, and an address that is no file and that nobody guards.
+// Any user may take the second one while it is free, and clients try it first. So a server counts
+// as a stranger unless it runs as this user or as the administrator. A server that takes no
+// connection counts as a stranger too, because its user cannot be seen. Whoever sets DISPLAY is
+// responsible for displays of other machines.
 
-/// The servers that listen where a client of a display would connect. They get no message.
+/// Connections to the servers that listen where a client of a display would connect. No message is
+/// sent over them.
 ///
-/// The connections stay open as long as this object lives. Let it live until the client has its own
+/// They stay open as long as this object lives. Let it live until the client has its own
 /// connection: a busy X server that sees one connection close may close the next one with it.
 class DisplayListeners {
  public:
-  /// `display` as DISPLAY names it (":0").
+  /// `display` has the form of DISPLAY (":0").
   explicit DisplayListeners(const std::string& display);
   /// The same for the Wayland display that WAYLAND_DISPLAY names.
   static DisplayListeners ofWayland();
 
+  /// Whether one of the servers is a stranger.
   [[nodiscard]] bool areStrangers() const { return areStrangers_; }
 
  private:
@@ -36,7 +38,7 @@ class DisplayListeners {
   std::vector<platform::Descriptor> connections_;
 };
 
-/// Whether this process has a connection to a stranger's display.
+/// Whether this process has a connection to a display that a stranger serves.
 [[nodiscard]] bool isServedByStrangers();
 
 }  // namespace staylit::windows

@@ -7,8 +7,8 @@
 
 namespace staylit::windows {
 
-/// The size of a window's content that should have the size `wanted`, on a screen with `room` for
-/// windows. It is smaller only where `wanted` would not fit, and the title bar then stays in sight.
+/// The size of a window's content on a screen with `room` for windows: `wanted`, or what of it fits
+/// so that the title bar stays in sight.
 QSize fittingSize(QSize wanted, QSize room);
 
 /// A window with a title and a close button, of one size. Escape and Ctrl+W close it; closing only
@@ -20,8 +20,8 @@ class FixedWindow : public QWidget {
   /// Fills the window with the widget, and takes the widget over.
   void setContent(QWidget* content);
 
-  /// Called on Escape before the window closes; returns true when there was something smaller to
-  /// undo.
+  /// `onEscape` is called when the user presses Escape. When it returns true, it has undone
+  /// something smaller, and the window stays open.
   void setOnEscape(std::function<bool()> onEscape) { onEscape_ = std::move(onEscape); }
 
  protected:

@@ -29,7 +29,7 @@ bool isFor(const QPluginLoader& plugin, const QString& platform) {
   return data.toObject().value(QLatin1String("Keys")).toArray().contains(platform);
 }
 
-/// The plugin is also loaded: a plugin of which a library is missing is of no use.
+/// Whether Qt has a plugin for the platform that can be loaded: it may lack a library.
 bool hasPlugin(const QString& platform) {
   for (const QString& folder : pluginFolders()) {
     for (const QFileInfo& file : QDir(folder).entryInfoList({QStringLiteral("*.so")})) {
@@ -40,8 +40,8 @@ bool hasPlugin(const QString& platform) {
   return false;
 }
 
-// The libraries that speak with displays come with Qt's plugins. So they are there exactly when
-// they are needed, and are looked up at run time.
+// The libraries that speak with displays come with Qt's plugins and not with Qt, so they are looked
+// up at run time.
 
 std::shared_ptr<void> connectToX() {
   QLibrary xcb(QStringLiteral("xcb"), 1);
@@ -76,13 +76,13 @@ bool isWayland(const QString& platform) {
   return platform.startsWith(QLatin1String("wayland"));
 }
 
-/// Empty for a platform that draws without a display of somebody else.
+/// No listeners for a platform that needs no display server.
 DisplayListeners listenersOf(const QString& platform) {
   if (isWayland(platform)) return DisplayListeners::ofWayland();
   return DisplayListeners(isX(platform) ? qEnvironmentVariable("DISPLAY").toStdString() : "");
 }
 
-/// Does the same as `choosePlatform` for one candidate, which is given with its options.
+/// As `choosePlatform`, for one candidate with its options.
 std::optional<ChosenPlatform> attempt(const QString& candidate) {
   const QString name = candidate.section(':', 0, 0);
   if (!hasPlugin(name)) {
@@ -98,13 +98,13 @@ std::optional<ChosenPlatform> attempt(const QString& candidate) {
   ChosenPlatform found{candidate.toStdString(), nullptr};
   if (isX(name)) found.connection = connectToX();
   if (isWayland(name)) found.connection = connectToWayland();
-  // Other platforms draw without a display of somebody else, and are only used when asked for.
+  // All other platforms need no display server.
   if (found.connection || !(isX(name) || isWayland(name))) return found;
   qWarning("Staylit: cannot connect to the display (%s)", qPrintable(name));
   return std::nullopt;
 }
 
-/// The names are given as Qt takes them, with options after a colon.
+/// The platforms to try, by Qt's names, which may have options after a colon.
 QStringList candidates() {
   const QString wanted = qEnvironmentVariable("QT_QPA_PLATFORM");
   if (!wanted.isEmpty()) return wanted.split(';', Qt::SkipEmptyParts);

@@ -12,7 +12,7 @@ namespace staylit::windows {
 /// positions have no effect.
 class QtWindow : public Window {
  public:
-  /// `key` is the window that was brought to the front last. The pointer must outlive this window.
+  /// This window sets `key` to itself when it is brought to the front. `key` must outlive it.
   QtWindow(std::unique_ptr<FixedWindow> window, QPointer<FixedWindow>& key);
 
   void setFrameOrigin(Point origin) override;

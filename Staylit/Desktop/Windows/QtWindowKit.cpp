@@ -40,13 +40,13 @@ QtWindowKit::QtWindowKit(DrivenLoop loop, std::string platform)
       arguments_{programName, platformOption, platform_.data(), nullptr},
       argumentCount_(static_cast<int>(arguments_.size()) - 1),
       application_(makeApplication(argumentCount_, arguments_.data())) {
-  // There is no display name, because Qt would append it to every title.
+  // The application gets no display name, because Qt would append it to every title.
   QCoreApplication::setApplicationName(QStringLiteral("Staylit"));
   QGuiApplication::setDesktopFileName(QStringLiteral("com.staylit.app"));
-  // Whatever Qt sees come and go, it must not end the program.
+  // Qt must not end the program when the last window closes.
   QGuiApplication::setQuitOnLastWindowClosed(false);
   QCoreApplication::setQuitLockEnabled(false);
-  // Whether the program starts with the next session is a setting of the program.
+  // The program's own setting decides whether it starts with the next session.
   const auto neverRestart = [](QSessionManager& manager) {
     manager.setRestartHint(QSessionManager::RestartNever);
   };
@@ -63,7 +63,7 @@ void QtWindowKit::run() {
   QSocketNotifier readable(loop_.descriptor, QSocketNotifier::Read);
   QObject context;
   QObject::connect(&readable, &QSocketNotifier::activated, &context, [this] { pump(); });
-  // The descriptor does not tell of work that a window's event handler scheduled.
+  // The descriptor does not become readable for work that a window's event handler scheduled.
   QObject::connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::aboutToBlock,
                    &context, [this] { pump(); });
   pump();

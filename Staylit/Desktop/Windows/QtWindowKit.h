@@ -14,7 +14,7 @@ namespace staylit::windows {
 /// The windows on Qt. Main thread only; one kit in a process.
 ///
 /// When the connection to the display breaks, Qt ends the process with status 1, and nobody can
-/// prevent it. The system then gives back what the program holds.
+/// prevent that. All holds end with the process.
 class QtWindowKit : public WindowKit {
  public:
   /// `platform` is the name of a Qt platform that is known to work here: with any other, Qt ends

@@ -8,7 +8,7 @@
 extern "C" __attribute__((visibility("default"))) staylit::WindowKit* STAYLIT_OF_THIS_BUILD(
     staylitMakeWindowKit)(const staylit::DrivenLoop& loop, const std::string& platform) {
   auto kit = std::make_unique<staylit::windows::QtWindowKit>(loop, platform);
-  // Since the trial, somebody else may have taken the display's address.
+  // Somebody else may have taken the display's address since the trial.
   return staylit::windows::isServedByStrangers() ? nullptr : kit.release();
 }
 

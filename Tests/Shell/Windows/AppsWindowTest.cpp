@@ -75,7 +75,7 @@ class AppsWindowTest : public WindowsTest {
   /// The keyboard is in the list, on this application.
   void standOn(const std::string& id) {
     list().setFocus(Qt::TabFocusReason);
-    list().goTo(row(id));
+    list().putKeyboardOn(row(id));
   }
   void work(const std::vector<BusyApp>& apps) {
     engine->busyApps().set(apps);

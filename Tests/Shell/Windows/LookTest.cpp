@@ -10,7 +10,6 @@
 
 #include "Staylit/AppsView.h"
 #include "Staylit/Desktop/Windows/FixedWindow.h"
-#include "Staylit/Desktop/Windows/Parts/Fonts.h"
 #include "Staylit/Desktop/Windows/Parts/Shades.h"
 #include "Staylit/Desktop/Windows/Parts/Symbols.h"
 #include "Staylit/Desktop/Windows/Parts/TextLabel.h"

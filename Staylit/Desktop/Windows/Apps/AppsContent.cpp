@@ -2,10 +2,11 @@
 
 #include <QHBoxLayout>
 #include <QKeyEvent>
+#include <QPainter>
 #include <QShortcut>
 #include <QVBoxLayout>
 
-#include "Staylit/Desktop/Windows/Parts/Divider.h"
+#include "Staylit/Desktop/Windows/Parts/Shades.h"
 #include "Staylit/Desktop/Windows/Parts/Texts.h"
 
 namespace staylit::windows {
@@ -15,6 +16,17 @@ constexpr int kPadding = 16;
 constexpr int kHeaderSpacing = 9;
 constexpr int kFooterMargin = 11;
 constexpr int kButtonPadding = 8;
+
+/// A hairline across the window.
+class Divider : public QWidget {
+ public:
+  explicit Divider(QWidget* parent) : QWidget(parent) { setFixedHeight(1); }
+
+ protected:
+  void paintEvent(QPaintEvent*) override {
+    QPainter(this).fillRect(rect(), lineColor(Surface::window(palette())));
+  }
+};
 
 }  // namespace
 
@@ -112,7 +124,7 @@ bool AppsContent::eventFilter(QObject* watched, QEvent* event) {
   // The Down key leads from the search to the first application.
   if (watched == &search_->edit() && event->type() == QEvent::KeyPress &&
       static_cast<QKeyEvent*>(event)->key() == Qt::Key_Down) {
-    list_->goToFirst();
+    list_->putKeyboardOnFirst();
     list_->setFocus(Qt::OtherFocusReason);
     return true;
   }

@@ -16,7 +16,7 @@ class AppsContent : public QWidget {
  public:
   AppsContent(AppsView& view, QWidget* parent);
 
-  /// Returns whether there was anything to clear.
+  /// Empties the search. Returns whether there was a search text.
   bool clearSearch();
 
  protected:

@@ -5,9 +5,9 @@
 #include <QStyle>
 #include <algorithm>
 
-#include "Staylit/Desktop/Windows/Parts/Fonts.h"
 #include "Staylit/Desktop/Windows/Parts/Shades.h"
 #include "Staylit/Desktop/Windows/Parts/Symbols.h"
+#include "Staylit/Desktop/Windows/Parts/TextLabel.h"
 #include "Staylit/Desktop/Windows/Parts/Texts.h"
 
 namespace staylit::windows {
@@ -92,7 +92,7 @@ int lineHeight(const QStyleOptionViewItem& option, const AppsLine& line) {
 
 }  // namespace
 
-/// Where and how a line is drawn. The rectangles are those of a script that runs to the right.
+/// Where and how a line is drawn. All rectangles are given for a script that runs to the right.
 struct AppsDelegate::Canvas {
   QPainter& painter;
   const QStyleOptionViewItem& option;

@@ -9,7 +9,7 @@
 namespace staylit::windows {
 namespace {
 
-bool isChoice(const QKeyEvent& event) {
+bool choosesApplication(const QKeyEvent& event) {
   switch (event.key()) {
     case Qt::Key_Return:
     case Qt::Key_Enter:
@@ -39,29 +39,29 @@ AppsList::AppsList(QWidget* parent)
 }
 
 void AppsList::showSections(const std::vector<AppsView::Section>& sections) {
-  const AppsAnchors before = anchors();
+  const AppsAnchors before = visibleApplications();
   if (!model_->show(sections)) return;
   doItemsLayout();
-  holdFast(before);
-  leaveHeading();
+  scrollBackTo(before);
+  takeKeyboardOffHeading();
   viewport()->update();
 }
 
-AppsAnchors AppsList::anchors() const {
-  AppsAnchors found;
-  // At the top the user wants to see what appears there.
-  if (verticalScrollBar()->value() == 0) return found;
+AppsAnchors AppsList::visibleApplications() const {
+  AppsAnchors visible;
+  // While the list is at its top, the user wants to see what appears there.
+  if (verticalScrollBar()->value() == 0) return visible;
   for (int row = 0; row < model_->rowCount(); ++row) {
     const QModelIndex index = model_->index(row);
     const QRect place = visualRect(index);
     if (!model_->isEntry(index) || place.top() < 0) continue;
     if (place.top() > viewport()->height()) break;
-    found.add(model_->line(index), place.top());
+    visible.add(model_->line(index), place.top());
   }
-  return found;
+  return visible;
 }
 
-void AppsList::holdFast(const AppsAnchors& anchors) {
+void AppsList::scrollBackTo(const AppsAnchors& anchors) {
   const auto place = anchors.firstUnmoved(model_->lines());
   if (!place) return;
   const QModelIndex index = model_->index(static_cast<int>(place->row));
@@ -69,25 +69,25 @@ void AppsList::holdFast(const AppsAnchors& anchors) {
   bar->setValue(bar->value() + visualRect(index).top() - static_cast<int>(place->top));
 }
 
-void AppsList::leaveHeading() {
+void AppsList::takeKeyboardOffHeading() {
   const QModelIndex current = currentIndex();
   if (!current.isValid() || model_->isEntry(current)) return;
   const QModelIndex below = model_->nextEntry(current.row(), 1);
   setCurrentIndex(below.isValid() ? below : model_->nextEntry(current.row(), -1));
 }
 
-void AppsList::goTo(const QModelIndex& index) {
+void AppsList::putKeyboardOn(const QModelIndex& index) {
   if (!index.isValid()) return;
   setCurrentIndex(index);
-  // The heading of a section is scrolled into sight together with the section's first application.
+  // The heading of a section comes into sight together with the section's first application.
   const QModelIndex above = model_->index(index.row() - 1);
   if (above.isValid() && !model_->isEntry(above)) scrollTo(above);
   scrollTo(index);
 }
 
 QModelIndex AppsList::hovered() const {
-  if (!mouse_) return {};
-  const QModelIndex index = indexAt(*mouse_);
+  if (!mousePosition_) return {};
+  const QModelIndex index = indexAt(*mousePosition_);
   return model_->isEntry(index) ? index : QModelIndex();
 }
 
@@ -110,10 +110,10 @@ QModelIndex AppsList::moveCursor(CursorAction action, Qt::KeyboardModifiers) {
       next = model_->nextEntry(model_->rowCount() - 1, -1);
       break;
     case MovePageUp:
-      next = pageFrom(-1);
+      next = entryOnePageAway(-1);
       break;
     case MovePageDown:
-      next = pageFrom(1);
+      next = entryOnePageAway(1);
       break;
     case MoveLeft:
     case MoveRight:
@@ -122,17 +122,17 @@ QModelIndex AppsList::moveCursor(CursorAction action, Qt::KeyboardModifiers) {
   return next.isValid() ? next : currentIndex();
 }
 
-QModelIndex AppsList::pageFrom(int pages) const {
+QModelIndex AppsList::entryOnePageAway(int direction) const {
   const QRect place = visualRect(currentIndex());
   const int step = std::max(1, viewport()->height() - place.height());
-  const QModelIndex there = indexAt(place.center() + QPoint(0, pages * step));
+  const QModelIndex there = indexAt(place.center() + QPoint(0, direction * step));
   const int last = model_->rowCount() - 1;
-  const int landing = there.isValid() ? there.row() : (pages > 0 ? last : 0);
-  const QModelIndex next = model_->nextEntry(landing, -pages);
-  // Where little is visible, a heading may be all that lies in between.
+  const int landing = there.isValid() ? there.row() : (direction > 0 ? last : 0);
+  const QModelIndex next = model_->nextEntry(landing, -direction);
+  // Where little is visible, a heading may be all that lies between the two rows.
   const int row = currentIndex().row();
-  const bool isBeyond = next.isValid() && (pages > 0 ? next.row() > row : next.row() < row);
-  return isBeyond ? next : model_->nextEntry(row + pages, pages);
+  const bool isBeyond = next.isValid() && (direction > 0 ? next.row() > row : next.row() < row);
+  return isBeyond ? next : model_->nextEntry(row + direction, direction);
 }
 
 void AppsList::initViewItemOption(QStyleOptionViewItem* option) const {
@@ -141,23 +141,23 @@ void AppsList::initViewItemOption(QStyleOptionViewItem* option) const {
 }
 
 void AppsList::keyPressEvent(QKeyEvent* event) {
-  // Otherwise the list would take the key for a search by letters.
+  // The window closes on this key, which the list would take for a letter to search for.
   if (event->matches(QKeySequence::Cancel)) return event->ignore();
-  byKeyboard_ = true;
-  if (isChoice(*event)) {
+  usesKeyboard_ = true;
+  if (choosesApplication(*event)) {
     // A key that is held down must not empty the list.
     if (!event->isAutoRepeat()) choose(currentIndex());
     return;
   }
   const QModelIndex before = currentIndex();
   QListView::keyPressEvent(event);
-  if (currentIndex() != before) goTo(currentIndex());
+  if (currentIndex() != before) putKeyboardOn(currentIndex());
   viewport()->update();
 }
 
 void AppsList::mousePressEvent(QMouseEvent* event) {
-  byKeyboard_ = false;
-  mouse_ = event->position().toPoint();
+  usesKeyboard_ = false;
+  mousePosition_ = event->position().toPoint();
   if (event->button() == Qt::LeftButton) {
     pressed_ = hovered();
     if (pressed_.isValid()) setCurrentIndex(pressed_);
@@ -166,12 +166,12 @@ void AppsList::mousePressEvent(QMouseEvent* event) {
 }
 
 void AppsList::mouseMoveEvent(QMouseEvent* event) {
-  mouse_ = event->position().toPoint();
+  mousePosition_ = event->position().toPoint();
   viewport()->update();
 }
 
 void AppsList::mouseReleaseEvent(QMouseEvent* event) {
-  mouse_ = event->position().toPoint();
+  mousePosition_ = event->position().toPoint();
   if (event->button() != Qt::LeftButton) return;
   const QModelIndex pressed = pressed_;
   pressed_ = QModelIndex();
@@ -180,14 +180,13 @@ void AppsList::mouseReleaseEvent(QMouseEvent* event) {
 }
 
 void AppsList::mouseDoubleClickEvent(QMouseEvent* event) {
-  // The first click has put another application under the mouse, and the user did not mean that
-  // one.
+  // The first click has put another application under the mouse, which the user did not mean.
   event->accept();
 }
 
 void AppsList::leaveEvent(QEvent* event) {
   QListView::leaveEvent(event);
-  mouse_.reset();
+  mousePosition_.reset();
   viewport()->update();
 }
 
@@ -200,19 +199,19 @@ void AppsList::focusInEvent(QFocusEvent* event) {
     case Qt::PopupFocusReason:
       return;
     default:
-      byKeyboard_ = true;
+      usesKeyboard_ = true;
   }
-  if (byKeyboard_ && !model_->isEntry(currentIndex())) goToFirst();
+  if (usesKeyboard_ && !model_->isEntry(currentIndex())) putKeyboardOnFirst();
 }
 
 void AppsList::paintEvent(QPaintEvent* event) {
   const QModelIndex under = hovered();
   const bool isPressed = pressed_.isValid() && pressed_ == under;
-  const bool showsPlace = byKeyboard_ && hasFocus();
+  const bool showsKeyboard = usesKeyboard_ && hasFocus();
   // While a mouse button is down, no other row responds.
   delegate_->setFeedback({pressed_.isValid() ? QModelIndex() : under,
                           isPressed ? under : QModelIndex(),
-                          showsPlace ? currentIndex() : QModelIndex()});
+                          showsKeyboard ? currentIndex() : QModelIndex()});
   QListView::paintEvent(event);
 }
 
@@ -225,13 +224,13 @@ void AppsList::scrollContentsBy(int dx, int dy) {
 void AppsList::choose(const QModelIndex& index) {
   if (!model_->isEntry(index) || !onChoose_) return;
   const std::string id = model_->line(index).id;
-  const QPersistentModelIndex next = successor(index);
+  const QPersistentModelIndex next = nextAfter(index);
   onChoose_(id);
   if (!next.isValid()) return;
-  byKeyboard_ ? goTo(next) : setCurrentIndex(next);
+  usesKeyboard_ ? putKeyboardOn(next) : setCurrentIndex(next);
 }
 
-QModelIndex AppsList::successor(const QModelIndex& index) const {
+QModelIndex AppsList::nextAfter(const QModelIndex& index) const {
   const std::size_t section = model_->line(index).section;
   for (const int step : {1, -1}) {
     const QModelIndex next = model_->nextEntry(index.row() + step, step);

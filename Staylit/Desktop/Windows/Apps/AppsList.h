@@ -23,15 +23,16 @@ class AppsList : public QListView {
     onChoose_ = std::move(onChoose);
   }
 
-  /// Keeps the rows on the screen where they are, and the keyboard on its row.
+  /// Keeps the rows on the screen in their places, and the keyboard on its application.
   void showSections(const std::vector<AppsView::Section>& sections);
 
-  /// Puts the keyboard on an application and scrolls to the application.
-  void goTo(const QModelIndex& index);
-  void goToFirst() { goTo(model_->nextEntry(0, 1)); }
+  /// Puts the keyboard on an application and scrolls it into sight. Does nothing for an invalid
+  /// index.
+  void putKeyboardOn(const QModelIndex& index);
+  void putKeyboardOnFirst() { putKeyboardOn(model_->nextEntry(0, 1)); }
 
   [[nodiscard]] const AppsModel& apps() const { return *model_; }
-  /// The row under the mouse, if that row can be chosen.
+  /// The application under the mouse; invalid when there is none.
   [[nodiscard]] QModelIndex hovered() const;
 
  protected:
@@ -48,22 +49,23 @@ class AppsList : public QListView {
   void scrollContentsBy(int dx, int dy) override;
 
  private:
-  [[nodiscard]] AppsAnchors anchors() const;
-  void holdFast(const AppsAnchors& anchors);
-  [[nodiscard]] QModelIndex pageFrom(int pages) const;
+  /// The applications in sight, and where; none while the list is at its top.
+  [[nodiscard]] AppsAnchors visibleApplications() const;
+  void scrollBackTo(const AppsAnchors& anchors);
+  void takeKeyboardOffHeading();
+  /// The application about one page below the keyboard's; above it for a `direction` of -1.
+  [[nodiscard]] QModelIndex entryOnePageAway(int direction) const;
   void choose(const QModelIndex& index);
-  /// The application that takes the place of one that leaves its section.
-  [[nodiscard]] QModelIndex successor(const QModelIndex& index) const;
-  void leaveHeading();
+  /// The application on which the keyboard goes on when the one at `index` leaves its section.
+  [[nodiscard]] QModelIndex nextAfter(const QModelIndex& index) const;
 
-  // Both are children of the list, so that they outlive the calls that the list makes while it is
-  // destroyed.
+  // The list is the parent of both, because it still calls them while it is destroyed.
   AppsModel* model_;
   AppsDelegate* delegate_;
   std::function<void(const std::string& id)> onChoose_;
-  std::optional<QPoint> mouse_;
-  QPersistentModelIndex pressed_;
-  bool byKeyboard_ = false;  ///< Whether the user used the keyboard last, so that its row is shown.
+  std::optional<QPoint> mousePosition_;  ///< Absent while the mouse is elsewhere.
+  QPersistentModelIndex pressed_;  ///< Where the mouse button went down; invalid while it is up.
+  bool usesKeyboard_ = false;      ///< Whether the user used the keyboard last and not the mouse.
 };
 
 }  // namespace staylit::windows

@@ -89,7 +89,7 @@ QVariant AppsModel::data(const QModelIndex& index, int role) const {
   const AppsLine& line = this->line(index);
   const bool entry = line.kind == Kind::entry;
   switch (role) {
-    // Only applications have this text, because typing letters in the list searches it.
+    // Only applications have this text: it is what the letters that a user types are compared with.
     case Qt::DisplayRole:
       return entry ? QVariant(qt(line.text)) : QVariant();
     case Qt::ToolTipRole:

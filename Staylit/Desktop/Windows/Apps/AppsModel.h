@@ -14,7 +14,7 @@ class AppsModel : public QAbstractListModel {
  public:
   using QAbstractListModel::QAbstractListModel;
 
-  /// Returns whether anything changed.
+  /// Goes over to the lines of `sections`. Returns whether anything changed.
   bool show(const std::vector<AppsView::Section>& sections);
 
   [[nodiscard]] const AppsLine& line(const QModelIndex& index) const {
@@ -22,7 +22,7 @@ class AppsModel : public QAbstractListModel {
   }
   /// Whether the line is an application, which can be chosen.
   [[nodiscard]] bool isEntry(const QModelIndex& index) const;
-  /// Invalid when there is no such application.
+  /// The line of the application `id`; invalid when there is none.
   [[nodiscard]] QModelIndex indexOf(const std::string& id) const;
   [[nodiscard]] const AppsLines& lines() const { return lines_; }
 

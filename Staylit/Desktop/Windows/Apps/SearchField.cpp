@@ -27,7 +27,7 @@ SearchField::SearchField(const AppsView::Header& texts, QWidget* parent)
   auto* layout = new QHBoxLayout(this);
   layout->setContentsMargins(kFieldPadding, kFieldPadding, kFieldPadding, kFieldPadding);
   layout->setSpacing(kSpacing);
-  // A layout adds no space of its own beside a fixed space.
+  // The spacing is added here, because a layout adds none beside a fixed space.
   layout->addSpacing(kSymbol + kSpacing);
   layout->addWidget(edit_);
   layout->addWidget(clear_);

@@ -11,7 +11,7 @@ constexpr double kTertiaryShare = 0.58;
 constexpr double kFaintShare = 0.42;
 constexpr double kLineShare = 0.14;
 constexpr double kDarkCardShare = 0.06;
-/// In the search for a legible colour.
+/// How many colours the search for a legible one tries.
 constexpr int kSteps = 25;
 
 double linear(double channel) {

@@ -5,7 +5,7 @@
 
 namespace staylit::windows {
 
-/// The grounds for text and symbols, in the colours of the desktop's own palette.
+/// A ground for text and symbols, in the colours of the desktop's own palette.
 struct Surface {
   QColor background;
   QColor text;
@@ -36,11 +36,11 @@ QColor mixed(const QColor& top, const QColor& bottom, double share);
 QColor legible(const QColor& wanted, const QColor& background, double ratio);
 
 QColor textColor(Tone tone, const Surface& surface);
-/// A sign whose meaning is also said in words.
+/// The colour of a sign whose meaning is also said in words.
 QColor faintSignColor(const Surface& surface);
-/// The dot that marks an application that works.
+/// The colour of the dot that marks an application that works.
 QColor workingColor(const Surface& surface);
-/// A hairline between two parts.
+/// The colour of a hairline between two parts.
 QColor lineColor(const Surface& surface);
 
 }  // namespace staylit::windows

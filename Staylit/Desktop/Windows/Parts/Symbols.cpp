@@ -42,8 +42,10 @@ void draw(QPainter& painter, const QString& name, const QRectF& frame, const QCo
   if (picture.isNull()) return;
   QRectF place(0, 0, side, side);
   place.moveCenter(frame.center());
-  // A picture off the pixel grid would be blurred.
-  painter.drawPixmap(place.topLeft().toPoint(), picture);
+  // A picture off the pixel grid would be blurred, and a point may be a part of a pixel.
+  const QTransform toPixels = painter.deviceTransform();
+  const QPointF corner = toPixels.map(place.topLeft());
+  painter.drawPixmap(toPixels.inverted().map(QPointF(corner.toPoint())), picture);
 }
 
 QPixmap pixmap(const QString& name, int side, const QColor& color, qreal pixelRatio) {

@@ -4,6 +4,40 @@
 #include <QEvent>
 
 namespace staylit::windows {
+namespace {
+
+constexpr double kCallout = 0.94;
+constexpr double kCaption = 0.86;
+constexpr double kSmallCaption = 0.82;
+
+QFont scaled(QFont font, double factor) {
+  // A desktop gives its font either in points or in pixels.
+  if (font.pointSizeF() > 0) {
+    font.setPointSizeF(font.pointSizeF() * factor);
+  } else {
+    font.setPixelSize(qRound(font.pixelSize() * factor));
+  }
+  return font;
+}
+
+}  // namespace
+
+QFont styled(QFont base, TextStyle style) {
+  switch (style) {
+    case TextStyle::headline:
+      base.setWeight(QFont::DemiBold);
+      return base;
+    case TextStyle::body:
+      return base;
+    case TextStyle::callout:
+      return scaled(base, kCallout);
+    case TextStyle::caption:
+      return scaled(base, kCaption);
+    case TextStyle::smallCaption:
+      return scaled(base, kSmallCaption);
+  }
+  return base;
+}
 
 TextLabel::TextLabel(TextStyle style, Tone tone, Ground ground, QWidget* parent)
     : QLabel(parent), style_(style), tone_(tone), ground_(ground) {
@@ -14,7 +48,7 @@ TextLabel::TextLabel(TextStyle style, Tone tone, Ground ground, QWidget* parent)
 }
 
 bool TextLabel::event(QEvent* event) {
-  // This event does not come as a change event.
+  // Qt does not pass this event to `changeEvent`.
   if (event->type() == QEvent::ApplicationFontChange) followFont();
   return QLabel::event(event);
 }

@@ -2,10 +2,14 @@
 
 #include <QLabel>
 
-#include "Staylit/Desktop/Windows/Parts/Fonts.h"
 #include "Staylit/Desktop/Windows/Parts/Shades.h"
 
 namespace staylit::windows {
+
+enum class TextStyle { headline, body, callout, caption, smallCaption };
+
+/// The font of a style of text, made from `base`, which is the desktop's own.
+QFont styled(QFont base, TextStyle style);
 
 enum class Ground { window, card };
 

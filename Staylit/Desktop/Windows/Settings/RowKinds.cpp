@@ -39,7 +39,8 @@ ToggleRow::ToggleRow(const SettingsView::Row& row, SetOn setOn, QWidget* parent)
 }
 
 void ToggleRow::reachIntoMargins(bool hasNotes) {
-  // The room for the switch's ring is taken from the margins, so that rows of all kinds look alike.
+  // The margins give room to the switch's ring, so that rows of all kinds have the same
+  // spacing.
   QMargins margins = column().contentsMargins() - QMargins(0, Switch::kRing, Switch::kRing, 0);
   if (!hasNotes) margins.setBottom(margins.bottom() - Switch::kRing);
   column().setContentsMargins(margins);

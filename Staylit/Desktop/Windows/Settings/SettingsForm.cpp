@@ -28,7 +28,7 @@ void SettingsForm::show(const std::vector<SettingsView::Section>& sections) {
   if (!fits(sections)) build(sections);
   std::size_t next = 0;
   for (const SettingsView::Section& section : sections) {
-    // All rows are shown: a switch that the user flipped may have to go back.
+    // Also a row that has not changed is shown again: its switch may have to flip back.
     for (const SettingsView::Row& row : section.rows)
       rows_[next++]->show(row);
   }

@@ -14,7 +14,7 @@ class SettingsForm : public QWidget {
  public:
   SettingsForm(SettingsRow::Actions actions, QWidget* parent);
 
-  /// Changes only what differs. The keyboard stays where it is.
+  /// Makes new widgets only where the rows are others. Otherwise the keyboard stays where it is.
   void show(const std::vector<SettingsView::Section>& sections);
 
   /// The row of a control; null when the form has none.

@@ -26,7 +26,7 @@ int StepSlider::onStep(int value) const {
 
 void StepSlider::settle(int value) {
   const int settled = onStep(value);
-  // This function is called again with a value that stays.
+  // Setting the value calls this function again, with a value that stays.
   if (settled != value) return setValue(settled);
   if (onChange_) onChange_(value);
 }

@@ -13,10 +13,10 @@ class StepSlider : public QSlider {
  public:
   explicit StepSlider(QWidget* parent = nullptr);
 
-  /// Shows what the view says, without calling anybody.
+  /// Shows `slider` without calling `onChange`.
   void show(const SettingsView::Slider& slider);
 
-  /// Called with every new value that the user chooses, even while the user still holds the handle.
+  /// `onChange` is called with every new value, even while the user still holds the handle.
   void setOnChange(std::function<void(int value)> onChange) { onChange_ = std::move(onChange); }
 
  protected:
