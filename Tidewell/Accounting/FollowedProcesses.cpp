@@ -28,7 +28,6 @@ void FollowedProcesses::read(std::span<const std::int32_t> pids,
     readAll(ascending, applications);
   }
   findReapedMeanwhile();
-  findReplaced();
   removeEnded();
   isPrimed_ = true;
   cursor_ = 0;
@@ -114,18 +113,6 @@ void FollowedProcesses::noteUnread(FollowedProcess& process, const ResourceUsage
   process.reapedSome = false;
   process.unread = true;
   process.ended = isAnother || !table_.isAlive(process.pid);
-}
-
-/// Of one that cannot be read the start time may not be told either. Only the death of its parent
-/// gives a process another; so if the parent lives, the number is another process's.
-void FollowedProcesses::findReplaced() {
-  for (FollowedProcess& process : living_) {
-    if (!process.unread || process.ended) continue;
-    const FollowedProcess* parent = findProcess(living_, process.parent);
-    if (!parent || parent->unread || parent->ended) continue;
-    const std::int32_t now = table_.parent(process.pid);
-    process.ended = now != 0 && now != process.parent;
-  }
 }
 
 /// A child that was listed may have been reaped before its parent was read. What had been seen of

@@ -54,7 +54,6 @@ class FollowedProcesses {
   [[nodiscard]] Relation relationOf(const FollowedProcess& process);
   void noteUnread(FollowedProcess& process, const ResourceUsage& usage);
   void miss(FollowedProcess& process);
-  void findReplaced();
   void findReapedMeanwhile();
   std::vector<std::int32_t> endChildrenOf(const std::vector<std::int32_t>& parents);
   void removeEnded();

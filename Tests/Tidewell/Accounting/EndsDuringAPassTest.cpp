@@ -146,24 +146,6 @@ TEST_P(EndsAfterReaping, ItsLastChildIsFoundWithWhoReapedThemBoth) {
 
 INSTANTIATE_TEST_SUITE_P(WithAndWithoutItsNumber, EndsAfterReaping, testing::Bool());
 
-TEST_F(EndsDuringAPassTest, AProcessIsNoOtherBecauseItsParentEndedWhileItCouldNotBeRead) {
-  const auto shell = kernel.spawn(1, "/bin/sh");
-  const auto make = kernel.spawn(1, "/bin/make");
-  kernel.processes.at(shell).parent = make;
-  const auto job = kernel.spawn(shell, "/bin/job");
-  kernel.work(job, 5, 50);
-  pass();
-  kernel.processes.at(job).hidden = true;
-  kernel.work(shell, 1);
-  endBeforeReading(make, {shell});
-  pass();
-  ASSERT_EQ(kernel.parent(job), 1) << "inherited during the pass";
-  kernel.processes.at(job).hidden = false;
-  pass();
-  EXPECT_EQ(total, charged());
-  EXPECT_EQ(counted["job"], (Usage{5, 50}));
-}
-
 TEST_F(EndsDuringAPassTest, CountsAWorkerOnceThatEndsWithSixtyThreeShellsAboveIt) {
   const auto make = kernel.spawn(1, "/bin/make");
   std::vector<std::int32_t> chain;

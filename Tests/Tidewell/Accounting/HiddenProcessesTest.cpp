@@ -19,12 +19,9 @@ class HiddenProcessesTest : public ConservedTable {
   }
 };
 
-// A number that goes over to one that cannot be read.
+// A hidden process gets the number of a process that ended.
 
-class GivenOutAgain : public HiddenProcessesTest, public testing::WithParamInterface<bool> {};
-
-TEST_P(GivenOutAgain, AProcessWhoseNumberAHiddenOneHasNowHasEnded) {
-  kernel.tellsStart = GetParam();
+TEST_F(HiddenProcessesTest, AProcessWhoseNumberAHiddenOneHasNowHasEnded) {
   const auto shell = kernel.spawn(1, "/bin/sh");
   const auto job = kernel.spawn(shell, "/bin/job");
   kernel.work(job, 5, 50);
@@ -38,26 +35,7 @@ TEST_P(GivenOutAgain, AProcessWhoseNumberAHiddenOneHasNowHasEnded) {
   EXPECT_EQ(listed, (std::vector<std::int32_t>{1, shell, job, account.value()}));
 }
 
-TEST_P(GivenOutAgain, AProcessThatMayNoLongerBeReadIsTheSame) {
-  kernel.tellsStart = GetParam();
-  const auto shell = kernel.spawn(1, "/bin/sh");
-  const auto job = kernel.spawn(shell, "/bin/job");
-  kernel.work(job, 5);
-  pass();
-  kernel.processes.at(job).hidden = true;
-  pass();
-  kernel.endAndReap(shell);
-  pass();
-  ASSERT_EQ(kernel.parent(job), 1) << "inherited, which makes it no other";
-  pass();
-  EXPECT_EQ(counted["job"].time, 5u);
-  ASSERT_TRUE(accounts.accountOf(job));
-  EXPECT_EQ(listed, (std::vector<std::int32_t>{1, job})) << "its account is not needed yet";
-}
-
-INSTANTIATE_TEST_SUITE_P(WithAndWithoutStart, GivenOutAgain, testing::Bool());
-
-TEST_F(HiddenProcessesTest, OneOfTheSameParentIsKnownByItsStart) {
+TEST_F(HiddenProcessesTest, AHiddenOneOfTheSameParentIsKnownByItsStart) {
   const auto shell = kernel.spawn(1, "/bin/sh");
   const auto job = kernel.spawn(shell, "/bin/job");
   kernel.work(job, 5);
@@ -69,7 +47,28 @@ TEST_F(HiddenProcessesTest, OneOfTheSameParentIsKnownByItsStart) {
   EXPECT_EQ(counted["sh"].time, 0u);
 }
 
-// A hidden one between a worker and who reaps it in the end.
+class BecomesHidden : public HiddenProcessesTest, public testing::WithParamInterface<bool> {};
+
+TEST_P(BecomesHidden, AProcessThatMayNoLongerBeReadIsTheSame) {
+  kernel.tellsStart = GetParam();
+  const auto shell = kernel.spawn(1, "/bin/sh");
+  const auto job = kernel.spawn(shell, "/bin/job");
+  kernel.work(job, 5);
+  pass();
+  kernel.processes.at(job).hidden = true;
+  pass();
+  kernel.endAndReap(shell);
+  pass();
+  ASSERT_EQ(kernel.parent(job), 1) << "another parent does not make it another process";
+  pass();
+  EXPECT_EQ(counted["job"].time, 5u);
+  ASSERT_TRUE(accounts.accountOf(job));
+  EXPECT_EQ(listed, (std::vector<std::int32_t>{1, job})) << "its account is not needed yet";
+}
+
+INSTANTIATE_TEST_SUITE_P(WithAndWithoutStart, BecomesHidden, testing::Bool());
+
+// A hidden process stands between a worker and the process that is charged for it in the end.
 
 TEST_F(HiddenProcessesTest, CountsAWorkerOnceThatEndsTogetherWithItsHiddenParent) {
   const auto shell = kernel.spawn(1, "/bin/sh");
