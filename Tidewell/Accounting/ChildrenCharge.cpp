@@ -8,8 +8,6 @@ namespace {
 
 /// A process that is never read is never settled, and its debts wait for its end.
 constexpr std::size_t kMostDebts = 256;
-/// Bytes and time are read one after the other, so the bytes may come a settlement later.
-constexpr int kSettlementsWithOthers = 2;
 
 }  // namespace
 
@@ -23,12 +21,12 @@ void ChildrenCharge::grow(std::uint64_t reapedTime, std::uint64_t disk) {
   Charge& charge = this->charge();
   charge.time += static_cast<std::int64_t>(reapedTime);
   charge.disk += disk;
-  if (reapedTime > 0) charge.settlementsWithOthers = kSettlementsWithOthers;
+  if (reapedTime > 0) charge.mayHaveOthersDisk = true;
 }
 
 void ChildrenCharge::begin(std::uint64_t reapedTime, std::uint64_t disk) {
   grow(reapedTime, disk);
-  charge().settlementsWithOthers = kSettlementsWithOthers;
+  charge().mayHaveOthersDisk = true;
   for (Debt& debt : charge().debts)
     debt.isOld = true;
 }
@@ -61,24 +59,12 @@ Usage ChildrenCharge::settle(const Usage& most, std::uint64_t tolerance) {
   });
   const std::uint64_t time = charge_->time > 0 ? static_cast<std::uint64_t>(charge_->time) : 0;
   charge_->time -= static_cast<std::int64_t>(time);
-  Usage all{time, takeUnclaimedDisk()};
-  if (all.time > most.time) all = all.part(most.time);
-  if (charge_->settlementsWithOthers > 0) {
-    --charge_->settlementsWithOthers;
-    all.disk = std::min(all.disk, most.disk);
-  }
+  const std::uint64_t claimedDisk = std::exchange(charge_->claimedDisk, 0);
+  std::uint64_t disk = std::exchange(charge_->disk, 0);
+  disk -= std::min(disk, claimedDisk);
+  if (std::exchange(charge_->mayHaveOthersDisk, false)) disk = std::min(disk, most.disk);
   if (*charge_ == Charge()) charge_.reset();
-  return all;
-}
-
-/// The bytes that are not counted elsewhere. A claim may be ahead of the growth, so what is left of
-/// the latest ones waits once more.
-std::uint64_t ChildrenCharge::takeUnclaimedDisk() {
-  std::uint64_t unclaimed = std::exchange(charge_->disk, 0);
-  unclaimed -= std::min(unclaimed, charge_->formerClaimedDisk);
-  const std::uint64_t counted = std::min(unclaimed, charge_->claimedDisk);
-  charge_->formerClaimedDisk = std::exchange(charge_->claimedDisk, 0) - counted;
-  return unclaimed - counted;
+  return {std::min(time, most.time), disk};
 }
 
 std::vector<Usage> ChildrenCharge::takeDebts() {

@@ -51,17 +51,15 @@ class ChildrenCharge {
     friend bool operator==(const Debt&, const Debt&) = default;
   };
   struct Charge {
-    std::int64_t time = 0;          ///< Reaped time that is neither claimed nor credited.
-    std::uint64_t disk = 0;         ///< Growth of the disk bytes since the last settlement.
-    std::uint64_t claimedDisk = 0;  ///< What of it, or of the next growth, is counted elsewhere.
-    std::uint64_t formerClaimedDisk = 0;  ///< The same, left from the settlement before.
-    int settlementsWithOthers = 0;        ///< For how many there may be others' bytes in `disk`.
+    std::int64_t time = 0;           ///< Reaped time that is neither claimed nor credited.
+    std::uint64_t disk = 0;          ///< Growth of the disk bytes since the last settlement.
+    std::uint64_t claimedDisk = 0;   ///< What of it is counted elsewhere.
+    bool mayHaveOthersDisk = false;  ///< Whether bytes of reaped children may be in `disk`.
     std::vector<Debt> debts;
     friend bool operator==(const Charge&, const Charge&) = default;
   };
 
   Charge& charge();
-  std::uint64_t takeUnclaimedDisk();
 
   std::unique_ptr<Charge> charge_;  ///< Null while all of it is nothing.
 };

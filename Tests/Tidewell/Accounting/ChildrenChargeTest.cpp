@@ -51,42 +51,10 @@ TEST(ChildrenChargeTest, ClaimsOnTheNextGrowthOrNever) {
   EXPECT_EQ(reaped.settle(kPlenty, 0), (Usage{8, 80}));
 }
 
-TEST(ChildrenChargeTest, WaitsOneSettlementForBytesThatComeAfterTheirTime) {
-  ChildrenCharge reaped;
-  reaped.grow(5, 20);
-  EXPECT_TRUE(reaped.claim({5, 50}, 0));
-  EXPECT_EQ(reaped.settle(kPlenty, 0), Usage());
-  reaped.grow(0, 37);
-  EXPECT_EQ(reaped.settle(kPlenty, 0), (Usage{0, 7}));
-}
-
-TEST(ChildrenChargeTest, TakesBytesThatNeverCameOutOfNothingLater) {
-  ChildrenCharge reaped;
-  reaped.grow(5, 20);
-  EXPECT_TRUE(reaped.claim({5, 50}, 0));
-  EXPECT_EQ(reaped.settle(kPlenty, 0), Usage());
-  EXPECT_EQ(reaped.settle(kPlenty, 0), Usage());
-  reaped.grow(0, 37);
-  EXPECT_EQ(reaped.settle(kPlenty, 0), (Usage{0, 37}));
-}
-
-TEST(ChildrenChargeTest, WhatWaitsForBytesIsToldFromSettlementToSettlement) {
-  ChildrenCharge reaped;
-  reaped.grow(5, 0);
-  EXPECT_TRUE(reaped.claim({5, 50}, 0));
-  EXPECT_EQ(reaped.settle(kPlenty, 0), Usage());
-  // The bytes of the one come with the time of the next.
-  reaped.grow(5, 60);
-  EXPECT_TRUE(reaped.claim({5, 50}, 0));
-  EXPECT_EQ(reaped.settle(kPlenty, 0), Usage());
-  reaped.grow(0, 45);
-  EXPECT_EQ(reaped.settle(kPlenty, 0), (Usage{0, 5})) << "of the second 40 were still to come";
-}
-
-TEST(ChildrenChargeTest, DropsTimeBeyondTheMostAndThatPartOfTheBytes) {
+TEST(ChildrenChargeTest, DropsTimeBeyondTheMost) {
   ChildrenCharge reaped;
   reaped.grow(40, 800);
-  EXPECT_EQ(reaped.settle({10, 1000}, 0), (Usage{10, 200}));
+  EXPECT_EQ(reaped.settle({10, 1000}, 0), (Usage{10, 800}));
   EXPECT_EQ(reaped.settle({10, 1000}, 0), Usage()) << "it does not come later";
 }
 
@@ -95,12 +63,6 @@ TEST(ChildrenChargeTest, DropsBytesBeyondTheMostWhereSomeMayBeOfReapedChildren) 
   reaped.grow(4, 5000);
   EXPECT_EQ(reaped.settle({10, 1000}, 0), (Usage{4, 1000}));
   EXPECT_EQ(reaped.settle({10, 1000}, 0), Usage());
-  // They may come after their time, whatever else was claimed.
-  reaped.grow(4, 0);
-  EXPECT_TRUE(reaped.claim({4, 0}, 0));
-  EXPECT_EQ(reaped.settle({10, 1000}, 0), Usage());
-  reaped.grow(0, 5000);
-  EXPECT_EQ(reaped.settle({10, 1000}, 0), (Usage{0, 1000}));
 }
 
 TEST(ChildrenChargeTest, NeverCutsTheBytesOfOneThatReapedNobody) {

@@ -320,7 +320,7 @@ TEST_F(ConservedProcessesTest, DropsTimeThatNoProcessorCouldHaveGivenSinceTheLas
   ResourceUsage usage;
   ASSERT_TRUE(two.resourceUsage(shell, usage));
   EXPECT_EQ(usage.userTime, 5u);  // Two processors, two seconds, and a margin.
-  EXPECT_EQ(usage.diskBytesRead, 0u);
+  EXPECT_EQ(usage.diskBytesRead, 8000u);
   clock.advance(2s);
   two.snapshot();
   ASSERT_TRUE(two.resourceUsage(shell, usage));
