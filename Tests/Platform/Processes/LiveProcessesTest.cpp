@@ -1,10 +1,7 @@
 // The tracker on the real /proc, with real children.
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <spawn.h>
-#include <sys/prctl.h>
-#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -12,7 +9,6 @@
 #include <atomic>
 #include <csignal>
 #include <filesystem>
-#include <functional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -20,73 +16,14 @@
 #include "Platform/Linux/Processes/LinuxProcessTable.h"
 #include "Platform/Linux/Processes/ProcessTracker.h"
 #include "Platform/Linux/Text/IcuText.h"
+#include "Tests/Platform/Processes/NoApplications.h"
+#include "Tests/Platform/Support/PausedChild.h"
 
 namespace platform {
 namespace {
 
-class NoApplications : public ApplicationResolver {
- public:
-  std::shared_ptr<const ApplicationIdentity> applicationOf(const ProcessFacts&) override {
-    return nullptr;
-  }
-  void refresh() override {}
-};
-
-/// A child process that does `work`, then waits until it is told to end.
-class Child {
- public:
-  explicit Child(const std::function<void()>& work) {
-    int ends[2];
-    if (pipe2(ends, O_CLOEXEC) != 0) return;
-    pid_ = fork();
-    if (pid_ == 0) {
-      prctl(PR_SET_PDEATHSIG, SIGKILL);
-      work();
-      const char done = 1;
-      if (write(ends[1], &done, 1) == 1) pause();
-      _exit(0);
-    }
-    close(ends[1]);
-    char done = 0;
-    if (read(ends[0], &done, 1) != 1) ADD_FAILURE() << "the child did not finish its work";
-    close(ends[0]);
-  }
-  ~Child() {
-    if (pid_ > 0) end();
-  }
-  Child(const Child&) = delete;
-  Child& operator=(const Child&) = delete;
-
-  [[nodiscard]] pid_t pid() const { return pid_; }
-
-  /// Kills and reaps it; what the kernel charged it.
-  rusage end() {
-    rusage usage{};
-    kill(pid_, SIGKILL);
-    wait4(pid_, nullptr, 0, &usage);
-    pid_ = 0;
-    return usage;
-  }
-  void killWithoutReaping() const {
-    kill(pid_, SIGKILL);
-    siginfo_t info{};
-    waitid(P_PID, static_cast<id_t>(pid_), &info, WEXITED | WNOWAIT);
-  }
-
- private:
-  pid_t pid_ = 0;
-};
-
-void burn(double seconds) {
-  timespec time{};
-  do {
-    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
-  } while (static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) / 1e9 < seconds);
-}
-
-double seconds(const timeval& time) {
-  return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / 1e6;
-}
+using testing::burn;
+using testing::PausedChild;
 
 class LiveProcessesTest : public ::testing::Test {
  protected:
@@ -128,39 +65,6 @@ TEST_F(LiveProcessesTest, SeesItselfAndItsParent) {
   EXPECT_NE(tracker.find(getppid()), nullptr);
 }
 
-TEST_F(LiveProcessesTest, CountsTheCpuTimeThatTheKernelCharges) {
-  tracker.refresh();
-  Child child([] { burn(0.4); });
-  tracker.refresh();
-  const TrackedProcess* process = tracker.find(child.pid());
-  ASSERT_NE(process, nullptr);
-  const double counted = static_cast<double>(process->cpuTime) *
-                         static_cast<double>(tracker.timebase().numer) /
-                         static_cast<double>(tracker.timebase().denom) / 1e9;
-  const rusage charged = child.end();
-  const double expected = seconds(charged.ru_utime) + seconds(charged.ru_stime);
-  EXPECT_NEAR(counted, expected, expected * 0.1);
-}
-
-TEST_F(LiveProcessesTest, CountsTheBytesThatWentToTheDisk) {
-  const std::string file = std::filesystem::current_path() / "live-processes-test.data";
-  Child child([&] {
-    const int output = open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-    const std::vector<char> block(1 << 20, 'x');
-    for (int count = 0; count < 8; ++count) {
-      if (write(output, block.data(), block.size()) < 0) _exit(1);
-    }
-    fsync(output);
-    close(output);
-  });
-  std::filesystem::remove(file);
-  tracker.refresh();
-  const TrackedProcess* process = tracker.find(child.pid());
-  ASSERT_NE(process, nullptr);
-  if (process->io.writeBytes == 0) GTEST_SKIP() << "this file system charges nobody for writes";
-  EXPECT_NEAR(static_cast<double>(process->io.writeBytes), 8.0 * (1 << 20), 0.1 * (8 << 20));
-}
-
 TEST_F(LiveProcessesTest, NamesProgramsWithOddNames) {
   const std::vector<std::pair<std::string, std::string>> names = {
       {"two words", "two words"},
@@ -192,7 +96,7 @@ TEST_F(LiveProcessesTest, NamesAProgramWhoseFileWasDeleted) {
 }
 
 TEST_F(LiveProcessesTest, DropsAProcessWhenItIsReaped) {
-  Child child([] {});
+  PausedChild child([] {});
   tracker.refresh();
   ASSERT_NE(tracker.find(child.pid()), nullptr);
   const pid_t pid = child.pid();
@@ -202,7 +106,7 @@ TEST_F(LiveProcessesTest, DropsAProcessWhenItIsReaped) {
 }
 
 TEST_F(LiveProcessesTest, KeepsTheCountsOfAProcessThatNobodyHasReaped) {
-  Child child([] { burn(0.05); });
+  PausedChild child([] { burn(0.05); });
   tracker.refresh();
   const std::string path(std::string_view(tracker.find(child.pid())->path));
   child.killWithoutReaping();
@@ -215,7 +119,7 @@ TEST_F(LiveProcessesTest, KeepsTheCountsOfAProcessThatNobodyHasReaped) {
 
 TEST_F(LiveProcessesTest, TellsNothingOfAProcessThatEndedBeforeItWasSeen) {
   tracker.refresh();
-  Child child([] {});
+  PausedChild child([] {});
   child.killWithoutReaping();
   tracker.refresh();
   const TrackedProcess* process = tracker.find(child.pid());
@@ -259,7 +163,7 @@ TEST_F(LiveProcessesTest, NeverTakesAThreadForAProcess) {
 TEST_F(LiveProcessesTest, SeesAnotherUsersProcessAsRefused) {
   if (getuid() != 0) GTEST_SKIP() << "only root can play two users";
   // A user of our own looks at a process of root.
-  Child child([] {});
+  PausedChild child([] {});
   const pid_t looker = fork();
   if (looker == 0) {
     if (setgid(65534) != 0 || setuid(65534) != 0) _exit(2);

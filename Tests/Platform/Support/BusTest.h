@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -16,12 +17,11 @@
 
 namespace platform::testing {
 
-/// A loop and a private bus of each kind, at which the environment points. Skipped where there is
-/// no dbus-daemon.
-class BusTest : public ::testing::Test {
- protected:
-  void SetUp() override {
-    if (!isInstalled("dbus-daemon")) GTEST_SKIP() << "dbus-daemon is not installed";
+/// A loop and a private bus of each kind, at which the environment points.
+class Buses {
+ public:
+  /// Call it before all else, where `dbus-daemon` is installed.
+  void open() {
     systemDaemon.emplace(systemPolicy);
     sessionDaemon.emplace(sessionPolicy);
     systemAddress_.emplace("DBUS_SYSTEM_BUS_ADDRESS", systemDaemon->address());
@@ -50,10 +50,32 @@ class BusTest : public ::testing::Test {
   std::optional<ScopedEnvironment> systemAddress_;
   std::optional<ScopedEnvironment> sessionAddress_;
 
- protected:
+ public:
   std::unique_ptr<EventLoop> loop;
   std::unique_ptr<Bus> systemBus;
   std::unique_ptr<Bus> sessionBus;
+};
+
+/// A test with buses of its own. Skipped where there is no dbus-daemon.
+class BusTest : public ::testing::Test, protected Buses {
+ protected:
+  void SetUp() override {
+    if (!isInstalled("dbus-daemon")) GTEST_SKIP() << "dbus-daemon is not installed";
+    open();
+  }
+};
+
+/// Buses for a machine that a contract's suite asks.
+class BusMachine : protected Buses {
+ public:
+  BusMachine() {
+    if (missing() == nullptr) open();
+  }
+
+  static const char* missing() {
+    return isInstalled("dbus-daemon") ? nullptr : "dbus-daemon is not installed";
+  }
+  bool settles(const std::function<bool()>& condition) { return eventually(condition); }
 };
 
 /// Handles all messages that the bus had for this connection.

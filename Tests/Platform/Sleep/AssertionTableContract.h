@@ -1,0 +1,109 @@
+#pragma once
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "Tidewell/Ports/AssertionTable.h"
+
+namespace platform {
+
+/// What every system's list of assertions promises.
+///
+/// A `Machine` has it as its `table()`, tells by `missing()` what it lacks to be tested (null when
+/// nothing), and takes it that a process holds off sleep for a reason after `hold(pid, reason)`, a
+/// Staylit after `holdAsStaylit(pid)`. It cannot be asked after `fail()`.
+template <typename Machine>
+class AssertionTableContract : public ::testing::Test {
+ protected:
+  using Lines = std::vector<std::string>;
+
+  /// No process has such a number.
+  static constexpr std::int32_t kSomebody = 999'999'901;
+  static constexpr std::int32_t kAnother = 999'999'902;
+
+  void SetUp() override {
+    if (const char* missing = machine_.missing()) GTEST_SKIP() << missing;
+  }
+
+  /// Each assertion as "pid type level name".
+  Lines assertions() {
+    Lines lines;
+    const auto all = machine_.table().assertionsByProcess();
+    if (!all) return {"absent"};
+    for (const auto& [pid, assertions] : *all) {
+      for (const tidewell::PropertyDictionary& assertion : assertions)
+        lines.push_back(std::to_string(pid) + described(assertion));
+    }
+    return lines;
+  }
+
+  Machine machine_;
+
+ private:
+  static std::string described(const tidewell::PropertyDictionary& assertion) {
+    return " " + std::get<std::string>(assertion.at("AssertType")) + " " +
+           std::to_string(std::get<std::int64_t>(assertion.at("AssertLevel"))) + " " +
+           std::get<std::string>(assertion.at("AssertName"));
+  }
+};
+
+TYPED_TEST_SUITE_P(AssertionTableContract);
+
+TYPED_TEST_P(AssertionTableContract, IsEmptyWhereNothingIsHeld) {
+  EXPECT_EQ(this->assertions(), std::vector<std::string>{});
+}
+
+TYPED_TEST_P(AssertionTableContract, ListsWhatOtherProcessesHold) {
+  this->machine_.hold(this->kSomebody, "exporting a film");
+  this->machine_.hold(this->kAnother, "playing");
+  EXPECT_EQ(this->assertions(),
+            (std::vector<std::string>{"999999901 PreventUserIdleSystemSleep 255 exporting a film",
+                                      "999999902 PreventUserIdleSystemSleep 255 playing"}));
+}
+
+TYPED_TEST_P(AssertionTableContract, GathersTheAssertionsOfOneProcess) {
+  this->machine_.hold(this->kSomebody, "a");
+  this->machine_.hold(this->kSomebody, "b");
+  const auto all = this->machine_.table().assertionsByProcess();
+  ASSERT_TRUE(all);
+  ASSERT_EQ(all->size(), 1U);
+  EXPECT_EQ(all->front().first, this->kSomebody);
+  EXPECT_EQ(all->front().second.size(), 2U);
+}
+
+TYPED_TEST_P(AssertionTableContract, CleansTheReason) {
+  this->machine_.hold(this->kSomebody, "why\a \u2014 caf\u00E9");
+  EXPECT_EQ(this->assertions(),
+            std::vector<std::string>{
+                "999999901 PreventUserIdleSystemSleep 255 why\uFFFD \u2014 caf\u00E9"});
+}
+
+TYPED_TEST_P(AssertionTableContract, LeavesOutAnotherStaylit) {
+  this->machine_.holdAsStaylit(this->kSomebody);
+  this->machine_.hold(this->kAnother, "playing");
+  EXPECT_EQ(this->assertions(),
+            std::vector<std::string>{"999999902 PreventUserIdleSystemSleep 255 playing"});
+}
+
+TYPED_TEST_P(AssertionTableContract, ListsItsOwnHoldUnderItsProcess) {
+  EXPECT_EQ(this->machine_.table().ownProcessIdentifier(), getpid());
+  this->machine_.holdAsStaylit(getpid());
+  EXPECT_EQ(this->assertions().size(), 1U);
+}
+
+TYPED_TEST_P(AssertionTableContract, IsAbsentWhereNobodyCanBeAsked) {
+  this->machine_.hold(this->kSomebody, "playing");
+  this->machine_.fail();
+  EXPECT_EQ(this->assertions(), std::vector<std::string>{"absent"});
+}
+
+REGISTER_TYPED_TEST_SUITE_P(AssertionTableContract, IsEmptyWhereNothingIsHeld,
+                            ListsWhatOtherProcessesHold, GathersTheAssertionsOfOneProcess,
+                            CleansTheReason, LeavesOutAnotherStaylit,
+                            ListsItsOwnHoldUnderItsProcess, IsAbsentWhereNobodyCanBeAsked);
+
+}  // namespace platform
