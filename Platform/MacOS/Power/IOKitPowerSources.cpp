@@ -1,6 +1,5 @@
 #include "Platform/MacOS/Power/IOKitPowerSources.h"
 
-#import <Foundation/Foundation.h>
 #include <IOKit/ps/IOPowerSources.h>
 
 #include <cstddef>
@@ -9,6 +8,7 @@
 #include "Platform/MacOS/CoreFoundation/CFCast.h"
 #include "Platform/MacOS/CoreFoundation/CFProperties.h"
 #include "Platform/MacOS/CoreFoundation/CFRef.h"
+#include "Platform/MacOS/Power/LowPowerMode.h"
 #include "Platform/MacOS/Power/PowerSourceDescription.h"
 
 namespace platform {
@@ -39,9 +39,7 @@ class IOKitSnapshot final : public PowerSourcesSnapshot {
 }  // namespace
 
 bool IOKitPowerSources::isLowPowerModeEnabled() {
-  @autoreleasepool {
-    return NSProcessInfo.processInfo.isLowPowerModeEnabled;
-  }
+  return platform::isLowPowerModeEnabled();
 }
 
 std::optional<tidewell::PowerSource> IOKitPowerSources::source() {
