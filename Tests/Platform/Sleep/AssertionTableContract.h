@@ -34,9 +34,9 @@ class AssertionTableContract : public ::testing::Test {
     Lines lines;
     const auto all = machine_.table().assertionsByProcess();
     if (!all) return {"absent"};
-    for (const auto& [pid, assertions] : *all) {
-      for (const tidewell::PropertyDictionary& assertion : assertions)
-        lines.push_back(std::to_string(pid) + described(assertion));
+    for (const tidewell::AssertionHolder& holder : *all) {
+      for (const tidewell::ListedAssertion& assertion : holder.assertions)
+        lines.push_back(std::to_string(holder.process) + described(assertion));
     }
     return lines;
   }
@@ -44,10 +44,9 @@ class AssertionTableContract : public ::testing::Test {
   Machine machine_;
 
  private:
-  static std::string described(const tidewell::PropertyDictionary& assertion) {
-    return " " + std::get<std::string>(assertion.at("AssertType")) + " " +
-           std::to_string(std::get<std::int64_t>(assertion.at("AssertLevel"))) + " " +
-           std::get<std::string>(assertion.at("AssertName"));
+  static std::string described(const tidewell::ListedAssertion& assertion) {
+    return " " + assertion.type + " " + std::to_string(assertion.level.value_or(-1)) + " " +
+           assertion.reason;
   }
 };
 
@@ -71,8 +70,8 @@ TYPED_TEST_P(AssertionTableContract, GathersTheAssertionsOfOneProcess) {
   const auto all = this->machine_.table().assertionsByProcess();
   ASSERT_TRUE(all);
   ASSERT_EQ(all->size(), 1U);
-  EXPECT_EQ(all->front().first, this->kSomebody);
-  EXPECT_EQ(all->front().second.size(), 2U);
+  EXPECT_EQ(all->front().process, this->kSomebody);
+  EXPECT_EQ(all->front().assertions.size(), 2U);
 }
 
 TYPED_TEST_P(AssertionTableContract, CleansTheReason) {

@@ -102,9 +102,25 @@ TYPED_TEST_P(PowerManagementContract, IsGrantedWhatItHolds) {
   EXPECT_TRUE(this->machine_.power().isGranted());
 }
 
+TYPED_TEST_P(PowerManagementContract, TellsOfEachLiveAssertionWhoKeepsIt) {
+  EXPECT_TRUE(this->machine_.power().liveAssertions().empty());
+  const std::uint32_t id = this->hold("a");
+  this->hold("b", tidewell::AssertionKind::display);
+  const auto live = this->machine_.power().liveAssertions();
+  ASSERT_EQ(live.size(), 2U);
+  EXPECT_EQ(live[0].name, "a");
+  EXPECT_EQ(live[0].kind, tidewell::AssertionKind::system);
+  EXPECT_FALSE(live[0].grants.empty());
+  EXPECT_EQ(live[1].name, "b");
+  EXPECT_EQ(live[1].kind, tidewell::AssertionKind::display);
+  this->release(id);
+  EXPECT_EQ(this->machine_.power().liveAssertions().size(), 1U);
+}
+
 REGISTER_TYPED_TEST_SUITE_P(PowerManagementContract, HoldsUnderTheNameThatItIsGiven,
                             TakesEachNameAsItIs, ReleasesOnlyTheAssertionThatIsMeant,
                             KeepsAnAssertionUnderItsNewName,
-                            GivesACodeWhenItIsRefusedAndWorksAfterwards, IsGrantedWhatItHolds);
+                            GivesACodeWhenItIsRefusedAndWorksAfterwards, IsGrantedWhatItHolds,
+                            TellsOfEachLiveAssertionWhoKeepsIt);
 
 }  // namespace platform

@@ -6,7 +6,9 @@
 namespace platform {
 namespace {
 
-TEST(StaylitProcess, IsOneThatRunsTheSameProgram) { EXPECT_TRUE(isAStaylit(getpid())); }
+TEST(StaylitProcess, IsOneThatRunsTheSameProgram) {
+  EXPECT_TRUE(isAStaylit(getpid()));
+}
 
 TEST(StaylitProcess, IsNoOther) {
   EXPECT_FALSE(isAStaylit(getppid()));
