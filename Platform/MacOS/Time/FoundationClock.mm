@@ -19,7 +19,8 @@ double nanosecondsPerUnit() {
 }  // namespace
 
 tidewell::Moment FoundationClock::now() {
-  // The steady clock is made of absolute time, which stands still while the Mac sleeps.
+  // Absolute time stands still while the Mac sleeps, and what the library's steady clock is made of
+  // differs with its version.
   const double nanoseconds = static_cast<double>(mach_continuous_time()) * nanosecondsPerUnit();
   return tidewell::Moment(std::chrono::nanoseconds(static_cast<std::int64_t>(nanoseconds)));
 }
