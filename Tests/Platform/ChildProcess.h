@@ -9,7 +9,7 @@
 
 namespace platform {
 
-/// A child of the test that runs `body` and ends without any clean-up, as after a crash.
+/// A child process that runs `body` and ends without any clean-up, as after a crash.
 class ChildProcess {
  public:
   explicit ChildProcess(const std::function<void()>& body) : pid_(fork()) {
@@ -21,7 +21,7 @@ class ChildProcess {
   ChildProcess(const ChildProcess&) = delete;
   ChildProcess& operator=(const ChildProcess&) = delete;
 
-  /// Whether it ended by itself and in order.
+  /// Waits for its end. True when it ended by itself with status 0.
   bool wait() {
     if (pid_ <= 0) return false;
     int status = -1;
@@ -34,7 +34,7 @@ class ChildProcess {
   pid_t pid_;
 };
 
-/// What `body` returns, run in a child. Empty should the child die before.
+/// Runs `body` in a child and returns its result. Empty when the child dies before.
 inline std::string inChild(const std::function<std::string()>& body) {
   int ends[2] = {-1, -1};
   if (pipe(ends) != 0) return "no pipe";
@@ -53,7 +53,7 @@ inline std::string inChild(const std::function<std::string()>& body) {
   return answer;
 }
 
-/// As `inChild`, without more rights than an ordinary user has, whoever runs the test.
+/// Does the same as `inChild`, with the rights of an ordinary user even when root runs the test.
 inline std::string asOrdinaryUser(const std::function<std::string()>& body) {
   return inChild([&body]() -> std::string {
     constexpr uid_t nobody = 65534;

@@ -45,7 +45,7 @@ TEST(DesktopEntry, ReadsTruthAsWritten) {
   }
 }
 
-TEST(DesktopEntry, IsNoneWithoutItsGroup) {
+TEST(DesktopEntry, IsAbsentWithoutItsGroup) {
   for (const char* text : {"", "Name=x\n", "[Other]\nName=x\n", "[desktop entry]\nName=x\n",
                            "[Desktop Entry\nName=x\n",
                            "\x7f"

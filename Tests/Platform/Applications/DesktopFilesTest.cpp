@@ -12,7 +12,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// A system with a user's folder, a system-wide one, and programs.
+/// A system with the user's folder, a folder for all users, and programs.
 class Desktop {
  public:
   /// Writes a desktop file; `more` are further lines.
@@ -46,7 +46,7 @@ class Desktop {
   }
 
  private:
-  /// Gives every folder a time of its own in the past, as if its changes were long ago and apart.
+  /// Gives each folder a different time in the past, as if its changes were long ago.
   void settle() {
     for (const auto& entry : fs::recursive_directory_iterator(root_.path())) {
       if (!entry.is_directory() || entry.is_symlink()) continue;
@@ -88,7 +88,7 @@ TEST(DesktopFiles, WalkAFolderWithLinksToItselfOnce) {
   EXPECT_TRUE(folders.fileById().contains("tool"));
 }
 
-TEST(DesktopFiles, WalkARealFolderByItsOwnNameThoughALinkComesFirst) {
+TEST(DesktopFiles, WalkARealFolderByItsOwnNameEvenIfALinkComesFirst) {
   Desktop desktop;
   desktop.addEntry("system/kde/okular.desktop", "Okular");
   desktop.addLink("user/a", desktop.path("system"));
@@ -105,7 +105,7 @@ TEST(DesktopFiles, FollowALinkToAFolderThatLiesElsewhere) {
   EXPECT_EQ(nameOf(desktop.files().find("kde-okular")), "Okular");
 }
 
-TEST(DesktopFiles, StopWalkingWhereThereAreFarTooMany) {
+TEST(DesktopFiles, StopWalkingWhenThereAreFarTooManyFiles) {
   Desktop desktop;
   for (int number = 0; number < 1100; ++number) {
     fs::create_directories(desktop.path("system/" + std::to_string(number)));
@@ -125,7 +125,7 @@ TEST(DesktopFiles, FindAnApplicationByItsId) {
   EXPECT_EQ(files.find(""), std::nullopt);
 }
 
-TEST(DesktopFiles, SpeakTheUsersLanguage) {
+TEST(DesktopFiles, NameApplicationsInTheUsersLanguage) {
   Desktop desktop;
   desktop.addEntry("system/a.desktop", "Files", "Name[de]=Dateien\n");
   DesktopFiles files = desktop.files("de_AT.UTF-8");
@@ -185,7 +185,7 @@ TEST(DesktopFiles, LeaveOutWhatCannotBeRead) {
   EXPECT_EQ(files.findByProgram("/x"), std::nullopt);
 }
 
-TEST(DesktopFiles, DoWithoutAnyFolder) {
+TEST(DesktopFiles, FindNothingWithoutAnyFolder) {
   Desktop desktop;
   DesktopFiles files = desktop.files();
   EXPECT_EQ(files.find("a"), std::nullopt);
@@ -229,7 +229,7 @@ TEST(DesktopFiles, TakeAProgramWithAQuotedPath) {
   EXPECT_EQ(idOf(files.findByProgram(program)), "a");
 }
 
-TEST(DesktopFiles, FindAnApplicationByTheProgramItTriesFor) {
+TEST(DesktopFiles, FindAnApplicationByTheProgramInItsTryExec) {
   Desktop desktop;
   const std::string program = desktop.addProgram("bin/real");
   desktop.addProgram("bin/sh");
@@ -282,7 +282,7 @@ TEST(DesktopFiles, PreferTheEntryThatStandsForTheProgram) {
   EXPECT_EQ(idOf(files.findByProgram(program)), "office-start");
 }
 
-TEST(DesktopFiles, SeeNewAndGoneApplicationsAfterARefresh) {
+TEST(DesktopFiles, SeeNewAndRemovedApplicationsAfterARefresh) {
   Desktop desktop;
   const std::string program = desktop.addProgram("bin/a");
   desktop.addEntry("system/old.desktop", "Old", "Exec=a\n");
@@ -299,7 +299,7 @@ TEST(DesktopFiles, SeeNewAndGoneApplicationsAfterARefresh) {
   EXPECT_EQ(idOf(files.findByProgram(program)), "sub-new");
 }
 
-TEST(DesktopFiles, SeeAFolderThatComesToBe) {
+TEST(DesktopFiles, SeeAFolderThatAppears) {
   Desktop desktop;
   DesktopFiles files = desktop.files();
   EXPECT_EQ(idOf(files.find("a")), "(none)");

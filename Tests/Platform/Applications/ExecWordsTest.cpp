@@ -14,7 +14,7 @@ TEST(ExecWords, SplitsAtBlanks) {
   EXPECT_EQ(execWords(" x"), Words{"x"});
 }
 
-TEST(ExecWords, HasNoneInAnEmptyLine) {
+TEST(ExecWords, HasNoWordsInAnEmptyLine) {
   EXPECT_EQ(execWords(""), Words{});
   EXPECT_EQ(execWords(" \t"), Words{});
 }
@@ -28,7 +28,7 @@ TEST(ExecWords, UndoesBackslashesInQuotesOnly) {
   EXPECT_EQ(execWords(R"("a\"b\\c\$d" e\f)"), (Words{"a\"b\\c$d", "e\\f"}));
 }
 
-TEST(ExecWords, HasNoneWhenAQuoteStaysOpen) {
+TEST(ExecWords, HasNoWordsWhenAQuoteStaysOpen) {
   EXPECT_EQ(execWords("x \"y"), Words{});
   EXPECT_EQ(execWords("\"x\\"), Words{});
 }

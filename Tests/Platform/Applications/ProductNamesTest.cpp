@@ -8,7 +8,8 @@
 namespace platform {
 namespace {
 
-/// What the catalogue calls the application of a desktop file; "-" for one that it does not know.
+/// The catalogue's name for the application of a desktop file; "-" when the catalogue does not know
+/// it.
 std::string displayOf(std::string_view desktopId) {
   tidewell::FakeText text;
   const std::string identifier = bundleIdentifierOf(desktopId);

@@ -25,19 +25,19 @@ TEST(UnitName, IsTheInnermostUnitOfTheUnifiedHierarchy) {
   EXPECT_EQ(unitOf("0::/system.slice/cron.service"), "cron.service");
 }
 
-TEST(UnitName, IsThatOfAGroupBelowAUnit) {
+TEST(UnitName, IsTheUnitAboveAGroup) {
   EXPECT_EQ(unitOf("0::/app.slice/app-podman-12.scope/container/inner\n"), "app-podman-12.scope");
   EXPECT_EQ(unitOf("0::/user.slice/user-1000.slice/user@1000.service/init.scope\n"), "init.scope");
 }
 
-TEST(UnitName, IsNoneInASliceOrAtTheRoot) {
+TEST(UnitName, IsEmptyInASliceOrAtTheRoot) {
   EXPECT_EQ(unitOf("0::/\n"), "");
   EXPECT_EQ(unitOf("0::/user.slice\n"), "");
   EXPECT_EQ(unitOf("0::/user@1000.service/app.slice/loose\n"), "");
   EXPECT_EQ(UnitName::fromControlGroup("0::/\n"), UnitName());
 }
 
-TEST(UnitName, IsNoneWithoutTheUnifiedHierarchy) {
+TEST(UnitName, IsEmptyWithoutTheUnifiedHierarchy) {
   EXPECT_EQ(unitOf(""), "");
   EXPECT_EQ(unitOf("1:name=systemd:/system.slice/cron.service\n"), "");
   EXPECT_EQ(unitOf("10::/a.service\n"), "");
@@ -140,7 +140,7 @@ TEST(UnitName, OffersOnlySafeFileNames) {
   EXPECT_EQ(idsOf("app-a\\x0ab-1.scope"), Ids{});
 }
 
-TEST(UnitName, LeavesWhatIsNoEscapeAlone) {
+TEST(UnitName, LeavesTextThatIsNoEscapeAlone) {
   EXPECT_EQ(idsOf("app-a\\x2-1.scope").front(), "a\\x2");
   EXPECT_EQ(idsOf("app-a\\y2d-1.scope").front(), "a\\y2d");
 }

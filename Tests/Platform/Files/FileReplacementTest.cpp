@@ -40,7 +40,7 @@ TEST(FileReplacement, LeavesTheOldFileWholeWhenTheProgramDiesBeforeTheRename) {
     _exit(replacement.error().empty() ? 0 : 1);  // The destructor does not run.
   });
   ASSERT_TRUE(child.wait());
-  EXPECT_EQ(folder.names().size(), 2U);  // The temporary file is left over, and harms nobody.
+  EXPECT_EQ(folder.names().size(), 2U);  // The temporary file is left over.
   EXPECT_EQ(folder.read(), "a = 1\n");
   TomlDefaults defaults(folder.file(), SettingsFolder::patient());
   EXPECT_EQ(defaults.integer("a"), 1);
@@ -73,7 +73,7 @@ TEST(FileReplacement, LeavesAFileOfOthersThatHasItsTemporaryName) {
   EXPECT_EQ(readRegularFile(temporary, 1000).text, "c");
 }
 
-TEST(FileReplacement, SaysWhyItCannotTakeThePlace) {
+TEST(FileReplacement, SaysWhyItCannotReplaceTheFile) {
   const SettingsFolder folder;
   mkdir(folder.file().c_str(), 0700);
   FileReplacement replacement(folder.file(), "b");
@@ -121,7 +121,7 @@ TEST(FileReplacement, KeepsTheOwnerTheGroupAndTheModeOfTheFileForRoot) {
   EXPECT_EQ(status.st_mode & 07777U, 0664U);
 }
 
-TEST(FileReplacement, ReplacesWhatIsStillAsItWasRead) {
+TEST(FileReplacement, ReplacesAFileThatIsStillAsItWasRead) {
   const SettingsFolder folder;
   folder.write("a");
   FileReplacement replacement(folder.file(), "b");
@@ -162,13 +162,13 @@ TEST(FileReplacement, DoesNotBringBackAFileThatWasRemovedSince) {
   EXPECT_FALSE(std::filesystem::exists(folder.file()));
 }
 
-/// Whether the tests' folder is in a file system that lets writers be held off.
+/// Whether the file system of the tests' folder grants leases.
 bool knowsLeases(const SettingsFolder& folder) {
   const Descriptor writer(open(folder.file().c_str(), O_WRONLY | O_CLOEXEC));
   return ReadLease(folder.file()).isRefused();
 }
 
-TEST(FileReplacement, WaitsForAWriterWhoHasTheFileOpen) {
+TEST(FileReplacement, IsBusyWhileAWriterHasTheFileOpen) {
   const SettingsFolder folder;
   folder.write("a");
   if (!knowsLeases(folder)) GTEST_SKIP() << "no leases in this file system";
@@ -182,7 +182,8 @@ TEST(FileReplacement, WaitsForAWriterWhoHasTheFileOpen) {
   EXPECT_EQ(replacement.commitOver(read), Outcome::done);
 }
 
-/// From now on this process is refused every lease, as by a server that grants none.
+/// Makes the kernel refuse this process every lease from now on, as a file server does that grants
+/// none.
 bool refuseLeases() {
   constexpr unsigned command = offsetof(seccomp_data, args) + sizeof(__u64);
   sock_filter rules[] = {
@@ -198,7 +199,7 @@ bool refuseLeases() {
          prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program) == 0;
 }
 
-TEST(FileReplacement, ReplacesAFileWhereNoLeaseIsEverGranted) {
+TEST(FileReplacement, ReplacesAFileWhenNoLeaseIsEverGranted) {
   const SettingsFolder folder;
   folder.write("a");
   const std::string told = inChild([&folder]() -> std::string {
@@ -212,7 +213,7 @@ TEST(FileReplacement, ReplacesAFileWhereNoLeaseIsEverGranted) {
   EXPECT_EQ(folder.read(), "b");
 }
 
-TEST(ReadLease, TellsOfAWriterAndLetsItGoOn) {
+TEST(ReadLease, TellsOfAWaitingWriterAndLetsTheWriterGoOn) {
   const SettingsFolder folder;
   folder.write("a");
   if (!knowsLeases(folder)) GTEST_SKIP() << "no leases in this file system";

@@ -13,7 +13,7 @@ namespace {
 
 constexpr uid_t kUnknownUser = 1'234'567;
 
-/// What the user database says, asked in another way.
+/// The folder in the user database, read in another way than the code under test reads it.
 std::filesystem::path databaseHome() {
   const passwd* entry = getpwuid(geteuid());
   return entry == nullptr ? std::filesystem::path() : entry->pw_dir;
@@ -31,7 +31,7 @@ TEST(HomeFolder, IsTakenFromTheUserDatabaseOtherwise) {
   }
 }
 
-TEST(LastingHomeFolder, IsTheOneOfTheUserDatabaseWhateverTheEnvironmentSays) {
+TEST(LastingHomeFolder, IsThatOfTheUserDatabaseWhateverTheEnvironmentSays) {
   if (!databaseHome().is_absolute()) GTEST_SKIP() << "the user database does not know this user";
   for (const char* other : {"/home/nobody-of-that-name", static_cast<const char*>(nullptr)}) {
     const ScopedVariable home("HOME", other);
@@ -39,7 +39,7 @@ TEST(LastingHomeFolder, IsTheOneOfTheUserDatabaseWhateverTheEnvironmentSays) {
   }
 }
 
-TEST(LastingHomeFolder, IsTakenFromTheEnvironmentOfAUserWhomNobodyKnows) {
+TEST(LastingHomeFolder, IsTakenFromTheEnvironmentForAnUnknownUser) {
   if (geteuid() != 0) GTEST_SKIP() << "only root may be somebody else";
   ASSERT_EQ(getpwuid(kUnknownUser), nullptr);
   const ScopedVariable home("HOME", "/home/user");

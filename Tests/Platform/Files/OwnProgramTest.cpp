@@ -14,7 +14,7 @@ TEST(OwnProgram, IsTheFileThatRuns) {
   EXPECT_TRUE(std::filesystem::exists(ownProgram()));
 }
 
-TEST(OwnProgram, HasTheNameThatItHadBeforeItWasReplaced) {
+TEST(OwnProgram, KeepsItsNameWhenItsFileIsReplaced) {
   EXPECT_EQ(programOfLink("/opt/staylit (deleted)"), "/opt/staylit");
   EXPECT_EQ(programOfLink("/opt/staylit"), "/opt/staylit");
 }

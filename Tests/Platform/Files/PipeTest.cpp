@@ -27,8 +27,9 @@ TEST(Pipe, IsInheritedByNoProgram) {
   EXPECT_EQ(fcntl(pipe.writing.get(), F_GETFD), FD_CLOEXEC);
 }
 
-TEST(Pipe, TakesNoNumberOfAStandardStream) {
-  // Closed again before the streams are back, of which it would close one if it had its number.
+TEST(Pipe, HasNoNumberOfAStandardStream) {
+  // The pipe is closed before the streams are back. If it had the number of a stream, it would
+  // close that stream.
   std::optional<testing::ClosedStandardStreams> closed(std::in_place);
   std::optional<Pipe> pipe(Pipe::make());
   const int reading = pipe->reading.get();

@@ -12,12 +12,13 @@ using tidewell::LogType;
 
 constexpr char kNotPermitted[] = "no private mount namespace";
 
-/// What `body` returns in a child whose `/run` is its own, hence without a journal at first.
+/// Runs `body` in a child with a `/run` of its own, in which no journal listens at first, and
+/// returns its result.
 std::string withoutJournal(const std::function<std::string()>& body) {
   return inChild([&body] { return PrivateJournal::hideRun() ? body() : kNotPermitted; });
 }
 
-/// Standard error of this process, from now on to be read here.
+/// Redirects this process's standard error, so that the test can read it.
 class StandardError {
  public:
   StandardError() {
@@ -50,7 +51,7 @@ std::string joined(const PrivateJournal::Fields& fields) {
   return text;
 }
 
-/// The fields of the entry that `message` makes, one a line.
+/// The fields of the entry that `message` makes, one in each line.
 std::string entryOf(LogType type, const std::string& message) {
   return withoutJournal([&]() -> std::string {
     PrivateJournal journal;
@@ -64,7 +65,7 @@ std::string entryOf(LogType type, const std::string& message) {
 #define SKIP_UNLESS_PERMITTED(result) \
   if ((result) == kNotPermitted) GTEST_SKIP() << "this process may not make mount namespaces"
 
-TEST(JournalLog, SendsAnInfoWithItsFieldsAndNoPlaceInTheCode) {
+TEST(JournalLog, SendsAnInfoWithItsFieldsButNoPlaceInTheCode) {
   const std::string entry = entryOf(LogType::info, "Staylit started");
   SKIP_UNLESS_PERMITTED(entry);
   EXPECT_EQ(entry,
@@ -92,7 +93,7 @@ TEST(JournalLog, SendsAnEmptyMessage) {
   EXPECT_NE(entry.find("MESSAGE=\n"), std::string::npos) << entry;
 }
 
-TEST(JournalLog, WritesToStandardErrorWhereNoJournalListens) {
+TEST(JournalLog, WritesToStandardErrorWhenNoJournalListens) {
   const std::string result = withoutJournal([] {
     StandardError standardError;
     makeLogger()->emit(LogType::info, "hello %s");
@@ -153,7 +154,7 @@ TEST(JournalLog, SurvivesAStandardErrorThatNobodyReads) {
   EXPECT_EQ(result, "went on");
 }
 
-TEST(JournalLog, TakesEveryType) {
+TEST(JournalLog, AcceptsEveryType) {
   EXPECT_TRUE(makeLogger()->isEnabled(LogType::info));
   EXPECT_TRUE(makeLogger()->isEnabled(LogType::error));
 }

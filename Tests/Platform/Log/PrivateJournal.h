@@ -18,13 +18,13 @@
 
 namespace platform {
 
-/// The socket that a journal would listen on, in a `/run` that only this process sees: made in a
-/// child, and gone with it.
+/// The socket of a journal, in a `/run` that only this process sees. Make it in a child; it ends
+/// with the child.
 class PrivateJournal {
  public:
   using Fields = std::map<std::string, std::string>;
 
-  /// Whether this process may have file systems of its own. Leaves an empty `/run`.
+  /// Gives this process an empty `/run` of its own. False when that is not allowed.
   static bool hideRun() {
     const int spaces = geteuid() == 0 ? CLONE_NEWNS : CLONE_NEWNS | CLONE_NEWUSER;
     return unshare(spaces) == 0 && mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
@@ -51,8 +51,8 @@ class PrivateJournal {
   }
 
  private:
-  /// Either "NAME=value" and a line feed; or NAME, a line feed, the value's length as 64 bits, the
-  /// value, and a line feed.
+  /// A field is "NAME=value" and a line feed, or NAME, a line feed, the value's length in 64 bits,
+  /// the value, and a line feed.
   static Fields parse(std::string_view entry) {
     Fields fields;
     while (!entry.empty()) {

@@ -9,7 +9,7 @@
 namespace platform {
 namespace {
 
-/// Runs everything at once.
+/// A queue that runs all work at once.
 class ImmediateQueue : public tidewell::SerialQueue {
  public:
   void async(std::function<void()> work) override { work(); }
@@ -40,7 +40,7 @@ TEST_F(AfterActionQueueTest, WorkFromOutsideBeginsAtOnce) {
   EXPECT_TRUE(ran);
 }
 
-TEST_F(AfterActionQueueTest, DropsWhatHasNotBegunWithTheQueue) {
+TEST_F(AfterActionQueueTest, DropsWorkThatHasNotBegunWhenItIsDestroyed) {
   bool ran = false;
   loop.async([&] {
     queue->async([&] { ran = true; });

@@ -30,7 +30,7 @@ TEST(EventLoop, RunsPostedWorkInTheOrderOfTheCallsAndNeverBeforeReturning) {
   EXPECT_EQ(log, "abc");
 }
 
-TEST(EventLoop, RunsWorkThatPostedWorkPostsAfterWhatWasPostedBefore) {
+TEST(EventLoop, RunsWorkThatWorkPostsAfterTheWorkPostedBefore) {
   EventLoop loop;
   std::string log;
   loop.async([&] {
@@ -107,7 +107,7 @@ TEST(EventLoop, LetsATimerBeDestroyedWhileItFires) {
   EXPECT_EQ(log, "still here");
 }
 
-TEST(EventLoop, TakesAnyTolerance) {
+TEST(EventLoop, AcceptsAnyTolerance) {
   EventLoop loop;
   int firings = 0;
   const auto timer = loop.scheduleRepeating(Seconds(0.001), [&] { ++firings; });
@@ -120,7 +120,7 @@ TEST(EventLoop, TakesAnyTolerance) {
 }
 
 TEST(EventLoop, RunsItsActionOnEachTerminationSignal) {
-  // Whoever runs the tests in the background may ignore some.
+  // When the tests run in the background, some signals may be ignored.
   for (const int signal : {SIGTERM, SIGINT, SIGHUP})
     std::signal(signal, SIG_DFL);
   EventLoop loop;
@@ -134,7 +134,7 @@ TEST(EventLoop, RunsItsActionOnEachTerminationSignal) {
   EXPECT_TRUE(runUntil(loop, [&] { return calls == 3; }));
 }
 
-TEST(EventLoop, GivesTheSignalMaskBackWhenItGoes) {
+TEST(EventLoop, RestoresTheSignalMaskWhenItIsDestroyed) {
   sigset_t before;
   pthread_sigmask(SIG_SETMASK, nullptr, &before);
   {
@@ -175,7 +175,7 @@ TEST(EventLoopInAForeignLoop, WakesItForATimerThatIsSetBetweenPumps) {
   EXPECT_TRUE(fired);
 }
 
-TEST(EventLoopInAForeignLoop, TakesNoNoticeOfAPumpFromWithinAnAction) {
+TEST(EventLoopInAForeignLoop, IgnoresAPumpFromWithinAnAction) {
   EventLoop loop;
   std::string log;
   loop.async([&] {

@@ -24,7 +24,7 @@ void runOn(tidewell::SerialQueue& queue, Work work) {
   done->get_future().wait();
 }
 
-/// What every system's serial queues promise.
+/// The contract of serial queues, which every system's queues keep.
 template <typename Queues>
 class SerialQueueContract : public ::testing::Test {
  protected:
@@ -82,7 +82,7 @@ TYPED_TEST_P(SerialQueueContract, DropsWhatHasNotBegunWhenItEnds) {
   queue->async([secondRan] { *secondRan = true; });
   begun->get_future().wait();
   queue.reset();
-  // What holds it is gone once it was dropped, or it runs before.
+  // Either the work runs, or it is dropped together with what it holds.
   const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
   while (secondRan.use_count() > 1 && std::chrono::steady_clock::now() < deadline)
     std::this_thread::sleep_for(std::chrono::milliseconds(1));

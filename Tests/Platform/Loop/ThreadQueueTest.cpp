@@ -33,7 +33,7 @@ std::ptrdiff_t threadCount() {
 INSTANTIATE_TYPED_TEST_SUITE_P(Threads, SerialQueueContract, ThreadQueues);
 
 TEST(ThreadQueue, StartsItsThreadWithTheFirstWorkOnly) {
-  // A sanitizer starts a thread of its own beside the first.
+  // A sanitizer starts another thread together with the first one.
   std::thread([] {}).join();
   const std::ptrdiff_t before = threadCount();
   ThreadQueue queue("lazy");
@@ -77,7 +77,7 @@ TEST(ThreadQueue, RunsAtALowerPriorityThanItsOwner) {
   EXPECT_GT(niceness, getpriority(PRIO_PROCESS, static_cast<id_t>(gettid())));
 }
 
-/// Says when the work that holds it is dropped.
+/// Notes when the work that holds it is dropped.
 struct DropNotice {
   explicit DropNotice(std::promise<void>& noticed) : promise(noticed) {}
   ~DropNotice() { promise.set_value(); }
@@ -86,7 +86,7 @@ struct DropNotice {
   std::promise<void>& promise;
 };
 
-TEST(ThreadQueue, DropsWorkThatHasNotBegunAndWaitsForWhatIsUnderWay) {
+TEST(ThreadQueue, DropsWorkThatHasNotBegunAndWaitsForWorkThatRuns) {
   auto queue = std::make_unique<ThreadQueue>("end");
   std::promise<void> begun;
   std::promise<void> dropped;
@@ -105,7 +105,7 @@ TEST(ThreadQueue, DropsWorkThatHasNotBegunAndWaitsForWhatIsUnderWay) {
   EXPECT_FALSE(secondRan);
 }
 
-TEST(ThreadQueue, MayBeEndedByItsOwnWork) {
+TEST(ThreadQueue, MayBeDestroyedByItsOwnWork) {
   const auto ended = std::make_shared<std::promise<void>>();
   auto* queue = new ThreadQueue("own end");
   queue->async([queue, ended] {
@@ -115,7 +115,7 @@ TEST(ThreadQueue, MayBeEndedByItsOwnWork) {
   ended->get_future().wait();
 }
 
-TEST(ThreadQueue, MayBeEndedByWhatItsOwnWorkHolds) {
+TEST(ThreadQueue, MayBeDestroyedByAnObjectThatItsOwnWorkHolds) {
   struct Owner {
     std::unique_ptr<ThreadQueue> queue = std::make_unique<ThreadQueue>("last owner");
     std::shared_ptr<std::promise<void>> ended = std::make_shared<std::promise<void>>();
@@ -160,7 +160,7 @@ std::ptrdiff_t descriptorsOfThisThread() {
   });
 }
 
-TEST(ThreadQueue, SharesDescriptorsWithItsOwnerUnlessItIsToHaveItsOwn) {
+TEST(ThreadQueue, SharesDescriptorsWithItsOwnerUnlessItGetsItsOwn) {
 #if defined(__SANITIZE_THREAD__)
   GTEST_SKIP() << "the thread sanitizer knows one table of descriptors only";
 #endif
@@ -172,7 +172,7 @@ TEST(ThreadQueue, SharesDescriptorsWithItsOwnerUnlessItIsToHaveItsOwn) {
   runOn(sharing, [&shared] { shared = descriptorsOfThisThread(); });
   runOn(owning, [&own] { own = descriptorsOfThisThread(); });
   EXPECT_GE(shared, 2);
-  EXPECT_EQ(own, 1);  // That of the listing itself.
+  EXPECT_EQ(own, 1);  // The listing itself needs this one.
   EXPECT_GE(fcntl(lock.get(), F_GETFD), 0);
 }
 

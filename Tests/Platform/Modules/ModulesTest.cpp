@@ -23,14 +23,14 @@ class ModulesTest : public ::testing::Test {
   tidewell::FakePorts ports;
 };
 
-TEST_F(ModulesTest, OfTheSameBuildAreLoaded) {
+TEST_F(ModulesTest, LoadsAModuleOfTheSameBuild) {
   const ModuleFunction number = loadFromModule(kOwn, "staylitTestNumber");
   ASSERT_NE(number.address, nullptr);
   EXPECT_EQ(reinterpret_cast<int (*)()>(number.address)(), 42);
   EXPECT_EQ(logged(), "0");
 }
 
-TEST_F(ModulesTest, OfAnotherBuildAreRefusedWhateverTheyOffer) {
+TEST_F(ModulesTest, RefusesAModuleOfAnotherBuildWhateverItOffers) {
   for (const char* function : {"staylitTestNumber", "staylitMakeWindowKit", "staylitMakeText"}) {
     const ModuleFunction found = loadFromModule(kOther, function);
     EXPECT_EQ(found.address, nullptr) << function;
@@ -40,7 +40,7 @@ TEST_F(ModulesTest, OfAnotherBuildAreRefusedWhateverTheyOffer) {
             "cannot load libmodule-of-another-build.so: it is of another build than the program");
 }
 
-TEST_F(ModulesTest, MissingOnesDifferFromThoseOfAnotherBuild) {
+TEST_F(ModulesTest, TellsAMissingModuleFromOneOfAnotherBuild) {
   const ModuleFunction found = loadFromModule("libstaylit-nothing.so", "staylitTestNumber");
   EXPECT_EQ(found.address, nullptr);
   EXPECT_FALSE(found.isOfAnotherBuild);

@@ -10,7 +10,7 @@
 
 namespace platform {
 
-/// Processes as a test sets them, with a log of who was searched and whose start time was asked.
+/// Processes that a test sets. Logs which of them were searched, and whose start times were read.
 class FakeSocketHolders : public SocketHolders {
  public:
   struct Process {

@@ -6,7 +6,7 @@
 
 namespace platform {
 
-/// Lists what the test sets, and counts how often it was asked.
+/// Lists the sockets that the test sets, and counts the listings.
 class FakeSocketSource : public SocketSource {
  public:
   Listing list(std::vector<SocketRecord>& listed) override {

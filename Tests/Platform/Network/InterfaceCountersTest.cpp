@@ -56,18 +56,18 @@ TEST(InterfaceCounters, ReadsTheFileAnewEachTime) {
   EXPECT_EQ(counters.sum(), 12U);
 }
 
-TEST(InterfaceCounters, PassesOverALineOfNoKnownForm) {
+TEST(InterfaceCounters, SkipsALineOfUnknownForm) {
   const TemporaryFolder folder;
   EXPECT_EQ(InterfaceCounters(folder.write("dev", "lo: x\nlo:\n:\nlo: 4 0\n")).sum(), 4U);
 }
 
-TEST(InterfaceCounters, IsAbsentWithoutAFile) {
+TEST(InterfaceCounters, HasNoSumWithoutAFile) {
   const TemporaryFolder folder;
   EXPECT_EQ(InterfaceCounters(folder.path("missing")).sum(), std::nullopt);
   EXPECT_EQ(InterfaceCounters(folder.write("empty", "")).sum(), std::nullopt);
 }
 
-TEST(InterfaceCounters, ReadsTheMachinesOwn) {
+TEST(InterfaceCounters, ReadsTheMachinesOwnInterfaces) {
   EXPECT_NE(InterfaceCounters().sum(), std::nullopt);
 }
 

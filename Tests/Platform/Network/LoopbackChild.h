@@ -9,8 +9,8 @@
 
 namespace platform {
 
-/// A forked process that talks to a server of the test's, step by step as it is told. Each order
-/// returns once the child has carried it out, or false when it could not. Ends with this object.
+/// A child process that talks to the test's server, step by step. Each order waits until the child
+/// has carried it out, and returns false when it could not. The child ends with this object.
 class LoopbackChild {
  public:
   explicit LoopbackChild(const LoopbackServer& server);
@@ -20,10 +20,10 @@ class LoopbackChild {
 
   [[nodiscard]] pid_t pid() const { return pid_; }
 
-  /// Opens one connection more, which the next orders are about.
+  /// Opens another connection. The next orders use it.
   bool connect() { return order({Action::connect, 0}); }
-  /// Reads exactly so many bytes. `begin` sends the order, `finish` waits: in between the test
-  /// sends the bytes.
+  /// Reads exactly so many bytes. `begin` sends the order and `finish` waits for its end. In
+  /// between, the test sends the bytes.
   void beginReceive(std::uint64_t count) { send({Action::receive, count}); }
   bool finishReceive() { return receiveResult(); }
   bool sendBytes(std::uint64_t count) { return order({Action::send, count}); }

@@ -59,7 +59,7 @@ TEST_F(ProcSocketHoldersTest, ListsTheNumbersAmongTheFolders) {
   EXPECT_EQ(pids, (std::vector<std::int32_t>{1, 42, 32768}));
 }
 
-TEST_F(ProcSocketHoldersTest, ListsThemAnewEachTime) {
+TEST_F(ProcSocketHoldersTest, ListsTheProcessesAnewEachTime) {
   ProcSocketHolders holders(folder_.path());
   std::vector<std::int32_t> pids;
   std::filesystem::create_directories(folder_.path("5"));
@@ -69,17 +69,17 @@ TEST_F(ProcSocketHoldersTest, ListsThemAnewEachTime) {
   EXPECT_EQ(pids, (std::vector<std::int32_t>{5}));
 }
 
-TEST_F(ProcSocketHoldersTest, ReadsTheStartTimeBehindAnyName) {
+TEST_F(ProcSocketHoldersTest, ReadsTheStartTimeAfterAnyName) {
   writeStat("42", "a ) (b", "S");
   EXPECT_EQ(ProcSocketHolders(folder_.path()).startTime(42), 19876U);
 }
 
-TEST_F(ProcSocketHoldersTest, TakesAZombieForEnded) {
+TEST_F(ProcSocketHoldersTest, CountsAZombieAsEnded) {
   writeStat("42", "gone", "Z");
   EXPECT_FALSE(ProcSocketHolders(folder_.path()).startTime(42));
 }
 
-TEST_F(ProcSocketHoldersTest, HasNoStartTimeForWhatIsNotThere) {
+TEST_F(ProcSocketHoldersTest, HasNoStartTimeForAProcessThatDoesNotExist) {
   folder_.write("42/stat", "rubbish");
   ProcSocketHolders holders(folder_.path());
   EXPECT_FALSE(holders.startTime(41));
@@ -145,7 +145,7 @@ TEST(ProcSocketHoldersLive, SeesASleepingProcessRest) {
       pause();
   }
   ProcSocketHolders holders;
-  // It takes the child a moment to come to rest.
+  // The child needs a moment to come to rest.
   auto before = holders.cpuTime(child);
   for (int quiet = 0; quiet < 20; ++quiet) {
     usleep(1000);

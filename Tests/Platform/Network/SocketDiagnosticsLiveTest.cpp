@@ -17,7 +17,7 @@
 namespace platform {
 namespace {
 
-/// Lets the process open no further descriptor while it lives.
+/// As long as it exists, the process can open no further descriptor.
 class NoMoreDescriptors {
  public:
   NoMoreDescriptors() {

@@ -41,7 +41,7 @@ Message attribute(std::uint16_t type, const Message& value) {
   return bytes;
 }
 
-/// The counters as a kernel whose structure has `length` bytes gives them.
+/// The counters of a kernel whose structure has `length` bytes.
 Message counters(std::uint64_t received, std::uint64_t acked,
                  std::size_t length = sizeof(tcp_info)) {
   tcp_info info{};
@@ -158,7 +158,7 @@ TEST_F(SocketListReaderTest, TellsTheErrorThatAListingEndsWith) {
   EXPECT_EQ(reader_.errorNumber(), EPERM);
 }
 
-TEST_F(SocketListReaderTest, TakesAnEndWithoutStatusForSuccess) {
+TEST_F(SocketListReaderTest, TreatsAnEndWithoutStatusAsSuccess) {
   EXPECT_EQ(read(message(NLMSG_DONE, {})), State::finished);
 }
 
@@ -177,7 +177,7 @@ TEST_F(SocketListReaderTest, DoesNotLookAtAnswersToOtherRequests) {
   EXPECT_TRUE(sockets_.empty());
 }
 
-TEST_F(SocketListReaderTest, PassesOverMessagesOfOtherKinds) {
+TEST_F(SocketListReaderTest, SkipsMessagesOfOtherKinds) {
   EXPECT_EQ(read(message(NLMSG_NOOP, {}) + socketMessage(41, 8, 9)), State::more);
   EXPECT_EQ(sockets_.size(), 1U);
 }
@@ -208,7 +208,7 @@ TEST_F(SocketListReaderTest, IsPartialWhenASocketIsTooShort) {
   EXPECT_EQ(reader_.coverage(), Coverage::partial);
 }
 
-TEST_F(SocketListReaderTest, StopsAtALengthThatCannotBe) {
+TEST_F(SocketListReaderTest, StopsAtAnImpossibleLength) {
   for (const std::uint32_t length : {0U, 1U, 15U, 1'000'000U, 0xFFFF'FFFFU}) {
     Message datagram = socketMessage(1, 10, 10);
     std::memcpy(datagram.data(), &length, sizeof length);
@@ -220,7 +220,7 @@ TEST_F(SocketListReaderTest, StopsAtALengthThatCannotBe) {
   }
 }
 
-TEST_F(SocketListReaderTest, StopsAtAnAttributeLengthThatCannotBe) {
+TEST_F(SocketListReaderTest, StopsAtAnImpossibleAttributeLength) {
   for (const std::uint16_t length : std::vector<std::uint16_t>{0, 1, 3, 60'000, 65'535}) {
     Message attributes = attribute(INET_DIAG_INFO, counters(8, 9));
     std::memcpy(attributes.data(), &length, sizeof length);
@@ -229,7 +229,7 @@ TEST_F(SocketListReaderTest, StopsAtAnAttributeLengthThatCannotBe) {
   }
 }
 
-TEST_F(SocketListReaderTest, CountsWhatWasReadNotWhatWaits) {
+TEST_F(SocketListReaderTest, CountsReadBytesButNotWaitingOnes) {
   const Message info = attribute(INET_DIAG_INFO, counters(1000, 5));
   read(message(TCPDIAG_GETSOCK, socketPayload(7, info, 300)) +
        message(TCPDIAG_GETSOCK, socketPayload(8, info, 5000)));

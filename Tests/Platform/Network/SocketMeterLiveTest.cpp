@@ -42,7 +42,7 @@ class SocketMeterLive : public ::testing::Test {
 
   void measure() { EXPECT_EQ(meter_.measure(cancellation_).error, ""); }
 
-  /// What one measurement finds of a process.
+  /// The totals of a process in one measurement.
   std::optional<Transferred> bytesOf(pid_t pid) {
     measure();
     const auto found = std::ranges::find(meter_.totals(), pid, &SocketTotals::Total::identifier);
@@ -50,7 +50,7 @@ class SocketMeterLive : public ::testing::Test {
     return Transferred(found->bytesReceived, found->bytesSent);
   }
 
-  /// Lets the child pull `count` bytes through its last connection.
+  /// Lets the child receive `count` bytes over its last connection.
   static void pull(LoopbackChild& child, const Descriptor& serverEnd, std::uint64_t count) {
     child.beginReceive(count);
     ASSERT_TRUE(sendBytes(serverEnd, count));
@@ -132,7 +132,7 @@ TEST_F(SocketMeterLive, KeepsTheBytesOfAClosedConnection) {
   expectBetween(bytesOf(child.pid()).value_or(Transferred()).first, 35'000, 35'000 + kMarks);
 }
 
-TEST_F(SocketMeterLive, LosesNoneOfAHundredConnectionsThatItSaw) {
+TEST_F(SocketMeterLive, CountsEachOfAHundredConnectionsThatItSaw) {
   const LoopbackServer server(AF_INET);
   LoopbackChild child(server);
   for (int number = 0; number < 100; ++number) {
@@ -189,7 +189,7 @@ TEST_F(SocketMeterLive, FindsTheConnectionsOfAProcessThatWasAtRestBefore) {
   const LoopbackServer server(AF_INET);
   LoopbackChild child(server);
   LoopbackChild other(server);
-  // Runs that search everybody, and find the first child without any connection.
+  // These runs search all processes, and find the first child without any connection.
   for (int run = 0; run < 3; ++run) {
     ASSERT_TRUE(other.connect());
     const Descriptor serverEnd = server.accept();
@@ -220,7 +220,7 @@ TEST_F(SocketMeterLive, ReachesTheSamplerThroughAQueueOfItsOwn) {
   expectBetween(totals.at(child.pid()), 123'456, 123'456 + kMarks);
 }
 
-TEST_F(SocketMeterLive, KeepsAllThatAProcessMovedBeforeItEnded) {
+TEST_F(SocketMeterLive, KeepsAllBytesThatAProcessMovedBeforeItEnded) {
   if (!SocketDestroyNotifications().isAvailable()) GTEST_SKIP() << "no announcements here";
   constexpr std::int32_t kAccount = tidewell::AccountBook::kFirstIdentifier;
   tidewell::AccountDirectory accounts;

@@ -22,10 +22,10 @@ namespace {
 
 using namespace std::chrono_literals;
 
-/// Identifier, bytes received and bytes sent of each total.
+/// The identifier, the bytes received and the bytes sent of each total.
 using Rows = std::vector<std::tuple<std::int32_t, std::uint64_t, std::uint64_t>>;
 
-/// Tells what the test sets, once.
+/// Tells once of the closed sockets that the test sets.
 class FakeClosedSockets : public ClosedSockets {
  public:
   void take(std::vector<SocketRecord>& taken) override { taken = std::exchange(sockets, {}); }
@@ -59,13 +59,13 @@ class SocketMeterTest : public ::testing::Test {
 
   tidewell::NetworkMeasurement measure() { return meter_->measure(cancellation_); }
 
-  /// What is found while the interfaces are busy.
+  /// The totals of a measurement while the interfaces are busy.
   Rows found() {
     setInterfaceBytes(++interfaceBytes_);
     return foundWhileQuiet();
   }
 
-  /// What the meter counted, which must be what it hands over.
+  /// The meter's own totals, which must agree with those that it hands over.
   Rows foundWhileQuiet() {
     const tidewell::NetworkMeasurement measurement = measure();
     EXPECT_EQ(measurement.error, "");
@@ -103,7 +103,7 @@ TEST_F(SocketMeterTest, HandsOverBytesReceivedPlusBytesSent) {
   EXPECT_EQ(measure().totals, (tidewell::NetworkTotals{{7, 1234}}));
 }
 
-TEST_F(SocketMeterTest, FindsNothingWhereThereAreNoSockets) {
+TEST_F(SocketMeterTest, FindsNothingWithoutSockets) {
   EXPECT_EQ(found(), Rows{});
 }
 
@@ -119,14 +119,14 @@ TEST_F(SocketMeterTest, ListsNothingWhileTheInterfacesStandStill) {
   EXPECT_EQ(source_->listings, 2);
 }
 
-TEST_F(SocketMeterTest, ListsEachTimeWhereInterfacesCannotBeRead) {
+TEST_F(SocketMeterTest, ListsEachTimeWhenInterfacesCannotBeRead) {
   folder_.write("dev", "");
   foundWhileQuiet();
   foundWhileQuiet();
   EXPECT_EQ(source_->listings, 2);
 }
 
-TEST_F(SocketMeterTest, CountsASocketOnceThatIsListedTwice) {
+TEST_F(SocketMeterTest, CountsOnceASocketThatIsListedTwice) {
   holders_->processes[7] = {100, 1, {41}};
   source_->sockets = {{1, 41, 0, 5, 9}, {1, 41, 0, 6, 8}};
   EXPECT_EQ(found(), (Rows{{7, 6, 9}}));
@@ -151,7 +151,7 @@ TEST_F(SocketMeterTest, DropsAProcessThatHasEnded) {
   EXPECT_EQ(found(), Rows{});
 }
 
-TEST_F(SocketMeterTest, BeginsAtZeroForALaterProcessOfTheSameIdentifier) {
+TEST_F(SocketMeterTest, BeginsAtZeroForALaterProcessWithTheSameIdentifier) {
   holders_->processes[7] = {100, 40, {41}};
   source_->sockets = {{1, 41, 0, 5, 5}};
   found();
@@ -160,7 +160,7 @@ TEST_F(SocketMeterTest, BeginsAtZeroForALaterProcessOfTheSameIdentifier) {
   EXPECT_EQ(found(), (Rows{{7, 3, 3}}));
 }
 
-TEST_F(SocketMeterTest, FailsOnceWhereTheTableCannotBeReadAndThenFindsNothing) {
+TEST_F(SocketMeterTest, FailsOnceWhenTheTableCannotBeReadAndThenFindsNothing) {
   source_->answer.errorNumber = ENOENT;
   const auto first = measure();
   EXPECT_EQ(first.totals, std::nullopt);
@@ -230,7 +230,7 @@ TEST_F(SocketMeterTest, CountsTheLastBytesOfAProcessThatEndedWithItsSocket) {
   EXPECT_EQ(found(), (Rows{{kAccount, 1000, 25}}));
 }
 
-TEST_F(SocketMeterTest, CountsWhatAnEndedProcessHadStillToSend) {
+TEST_F(SocketMeterTest, CountsTheBytesThatAnEndedProcessHadStillToSend) {
   constexpr std::int32_t kAccount = tidewell::AccountBook::kFirstIdentifier;
   accounts_.assign(7, kAccount);
   holders_->processes[7] = {100, 1, {41}};
@@ -242,7 +242,7 @@ TEST_F(SocketMeterTest, CountsWhatAnEndedProcessHadStillToSend) {
   EXPECT_EQ(found(), (Rows{{kAccount, 10, 90}}));
 }
 
-TEST_F(SocketMeterTest, HearsOfClosedSocketsAlsoWhileTheInterfacesAreQuiet) {
+TEST_F(SocketMeterTest, CountsClosedSocketsEvenWhileTheInterfacesAreQuiet) {
   holders_->processes[7] = {100, 1, {41}};
   source_->sockets = {{1, 41, 0, 10, 20}};
   found();
@@ -250,7 +250,7 @@ TEST_F(SocketMeterTest, HearsOfClosedSocketsAlsoWhileTheInterfacesAreQuiet) {
   EXPECT_EQ(foundWhileQuiet(), (Rows{{7, 1000, 25}}));
 }
 
-TEST_F(SocketMeterTest, LooksAgainWhileSomethingWaitsToBeRead) {
+TEST_F(SocketMeterTest, ListsAgainWhileBytesWaitToBeRead) {
   holders_->processes[7] = {100, 1, {41}};
   source_->sockets = {{1, 41, 0, 10, 20, true}};
   found();
@@ -261,7 +261,7 @@ TEST_F(SocketMeterTest, LooksAgainWhileSomethingWaitsToBeRead) {
   EXPECT_EQ(source_->listings, listings);
 }
 
-TEST_F(SocketMeterTest, OutlivesTheLateEndOfASocketWhoseOwnerIsLongGone) {
+TEST_F(SocketMeterTest, SurvivesTheLateEndOfASocketWhoseOwnerIsLongGone) {
   holders_->processes[5] = {100, 1, {43}};
   holders_->processes[7] = {100, 1, {41}};
   source_->sockets = {{1, 41, 0, 10, 20}, {3, 43, 0, 1, 2}};

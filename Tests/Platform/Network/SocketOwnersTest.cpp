@@ -25,7 +25,8 @@ class SocketOwnersTest : public ::testing::Test {
     return {1000 + inode, inode, uid, 0, 0};
   }
 
-  /// The processes that own `sockets`, as of one more run. The log of searches begins anew.
+  /// Makes another run and returns the processes that own `sockets`. The log of searches begins
+  /// anew.
   Pids ownersOf(const std::vector<SocketRecord>& sockets, Coverage coverage = Coverage::complete) {
     return ownersOf(owners_, sockets, coverage);
   }
@@ -40,7 +41,7 @@ class SocketOwnersTest : public ::testing::Test {
     return pids;
   }
 
-  /// Runs with all sockets known, until every process has been searched at rest.
+  /// Makes runs with only known sockets, until every process has been searched at rest.
   void settle(const std::vector<SocketRecord>& sockets) {
     ownersOf(sockets);
     ownersOf(sockets);
@@ -67,7 +68,7 @@ TEST_F(SocketOwnersTest, KnowsTheStartOfTheOwner) {
   EXPECT_EQ(owners[0].startTime, 777U);
 }
 
-TEST_F(SocketOwnersTest, SearchesNobodyForASocketThatItKnows) {
+TEST_F(SocketOwnersTest, SearchesNoProcessForAKnownSocket) {
   holders_.processes[5] = {100, 1, {41}};
   ownersOf({socket(41)});
   holders_.run(5);
@@ -75,7 +76,7 @@ TEST_F(SocketOwnersTest, SearchesNobodyForASocketThatItKnows) {
   EXPECT_EQ(holders_.searched, (Pids{}));
 }
 
-TEST_F(SocketOwnersTest, SearchesYoungerProcessesFirstAndStopsWhenAllIsFound) {
+TEST_F(SocketOwnersTest, SearchesYoungerProcessesFirstAndStopsWhenAllSocketsAreFound) {
   holders_.processes[5] = {100, 1, {41}};
   holders_.processes[6] = {100, 1, {42}};
   holders_.processes[7] = {100, 1, {}};
@@ -93,7 +94,7 @@ TEST_F(SocketOwnersTest, SearchesProcessesThatOwnSocketsBeforeOthers) {
   EXPECT_EQ(holders_.searched, (Pids{5}));
 }
 
-TEST_F(SocketOwnersTest, SearchesOnlyProcessesThatRanOnceTheyWereFoundAtRest) {
+TEST_F(SocketOwnersTest, SearchesAProcessThatWasFoundAtRestOnlyAfterItRan) {
   holders_.processes[5] = {100, 1, {41}};
   holders_.processes[6] = {100, 1, {}};
   settle({socket(40)});
@@ -105,13 +106,13 @@ TEST_F(SocketOwnersTest, SearchesOnlyProcessesThatRanOnceTheyWereFoundAtRest) {
 
 TEST_F(SocketOwnersTest, FindsASocketOpenedBetweenTheListingAndTheSearch) {
   holders_.processes[5] = {100, 1, {41, 42}};
-  // 42 was opened just before the search for 40 and is in the next listing only; the process has
-  // not run since.
+  // Socket 42 was opened just before the search for socket 40, so only the next listing has it. The
+  // process has not run since.
   ownersOf({socket(40)});
   EXPECT_EQ(ownersOf({socket(40), socket(42)}), (Pids{0, 5}));
 }
 
-TEST_F(SocketOwnersTest, SearchesEverybodyWhereTheSystemTellsNoCpuTime) {
+TEST_F(SocketOwnersTest, SearchesEveryProcessWhenTheSystemTellsNoCpuTime) {
   holders_.refusesCpuTime = true;
   holders_.processes[5] = {100, 1, {41}};
   holders_.processes[6] = {100, 1, {}};
@@ -138,7 +139,7 @@ TEST_F(SocketOwnersTest, LooksForAMissingSocketOnceMoreAndThenEvery30Seconds) {
   EXPECT_EQ(holders_.searched, (Pids{5}));
 }
 
-TEST_F(SocketOwnersTest, FindsAMissingSocketOnTheWayToAnother) {
+TEST_F(SocketOwnersTest, FindsAMissingSocketDuringTheSearchForAnother) {
   holders_.processes[5] = {100, 1, {}};
   settle({socket(41)});
   holders_.processes[5].sockets = {41, 42};
@@ -146,7 +147,7 @@ TEST_F(SocketOwnersTest, FindsAMissingSocketOnTheWayToAnother) {
   EXPECT_EQ(ownersOf({socket(41), socket(42)}), (Pids{5, 5}));
 }
 
-TEST_F(SocketOwnersTest, FindsAMissingSocketAtTheRetryThoughItsHolderRanLongBefore) {
+TEST_F(SocketOwnersTest, FindsAMissingSocketAtTheRetryEvenIfItsHolderRanLongBefore) {
   holders_.processes[5] = {100, 1, {}};
   holders_.processes[6] = {100, 1, {}};
   settle({socket(41)});
@@ -160,7 +161,7 @@ TEST_F(SocketOwnersTest, FindsAMissingSocketAtTheRetryThoughItsHolderRanLongBefo
   EXPECT_EQ(ownersOf({socket(41), socket(42)}), (Pids{5, 6}));
 }
 
-TEST_F(SocketOwnersTest, SearchesNobodyForASocketThatNoProcessHolds) {
+TEST_F(SocketOwnersTest, SearchesNoProcessForASocketThatNobodyHolds) {
   holders_.processes[5] = {100, 1, {41}};
   EXPECT_EQ(ownersOf({socket(0)}), (Pids{0}));
   EXPECT_EQ(holders_.searched, (Pids{}));
@@ -184,7 +185,7 @@ TEST_F(SocketOwnersTest, LeavesAClosedSocketToItsProcess) {
   EXPECT_EQ(ownersOf({closed}), (Pids{5}));
 }
 
-TEST_F(SocketOwnersTest, NeverLooksForAnotherUsersSocketWhenItMayNotRead) {
+TEST_F(SocketOwnersTest, NeverLooksForAnotherUsersSocketWhenItMayNotReadThatUsersProcesses) {
   SocketOwners owners(holders_, processes_, 1000);
   holders_.processes[5] = {100, 1, {41}};
   EXPECT_EQ(ownersOf(owners, {socket(41, 0)}, Coverage::complete), (Pids{0}));
@@ -200,14 +201,14 @@ TEST_F(SocketOwnersTest, LooksForAnotherOwnerWhenTheFirstHasEnded) {
   EXPECT_EQ(ownersOf({socket(41)}), (Pids{5}));
 }
 
-TEST_F(SocketOwnersTest, TakesALaterProcessOfTheSameIdentifierForAnother) {
+TEST_F(SocketOwnersTest, TreatsALaterProcessWithTheSameIdentifierAsAnother) {
   holders_.processes[5] = {100, 50, {41}};
   ASSERT_EQ(ownersOf({socket(41)}), (Pids{5}));
   holders_.processes[5] = {200, 2, {}};
   EXPECT_EQ(ownersOf({socket(41)}), (Pids{0}));
 }
 
-TEST_F(SocketOwnersTest, PassesOverProcessesThatMayNotBeRead) {
+TEST_F(SocketOwnersTest, SkipsProcessesThatMayNotBeRead) {
   holders_.processes[5] = {100, 1, {41}};
   holders_.processes[6] = {100, 1, {42}, false};
   EXPECT_EQ(ownersOf({socket(41), socket(42)}), (Pids{5, 0}));
@@ -235,7 +236,7 @@ TEST_F(SocketOwnersTest, RemembersASocketThatPartialListingsLacked) {
   EXPECT_EQ(holders_.searched, (Pids{}));
 }
 
-TEST_F(SocketOwnersTest, AsksWhoAProcessIsOnlyAfterItRan) {
+TEST_F(SocketOwnersTest, ReadsTheStartTimeOfAProcessOnlyAfterItRan) {
   holders_.processes[5] = {100, 1, {41}};
   ownersOf({socket(41)});
   ownersOf({socket(41)});

@@ -90,7 +90,7 @@ TEST_F(SocketTotalsTest, NamesAProcessWhoseSocketsHaveCarriedNothingYet) {
   EXPECT_EQ(of(7), Bytes(0, 0));
 }
 
-TEST_F(SocketTotalsTest, NeverGoesBackwardsWhenASocketDoes) {
+TEST_F(SocketTotalsTest, NeverDecreasesWhenTheCountersOfASocketDo) {
   update({{1, {10, 10}, {7, 100}}});
   update({{1, {4, 4}, {7, 100}}});
   EXPECT_EQ(of(7), Bytes(10, 10));
@@ -98,41 +98,41 @@ TEST_F(SocketTotalsTest, NeverGoesBackwardsWhenASocketDoes) {
   EXPECT_EQ(of(7), Bytes(11, 10));
 }
 
-TEST_F(SocketTotalsTest, CountsWhatCameBeforeTheOwnerWasKnown) {
+TEST_F(SocketTotalsTest, CountsTheBytesFromBeforeTheOwnerWasKnown) {
   update({{1, {10, 1}, kNobody}});
   EXPECT_TRUE(totals_.all().empty());
   update({{1, {12, 1}, {7, 100}}});
   EXPECT_EQ(of(7), Bytes(12, 1));
 }
 
-TEST_F(SocketTotalsTest, LeavesEachOwnerWhatTheSocketCarriedForIt) {
+TEST_F(SocketTotalsTest, LeavesEachOwnerTheBytesThatTheSocketCarriedForIt) {
   update({{1, {10, 1}, {7, 100}}});
   update({{1, {15, 1}, {8, 100}}});
   EXPECT_EQ(of(7), Bytes(10, 1));
   EXPECT_EQ(of(8), Bytes(5, 0));
 }
 
-TEST_F(SocketTotalsTest, CountsWhatCameBetweenTwoOwnersForTheSecond) {
+TEST_F(SocketTotalsTest, CountsTheBytesBetweenTwoOwnersForTheSecond) {
   update({{1, {10, 0}, {7, 100}}});
   update({{1, {13, 0}, kNobody}});
   update({{1, {15, 0}, {8, 100}}});
   EXPECT_EQ(of(8), Bytes(5, 0));
 }
 
-TEST_F(SocketTotalsTest, BeginsAtZeroForALaterProcessOfTheSameIdentifier) {
+TEST_F(SocketTotalsTest, BeginsAtZeroForALaterProcessWithTheSameIdentifier) {
   update({{1, {10, 1}, {7, 100}}});
   update({{2, {3, 3}, {7, 200}}});
   EXPECT_EQ(of(7), Bytes(3, 3));
 }
 
-TEST_F(SocketTotalsTest, DoesNotCountASocketAgainThatOneListingSkipped) {
+TEST_F(SocketTotalsTest, DoesNotCountAgainASocketThatOneListingSkipped) {
   update({{1, {10, 1}, {7, 100}}, {2, {1, 1}, {7, 100}}});
   update({{2, {1, 1}, {7, 100}}});
   update({{1, {12, 1}, {7, 100}}, {2, {1, 1}, {7, 100}}});
   EXPECT_EQ(of(7), Bytes(13, 2));
 }
 
-TEST_F(SocketTotalsTest, DoesNotCountASocketAgainThatPartialListingsLacked) {
+TEST_F(SocketTotalsTest, DoesNotCountAgainASocketThatPartialListingsLacked) {
   update({{1, {10, 1}, {7, 100}}});
   update({}, Coverage::partial);
   update({}, Coverage::partial);
@@ -158,7 +158,7 @@ TEST_F(SocketTotalsTest, ForgetsASocketThatTwoListingsLacked) {
   EXPECT_EQ(totals_.socketCount(), 1U);
 }
 
-TEST_F(SocketTotalsTest, StaysSmallHoweverManySocketsComeAndGo) {
+TEST_F(SocketTotalsTest, DoesNotGrowWithSocketsThatComeAndGo) {
   for (std::uint64_t cookie = 1; cookie <= 10'000; ++cookie) {
     update({{cookie, {1, 0}, {7, 100}}});
     ASSERT_LE(totals_.socketCount(), 2U);
@@ -166,7 +166,7 @@ TEST_F(SocketTotalsTest, StaysSmallHoweverManySocketsComeAndGo) {
   EXPECT_EQ(of(7), Bytes(10'000, 0));
 }
 
-TEST_F(SocketTotalsTest, StopsBelowWhatTheSumOfBothCountersCanHold) {
+TEST_F(SocketTotalsTest, StopsBeforeTheSumOfBothCountersOverflows) {
   constexpr std::uint64_t kMax = std::numeric_limits<std::uint64_t>::max();
   update({{1, {kMax, kMax}, {7, 100}}, {2, {kMax, 5}, {7, 100}}});
   EXPECT_EQ(of(7), Bytes(0x7FFF'FFFF'FFFF'FFFF, 0x7FFF'FFFF'FFFF'FFFF));
@@ -190,7 +190,7 @@ TEST_F(SocketTotalsByAccountTest, CountsTheProcessesOfAnAccountTogether) {
   EXPECT_EQ(of(7), std::nullopt);
 }
 
-TEST_F(SocketTotalsByAccountTest, NothingChangesWhenAProcessEnds) {
+TEST_F(SocketTotalsByAccountTest, DoesNotChangeWhenAProcessEnds) {
   accounts_.assign(7, kAccount);
   update({{1, {10, 1}, {7, 100}}});
   accounts_.noteEnd(7);
@@ -199,7 +199,7 @@ TEST_F(SocketTotalsByAccountTest, NothingChangesWhenAProcessEnds) {
   EXPECT_EQ(of(kAccount), Bytes(10, 1));
 }
 
-TEST_F(SocketTotalsByAccountTest, MovesWhatAProcessHadBeforeItsAccountWasKnown) {
+TEST_F(SocketTotalsByAccountTest, MovesTheBytesFromBeforeTheAccountWasKnown) {
   accounts_.assign(8, kAccount);
   update({{1, {10, 1}, {7, 100}}, {2, {1, 1}, {8, 100}}});
   EXPECT_EQ(of(7), Bytes(10, 1));
@@ -209,7 +209,7 @@ TEST_F(SocketTotalsByAccountTest, MovesWhatAProcessHadBeforeItsAccountWasKnown) 
   EXPECT_EQ(of(kAccount), Bytes(13, 2));
 }
 
-TEST_F(SocketTotalsByAccountTest, LeavesUnderTheFormerAccountWhatWasCountedThere) {
+TEST_F(SocketTotalsByAccountTest, LeavesTheFormerAccountTheBytesThatWereCountedThere) {
   accounts_.assign(7, kAccount);
   update({{1, {10, 1}, {7, 100}}});
   accounts_.assign(7, kAccount + 1);
@@ -226,7 +226,7 @@ TEST_F(SocketTotalsByAccountTest, SaysWhichAccountsAreInUse) {
   EXPECT_EQ(accounts_.takeUsed(), std::vector<std::int32_t>{}) << "nothing moved";
 }
 
-TEST_F(SocketTotalsByAccountTest, ForgetsThoseOfVeryManyAccountsThatStoodStillForLongest) {
+TEST_F(SocketTotalsByAccountTest, ForgetsTheAccountsThatStoodStillForLongestWhenThereAreTooMany) {
   constexpr std::int32_t kBrowser = tidewell::AccountBook::kFirstIdentifier;
   accounts_.assign(6, kBrowser);
   for (std::int32_t turn = 0; turn < 1030; ++turn) {

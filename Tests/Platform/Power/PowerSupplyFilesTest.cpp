@@ -56,34 +56,34 @@ TEST_F(PowerSupplyFilesTest, TellOfALaptopWithoutItsAdapter) {
   EXPECT_EQ(read().percentage, 45.0);
 }
 
-TEST_F(PowerSupplyFilesTest, TakeAnyAdapterForTheWall) {
+TEST_F(PowerSupplyFilesTest, CountAnyAdapterAsMains) {
   supply("AC", {{"type", "Mains"}, {"online", "0"}});
   supply("ucsi-source-psy-1", {{"type", "USB"}, {"online", "1"}});
   supply("BAT0", {{"type", "Battery"}, {"status", "Discharging"}, {"capacity", "45"}});
   EXPECT_FALSE(read().onBattery);
 }
 
-TEST_F(PowerSupplyFilesTest, GoByTheBatteryWhereNoAdapterTells) {
+TEST_F(PowerSupplyFilesTest, UseTheBatteryWhenNoAdapterTells) {
   supply("BAT0", {{"type", "Battery"}, {"status", "Discharging"}, {"capacity", "45"}});
   EXPECT_TRUE(read().onBattery);
   supply("BAT0", {{"status", "Full"}});
   EXPECT_FALSE(read().onBattery);
 }
 
-TEST_F(PowerSupplyFilesTest, DoNotTakeAnIdleUsbPortForALostAdapter) {
+TEST_F(PowerSupplyFilesTest, DoNotCountAnIdleUsbPortAsALostAdapter) {
   supply("usb", {{"type", "USB"}, {"online", "0"}});
   supply("BAT0", {{"type", "Battery"}, {"status", "Charging"}, {"capacity", "45"}});
   EXPECT_FALSE(read().onBattery);
 }
 
-TEST_F(PowerSupplyFilesTest, PassOverTheBatteriesOfPeripherals) {
+TEST_F(PowerSupplyFilesTest, SkipTheBatteriesOfPeripherals) {
   supply("hid-mouse",
          {{"type", "Battery"}, {"scope", "Device"}, {"status", "Discharging"}, {"capacity", "5"}});
   EXPECT_FALSE(read().hasBattery);
   EXPECT_FALSE(read().onBattery);
 }
 
-TEST_F(PowerSupplyFilesTest, PassOverAnEmptyBatterySlot) {
+TEST_F(PowerSupplyFilesTest, SkipAnEmptyBatterySlot) {
   supply("BAT0", {{"type", "Battery"}, {"present", "0"}, {"capacity", "0"}});
   EXPECT_FALSE(read().hasBattery);
 }
@@ -106,7 +106,7 @@ TEST_F(PowerSupplyFilesTest, TakeTheMeanOfBatteriesThatCannotBeAddedUp) {
   EXPECT_EQ(read().percentage, 30.0);
 }
 
-TEST_F(PowerSupplyFilesTest, PassOverFilesThatMakeNoSense) {
+TEST_F(PowerSupplyFilesTest, SkipFilesThatMakeNoSense) {
   supply("BAT0", {{"type", "Battery"},
                   {"present", "perhaps"},
                   {"energy_now", "12abc"},
@@ -132,7 +132,7 @@ TEST_F(PowerSupplyFilesTest, NeverTellOfMoreThanAFullBattery) {
   EXPECT_EQ(read().percentage, 100.0);
 }
 
-TEST_F(PowerSupplyFilesTest, PassOverWhatIsNoSupply) {
+TEST_F(PowerSupplyFilesTest, SkipEverythingThatIsNoSupply) {
   folder.write("stray", "text");
   supply("odd", {{"model", "x"}});
   EXPECT_FALSE(read().hasBattery);

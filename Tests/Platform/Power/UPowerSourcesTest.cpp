@@ -47,7 +47,7 @@ class UPowerSourcesTest : public BusTest {
     return service;
   }
 
-  /// "state percent" of the source, as far as it tells.
+  /// The source as "state percent", without what is unknown.
   std::string source() {
     const auto source = sources->source();
     if (!source) return "none";
@@ -100,7 +100,7 @@ TEST_F(UPowerSourcesTest, BelieveUPowerRatherThanTheKernel) {
   EXPECT_EQ(source(), "Battery Power 45");
 }
 
-TEST_F(UPowerSourcesTest, AskTheKernelWhereUPowerIsAbsent) {
+TEST_F(UPowerSourcesTest, AskTheKernelWhenUPowerIsAbsent) {
   EXPECT_EQ(source(), "none");
   supplies.write("BAT0/type", "Battery\n");
   supplies.write("BAT0/status", "Discharging\n");
@@ -108,12 +108,12 @@ TEST_F(UPowerSourcesTest, AskTheKernelWhereUPowerIsAbsent) {
   EXPECT_EQ(source(), "Battery Power 29");
 }
 
-TEST_F(UPowerSourcesTest, TellNoCapacityThatNobodyKnows) {
+TEST_F(UPowerSourcesTest, TellNoUnknownCapacity) {
   supplies.write("BAT0/type", "Battery\n");
   EXPECT_EQ(source(), "AC Power");
 }
 
-TEST_F(UPowerSourcesTest, AreAbsentWhereNobodyTells) {
+TEST_F(UPowerSourcesTest, AreAbsentWhenNeitherUPowerNorTheKernelTells) {
   UPowerSources nowhere(*systemBus, supplies.path() / "missing");
   EXPECT_EQ(nowhere.source(), std::nullopt);
 }
@@ -126,7 +126,7 @@ TEST_F(UPowerSourcesTest, ChangeToUPowerWhenItAppearsAndBackWhenItGoes) {
   EXPECT_TRUE(eventually([&] { return source() == "none"; }));
 }
 
-TEST_F(UPowerSourcesTest, StartUPowerOnceAtMostAndTheProfilesServiceNever) {
+TEST_F(UPowerSourcesTest, StartUPowerAtMostOnceAndNeverTheProfilesService) {
   const std::string starts = supplies.path() / "starts";
   systemDaemon->stop();
   systemDaemon->offer(kUPower, "/bin/sh -c 'echo upower >> " + starts + "'");
@@ -160,7 +160,7 @@ TEST_F(UPowerSourcesTest, SeeLowPowerModeUnderTheServicesOlderName) {
   EXPECT_TRUE(sources->isLowPowerModeEnabled());
 }
 
-TEST_F(UPowerSourcesTest, BelieveTheNewerNameFirst) {
+TEST_F(UPowerSourcesTest, PreferTheNewerNameOfTheProfilesService) {
   const auto newer = profiles("org.freedesktop.UPower.PowerProfiles",
                               "/org/freedesktop/UPower/PowerProfiles", "balanced");
   const auto older =
@@ -180,7 +180,7 @@ TEST_F(UPowerSourcesTest, WorkWithoutABus) {
   EXPECT_FALSE(sources->isLowPowerModeEnabled());
 }
 
-/// The same with services that others wrote.
+/// The power sources with mock services that another project wrote.
 class MockedPowerTest : public UPowerSourcesTest {
  protected:
   void SetUp() override {

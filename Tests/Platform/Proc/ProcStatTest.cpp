@@ -12,7 +12,7 @@ std::string line(const std::string& comm) {
          ") S 12 4711 4700 34816 -1 4194560 10 20 30 40 111 222 333 444 20 0 5 0 987654 1 2 3\n";
 }
 
-TEST(ProcStat, ReadsTheFieldsBehindTheName) {
+TEST(ProcStat, ReadsTheFieldsAfterTheName) {
   const auto stat = parseProcStat(line("bash"));
   ASSERT_TRUE(stat);
   EXPECT_EQ(stat->comm, "bash");
@@ -27,7 +27,7 @@ TEST(ProcStat, ReadsTheFieldsBehindTheName) {
   EXPECT_EQ(stat->startTicks, 987654u);
 }
 
-TEST(ProcStat, TakesTheNameUpToTheLastParenthesis) {
+TEST(ProcStat, ReadsTheNameUpToTheLastParenthesis) {
   for (const std::string comm : {"a b", "a) S 1 (b", "(sd-pam)", "new\nline", "", "\xff\xfe"}) {
     const auto stat = parseProcStat(line(comm));
     ASSERT_TRUE(stat) << comm;
@@ -36,7 +36,7 @@ TEST(ProcStat, TakesTheNameUpToTheLastParenthesis) {
   }
 }
 
-TEST(ProcStat, RefusesWhatIsCutShort) {
+TEST(ProcStat, RefusesATextThatIsCutOff) {
   const std::string whole = line("bash");
   EXPECT_FALSE(parseProcStat(""));
   EXPECT_FALSE(parseProcStat("4711"));
@@ -45,7 +45,7 @@ TEST(ProcStat, RefusesWhatIsCutShort) {
   EXPECT_FALSE(parseProcStat(whole.substr(0, whole.find("987654"))));
 }
 
-TEST(ProcStat, RefusesFieldsThatAreNoNumbers) {
+TEST(ProcStat, RefusesFieldsThatAreNotNumbers) {
   EXPECT_FALSE(parseProcStat("1 (a) S x 1 1 0 -1 0 1 1 1 1 1 1 1 1 20 0 1 0 5"));
   EXPECT_FALSE(parseProcStat("1 (a) S 1 1 1 0 -1 0 1 1 1 1 1 1 1 1 20 0 1 0 -5"));
   EXPECT_FALSE(
@@ -61,7 +61,7 @@ TEST(ProcIo, ReadsTheBytesThatWentToADevice) {
   EXPECT_EQ(io->writeBytes, 8192u);
 }
 
-TEST(ProcIo, DoesNotTakeCancelledBytesForWrittenOnes) {
+TEST(ProcIo, DoesNotCountCancelledBytesAsWritten) {
   EXPECT_FALSE(parseProcIo("rchar: 1\nread_bytes: 4096\ncancelled_write_bytes: 5\n"));
 }
 

@@ -1,4 +1,4 @@
-// Nothing that real processes used is lost, and nothing is counted twice.
+// Tests that nothing that real processes used is lost or counted twice.
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -36,8 +36,8 @@ class NobodysApplications : public ApplicationResolver {
   void refresh() override {}
 };
 
-/// A driver that starts one worker after the other, all under a name that nobody else has, and then
-/// stands still: so the name has not ended.
+/// A driver that starts one worker after the other, all under a unique name, and then stands still,
+/// so that the name has not ended.
 class Driver {
  public:
   /// Each worker counts up to `steps`.
@@ -83,7 +83,7 @@ class Driver {
   pid_t pid_ = 0;
 };
 
-/// What the kernel has charged `pid` and the children that it reaped, in seconds.
+/// The time in seconds that the kernel has charged to `pid` and the children that it reaped.
 double charged(ProcFileSystem& proc, pid_t pid) {
   const auto text = proc.read(pid, "stat");
   const auto stat = text ? parseProcStat(*text) : std::nullopt;
@@ -99,7 +99,7 @@ class ConservedProcessesLiveTest : public ::testing::Test {
   explicit ConservedProcessesLiveTest(std::int32_t self = 0)
       : conserved({table, clock, accounts, 64, self}) {}
 
-  /// The time of all that is counted under the driver's path, in seconds.
+  /// The time in seconds that is counted under the driver's path.
   double counted(const std::string& program) {
     double sum = 0;
     for (const std::int32_t pid : conserved.snapshot().processes) {
@@ -110,7 +110,7 @@ class ConservedProcessesLiveTest : public ::testing::Test {
     return sum;
   }
 
-  /// Lets the driver do its work and checks that all of it was counted, once.
+  /// Lets the driver do its work, and checks that all of it was counted exactly once.
   void countAll(const Driver& driver) {
     double last = 0;
     const auto end = Steady::now() + 150s;
@@ -122,7 +122,7 @@ class ConservedProcessesLiveTest : public ::testing::Test {
     counted(driver.program());
     const double all = charged(proc, driver.pid());
     EXPECT_GT(all, 0.3) << "too little work to tell";
-    // The kernel tells of ended children in hundredths, cut off.
+    // The kernel tells the time of ended children in hundredths of a second, rounded down.
     EXPECT_NEAR(counted(driver.program()), all, 0.05);
   }
 
@@ -151,7 +151,7 @@ class ConservedProcessesWithToolsLiveTest : public ConservedProcessesLiveTest {
  protected:
   ConservedProcessesWithToolsLiveTest() : ConservedProcessesLiveTest(getpid()) {}
 
-  /// The time of this very process, in seconds, as it is counted.
+  /// The time in seconds that is counted for this process itself.
   double countedOfSelf() {
     conserved.snapshot();
     tidewell::ResourceUsage usage;
@@ -175,7 +175,7 @@ TEST_F(ConservedProcessesWithToolsLiveTest, LeavesOutTheWorkOfAToolThatItSees) {
       EXPECT_EQ(counted(tool.program()), 0);
     EXPECT_GT(charged(proc, tool.pid()), 0.3) << "too little work to tell";
   }
-  // The tool was reaped, and what it used is in what this process is charged.
+  // The tool was reaped, so its time is charged to this process.
   countedOfSelf();
   EXPECT_NEAR(countedOfSelf() - usedBySelf(), before, 0.05);
 }

@@ -12,12 +12,13 @@
 
 namespace platform {
 
-/// A folder of the shape of `/proc`, and the CPU clocks that go with it. Removed at the end.
+/// A folder with the layout of `/proc`, and the CPU clocks for its processes. It is removed at the
+/// end.
 class ProcTree : public CpuClock {
  public:
   struct Process {
     std::int32_t pid = 0;
-    std::string exe;  ///< Empty: a kernel thread.
+    std::string exe;  ///< Empty for a kernel thread.
     std::string comm = "program";
     std::uint64_t cpu = 0;
     std::uint64_t readBytes = 0;
@@ -42,7 +43,7 @@ class ProcTree : public CpuClock {
 
   [[nodiscard]] std::string root() const { return root_.string(); }
 
-  /// Adds the process, or replaces the one under its number.
+  /// Adds the process, or replaces the one with its pid.
   void put(const Process& process) {
     const auto folder = root_ / std::to_string(process.pid);
     std::filesystem::remove_all(folder);
@@ -51,7 +52,7 @@ class ProcTree : public CpuClock {
     update(process);
   }
 
-  /// Rewrites the files of the process under its number, so that open ones show it.
+  /// Rewrites the files of the process in place, so that files that are open show the change.
   void update(const Process& process) {
     const auto folder = root_ / std::to_string(process.pid);
     write(folder / "stat",

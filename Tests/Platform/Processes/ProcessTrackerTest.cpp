@@ -83,12 +83,12 @@ TEST_F(ProcessTrackerTest, FindsEveryProcessInTheFirstPass) {
   EXPECT_EQ(process(30).io.writeBytes, 2u);
 }
 
-TEST_F(ProcessTrackerTest, FindsANewProcessByTheNewestNumberWithoutListingTheFolder) {
+TEST_F(ProcessTrackerTest, FindsANewProcessByTheNewestIdentifierWithoutListingTheFolder) {
   tree.put({.pid = 4, .exe = "/usr/bin/a"});
   tree.setNewest(4);
   tracker().refresh();
   tree.put({.pid = 9, .exe = "/usr/bin/b"});
-  // Not given out by the kernel as far as it says, so only a listing could find it.
+  // According to `loadavg` the kernel has not given out this pid, so only a listing can find it.
   tree.put({.pid = 50, .exe = "/usr/bin/c"});
   tree.setNewest(10);
   tracker().refresh();
@@ -109,7 +109,7 @@ TEST_F(ProcessTrackerTest, ListsTheFolderAfterHalfAMinute) {
   EXPECT_EQ(units.refreshes, 2);
 }
 
-TEST_F(ProcessTrackerTest, ListsTheFolderWhenTheNumbersBeganAgain) {
+TEST_F(ProcessTrackerTest, ListsTheFolderWhenTheIdentifiersBeganAgain) {
   tree.put({.pid = 4000, .exe = "/usr/bin/a"});
   tree.setNewest(4000);
   tracker().refresh();
@@ -135,7 +135,7 @@ TEST_F(ProcessTrackerTest, DoesNotReadTheFilesOfAProcessThatDidNotRun) {
   tree.setNewest(4);
   tracker().refresh();
   tracker().refresh();
-  // From here on every pass would see a changed file.
+  // From here on every pass would notice a changed file.
   tree.setFile(4, "io", "x\nread_bytes: 999\nwrite_bytes: 0\n");
   tracker().refresh();
   EXPECT_EQ(process(4).io.readBytes, 100u);
@@ -145,7 +145,7 @@ TEST_F(ProcessTrackerTest, DoesNotReadTheFilesOfAProcessThatDidNotRun) {
   EXPECT_EQ(process(4).cpuTime, 11u);
 }
 
-TEST_F(ProcessTrackerTest, AsksOneClockReadingOfAQuietProcess) {
+TEST_F(ProcessTrackerTest, ReadsTheClockOfAQuietProcessOnce) {
   for (int pid = 10; pid < 20; ++pid)
     tree.put({.pid = pid, .exe = "/usr/bin/a"});
   tree.setNewest(20);
@@ -166,7 +166,7 @@ TEST_F(ProcessTrackerTest, ReadsTheNameAgainWhenTheCommChanged) {
   EXPECT_EQ(process(4).path, "/usr/bin/ffmpeg");
 }
 
-TEST_F(ProcessTrackerTest, NoticesAProgramReplacedUnderTheSameCommBeforeLong) {
+TEST_F(ProcessTrackerTest, SoonNoticesAProgramThatWasReplacedUnderTheSameComm) {
   tree.put({.pid = 4, .exe = "/opt/old/tool", .comm = "tool", .cpu = 1});
   tree.setNewest(4);
   tracker().refresh();
@@ -189,7 +189,7 @@ TEST_F(ProcessTrackerTest, LooksAtTheUnitOfANewProcessOnASecondPass) {
   EXPECT_EQ(process(4).application->bundleIdentifier(), "player");
 }
 
-TEST_F(ProcessTrackerTest, LooksOnceAtAProcessThatWasThereForLong) {
+TEST_F(ProcessTrackerTest, LooksOnlyOnceAtAnOldProcess) {
   uptimeTicks = 1000 + static_cast<std::uint64_t>(10 * sysconf(_SC_CLK_TCK));
   tree.put({.pid = 4, .exe = "/usr/bin/a", .start = 999});
   tree.put({.pid = 5, .exe = "/usr/bin/b", .start = 1000});
@@ -202,7 +202,7 @@ TEST_F(ProcessTrackerTest, LooksOnceAtAProcessThatWasThereForLong) {
   EXPECT_EQ(process(5).programVersion, second + 1) << "ten seconds old";
 }
 
-TEST_F(ProcessTrackerTest, HandsTheResolverWhatItNeedsToKnow) {
+TEST_F(ProcessTrackerTest, GivesTheResolverTheFactsOfAProcess) {
   tree.put({.pid = 4,
             .exe = "/usr/bin/python3.11",
             .start = 77,
@@ -217,7 +217,7 @@ TEST_F(ProcessTrackerTest, HandsTheResolverWhatItNeedsToKnow) {
   EXPECT_TRUE(units.last.hasTerminal);
 }
 
-TEST_F(ProcessTrackerTest, TakesAClockThatRunsBackwardsForAnotherProcess) {
+TEST_F(ProcessTrackerTest, TreatsAClockThatRunsBackwardsAsAnotherProcess) {
   tree.put({.pid = 4, .exe = "/usr/bin/a", .comm = "same", .cpu = 100, .readBytes = 50});
   tree.setNewest(4);
   tracker().refresh();
@@ -230,13 +230,13 @@ TEST_F(ProcessTrackerTest, TakesAClockThatRunsBackwardsForAnotherProcess) {
   EXPECT_EQ(process(4).io.readBytes, 0u);
 }
 
-TEST_F(ProcessTrackerTest, ReadsAfreshANumberThatWasGivenOutAgain) {
+TEST_F(ProcessTrackerTest, ReadsAProcessAfreshWhenItsIdentifierWasGivenOutAgain) {
   tree.put({.pid = 400, .exe = "/usr/bin/a", .comm = "same", .cpu = 100});
   tree.put({.pid = 900, .exe = "/usr/bin/z"});
   tree.setNewest(900);
   tracker().refresh();
   tracker().refresh();
-  // The numbers began again and passed 400; the newcomer has used more than its predecessor.
+  // The pids began again and passed 400. The new process has used more time than the former one.
   tree.put({.pid = 400, .exe = "/usr/bin/b", .comm = "same", .cpu = 500, .start = 2000});
   tree.setNewest(401);
   tracker().refresh();
@@ -244,7 +244,7 @@ TEST_F(ProcessTrackerTest, ReadsAfreshANumberThatWasGivenOutAgain) {
   EXPECT_EQ(process(400).cpuTime, 500u);
 }
 
-TEST_F(ProcessTrackerTest, KnowsAKernelThreadButNothingOfIt) {
+TEST_F(ProcessTrackerTest, ListsAKernelThreadButKnowsNothingOfIt) {
   tree.put({.pid = 2, .exe = "", .comm = "kthreadd"});
   tree.setNewest(2);
   tracker().refresh();
@@ -252,7 +252,7 @@ TEST_F(ProcessTrackerTest, KnowsAKernelThreadButNothingOfIt) {
   EXPECT_TRUE(process(2).path.empty());
 }
 
-TEST_F(ProcessTrackerTest, KeepsWhatItKnowsOfAProcessThatHasEndedAndIsNotYetReaped) {
+TEST_F(ProcessTrackerTest, KeepsTheFactsOfAnEndedProcessUntilItIsReaped) {
   tree.put({.pid = 4, .exe = "/usr/bin/a", .cpu = 10, .readBytes = 5});
   tree.setNewest(4);
   tracker().refresh();
@@ -272,7 +272,7 @@ TEST_F(ProcessTrackerTest, SkipsAProcessThatVanishesWhileItIsRead) {
   EXPECT_EQ(pids(), (std::vector{4}));
 }
 
-TEST_F(ProcessTrackerTest, CountsNoTrafficWhereTheKernelKeepsNone) {
+TEST_F(ProcessTrackerTest, CountsNoTrafficWhenTheKernelKeepsNoCounters) {
   tree.put({.pid = 4, .exe = "/usr/bin/a"});
   tree.setFile(4, "io", "");
   tree.setNewest(4);
@@ -281,7 +281,7 @@ TEST_F(ProcessTrackerTest, CountsNoTrafficWhereTheKernelKeepsNone) {
   EXPECT_EQ(process(4).io.readBytes, 0u);
 }
 
-TEST_F(ProcessTrackerTest, ReadsTheStatFilesWhereClocksAreRefused) {
+TEST_F(ProcessTrackerTest, ReadsTheStatFilesWhenClocksAreRefused) {
   tree.setClocksWork(false);
   tree.put({.pid = 4, .exe = "/usr/bin/a", .cpu = 7});
   tree.setNewest(4);
@@ -305,7 +305,7 @@ TEST_F(ProcessTrackerTest, SurvivesAnEmptyFolder) {
   EXPECT_TRUE(pids().empty());
 }
 
-TEST_F(ProcessTrackerTest, ASnapshotOfTheTableIsOnePass) {
+TEST_F(ProcessTrackerTest, MakesOnePassForASnapshotOfTheTable) {
   LinuxProcessTable table(tracker());
   const auto listed = [&table] {
     const auto all = table.snapshot().processes;
@@ -336,7 +336,7 @@ TEST_F(ProcessTrackerTest, AsksAParentForWhatItsChildrenUsed) {
   EXPECT_EQ(process(4).reapedTicks, 90u) << "also once its file is kept open";
 }
 
-TEST_F(ProcessTrackerTest, FindsReapedTimeOfChildrenThatNobodySaw) {
+TEST_F(ProcessTrackerTest, FindsTheReapedTimeOfUnseenChildren) {
   tree.put({.pid = 4, .exe = "/usr/bin/sh"});
   tree.setNewest(4);
   tracker().refresh();
@@ -347,7 +347,7 @@ TEST_F(ProcessTrackerTest, FindsReapedTimeOfChildrenThatNobodySaw) {
   EXPECT_EQ(process(4).reapedTicks, 30u);
 }
 
-TEST_F(ProcessTrackerTest, AsksNobodyForChildrenWhileNoneCanHaveBeenBorn) {
+TEST_F(ProcessTrackerTest, AsksNoProcessForChildrenWhileNoneCanHaveBeenBorn) {
   tree.put({.pid = 4, .exe = "/usr/bin/sh"});
   tree.setNewest(4);
   tracker().refresh();
@@ -398,7 +398,7 @@ TEST_F(ProcessTrackerTest, LooksForTheNewParentOfAnOrphan) {
   EXPECT_EQ(tracker().parent(9), 2);
 }
 
-TEST_F(ProcessTrackerTest, AParentThatIsYoungerThanItsChildIsAnotherProcess) {
+TEST_F(ProcessTrackerTest, TreatsAParentThatIsYoungerThanItsChildAsAnotherProcess) {
   tree.put({.pid = 2, .exe = "/usr/bin/init", .parent = 0});
   tree.put({.pid = 9, .exe = "/usr/bin/cc", .start = 500, .parent = 30});
   tree.put({.pid = 30, .exe = "/usr/bin/other", .start = 900});
@@ -424,11 +424,11 @@ TEST_F(ProcessTrackerTest, KeepsAProcessThatEndsAfterItsClockWasRead) {
   EXPECT_EQ(pids(), std::vector<std::int32_t>{});
 }
 
-TEST_F(ProcessTrackerTest, ReapedTimeIsInTheUnitOfTheCpuTime) {
+TEST_F(ProcessTrackerTest, TellsReapedTimeInTheUnitOfTheCpuTime) {
   EXPECT_EQ(tracker().fromTicks(3), 30'000'000u);
 }
 
-TEST_F(ProcessTrackerTest, ReapedTimeStaysInTicksWithoutClocks) {
+TEST_F(ProcessTrackerTest, TellsReapedTimeInTicksWithoutClocks) {
   tree.setClocksWork(false);
   EXPECT_EQ(tracker().fromTicks(3), 3u);
 }
@@ -456,7 +456,7 @@ TEST_F(ShellNamesTest, AScriptIsKnownByItsOwnName) {
   EXPECT_EQ(process(7).path, "/bin/install");
 }
 
-TEST_F(ShellNamesTest, ACommandIsTheWorkOfWhoeverHasItRun) {
+TEST_F(ShellNamesTest, ACommandGoesByTheNameOfTheProcessThatRunsIt) {
   tree.put({.pid = 4, .exe = "/usr/bin/make", .comm = "make", .parent = 0});
   put({.pid = 5, .exe = "/usr/bin/dash", .comm = "sh", .parent = 4}, "/bin/sh -c cc");
   put({.pid = 6, .exe = "/usr/bin/dash", .comm = "sh", .parent = 5}, "/bin/sh -c cc");

@@ -12,7 +12,7 @@ std::string named(std::string_view link, std::string_view comm) {
   return programPath(link, comm, text);
 }
 
-TEST(ProgramPath, IsTheLinkForAProgramThatNobodyKnows) {
+TEST(ProgramPath, IsTheLinkForAnUnknownProgram) {
   EXPECT_EQ(named("/usr/bin/vim.basic", "vim"), "/usr/bin/vim.basic");
 }
 

@@ -17,7 +17,7 @@ std::string joined(const std::vector<std::string>& arguments) {
   return text;
 }
 
-/// The script's name, or what else the shell does in brackets.
+/// The script's name, or in brackets what else the shell does.
 std::string work(const std::vector<std::string>& arguments) {
   const std::string text = joined(arguments);
   const ShellWork work = shellWork(text);

@@ -35,7 +35,7 @@ std::string textOf(const fs::path& path) {
 
 class AutostartEntryTest : public ::testing::Test {
  protected:
-  /// A program of that name at `name` in the folder.
+  /// Makes a program at `name` in the folder.
   fs::path program(const std::string& name) const {
     folder.write(name, "#!/bin/sh\n");
     fs::permissions(folder.path() / name, fs::perms::owner_all);
@@ -77,7 +77,7 @@ TEST_F(AutostartEntryTest, LiesInTheHomeFolderUnlessTheUserHasMovedIt) {
   EXPECT_TRUE(fs::exists(folder.path() / "home/.config/autostart/com.staylit.app.desktop"));
 }
 
-TEST_F(AutostartEntryTest, NamesAProgramThatEverySessionFindsByItsNameAlone) {
+TEST_F(AutostartEntryTest, NamesOnlyTheFileOfAProgramThatEverySessionFinds) {
   EXPECT_EQ(AutostartEntry(program("bin/staylit")).registerItem(), std::nullopt);
   EXPECT_EQ(command(), (Words{"staylit", "--background"}));
 }
@@ -128,7 +128,7 @@ TEST_F(AutostartEntryTest, LeavesNothingBehind) {
   EXPECT_TRUE(fs::is_empty(file().parent_path()));
 }
 
-TEST_F(AutostartEntryTest, NeedsNoRemovalWhereItIsNotThere) {
+TEST_F(AutostartEntryTest, NeedsNoRemovalWhenItDoesNotExist) {
   EXPECT_EQ(AutostartEntry("/a").unregisterItem(), std::nullopt);
 }
 
@@ -159,7 +159,7 @@ TEST_F(AutostartEntryTest, CannotStartAProgramOfUnknownPath) {
   EXPECT_FALSE(fs::exists(file()));
 }
 
-TEST_F(AutostartEntryTest, QuotesEveryCharacterThatDesktopsTakeForTheirOwn) {
+TEST_F(AutostartEntryTest, QuotesEveryCharacterThatHasAMeaningForDesktops) {
   EXPECT_EQ(quotedWord("/a b/staylit"), R"("/a b/staylit")");
   EXPECT_EQ(quotedWord(R"(/a"b)"), R"("/a\\"b")");
   EXPECT_EQ(quotedWord("/a$b`c"), R"("/a\\$b\\`c")");
@@ -168,7 +168,8 @@ TEST_F(AutostartEntryTest, QuotesEveryCharacterThatDesktopsTakeForTheirOwn) {
   EXPECT_EQ(quotedWord("/a\nb\tc\rd"), R"("/a\nb\tc\rd")");
 }
 
-/// By what reads such files on most desktops. It takes no program with a percent sign in its path.
+/// Starts the entry with the library that reads such files on most desktops. The library takes no
+/// program with a percent sign in its path.
 TEST_F(AutostartEntryTest, IsStartedByARealDesktopWhateverItsPath) {
   const ScopedEnvironment usual("PATH", "/usr/bin:/bin");
   if (!testing::isInstalled("gio")) GTEST_SKIP() << "gio is not installed";

@@ -11,7 +11,7 @@
 
 namespace platform {
 
-/// What every store of settings promises. A `Store` has an empty one as its `defaults`.
+/// The contract of every store of settings. A `Store` has an empty store as its `defaults`.
 template <typename Store>
 class DefaultsContract : public ::testing::Test {
  protected:

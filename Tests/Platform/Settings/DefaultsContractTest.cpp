@@ -1,4 +1,4 @@
-// What every store of settings promises, asked of the one in memory and of the one on disk.
+// Tests the contract of settings with the store in memory and with the store on the disk.
 
 #include "Tests/Fakes/FakeDefaults.h"
 #include "Tests/Platform/Settings/DefaultsContract.h"

@@ -6,7 +6,7 @@
 
 namespace platform {
 
-/// A plain number in a test would be a value of another type.
+/// Makes a value from a plain number, which alone would become a value of another type.
 inline tidewell::PropertyValue integer(std::int64_t value) {
   return value;
 }

@@ -13,7 +13,7 @@ namespace {
 using tidewell::PropertyDictionary;
 using tidewell::PropertyValue;
 
-TEST(PendingEdits, HoldWhatWasSet) {
+TEST(PendingEdits, HoldAValueThatWasSet) {
   PendingEdits edits;
   const PropertyDictionary file = {{"a", integer(1)}};
   edits.set("a", integer(2), &file);
@@ -24,7 +24,7 @@ TEST(PendingEdits, HoldWhatWasSet) {
   EXPECT_EQ(edits.find("c"), nullptr);
 }
 
-TEST(PendingEdits, HoldNothingThatTheFileSays) {
+TEST(PendingEdits, HoldNoValueThatTheFileHasAlready) {
   PendingEdits edits;
   const PropertyDictionary file = {{"a", integer(1)}, {"n", std::nan("")}};
   edits.set("a", integer(1), &file);
@@ -61,7 +61,7 @@ TEST(PendingEdits, YieldOnlyToChangesThatAreSeenAfterTheFileWasFirstRead) {
   EXPECT_TRUE(edits.isEmpty());
 }
 
-TEST(PendingEdits, DoNotTakeNotANumberForAChange) {
+TEST(PendingEdits, DoNotCountTwoNansAsAChange) {
   PendingEdits edits;
   const PropertyDictionary file = {{"a", std::nan("")}};
   edits.set("a", 2.0, &file);

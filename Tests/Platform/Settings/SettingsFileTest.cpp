@@ -15,7 +15,7 @@ unsigned modeOf(const std::string& path) {
   return stat(path.c_str(), &status) == 0 ? status.st_mode & 07777U : 0;
 }
 
-/// Why it cannot be replaced; empty when it was.
+/// Why the file cannot be replaced; empty when it was replaced.
 std::string replace(const SettingsFile& file, std::string_view text) {
   const SettingsFile::Change change = file.replace(text, file.read(), file.lock());
   return change.outcome == FileReplacement::Outcome::done ? "" : "not done: " + change.error;
@@ -39,7 +39,7 @@ TEST(SettingsFile, StampChangesWithTheContent) {
   EXPECT_NE(file.stamp(), first);
 }
 
-TEST(SettingsFile, StampChangesWithTheFileInItsPlace) {
+TEST(SettingsFile, StampChangesWhenAnotherFileTakesItsPlace) {
   const SettingsFolder folder;
   const SettingsFile file(folder.file());
   folder.write("a");
@@ -95,7 +95,7 @@ TEST(SettingsFile, RefusesALinkToItself) {
   EXPECT_EQ(file.read().error, "Too many levels of symbolic links");
 }
 
-TEST(SettingsFile, MakesTheFoldersForItsOwnerAlone) {
+TEST(SettingsFile, MakesFoldersForTheirOwnerAlone) {
   const SettingsFolder folder;
   const std::string path = folder.path("config/staylit/settings.toml");
   const SettingsFile file(path);

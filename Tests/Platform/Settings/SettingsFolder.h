@@ -18,12 +18,12 @@
 
 namespace platform {
 
-/// A folder for a settings file, and a log that keeps what is said meanwhile.
+/// A folder for a settings file, and a log that the test can read.
 class SettingsFolder {
  public:
   SettingsFolder() { ports_.log = log_; }
 
-  /// For stores that see at once what was done to the file, and wait for a slow machine.
+  /// For stores that see each change of the file at once, and have patience with a slow machine.
   static SettingsKeeper::Timing patient() {
     constexpr std::chrono::milliseconds atOnce(0);
     constexpr std::chrono::minutes aMinute(1);
@@ -33,7 +33,7 @@ class SettingsFolder {
   [[nodiscard]] std::string file() const { return folder_.path("settings.toml"); }
   [[nodiscard]] std::string path(std::string_view name) const { return folder_.path(name); }
 
-  /// Writes the settings file as a person does who has long closed the editor.
+  /// Writes the settings file as if that had happened an hour ago.
   void write(std::string_view text) const {
     writeJustNow(text);
     age(file());

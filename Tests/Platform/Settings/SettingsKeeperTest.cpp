@@ -1,4 +1,4 @@
-// That nobody who reads or sets a value waits for the disk.
+// Tests that reading and setting a value does not wait for the disk.
 
 #include "Platform/Linux/Settings/SettingsKeeper.h"
 
@@ -20,8 +20,8 @@ namespace {
 
 using tidewell::PropertyValue;
 
-/// How often a file was replaced by another while a person drew a slider along.
-TEST(SettingsKeeper, WritesManyValuesThatFollowEachOtherAFewTimes) {
+/// How often the file was replaced while a person moved a slider.
+TEST(SettingsKeeper, WritesManyValuesInQuickSuccessionOnlyAFewTimes) {
   const SettingsFolder folder;
   SettingsKeeper::Timing timing = SettingsFolder::patient();
   timing.writePause = std::chrono::hours(1);
@@ -47,7 +47,7 @@ TEST(SettingsKeeper, WritesTheLastValueByItself) {
     keeper.value("grace");
 }
 
-TEST(SettingsKeeper, WritesEverythingBeforeItGoes) {
+TEST(SettingsKeeper, WritesEverythingBeforeItIsDestroyed) {
   const SettingsFolder folder;
   SettingsKeeper::Timing timing = SettingsFolder::patient();
   timing.writePause = std::chrono::hours(1);
@@ -59,13 +59,13 @@ TEST(SettingsKeeper, WritesEverythingBeforeItGoes) {
   EXPECT_EQ(folder.read(), "grace = 60\n");
 }
 
-TEST(SettingsKeeper, DoesNotWaitForALockThatAnotherHolds) {
+TEST(SettingsKeeper, DoesNotWaitForALockThatAnotherProcessHolds) {
   const SettingsFolder folder;
   SettingsKeeper keeper(folder.file(), SettingsFolder::patient());
   {
     const FolderLock held = SettingsFile(folder.file()).lock();
     keeper.set("a", integer(1));
-    // Waiting for the lock in vain would have been said.
+    // A wait for the lock in vain would have been logged.
     EXPECT_TRUE(folder.logged().empty());
     EXPECT_EQ(keeper.value("a"), integer(1));
     EXPECT_FALSE(std::filesystem::exists(folder.file()));
@@ -74,14 +74,14 @@ TEST(SettingsKeeper, DoesNotWaitForALockThatAnotherHolds) {
   EXPECT_EQ(folder.read(), "a = 1\n");
 }
 
-TEST(SettingsKeeper, WaitsAtTheEndForALockThatAnotherHoldsForLong) {
+TEST(SettingsKeeper, WaitsAtTheEndForALockThatAnotherProcessHoldsForLong) {
   const SettingsFolder folder;
   const SettingsFile file(folder.file());
   std::optional<FolderLock> held(std::in_place, folder.path(""));
   SettingsKeeper keeper(folder.file(), SettingsFolder::patient());
   keeper.set("a", integer(1));
   std::thread holder([&] {
-    // As patient as the keeper is: its first attempts have ended when these have.
+    // Waits as long as the keeper does, so that the keeper's first attempts have ended afterwards.
     for (int attempt = 0; attempt < 3; ++attempt)
       EXPECT_NE(file.lock().error(), "");
     held.reset();
@@ -91,7 +91,7 @@ TEST(SettingsKeeper, WaitsAtTheEndForALockThatAnotherHoldsForLong) {
   holder.join();
 }
 
-TEST(SettingsKeeper, HasAThreadAsQuickAsTheOneThatWaitsForIt) {
+TEST(SettingsKeeper, GivesItsThreadThePriorityOfTheThreadThatWaitsForIt) {
   const SettingsFolder folder;
   SettingsKeeper keeper(folder.file(), SettingsFolder::patient());
   keeper.value("a");
@@ -105,14 +105,14 @@ TEST(SettingsKeeper, HasAThreadAsQuickAsTheOneThatWaitsForIt) {
   EXPECT_EQ(found, 1);
 }
 
-TEST(SettingsKeeper, LosesNoEditThatLandsWhileItWrites) {
+TEST(SettingsKeeper, LosesNoEditThatOthersMakeWhileItWrites) {
   const SettingsFolder folder;
   folder.write("hand = 0\n");
   SettingsKeeper keeper(folder.file(), SettingsFolder::patient());
   std::string kept;
   for (int round = 1; round <= 200; ++round) {
     keeper.set("own", integer(round));
-    // Written in place, as a shell's ">>" does.
+    // Writes in place, like a shell's ">>".
     std::ofstream(folder.file(), std::ios::app) << "hand" << round << " = 1\n";
   }
   keeper.finish();

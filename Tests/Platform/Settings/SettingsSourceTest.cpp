@@ -13,7 +13,7 @@ namespace {
 using SavingState = SettingsSource::Saving::State;
 using namespace std::chrono_literals;
 
-/// A source that has read `text`, and thinks for `settling` that it may be half-written.
+/// A source that has read `text`, and doubts a changed file for `settling`.
 struct ReadSource {
   ReadSource(std::string_view text, std::chrono::milliseconds settling)
       : source(folder.file(), settling) {
@@ -76,7 +76,7 @@ TEST(SettingsSource, WaitsForAnEditorThatIsStillWritingHoweverLongItWrites) {
   } while (std::chrono::steady_clock::now() - begin < 2 * settling);
 }
 
-TEST(SettingsSource, SavesLaterWhileAnotherHoldsTheFolder) {
+TEST(SettingsSource, SavesLaterWhileAnotherProcessHoldsTheFolder) {
   ReadSource read("k = 1\n", 0ms);
   const PendingEdits edits = read.edited("k", integer(2));
   {
@@ -86,7 +86,7 @@ TEST(SettingsSource, SavesLaterWhileAnotherHoldsTheFolder) {
   EXPECT_EQ(read.source.save(edits).state, SavingState::done);
 }
 
-TEST(SettingsSource, SavesTheOtherEditsWhereOneCannotBeWritten) {
+TEST(SettingsSource, SavesTheOtherEditsWhenOneCannotBeWritten) {
   ReadSource read("a = 1\nk = 1\nz = 1\n", 0ms);
   PendingEdits edits = read.edited("a", integer(2));
   edits.set("k", std::monostate(), &read.source.values());

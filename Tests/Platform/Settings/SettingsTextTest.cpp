@@ -41,7 +41,7 @@ TEST(SettingsText, ReadsEachTypeOfSetting) {
                                 {"empty", Texts{}}}));
 }
 
-TEST(SettingsText, KeepsPlaceForTypesThatNoSettingHas) {
+TEST(SettingsText, ReadsAnEmptyValueForTypesThatNoSettingHas) {
   for (const char* other : {"k = 1979-05-27", "k = 07:32:00", "k = [1, 2]", "k = ['a', 1]",
                             "k = [['a']]", "k = {a = 1}", "[k]\na = 1", "[[k]]", "k.a = 1"}) {
     EXPECT_EQ(valuesOf(other), (PropertyDictionary{{"k", std::monostate()}})) << other;
@@ -133,7 +133,7 @@ TEST(SettingsText, MendsTheOrderOfAListWithComments) {
             "k = [\"b\", 'd', # four\n]\n");
 }
 
-TEST(SettingsText, FindsAValueBehindCharactersOfSeveralBytes) {
+TEST(SettingsText, FindsAValueAfterCharactersOfSeveralBytes) {
   EXPECT_EQ(edited("\"größe 👩‍💻\" = \"日本\" # é\nk = 1\n", "größe 👩‍💻",
                    text("neu")),
             "\"größe 👩‍💻\" = \"neu\" # é\nk = 1\n");
@@ -168,7 +168,7 @@ TEST(SettingsText, LeavesAKeyOfATableAlone) {
   EXPECT_EQ(edited("[t]\nk = 1\n", "k", integer(2)), "k = 2\n[t]\nk = 1\n");
 }
 
-TEST(SettingsText, KeepsAllValuesWhereTheKeyIsATable) {
+TEST(SettingsText, KeepsAllValuesWhenTheKeyIsATable) {
   const std::string result = edited("# c\na = 0xFF\n[k]\nx = 1\n[t]\ny = 'é'\n", "k", integer(3));
   EXPECT_EQ(valuesOf(result),
             (PropertyDictionary{{"a", integer(255)}, {"k", integer(3)}, {"t", std::monostate()}}));
@@ -180,7 +180,7 @@ TEST(SettingsText, ReplacesWhatDottedKeysMade) {
             (PropertyDictionary{{"k", true}, {"l", integer(3)}}));
 }
 
-TEST(SettingsText, KeepsOddKeysWhereTheKeyIsATable) {
+TEST(SettingsText, KeepsOddKeysWhenTheKeyIsATable) {
   EXPECT_EQ(valuesOf(edited("\"a''b\" = 1\n\"\\tc\" = 2\nk.x = 3\n", "k", true)),
             (PropertyDictionary{{"a''b", integer(1)}, {"\tc", integer(2)}, {"k", true}}));
 }
@@ -226,7 +226,7 @@ TEST(SettingsText, WritesAWholeRealAsAReal) {
   EXPECT_EQ(edited("", "k", 1e20), "k = 1e+20\n");
 }
 
-TEST(SettingsText, WritesALongListOneTextALine) {
+TEST(SettingsText, WritesALongListWithOneTextInEachLine) {
   EXPECT_EQ(edited("", "k", Texts{std::string(50, 'a'), std::string(50, 'b')}),
             "k = [\n  \"" + std::string(50, 'a') + "\",\n  \"" + std::string(50, 'b') + "\",\n]\n");
 }
@@ -236,7 +236,7 @@ TEST(SettingsText, MendsBrokenText) {
   EXPECT_EQ(valuesOf(edited("", "k\xFF", true)), (PropertyDictionary{{"k\uFFFD", true}}));
 }
 
-TEST(SettingsText, QuotesAKeyThatMustBe) {
+TEST(SettingsText, QuotesAKeyThatNeedsQuotes) {
   EXPECT_EQ(edited("", "a-b_C9", true), "a-b_C9 = true\n");
   EXPECT_EQ(edited("", "a.b \"c\"", true), "\"a.b \\\"c\\\"\" = true\n");
   EXPECT_EQ(edited("\"\" = 1\n", "", true), "\"\" = true\n");
@@ -278,7 +278,7 @@ TEST(SettingsText, ReadsWhatStandsAroundADamagedStatement) {
   }
 }
 
-TEST(SettingsText, TakesNothingForASettingThatMayBelongToATable) {
+TEST(SettingsText, ReadsNoSettingFromALineThatMayBelongToATable) {
   EXPECT_EQ(readOf("a = 1\n[t\nb = 2\n[u]\nc = 3\n"),
             (PropertyDictionary{{"a", integer(1)}, {"u", std::monostate()}}));
   EXPECT_EQ(readOf("a = [1,\n[t]\nb = 2\n"), (PropertyDictionary{{"t", std::monostate()}}));
@@ -297,7 +297,7 @@ TEST(SettingsText, CountsWhatCannotBeRead) {
   EXPECT_TRUE(damage.ends_with(", and 2 more")) << damage;
 }
 
-TEST(SettingsText, ReadsNothingFromWhatIsNoText) {
+TEST(SettingsText, ReadsNothingFromBytesThatAreNoText) {
   using namespace std::string_view_literals;
   EXPECT_EQ(readOf("\xFF\xFE"
                    "a\0=\0"

@@ -1,4 +1,4 @@
-// Several processes that use one settings file at once.
+// Tests several processes that use one settings file at once.
 
 #include <gtest/gtest.h>
 

@@ -68,7 +68,7 @@ TEST(TomlDefaults, SeesAnEditByHandAtTheNextRead) {
   EXPECT_EQ(defaults.integer("graceSeconds"), 120);
 }
 
-TEST(TomlDefaults, SeesTwoEditsOfOneLengthWithinOneMoment) {
+TEST(TomlDefaults, SeesTwoEditsOfTheSameLengthAtTheSameMoment) {
   const SettingsFolder folder;
   TomlDefaults defaults(folder.file(), SettingsFolder::patient());
   folder.writeJustNow("a = 1\n");

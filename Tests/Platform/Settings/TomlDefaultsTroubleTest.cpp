@@ -1,4 +1,4 @@
-// A settings file that is damaged, out of reach, or no file at all.
+// Tests a settings file that is damaged, cannot be reached, or is no file at all.
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -65,14 +65,14 @@ TEST(TomlDefaultsTrouble, TurnsTheDamagedLineOfAChangedKeyIntoAComment) {
   EXPECT_EQ(folder.read(), "a = 1\n# grace = 99999999999999999999 # long\nb = 2\ngrace = 60\n");
 }
 
-/// A store that thinks for an hour that what is not whole may become so.
+/// Times of a store that waits an hour for the rest of a file that is not whole.
 SettingsKeeper::Timing trusting() {
   SettingsKeeper::Timing timing = SettingsFolder::patient();
   timing.settlingTime = std::chrono::hours(1);
   return timing;
 }
 
-TEST(TomlDefaultsTrouble, WaitsForAnEditorThatIsHalfWay) {
+TEST(TomlDefaultsTrouble, WaitsForAnEditorThatHasWrittenOnlyHalf) {
   const SettingsFolder folder;
   TomlDefaults defaults(folder.file(), trusting());
   folder.write("graceSeconds = 30\n");
@@ -107,7 +107,7 @@ TEST(TomlDefaultsTrouble, DoesNotSaveIntoAFileThatIsHalfWritten) {
                                    " in time; what was changed last is lost"});
 }
 
-TEST(TomlDefaultsTrouble, SavesOnceTheEditorHasWrittenTheRest) {
+TEST(TomlDefaultsTrouble, SavesWhenTheEditorHasWrittenTheRest) {
   const SettingsFolder folder;
   folder.write("graceSeconds = 30\nverbose = true\n");
   TomlDefaults defaults(folder.file(), trusting());
@@ -119,7 +119,7 @@ TEST(TomlDefaultsTrouble, SavesOnceTheEditorHasWrittenTheRest) {
   EXPECT_EQ(folder.read(), "graceSeconds = 40\nverbose = true\na = 1\n");
 }
 
-TEST(TomlDefaultsTrouble, BelievesWhatStaysDamaged) {
+TEST(TomlDefaultsTrouble, BelievesAFileThatStaysDamaged) {
   const SettingsFolder folder;
   TomlDefaults defaults(folder.file(), SettingsFolder::patient());
   folder.write("graceSeconds = 30\na = 1\n");
@@ -167,7 +167,7 @@ TEST(TomlDefaultsTrouble, DoesNotReadAGigabyte) {
   EXPECT_EQ(std::filesystem::file_size(folder.file()), 1U << 30);
 }
 
-TEST(TomlDefaultsTrouble, SavesWhatWasHeldOnceItCan) {
+TEST(TomlDefaultsTrouble, SavesPendingValuesAsSoonAsItCan) {
   const SettingsFolder folder;
   mkdir(folder.file().c_str(), 0700);
   TomlDefaults defaults(folder.file(), SettingsFolder::patient());
@@ -180,7 +180,7 @@ TEST(TomlDefaultsTrouble, SavesWhatWasHeldOnceItCan) {
   EXPECT_EQ(folder.read(), "a = 1\nb = 2\n");
 }
 
-TEST(TomlDefaultsTrouble, LetsALaterEditByHandOverruleWhatCouldNotBeSaved) {
+TEST(TomlDefaultsTrouble, LetsALaterEditByHandOverruleAValueThatCouldNotBeSaved) {
   const SettingsFolder folder;
   folder.write("a = 1\nb = 1\n");
   SettingsKeeper::Timing timing = SettingsFolder::patient();
@@ -202,7 +202,7 @@ TEST(TomlDefaultsTrouble, LetsALaterEditByHandOverruleWhatCouldNotBeSaved) {
   EXPECT_EQ(folder.read(), "a = 3\nb = 2\nc = 4\n");
 }
 
-TEST(TomlDefaultsTrouble, SaysItAgainWhenTroubleComesBack) {
+TEST(TomlDefaultsTrouble, ComplainsAgainWhenTheTroubleComesBack) {
   const SettingsFolder folder;
   TomlDefaults defaults(folder.file(), SettingsFolder::patient());
   for (int time = 0; time < 2; ++time) {
@@ -214,7 +214,7 @@ TEST(TomlDefaultsTrouble, SaysItAgainWhenTroubleComesBack) {
   EXPECT_EQ(folder.logged().size(), 2U);
 }
 
-TEST(TomlDefaultsTrouble, KeepsTheValuesOfAFileThatGoesOutOfReach) {
+TEST(TomlDefaultsTrouble, KeepsTheValuesOfAFileThatCanNoLongerBeRead) {
   const SettingsFolder folder;
   folder.write("a = 5\n");
   TomlDefaults defaults(folder.file(), SettingsFolder::patient());
@@ -235,8 +235,8 @@ TEST(TomlDefaultsTrouble, LivesWithoutAHome) {
                   "until the program ends"});
 }
 
-/// Uses a store in a child that may not do what its file's rights forbid; returns what it read
-/// before and after a change, and its log.
+/// Uses a store in a child that must obey the file's permissions. Returns what the store read
+/// before and after a change, and the log.
 std::string triedAsOrdinaryUser(const SettingsFolder& folder) {
   return asOrdinaryUser([&folder] {
     TomlDefaults defaults(folder.file(), SettingsFolder::patient());
@@ -266,7 +266,7 @@ TEST(TomlDefaultsTrouble, HoldsChangesInAReadOnlyFolder) {
   EXPECT_EQ(folder.names(), Texts{"settings.toml"});
 }
 
-TEST(TomlDefaultsTrouble, NeitherReadsNorReplacesAFileWithoutTheRight) {
+TEST(TomlDefaultsTrouble, NeitherReadsNorReplacesAFileWithoutPermission) {
   const SettingsFolder folder;
   folder.write("a = 1\n");
   chmod(folder.file().c_str(), 0);

@@ -1,4 +1,4 @@
-// What becomes of a hold over time: new names, grants that come late, and lists that are read back.
+// Tests a hold over time: new names, late grants, and lists that are read back.
 
 #include <gtest/gtest.h>
 
@@ -23,7 +23,7 @@ namespace {
 using namespace testing;  // NOLINT: the fixture's names
 using std::chrono::seconds;
 
-/// The inhibitors on a loop and a clock of the test's own.
+/// The inhibitors with a loop and a clock that the test controls.
 class HoldUpkeepTest : public SleepTest {
  protected:
   void SetUp() override {
@@ -33,7 +33,7 @@ class HoldUpkeepTest : public SleepTest {
         std::make_unique<SleepInhibitors>(*systemBus, *sessionBus, timers, [this] { return now; });
   }
 
-  /// Lets time pass, second by second, and does what is due; the buses are heard in between.
+  /// Lets time pass, second by second, and does the work that is due and what the buses bring.
   void pass(seconds time) {
     for (seconds passed{0}; passed < time; ++passed) {
       now += seconds(1);
@@ -41,23 +41,25 @@ class HoldUpkeepTest : public SleepTest {
     }
     runBriefly(*loop);
   }
-  /// Waits until what `service` grants late has been heard of, which sets a timer anew.
-  /// Hears of all services that are there by now, so that none of them seems to come later.
+  /// Handles the news of all services that are there by now, so that none seems to come later.
   void hearOfServices() {
-    // The bus delivers in order: what it said before is there when it answers.
+    // The bus delivers in order. When its answer is here, everything that it sent before is here
+    // too.
     sessionBus->call(
         {"org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "GetId"});
     while (sd_event_run(loop->handle(), 0) > 0) {
     }
   }
+
+  /// Makes `service` grant what it left unanswered, and waits until that has set a new timer.
   void hearLateAnswer(FakeSessionService& service) {
-    // The first news of the services sets it as well.
+    // The first news of the services sets the timer as well.
     runBriefly(*loop);
     const auto before = timers.timers.size();
     service.answerLate();
     ASSERT_TRUE(eventually([&] { return timers.timers.size() > before; }));
   }
-  /// Each live assertion with each of those that keep it.
+  /// Each live assertion, with each service that keeps it.
   Lines kept() {
     Lines lines;
     for (const auto& live : inhibitors->liveAssertions()) {
@@ -75,7 +77,7 @@ class HoldUpkeepTest : public SleepTest {
   tidewell::FakeMainLoop timers;
 };
 
-// Names.
+// New names.
 
 TEST_F(HoldUpkeepTest, RenamesAtOnceWhenTheLastChangeIsOld) {
   const auto gnome = sessionService(kGnome);
@@ -100,7 +102,7 @@ TEST_F(HoldUpkeepTest, WaitsWithANewNameUntilTheLastChangeIsFiveSecondsOld) {
   EXPECT_TRUE(eventually([&] { return logind->held() == Lines{"idle|Staylit|c|block"}; }));
 }
 
-TEST_F(HoldUpkeepTest, AsksForNothingWhenTheNameIsTheOldOneAgainByThen) {
+TEST_F(HoldUpkeepTest, AsksForNothingWhenTheOldNameIsBackByThen) {
   const auto logind = fakeLogind();
   const auto creation = create(kSystem, "a");
   inhibitors->setAssertionName(creation.id, "b");
@@ -109,7 +111,7 @@ TEST_F(HoldUpkeepTest, AsksForNothingWhenTheNameIsTheOldOneAgainByThen) {
   EXPECT_EQ(logind->granted(), Lines{"idle|Staylit|a|block"});
 }
 
-TEST_F(HoldUpkeepTest, ANameThatIsWaitedForIsForgottenOnRelease) {
+TEST_F(HoldUpkeepTest, ForgetsAWaitingNameOnRelease) {
   const auto logind = fakeLogind();
   const auto creation = create(kSystem, "a");
   inhibitors->setAssertionName(creation.id, "b");
@@ -119,7 +121,7 @@ TEST_F(HoldUpkeepTest, ANameThatIsWaitedForIsForgottenOnRelease) {
   EXPECT_TRUE(eventually([&] { return logind->held().empty(); }));
 }
 
-TEST_F(HoldUpkeepTest, IsHeldAllTheTimeUnderNamesThatChangeEverySecond) {
+TEST_F(HoldUpkeepTest, IsHeldAllTheTimeWhileTheNameChangesEverySecond) {
   const auto power = sessionService(kPowerManagement);
   const auto logind = fakeLogind();
   const auto creation = create(kSystem, "0");
@@ -130,7 +132,7 @@ TEST_F(HoldUpkeepTest, IsHeldAllTheTimeUnderNamesThatChangeEverySecond) {
     const Lines held = power->held();
     ASSERT_FALSE(held.empty());
     EXPECT_LE(second - std::stoi(held.back()), 10) << "the last name is an old one";
-    // What is listed besides is kept because the last one may not be heeded yet.
+    // The other entries are kept because the last one may not be heeded yet.
     EXPECT_LE(second - std::stoi(held.front()), 16);
   }
   EXPECT_FALSE(power->hadAGap());
@@ -165,7 +167,7 @@ TEST_F(HoldUpkeepTest, GivesBackTheOldAndTheNewGrantOnRelease) {
   EXPECT_TRUE(eventually([&] { return power->held().empty(); }));
 }
 
-TEST_F(HoldUpkeepTest, LetsGoOfLogindsIdleLockOncePowerDevilHeedsTheHold) {
+TEST_F(HoldUpkeepTest, GivesBackLogindsIdleLockWhenPowerDevilHeedsTheHold) {
   const auto logind = fakeLogind();
   create(kSystem, "a");
   const auto solid = sessionService(kSolid);
@@ -182,7 +184,7 @@ TEST_F(HoldUpkeepTest, LetsGoOfLogindsIdleLockOncePowerDevilHeedsTheHold) {
 
 // Refusals and late grants.
 
-TEST_F(HoldUpkeepTest, AsksAgainAfterAWhileWhoeverHasNotAgreedYet) {
+TEST_F(HoldUpkeepTest, AsksAServiceThatHasNotAgreedAgainAfterAWhile) {
   const auto gnome = sessionService(kGnome);
   const auto logind = fakeLogind();
   gnome->refuses = true;
@@ -193,22 +195,22 @@ TEST_F(HoldUpkeepTest, AsksAgainAfterAWhileWhoeverHasNotAgreedYet) {
   EXPECT_EQ(logind->granted(), Lines{"idle|Staylit|a|block"});
 }
 
-TEST_F(HoldUpkeepTest, AsksWhoeverGoesOnRefusingMoreAndMoreSeldom) {
+TEST_F(HoldUpkeepTest, AsksAServiceThatGoesOnRefusingLessAndLessOften) {
   const auto gnome = sessionService(kGnome);
   const auto logind = fakeLogind();
   gnome->refuses = true;
   create(kSystem, "a");
-  // Whoever appears is asked at once.
+  // A service that appears is asked at once.
   ASSERT_TRUE(eventually([&] { return gnome->refusals == 2; }));
   pass(seconds(300));
-  // After 3, 6, 12, 24, 48 and then 60 seconds each.
+  // The pauses are 3, 6, 12, 24 and 48 seconds, and then always 60 seconds.
   EXPECT_EQ(gnome->refusals, 2 + 5 + 3);
   gnome->refuses = false;
   pass(seconds(60));
   EXPECT_EQ(gnome->held(), Lines{"a"});
 }
 
-TEST_F(HoldUpkeepTest, TriesANewNameAgainForWhichNobodyAnswered) {
+TEST_F(HoldUpkeepTest, TriesANewNameAgainWhenNobodyAnswered) {
   const auto gnome = sessionService(kGnome);
   const auto creation = create(kSystem, "a");
   now += kPause;
@@ -223,7 +225,7 @@ TEST_F(HoldUpkeepTest, TriesANewNameAgainForWhichNobodyAnswered) {
   EXPECT_FALSE(gnome->hadAGap());
 }
 
-TEST_F(HoldUpkeepTest, TriesANewNameAgainThatWasRefused) {
+TEST_F(HoldUpkeepTest, TriesANewNameAgainWhenItWasRefused) {
   const auto logind = fakeLogind();
   const auto creation = create(kSystem, "a");
   now += kPause;
@@ -234,7 +236,7 @@ TEST_F(HoldUpkeepTest, TriesANewNameAgainThatWasRefused) {
   EXPECT_TRUE(eventually([&] { return logind->held() == Lines{"idle|Staylit|b|block"}; }));
 }
 
-TEST_F(HoldUpkeepTest, KeepsWhatIsHeededWhenAGrantComesLate) {
+TEST_F(HoldUpkeepTest, KeepsAHeededGrantWhenAnotherComesLate) {
   const auto power = sessionService(kPowerManagement);
   const auto creation = create(kSystem, "a");
   now += kPause;
@@ -251,7 +253,7 @@ TEST_F(HoldUpkeepTest, KeepsWhatIsHeededWhenAGrantComesLate) {
   EXPECT_FALSE(power->hadAGap());
 }
 
-TEST_F(HoldUpkeepTest, GivesAGrantBackAtOnceThatComesTooLateToBeWanted) {
+TEST_F(HoldUpkeepTest, GivesBackAtOnceAGrantThatComesTooLate) {
   const auto gnome = sessionService(kGnome);
   const auto creation = create(kSystem, "a");
   now += kPause;
@@ -263,7 +265,7 @@ TEST_F(HoldUpkeepTest, GivesAGrantBackAtOnceThatComesTooLateToBeWanted) {
   EXPECT_EQ(gnome->held(), Lines{"a"});
 }
 
-TEST_F(HoldUpkeepTest, TakesAGrantUnderAFormerNameWhereThereIsNoOther) {
+TEST_F(HoldUpkeepTest, KeepsAGrantUnderAFormerNameWhenThereIsNoOther) {
   const auto gnome = sessionService(kGnome);
   const auto logind = fakeLogind();
   hearOfServices();
@@ -277,7 +279,7 @@ TEST_F(HoldUpkeepTest, TakesAGrantUnderAFormerNameWhereThereIsNoOther) {
   EXPECT_FALSE(gnome->hadAGap());
 }
 
-TEST_F(HoldUpkeepTest, AsksAtOnceAgainWhenALateAnswerShowsThatTheServiceIsWell) {
+TEST_F(HoldUpkeepTest, AsksAgainAtOnceWhenALateAnswerShowsThatTheServiceWorks) {
   const auto gnome = sessionService(kGnome);
   const auto creation = create(kSystem, "a");
   now += kPause;
@@ -289,7 +291,7 @@ TEST_F(HoldUpkeepTest, AsksAtOnceAgainWhenALateAnswerShowsThatTheServiceIsWell) 
   EXPECT_FALSE(gnome->hadAGap());
 }
 
-TEST_F(HoldUpkeepTest, AsksTheSessionAfterAWhileWhoseBusStoodStillAtTheStart) {
+TEST_F(HoldUpkeepTest, AsksASessionWhoseBusStoodStillAtTheStartAfterAWhile) {
   const auto logind = fakeLogind();
   const auto gnome = sessionService(kGnome);
   sessionDaemon->freeze();
@@ -307,7 +309,7 @@ TEST_F(HoldUpkeepTest, AsksTheSessionAfterAWhileWhoseBusStoodStillAtTheStart) {
 constexpr const char* kLogindLost =
     "error: org.freedesktop.login1 no longer lists the hold that it granted: it is taken again";
 
-TEST_F(HoldUpkeepTest, TakesAgainWhatLogindNoLongerLists) {
+TEST_F(HoldUpkeepTest, TakesALockAgainThatLogindNoLongerLists) {
   const auto logind = fakeLogind();
   create(kSystem, "a");
   logind->forget();
@@ -374,7 +376,7 @@ TEST_F(HoldUpkeepTest, AsksTheSessionManagerAFewQuestionsAtATime) {
   EXPECT_TRUE(eventually([&] { return gnome->held() == Lines{"a"}; }));
 }
 
-TEST_F(HoldUpkeepTest, KnowsItsLocksWhereLogindCountsUsersOtherwise) {
+TEST_F(HoldUpkeepTest, RecognisesItsLocksWhenLogindNumbersUsersOtherwise) {
   const auto logind = fakeLogind();
   logind->ofUser = ::getuid() + 100000;
   create(kSystem, "a");
@@ -384,14 +386,14 @@ TEST_F(HoldUpkeepTest, KnowsItsLocksWhereLogindCountsUsersOtherwise) {
   EXPECT_EQ(ports.log.lines(), Lines{});
 }
 
-TEST_F(HoldUpkeepTest, ReadsNothingBackOnceItIsReleased) {
+TEST_F(HoldUpkeepTest, ReadsNothingBackAfterTheRelease) {
   const auto logind = fakeLogind();
   inhibitors->releaseAssertion(create(kSystem, "a").id);
   pass(seconds(100));
   EXPECT_EQ(logind->listings, 0);
 }
 
-TEST_F(HoldUpkeepTest, TellsTwoHoldsOfOneNameApart) {
+TEST_F(HoldUpkeepTest, TellsTwoHoldsWithTheSameNameApart) {
   const auto logind = fakeLogind();
   create(kSystem, "a");
   create(kDisplay, "a");
@@ -457,7 +459,7 @@ TEST_F(HoldUpkeepTest, DoesNotTakeAnOldListForOneThatHasTheNewAssertion) {
   EXPECT_EQ(kept(), Lines{"b: org.freedesktop.login1"});
 }
 
-TEST_F(HoldUpkeepTest, TellsOfNobodyOnceTheServiceHasGone) {
+TEST_F(HoldUpkeepTest, TellsOfNobodyAfterTheServiceHasGone) {
   auto logind = fakeLogind();
   create(kSystem, "a");
   ASSERT_EQ(kept(), Lines{"a: org.freedesktop.login1"});
@@ -465,7 +467,7 @@ TEST_F(HoldUpkeepTest, TellsOfNobodyOnceTheServiceHasGone) {
   EXPECT_TRUE(eventually([&] { return kept() == Lines{"a: nobody"}; }));
 }
 
-TEST_F(HoldUpkeepTest, MindsNoSilence) {
+TEST_F(HoldUpkeepTest, ChangesNothingWhenAServiceIsSilent) {
   const auto logind = fakeLogind();
   create(kSystem, "a");
   logind->isSilent = true;
@@ -474,7 +476,7 @@ TEST_F(HoldUpkeepTest, MindsNoSilence) {
   EXPECT_EQ(ports.log.lines(), Lines{});
 }
 
-TEST_F(HoldUpkeepTest, MindsNoListsOfAnotherShape) {
+TEST_F(HoldUpkeepTest, ChangesNothingForListsOfAnotherType) {
   const auto logind = fakeLogind();
   const auto gnome = sessionService(kGnome);
   logind->listsNonsense = true;
@@ -492,7 +494,7 @@ TEST_F(HoldUpkeepTest, MindsNoListsOfAnotherShape) {
   EXPECT_EQ(ports.log.lines(), Lines{});
 }
 
-TEST_F(HoldUpkeepTest, MindsNoAnswerOfAnotherShapeFromAPowerService) {
+TEST_F(HoldUpkeepTest, ChangesNothingForAPowerServicesAnswerOfAnotherType) {
   const auto power = sessionService(kPowerManagement);
   power->listsNonsense = true;
   create(kSystem, "a");
@@ -502,7 +504,7 @@ TEST_F(HoldUpkeepTest, MindsNoAnswerOfAnotherShapeFromAPowerService) {
   EXPECT_EQ(ports.log.lines(), Lines{});
 }
 
-TEST_F(HoldUpkeepTest, MindsNoListOfAnotherShapeFromThePolicyAgent) {
+TEST_F(HoldUpkeepTest, ChangesNothingForAPolicyAgentsListOfAnotherType) {
   const auto solid = sessionService(kSolid);
   const auto power = sessionService(kPowerManagement);
   std::atomic<int> readings = 0;
@@ -518,7 +520,7 @@ TEST_F(HoldUpkeepTest, MindsNoListOfAnotherShapeFromThePolicyAgent) {
   EXPECT_EQ(ports.log.lines(), Lines{});
 }
 
-TEST_F(HoldUpkeepTest, MissesNothingThatABusySessionManagerDidNotTell) {
+TEST_F(HoldUpkeepTest, MissesNothingWhenASessionManagerIsTooBusyToTell) {
   const auto gnome = sessionService(kGnome);
   gnome->failsAt = "GetAppId";
   create(kSystem, "a");
@@ -535,7 +537,7 @@ TEST_F(HoldUpkeepTest, MissesNothingThatABusySessionManagerDidNotTell) {
   EXPECT_EQ(ports.log.lines(), Lines{});
 }
 
-TEST_F(HoldUpkeepTest, TakesAgainWhatTheSessionManagerNoLongerLists) {
+TEST_F(HoldUpkeepTest, TakesAHoldAgainThatTheSessionManagerNoLongerLists) {
   const auto gnome = sessionService(kGnome);
   gnome->grantToAnother("a");
   create(kSystem, "a");

@@ -27,7 +27,8 @@ namespace {
 using namespace testing;  // NOLINT: the fixture's names
 using Lines = std::vector<std::string>;
 
-/// The session manager's list. Tells details by methods, or by properties as others do.
+/// A session manager that lists inhibitors. It tells details by methods, or by properties as some
+/// managers do.
 class FakeInhibitorList {
  public:
   struct Entry {
@@ -122,7 +123,7 @@ class InhibitorListTest : public BusTest {
     list = std::make_unique<InhibitorList>(*systemBus, *sessionBus, holders);
   }
 
-  /// Each assertion as "holder type level", a named holder by its name.
+  /// Each assertion as "holder type level". A named holder stands with its name.
   Lines assertions() {
     Lines result;
     const auto all = list->assertionsByProcess();
@@ -147,7 +148,7 @@ class InhibitorListTest : public BusTest {
   std::unique_ptr<InhibitorList> list;
 };
 
-TEST_F(InhibitorListTest, IsAbsentWhereNobodyCanBeAsked) {
+TEST_F(InhibitorListTest, IsAbsentWhenNobodyCanBeAsked) {
   EXPECT_EQ(list->assertionsByProcess(), std::nullopt);
 }
 
@@ -157,7 +158,7 @@ TEST_F(InhibitorListTest, IsAbsentWithoutABus) {
   EXPECT_EQ(list->assertionsByProcess(), std::nullopt);
 }
 
-TEST_F(InhibitorListTest, IsEmptyWhereNothingIsHeld) {
+TEST_F(InhibitorListTest, IsEmptyWhenNothingIsHeld) {
   const auto logind = logindListing({});
   EXPECT_EQ(assertions(), Lines{});
 }
@@ -176,7 +177,7 @@ TEST_F(InhibitorListTest, CountsALockThatOnlyDelaysAsSwitchedOff) {
   EXPECT_EQ(assertions(), (Lines{"1 PreventSystemSleep 0", "2 PreventUserIdleSystemSleep 0"}));
 }
 
-TEST_F(InhibitorListTest, PassesOverLocksThatDoNotKeepTheMachineAwake) {
+TEST_F(InhibitorListTest, SkipsLocksThatDoNotKeepTheMachineAwake) {
   const auto logind =
       logindListing({{"shutdown", "a", "why", "block", 0, 1},
                      {"handle-lid-switch:handle-suspend-key", "b", "why", "block", 0, 2},
@@ -204,10 +205,10 @@ TEST_F(InhibitorListTest, DropsTheLockByWhichGnomePassesOnItsOwnList) {
   EXPECT_EQ(assertions(), Lines{"6 PreventUserIdleSystemSleep 255"});
 }
 
-TEST_F(InhibitorListTest, CleansWhatAHolderCallsItselfAndItsReason) {
+TEST_F(InhibitorListTest, CleansTheNameAndTheReasonOfAHolder) {
   const auto logind = logindListing({{"idle", "a\x1B[2J", "why\a", "block", 1000, 6}});
   const auto agent = policyAgent(sessionDaemon->address(), {{"a\x1B[2J", "why\a"}});
-  // The agent's is the same once more.
+  // The agent lists the same inhibitor again.
   const auto all = list->assertionsByProcess();
   ASSERT_TRUE(all);
   ASSERT_EQ(all->size(), 1U);
@@ -306,7 +307,7 @@ TEST_F(InhibitorListTest, KnowsAStaylitByItsProgramThatCallsItselfOtherwise) {
 }
 
 TEST_F(InhibitorListTest, KnowsAStaylitByItsProgramUnderAnotherName) {
-  // This very program, as any that was started twice.
+  // The program of this test stands for a Staylit that was started twice.
   const ChildProgram staylit({"unused"}, [] {
     ::prctl(PR_SET_NAME, "renamed");
     ::pause();

@@ -46,7 +46,7 @@ class LidInhibitorTest : public BusTest {
     EXPECT_TRUE(eventually([&] { return answer.has_value(); }));
     return answer.value_or("no answer");
   }
-  /// The same, to be found in `answer` later on.
+  /// Does the same; the result is in `answer` later on.
   void ask() {
     answer.reset();
     lid->holdAsking([this](const auto& failed) { answer = text(failed); });
@@ -71,7 +71,7 @@ TEST_F(LidInhibitorTest, HoldsAtMostOneLock) {
   EXPECT_EQ(logind->granted(), Lines{kLock});
 }
 
-TEST_F(LidInhibitorTest, ReleasesWhatIsNotHeld) {
+TEST_F(LidInhibitorTest, MayBeReleasedWithoutBeingHeld) {
   EXPECT_FALSE(lid->release());
   EXPECT_EQ(logind->granted(), Lines{});
 }
@@ -83,7 +83,7 @@ TEST_F(LidInhibitorTest, CanBeHeldAgainAfterItsRelease) {
   EXPECT_EQ(logind->held(), Lines{kLock});
 }
 
-TEST_F(LidInhibitorTest, DoesNotAskTheUserWhereThePolicyLetsItBe) {
+TEST_F(LidInhibitorTest, DoesNotAskTheUserWhenThePolicyAllowsTheLock) {
   EXPECT_EQ(failure(), "");
   EXPECT_EQ(logind->prompts, 0);
 }
@@ -95,7 +95,7 @@ TEST_F(LidInhibitorTest, IsHeldOnceTheUserHasApproved) {
   EXPECT_EQ(logind->held(), Lines{kLock});
 }
 
-TEST_F(LidInhibitorTest, TellsADismissedPromptFromAPolicy) {
+TEST_F(LidInhibitorTest, TellsADismissedPromptFromARefusalByPolicy) {
   logind->approval = FakeLogind::Approval::declined;
   EXPECT_EQ(failure(), "declined");
   EXPECT_EQ(logind->prompts, 1);
@@ -109,7 +109,7 @@ TEST_F(LidInhibitorTest, SaysThatNobodyCanAskForTheApproval) {
   EXPECT_EQ(failure(), "it needs an administrator's approval, and nothing here can ask for that");
 }
 
-TEST_F(LidInhibitorTest, AsksNobodyUnlessItMay) {
+TEST_F(LidInhibitorTest, AsksTheUserOnlyWhenItMay) {
   logind->approval = FakeLogind::Approval::given;
   EXPECT_EQ(text(lid->hold()),
             "it needs an administrator's approval, and nothing here can ask for that");
@@ -118,7 +118,7 @@ TEST_F(LidInhibitorTest, AsksNobodyUnlessItMay) {
   EXPECT_EQ(logind->prompts, 0);
 }
 
-/// With a user who has been asked and has not answered.
+/// The user has been asked and has not answered yet.
 class LidPromptTest : public LidInhibitorTest {
  protected:
   void SetUp() override {
@@ -131,7 +131,7 @@ class LidPromptTest : public LidInhibitorTest {
   }
 };
 
-TEST_F(LidPromptTest, LeavesTheLoopAloneHoweverLongTheUserTakes) {
+TEST_F(LidPromptTest, DoesNotBlockTheLoopHoweverLongTheUserTakes) {
   bool isSleepAnnounced = false;
   int timersFired = 0;
   LogindSleepNotifications notifications(*systemBus, *loop);
@@ -178,7 +178,7 @@ TEST_F(LidPromptTest, FailsWhenTheBusGoes) {
   EXPECT_FALSE(lid->holds());
 }
 
-TEST_F(LidPromptTest, GoesWithItsOwner) {
+TEST_F(LidPromptTest, EndsWithItsOwner) {
   lid.reset();
   logind->answerLate();
   EXPECT_TRUE(eventually([&] { return logind->granted().size() == 1 && logind->held().empty(); }));
@@ -199,14 +199,14 @@ TEST_F(LidInhibitorTest, LeavesTheLidToADesktopThatHandlesIt) {
   EXPECT_EQ(logind->granted(), Lines{});
 }
 
-TEST_F(LidInhibitorTest, DoesNotMindLocksThatLeaveTheLidAlone) {
+TEST_F(LidInhibitorTest, IgnoresLocksThatLeaveTheLidAlone) {
   logind->list({{"handle-power-key:handle-suspend-key", "gsd-media-keys", "keys", "block", 1, 1},
                 {"handle-power-key:handle-lid-switch", "a", "b", "delay", 1, 1},
                 {"sleep", "NetworkManager", "turns off networks", "delay", 0, 1}});
   EXPECT_EQ(failure(), "");
 }
 
-TEST_F(LidInhibitorTest, IsHeldAsWellWhileADesktopKeepsTheLidFromSleepForAnotherScreen) {
+TEST_F(LidInhibitorTest, IsHeldEvenWhileADesktopLocksTheLidForAnotherScreen) {
   logind->list(
       {{"handle-lid-switch", "somebody", "Multiple displays attached", "block", 1000, 4711}});
   EXPECT_EQ(failure(), "");
@@ -227,7 +227,7 @@ TEST_F(LidInhibitorTest, IsTakenAgainWhenLogindRestarts) {
   EXPECT_TRUE(eventually([&] { return logind->held() == Lines{kLock}; }));
 }
 
-TEST_F(LidInhibitorTest, IsNotTakenAgainOnceItIsReleased) {
+TEST_F(LidInhibitorTest, IsNotTakenAgainAfterItsRelease) {
   EXPECT_EQ(failure(), "");
   lid->release();
   logind.reset();
@@ -240,7 +240,7 @@ TEST_F(LidInhibitorTest, IsNotTakenAgainOnceItIsReleased) {
   EXPECT_EQ(logind->granted(), Lines{});
 }
 
-TEST_F(LidInhibitorTest, SaysSoWhenARestartedLogindRefuses) {
+TEST_F(LidInhibitorTest, ReportsThatARestartedLogindRefuses) {
   EXPECT_EQ(failure(), "");
   logind.reset();
   logind = std::make_unique<FakeLogind>(systemDaemon->address(), FakeLogind::Approval::given);
@@ -250,7 +250,7 @@ TEST_F(LidInhibitorTest, SaysSoWhenARestartedLogindRefuses) {
                   "nothing here can ask for that"});
 }
 
-/// The same on a loop whose timers the test fires.
+/// The lid's inhibitor on a loop whose timers the test fires.
 class LidRetryTest : public LidInhibitorTest {
  protected:
   void SetUp() override {
@@ -258,10 +258,10 @@ class LidRetryTest : public LidInhibitorTest {
     if (IsSkipped()) return;
     lid = std::make_unique<LidInhibitor>(*systemBus, timers);
     changes_ = lid->observe([this](bool holds) { told.push_back(holds); });
-    // What no answer came for is not tried for a moment.
+    // After a call without an answer, the bus pauses for a moment.
     ASSERT_TRUE(eventually([this] { return systemBus->connect() == 0; }));
   }
-  /// Lets the moment pass in which nothing is tried, and fires.
+  /// Lets the pause pass and fires the timer.
   void retry() {
     runBriefly(*loop);
     timers.fireTimers();
@@ -288,7 +288,7 @@ TEST_F(LidRetryTest, IsTriedAgainWhenNobodyAnsweredAtTheResumption) {
   EXPECT_EQ(ports.log.lines(), Lines{"info: clamshell sleep disabled"});
 }
 
-TEST_F(LidRetryTest, ASecondAttemptInVainIsTold) {
+TEST_F(LidRetryTest, ASecondFailedAttemptIsReported) {
   logind->isSilent = true;
   EXPECT_FALSE(lid->isTriedAgain());
   ASSERT_TRUE(lid->resume());
@@ -308,7 +308,7 @@ TEST_F(LidRetryTest, ASecondAttemptInVainIsTold) {
   EXPECT_FALSE(lid->isTriedAgain());
 }
 
-TEST_F(LidRetryTest, AHoldThatIsFoundOnLogindsListAfterItsLossIsTold) {
+TEST_F(LidRetryTest, AHoldThatIsFoundOnLogindsListAfterItsLossIsReported) {
   ASSERT_FALSE(lid->hold());
   logind.reset();
   startLogind();
@@ -325,7 +325,7 @@ TEST_F(LidRetryTest, AHoldThatIsFoundOnLogindsListAfterItsLossIsTold) {
   EXPECT_TRUE(lid->holds());
 }
 
-TEST_F(LidRetryTest, TheLockOfAnotherProgramIsNotTakenForItsOwn) {
+TEST_F(LidRetryTest, TheLockOfAnotherProgramDoesNotCountAsItsOwn) {
   ASSERT_FALSE(lid->hold());
   logind.reset();
   startLogind();
@@ -356,7 +356,7 @@ TEST_F(LidRetryTest, AReleaseEndsTheAttempts) {
   EXPECT_EQ(told, std::vector<bool>{});
 }
 
-TEST_F(LidRetryTest, AHoldThatARestartedLogindRefusesIsToldAsLost) {
+TEST_F(LidRetryTest, AHoldThatARestartedLogindRefusesIsReportedAsLost) {
   ASSERT_FALSE(lid->hold());
   logind.reset();
   logind = std::make_unique<FakeLogind>(systemDaemon->address(), FakeLogind::Approval::given);

@@ -54,7 +54,7 @@ TEST_F(SleepNotificationsTest, TellEveryObserverOfSleepAndWake) {
   EXPECT_TRUE(eventually([&] { return log == "sleep sleep wake wake "; }));
 }
 
-TEST_F(SleepNotificationsTest, LetSleepComeOnlyAfterWhatTheObserverPosted) {
+TEST_F(SleepNotificationsTest, LetSleepComeOnlyAfterTheWorkThatAnObserverPosted) {
   std::size_t heldWhilePosted = 0;
   notifications->observe(
       [&] {
@@ -99,7 +99,7 @@ TEST_F(SleepNotificationsTest, TakeTheLockWhenLogindAppearsAfterTheObserver) {
   EXPECT_TRUE(eventually([&] { return logind->held() == Lines{kDelayLock}; }));
 }
 
-TEST_F(SleepNotificationsTest, TellTheObserverThoughTheLockIsRefused) {
+TEST_F(SleepNotificationsTest, TellTheObserverEvenIfTheLockIsRefused) {
   logind->refuses = true;
   observe();
   logind->announceSleep(true);
@@ -116,14 +116,14 @@ TEST_F(SleepNotificationsTest, KeepALockThatIsGrantedLate) {
   EXPECT_EQ(logind->held(), Lines{kDelayLock});
 }
 
-TEST_F(SleepNotificationsTest, AskAgainForALockThatNobodyAnsweredFor) {
+TEST_F(SleepNotificationsTest, AskAgainForALockWhenNobodyAnswered) {
   logind->isSilent = true;
   observe();
   logind->isSilent = false;
   EXPECT_TRUE(eventually([&] { return logind->held() == Lines{kDelayLock}; }));
 }
 
-TEST_F(SleepNotificationsTest, LetGoOfTheLockWhenTheyGo) {
+TEST_F(SleepNotificationsTest, GiveTheLockBackWhenTheyAreDestroyed) {
   observe();
   notifications.reset();
   EXPECT_TRUE(eventually([&] { return logind->held().empty(); }));

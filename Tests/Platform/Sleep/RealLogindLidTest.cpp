@@ -1,4 +1,4 @@
-// What the machine's own logind makes of the hold on the lid.
+// Tests the hold on the lid with the machine's own logind.
 
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -47,7 +47,7 @@ class RealLogindLidTest : public BusTest {
   }
 
   tidewell::FakePorts ports;
-  std::unique_ptr<Bus> observer;  ///< Another client than the one under test.
+  std::unique_ptr<Bus> observer;  ///< The client under test has a connection of its own.
   std::unique_ptr<RealLogind> logind;
   std::unique_ptr<LidInhibitor> lid;
 };
@@ -77,7 +77,7 @@ TEST_F(RealLogindLidTest, IsNotAmongTheRequestsToStayAwake) {
   EXPECT_TRUE(listed->front().types.empty());
 }
 
-TEST_F(RealLogindLidTest, SeesWhatSomebodyElseHolds) {
+TEST_F(RealLogindLidTest, SeesTheLockOfAnotherProgram) {
   LogindLock other = takeLogindLock(*observer, "handle-lid-switch", "why", "block");
   ASSERT_TRUE(other.descriptor);
   EXPECT_TRUE(lid->isHeld());
@@ -115,7 +115,7 @@ TEST_F(RealLogindLidTest, IsHeldAgainAfterLogindForgotEverything) {
   EXPECT_TRUE(eventually([&] { return lid->isHeld() && locks() == 1; }));
 }
 
-TEST_F(RealLogindLidTest, EndsWithTheProcessHoweverThatEnds) {
+TEST_F(RealLogindLidTest, EndsWithTheProcessHoweverTheProcessEnds) {
   std::array<int, 2> ends{};
   ASSERT_EQ(::pipe(ends.data()), 0);
   ChildProgram child({"unused"}, [&] {

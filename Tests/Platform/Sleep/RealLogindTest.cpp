@@ -1,4 +1,4 @@
-// What the machine's own logind makes of the holds.
+// Tests holds with the machine's own logind.
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -42,7 +42,7 @@ class RealLogindTest : public SleepTest {
     observer_.reset();
   }
 
-  /// Another client of the bus than the one under test.
+  /// The client under test has a connection of its own.
   Bus* observer() {
     if (!observer_) observer_ = std::make_unique<Bus>(*loop, Bus::Kind::system, impatient());
     return observer_.get();
@@ -81,7 +81,7 @@ TEST_F(RealLogindTest, ListsAHoldUnderItsProcessAndForgetsItOnRelease) {
   EXPECT_TRUE(eventually([&] { return reasons().empty(); }));
 }
 
-/// Looks again and again whether logind's `BlockInhibited` names idle sleep.
+/// Looks again and again whether logind's `BlockInhibited` contains idle sleep.
 class IdleWatcher {
  public:
   explicit IdleWatcher(const std::string& address) : thread_([this, address] { watch(address); }) {}
@@ -180,7 +180,7 @@ TEST_F(RealLogindTest, HoldsNothingForAProcessThatWasKilled) {
   ::close(ends[1]);
 }
 
-/// Closes what `descriptor` of this process refers to, behind the back of whoever owns it.
+/// Closes `descriptor` of this process without the knowledge of its owner.
 void closeBehindTheBack(int descriptor) {
   const int nothing = ::open("/dev/null", O_RDWR | O_CLOEXEC);
   ::dup3(nothing, descriptor, O_CLOEXEC);
@@ -213,7 +213,7 @@ TEST_F(RealLogindTest, ReadsBackThatALockIsGoneAndTakesItAgain) {
   EXPECT_TRUE(eventually([&] { return reasons() == Reasons{"a"}; }));
 }
 
-TEST_F(RealLogindTest, LeavesALockAloneThatIsListed) {
+TEST_F(RealLogindTest, LeavesAListedLockAlone) {
   tidewell::FakeMainLoop timers;
   SleepInhibitors holds(*systemBus, *sessionBus, timers, [this] { return now; });
   ASSERT_EQ(holds.createAssertion(kSystem, "broken \xFF").code, 0);
@@ -230,7 +230,7 @@ TEST_F(RealLogindTest, AcceptsAReasonThatWasBrokenText) {
   EXPECT_EQ(reasons(), Reasons{"\xEF\xBF\xBD"});
 }
 
-TEST_F(RealLogindTest, GrantsTheLockThatDelaysSleepAndListsItAsNoneThatForbidsIt) {
+TEST_F(RealLogindTest, GrantsTheLockThatDelaysSleepAndDoesNotListItAsOneThatPreventsSleep) {
   LogindSleepNotifications notifications(*systemBus, *loop);
   notifications.observe([] {}, [] {});
   const auto listed = listLogindInhibitors(*observer());

@@ -37,7 +37,7 @@ TEST_F(RecordedPowerManagementTest, ForgetsWhatIsReleased) {
   EXPECT_TRUE(recorded.assertions().empty());
 }
 
-TEST_F(RecordedPowerManagementTest, TellsOfItsAssertionsThatNobodyKeepsThem) {
+TEST_F(RecordedPowerManagementTest, SaysThatItsAssertionsAreNotGranted) {
   recorded.createAssertion(tidewell::AssertionKind::system, "a");
   recorded.createAssertion(tidewell::AssertionKind::display, "b");
   const auto live = recorded.liveAssertions();

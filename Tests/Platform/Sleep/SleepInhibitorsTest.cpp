@@ -36,7 +36,7 @@ TEST_F(SleepTest, NeverGivesGnomeAnEmptyReason) {
   EXPECT_EQ(gnome->log(), Lines{"Inhibit com.staylit.app|Staylit|4"});
 }
 
-TEST_F(SleepTest, AsksTheFreedesktopServiceWhereThereIsNoGnome) {
+TEST_F(SleepTest, AsksTheFreedesktopServiceWhenThereIsNoGnome) {
   const auto power = sessionService(kPowerManagement);
   const auto screen = sessionService(kScreenSaver);
   EXPECT_EQ(create(kSystem, "a").code, 0);
@@ -73,7 +73,7 @@ TEST_F(SleepTest, TakesLogindsIdleLockInAdditionToGnome) {
   EXPECT_EQ(logind->held(), Lines{"idle|Staylit|a|block"});
 }
 
-TEST_F(SleepTest, TakesLogindsIdleLockAloneWhereNoSessionDecides) {
+TEST_F(SleepTest, TakesLogindsIdleLockAloneWhenNoSessionServiceDecides) {
   const auto logind = fakeLogind();
   EXPECT_EQ(create(kSystem, "a").code, 0);
   EXPECT_EQ(create(kDisplay, "b").code, 0);
@@ -113,7 +113,7 @@ TEST_F(SleepTest, GivesEverythingBackOnRelease) {
   EXPECT_EQ(gnome->log(), (Lines{"Inhibit com.staylit.app|a|4", "Uninhibit 1"}));
 }
 
-TEST_F(SleepTest, GivesEverythingBackWhenItGoes) {
+TEST_F(SleepTest, GivesEverythingBackWhenItIsDestroyed) {
   const auto power = sessionService(kPowerManagement);
   const auto logind = fakeLogind();
   create(kSystem, "a");
@@ -122,7 +122,7 @@ TEST_F(SleepTest, GivesEverythingBackWhenItGoes) {
   EXPECT_EQ(power->log(), (Lines{"Inhibit Staylit|a", "UnInhibit 1"}));
 }
 
-TEST_F(SleepTest, ReleasesOnlyTheAssertionThatIsMeant) {
+TEST_F(SleepTest, ReleasesOnlyTheGivenAssertion) {
   const auto gnome = sessionService(kGnome);
   const auto first = create(kSystem, "a");
   const auto second = create(kDisplay, "b");
@@ -147,7 +147,7 @@ TEST_F(SleepTest, TakesTheNewNameBeforeItDropsTheOldOne) {
   EXPECT_EQ(logind->held(), Lines{"idle|Staylit|b|block"});
 }
 
-TEST_F(SleepTest, KeepsTheOldNameWhereTheNewOneIsRefused) {
+TEST_F(SleepTest, KeepsTheOldNameWhenTheNewOneIsRefused) {
   const auto gnome = sessionService(kGnome);
   const auto creation = create(kSystem, "a");
   gnome->refuses = true;
@@ -157,7 +157,7 @@ TEST_F(SleepTest, KeepsTheOldNameWhereTheNewOneIsRefused) {
   EXPECT_EQ(gnome->held(), Lines{"a"});
 }
 
-TEST_F(SleepTest, GivesTheNegativeErrnoWhenItIsRefused) {
+TEST_F(SleepTest, ReturnsTheNegativeErrnoOfARefusal) {
   const auto gnome = sessionService(kGnome);
   gnome->refuses = true;
   const auto creation = create(kSystem, "a");
@@ -183,7 +183,7 @@ TEST_F(SleepTest, SendsOnlyValidText) {
   EXPECT_EQ(logind->held(), Lines{"idle|Staylit|caf\xC3\xA9 \xEF\xBF\xBD\xEF\xBF\xBD(|block"});
 }
 
-TEST_F(SleepTest, AsksASessionManagerAgainThatRestarted) {
+TEST_F(SleepTest, AsksARestartedSessionManagerAgain) {
   auto gnome = sessionService(kGnome);
   create(kSystem, "a");
   const auto renamed = create(kDisplay, "b");
@@ -195,7 +195,7 @@ TEST_F(SleepTest, AsksASessionManagerAgainThatRestarted) {
   EXPECT_EQ(gnome->log(), (Lines{"Inhibit com.staylit.app|a|4", "Inhibit com.staylit.app|c|12"}));
 }
 
-TEST_F(SleepTest, NeverGivesBackToASuccessorWhatItsPredecessorGranted) {
+TEST_F(SleepTest, NeverGivesASuccessorBackTheGrantOfItsPredecessor) {
   auto power = sessionService(kPowerManagement);
   const auto creation = create(kSystem, "a");
   power.reset();
@@ -243,7 +243,7 @@ TEST_F(SleepTest, FallsBackToTheOtherServiceWhenTheBetterOneLeft) {
   EXPECT_TRUE(eventually([&] { return power->held() == Lines{"a"}; }));
 }
 
-TEST_F(SleepTest, RecordsOnlyWhereNobodyCanBeAsked) {
+TEST_F(SleepTest, OnlyRecordsWhenThereIsNobodyToAsk) {
   const auto creation = create(kSystem, "a");
   EXPECT_EQ(creation.code, 0);
   EXPECT_NE(creation.id, 0U);
@@ -252,14 +252,14 @@ TEST_F(SleepTest, RecordsOnlyWhereNobodyCanBeAsked) {
   EXPECT_EQ(ports.log.lines(), Lines{"info: no sleep service here: holds are recorded only"});
 }
 
-TEST_F(SleepTest, RecordsOnlyWhereThereIsNoBus) {
+TEST_F(SleepTest, OnlyRecordsWhenThereIsNoBus) {
   const ScopedEnvironment noSystem("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/nonexistent/bus");
   const ScopedEnvironment noSession("DBUS_SESSION_BUS_ADDRESS", "disabled:");
   EXPECT_EQ(create(kSystem, "a").code, 0);
   EXPECT_EQ(ports.log.lines(), Lines{"info: no sleep service here: holds are recorded only"});
 }
 
-TEST_F(SleepTest, HoldsForRealWhatItRecordedWhenAServiceAppears) {
+TEST_F(SleepTest, HoldsARecordedAssertionWhenAServiceAppears) {
   const auto creation = create(kSystem, "a");
   inhibitors->setAssertionName(creation.id, "b");
   const auto logind = fakeLogind();
@@ -268,7 +268,7 @@ TEST_F(SleepTest, HoldsForRealWhatItRecordedWhenAServiceAppears) {
   EXPECT_TRUE(eventually([&] { return logind->held().empty(); }));
 }
 
-TEST_F(SleepTest, HoldsForRealWhatItRecordedWhenTheBusAppears) {
+TEST_F(SleepTest, HoldsARecordedAssertionWhenTheBusAppears) {
   systemDaemon->stop();
   EXPECT_EQ(create(kSystem, "a").code, 0);
   systemDaemon->start();
@@ -276,7 +276,7 @@ TEST_F(SleepTest, HoldsForRealWhatItRecordedWhenTheBusAppears) {
   EXPECT_TRUE(eventually([&] { return logind->held() == Lines{"idle|Staylit|a|block"}; }));
 }
 
-TEST_F(SleepTest, SaysSoWhenTheOnlyServiceDoesNotAnswer) {
+TEST_F(SleepTest, FailsWhenTheOnlyServiceDoesNotAnswer) {
   const auto gnome = sessionService(kGnome);
   gnome->isSilent = true;
   const auto creation = create(kSystem, "a");
@@ -284,7 +284,7 @@ TEST_F(SleepTest, SaysSoWhenTheOnlyServiceDoesNotAnswer) {
   EXPECT_EQ(creation.id, 0U);
 }
 
-TEST_F(SleepTest, GivesBackWhatIsGrantedTooLateForAFailedHold) {
+TEST_F(SleepTest, GivesBackAGrantThatComesTooLateForAFailedHold) {
   const auto gnome = sessionService(kGnome);
   gnome->isSilent = true;
   ASSERT_EQ(create(kSystem, "a").code, -ETIMEDOUT);
@@ -292,7 +292,7 @@ TEST_F(SleepTest, GivesBackWhatIsGrantedTooLateForAFailedHold) {
   EXPECT_TRUE(eventually([&] { return gnome->log().size() == 2 && gnome->held().empty(); }));
 }
 
-TEST_F(SleepTest, KeepsWhatIsGrantedLateForALiveHold) {
+TEST_F(SleepTest, KeepsALateGrantForALiveHold) {
   const auto gnome = sessionService(kGnome);
   const auto logind = fakeLogind();
   gnome->isSilent = true;
@@ -305,7 +305,7 @@ TEST_F(SleepTest, KeepsWhatIsGrantedLateForALiveHold) {
   EXPECT_TRUE(eventually([&] { return gnome->held().empty() && logind->held().empty(); }));
 }
 
-TEST_F(SleepTest, LetsGoOfALockThatLogindGrantsTooLate) {
+TEST_F(SleepTest, GivesBackALockThatLogindGrantsTooLate) {
   const auto logind = fakeLogind();
   logind->isSilent = true;
   ASSERT_EQ(create(kSystem, "a").code, -ETIMEDOUT);
@@ -313,7 +313,7 @@ TEST_F(SleepTest, LetsGoOfALockThatLogindGrantsTooLate) {
   EXPECT_TRUE(eventually([&] { return logind->granted().size() == 1 && logind->held().empty(); }));
 }
 
-TEST_F(SleepTest, IsNotStoppedByASessionBusThatSaysNothing) {
+TEST_F(SleepTest, HoldsEvenIfTheSessionBusIsSilent) {
   SilentBus silent;
   const ScopedEnvironment address("DBUS_SESSION_BUS_ADDRESS", silent.address());
   const auto logind = fakeLogind();
@@ -322,7 +322,7 @@ TEST_F(SleepTest, IsNotStoppedByASessionBusThatSaysNothing) {
   EXPECT_EQ(silent.connectionsMade(), 1);
 }
 
-TEST_F(SleepTest, SaysSoWhenNeitherBusSaysAnything) {
+TEST_F(SleepTest, FailsWhenBothBusesAreSilent) {
   SilentBus silent;
   const ScopedEnvironment session("DBUS_SESSION_BUS_ADDRESS", silent.address());
   const ScopedEnvironment system("DBUS_SYSTEM_BUS_ADDRESS", silent.address());
@@ -341,7 +341,7 @@ TEST_F(SleepTest, IsGrantedAsLongAsSomeServiceHasEverySystemHold) {
   EXPECT_TRUE(eventually([&] { return inhibitors->isGranted(); }));
 }
 
-TEST_F(SleepTest, IsNotGrantedWhereItIsRecordedOnly) {
+TEST_F(SleepTest, IsNotGrantedWhileItIsOnlyRecorded) {
   const auto creation = create(kSystem, "a");
   EXPECT_FALSE(inhibitors->isGranted());
   inhibitors->releaseAssertion(creation.id);

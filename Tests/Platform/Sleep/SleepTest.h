@@ -23,10 +23,10 @@ inline constexpr auto kDisplay = tidewell::AssertionKind::display;
 
 using Lines = std::vector<std::string>;
 
-/// After so long a service may be asked to change again.
+/// After this time a service may be asked for a change again.
 inline constexpr std::chrono::seconds kPause{5};
 
-/// The inhibitors on private buses, with whatever services a test puts there.
+/// The inhibitors on private buses, with the services that a test puts there.
 class SleepTest : public BusTest {
  protected:
   void SetUp() override {
@@ -49,7 +49,7 @@ class SleepTest : public BusTest {
   }
 
   tidewell::FakePorts ports;
-  /// What the inhibitors take for the time.
+  /// The time for the inhibitors.
   SleepAssertion::Moment now{std::chrono::hours(1)};
   std::unique_ptr<SleepInhibitors> inhibitors;
 };

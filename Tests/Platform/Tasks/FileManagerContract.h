@@ -38,7 +38,7 @@ class FileManagerTest : public ::testing::Test {
   Files files;
 };
 
-/// What every system's file manager promises.
+/// The contract of file managers, which every system's file manager keeps.
 template <typename Files>
 class FileManagerContract : public FileManagerTest<Files> {};
 

@@ -24,7 +24,7 @@ namespace {
 using namespace std::chrono_literals;
 using tidewell::NetworkTotals;
 
-/// Launches real processes, but the test's script in place of the system's tool.
+/// Launches real processes, with the test's script instead of the system's tool.
 class ScriptLauncher : public tidewell::TaskLauncher {
  public:
   explicit ScriptLauncher(std::string script) : script_(std::move(script)) {}
@@ -49,14 +49,14 @@ class SystemClock : public tidewell::Clock {
 
 class NetworkSamplerWithToolTest : public ::testing::Test {
  protected:
-  /// Replaced as a whole, since a script that is being run cannot be written to.
+  /// The file is replaced as a whole, because nobody can write to a script that is running.
   void setTool(std::string_view script) {
     std::filesystem::rename(folder_.writeScript("next", script), folder_.path("tool"));
   }
 
   void removeTool() { std::filesystem::remove(folder_.path("tool")); }
 
-  /// Refreshes until the totals are `expected`; what they are in the end.
+  /// Refreshes until the totals are `expected`. Returns the last totals.
   NetworkTotals totalsUntil(const NetworkTotals& expected) {
     const auto deadline = std::chrono::steady_clock::now() + 20s;
     while (sampler_.currentTotals() != expected && std::chrono::steady_clock::now() < deadline) {
@@ -66,7 +66,7 @@ class NetworkSamplerWithToolTest : public ::testing::Test {
     return sampler_.currentTotals();
   }
 
-  /// How often the tool has begun; each run of a counting script adds a byte.
+  /// How often the tool was started. Each run of a counting script adds a byte.
   [[nodiscard]] std::ptrdiff_t runs() const {
     std::ifstream file(folder_.path("runs"), std::ios::binary);
     return std::distance(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
@@ -75,7 +75,7 @@ class NetworkSamplerWithToolTest : public ::testing::Test {
     return "printf x >> '" + folder_.path("runs") + "'\n";
   }
 
-  /// Refreshes until the tool has begun `count` runs.
+  /// Refreshes until the tool was started `count` times.
   bool reachesRuns(std::ptrdiff_t count) {
     const auto deadline = std::chrono::steady_clock::now() + 20s;
     while (runs() < count) {

@@ -27,11 +27,11 @@ INSTANTIATE_TYPED_TEST_SUITE_P(Posix, FileManagerContract, PlainFileManager);
 
 using PosixFileManagerTest = FileManagerTest<PlainFileManager>;
 
-TEST_F(PosixFileManagerTest, HasItsMakersHomeFolderWithoutASlashAtItsEnd) {
+TEST_F(PosixFileManagerTest, HasTheGivenHomeFolderWithoutASlashAtItsEnd) {
   EXPECT_EQ(PosixFileManager("/home/me//", testing::plainErrorWords).homeDirectory(), "/home/me");
 }
 
-TEST_F(PosixFileManagerTest, SaysInItsMakersWordsWhyItFailed) {
+TEST_F(PosixFileManagerTest, SaysInTheGivenWordsWhyItFailed) {
   folder.write("a", "a file");
   EXPECT_EQ(files.createDirectory(at("a/b")), "Not a directory");
   EXPECT_EQ(files.createDirectory(at("a")), "Not a directory");
@@ -53,7 +53,7 @@ TEST_F(PosixFileManagerTest, WritesUnderAHiddenNameFirst) {
   EXPECT_EQ(std::string(event->name).substr(0, 3), ".a.");
 }
 
-TEST_F(PosixFileManagerTest, WritesBesideWhatAnEarlierProcessLeftBehind) {
+TEST_F(PosixFileManagerTest, WritesEvenIfAnEarlierProcessLeftItsFileBehind) {
   const std::string leftBehind = ".a." + std::to_string(getpid()) + ".0";
   folder.write(leftBehind, "half a");
   EXPECT_EQ(files.writeAtomically(at("a"), "one"), std::nullopt);

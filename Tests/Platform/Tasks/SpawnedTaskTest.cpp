@@ -24,8 +24,8 @@ struct PlainLauncher : SpawnedTaskLauncher {
 
 INSTANTIATE_TYPED_TEST_SUITE_P(Spawned, TaskContract, PlainLauncher);
 
-/// Another process that follows the one with this number, whose end is the follower's until then:
-/// its parent cannot reap it. Gone within a minute in any case.
+/// Another process that traces the process with this number. Until the tracer has seen the end of
+/// that process, its parent cannot reap it. The tracer ends within a minute in any case.
 class Follower {
  public:
   explicit Follower(pid_t followed) {
@@ -56,7 +56,7 @@ class Follower {
 
 using SpawnedTaskTest = ScriptTest<PlainLauncher>;
 
-TEST_F(SpawnedTaskTest, SaysInItsMakersWordsWhyAToolCannotBeLaunched) {
+TEST_F(SpawnedTaskTest, SaysInTheGivenWordsWhyAToolCannotBeLaunched) {
   const std::string missing = folder_.path("missing");
   EXPECT_EQ(launcher_.launch(missing, {}).error, "No such file or directory");
   EXPECT_EQ(launcher_.launch(folder_.write("plain", "#!/bin/sh\n"), {}).error, "Permission denied");
@@ -64,7 +64,7 @@ TEST_F(SpawnedTaskTest, SaysInItsMakersWordsWhyAToolCannotBeLaunched) {
   EXPECT_EQ(other.launch(missing, {}).error, "error " + std::to_string(ENOENT));
 }
 
-TEST_F(SpawnedTaskTest, WaitsForNoToolThatCannotEndAndReapsItOnceItHas) {
+TEST_F(SpawnedTaskTest, DoesNotWaitForAToolThatCannotEndAndReapsItLater) {
   auto task = start("echo $$ > '" + folder_.path("number") + "'\n" + sayReady() + "exec sleep 600");
   ASSERT_TRUE(eventually([&] { return isReady(); }));
   pid_t tool = 0;

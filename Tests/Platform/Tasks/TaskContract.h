@@ -28,7 +28,7 @@ namespace platform {
 
 inline constexpr std::size_t kAmpleOutput = std::size_t{1} << 20;
 
-/// Whether `condition` comes true within ten seconds.
+/// Whether `condition` becomes true within ten seconds.
 template <typename Condition>
 bool eventually(Condition condition) {
   const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
@@ -43,13 +43,13 @@ inline std::ptrdiff_t descriptorCount() {
   return std::distance(std::filesystem::directory_iterator("/dev/fd"), {});
 }
 
-/// Whether there is any child, ended or not. Reaps none.
+/// Whether this process has a child, running or ended. Reaps none.
 inline bool hasChild() {
   siginfo_t ignored{};
   return waitid(P_ALL, 0, &ignored, WEXITED | WNOHANG | WNOWAIT) == 0 || errno != ECHILD;
 }
 
-/// Launches scripts of the shell.
+/// Launches shell scripts.
 template <typename Launcher>
 class ScriptTest : public ::testing::Test {
  protected:
@@ -62,7 +62,7 @@ class ScriptTest : public ::testing::Test {
     return std::move(launch.task);
   }
 
-  /// The script says that it has come so far by making this file.
+  /// The script makes this file to tell how far it has come.
   [[nodiscard]] bool isReady() const { return std::filesystem::exists(folder_.path("ready")); }
   [[nodiscard]] std::string sayReady() const { return ": > '" + folder_.path("ready") + "'\n"; }
 
@@ -71,8 +71,8 @@ class ScriptTest : public ::testing::Test {
   int starts_ = 0;
 };
 
-/// What every system's launcher promises. What a tool prints to standard error is lost, and there
-/// is nothing for it to read.
+/// The contract of task launchers, which every system's launcher keeps. A tool's standard error is
+/// lost, and its standard input is empty.
 template <typename Launcher>
 class TaskContract : public ScriptTest<Launcher> {};
 
@@ -143,7 +143,7 @@ TYPED_TEST_P(TaskContract, TerminatesAToolThatHangsWithItsOutputOpen) {
 TYPED_TEST_P(TaskContract, EndsAReadThatIsWaitingAlready) {
   const auto task = this->start("exec sleep 60");
   std::thread terminator([&] {
-    // The reader's thread sleeps in the kernel once it waits; ending it any earlier works as well.
+    // A waiting reader sleeps in the kernel. Ending the read earlier works as well.
     std::this_thread::sleep_for(std::chrono::milliseconds(50));
     task->terminate();
   });
@@ -192,7 +192,7 @@ TYPED_TEST_P(TaskContract, GivesNoTaskWhenTheLaunchFails) {
 TYPED_TEST_P(TaskContract, GivesTheToolNoOtherDescriptor) {
   const Descriptor inheritable(dup(STDERR_FILENO));
   ASSERT_TRUE(inheritable);
-  // The shell itself opens its script, and `echo` needs no descriptor to list them.
+  // The shell itself has its script open. `echo` lists the descriptors without opening one.
   const auto task =
       this->start("for n in 3 4 5 6 7 8 9; do [ -e /dev/fd/$n ] && echo $n; done; true");
   EXPECT_EQ(task->readToEnd(kAmpleOutput), "");

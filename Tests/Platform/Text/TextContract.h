@@ -10,7 +10,7 @@
 
 namespace platform {
 
-/// What every system's text promises, in any language that sorts an ä before a z.
+/// The contract of text, which every system keeps, in any language that sorts an ä before a z.
 template <typename Text>
 class TextContract : public ::testing::Test {
  protected:
@@ -41,7 +41,7 @@ TYPED_TEST_P(TextContract, LowersTextThatGrows) {
   std::string capitals;
   std::string small;
   for (int count = 0; count < 1000; ++count) {
-    capitals += "\u0130";  // Two bytes, and three when lowered.
+    capitals += "\u0130";  // This letter has two bytes, and three when lowered.
     capitals += "\u023A";  // Likewise.
     small += "i\u0307\u2C65";
   }

@@ -17,7 +17,7 @@ namespace {
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
-TEST(SystemClock, TellsTheTimeOnTheWall) {
+TEST(SystemClock, TellsTheWallTime) {
   const auto before = std::chrono::system_clock::now();
   const tidewell::WallTime now = SystemClock().wallTime();
   const auto after = std::chrono::system_clock::now();
@@ -25,8 +25,8 @@ TEST(SystemClock, TellsTheTimeOnTheWall) {
   EXPECT_LE(now, after);
 }
 
-/// Goes on in a machine that has slept for `asleep` so far, as its clocks tell. False where that
-/// may not be simulated. Runs in a process of its own.
+/// Makes the clocks tell that the machine has slept for `asleep` so far. False when that may not be
+/// simulated. Call it in a process of its own.
 bool enterMachineThatSlept(std::chrono::seconds asleep) {
   if (::unshare(CLONE_NEWTIME) != 0 && ::unshare(CLONE_NEWUSER | CLONE_NEWTIME) != 0) return false;
   std::ofstream offsets("/proc/self/timens_offsets");
@@ -34,7 +34,7 @@ bool enterMachineThatSlept(std::chrono::seconds asleep) {
   return offsets.good();
 }
 
-/// How much of a machine's time so far its steady clock has not counted: the time that it slept.
+/// The time for which the machine has slept: the time that its steady clock has not counted.
 tidewell::Seconds timeAsleep() {
   return SystemClock().now().time_since_epoch() - steady_clock::now().time_since_epoch();
 }
@@ -43,7 +43,7 @@ TEST(SystemClock, CountsTheTimeThatTheMachineSleeps) {
   const tidewell::Seconds before = timeAsleep();
   const std::string seconds = inChild([]() -> std::string {
     if (!enterMachineThatSlept(std::chrono::seconds(86'400))) return "not allowed";
-    // Only what is started from there lives there.
+    // The clocks change only for processes that are started now.
     return inChild([] { return std::to_string(timeAsleep().count()); });
   });
   if (seconds == "not allowed") GTEST_SKIP() << "no time namespaces here";
