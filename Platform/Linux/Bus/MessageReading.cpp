@@ -11,14 +11,22 @@ bool holds(sd_bus_message* message, std::string_view wanted) {
   return sd_bus_message_peek_type(message, nullptr, &type) > 0 && type && wanted == type;
 }
 
+int readList(sd_bus_message* message, const char* type, std::vector<std::string>& texts) {
+  int result = sd_bus_message_enter_container(message, 'a', type);
+  const char* text = nullptr;
+  while (result >= 0 && (result = sd_bus_message_read(message, type, &text)) > 0)
+    texts.emplace_back(text);
+  return result < 0 ? result : sd_bus_message_exit_container(message);
+}
+
 }  // namespace
 
 int readTexts(sd_bus_message* message, std::vector<std::string>& texts) {
-  int result = sd_bus_message_enter_container(message, 'a', "s");
-  const char* text = nullptr;
-  while (result >= 0 && (result = sd_bus_message_read(message, "s", &text)) > 0)
-    texts.emplace_back(text);
-  return result < 0 ? result : sd_bus_message_exit_container(message);
+  return readList(message, "s", texts);
+}
+
+int readPaths(sd_bus_message* message, std::vector<std::string>& paths) {
+  return readList(message, "o", paths);
 }
 
 int readEntries(sd_bus_message* message, const EntryReader& read) {

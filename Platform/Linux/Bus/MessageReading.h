@@ -13,6 +13,9 @@ namespace platform {
 
 /// Reads `as`.
 int readTexts(sd_bus_message* message, std::vector<std::string>& texts);
+/// Reads `ao`.
+int readPaths(sd_bus_message* message, std::vector<std::string>& paths);
+
 /// Gets the key of an entry and reads its value. Returns 1 when it has read the value, 0 when it
 /// does not want it, or a negative errno.
 using EntryReader = std::function<int(const std::string& key)>;

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "Platform/Linux/Sleep/CookieInhibition.h"
-#include "Platform/Linux/Sleep/Question.h"
+#include "Platform/Linux/Sleep/PolicyAgentList.h"
 #include "Platform/Linux/Sleep/Services.h"
 #include "Tidewell/ForeignText.h"
 
@@ -49,22 +49,18 @@ std::shared_ptr<void> FreedesktopInhibitor::list(Listed listed) {
 }
 
 std::shared_ptr<void> FreedesktopInhibitor::listPolicyAgent(Listed listed) {
-  return asQuestion(sessionBus_.callAsync(
-      {services::kPolicyAgent, services::kPolicyAgentPath, services::kPolicyAgent,
-       "ListInhibitions"},
-      {}, [listed = std::move(listed)](const BusReply& reply) {
-        if (!reply) return;
-        sd_bus_message* const message = reply.message.get();
-        if (sd_bus_message_enter_container(message, SD_BUS_TYPE_ARRAY, "(ss)") < 0) return;
-        std::vector<std::string> reasons;
-        const char* who = nullptr;
-        const char* why = nullptr;
-        int read = 0;
-        while ((read = sd_bus_message_read(message, "(ss)", &who, &why)) > 0) {
-          if (std::string_view(who) == services::kDisplayName) reasons.emplace_back(why);
-        }
-        if (read == 0) listed(std::move(reasons));
-      }));
+  return asQuestion(sessionBus_.callAsync({services::kPolicyAgent, services::kPolicyAgentPath,
+                                           services::kPolicyAgent, "ListInhibitions"},
+                                          {}, [listed = std::move(listed)](const BusReply& reply) {
+                                            const auto list = readPolicyAgentList(reply);
+                                            if (!list) return;
+                                            std::vector<std::string> reasons;
+                                            for (const PolicyAgentEntry& entry : *list) {
+                                              if (entry.application == services::kDisplayName)
+                                                reasons.push_back(entry.reason);
+                                            }
+                                            listed(std::move(reasons));
+                                          }));
 }
 
 /// The service tells only whether anybody inhibits. If nobody does, it has nothing of this program

@@ -5,11 +5,21 @@
 #include <string>
 #include <vector>
 
-#include "Platform/Linux/Sleep/Inhibition.h"
+#include "Platform/Linux/Bus/BusHandles.h"
 #include "Tidewell/Ports/Clock.h"
 #include "Tidewell/Ports/PowerManagement.h"
 
 namespace platform {
+
+/// One wish that a service has granted. Destroying it takes the wish back without waiting. The wish
+/// also ends when the service has gone. Main thread only.
+class Inhibition {
+ public:
+  Inhibition() = default;
+  virtual ~Inhibition() = default;
+  Inhibition(const Inhibition&) = delete;
+  Inhibition& operator=(const Inhibition&) = delete;
+};
 
 /// One service that can keep the machine or its screen awake, and the way to ask it. Calls wait no
 /// longer than any call of the bus. Main thread only.
@@ -48,5 +58,10 @@ class InhibitMechanism {
   /// Forgets what is known of the service's list, because the service has gone.
   virtual void forgetList() {}
 };
+
+/// The result of `InhibitMechanism::list` for a pending call; null for an empty slot.
+inline std::shared_ptr<void> asQuestion(BusSlot slot) {
+  return slot ? std::make_shared<BusSlot>(std::move(slot)) : nullptr;
+}
 
 }  // namespace platform

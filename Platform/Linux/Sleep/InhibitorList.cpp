@@ -7,8 +7,8 @@
 #include <utility>
 
 #include "Platform/Linux/Sleep/ListedInhibitor.h"
-#include "Platform/Linux/Sleep/LogindInhibitors.h"
-#include "Platform/Linux/Sleep/PolicyAgentInhibitors.h"
+#include "Platform/Linux/Sleep/LogindList.h"
+#include "Platform/Linux/Sleep/PolicyAgentList.h"
 #include "Platform/Linux/Sleep/Services.h"
 #include "Platform/Linux/Sleep/StaylitHolds.h"
 
@@ -40,13 +40,13 @@ InhibitorList::InhibitorList(Bus& systemBus, Bus& sessionBus,
     : systemBus_(systemBus),
       sessionBus_(sessionBus),
       namedHolders_(std::move(namedHolders)),
-      sessionInhibitors_(sessionBus),
+      sessionManagerList_(sessionBus),
       // Watched so that asking whether it is there costs nothing.
       policyAgentPresence_(sessionBus.watchName(services::kPolicyAgent, {})) {}
 
 std::optional<std::vector<AssertionHolder>> InhibitorList::assertionsByProcess() {
   const auto logind = listLogindInhibitors(systemBus_);
-  const auto session = sessionInhibitors_.list();
+  const auto session = sessionManagerList_.list();
   const auto policyAgent = listPolicyAgentInhibitors(sessionBus_);
   if (!logind && !session && !policyAgent) return std::nullopt;
 

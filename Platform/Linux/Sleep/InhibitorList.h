@@ -7,7 +7,7 @@
 
 #include "Platform/Linux/Applications/NamedHolders.h"
 #include "Platform/Linux/Bus/Bus.h"
-#include "Platform/Linux/Sleep/SessionInhibitors.h"
+#include "Platform/Linux/Sleep/SessionManagerList.h"
 #include "Tidewell/Ports/AssertionTable.h"
 
 namespace platform {
@@ -29,7 +29,7 @@ class InhibitorList : public tidewell::AssertionTable {
   Bus& systemBus_;
   Bus& sessionBus_;
   std::shared_ptr<NamedHolders> namedHolders_;
-  SessionInhibitors sessionInhibitors_;
+  SessionManagerList sessionManagerList_;
   BusListening policyAgentPresence_;
 };
 

@@ -4,7 +4,7 @@
 #include <array>
 #include <string_view>
 
-#include "Platform/Linux/Sleep/LogindInhibitors.h"
+#include "Platform/Linux/Sleep/LogindList.h"
 #include "Platform/Linux/Sleep/Services.h"
 
 namespace platform {

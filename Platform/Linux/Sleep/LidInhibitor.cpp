@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "Platform/Linux/Sleep/LidHandler.h"
-#include "Platform/Linux/Sleep/LogindInhibitors.h"
+#include "Platform/Linux/Sleep/LogindList.h"
 #include "Platform/Linux/Sleep/Services.h"
 #include "Tidewell/Log.h"
 

@@ -1,15 +1,12 @@
 #include "Platform/Linux/Sleep/LogindInhibitor.h"
 
-#include <cstdint>
 #include <memory>
-#include <optional>
 #include <string>
-#include <string_view>
 #include <utility>
 #include <vector>
 
+#include "Platform/Linux/Sleep/LogindList.h"
 #include "Platform/Linux/Sleep/LogindLock.h"
-#include "Platform/Linux/Sleep/Question.h"
 #include "Platform/Linux/Sleep/Services.h"
 #include "Tidewell/ForeignText.h"
 
@@ -24,29 +21,15 @@ class LogindInhibition : public Inhibition {
   Descriptor descriptor_;
 };
 
-/// The reasons of Staylit's `idle` locks in the list. Absent when the list has an unknown type.
-std::optional<std::vector<std::string>> ownReasons(sd_bus_message* message) {
-  if (sd_bus_message_enter_container(message, SD_BUS_TYPE_ARRAY, "(ssssuu)") < 0) {
-    return std::nullopt;
-  }
+/// The reasons of Staylit's `idle` locks in the list.
+std::vector<std::string> ownReasons(const std::vector<LogindEntry>& list) {
   std::vector<std::string> reasons;
-  const char* what = nullptr;
-  const char* who = nullptr;
-  const char* why = nullptr;
-  const char* mode = nullptr;
-  std::uint32_t user = 0;
-  std::uint32_t process = 0;
-  int read = 0;
-  while ((read = sd_bus_message_read(message, "(ssssuu)", &what, &who, &why, &mode, &user,
-                                     &process)) > 0) {
+  for (const LogindEntry& entry : list) {
     // The user and the process are not compared, because their numbers differ inside and outside of
     // a container.
-    const bool isOurs = std::string_view(who) == services::kDisplayName;
-    if (isOurs && std::string_view(what) == "idle" && std::string_view(mode) == "block") {
-      reasons.emplace_back(why);
-    }
+    const bool isOurs = entry.who == services::kDisplayName;
+    if (isOurs && entry.what == "idle" && entry.mode == "block") reasons.push_back(entry.why);
   }
-  if (read < 0) return std::nullopt;
   return reasons;
 }
 
@@ -76,8 +59,7 @@ std::shared_ptr<void> LogindInhibitor::list(Listed listed) {
   return asQuestion(systemBus_.callAsync(
       {services::kLogind, services::kLogindPath, services::kLogindManager, "ListInhibitors"}, {},
       [listed = std::move(listed)](const BusReply& reply) {
-        if (!reply) return;
-        if (auto reasons = ownReasons(reply.message.get())) listed(std::move(*reasons));
+        if (const auto list = readLogindList(reply)) listed(ownReasons(*list));
       }));
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+
 /// The names of the services that decide on sleep, and the names by which they know this program.
 namespace platform::services {
 
@@ -15,6 +17,12 @@ inline constexpr const char* kLidLock = "handle-lid-switch";
 /// GNOME, MATE, Cinnamon. The name is the interface as well.
 inline constexpr const char* kSessionManager = "org.gnome.SessionManager";
 inline constexpr const char* kSessionManagerPath = "/org/gnome/SessionManager";
+
+/// The interface of each inhibitor's object.
+inline constexpr const char* kSessionInhibitor = "org.gnome.SessionManager.Inhibitor";
+/// The flags of such an inhibitor.
+inline constexpr std::uint32_t kInhibitsSuspend = 4;
+inline constexpr std::uint32_t kInhibitsIdle = 8;
 
 /// KDE, XFCE.
 inline constexpr const char* kPowerManagement = "org.freedesktop.PowerManagement";

@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "Platform/Linux/Bus/MessageReading.h"
 #include "Platform/Linux/Sleep/CookieInhibition.h"
 #include "Platform/Linux/Sleep/Services.h"
 #include "Tidewell/ForeignText.h"
@@ -15,10 +16,7 @@
 namespace platform {
 namespace {
 
-constexpr std::uint32_t kSuspendFlag = 4;
-constexpr std::uint32_t kIdleFlag = 8;
 constexpr std::uint32_t kNoWindow = 0;
-constexpr const char* kInhibitor = "org.gnome.SessionManager.Inhibitor";
 /// How many inhibitors a reading asks about, with two to four calls each. The others follow in the
 /// next readings.
 constexpr std::size_t kMostInhibitors = 8;
@@ -46,12 +44,7 @@ class SessionManagerInhibitor::Reading {
 
  private:
   void havePaths(const BusReply& reply) {
-    if (!reply) return;
-    sd_bus_message* const message = reply.message.get();
-    if (sd_bus_message_enter_container(message, SD_BUS_TYPE_ARRAY, "o") < 0) return;
-    const char* path = nullptr;
-    while (sd_bus_message_read(message, "o", &path) > 0)
-      paths_.emplace_back(path);
+    if (!reply || readPaths(reply.message.get(), paths_) < 0) return;
     std::erase_if(*known_, [this](const auto& entry) {
       return std::find(paths_.begin(), paths_.end(), entry.first) == paths_.end();
     });
@@ -85,7 +78,7 @@ class SessionManagerInhibitor::Reading {
            const std::function<void(std::string)>& answered) {
     const char* const path = paths_[index_].c_str();
     call_ = bus_.callAsync(
-        {services::kSessionManager, path, kInhibitor, method}, {},
+        {services::kSessionManager, path, services::kSessionInhibitor, method}, {},
         [this, path, property, answered](const BusReply& reply) {
           const char* text = nullptr;
           if (reply && sd_bus_message_read(reply.message.get(), "s", &text) > 0) {
@@ -95,7 +88,7 @@ class SessionManagerInhibitor::Reading {
           call_ = bus_.callAsync(
               {services::kSessionManager, path, "org.freedesktop.DBus.Properties", "Get"},
               [property](sd_bus_message* message) {
-                return sd_bus_message_append(message, "ss", kInhibitor, property);
+                return sd_bus_message_append(message, "ss", services::kSessionInhibitor, property);
               },
               [answered](const BusReply& second) {
                 const char* value = nullptr;
@@ -131,8 +124,9 @@ const char* SessionManagerInhibitor::serviceName() const {
 
 InhibitMechanism::Taken SessionManagerInhibitor::take(tidewell::AssertionKind kind,
                                                       const std::string& reason, Late late) {
-  const std::uint32_t flags =
-      kind == tidewell::AssertionKind::display ? kSuspendFlag | kIdleFlag : kSuspendFlag;
+  const std::uint32_t flags = kind == tidewell::AssertionKind::display
+                                  ? services::kInhibitsSuspend | services::kInhibitsIdle
+                                  : services::kInhibitsSuspend;
   const std::string text = told(reason);
   return CookieInhibition::take(
       sessionBus_,

@@ -8,6 +8,7 @@
 #include <string_view>
 #include <system_error>
 
+#include "Platform/Linux/Files/OwnProgram.h"
 #include "Platform/Linux/Sleep/Services.h"
 
 namespace platform {
@@ -60,11 +61,7 @@ bool runsStaylit(std::int64_t process) {
   const fs::path link = processFile(process, "exe");
   std::error_code error;
   if (fs::equivalent(link, "/proc/self/exe", error)) return true;
-  std::string name = fs::read_symlink(link, error).filename();
-  // An upgraded package may have replaced the running program.
-  constexpr std::string_view deleted = " (deleted)";
-  if (name.ends_with(deleted)) name.resize(name.size() - deleted.size());
-  return name == kProgram;
+  return programOfLink(fs::read_symlink(link, error).native()).filename() == kProgram;
 }
 
 bool passesOn(std::string_view name, std::size_t longest) {

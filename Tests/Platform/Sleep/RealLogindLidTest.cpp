@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "Platform/Linux/Sleep/LidInhibitor.h"
-#include "Platform/Linux/Sleep/LogindInhibitors.h"
+#include "Platform/Linux/Sleep/LogindList.h"
 #include "Platform/Linux/Sleep/LogindLock.h"
 #include "Tests/Fakes/FakePorts.h"
 #include "Tests/Platform/Support/BusTest.h"

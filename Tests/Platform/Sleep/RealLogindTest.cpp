@@ -17,7 +17,7 @@
 #include <vector>
 
 #include "Platform/Linux/Sleep/InhibitorList.h"
-#include "Platform/Linux/Sleep/LogindInhibitors.h"
+#include "Platform/Linux/Sleep/LogindList.h"
 #include "Platform/Linux/Sleep/LogindSleepNotifications.h"
 #include "Tests/Fakes/FakeMainLoop.h"
 #include "Tests/Platform/Sleep/SleepTest.h"

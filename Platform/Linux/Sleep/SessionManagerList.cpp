@@ -1,4 +1,4 @@
-#include "Platform/Linux/Sleep/SessionInhibitors.h"
+#include "Platform/Linux/Sleep/SessionManagerList.h"
 
 #include <chrono>
 #include <cstddef>
@@ -6,15 +6,13 @@
 #include <string_view>
 #include <utility>
 
+#include "Platform/Linux/Bus/MessageReading.h"
 #include "Platform/Linux/Sleep/Services.h"
 #include "Tidewell/ForeignText.h"
 
 namespace platform {
 namespace {
 
-constexpr const char* kInhibitorInterface = "org.gnome.SessionManager.Inhibitor";
-constexpr std::uint32_t kSuspendInhibited = 4;
-constexpr std::uint32_t kIdleInhibited = 8;
 /// One reading asks about so many new inhibitors. The others follow in the next readings.
 constexpr std::size_t kNewDetailsPerReading = 32;
 
@@ -22,23 +20,14 @@ constexpr std::size_t kNewDetailsPerReading = 32;
 template <class Value>
 bool readDetail(Bus& bus, const std::string& path, const char* method, const char* property,
                 const char* type, Value& value, BusReply& reply) {
-  reply = bus.call({services::kSessionManager, path.c_str(), kInhibitorInterface, method});
+  reply = bus.call({services::kSessionManager, path.c_str(), services::kSessionInhibitor, method});
   if (reply) return sd_bus_message_read(reply.message.get(), type, &value) > 0;
   reply =
       bus.call({services::kSessionManager, path.c_str(), "org.freedesktop.DBus.Properties", "Get"},
                [property](sd_bus_message* message) {
-                 return sd_bus_message_append(message, "ss", kInhibitorInterface, property);
+                 return sd_bus_message_append(message, "ss", services::kSessionInhibitor, property);
                });
   return reply && sd_bus_message_read(reply.message.get(), "v", type, &value) > 0;
-}
-
-std::optional<std::vector<std::string>> readPaths(sd_bus_message* message) {
-  std::vector<std::string> result;
-  if (sd_bus_message_enter_container(message, SD_BUS_TYPE_ARRAY, "o") < 0) return std::nullopt;
-  const char* path = nullptr;
-  while (sd_bus_message_read(message, "o", &path) > 0)
-    result.emplace_back(path);
-  return result;
 }
 
 std::string withoutDesktopSuffix(std::string applicationId) {
@@ -51,20 +40,20 @@ std::string withoutDesktopSuffix(std::string applicationId) {
 
 }  // namespace
 
-SessionInhibitors::SessionInhibitors(Bus& sessionBus)
+SessionManagerList::SessionManagerList(Bus& sessionBus)
     : sessionBus_(sessionBus),
       presence_(sessionBus.watchName(services::kSessionManager, [this](bool owned) {
         // A successor gives the same paths to other inhibitors.
         if (!owned) detailsByPath_.clear();
       })) {}
 
-std::optional<std::vector<ListedInhibitor>> SessionInhibitors::list() {
+std::optional<std::vector<ListedInhibitor>> SessionManagerList::list() {
   if (!sessionBus_.nameStatus(services::kSessionManager).isOwned()) return std::nullopt;
   const BusReply reply = sessionBus_.call({services::kSessionManager, services::kSessionManagerPath,
                                            services::kSessionManager, "GetInhibitors"});
   if (!reply) return std::nullopt;
-  const auto paths = readPaths(reply.message.get());
-  if (!paths) return std::nullopt;
+  std::vector<std::string> paths;
+  if (readPaths(reply.message.get(), paths) < 0) return std::nullopt;
 
   std::map<std::string, ListedInhibitor> known;
   std::vector<ListedInhibitor> result;
@@ -72,7 +61,7 @@ std::optional<std::vector<ListedInhibitor>> SessionInhibitors::list() {
   // The time of all answers together is limited too. What is still unknown then is asked for in the
   // next reading.
   const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(500);
-  for (const std::string& path : *paths) {
+  for (const std::string& path : paths) {
     std::optional<ListedInhibitor> inhibitor;
     if (auto found = detailsByPath_.find(path); found != detailsByPath_.end()) {
       inhibitor = found->second;
@@ -87,7 +76,7 @@ std::optional<std::vector<ListedInhibitor>> SessionInhibitors::list() {
   return result;
 }
 
-std::optional<ListedInhibitor> SessionInhibitors::details(const std::string& path) {
+std::optional<ListedInhibitor> SessionManagerList::details(const std::string& path) {
   BusReply reply;
   const char* applicationId = nullptr;
   if (!readDetail(sessionBus_, path, "GetAppId", "app_id", "s", applicationId, reply)) {
@@ -97,8 +86,10 @@ std::optional<ListedInhibitor> SessionInhibitors::details(const std::string& pat
   result.holder = tidewell::cleaned(withoutDesktopSuffix(applicationId));
   std::uint32_t flags = 0;
   if (!readDetail(sessionBus_, path, "GetFlags", "flags", "u", flags, reply)) return std::nullopt;
-  if ((flags & kSuspendInhibited) != 0) result.types.emplace_back("PreventUserIdleSystemSleep");
-  if ((flags & kIdleInhibited) != 0) result.types.emplace_back("PreventUserIdleDisplaySleep");
+  if ((flags & services::kInhibitsSuspend) != 0)
+    result.types.emplace_back("PreventUserIdleSystemSleep");
+  if ((flags & services::kInhibitsIdle) != 0)
+    result.types.emplace_back("PreventUserIdleDisplaySleep");
   return result;
 }
 

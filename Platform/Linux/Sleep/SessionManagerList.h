@@ -14,10 +14,10 @@ namespace platform {
 /// only.
 ///
 /// A reading costs one call. The details of an inhibitor never change, and are asked for only once.
-class SessionInhibitors {
+class SessionManagerList {
  public:
   /// `sessionBus` must outlive this.
-  explicit SessionInhibitors(Bus& sessionBus);
+  explicit SessionManagerList(Bus& sessionBus);
 
   /// Absent when there is no such session manager, or it cannot be asked. An inhibitor that
   /// vanishes during the reading is left out.
