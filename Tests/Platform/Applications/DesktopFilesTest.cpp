@@ -4,8 +4,8 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include "Tests/Platform/ScopedVariable.h"
-#include "Tests/Platform/Tasks/TemporaryFolder.h"
+#include "Tests/Platform/Support/ScopedEnvironment.h"
+#include "Tests/Platform/Support/TemporaryFolder.h"
 
 namespace platform {
 namespace {
@@ -56,7 +56,7 @@ class Desktop {
     }
   }
 
-  TemporaryFolder root_;
+  testing::TemporaryFolder root_;
   time_t seconds_ = 1'000'000'000;
 };
 
@@ -336,11 +336,12 @@ TEST(DesktopFiles, SeeAChangeInTheSameMomentAsTheScan) {
 }
 
 TEST(DesktopFiles, LookWhereTheEnvironmentSays) {
-  const ScopedVariable home("HOME", "/home/user");
-  const ScopedVariable own("XDG_DATA_HOME", nullptr);
-  const ScopedVariable shared("XDG_DATA_DIRS", "/usr/share/:/var/lib/flatpak/exports/share");
-  const ScopedVariable path("PATH", "/a:b:/c");
-  const ScopedVariable all("LC_ALL", "de_AT.UTF-8");
+  const testing::ScopedEnvironment home("HOME", "/home/user");
+  const testing::ScopedEnvironment own("XDG_DATA_HOME", nullptr);
+  const testing::ScopedEnvironment shared("XDG_DATA_DIRS",
+                                          "/usr/share/:/var/lib/flatpak/exports/share");
+  const testing::ScopedEnvironment path("PATH", "/a:b:/c");
+  const testing::ScopedEnvironment all("LC_ALL", "de_AT.UTF-8");
   const DesktopFiles::Places places = DesktopFiles::environmentPlaces();
   EXPECT_EQ(
       places.applicationFolders,

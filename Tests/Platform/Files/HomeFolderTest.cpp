@@ -6,7 +6,7 @@
 
 #include <filesystem>
 
-#include "Tests/Platform/ScopedVariable.h"
+#include "Tests/Platform/Support/ScopedEnvironment.h"
 
 namespace platform {
 namespace {
@@ -20,13 +20,13 @@ std::filesystem::path databaseHome() {
 }
 
 TEST(HomeFolder, IsTakenFromTheEnvironment) {
-  const ScopedVariable home("HOME", "/home/user");
+  const testing::ScopedEnvironment home("HOME", "/home/user");
   EXPECT_EQ(homeFolder(), "/home/user");
 }
 
 TEST(HomeFolder, IsTakenFromTheUserDatabaseOtherwise) {
   for (const char* unusable : {static_cast<const char*>(nullptr), "", "relative"}) {
-    const ScopedVariable home("HOME", unusable);
+    const testing::ScopedEnvironment home("HOME", unusable);
     EXPECT_TRUE(homeFolder().is_absolute());
   }
 }
@@ -34,7 +34,7 @@ TEST(HomeFolder, IsTakenFromTheUserDatabaseOtherwise) {
 TEST(LastingHomeFolder, IsThatOfTheUserDatabaseWhateverTheEnvironmentSays) {
   if (!databaseHome().is_absolute()) GTEST_SKIP() << "the user database does not know this user";
   for (const char* other : {"/home/nobody-of-that-name", static_cast<const char*>(nullptr)}) {
-    const ScopedVariable home("HOME", other);
+    const testing::ScopedEnvironment home("HOME", other);
     EXPECT_EQ(lastingHomeFolder(), databaseHome());
   }
 }
@@ -42,7 +42,7 @@ TEST(LastingHomeFolder, IsThatOfTheUserDatabaseWhateverTheEnvironmentSays) {
 TEST(LastingHomeFolder, IsTakenFromTheEnvironmentForAnUnknownUser) {
   if (geteuid() != 0) GTEST_SKIP() << "only root may be somebody else";
   ASSERT_EQ(getpwuid(kUnknownUser), nullptr);
-  const ScopedVariable home("HOME", "/home/user");
+  const testing::ScopedEnvironment home("HOME", "/home/user");
   ASSERT_EQ(seteuid(kUnknownUser), 0);
   const std::filesystem::path found = lastingHomeFolder();
   ASSERT_EQ(seteuid(0), 0);

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "Tests/Platform/ScopedVariable.h"
+#include "Tests/Platform/Support/ScopedEnvironment.h"
 
 namespace platform {
 namespace {
@@ -10,23 +10,23 @@ namespace {
 using Paths = std::vector<std::filesystem::path>;
 
 TEST(XdgFolders, LooksForDataInTheUsersFolderFirst) {
-  const ScopedVariable home("HOME", "/home/user");
-  const ScopedVariable own("XDG_DATA_HOME", nullptr);
-  const ScopedVariable shared("XDG_DATA_DIRS", nullptr);
+  const testing::ScopedEnvironment home("HOME", "/home/user");
+  const testing::ScopedEnvironment own("XDG_DATA_HOME", nullptr);
+  const testing::ScopedEnvironment shared("XDG_DATA_DIRS", nullptr);
   EXPECT_EQ(xdgDataFolders(), (Paths{"/home/user/.local/share", "/usr/local/share", "/usr/share"}));
 }
 
 TEST(XdgFolders, TakesDataFoldersFromTheEnvironment) {
-  const ScopedVariable own("XDG_DATA_HOME", "/data");
-  const ScopedVariable shared("XDG_DATA_DIRS", "/a:relative::/b/");
+  const testing::ScopedEnvironment own("XDG_DATA_HOME", "/data");
+  const testing::ScopedEnvironment shared("XDG_DATA_DIRS", "/a:relative::/b/");
   EXPECT_EQ(xdgDataFolders(), (Paths{"/data", "/a", "/b/"}));
 }
 
 TEST(XdgFolders, IgnoresListsWithoutAnAbsolutePath) {
-  const ScopedVariable own("XDG_DATA_HOME", "data");
-  const ScopedVariable home("HOME", "/home/user");
+  const testing::ScopedEnvironment own("XDG_DATA_HOME", "data");
+  const testing::ScopedEnvironment home("HOME", "/home/user");
   for (const char* unusable : {"", ":", "a:b"}) {
-    const ScopedVariable shared("XDG_DATA_DIRS", unusable);
+    const testing::ScopedEnvironment shared("XDG_DATA_DIRS", unusable);
     EXPECT_EQ(xdgDataFolders(),
               (Paths{"/home/user/.local/share", "/usr/local/share", "/usr/share"}))
         << unusable;

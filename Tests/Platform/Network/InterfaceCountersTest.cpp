@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-#include "Tests/Platform/Tasks/TemporaryFolder.h"
+#include "Tests/Platform/Support/TemporaryFolder.h"
 
 namespace platform {
 namespace {
@@ -16,7 +16,7 @@ const std::string kHeadings =
     "fifo colls carrier compressed\n";
 
 TEST(InterfaceCounters, SumsBothDirectionsOfAllInterfaces) {
-  const TemporaryFolder folder;
+  const testing::TemporaryFolder folder;
   const std::string file = folder.write(
       "dev",
       kHeadings +
@@ -28,19 +28,19 @@ TEST(InterfaceCounters, SumsBothDirectionsOfAllInterfaces) {
 }
 
 TEST(InterfaceCounters, ReadsAColumnThatTouchesTheName) {
-  const TemporaryFolder folder;
+  const testing::TemporaryFolder folder;
   const std::string file = folder.write("dev", "wlan0:123456789 1 0 0 0 0 0 0 11 1 0 0 0 0 0 0\n");
   EXPECT_EQ(InterfaceCounters(file).sum(), 123456800U);
 }
 
 TEST(InterfaceCounters, ReadsAnInterfaceWithAColonInItsName) {
-  const TemporaryFolder folder;
+  const testing::TemporaryFolder folder;
   const std::string file = folder.write("dev", "eth0:1: 5 0 0 0 0 0 0 0 6 0 0 0 0 0 0 0\n");
   EXPECT_EQ(InterfaceCounters(file).sum(), 11U);
 }
 
 TEST(InterfaceCounters, ReadsAFileOfManyInterfaces) {
-  const TemporaryFolder folder;
+  const testing::TemporaryFolder folder;
   std::string text = kHeadings;
   for (int number = 0; number < 500; ++number) {
     text += "veth" + std::to_string(number) + ": 2 0 0 0 0 0 0 0 3 0 0 0 0 0 0 0\n";
@@ -49,7 +49,7 @@ TEST(InterfaceCounters, ReadsAFileOfManyInterfaces) {
 }
 
 TEST(InterfaceCounters, ReadsTheFileAnewEachTime) {
-  const TemporaryFolder folder;
+  const testing::TemporaryFolder folder;
   InterfaceCounters counters(folder.write("dev", "lo: 5 0 0 0 0 0 0 0 6 0\n"));
   EXPECT_EQ(counters.sum(), 11U);
   folder.write("dev", "lo: 5 0 0 0 0 0 0 0 7 0\n");
@@ -57,12 +57,12 @@ TEST(InterfaceCounters, ReadsTheFileAnewEachTime) {
 }
 
 TEST(InterfaceCounters, SkipsALineOfUnknownForm) {
-  const TemporaryFolder folder;
+  const testing::TemporaryFolder folder;
   EXPECT_EQ(InterfaceCounters(folder.write("dev", "lo: x\nlo:\n:\nlo: 4 0\n")).sum(), 4U);
 }
 
 TEST(InterfaceCounters, HasNoSumWithoutAFile) {
-  const TemporaryFolder folder;
+  const testing::TemporaryFolder folder;
   EXPECT_EQ(InterfaceCounters(folder.path("missing")).sum(), std::nullopt);
   EXPECT_EQ(InterfaceCounters(folder.write("empty", "")).sum(), std::nullopt);
 }

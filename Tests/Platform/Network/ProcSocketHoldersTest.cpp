@@ -15,7 +15,7 @@
 #include <vector>
 
 #include "Platform/Posix/Files/Descriptor.h"
-#include "Tests/Platform/Tasks/TemporaryFolder.h"
+#include "Tests/Platform/Support/TemporaryFolder.h"
 
 namespace platform {
 namespace {
@@ -35,7 +35,7 @@ class ProcSocketHoldersTest : public ::testing::Test {
     std::filesystem::create_symlink(target, path);
   }
 
-  TemporaryFolder folder_;
+  testing::TemporaryFolder folder_;
 };
 
 std::vector<std::uint32_t> socketsOf(SocketHolders& holders, std::int32_t pid) {

@@ -14,7 +14,7 @@
 
 #include "Tests/Platform/Network/FakeSocketHolders.h"
 #include "Tests/Platform/Network/FakeSocketSource.h"
-#include "Tests/Platform/Tasks/TemporaryFolder.h"
+#include "Tests/Platform/Support/TemporaryFolder.h"
 #include "Tidewell/Accounting/AccountBook.h"
 
 namespace platform {
@@ -79,7 +79,7 @@ class SocketMeterTest : public ::testing::Test {
     return rows;
   }
 
-  TemporaryFolder folder_;
+  testing::TemporaryFolder folder_;
   FakeSocketSource* source_ = nullptr;
   FakeSocketHolders* holders_ = nullptr;
   FakeClosedSockets* closed_ = nullptr;

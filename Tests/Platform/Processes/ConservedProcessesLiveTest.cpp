@@ -19,7 +19,7 @@
 #include "Platform/Linux/Processes/LinuxProcessTable.h"
 #include "Platform/Linux/Text/IcuText.h"
 #include "Platform/Linux/Time/SystemClock.h"
-#include "Tests/Platform/Tasks/TemporaryFolder.h"
+#include "Tests/Platform/Support/TemporaryFolder.h"
 #include "Tidewell/Accounting/ConservedProcesses.h"
 
 namespace platform {
@@ -77,7 +77,7 @@ class Driver {
   }
 
  private:
-  TemporaryFolder folder_;
+  testing::TemporaryFolder folder_;
   std::string program_;
   Descriptor finished_;
   pid_t pid_ = 0;

@@ -13,7 +13,7 @@
 
 #include "Platform/Linux/Settings/TomlDefaults.h"
 #include "Tests/Fakes/FakeSystemLog.h"
-#include "Tests/Platform/Tasks/TemporaryFolder.h"
+#include "Tests/Platform/Support/TemporaryFolder.h"
 #include "Tidewell/Ports/Ports.h"
 
 namespace platform {
@@ -66,7 +66,7 @@ class SettingsFolder {
   [[nodiscard]] std::vector<std::string> logged() const { return log_->lines(); }
 
  private:
-  TemporaryFolder folder_;
+  testing::TemporaryFolder folder_;
   std::shared_ptr<tidewell::FakeSystemLog> log_ = std::make_shared<tidewell::FakeSystemLog>();
   tidewell::Ports ports_;
   tidewell::InstalledPorts installed_{ports_};

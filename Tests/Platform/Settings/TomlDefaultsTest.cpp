@@ -5,8 +5,8 @@
 #include <sys/stat.h>
 
 #include "Platform/Linux/Settings/SettingsFile.h"
-#include "Tests/Platform/ScopedVariable.h"
 #include "Tests/Platform/Settings/SettingsFolder.h"
+#include "Tests/Platform/Support/ScopedEnvironment.h"
 
 namespace platform {
 namespace {
@@ -14,13 +14,13 @@ namespace {
 using Texts = std::vector<std::string>;
 
 TEST(TomlDefaults, LiesInTheConfigurationFolder) {
-  const ScopedVariable home("HOME", "/home/user");
+  const testing::ScopedEnvironment home("HOME", "/home/user");
   {
-    const ScopedVariable config("XDG_CONFIG_HOME", "/config");
+    const testing::ScopedEnvironment config("XDG_CONFIG_HOME", "/config");
     EXPECT_EQ(TomlDefaults::defaultPath(), "/config/staylit/settings.toml");
   }
   for (const char* unusable : {"", "relative/config", "~/config"}) {
-    const ScopedVariable config("XDG_CONFIG_HOME", unusable);
+    const testing::ScopedEnvironment config("XDG_CONFIG_HOME", unusable);
     EXPECT_EQ(TomlDefaults::defaultPath(), "/home/user/.config/staylit/settings.toml") << unusable;
   }
 }

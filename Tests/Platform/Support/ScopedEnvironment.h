@@ -15,6 +15,10 @@ class ScopedEnvironment {
     if (const char* former = ::getenv(name_.c_str())) former_ = former;
     set(value);
   }
+  /// Null removes the variable.
+  ScopedEnvironment(std::string name, const char* value)
+      : ScopedEnvironment(std::move(name),
+                          value ? std::optional<std::string>(value) : std::nullopt) {}
   ~ScopedEnvironment() { set(former_); }
   ScopedEnvironment(const ScopedEnvironment&) = delete;
   ScopedEnvironment& operator=(const ScopedEnvironment&) = delete;

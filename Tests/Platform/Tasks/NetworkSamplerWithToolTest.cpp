@@ -15,7 +15,7 @@
 #include "Platform/MacOS/Network/NettopMeter.h"
 #include "Platform/Posix/Tasks/SpawnedTaskLauncher.h"
 #include "Tests/Platform/Support/PlainErrorWords.h"
-#include "Tests/Platform/Tasks/TemporaryFolder.h"
+#include "Tests/Platform/Support/TemporaryFolder.h"
 #include "Tidewell/NetworkSampler.h"
 
 namespace platform {
@@ -86,7 +86,7 @@ class NetworkSamplerWithToolTest : public ::testing::Test {
     return true;
   }
 
-  TemporaryFolder folder_;
+  testing::TemporaryFolder folder_;
   ScriptLauncher launcher_{folder_.path("tool")};
   ThreadQueues queues_;
   SystemClock clock_;

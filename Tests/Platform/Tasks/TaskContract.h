@@ -21,7 +21,7 @@
 
 #include "Platform/Posix/Files/Descriptor.h"
 #include "Tests/Platform/Support/ClosedStandardStreams.h"
-#include "Tests/Platform/Tasks/TemporaryFolder.h"
+#include "Tests/Platform/Support/TemporaryFolder.h"
 #include "Tidewell/Ports/TaskLauncher.h"
 
 namespace platform {
@@ -66,7 +66,7 @@ class ScriptTest : public ::testing::Test {
   [[nodiscard]] bool isReady() const { return std::filesystem::exists(folder_.path("ready")); }
   [[nodiscard]] std::string sayReady() const { return ": > '" + folder_.path("ready") + "'\n"; }
 
-  TemporaryFolder folder_;
+  testing::TemporaryFolder folder_;
   Launcher launcher_;
   int starts_ = 0;
 };

@@ -18,7 +18,7 @@
 
 #include "Platform/Posix/Files/Descriptor.h"
 #include "Staylit/Desktop/Windows/PlatformChoice.h"
-#include "Tests/Platform/ScopedVariable.h"
+#include "Tests/Platform/Support/ScopedEnvironment.h"
 #include "Tests/Platform/Support/SilentDisplay.h"
 #include "Tests/Platform/Support/Stranger.h"
 
@@ -123,7 +123,7 @@ class DisplayServersTest : public ::testing::Test {
   void SetUp() override {
     if (::geteuid() != 0) GTEST_SKIP() << "only root can act as another user";
   }
-  const platform::ScopedVariable noWayland{"WAYLAND_DISPLAY", nullptr};
+  const platform::testing::ScopedEnvironment noWayland{"WAYLAND_DISPLAY", nullptr};
 };
 
 TEST_F(DisplayServersTest, AreStrangersWhereAnotherUserListens) {
@@ -142,8 +142,8 @@ TEST_F(DisplayServersTest, AreNotGreetedWhenTheyAreStrangers) {
   if (!hasPluginForX()) GTEST_SKIP() << "Qt has no usable plugin for X here";
   const StrangersDisplay strangers;
   ASSERT_NE(strangers.name(), "");
-  const platform::ScopedVariable platform("QT_QPA_PLATFORM", "xcb");
-  const platform::ScopedVariable display("DISPLAY", strangers.name().c_str());
+  const platform::testing::ScopedEnvironment platform("QT_QPA_PLATFORM", "xcb");
+  const platform::testing::ScopedEnvironment display("DISPLAY", strangers.name().c_str());
   EXPECT_FALSE(choosePlatform());
   EXPECT_EQ(strangers.heardUntil("the end"), "the end");
 }

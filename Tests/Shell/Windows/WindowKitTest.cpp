@@ -7,7 +7,7 @@
 
 #include "Staylit/Desktop/Windows/FixedWindow.h"
 #include "Staylit/Desktop/Windows/PlatformChoice.h"
-#include "Tests/Platform/ScopedVariable.h"
+#include "Tests/Platform/Support/ScopedEnvironment.h"
 #include "Tests/Shell/Windows/WindowsTest.h"
 
 namespace staylit {
@@ -148,9 +148,9 @@ class PlatformChoiceTest : public ::testing::Test {
  protected:
   /// The platform in an environment with these, where absent means unset.
   static std::string with(const char* platform, const char* display, const char* wayland) {
-    const platform::ScopedVariable first("QT_QPA_PLATFORM", platform);
-    const platform::ScopedVariable second("DISPLAY", display);
-    const platform::ScopedVariable third("WAYLAND_DISPLAY", wayland);
+    const platform::testing::ScopedEnvironment first("QT_QPA_PLATFORM", platform);
+    const platform::testing::ScopedEnvironment second("DISPLAY", display);
+    const platform::testing::ScopedEnvironment third("WAYLAND_DISPLAY", wayland);
     const auto found = windows::choosePlatform();
     return found ? found->name : "none";
   }
