@@ -39,12 +39,12 @@
 namespace platform {
 namespace {
 
-std::unique_ptr<tidewell::Text> fetchUnicode() {
+std::unique_ptr<tidewell::Text> loadUnicodeText() {
   void* address = loadFromModule(kUnicodeModule, kMakeText).address;
   return std::unique_ptr<tidewell::Text>(address ? reinterpret_cast<MakeText>(address)() : nullptr);
 }
 
-/// All adapters and what they stand on, in the order in which they are built.
+/// All adapters and the objects that they use, in the order of their construction.
 struct LinuxSystem {
   LinuxSystem(std::shared_ptr<EventLoop> eventLoop, std::shared_ptr<Buses> bothBuses)
       : loop(std::move(eventLoop)), buses(std::move(bothBuses)) {}
@@ -54,7 +54,7 @@ struct LinuxSystem {
   JournalLog log;
   SystemClock clock;
   PosixConsole console;
-  LazyText text{fetchUnicode};
+  LazyText text{loadUnicodeText};
   TomlDefaults defaults{TomlDefaults::defaultPath()};
   Bus& systemBus = buses->system;
   Bus& sessionBus = buses->session;
@@ -87,7 +87,7 @@ struct LinuxSystem {
 std::unique_ptr<tidewell::Ports> makeLinuxPorts(std::shared_ptr<EventLoop> loop,
                                                 std::shared_ptr<Buses> buses) {
   const auto system = std::make_shared<LinuxSystem>(std::move(loop), std::move(buses));
-  // Every port keeps the whole system.
+  // Whoever holds one port keeps the whole system alive.
   const auto port = [&system](auto& adapter) {
     return std::shared_ptr<std::remove_reference_t<decltype(adapter)>>(system, &adapter);
   };

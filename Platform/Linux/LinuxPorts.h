@@ -8,12 +8,12 @@
 
 namespace platform {
 
-/// Does the same as `makePorts`, with a loop that the caller runs and with buses that the caller
-/// shares. The buses are found through the environment, as in every D-Bus program, and connected at
+/// Makes all ports on Linux, as `makePorts` does, but with a loop that the caller runs and buses
+/// that the caller uses as well. The buses find their addresses in the environment, and connect at
 /// their first use.
 std::unique_ptr<tidewell::Ports> makeLinuxPorts(std::shared_ptr<EventLoop> loop,
                                                 std::shared_ptr<Buses> buses);
-/// The same on buses of its own.
+/// Does the same with buses of its own.
 std::unique_ptr<tidewell::Ports> makeLinuxPorts(std::shared_ptr<EventLoop> loop);
 
 }  // namespace platform

@@ -1,20 +1,23 @@
 #include "Platform/Linux/Network/ProcSocketHolders.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <unistd.h>
 
 #include <array>
 #include <charconv>
 #include <cstddef>
+#include <cstring>
 #include <functional>
 #include <string_view>
 
-#include "Platform/Linux/Network/NumberedEntries.h"
 #include "Platform/Linux/Proc/ProcStat.h"
 #include "Tidewell/TextReading.h"
 
 namespace platform {
 namespace {
+
+constexpr std::size_t kEntriesBufferBytes = std::size_t{4} << 10;
 
 std::string pathOf(std::int32_t pid, std::string_view leaf) {
   return std::to_string(pid).append(leaf);
@@ -36,6 +39,27 @@ std::optional<std::uint32_t> socketInodeOf(int directory, std::int32_t descripto
   const ssize_t length = readlinkat(directory, name.data(), link.data(), link.size());
   if (length <= 0) return std::nullopt;
   return socketInode({link.data(), static_cast<std::size_t>(length)});
+}
+
+/// Calls `visit` with each entry of a directory whose name is a whole number of 32 bits, until
+/// `visit` returns false. Begins at the directory's read position. False when `visit` stopped it,
+/// or when the directory cannot be read to its end.
+bool visitNumberedEntries(int directory, const std::function<bool(std::int32_t number)>& visit) {
+  // `readdir` would take 32 KiB from the heap for each directory.
+  std::array<std::byte, kEntriesBufferBytes> buffer;
+  for (;;) {
+    const ssize_t count = getdents64(directory, buffer.data(), buffer.size());
+    if (count <= 0) return count == 0;
+    for (std::size_t offset = 0; offset < static_cast<std::size_t>(count);) {
+      decltype(dirent64::d_reclen) length = 0;
+      std::memcpy(&length, &buffer[offset + offsetof(dirent64, d_reclen)], sizeof length);
+      const char* name =
+          reinterpret_cast<const char*>(&buffer[offset + offsetof(dirent64, d_name)]);
+      const auto number = tidewell::wholeNumber<std::int32_t>(name);
+      if (number && *number >= 0 && !visit(*number)) return false;
+      offset += length;
+    }
+  }
 }
 
 }  // namespace

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/Linux/Network/ClosedSockets.h"
+#include "Platform/Linux/Network/SocketSource.h"
 #include "Platform/Posix/Files/Descriptor.h"
 
 namespace platform {

@@ -8,7 +8,6 @@
 #include <span>
 #include <vector>
 
-#include "Platform/Linux/Network/ClosedSockets.h"
 #include "Platform/Linux/Network/InterfaceCounters.h"
 #include "Platform/Linux/Network/OwnerProcesses.h"
 #include "Platform/Linux/Network/SocketHolders.h"

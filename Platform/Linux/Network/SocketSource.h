@@ -22,4 +22,14 @@ class SocketSource {
   virtual Listing list(std::vector<SocketRecord>& sockets) = 0;
 };
 
+/// Tells of TCP sockets that have closed, with all bytes that they carried. One thread at a time.
+class ClosedSockets {
+ public:
+  virtual ~ClosedSockets() = default;
+
+  /// Replaces `sockets` with the sockets that have closed since the last call, as far as the kernel
+  /// has announced them. Their `inode` is 0. Never waits.
+  virtual void take(std::vector<SocketRecord>& sockets) = 0;
+};
+
 }  // namespace platform

@@ -27,7 +27,7 @@ class SettingsKeeper {
     Milliseconds firstReadTimeout{5000};
     /// The longest wait for a later reading. When it is over, the values of the last one count.
     Milliseconds readTimeout{30};
-    /// A value is taken from the last reading while that is not older.
+    /// A reading that is not older than this counts as the present one.
     Milliseconds freshFor{10};
     /// The pause from one write to the next.
     Milliseconds writePause{300};

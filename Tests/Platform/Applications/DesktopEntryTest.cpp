@@ -37,7 +37,7 @@ TEST(DesktopEntry, IsVisibleAndOutsideATerminalByDefault) {
   EXPECT_EQ(entry.name, "");
 }
 
-TEST(DesktopEntry, ReadsTruthAsWritten) {
+TEST(DesktopEntry, TakesOnlyTheStandardAndTheOldSpellingForTrue) {
   EXPECT_TRUE(parsed("[Desktop Entry]\nTerminal=1\n").terminal);
   for (const char* other : {"false", "0", "True", "yes", ""}) {
     EXPECT_FALSE(parsed(std::string("[Desktop Entry]\nTerminal=") + other + "\n").terminal)

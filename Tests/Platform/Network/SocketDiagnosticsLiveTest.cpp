@@ -57,7 +57,7 @@ class SocketDiagnosticsLive : public ::testing::Test {
   std::vector<SocketRecord> sockets_;
 };
 
-TEST_F(SocketDiagnosticsLive, TellsWhoseASocketIsAndWhatItCarried) {
+TEST_F(SocketDiagnosticsLive, TellsTheUserAndTheBytesOfASocket) {
   const LoopbackServer server(AF_INET);
   const Descriptor client = server.connect();
   const Descriptor accepted = server.accept();

@@ -51,7 +51,7 @@ TEST_F(SocketTotalsTest, SumsTheSocketsOfAProcess) {
   EXPECT_EQ(of(8), Bytes(5, 5));
 }
 
-TEST_F(SocketTotalsTest, KnowsNothingOfOthers) {
+TEST_F(SocketTotalsTest, HasNoTotalOfAProcessWithoutSockets) {
   update({{1, {10, 1}, {7, 100}}});
   EXPECT_EQ(of(8), std::nullopt);
 }

@@ -121,7 +121,7 @@ TEST_F(AutostartEntryTest, ReplacesAnyOtherFile) {
   EXPECT_EQ(textOf(file()).find("Hidden"), std::string::npos);
 }
 
-TEST_F(AutostartEntryTest, LeavesNothingBehind) {
+TEST_F(AutostartEntryTest, LeavesNothingBehindAfterItsRemoval) {
   AutostartEntry entry("/a");
   EXPECT_EQ(entry.registerItem(), std::nullopt);
   EXPECT_EQ(entry.unregisterItem(), std::nullopt);

@@ -185,7 +185,7 @@ TEST(SettingsText, KeepsOddKeysWhenTheKeyIsATable) {
             (PropertyDictionary{{"a''b", integer(1)}, {"\tc", integer(2)}, {"k", true}}));
 }
 
-TEST(SettingsText, WritesNoChangeForOddNeighbours) {
+TEST(SettingsText, LeavesOddNeighboursOfAChangedKeyAlone) {
   EXPECT_EQ(edited("n = nan\nd = 1979-05-27\nk = 1\n[[z]]\n", "k", integer(2)),
             "n = nan\nd = 1979-05-27\nk = 2\n[[z]]\n");
 }

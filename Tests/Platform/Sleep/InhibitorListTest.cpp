@@ -297,7 +297,7 @@ class NamedProgram {
   ChildProgram program_;
 };
 
-TEST_F(InhibitorListTest, KnowsAStaylitByItsProgramThatCallsItselfOtherwise) {
+TEST_F(InhibitorListTest, RecognisesByItsProgramAStaylitThatGivesAnotherName) {
   const NamedProgram staylit("staylit");
   const NamedProgram other("staylitter");
   const auto logind = logindListing({{"idle", "Renamed", "why", "block", 0, staylit.process()},
@@ -306,7 +306,7 @@ TEST_F(InhibitorListTest, KnowsAStaylitByItsProgramThatCallsItselfOtherwise) {
             Lines{std::to_string(other.process()) + " PreventUserIdleSystemSleep 255"});
 }
 
-TEST_F(InhibitorListTest, KnowsAStaylitByItsProgramUnderAnotherName) {
+TEST_F(InhibitorListTest, RecognisesByItsProgramAStaylitWhoseProcessWasRenamed) {
   // The program of this test stands for a Staylit that was started twice.
   const ChildProgram staylit({"unused"}, [] {
     ::prctl(PR_SET_NAME, "renamed");
@@ -318,7 +318,7 @@ TEST_F(InhibitorListTest, KnowsAStaylitByItsProgramUnderAnotherName) {
   EXPECT_EQ(assertions(), Lines{});
 }
 
-TEST_F(InhibitorListTest, KnowsASessionsPowerManagerByItsProgram) {
+TEST_F(InhibitorListTest, RecognisesASessionsPowerManagerByItsProgram) {
   const NamedProgram manager("xfce4-power-manager");
   const NamedProgram session("gnome-session-binary");
   const auto logind =

@@ -72,7 +72,7 @@ TEST(SystemClock, SleepsOnAfterASignal) {
   EXPECT_GE(slept, milliseconds(50));
 }
 
-TEST(SystemClock, DoesNotSleepForNoTime) {
+TEST(SystemClock, DoesNotSleepForADurationThatIsNotPositive) {
   SystemClock clock;
   const auto begin = std::chrono::steady_clock::now();
   clock.sleepFor(tidewell::Seconds(0));
