@@ -10,7 +10,7 @@
 namespace tidewell {
 namespace {
 
-/// The last piece between slashes that is not empty.
+/// The last piece of `path` between slashes that is not empty.
 std::string_view lastComponent(std::string_view path) {
   const std::size_t last = path.find_last_not_of('/');
   if (last == std::string_view::npos) return {};
@@ -44,7 +44,7 @@ const std::vector<RawSample>& ProcessSampler::sample() {
 
 std::uint64_t ProcessSampler::nanoseconds(std::uint64_t time, Timebase timebase) {
   if (timebase.denom == 0) fatalError("the time base has no denominator");
-  // Splitting off the remainder keeps the product within 64 bits for long-lived processes.
+  // The product of a large time would not fit into 64 bits, so the remainder is converted apart.
   const std::uint64_t whole = checkedMultiply(time / timebase.denom, timebase.numer);
   const std::uint64_t rest = checkedMultiply(time % timebase.denom, timebase.numer);
   return checkedAdd(whole, rest / timebase.denom);
@@ -56,7 +56,7 @@ std::string_view ProcessSampler::nameFromPath(std::string_view path) {
     const std::string_view name = lastComponent(path.substr(0, bundle));
     if (!name.empty()) return name;
   }
-  // A path of slashes only is the root folder, whose name is a slash.
+  // A path that has only slashes is the root folder, and its name is a slash.
   const std::string_view name = lastComponent(path);
   return name.empty() && !path.empty() ? path.substr(0, 1) : name;
 }
@@ -67,7 +67,7 @@ void ProcessSampler::refreshGUIApps(std::span<const Application> all) {
   std::ranges::stable_sort(guiApps_, {}, pidOf);
 }
 
-/// Of several with one identifier, the one that came last.
+/// The application of a process, or null. If several have the same process, the last one counts.
 const RunningApplication* ProcessSampler::guiApp(std::int32_t pid) const {
   const auto end = std::ranges::upper_bound(guiApps_, pid, {}, pidOf);
   if (end == guiApps_.begin() || pidOf(*std::prev(end)) != pid) return nullptr;
@@ -84,7 +84,8 @@ std::string_view ProcessSampler::executableName(std::int32_t pid, std::string_vi
   return path.empty() ? fallback : nameFromPath(path);
 }
 
-/// Fills the sample at `place`, which may have another process's names.
+/// Fills the sample at `place`, which may have the names of another process. False if there is
+/// nothing to sample.
 bool ProcessSampler::fill(std::int32_t pid, std::size_t place) {
   ResourceUsage usage;
   if (!table_.resourceUsage(pid, usage)) return false;

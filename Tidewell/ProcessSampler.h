@@ -15,9 +15,9 @@
 
 namespace tidewell {
 
-/// Takes snapshots of every live process. Keeps no history and computes no rates.
+/// Takes snapshots of all live processes. Keeps no history and computes no rates.
 ///
-/// Owned by the activity monitor; main thread only. Never fails: a process that cannot be read is
+/// The activity monitor owns it; main thread only. It never fails: a process that cannot be read is
 /// left out. The table must outlive it.
 class ProcessSampler {
  public:
@@ -27,12 +27,12 @@ class ProcessSampler {
   /// costs no allocation while the table says that its names cannot have changed.
   const std::vector<RawSample>& sample();
 
-  /// Nanoseconds for `time` units of `timebase`, exact. An overflow, or a `denom` of 0, ends the
-  /// process.
+  /// The exact number of nanoseconds for `time` units of `timebase`. An overflow, or a `denom` of
+  /// 0, ends the program.
   static std::uint64_t nanoseconds(std::uint64_t time, Timebase timebase);
 
-  /// The name of a program by its path: that of the innermost bundle (".app") that it lies in, else
-  /// its file name. Empty only for an empty path.
+  /// The name of the program at `path`: the name of the innermost bundle (".app") that it lies in,
+  /// or else its file name. Empty only for an empty path.
   static std::string_view nameFromPath(std::string_view path);
 
  private:
@@ -54,12 +54,13 @@ class ProcessSampler {
   Timebase machTimebase();
 
   ProcessTable& table_;
-  /// By process identifier, ascending: a map that costs no allocation to rebuild every tick.
+  /// Ascending by process identifier. Unlike a map, a vector is refilled every tick without any
+  /// allocation.
   std::vector<Application> guiApps_;
   std::optional<Timebase> machTimebase_;
   std::vector<std::int32_t> pids_;
   std::vector<RawSample> snapshot_;
-  std::vector<Program> programs_;  ///< Of each sample.
+  std::vector<Program> programs_;  ///< One for each sample.
   SharedTexts names_;
 };
 

@@ -11,7 +11,8 @@
 
 namespace tidewell {
 
-/// A text that many hold and that is in memory once. Never changes; empty by default.
+/// A text that is in memory once, although many objects hold it. It never changes, and is empty by
+/// default.
 class SharedText {
  public:
   SharedText() = default;
@@ -31,12 +32,12 @@ class SharedText {
   std::shared_ptr<const std::string> text_;
 };
 
-/// Gives equal texts the same memory. Forgets, now and then, those that nobody holds any more. The
-/// texts may outlive it. One thread at a time.
+/// Gives equal texts the same memory. From time to time it forgets the texts that nobody holds any
+/// more. The texts may outlive it. One thread at a time.
 class SharedTexts {
  public:
   SharedText share(std::string_view text);
-  /// How many texts are kept, those that nobody holds any more included.
+  /// How many texts are kept, including those that nobody holds any more.
   [[nodiscard]] std::size_t size() const { return texts_.size(); }
 
  private:
@@ -53,7 +54,7 @@ class SharedTexts {
   };
 
   std::unordered_set<Text, Hash, Equal> texts_;
-  std::size_t nextCleaning_ = 64;  ///< At how many texts.
+  std::size_t nextCleaning_ = 64;  ///< The number of texts at which it forgets again.
 };
 
 }  // namespace tidewell

@@ -12,7 +12,7 @@
 
 namespace tidewell {
 
-/// CPU time and disk bytes that belong together. In whatever units their owner uses.
+/// CPU time and disk bytes that belong together, in the units of whoever owns them.
 struct Usage {
   std::uint64_t time = 0;
   std::uint64_t disk = 0;
@@ -22,7 +22,7 @@ struct Usage {
     disk += more.disk;
     return *this;
   }
-  /// The part that goes with `partTime` of its time: nothing for none, all for all.
+  /// The part that belongs to `partTime` of the time: the same share of the bytes.
   [[nodiscard]] Usage part(std::uint64_t partTime) const;
 
   friend bool operator==(const Usage&, const Usage&) = default;
@@ -36,14 +36,14 @@ struct Usage {
 /// ago. Main thread only.
 class AccountBook {
  public:
-  /// Beyond the identifiers of any system.
+  /// Every account has a higher identifier than any process of any system.
   static constexpr std::int32_t kFirstIdentifier = 0x4000'0000;
 
   struct Account {
     std::int32_t identifier = 0;
     std::string key;  ///< The activity monitor counts the account under this key. Never empty.
     std::string path;
-    /// Names the account's application; null for none.
+    /// The account's application; null if it belongs to none.
     std::shared_ptr<const RunningApplication> application;
     Usage usage;
     std::uint64_t lastAddition = 0;  ///< The pass on which something was added last.
@@ -51,32 +51,31 @@ class AccountBook {
     bool isListed = false;           ///< Whether it was ever used.
   };
 
-  /// The account of the application key that `path` and `application` give, made where need be.
-  /// There must be such a key.
+  /// The account for `path` and `application`, which is made if there is none. The two must give a
+  /// key that is not empty.
   std::int32_t reserve(std::string_view path, const RunningApplication* application);
 
-  /// Adds to an account, which is listed from then on. Does nothing for one that is not there.
+  /// Adds to an account, which is listed from then on. Does nothing if there is no such account.
   void add(std::int32_t identifier, const Usage& usage);
 
   /// Begins another pass.
   void nextPass() { ++pass_; }
 
-  /// A process runs under the account's name from now on. Does nothing for an account that is not
-  /// there.
+  /// A process runs under the account's name from now on. Does nothing if there is no such account.
   void addProcess(std::int32_t identifier);
 
-  /// Such a process ended, or took another name. Does nothing for an account that is not there.
+  /// Such a process ended or took another name. Does nothing if there is no such account.
   void removeProcess(std::int32_t identifier);
 
   /// Drops the accounts of applications that have ended.
   void dropEnded();
 
-  /// All of them, ascending by identifier; also those that are not listed.
+  /// All accounts, ascending by identifier, also those that are not listed.
   [[nodiscard]] const std::vector<Account>& accounts() const { return accounts_; }
-  /// Null when there is none.
+  /// The account with that identifier, or null.
   [[nodiscard]] const Account* find(std::int32_t identifier) const;
 
-  /// The key under which the activity monitor counts a process.
+  /// The key under which the activity monitor counts a process; empty for one without a name.
   static std::string key(std::string_view path, const RunningApplication* application);
 
  private:

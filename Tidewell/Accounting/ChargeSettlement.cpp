@@ -14,15 +14,15 @@ ChargeSettlement::ChargeSettlement(std::vector<FollowedProcess>& living,
                                    std::vector<FollowedProcess>& gone, Terms terms)
     : living_(living), gone_(gone), terms_(terms) {}
 
-/// The parent of a process that ended, if it has not ended as well. Another process may have its
-/// number by now.
+/// The parent of a process that ended; null if the parent has ended as well. Another process may
+/// have the parent's number by now.
 FollowedProcess* ChargeSettlement::livingParent(const FollowedProcess& ended) {
   const bool isGone = std::ranges::binary_search(gone_, ended.parent, {}, &FollowedProcess::pid);
   return isGone ? nullptr : findProcess(living_, ended.parent);
 }
 
 void ChargeSettlement::claim() {
-  // A parent that lives is the reaper. This comes first, for what is left is open to guesses.
+  // A parent that lives is the reaper. The reapers of the others must be guessed.
   std::vector<const FollowedProcess*> unclaimed;
   for (const FollowedProcess& process : gone_) {
     FollowedProcess* parent = livingParent(process);
@@ -32,7 +32,7 @@ void ChargeSettlement::claim() {
       unclaimed.push_back(&process);
     }
   }
-  // Where the parent could not be read, it most likely has it, unseen: such ones guess last.
+  // A parent that could not be read most likely has the charge, unseen. Its children come last.
   std::stable_partition(unclaimed.begin(), unclaimed.end(), [this](const FollowedProcess* process) {
     const FollowedProcess* parent = livingParent(*process);
     return !parent || !parent->unread;
@@ -71,8 +71,9 @@ void ChargeSettlement::settle(FollowedProcess& reaper) {
   if (reaper.relation != Relation::self) reaper.counted += rest;
 }
 
-/// A process whose parent ended too was reaped by it, or by whoever inherited it. In either case
-/// the charge went up the line of its ancestors, and lies with the first that has it.
+/// Claims from the first ancestor that has the charge; null if none has. A process whose parent has
+/// ended too was reaped by the parent, or by the heir of the parent. In either case the charge has
+/// gone up the line of ancestors.
 FollowedProcess* ChargeSettlement::claimFromAncestors(std::int32_t ancestor, const Usage& seen) {
   FollowedProcess* nearest = nullptr;
   for (int step = 0; ancestor > 0 && step < kMostAncestors; ++step) {
@@ -80,7 +81,7 @@ FollowedProcess* ChargeSettlement::claimFromAncestors(std::int32_t ancestor, con
     const bool isGone = gone != gone_.end() && gone->pid == ancestor;
     FollowedProcess* process = isGone ? &*gone : findProcess(living_, ancestor);
     if (!process) break;
-    // One that ended may have been read after it reaped and before it ended.
+    // An ancestor that has ended may have been read after it reaped and before it ended.
     const bool mayHaveIt = !isGone || process->reapedSome;
     if (mayHaveIt && process->reaped.claim(seen, terms_.tolerance)) return process;
     if (!isGone && !nearest) nearest = process;

@@ -8,11 +8,11 @@ namespace {
 
 using namespace std::chrono_literals;
 
-/// The user and the system part of a reaped time, each cut to a hundredth of a second.
+/// The kernel cuts the user part and the system part of a reaped time to hundredths of a second.
 constexpr std::uint64_t kToleranceNanos = 20'000'000;
-/// Processes are read one after the other, so an interval may be longer for one than for another.
+/// Processes are read one after the other, so the interval is not the same for all.
 constexpr double kHeadroom = 1.25;
-/// Four lanes of PCI Express 5.0, by which the fastest drives are connected.
+/// The fastest drives are connected by four lanes of PCI Express 5.0.
 constexpr double kFastestDriveBytesPerSecond = 16e9;
 
 std::uint64_t timeUnits(double nanos, Timebase timebase) {
@@ -102,10 +102,10 @@ void ConservedProcesses::settleCharges(const ChargeSettlement::Terms& terms) {
   ChargeSettlement charges(processes_.living(), processes_.gone(), terms);
   charges.claim();
   for (FollowedProcess& process : processes_.living()) {
-    // What is still to be claimed of one that could not be read waits until it was.
+    // The claims on a process that could not be read wait until it is read.
     if (!process.unread) charges.settle(process);
   }
-  // One that ended may have reaped before, on this very pass.
+  // A process that ended on this pass may have reaped before.
   for (FollowedProcess& process : processes_.gone())
     charges.settle(process);
 }
@@ -113,12 +113,12 @@ void ConservedProcesses::settleCharges(const ChargeSettlement::Terms& terms) {
 void ConservedProcesses::closeGone() {
   for (const FollowedProcess& process : processes_.gone()) {
     usage_.leaveInAccount(process);
-    // Another may have its number already.
+    // Another process may have the number already.
     if (!processes_.find(process.pid)) sources_.accounts.noteEnd(process.pid);
   }
 }
 
-/// What others measure on one pass is told by the next.
+/// The monitor reads what others measure one pass later, so a used account stays for two passes.
 void ConservedProcesses::noteUses() {
   const std::vector<std::int32_t> former = std::exchange(lastUses_, sources_.accounts.takeUsed());
   for (const std::vector<std::int32_t>* uses : {&former, &std::as_const(lastUses_)}) {

@@ -15,22 +15,34 @@
 
 namespace tidewell {
 
-/// A process table in which nothing that was used is lost, whatever happens to the processes that
-/// used it: a build is a build, however many processes it is.
+/// A process table in which no usage is lost when processes end. So a build is one piece of work,
+/// however many processes it is made of.
 ///
 /// It stands between the core and the system's own table, and is a table itself. The invariant:
 /// **the sum of the counters of everything that it lists, and of the applications that have ended,
 /// grows by what the kernel charged, each nanosecond and byte once and under one name.**
 ///
-/// * What a process had used when it ended stays, in an account of its name and application that
-///   is listed like a process (`AccountBook`), as long as others of that name run or ended on
-///   this very pass. After that the application has ended, and its account is dropped.
-/// * What a process used before it took another name (by exec) stays under the former name.
-/// * What was used unseen, by a process that lived between two passes or in the last stretch of
-///   one, is found with the process that reaped it: the growth of its reaped children's time, less
-///   what had been seen of the children that ended (`ChargeSettlement`). Of that, a child that had
-///   been seen gets at most as much again as was seen of it, for its last stretch: so a loop of
-///   commands of some seconds each goes on under one name. The rest is credited to who reaped.
+/// The rules, and what is lost without each. The figures are of real commands that ran for 36 s on
+/// a loaded machine, counted with and without the rule side by side. "Passes" are those on which
+/// the commands were busy. With all rules, 100.0 to 100.1 % of what the kernel charged was counted.
+///
+/// * When a process ends, what it used stays in an account of its name and application
+///   (`AccountBook`). The account is listed like a process as long as others of that name run, or
+///   ended on this very pass. After that the application has ended, and the account is dropped.
+///   Without accounts, a loop of commands of three seconds is busy on 2 of 18 passes instead of 9.
+/// * What a new process has used since it was born counts (`UsageByName`). Without that, 67 % of
+///   the work of `xargs` with commands of a tenth of a second is counted, and 94 % of that of
+///   `make`.
+/// * What a process used before it took another name by an exec stays under the former name
+///   (`UsageByName`). Otherwise `ffmpeg`, started by the exec of a script that had used three
+///   seconds, would begin with these three seconds.
+/// * Some usage is never seen: that of a process which lived between two passes, and that of the
+///   last stretch of every process. It is found with the process that reaped the ended one: the
+///   growth of the reaped children's time, less what had been seen of these children
+///   (`ChargeSettlement`). Without that, 2 % of the work of a shell that runs short compilations is
+///   counted.
+/// * Of this growth, a child that had been seen gets at most as much again as was seen of it. So a
+///   loop of commands of some seconds each goes on under one name. The reaper gets the rest.
 ///
 /// An example, in seconds. `make` starts a compiler, `cc`, again and again.
 ///
@@ -46,37 +58,37 @@ namespace tidewell {
 ///
 /// The sum, with the 5 of the dropped account: 4, 6, 10, 12, which is what the kernel charged.
 ///
-/// Left out is
-/// * what nobody was charged for: on Linux the children of one that ignores their end, on macOS
-///   what waits to be reaped when its parent ends;
-/// * what the tools used that this program itself runs: they are not listed, and nothing is
-///   credited to the program for having reaped them. Else it would take a measurement that it makes
-///   at every pass for work;
-/// * of what is told all at once, by one who reaped or was not read before, that which cannot have
-///   been used since the last pass: time beyond what all processors could give in that interval
-///   (and the same part of the bytes), and bytes beyond what the fastest drive could carry in it,
-///   16 GB/s, both with a margin of a quarter. That is older work, of processes that could not be
-///   read. It is dropped rather than spread, for spread it would look like work that goes on. What
-///   a process was seen to use itself from one pass to the next is never cut for its amount alone.
+/// The table leaves out:
+/// * Usage that the kernel charges to nobody. On Linux that is the usage of children whose parent
+///   ignores their end. On macOS it is the usage of a process that waits to be reaped when its
+///   parent ends.
+/// * Usage of the tools that this program itself runs. They are not listed, and the program is
+///   credited with nothing for having reaped them. Otherwise it would take its own measurements for
+///   work.
+/// * Usage that is told all at once and is older than the last pass. A process may be charged for
+///   children that could not be read, or may be read for the first time. Then time is dropped
+///   beyond what all processors can have given since the last pass, and bytes are dropped beyond
+///   what the fastest drive can have carried (16 GB/s), both with a margin of a quarter. If the
+///   rest were spread over later passes, it would look like work that goes on. What a process is
+///   seen to use itself from one pass to the next is never cut for its amount alone.
 ///
-/// Some things are guessed, and a wrong guess counts a child's usage twice or not at all:
-/// * of a process that ends with its parent, who reaped it: its parent, whoever inherited it, or,
-/// on
-///   macOS, the kernel, which then charges nobody;
-/// * on macOS, of one that ignores the end of its children and is charged for each of them twice,
-///   what is twice in the charge that it leaves with its own end;
-/// * where a process that waits to be reaped could not be read (on neither system is it so), who
-///   reaped the children of one whose end was not seen to its end either;
-/// * where a process that cannot be read stands between one that can and its reaper, whether it
-///   reaped the child itself. It is taken to have done so while it lives.
+/// The table guesses in these cases. A wrong guess counts the usage of a child twice or not at all:
+/// * A process ended together with its parent. It was reaped by the parent, by the heir of the
+///   parent, or, on macOS, by the kernel, which then charges nobody.
+/// * On macOS, a process that ignores the end of its children is charged twice for each of them.
+///   When it ends itself, nobody knows which part of its charge is there twice.
+/// * A process that cannot be read is the parent of one that can. As long as the parent lives, it
+///   is taken for the reaper of its children.
+/// * On Linux, a child is reaped in the 5 µs between two readings of its parent: that of the bytes
+///   and that of the reaped time. The bytes of the child are then counted twice.
 ///
-/// Main thread only; the arguments must outlive it. A pass costs one look at each process.
+/// Main thread only; the arguments must outlive it. A pass looks once at each process.
 class ConservedProcesses : public ProcessTable {
  public:
   struct Sources {
     ProcessTable& table;
     Clock& clock;
-    AccountDirectory& accounts;  ///< Is told of every process's account.
+    AccountDirectory& accounts;  ///< Is told the account of every process.
     unsigned processors;         ///< How many can work at once; at least 1.
     std::int32_t self = 0;       ///< The process that counts; 0 for none.
   };
@@ -84,9 +96,10 @@ class ConservedProcesses : public ProcessTable {
   explicit ConservedProcesses(Sources sources);
   ~ConservedProcesses() override;
 
-  /// Makes a pass over the system's table. Lists the processes in its order, then the accounts.
+  /// Makes a pass over the system's table. Lists the processes in the order of that table, and then
+  /// the accounts.
   ProcessSnapshot snapshot() override;
-  /// Of the disk bytes, only the sum is conserved; it is reported as read.
+  /// Only the sum of the disk bytes is conserved. It is reported as bytes read.
   bool resourceUsage(std::int32_t pid, ResourceUsage& usage) override;
   std::string_view path(std::int32_t pid) override;
   std::int32_t parent(std::int32_t pid) override;
@@ -108,8 +121,8 @@ class ConservedProcesses : public ProcessTable {
   UsageByName usage_;
   FollowedProcesses processes_;
   Moment lastPass_{};
-  std::vector<std::int32_t> lastUses_;     ///< The accounts that others counted under.
-  std::vector<Application> applications_;  ///< The system's, and then the accounts' as well.
+  std::vector<std::int32_t> lastUses_;     ///< The accounts that other measurements used.
+  std::vector<Application> applications_;  ///< Those of the system, and those of the accounts.
 };
 
 }  // namespace tidewell

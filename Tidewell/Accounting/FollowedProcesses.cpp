@@ -44,7 +44,7 @@ void FollowedProcesses::readAll(std::span<const std::int32_t> ascending,
       miss(*known++);
     while (application != applications.end() && (*application)->processIdentifier() < pid)
       ++application;
-    // Of several with one identifier the last counts.
+    // If there are several applications with one identifier, the last one counts.
     const Application* owner = &none;
     while (application != applications.end() && (*application)->processIdentifier() == pid)
       owner = &*application++;
@@ -55,7 +55,8 @@ void FollowedProcesses::readAll(std::span<const std::int32_t> ascending,
     miss(*known++);
 }
 
-/// A process that is not listed has ended, or waits to be reaped where such ones are not listed.
+/// A known process is not listed. It has ended, unless the table could not list it. If it were
+/// taken for ended then, all its usage would be counted once more on the next pass.
 void FollowedProcesses::miss(FollowedProcess& process) {
   process.reapedSome = false;
   process.unread = true;
@@ -95,8 +96,8 @@ void FollowedProcesses::begin(FollowedProcess& process, const ResourceUsage& usa
   newParents_.push_back(process.parent);
 }
 
-/// A child that is older than the first pass was not started as a tool. The first process of a
-/// system has the orphans of all others for children.
+/// A child that is older than the first pass was not started as a tool. The children of the first
+/// process of a system are the orphans of all others.
 Relation FollowedProcesses::relationOf(const FollowedProcess& process) {
   if (process.pid == self_) return Relation::self;
   if (!isPrimed_ || self_ <= 1) return Relation::stranger;
@@ -106,7 +107,7 @@ Relation FollowedProcesses::relationOf(const FollowedProcess& process) {
   return parent && parent->relation == Relation::tool ? Relation::tool : Relation::stranger;
 }
 
-/// What may not be read any more, but is there, has what it had.
+/// A process that is there, but may not be read any more, keeps what it had.
 void FollowedProcesses::noteUnread(FollowedProcess& process, const ResourceUsage& usage) {
   const bool isAnother =
       usage.startTime != 0 && process.startTime != 0 && usage.startTime != process.startTime;
@@ -115,10 +116,10 @@ void FollowedProcesses::noteUnread(FollowedProcess& process, const ResourceUsage
   process.ended = isAnother || !table_.isAlive(process.pid);
 }
 
-/// A child that was listed may have been reaped before its parent was read. What had been seen of
-/// it is in both then, so it is taken for ended.
+/// A child that was read may have been reaped before its parent was read. What had been seen of the
+/// child is in both readings then, so the child is taken for ended.
 void FollowedProcesses::findReapedMeanwhile() {
-  // With a process that ended its children may have, and theirs.
+  // The children of a process that ended may have ended with it, and their children as well.
   std::vector<std::int32_t> parents;
   for (const std::vector<FollowedProcess>* list : {&living_, &born_}) {
     for (const FollowedProcess& process : *list) {
@@ -131,7 +132,7 @@ void FollowedProcesses::findReapedMeanwhile() {
   }
 }
 
-/// Looks which children of `parents`, ascending, have ended.
+/// Finds out which children of `parents` have ended. `parents` must be ascending.
 std::vector<std::int32_t> FollowedProcesses::endChildrenOf(
     const std::vector<std::int32_t>& parents) {
   std::vector<std::int32_t> ended;
@@ -147,7 +148,7 @@ std::vector<std::int32_t> FollowedProcesses::endChildrenOf(
   return ended;
 }
 
-/// Moves what ended to `gone_`, and what is new among the others.
+/// Moves the processes that ended to `gone_`, and the new ones to `living_`.
 void FollowedProcesses::removeEnded() {
   for (std::vector<FollowedProcess>* list : {&living_, &born_}) {
     const auto firstEnded = std::ranges::find(*list, true, &FollowedProcess::ended);
@@ -172,10 +173,10 @@ void FollowedProcesses::removeEnded() {
 
 void FollowedProcesses::updateParents() {
   if (!gone_.empty()) {
-    std::int32_t livingParent = 0;  // Many in a row have the same.
+    std::int32_t livingParent = 0;  // Many processes in a row have the same parent.
     for (FollowedProcess& process : living_) {
       if (process.parent > 0 && process.parent == livingParent) continue;
-      // One that had just been born may not have told yet who its parent is.
+      // A process that had just been born may not have told its parent yet.
       const bool isKnown = process.parent <= 0 ? !process.hidden : find(process.parent) != nullptr;
       if (isKnown && !isGoneFrom(gone_, process.parent)) {
         livingParent = process.parent;
@@ -189,18 +190,18 @@ void FollowedProcesses::updateParents() {
 }
 
 void FollowedProcesses::followHiddenParents() {
-  // Those that are followed now may have such parents as well.
+  // A hidden parent may have a hidden parent itself.
   while (!newParents_.empty()) {
     const std::int32_t pid = newParents_.back();
     newParents_.pop_back();
-    // To the first process all falls in the end, and nobody reaps it.
+    // Nobody reaps the first process, so its charge never comes to light.
     if (pid > 1 && !find(pid) && table_.isAlive(pid)) followHidden(pid);
   }
 }
 
 void FollowedProcesses::followHidden(std::int32_t pid) {
   ResourceUsage usage;
-  // One that can be read was born after the list was made, and will be on the next.
+  // A process that can be read was born after the list was made. The next pass will list it.
   if (table_.resourceUsage(pid, usage)) return;
   FollowedProcess process;
   process.pid = pid;
@@ -213,7 +214,8 @@ void FollowedProcesses::followHidden(std::int32_t pid) {
 }
 
 FollowedProcess* FollowedProcesses::find(std::int32_t pid) {
-  // Ascending questions, each asked several times, hit the same entry or the next.
+  // Callers ask in ascending order, and several times for one process. So the answer is the last
+  // entry or the next.
   if (cursor_ < living_.size() && living_[cursor_].pid < pid) ++cursor_;
   if (cursor_ >= living_.size() || living_[cursor_].pid != pid) {
     const auto found = std::ranges::lower_bound(living_, pid, {}, &FollowedProcess::pid);

@@ -86,7 +86,7 @@ void UsageByName::followName(FollowedProcess& process, std::uint32_t version,
                              const Application& application) {
   const std::string_view path = table_.path(process.pid);
   process.programVersion = version;
-  // A process that has just ended has no path any more.
+  // A process that has ended has no path any more.
   if (path.empty() && !process.path.empty()) return;
   if (process.path == path && application == process.application) return;
   process.nameVersion = ++lastNameVersion_;

@@ -13,10 +13,18 @@ namespace tidewell {
 
 /// Decides under which name the usage of a process is counted, when its counters are read.
 ///
-/// What a process used before it took another name by an exec goes into the account of the former
-/// name. What a process had used when it ended goes into the account of its last name. The object
-/// keeps no counters itself: they are in `FollowedProcess` and in the accounts. Main thread only;
-/// the arguments must outlive the object.
+/// * What a process used before it took another name by an exec goes into the account of the former
+///   name. Otherwise the new name would begin with a jump.
+/// * What a process had used when it ended goes into the account of its last name.
+/// * A process that has ended has no path any more, but keeps its last name until it is reaped.
+///   Otherwise the worst of the 200 random trees of the tests counts 32 % too much.
+/// * Nobody sees a process that never had a name. Its usage is left in the charge of its reaper.
+///   Otherwise the worst tree counts 2.8 % too little.
+/// * If a counter goes backwards, only what is beyond its highest value counts. No kernel is known
+///   to do this. But if one did, all of the counter would be counted once more.
+///
+/// The object keeps no counters itself: they are in `FollowedProcess` and in the accounts. Main
+/// thread only; the arguments must outlive the object.
 class UsageByName {
  public:
   using Application = std::shared_ptr<const RunningApplication>;

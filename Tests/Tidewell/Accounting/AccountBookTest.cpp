@@ -46,21 +46,21 @@ class AccountBookTest : public testing::Test {
 
 // Names.
 
-TEST_F(AccountBookTest, OneNameHasOneAccountWhereverItsProgramLies) {
+TEST_F(AccountBookTest, ProgramsOfOneNameInTwoFoldersHaveOneAccount) {
   const auto account = accounts.reserve("/usr/bin/cc1", nullptr);
   EXPECT_EQ(accounts.reserve("/opt/gcc/cc1", nullptr), account);
   EXPECT_NE(accounts.reserve("/usr/bin/ld", nullptr), account);
-  EXPECT_GT(account, 1'000'000'000) << "beyond the numbers of processes";
+  EXPECT_GT(account, 1'000'000'000) << "higher than the number of any process";
 }
 
-TEST_F(AccountBookTest, AnApplicationHasOneAccountWhateverItsProgramsAreCalled) {
+TEST_F(AccountBookTest, AllProgramsOfAnApplicationHaveOneAccount) {
   const auto editor = application("org.example.Editor", "Editor");
   const auto account = accounts.reserve("/opt/editor/main", &editor);
   EXPECT_EQ(accounts.reserve("/opt/editor/helper", &editor), account);
   EXPECT_NE(accounts.reserve("/opt/editor/main", nullptr), account);
 }
 
-TEST_F(AccountBookTest, AnAccountCarriesTheApplicationUnderItsOwnNumber) {
+TEST_F(AccountBookTest, TheApplicationOfAnAccountHasTheNumberOfTheAccount) {
   const auto editor = application("org.example.Editor", "Editor");
   const auto* account = accounts.find(accounts.reserve("/opt/editor/main", &editor));
   ASSERT_TRUE(account && account->application);
@@ -71,21 +71,21 @@ TEST_F(AccountBookTest, AnAccountCarriesTheApplicationUnderItsOwnNumber) {
   EXPECT_EQ(account->application->localizedName(), "Editor");
 }
 
-TEST_F(AccountBookTest, AnApplicationWithoutIdentifierGoesByItsProgram) {
+TEST_F(AccountBookTest, AnApplicationWithoutIdentifierIsCountedUnderItsProgram) {
   const auto viewer = application(std::nullopt, "Viewer");
   const auto account = accounts.reserve("/opt/viewer", &viewer);
   EXPECT_EQ(accounts.reserve("/bin/viewer", nullptr), account);
   EXPECT_EQ(accounts.find(account)->application->localizedName(), "Viewer");
 }
 
-TEST_F(AccountBookTest, AnApplicationWithoutPathGoesByItsName) {
+TEST_F(AccountBookTest, AnApplicationWithoutPathIsCountedUnderItsName) {
   const auto viewer = application(std::nullopt, "Viewer");
   EXPECT_EQ(accounts.find(accounts.reserve("", &viewer))->key, "Viewer");
 }
 
 // Adding.
 
-TEST_F(AccountBookTest, IsListedFromTheFirstAdditionOn) {
+TEST_F(AccountBookTest, AnAccountIsListedFromItsFirstAdditionOn) {
   const auto account = accounts.reserve("/bin/cc1", nullptr);
   EXPECT_EQ(listedKeys().size(), 0u);
   accounts.add(account, {});
@@ -142,7 +142,7 @@ TEST_F(AccountBookTest, KeepsTheAccountOfANameUnderWhichSomethingRuns) {
   EXPECT_EQ(listedKeys(), Keys{"daemon"});
 }
 
-TEST_F(AccountBookTest, DropsAnAccountThatWasNeverUsedOnceNothingRunsUnderIt) {
+TEST_F(AccountBookTest, DropsAnUnusedAccountWhenNothingRunsUnderItAnyMore) {
   nextPass();
   const auto account = accounts.reserve("/bin/idle", nullptr);
   accounts.addProcess(account);
@@ -179,9 +179,9 @@ TEST_F(AccountBookTest, ANameThatComesBackBeginsAtNothing) {
   EXPECT_EQ(accounts.find(account)->usage, (Usage{1, 10}));
 }
 
-// Parts.
+// Parts of a usage.
 
-TEST_F(AccountBookTest, TheBytesAreSharedAsTheTimeIs) {
+TEST_F(AccountBookTest, APartHasTheSameShareOfTheBytesAsOfTheTime) {
   const Usage usage{8, 100};
   EXPECT_EQ(usage.part(0), Usage());
   EXPECT_EQ(usage.part(2), (Usage{2, 25}));

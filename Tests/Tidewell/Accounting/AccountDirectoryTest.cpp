@@ -14,7 +14,7 @@ constexpr auto kMost = static_cast<std::int32_t>(AccountDirectory::kMostEnded);
 
 class AccountDirectoryTest : public testing::Test {
  protected:
-  /// Has so many processes start and end, from number 1000 on.
+  /// Lets `count` processes start and end. Their numbers begin at 1000.
   void endOthers(std::int32_t count) {
     for (std::int32_t pid = 1000; pid < 1000 + count; ++pid) {
       accounts.assign(pid, kAccount + 9);
@@ -37,7 +37,7 @@ TEST_F(AccountDirectoryTest, AProcessUnderAnotherNameHasAnotherAccount) {
   EXPECT_EQ(accounts.accountOf(7), kAccount + 1);
 }
 
-TEST_F(AccountDirectoryTest, TheAccountOfAnEndedProcessCanStillBeHad) {
+TEST_F(AccountDirectoryTest, StillTellsTheAccountOfAnEndedProcess) {
   accounts.assign(7, kAccount);
   accounts.noteEnd(7);
   endOthers(kMost - 1);
@@ -45,7 +45,7 @@ TEST_F(AccountDirectoryTest, TheAccountOfAnEndedProcessCanStillBeHad) {
   EXPECT_EQ(accounts.accountOf(1000), kAccount + 9);
 }
 
-TEST_F(AccountDirectoryTest, OfTooManyEndedProcessesTheFirstAreForgotten) {
+TEST_F(AccountDirectoryTest, ForgetsTheFirstEndedProcessWhenTooManyHaveEnded) {
   accounts.assign(7, kAccount);
   accounts.noteEnd(7);
   endOthers(kMost);
@@ -61,7 +61,7 @@ TEST_F(AccountDirectoryTest, NeverForgetsAProcessThatLives) {
   EXPECT_EQ(accounts.accountOf(7), kAccount);
 }
 
-TEST_F(AccountDirectoryTest, NeverForgetsOneThatLivesUnderTheNumberOfAnother) {
+TEST_F(AccountDirectoryTest, NeverForgetsALivingProcessThatHasTheNumberOfAnEndedOne) {
   accounts.assign(7, kAccount);
   accounts.noteEnd(7);
   accounts.assign(7, kAccount + 1);
@@ -69,7 +69,7 @@ TEST_F(AccountDirectoryTest, NeverForgetsOneThatLivesUnderTheNumberOfAnother) {
   EXPECT_EQ(accounts.accountOf(7), kAccount + 1);
 }
 
-TEST_F(AccountDirectoryTest, TheLatestEndUnderANumberCounts) {
+TEST_F(AccountDirectoryTest, TheLatestEndOfAProcessWithANumberCounts) {
   accounts.assign(7, kAccount);
   accounts.noteEnd(7);
   endOthers(kMost - 1);
@@ -79,12 +79,12 @@ TEST_F(AccountDirectoryTest, TheLatestEndUnderANumberCounts) {
   EXPECT_EQ(accounts.accountOf(7), kAccount + 1);
 }
 
-TEST_F(AccountDirectoryTest, TheEndOfAProcessThatIsNotKnownMeansNothing) {
+TEST_F(AccountDirectoryTest, TheEndOfAnUnknownProcessChangesNothing) {
   accounts.noteEnd(7);
   EXPECT_EQ(accounts.accountOf(7), std::nullopt);
 }
 
-TEST_F(AccountDirectoryTest, TellsOnceWhichAccountsWereUsed) {
+TEST_F(AccountDirectoryTest, TellsEachUseOfAnAccountOnce) {
   accounts.noteUse(kAccount);
   accounts.noteUse(kAccount + 1);
   EXPECT_EQ(accounts.takeUsed(), (std::vector{kAccount, kAccount + 1}));
@@ -116,8 +116,8 @@ TEST_F(AccountDirectoryTest, NoUseIsLostBetweenThreads) {
   EXPECT_EQ(taken, std::vector(kThreads, kUses));
 }
 
-TEST_F(AccountDirectoryTest, WhoMeasuresSeesAnAccountOrNoneButNoOther) {
-  // The writer gives every process the account of its own number; readers look all the while.
+TEST_F(AccountDirectoryTest, AReaderSeesTheRightAccountOrNone) {
+  // The writer gives every process the account of its own number. Meanwhile others read.
   std::atomic<bool> isWriting = true;
   std::atomic<int> wrong = 0;
   std::vector<std::thread> readers;

@@ -21,23 +21,23 @@ TEST(ChildrenChargeTest, TakesOutWhatHadBeenSeen) {
   reaped.grow(7, 70);
   EXPECT_TRUE(reaped.claim({5, 50}, 0));
   EXPECT_FALSE(reaped.claim({3, 30}, 0)) << "only 2 are left";
-  EXPECT_TRUE(reaped.claim({3, 0}, 1)) << "they may have been 3";
+  EXPECT_TRUE(reaped.claim({3, 0}, 1)) << "the kernel may have cut 3 to 2";
   EXPECT_EQ(reaped.settle(kPlenty, 0), (Usage{0, 20}));
 }
 
-TEST(ChildrenChargeTest, AnErrorOfRoundingDoesNotAddUp) {
+TEST(ChildrenChargeTest, WhatTheKernelCutsOffDoesNotAddUp) {
   ChildrenCharge reaped;
   for (int pass = 0; pass < 10; ++pass) {
-    // Of 10 each time, 9 are told at first and the rest with the next.
+    // Each child used 10. The kernel tells 9 at first, and the rest with the next child.
     reaped.grow(pass == 0 ? 9 : 10, 0);
     EXPECT_TRUE(reaped.claim({10, 0}, 1));
     EXPECT_EQ(reaped.settle(kPlenty, 1), Usage());
   }
   reaped.grow(1, 0);
-  EXPECT_EQ(reaped.settle(kPlenty, 1), Usage()) << "even now";
+  EXPECT_EQ(reaped.settle(kPlenty, 1), Usage()) << "this is the rest of the last child";
 }
 
-TEST(ChildrenChargeTest, ClaimsOnTheNextGrowthOrNever) {
+TEST(ChildrenChargeTest, ADebtIsClaimedFromTheNextGrowthOrGivenUp) {
   ChildrenCharge reaped;
   reaped.claimOnNext({5, 50});
   EXPECT_EQ(reaped.settle(kPlenty, 0), Usage());
@@ -55,17 +55,17 @@ TEST(ChildrenChargeTest, DropsTimeBeyondTheMost) {
   ChildrenCharge reaped;
   reaped.grow(40, 800);
   EXPECT_EQ(reaped.settle({10, 1000}, 0), (Usage{10, 800}));
-  EXPECT_EQ(reaped.settle({10, 1000}, 0), Usage()) << "it does not come later";
+  EXPECT_EQ(reaped.settle({10, 1000}, 0), Usage()) << "the rest is not credited later";
 }
 
-TEST(ChildrenChargeTest, DropsBytesBeyondTheMostWhereSomeMayBeOfReapedChildren) {
+TEST(ChildrenChargeTest, DropsBytesBeyondTheMostIfSomeMayBeOfReapedChildren) {
   ChildrenCharge reaped;
   reaped.grow(4, 5000);
   EXPECT_EQ(reaped.settle({10, 1000}, 0), (Usage{4, 1000}));
   EXPECT_EQ(reaped.settle({10, 1000}, 0), Usage());
 }
 
-TEST(ChildrenChargeTest, NeverCutsTheBytesOfOneThatReapedNobody) {
+TEST(ChildrenChargeTest, NeverCutsTheBytesOfAProcessThatReapedNobody) {
   ChildrenCharge reaped;
   reaped.grow(0, 5000);
   EXPECT_EQ(reaped.settle({10, 1000}, 0), (Usage{0, 5000}));
@@ -73,23 +73,24 @@ TEST(ChildrenChargeTest, NeverCutsTheBytesOfOneThatReapedNobody) {
   EXPECT_EQ(reaped.settle({10, 1000}, 0), (Usage{4, 0}));
   EXPECT_EQ(reaped.settle({10, 1000}, 0), Usage());
   reaped.grow(0, 5000);
-  EXPECT_EQ(reaped.settle({10, 1000}, 0), (Usage{0, 5000})) << "long after";
+  EXPECT_EQ(reaped.settle({10, 1000}, 0), (Usage{0, 5000}))
+      << "long after the last child was reaped";
 }
 
-TEST(ChildrenChargeTest, CutsWhatOneHadThatIsReadForTheFirstTime) {
+TEST(ChildrenChargeTest, CutsTheBytesOfAProcessThatIsReadForTheFirstTime) {
   ChildrenCharge reaped;
   reaped.begin(0, 5000);
   EXPECT_EQ(reaped.settle({10, 1000}, 0), (Usage{0, 1000}));
 }
 
-TEST(ChildrenChargeTest, WhatWaitedIsInTheFirstReading) {
+TEST(ChildrenChargeTest, DebtsAreClaimedFromTheFirstReading) {
   ChildrenCharge reaped;
   reaped.claimOnNext({5, 50});
   reaped.begin(8, 80);
   EXPECT_EQ(reaped.settle(kPlenty, 0), (Usage{3, 30}));
 }
 
-TEST(ChildrenChargeTest, HandsOverWhatWaits) {
+TEST(ChildrenChargeTest, HandsOverItsDebts) {
   ChildrenCharge reaped;
   reaped.claimOnNext({5, 50});
   reaped.claimOnNext({6, 60});
@@ -97,7 +98,7 @@ TEST(ChildrenChargeTest, HandsOverWhatWaits) {
   EXPECT_TRUE(reaped.takeDebts().empty());
 }
 
-TEST(ChildrenChargeTest, OfManyThatWaitTheFirstAreTakenAsOne) {
+TEST(ChildrenChargeTest, OfTooManyDebtsTheOldestBecomeOne) {
   ChildrenCharge reaped;
   for (int child = 0; child < 1000; ++child)
     reaped.claimOnNext({1, 10});

@@ -1,4 +1,4 @@
-// Over random trees of processes the sum of what is counted is what the kernel charged.
+// In random trees of processes, the sum of all that is counted is what the kernel charged.
 
 #include <gtest/gtest.h>
 
@@ -19,13 +19,13 @@ double asDouble(std::uint64_t number) {
   return static_cast<double>(number);
 }
 
-/// Of how many processes one is of that kind; 0: none is.
+/// How frequent processes of some kinds are: 4 means that one of 4 is. With 0 there is none.
 struct OneOf {
-  unsigned hidden = 0;       ///< May not be read.
-  unsigned reapsNobody = 0;  ///< Ignores the end of its children.
+  unsigned hidden = 0;       ///< It may not be read.
+  unsigned reapsNobody = 0;  ///< It ignores the end of its children.
 };
 
-/// Random trees of processes that do everything that processes do.
+/// Lets the processes of a random tree do everything that processes can do.
 class RandomLife {
  public:
   RandomLife(SimulatedKernel& kernel, unsigned seed, const OneOf& oneOf)
@@ -41,7 +41,7 @@ class RandomLife {
       case 2:
       case 3:
       case 4:
-        // Nothing reaches a disk without some time of a processor.
+        // Every access to a disk needs some time of a processor.
         kernel_.work(pid, 1 + pick(20), pick(1000));
         break;
       case 5:
@@ -80,7 +80,8 @@ class RandomLife {
     }
     return live[pick(static_cast<unsigned>(live.size()))];
   }
-  /// The nearest ancestor but one, as if every third process adopted orphans, else init.
+  /// Who inherits the children of a process: its parent if that is a living process whose number
+  /// is a multiple of 3, or else the first process.
   std::int32_t heirOf(std::int32_t pid) {
     if (!kernel_.hasSubreapers) return 1;
     const std::int32_t parent = kernel_.processes.at(pid).parent;
@@ -101,7 +102,8 @@ class RandomLife {
 
 class ConservationTest : public ConservedTable, public testing::WithParamInterface<int> {
  protected:
-  /// How much more or less may be counted than was charged, as a part of it: for guesses.
+  /// How much more or less may be counted than was charged, as a part of the charge. Guesses may be
+  /// wrong by so much.
   struct Guessed {
     double time = 0;
     double disk = 0;
@@ -130,7 +132,7 @@ void ConservationTest::live(const Guessed& guessed, const OneOf& oneOf) {
               asDouble(kernel.charged) * (1 + guessed.time) + asDouble(kernel.handedOnTwice));
     EXPECT_LE(asDouble(total.disk), asDouble(kernel.chargedDisk) * (1 + guessed.disk));
     for (const auto& [name, usage] : former) {
-      // What ended and does not grow any more is in the sum only.
+      // The account of an ended name is dropped.
       if (ended.contains(name)) {
         EXPECT_FALSE(isLive(name)) << name;
         continue;
@@ -145,7 +147,8 @@ void ConservationTest::live(const Guessed& guessed, const OneOf& oneOf) {
   life.endAll();
   pass();
   pass();
-  // Of what was dropped, what was seen may be taken for part of what somebody else was charged.
+  // The kernel charges nobody for a dropped process. What had been seen of it may then be taken out
+  // of the charge for another.
   const double charged = asDouble(kernel.charged);
   EXPECT_GE(asDouble(total.time), charged * (1 - guessed.time) - asDouble(kernel.dropped));
 }
@@ -160,7 +163,7 @@ TEST_P(ConservationTest, GuessesLittleWrongOnAMac) {
   live({.time = 0.01});
 }
 
-TEST_P(ConservationTest, CountsOnceOnAMacWhatIsChargedTwice) {
+TEST_P(ConservationTest, CountsOnceWhatAMacChargesTwice) {
   kernel.beAMac();
   live({.time = 0.01}, {.reapsNobody = 4});
 }
@@ -169,21 +172,21 @@ TEST_P(ConservationTest, GuessesLittleWrongAmongProcessesThatCannotBeRead) {
   live({.time = 0.03, .disk = 0.03}, {.hidden = 4});
 }
 
-TEST_P(ConservationTest, GuessesLittleWrongAmongThemOnAMac) {
+TEST_P(ConservationTest, GuessesLittleWrongOnAMacAmongProcessesThatCannotBeRead) {
   kernel.beAMac();
   live({.time = 0.03}, {.hidden = 4});
 }
 
-// Worse than any kernel that is known.
+// No known kernel is as bad as these.
 
-TEST_P(ConservationTest, GuessesLittleWrongWhereWhatWaitsToBeReapedCannotBeRead) {
+TEST_P(ConservationTest, GuessesLittleWrongIfUnreapedProcessesCannotBeRead) {
   kernel.givesNumbersAgain = false;
   kernel.hidesZombies = true;
   kernel.addsReapedDisk = false;
   live({.time = 0.03});
 }
 
-TEST_P(ConservationTest, GuessesLittleWrongAmongHiddenOnesWhereTheirStartIsNotToldEither) {
+TEST_P(ConservationTest, GuessesLittleWrongIfNotEvenTheStartOfHiddenProcessesIsTold) {
   kernel.tellsStart = false;
   kernel.givesNumbersAgain = false;
   kernel.hidesZombies = true;

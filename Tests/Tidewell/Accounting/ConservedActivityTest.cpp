@@ -1,4 +1,4 @@
-// What the activity monitor finds when it looks at the conserved table, and at the plain one.
+// What the activity monitor finds in the conserved table, and in the plain table.
 
 #include <gtest/gtest.h>
 
@@ -23,7 +23,8 @@ Ports onTable(Ports ports, Table& table) {
   return ports;
 }
 
-/// A machine of two processors, looked at every two seconds for work that lasts ten.
+/// A machine with two processors. Every two seconds it is searched for work that has lasted for
+/// ten.
 class ConservedActivityTest : public testing::Test {
  protected:
   void tick() {
@@ -32,7 +33,7 @@ class ConservedActivityTest : public testing::Test {
     plainBusy = plainMonitor.tick(limits);
   }
 
-  /// A command that comes and goes between two ticks.
+  /// Runs a command that begins and ends between two ticks.
   void runCommand(std::int32_t parent, std::uint64_t seconds) {
     const auto command = kernel.spawn(parent, "/usr/bin/command");
     kernel.work(command, seconds);
@@ -76,10 +77,11 @@ TEST_F(ConservedActivityTest, ALoopOfShortCommandsIsBusyAfterTheSustainTime) {
   EXPECT_EQ(busy[0].id, "convert-all");
   EXPECT_DOUBLE_EQ(busy[0].cpuPercent, 100);
   EXPECT_DOUBLE_EQ(busy[0].busyFor, 58);
-  EXPECT_TRUE(plainMonitor.lastCandidates().empty()) << "nothing of it is ever seen there";
+  EXPECT_TRUE(plainMonitor.lastCandidates().empty())
+      << "the plain table never shows anything of the loop";
 }
 
-TEST_F(ConservedActivityTest, ALoopEndsWithItsLastCommand) {
+TEST_F(ConservedActivityTest, ALoopIsNotBusyAfterItsLastCommand) {
   const auto script = kernel.spawn(1, "/home/somebody/convert-all");
   tick();
   for (int ticks = 1; ticks <= 10; ++ticks) {
@@ -99,7 +101,7 @@ TEST_F(ConservedActivityTest, ALoopOfLongerCommandsIsBusyWithoutAGap) {
   for (int ticks = 1; ticks <= 30; ++ticks) {
     kernel.work(command, 1);
     if (ticks % 3 == 0) {
-      // The next works on from here, so that each tick sees one that works.
+      // The next command works for the rest of the interval, so each tick sees one that works.
       kernel.endAndReap(command);
       command = kernel.spawn(script, "/usr/bin/rsync");
     }
@@ -111,7 +113,7 @@ TEST_F(ConservedActivityTest, ALoopOfLongerCommandsIsBusyWithoutAGap) {
   EXPECT_EQ(busy[0].id, "rsync");
 }
 
-TEST_F(ConservedActivityTest, TheHelpersOfAnApplicationAreBusyAsTheApplication) {
+TEST_F(ConservedActivityTest, TheHelpersOfAnApplicationAreBusyUnderItsName) {
   const auto starter = kernel.spawn(1, "/opt/starter");
   auto helper = startHelper(starter);
   tick();
@@ -129,7 +131,7 @@ TEST_F(ConservedActivityTest, TheHelpersOfAnApplicationAreBusyAsTheApplication) 
   EXPECT_DOUBLE_EQ(busy[0].cpuPercent, 100);
 }
 
-TEST_F(ConservedActivityTest, ADayOldJobThatNobodyCouldReadIsOneTickOfWhatTheMachineCanGive) {
+TEST_F(ConservedActivityTest, ADayOldJobThatCouldNotBeReadFillsOneTickWhenItIsReaped) {
   const auto shell = kernel.spawn(1, "/bin/sh");
   const auto job = kernel.spawn(shell, "/usr/bin/secret");
   kernel.processes.at(job).hidden = true;
@@ -147,7 +149,7 @@ TEST_F(ConservedActivityTest, ADayOldJobThatNobodyCouldReadIsOneTickOfWhatTheMac
   }
 }
 
-TEST_F(ConservedActivityTest, ADayOldJobThatWasSeenIsNothingWhenItIsReaped) {
+TEST_F(ConservedActivityTest, ADayOldJobThatWasSeenIsNoWorkWhenItIsReaped) {
   const auto shell = kernel.spawn(1, "/bin/sh");
   const auto job = kernel.spawn(shell, "/usr/bin/job");
   kernel.work(job, 80'000, 900'000'000'000);
@@ -168,7 +170,7 @@ TEST_F(ConservedActivityTest, AnEndedToolIsBusyNoLongerThanTheTickThatFindsItEnd
   kernel.work(tool, 1);
   kernel.endAndReap(tool);
   tick();
-  EXPECT_TRUE(isBusy("tool")) << "by what it used before it ended";
+  EXPECT_TRUE(isBusy("tool")) << "because of what it used before it ended";
   for (int ticks = 0; ticks < 200; ++ticks) {
     tick();
     ASSERT_FALSE(isBusy("tool")) << "tick " << ticks;
@@ -194,7 +196,7 @@ TEST_F(ConservedActivityTest, AToolThatIsStartedAgainHasRatesFromItsSecondTickOn
   EXPECT_DOUBLE_EQ(busy[0].busyFor, 0);
 }
 
-TEST_F(ConservedActivityTest, EndedApplicationsAreNobodysWork) {
+TEST_F(ConservedActivityTest, EndedApplicationsDoNoWork) {
   const auto shell = kernel.spawn(1, "/bin/sh");
   for (int number = 0; number < 300; ++number) {
     const auto job = kernel.spawn(shell, "/bin/job" + std::to_string(number));

@@ -88,7 +88,7 @@ TEST_F(ConservedProcessesTest, ALoopOfLongerCommandsGoesOnUnderOneName) {
   auto command = kernel.spawn(shell, "/bin/rsync");
   std::uint64_t former = 0;
   for (int tick = 0; tick < 30; ++tick) {
-    // One ends in every third interval, late, so that its successor has no time to show.
+    // One command ends late in every third interval, so the next has not worked yet at the pass.
     kernel.work(command, 2);
     if (tick % 3 == 2) {
       kernel.endAndReap(command);
@@ -100,7 +100,7 @@ TEST_F(ConservedProcessesTest, ALoopOfLongerCommandsGoesOnUnderOneName) {
   }
 }
 
-TEST_F(ConservedProcessesTest, CreditsAProcessThatLivedBetweenTwoPassesToItsParent) {
+TEST_F(ConservedProcessesTest, CreditsTheParentWithAProcessThatLivedBetweenTwoPasses) {
   const auto shell = kernel.spawn(1, "/bin/sh");
   pass();
   for (int unit = 0; unit < 5; ++unit) {
@@ -113,7 +113,7 @@ TEST_F(ConservedProcessesTest, CreditsAProcessThatLivedBetweenTwoPassesToItsPare
   EXPECT_FALSE(counted.contains("cc1"));
 }
 
-TEST_F(ConservedProcessesTest, CreditsGrandchildrenThroughADriverThatWasNeverSeen) {
+TEST_F(ConservedProcessesTest, CreditsTheGrandparentIfTheParentWasNeverSeenEither) {
   const auto make = kernel.spawn(1, "/bin/make");
   pass();
   const auto driver = kernel.spawn(make, "/bin/gcc");
@@ -136,7 +136,7 @@ TEST_F(ConservedProcessesTest, CountsNothingTwiceWhenADriverAndItsChildEndTogeth
   kernel.endAndReap(compiler);
   kernel.endAndReap(driver);
   pass();
-  // Who of them used the rest is not known: they share it as they shared what was seen.
+  // Nobody knows which of the two used the rest, so they share it like what had been seen of them.
   EXPECT_EQ(counted["cc1"], (Usage{560, 56}));
   EXPECT_EQ(counted["gcc"], (Usage{140, 14}));
   EXPECT_EQ(counted["make"], (Usage{0, 0}));
@@ -153,7 +153,7 @@ TEST_F(ConservedProcessesTest, LeavesWhatWasUsedBeforeAnExecUnderTheFormerName) 
   EXPECT_EQ(counted["ffmpeg"], (Usage{2, 20}));
 }
 
-TEST_F(ConservedProcessesTest, TakesAnotherProcessUnderTheSameNumberForAnother) {
+TEST_F(ConservedProcessesTest, KnowsThatANumberBelongsToAnotherProcessNow) {
   const auto first = kernel.spawn(1, "/bin/a");
   kernel.work(first, 5);
   pass();
@@ -182,7 +182,7 @@ TEST_F(ConservedProcessesTest, CountsNothingTwiceWhenAnOrphanIsReapedByItsHeir) 
   EXPECT_EQ(total.time, 9u);
 }
 
-TEST_F(ConservedProcessesTest, LosesOnlyTheUnseenPartOfWhatNobodyReaps) {
+TEST_F(ConservedProcessesTest, LosesOnlyTheUnseenPartOfAProcessThatNobodyReaps) {
   const auto daemon = kernel.spawn(1, "/bin/daemon");
   kernel.processes[daemon].reapsNobody = true;
   const auto job = kernel.spawn(daemon, "/bin/job");
@@ -194,7 +194,7 @@ TEST_F(ConservedProcessesTest, LosesOnlyTheUnseenPartOfWhatNobodyReaps) {
   pass();
   EXPECT_EQ(counted["job"], (Usage{8, 80}));
   EXPECT_EQ(counted["daemon"], (Usage{0, 0}));
-  // What it later reaps after all is not mistaken for that job.
+  // A process that the daemon reaps later is not mistaken for that job.
   kernel.processes[daemon].reapsNobody = false;
   const auto other = kernel.spawn(daemon, "/bin/other");
   kernel.work(other, 3);
@@ -203,7 +203,7 @@ TEST_F(ConservedProcessesTest, LosesOnlyTheUnseenPartOfWhatNobodyReaps) {
   EXPECT_EQ(counted["daemon"].time, 3u);
 }
 
-TEST_F(ConservedProcessesTest, CountsOnceWhatAMacChargesTwiceForWhatNobodyReaps) {
+TEST_F(ConservedProcessesTest, CountsOnceTheChildrenThatAMacChargesTwice) {
   kernel.beAMac();
   const auto daemon = kernel.spawn(1, "/bin/daemon");
   kernel.processes[daemon].reapsNobody = true;
@@ -221,7 +221,7 @@ TEST_F(ConservedProcessesTest, CountsOnceWhatAMacChargesTwiceForWhatNobodyReaps)
   EXPECT_EQ(total.time, 39u);
 }
 
-TEST_F(ConservedProcessesTest, CountsOnceWhatOneOnAMacWasChargedTwiceThatIsFirstReadNow) {
+TEST_F(ConservedProcessesTest, CountsOnceTheDoubleChargeInAFirstReadingOnAMac) {
   kernel.beAMac();
   pass();
   const auto daemon = kernel.spawn(1, "/bin/daemon");
@@ -233,7 +233,7 @@ TEST_F(ConservedProcessesTest, CountsOnceWhatOneOnAMacWasChargedTwiceThatIsFirst
   EXPECT_EQ(counted["daemon"].time, 30u);
 }
 
-TEST_F(ConservedProcessesTest, CountsAllOfWhatWaitsToBeReapedOnAMac) {
+TEST_F(ConservedProcessesTest, CountsAllOfAnUnreapedProcessOnAMac) {
   kernel.beAMac();
   const auto shell = kernel.spawn(1, "/bin/sh");
   const auto job = kernel.spawn(shell, "/bin/job");
@@ -242,14 +242,14 @@ TEST_F(ConservedProcessesTest, CountsAllOfWhatWaitsToBeReapedOnAMac) {
   kernel.work(job, 2);
   kernel.end(job);
   pass();
-  EXPECT_EQ(counted["job"].time, 7u) << "before anybody reaped it";
+  EXPECT_EQ(counted["job"].time, 7u) << "although nobody has reaped it yet";
   kernel.reap(job);
   pass();
   EXPECT_EQ(counted["job"].time, 7u);
   EXPECT_EQ(counted["sh"].time, 0u);
 }
 
-TEST_F(ConservedProcessesTest, KeepsWhatAMacChargesToNobody) {
+TEST_F(ConservedProcessesTest, KeepsTheUsageThatAMacChargesToNobody) {
   kernel.beAMac();
   const auto shell = kernel.spawn(1, "/bin/sh");
   const auto job = kernel.spawn(shell, "/bin/job");
@@ -269,7 +269,7 @@ TEST_F(ConservedProcessesTest, TakesAChildThatWasReapedDuringThePassForEnded) {
   const auto job = kernel.spawn(shell, "/bin/job");
   kernel.work(job, 5, 50);
   pass();
-  // The list still has the job, and its counters are read; then the shell reaps it and is read.
+  // The list still has the job, and the job is read. Then the shell reaps the job and is read.
   struct LateReaper : ProcessTable {
     LateReaper(SimulatedKernel& simulated, std::int32_t reaped) : kernel(simulated), job(reaped) {}
     ProcessSnapshot snapshot() override {
@@ -292,7 +292,7 @@ TEST_F(ConservedProcessesTest, TakesAChildThatWasReapedDuringThePassForEnded) {
   LateReaper late(kernel, 0);
   ConservedProcesses conserved({late, clock, accounts, 1000});
   conserved.snapshot();
-  // From here the shell's counters have the job, which is still listed.
+  // From here on the counters of the shell include the job, which is still listed.
   kernel.processes[shell].reaped += 5;
   kernel.processes[shell].disk += 50;
   late.job = job;
@@ -327,21 +327,21 @@ TEST_F(ConservedProcessesTest, DropsTimeThatNoProcessorCouldHaveGivenSinceTheLas
   EXPECT_EQ(usage.userTime, 5u);
 }
 
-TEST_F(ConservedProcessesTest, ListsAnAccountBehindTheProcessesUnderANumberThatNoneHas) {
+TEST_F(ConservedProcessesTest, ListsAnAccountBehindTheProcessesUnderANumberOfItsOwn) {
   const auto job = kernel.spawn(1, "/bin/job");
   kernel.work(job, 5);
   pass();
   const auto account = accounts.accountOf(job);
   ASSERT_TRUE(account);
   EXPECT_GE(*account, AccountBook::kFirstIdentifier);
-  EXPECT_EQ(listed, (std::vector<std::int32_t>{1, job})) << "nothing is counted there yet";
+  EXPECT_EQ(listed, (std::vector<std::int32_t>{1, job})) << "nothing is in the account yet";
   kernel.endAndReap(job);
   pass();
   EXPECT_EQ(listed, (std::vector<std::int32_t>{1, *account}));
-  EXPECT_EQ(accounts.accountOf(job), account) << "still known for a while";
+  EXPECT_EQ(accounts.accountOf(job), account) << "the directory knows it for a while";
 }
 
-TEST_F(ConservedProcessesTest, ListsAnAccountThatOthersCountUnder) {
+TEST_F(ConservedProcessesTest, ListsAnAccountThatAnotherMeasurementUses) {
   const auto job = kernel.spawn(1, "/bin/job");
   pass();
   const auto account = accounts.accountOf(job);
@@ -351,7 +351,7 @@ TEST_F(ConservedProcessesTest, ListsAnAccountThatOthersCountUnder) {
   EXPECT_EQ(listed, (std::vector<std::int32_t>{1, job, *account}));
 }
 
-TEST_F(ConservedProcessesTest, AProcessThatTakesAnotherNameTakesAnotherAccount) {
+TEST_F(ConservedProcessesTest, AProcessThatTakesAnotherNameGetsAnotherAccount) {
   const auto job = kernel.spawn(1, "/bin/sh");
   pass();
   const auto former = accounts.accountOf(job);
@@ -363,7 +363,7 @@ TEST_F(ConservedProcessesTest, AProcessThatTakesAnotherNameTakesAnotherAccount) 
   EXPECT_EQ(accounts.accountOf(job), accounts.accountOf(other)) << "one account per name";
 }
 
-TEST_F(ConservedProcessesTest, ListsAnAccountThatOthersCountUnderForAPassLonger) {
+TEST_F(ConservedProcessesTest, ListsAnAccountThatAnotherMeasurementUsesForOnePassMore) {
   const auto job = kernel.spawn(1, "/bin/job");
   pass();
   const auto account = accounts.accountOf(job);
@@ -374,12 +374,12 @@ TEST_F(ConservedProcessesTest, ListsAnAccountThatOthersCountUnderForAPassLonger)
   EXPECT_EQ(listed, (std::vector<std::int32_t>{1, *account}));
   pass();
   EXPECT_EQ(listed, (std::vector<std::int32_t>{1, *account}))
-      << "what was measured then is told now";
+      << "the monitor reads the measurement one pass later";
   pass();
   EXPECT_EQ(listed, std::vector<std::int32_t>{1});
 }
 
-TEST_F(ConservedProcessesTest, ListsTheAccountOfAnEndedNameNoLongerThanItGrows) {
+TEST_F(ConservedProcessesTest, DropsTheAccountOfAnEndedNameWhenItDoesNotGrowAnyMore) {
   const auto job = kernel.spawn(1, "/bin/job");
   const auto other = kernel.spawn(1, "/bin/job");
   kernel.work(job, 3, 30);
@@ -397,7 +397,7 @@ TEST_F(ConservedProcessesTest, ListsTheAccountOfAnEndedNameNoLongerThanItGrows) 
   EXPECT_EQ(total, (Usage{7, 70})) << "nothing is lost";
 }
 
-TEST_F(ConservedProcessesTest, ANameThatAProcessGaveUpByAnExecHasEnded) {
+TEST_F(ConservedProcessesTest, ANameThatItsOnlyProcessGaveUpByAnExecHasEnded) {
   const auto job = kernel.spawn(1, "/bin/sh");
   kernel.work(job, 3, 30);
   pass();
@@ -423,7 +423,7 @@ TEST_F(ConservedProcessesTest, OfManyNamesOnlyTheLastHasAnAccount) {
   EXPECT_EQ(counted["job399"], (Usage{3, 30}));
 }
 
-TEST_F(ConservedProcessesTest, KeepsWhatAnApplicationsProcessHadUsedUnderTheApplication) {
+TEST_F(ConservedProcessesTest, KeepsWhatAnEndedHelperHadUsedUnderItsApplication) {
   const auto helper = kernel.spawn(1, "/opt/editor/helper");
   const auto properties = std::make_shared<int>(0);
   kernel.applications.push_back(
@@ -444,7 +444,7 @@ TEST_F(ConservedProcessesTest, KeepsWhatAnApplicationsProcessHadUsedUnderTheAppl
   EXPECT_EQ(usage.diskBytesRead, 60u);
 }
 
-TEST_F(ConservedProcessesTest, CountsNothingTwiceOfAChildThatWaitsLongToBeReaped) {
+TEST_F(ConservedProcessesTest, CountsNothingTwiceOfAChildThatIsReapedLongAfterItsEnd) {
   kernel.hidesZombies = true;
   const auto shell = kernel.spawn(1, "/bin/sh");
   const auto job = kernel.spawn(shell, "/bin/job");
@@ -485,7 +485,7 @@ TEST_F(ConservedProcessesTest, CountsNothingTwiceWhenAChainEndsWhileItIsRead) {
   const auto shell = kernel.spawn(make, "/bin/sh");
   kernel.endAndReap(first);
   const auto compiler = kernel.spawn(shell, "/bin/cc1");
-  ASSERT_LT(compiler, make) << "so that it is read first";
+  ASSERT_LT(compiler, make) << "so it is read first";
   kernel.work(compiler, 50, 5);
   pass();
   kernel.beforeReading = [&](std::int32_t pid) {
@@ -499,12 +499,12 @@ TEST_F(ConservedProcessesTest, CountsNothingTwiceWhenAChainEndsWhileItIsRead) {
   EXPECT_EQ(total.disk, 5u);
 }
 
-TEST_F(ConservedProcessesTest, KeepsWhatAProcessReapedInThePassInWhichItEnds) {
+TEST_F(ConservedProcessesTest, KeepsWhatAProcessReapedOnThePassInWhichItEnds) {
   const auto first = kernel.spawn(1, "/bin/first");
   const auto make = kernel.spawn(1, "/bin/make");
   kernel.endAndReap(first);
   const auto shell = kernel.spawn(make, "/bin/sh");
-  ASSERT_LT(shell, make) << "so that it is read first";
+  ASSERT_LT(shell, make) << "so it is read first";
   pass();
   const auto compiler = kernel.spawn(shell, "/bin/cc1");
   kernel.work(compiler, 30, 3);
@@ -518,7 +518,7 @@ TEST_F(ConservedProcessesTest, KeepsWhatAProcessReapedInThePassInWhichItEnds) {
   EXPECT_EQ(total.disk, 3u);
 }
 
-TEST_F(ConservedProcessesTest, ACounterThatGoesBackwardsIsNotCountedAgain) {
+TEST_F(ConservedProcessesTest, CountsNothingTwiceOfACounterThatGoesBackwards) {
   const auto job = kernel.spawn(1, "/bin/job");
   kernel.work(job, 50, 50);
   pass();
@@ -529,7 +529,7 @@ TEST_F(ConservedProcessesTest, ACounterThatGoesBackwardsIsNotCountedAgain) {
   EXPECT_EQ(counted["job"].time, 52u);
 }
 
-TEST_F(ConservedProcessesTest, LeavesAProcesssOwnBytesWithItWhereThoseOfChildrenAreApart) {
+TEST_F(ConservedProcessesTest, AProcessKeepsItsOwnBytesIfThoseOfChildrenAreNotAddedToThem) {
   kernel.addsReapedDisk = false;
   const auto archiver = kernel.spawn(1, "/bin/archiver");
   const auto helper = kernel.spawn(archiver, "/bin/helper");

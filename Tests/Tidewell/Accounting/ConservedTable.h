@@ -16,7 +16,7 @@
 
 namespace tidewell {
 
-/// A conserved table over a simulated kernel, and what it counts.
+/// A conserved table over a simulated kernel, and what the table counts.
 class ConservedTable : public testing::Test {
  protected:
   /// The number of the process that counts.
@@ -24,13 +24,13 @@ class ConservedTable : public testing::Test {
     std::int32_t pid;
   };
 
-  /// Without a number, so many that no growth is beyond what they could give.
+  /// By default there are so many processors that they could have given any time.
   explicit ConservedTable(unsigned processors = 1'000'000)
       : table({kernel, clock, accounts, processors}) {}
   explicit ConservedTable(ProcessItself self)
       : table({kernel, clock, accounts, 1'000'000, self.pid}) {}
 
-  /// One pass.
+  /// Makes one pass.
   void pass() {
     clock.advance(std::chrono::seconds(2));
     const ProcessSnapshot snapshot = table.snapshot();
@@ -55,7 +55,7 @@ class ConservedTable : public testing::Test {
     }
   }
 
-  /// Of all that the last pass had, ascending.
+  /// The names that the last pass had, ascending.
   [[nodiscard]] std::vector<std::string> names() const {
     std::vector<std::string> present;
     for (const auto& [name, usage] : counted) {
@@ -68,11 +68,11 @@ class ConservedTable : public testing::Test {
   FakeClock clock;
   AccountDirectory accounts;
   ConservedProcesses table;
-  std::vector<std::int32_t> listed;      ///< On the last pass.
-  std::map<std::string, Usage> counted;  ///< By name, on the last pass that had the name.
-  std::set<std::string> ended;           ///< The names that the last pass had no more.
-  Usage usedByEnded;                     ///< What all names had when a pass first missed them.
-  Usage total;                           ///< Of everything on the last pass, and of those names.
+  std::vector<std::int32_t> listed;      ///< What the last pass listed.
+  std::map<std::string, Usage> counted;  ///< By name: what the last pass with this name had.
+  std::set<std::string> ended;           ///< The names that the last pass did not have any more.
+  Usage usedByEnded;                     ///< What all names had when they ended.
+  Usage total;                           ///< What the last pass had, and `usedByEnded`.
 };
 
 }  // namespace tidewell

@@ -1,4 +1,4 @@
-// Processes that end, or whose number goes over to others, in the very pass that reads them.
+// Processes end, or lose their number to others, during the pass that reads them.
 
 #include <gtest/gtest.h>
 
@@ -14,7 +14,7 @@ namespace {
 
 class EndsDuringAPassTest : public ConservedTable {
  protected:
-  /// Takes the lowest numbers, as many as `count`, until `giveBack`.
+  /// Keeps the `count` lowest free numbers from other processes until `giveBack`.
   void occupy(int count) {
     for (int number = 0; number < count; ++number)
       occupied_.push_back(kernel.spawn(1, "/bin/placeholder"));
@@ -38,7 +38,7 @@ class EndsDuringAPassTest : public ConservedTable {
   std::vector<std::int32_t> occupied_;
 };
 
-TEST_F(EndsDuringAPassTest, CountsAGrandchildOnceThatEndsAfterItWasReadAsItsParentDoes) {
+TEST_F(EndsDuringAPassTest, CountsAGrandchildOnceIfItAndItsParentEndAfterTheyWereRead) {
   occupy(2);
   const auto make = kernel.spawn(1, "/bin/make");
   giveBack();
@@ -53,10 +53,10 @@ TEST_F(EndsDuringAPassTest, CountsAGrandchildOnceThatEndsAfterItWasReadAsItsPare
   EXPECT_EQ(counted["cc1"], (Usage{50, 5}));
   EXPECT_EQ(listed.front(), 1);
   EXPECT_EQ(std::ranges::count(listed, compiler) + std::ranges::count(listed, shell), 0)
-      << "what has ended is not listed";
+      << "ended processes are not listed";
 }
 
-TEST_F(EndsDuringAPassTest, CountsNewOnesOnceThatEndWithAnOlderOneOfAHigherNumber) {
+TEST_F(EndsDuringAPassTest, CountsNewProcessesOnceThatEndWithAnOlderOneOfAHigherNumber) {
   occupy(2);
   const auto job = kernel.spawn(1, "/bin/job");
   const auto make = kernel.spawn(1, "/bin/make");
@@ -66,7 +66,7 @@ TEST_F(EndsDuringAPassTest, CountsNewOnesOnceThatEndWithAnOlderOneOfAHigherNumbe
   pass();
   const auto shell = kernel.spawn(make, "/bin/sh");
   const auto tool = kernel.spawn(shell, "/bin/tool");
-  ASSERT_LT(tool, job) << "so that the numbers of the ended are in another order than their ages";
+  ASSERT_LT(tool, job) << "so the older process has the higher number";
   kernel.work(shell, 1, 10);
   kernel.work(tool, 7, 70);
   endBeforeReading(make, {tool, shell, job});
@@ -76,7 +76,7 @@ TEST_F(EndsDuringAPassTest, CountsNewOnesOnceThatEndWithAnOlderOneOfAHigherNumbe
   EXPECT_EQ(counted["make"], Usage());
 }
 
-TEST_F(EndsDuringAPassTest, FindsTheReaperAmongNewOnesAndOlderOnesOfHigherNumbers) {
+TEST_F(EndsDuringAPassTest, FindsTheReaperAmongNewProcessesAndOlderOnesOfHigherNumbers) {
   occupy(2);
   const auto job = kernel.spawn(1, "/bin/job");
   const auto make = kernel.spawn(1, "/bin/make");
@@ -99,7 +99,7 @@ TEST_F(EndsDuringAPassTest, FindsTheReaperAmongNewOnesAndOlderOnesOfHigherNumber
   EXPECT_EQ(counted["make"], Usage());
 }
 
-TEST_F(EndsDuringAPassTest, CountsAChildOnceThatItsReaperWasReadWithBeforeItEndedItself) {
+TEST_F(EndsDuringAPassTest, CountsAChildOnceIfItsReaperEndsAfterItWasRead) {
   occupy(2);
   const auto make = kernel.spawn(1, "/bin/make");
   giveBack();
@@ -118,11 +118,11 @@ TEST_F(EndsDuringAPassTest, CountsAChildOnceThatItsReaperWasReadWithBeforeItEnde
   EXPECT_EQ(counted["sh"], Usage());
 }
 
-// A process that had reaped on the pass before.
+// A process reaps on one pass and ends on the next.
 
 class EndsAfterReaping : public EndsDuringAPassTest, public testing::WithParamInterface<bool> {};
 
-TEST_P(EndsAfterReaping, ItsLastChildIsFoundWithWhoReapedThemBoth) {
+TEST_P(EndsAfterReaping, ItsLastChildIsInTheChargeOfTheProcessThatReapedBoth) {
   const bool isNumberGivenOutAgain = GetParam();
   const auto make = kernel.spawn(1, "/bin/make");
   const auto shell = kernel.spawn(make, "/bin/sh");
@@ -146,7 +146,7 @@ TEST_P(EndsAfterReaping, ItsLastChildIsFoundWithWhoReapedThemBoth) {
 
 INSTANTIATE_TEST_SUITE_P(WithAndWithoutItsNumber, EndsAfterReaping, testing::Bool());
 
-TEST_F(EndsDuringAPassTest, CountsAWorkerOnceThatEndsWithSixtyThreeShellsAboveIt) {
+TEST_F(EndsDuringAPassTest, CountsAWorkerOnceIfTheSixtyThreeShellsAboveItEndToo) {
   const auto make = kernel.spawn(1, "/bin/make");
   std::vector<std::int32_t> chain;
   for (auto parent = make; chain.size() < 63; parent = chain.back())

@@ -1,4 +1,4 @@
-// Processes that may not be read among those that may: another user's, a `sudo`'s.
+// Some processes may not be read, because they belong to another user: `sudo`, for example.
 
 #include <gtest/gtest.h>
 
@@ -21,7 +21,7 @@ class HiddenProcessesTest : public ConservedTable {
 
 // A hidden process gets the number of a process that ended.
 
-TEST_F(HiddenProcessesTest, AProcessWhoseNumberAHiddenOneHasNowHasEnded) {
+TEST_F(HiddenProcessesTest, AProcessHasEndedIfAHiddenOneHasItsNumber) {
   const auto shell = kernel.spawn(1, "/bin/sh");
   const auto job = kernel.spawn(shell, "/bin/job");
   kernel.work(job, 5, 50);
@@ -31,11 +31,11 @@ TEST_F(HiddenProcessesTest, AProcessWhoseNumberAHiddenOneHasNowHasEnded) {
   ASSERT_EQ(spawnHidden(1, "/sbin/daemon"), job);
   pass();
   EXPECT_EQ(counted["job"], (Usage{5, 50}));
-  EXPECT_EQ(counted["sh"], Usage()) << "it is not charged for what was seen";
+  EXPECT_EQ(counted["sh"], Usage()) << "the shell is not credited with what was seen";
   EXPECT_EQ(listed, (std::vector<std::int32_t>{1, shell, job, account.value()}));
 }
 
-TEST_F(HiddenProcessesTest, AHiddenOneOfTheSameParentIsKnownByItsStart) {
+TEST_F(HiddenProcessesTest, AHiddenProcessOfTheSameParentIsKnownByItsStart) {
   const auto shell = kernel.spawn(1, "/bin/sh");
   const auto job = kernel.spawn(shell, "/bin/job");
   kernel.work(job, 5);
@@ -49,7 +49,7 @@ TEST_F(HiddenProcessesTest, AHiddenOneOfTheSameParentIsKnownByItsStart) {
 
 class BecomesHidden : public HiddenProcessesTest, public testing::WithParamInterface<bool> {};
 
-TEST_P(BecomesHidden, AProcessThatMayNoLongerBeReadIsTheSame) {
+TEST_P(BecomesHidden, IsStillTheSameProcess) {
   kernel.tellsStart = GetParam();
   const auto shell = kernel.spawn(1, "/bin/sh");
   const auto job = kernel.spawn(shell, "/bin/job");
@@ -63,7 +63,7 @@ TEST_P(BecomesHidden, AProcessThatMayNoLongerBeReadIsTheSame) {
   pass();
   EXPECT_EQ(counted["job"].time, 5u);
   ASSERT_TRUE(accounts.accountOf(job));
-  EXPECT_EQ(listed, (std::vector<std::int32_t>{1, job})) << "its account is not needed yet";
+  EXPECT_EQ(listed, (std::vector<std::int32_t>{1, job})) << "its account is still empty";
 }
 
 INSTANTIATE_TEST_SUITE_P(WithAndWithoutStart, BecomesHidden, testing::Bool());
@@ -99,10 +99,10 @@ TEST_F(HiddenProcessesTest, CountsAWorkerOnceWhoseHiddenParentEndsLongAfterIt) {
   pass();
   pass();
   EXPECT_EQ(counted["worker"], (Usage{50, 500}));
-  EXPECT_EQ(counted["sh"], (Usage{3, 30})) << "what the hidden one used itself, unseen";
+  EXPECT_EQ(counted["sh"], (Usage{3, 30})) << "the hidden process used this itself, unseen";
 }
 
-TEST_F(HiddenProcessesTest, CountsWorkersOnceThroughSeveralHiddenOnes) {
+TEST_F(HiddenProcessesTest, CountsWorkersOnceBelowSeveralHiddenProcesses) {
   const auto shell = kernel.spawn(1, "/bin/sh");
   const auto sudo = spawnHidden(shell, "/usr/bin/sudo");
   const auto monitor = spawnHidden(sudo, "/usr/bin/sudo");
@@ -124,7 +124,7 @@ TEST_F(HiddenProcessesTest, CountsWorkersOnceThroughSeveralHiddenOnes) {
   EXPECT_EQ(counted["sh"], Usage());
 }
 
-TEST_F(HiddenProcessesTest, CountsAWorkerOnceThatAHiddenOneHasInherited) {
+TEST_F(HiddenProcessesTest, CountsAWorkerOnceThatAHiddenProcessHasInherited) {
   const auto shell = kernel.spawn(1, "/bin/sh");
   const auto keeper = spawnHidden(shell, "/usr/bin/keeper");
   const auto starter = kernel.spawn(shell, "/bin/starter");
@@ -142,7 +142,7 @@ TEST_F(HiddenProcessesTest, CountsAWorkerOnceThatAHiddenOneHasInherited) {
   EXPECT_EQ(counted["sh"], Usage());
 }
 
-TEST_F(HiddenProcessesTest, CreditsTheLastStretchOfAHiddenOnesChildToTheChild) {
+TEST_F(HiddenProcessesTest, CreditsTheChildOfAHiddenProcessWithItsLastStretch) {
   const auto shell = kernel.spawn(1, "/bin/sh");
   const auto sudo = spawnHidden(shell, "/usr/bin/sudo");
   const auto worker = kernel.spawn(sudo, "/bin/worker");
@@ -156,7 +156,7 @@ TEST_F(HiddenProcessesTest, CreditsTheLastStretchOfAHiddenOnesChildToTheChild) {
   EXPECT_EQ(counted["sh"].time, 0u);
 }
 
-TEST_F(HiddenProcessesTest, CountsOnceWhatAHiddenOneReapedThatIsReadLater) {
+TEST_F(HiddenProcessesTest, CountsAChildOnceIfItsHiddenReaperCanBeReadLater) {
   const auto shell = kernel.spawn(1, "/bin/sh");
   const auto server = spawnHidden(shell, "/usr/bin/server");
   const auto worker = kernel.spawn(server, "/bin/worker");
@@ -165,7 +165,7 @@ TEST_F(HiddenProcessesTest, CountsOnceWhatAHiddenOneReapedThatIsReadLater) {
   kernel.work(server, 3, 30);
   kernel.endAndReap(worker);
   pass();
-  // It has become the user's.
+  // The server may be read now.
   kernel.processes.at(server).hidden = false;
   pass();
   EXPECT_EQ(counted["worker"], (Usage{50, 500}));
@@ -178,7 +178,7 @@ TEST_F(HiddenProcessesTest, CountsOnceWhatAHiddenOneReapedThatIsReadLater) {
   EXPECT_EQ(total, (Usage{55, 550}));
 }
 
-TEST_F(HiddenProcessesTest, AHiddenParentIsListedOnceAndHasNothing) {
+TEST_F(HiddenProcessesTest, AHiddenParentIsListedOnceAndCannotBeRead) {
   const auto sudo = spawnHidden(1, "/usr/bin/sudo");
   const auto worker = kernel.spawn(sudo, "/bin/worker");
   pass();

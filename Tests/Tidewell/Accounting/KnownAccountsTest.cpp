@@ -1,4 +1,4 @@
-// Under which account a process is known, and for how long.
+// Tells under which account a process is counted, and for how long this is known.
 
 #include <gtest/gtest.h>
 
@@ -17,7 +17,7 @@ namespace {
 
 using KnownAccountsTest = ConservedTable;
 
-TEST_F(KnownAccountsTest, ForgetsUnderWhichAccountAProcessWentThatEndedLongAgo) {
+TEST_F(KnownAccountsTest, ForgetsTheAccountOfAProcessThatEndedLongAgo) {
   kernel.givesNumbersAgain = false;
   const auto job = kernel.spawn(1, "/bin/job");
   pass();
@@ -35,7 +35,26 @@ TEST_F(KnownAccountsTest, ForgetsUnderWhichAccountAProcessWentThatEndedLongAgo) 
   EXPECT_TRUE(accounts.accountOf(others.front()));
 }
 
-TEST_F(KnownAccountsTest, AProcessThatLosesItsOnlyNameIsSeenByNobody) {
+TEST_F(KnownAccountsTest, NeverForgetsALivingProcessThatGotItsNumberOnTheSamePass) {
+  const auto job = kernel.spawn(1, "/bin/job");
+  pass();
+  kernel.endAndReap(job);
+  ASSERT_EQ(kernel.spawn(1, "/bin/daemon"), job);
+  pass();
+  kernel.givesNumbersAgain = false;
+  kernel.latest = 100;
+  std::vector<std::int32_t> others;
+  for (std::size_t number = 0; number <= AccountDirectory::kMostEnded; ++number)
+    others.push_back(kernel.spawn(1, "/bin/other"));
+  pass();
+  for (const std::int32_t other : others)
+    kernel.endAndReap(other);
+  pass();
+  ASSERT_FALSE(accounts.accountOf(others.front())) << "enough have ended";
+  EXPECT_TRUE(accounts.accountOf(job));
+}
+
+TEST_F(KnownAccountsTest, AProcessThatLosesItsOnlyNameIsNotCountedAnyMore) {
   const auto job = kernel.spawn(1, "");
   const auto properties = std::make_shared<int>(0);
   kernel.applications.push_back(
@@ -50,7 +69,7 @@ TEST_F(KnownAccountsTest, AProcessThatLosesItsOnlyNameIsSeenByNobody) {
   EXPECT_FALSE(table.resourceUsage(job, usage));
   pass();
   EXPECT_FALSE(table.resourceUsage(job, usage));
-  EXPECT_EQ(total, (Usage{5, 50})) << "what it had under that name stays";
+  EXPECT_EQ(total, (Usage{5, 50})) << "what was counted under that name stays";
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// The program itself among the processes, and the tools that it runs: their work is nobody's.
+// The program is one of the processes itself. The work of the tools that it runs is not counted.
 
 #include <gtest/gtest.h>
 
@@ -15,7 +15,7 @@ class OwnToolsTest : public ConservedTable {
  protected:
   OwnToolsTest() : ConservedTable(ProcessItself{2}) {}
 
-  /// The first process after that of the system.
+  /// Call this before any other process is spawned: the program must get the number 2.
   std::int32_t startProgram() { return kernel.spawn(1, "/bin/program"); }
 };
 
@@ -44,7 +44,7 @@ TEST_F(OwnToolsTest, AToolThatWasSeenLeavesNothingWhenItEnds) {
   EXPECT_EQ(total, Usage());
 }
 
-TEST_F(OwnToolsTest, AToolThatCameAndWentUnseenIsNoWorkOfTheProgram) {
+TEST_F(OwnToolsTest, AToolThatWasNeverSeenIsNoWorkOfTheProgram) {
   const auto program = startProgram();
   pass();
   for (int run = 0; run < 5; ++run) {
@@ -56,7 +56,7 @@ TEST_F(OwnToolsTest, AToolThatCameAndWentUnseenIsNoWorkOfTheProgram) {
   EXPECT_EQ(total, Usage());
 }
 
-TEST_F(OwnToolsTest, WhatAToolStartsIsLeftOutAsTheToolIs) {
+TEST_F(OwnToolsTest, AChildOfAToolIsNotListedEither) {
   const auto program = startProgram();
   pass();
   const auto tool = kernel.spawn(program, "/bin/tool");
@@ -71,7 +71,7 @@ TEST_F(OwnToolsTest, WhatAToolStartsIsLeftOutAsTheToolIs) {
   EXPECT_EQ(total, Usage());
 }
 
-TEST_F(OwnToolsTest, WhoeverInheritsWhatAToolStartedIsNotChargedForWhatWasSeenOfIt) {
+TEST_F(OwnToolsTest, TheHeirOfAToolsChildIsNotCreditedWithWhatWasSeenOfTheChild) {
   const auto program = startProgram();
   pass();
   const auto tool = kernel.spawn(program, "/bin/tool");
@@ -97,7 +97,7 @@ TEST_F(OwnToolsTest, TheTimeOfTheProgramItselfCounts) {
   EXPECT_EQ(counted["program"].time, 3U);
 }
 
-// A shell that starts a job and then becomes the program is the parent of that job.
+// A shell may start a job and then become the program by an exec. So the program has a child.
 TEST_F(OwnToolsTest, AChildThatIsOlderThanTheFirstPassIsNoTool) {
   const auto program = startProgram();
   const auto job = kernel.spawn(program, "/bin/job");
@@ -115,7 +115,7 @@ class OwnToolsOfTheFirstProcess : public ConservedTable {
   OwnToolsOfTheFirstProcess() : ConservedTable(ProcessItself{1}) {}
 };
 
-// In a container the program may be the first process, to which all orphans fall.
+// In a container the program may be the first process, which inherits all orphans.
 TEST_F(OwnToolsOfTheFirstProcess, AnOrphanIsNoTool) {
   const auto shell = kernel.spawn(1, "/bin/sh");
   pass();

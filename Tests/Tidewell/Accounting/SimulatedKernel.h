@@ -14,19 +14,20 @@
 
 namespace tidewell {
 
-/// A kernel of the test's own: processes are born, work, replace their program, end, are reaped or
-/// inherited, exactly as a kernel charges for it. One unit of time is a second. It has the habits
-/// of Linux; `beAMac` gives it those of macOS, and some habits of neither can be switched on for
-/// tests of the worst case.
+/// A kernel for tests. Its processes are born, work, replace their program, end, and are reaped or
+/// inherited, and it charges for this as a real kernel does. One unit of time is a second. It has
+/// the habits of Linux, and `beAMac` gives it those of macOS. For tests of the worst case it can
+/// have habits that neither of the two has.
 class SimulatedKernel : public ProcessTable {
  public:
-  /// A process that waits to be reaped is listed and its usage can be read, as on Linux. But only
-  /// time goes to who reaps, the start of what cannot be read is not told, numbers are not given
-  /// out again until all others were, and:
-  /// * a child of one that ignores its end is charged to it, twice: when it ends, and when the
-  ///   kernel reaps it in its place right then;
-  /// * what waits to be reaped when its parent ends is reaped then, and charged to nobody: what the
-  ///   parent's own reaper will be charged was settled before.
+  /// As on Linux, a process that waits to be reaped is listed and can be read. The differences:
+  /// * The reaper is charged with the time of a process, but not with its bytes.
+  /// * The start of a process that cannot be read is not told.
+  /// * A number is not given out again until all others were.
+  /// * A process that ignores the end of its children is charged twice for each of them: when the
+  ///   child ends, and when the kernel reaps the child right then.
+  /// * A process that waits to be reaped when its parent ends is charged to nobody. The kernel has
+  ///   settled before what the reaper of the parent will be charged.
   void beAMac() {
     addsReapedDisk = false;
     tellsStart = false;
@@ -41,12 +42,12 @@ class SimulatedKernel : public ProcessTable {
     std::uint64_t start = 0;
     std::uint64_t own = 0;
     std::uint64_t reaped = 0;
-    std::uint64_t disk = 0;  ///< With that of its reaped children.
+    std::uint64_t disk = 0;  ///< Includes the bytes of reaped children.
     std::string path;
     std::uint32_t version = 1;
     bool zombie = false;
     bool reapsNobody = false;  ///< Its children vanish by themselves when they end.
-    bool hidden = false;       ///< Its counters may not be read: another user's.
+    bool hidden = false;       ///< Its counters may not be read, because it is another user's.
   };
 
   SimulatedKernel() { processes[1] = {.path = "/sbin/init"}; }
@@ -55,7 +56,7 @@ class SimulatedKernel : public ProcessTable {
     std::int32_t pid = 2;
     if (givesNumbersAgain) {
       while (processes.contains(pid))
-        ++pid;  // At once.
+        ++pid;
     } else {
       pid = ++latest;
     }
@@ -142,19 +143,19 @@ class SimulatedKernel : public ProcessTable {
   std::vector<std::shared_ptr<const RunningApplication>> applications;
   std::int32_t latest = 1;
   std::uint64_t clock = 0;
-  std::uint64_t charged = 0;  ///< All time that any process ever used.
+  std::uint64_t charged = 0;  ///< All time that processes have ever used.
   std::uint64_t chargedDisk = 0;
-  std::function<void(std::int32_t pid)> beforeReading;  ///< What happens during a pass.
+  std::function<void(std::int32_t pid)> beforeReading;  ///< Lets things happen during a pass.
   std::int32_t unreadable = 0;
-  bool tellsStart = true;         ///< Also of what cannot be read.
-  bool givesNumbersAgain = true;  ///< Without it, not until all others were.
-  bool hasSubreapers = true;      ///< Other processes than the first may inherit.
-  bool hidesZombies = false;      ///< Neither listed nor read is what waits to be reaped.
-  bool addsReapedDisk = true;     ///< To the bytes of who reaps.
+  bool tellsStart = true;         ///< Tells also the start of processes that cannot be read.
+  bool givesNumbersAgain = true;  ///< Gives the lowest free number, or else a new one.
+  bool hasSubreapers = true;      ///< Any process may inherit, not only the first.
+  bool hidesZombies = false;      ///< Neither lists nor reads what waits to be reaped.
+  bool addsReapedDisk = true;     ///< Adds the bytes of reaped children to their reaper's.
   bool chargesUnreapedTwice = false;
   bool dropsTheUnreapedOfTheDead = false;
-  std::uint64_t dropped = 0;        ///< The time that these had.
-  std::uint64_t handedOnTwice = 0;  ///< What went up too much with such ones as were charged twice.
+  std::uint64_t dropped = 0;        ///< The time of processes that were charged to nobody.
+  std::uint64_t handedOnTwice = 0;  ///< What was charged twice and then handed on.
 
  private:
   void dropUnreapedOf(std::int32_t parent) {

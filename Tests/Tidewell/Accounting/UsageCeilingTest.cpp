@@ -1,4 +1,4 @@
-// What is told all at once is cut to what can have been used since the last pass.
+// Usage that is told all at once is cut to what can have been used since the last pass.
 
 #include <gtest/gtest.h>
 
@@ -9,8 +9,8 @@
 namespace tidewell {
 namespace {
 
-/// In two seconds, with the margin of a quarter: 2 processors give 5 s, the fastest drive carries
-/// 40 GB.
+/// In two seconds, and with the margin of a quarter, two processors can give 5 s, and the fastest
+/// drive can carry 40 GB.
 constexpr std::uint64_t kMostTime = 5;
 constexpr std::uint64_t kMostBytes = 40'000'000'000;
 constexpr std::uint64_t kDayOldBytes = 900'000'000'000;
@@ -46,7 +46,7 @@ TEST_P(UsageCeilingTest, ASeenChildThatIsReapedAfterDaysIsNoJump) {
   EXPECT_EQ(counted["sh"], Usage());
 }
 
-TEST_P(UsageCeilingTest, OneThatIsReadForTheFirstTimeIsCutToWhatItCanHaveUsed) {
+TEST_P(UsageCeilingTest, AFirstReadingIsCutToWhatTheProcessCanHaveUsed) {
   const auto job = kernel.spawn(1, "/bin/job");
   kernel.processes.at(job).hidden = true;
   kernel.work(job, 80'000, kDayOldBytes);
@@ -59,7 +59,7 @@ TEST_P(UsageCeilingTest, OneThatIsReadForTheFirstTimeIsCutToWhatItCanHaveUsed) {
   EXPECT_EQ(counted["job"], (Usage{kMostTime + 1, kMostBytes + 10}));
 }
 
-TEST_P(UsageCeilingTest, WhatAProcessIsSeenToUseItselfIsNotCut) {
+TEST_P(UsageCeilingTest, TheUsageThatAProcessIsSeenToAddIsNotCut) {
   const auto job = kernel.spawn(1, "/bin/job");
   pass();
   kernel.work(job, 100, kDayOldBytes);
@@ -67,7 +67,7 @@ TEST_P(UsageCeilingTest, WhatAProcessIsSeenToUseItselfIsNotCut) {
   EXPECT_EQ(counted["job"], (Usage{100, kDayOldBytes}));
 }
 
-TEST_P(UsageCeilingTest, ALongerIntervalHasRoomForMore) {
+TEST_P(UsageCeilingTest, MoreCanHaveBeenUsedInALongerInterval) {
   const auto job = kernel.spawn(1, "/bin/job");
   kernel.processes.at(job).hidden = true;
   kernel.work(job, 80'000, kDayOldBytes);
