@@ -7,19 +7,19 @@
 
 namespace staylit::campaign {
 
-/// How much a campaign does: the whole, or as much as fits into a quarter of a minute.
+/// How much a campaign does: everything, or as much as fits into a quarter of a minute.
 struct Effort {
   bool quick = false;
 };
 
-/// What a campaign found. No findings means that everything held that must hold.
+/// What a campaign found. Without findings, everything held that must hold.
 struct Outcome {
   std::int64_t runs = 0;
-  /// A sentence each. What is needed to repeat a finding (a seed, a moment) stands in it.
+  /// One sentence for each finding, with what is needed to repeat it (a seed, a moment).
   std::vector<std::string> findings;
-  /// The figures that a reader wants to see, in a few words.
+  /// The measured figures, in a few words.
   std::string measured;
-  /// Why nothing was tried, where this machine does not allow it; empty otherwise.
+  /// Why this machine does not allow the campaign; empty when it does.
   std::string notPossible;
 };
 
@@ -29,7 +29,7 @@ inline Outcome notPossible(std::string why) {
   return outcome;
 }
 
-/// Something that is done to the program again and again, and what must hold meanwhile.
+/// Something that is done to the program again and again, with a rule that must hold meanwhile.
 struct Campaign {
   std::string_view name;
   std::string_view whatIsDone;

@@ -33,7 +33,7 @@ std::span<const Campaign> campaigns() {
        "the locks unchanged, the program answers, memory +1 MB at most", forgedMessages},
       {"several-staylits", "two or three of different sessions on one system bus, and one work",
        "all let go after the work", severalStaylits},
-      {"clock-steps", "the program's clock on the wall is set, in each state that it can be in",
+      {"clock-steps", "the program's wall clock is set, in each state that it can be in",
        "working stays held, quiet is released within the grace period and 4 s", clockSteps},
       {"virtual-time",
        "random machines live for 10,000 h awake: work, pauses, sleeps, late ticks, batteries, "

@@ -19,7 +19,7 @@ Outcome hostileNames(Effort effort);
 Outcome damagedMessages(Effort effort);
 Outcome forgedMessages(Effort effort);
 Outcome severalStaylits(Effort effort);
-/// `name`: which of its parts.
+/// `name` is the name of what is restarted, as `Restarts::parts` has it.
 Outcome restarts(Effort effort, std::string_view name);
 Outcome stopsOfStaylit(Effort effort);
 Outcome stopsOfLogind(Effort effort);

@@ -20,8 +20,7 @@ using Steady = std::chrono::steady_clock;
 constexpr std::string_view kWorking = "Aider is working";
 constexpr std::string_view kWaiting = "waiting for work to resume";
 
-/// A machine with one program on it, whose clock on the wall is set by so many seconds, once in
-/// each state.
+/// A machine with one program on it, whose wall clock is set by `step` seconds, once in each state.
 class SteppedMachine : OwnMachine {
  public:
   SteppedMachine(std::int64_t step, Outcome& outcome) : step_(step), outcome_(outcome) {
@@ -50,7 +49,7 @@ class SteppedMachine : OwnMachine {
     const auto began = Steady::now();
     std::this_thread::sleep_for(3s);
     step();
-    // Two looks find the work, and it must last for 5 s after the second.
+    // Two ticks find the work, and the work must last for 5 s after the second one.
     while (Steady::now() - began < 5s) {
       if (holdReason() == kWorking && Steady::now() - began < 5s) {
         return fail("not yet sustained", "it held too early");
@@ -91,7 +90,7 @@ class SteppedMachine : OwnMachine {
   void step() {
     ++outcome_.runs;
     offset_ += step_;
-    // In place: the program has mapped it.
+    // The file is written in place, because the program has mapped it.
     std::fstream file(folder.path() / "clock", std::ios::binary | std::ios::in | std::ios::out);
     file.write(reinterpret_cast<const char*>(&offset_), sizeof offset_);
   }
@@ -119,7 +118,7 @@ class SteppedMachine : OwnMachine {
   ChildProgram worker_;
 };
 
-/// Whether the clock of a program can be set here at all.
+/// Whether a program's wall clock can be set on this machine.
 bool canBeStepped() {
   const std::string set = std::string(
                               "f=$(mktemp) && printf '\\001\\000\\000\\000\\001\\000\\000\\000' "

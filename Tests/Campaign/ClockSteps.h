@@ -4,7 +4,7 @@
 
 namespace staylit::campaign {
 
-/// The clock on the wall of the real program is set, by seconds and by years, in each state that it
+/// Sets the wall clock of the real program, by seconds and by years, in each state that the program
 /// can be in.
 Outcome clockSteps(Effort effort);
 

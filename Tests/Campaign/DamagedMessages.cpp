@@ -1,7 +1,6 @@
-// Damaged bus messages: whatever others may send, to the menu, the item and the application, in
-// answer to the lists of inhibitors, and as properties. Random values of the right types, and of
-// any others, go over a real bus. What the sanitizers say is a finding when this is built with
-// them.
+// Sends damaged messages over a real bus: calls to the menu, the item and the application, answers
+// for the lists of inhibitors, and properties. Their values are random, and have the right types or
+// any others. In a build with the sanitizers, what the sanitizers say is a finding too.
 
 #include <atomic>
 #include <cstdint>
@@ -65,7 +64,8 @@ constexpr Method kApplicationMethods[] = {
     {"/com/staylit/app", kApplication, "Open", "asa{sv}"},
     {"/com/staylit/app", kApplication, "ActivateAction", "sava{sv}"}};
 
-/// Calls `methods` from a connection and a thread of its own, and waits for each hundred.
+/// Calls `methods` from a connection and a thread of its own, and waits for an answer after each
+/// hundred calls.
 class Caller {
  public:
   Caller(const std::string& address, std::string destination, std::vector<Method> methods,
@@ -131,7 +131,7 @@ class Caller {
   std::thread thread_;
 };
 
-/// Adds to `outcome` what came of `count` calls of `methods`.
+/// Calls `methods` `count` times and adds the result to `outcome`.
 void callAll(PrivateBuses& buses, const std::vector<Method>& methods, std::int64_t count,
              const std::string& what, Outcome& outcome) {
   const char* name = nullptr;
@@ -168,7 +168,7 @@ void callApplication(PrivateBuses& buses, std::int64_t count, Outcome& outcome) 
 
 // Answers.
 
-/// Answers every call with something, of the type that is asked for or of any other.
+/// Answers every call with random values, of the right type or of any other.
 class RandomService {
  public:
   RandomService(const std::string& address, std::vector<std::string> names)
@@ -209,7 +209,7 @@ class RandomService {
   BusService service_;
 };
 
-/// What of `text` is no clean text of a bounded length.
+/// Adds a finding when `text` is not clean, or too long.
 void checkText(const std::string& text, const std::string& what, Outcome& outcome) {
   const std::string harm = text.size() > 5000 ? "more than anybody reads" : harmIn(text);
   if (!harm.empty() && outcome.findings.size() < 20) {
@@ -227,7 +227,7 @@ void readLists(PrivateBuses& buses, std::int64_t count, Outcome& outcome) {
   const auto named = std::make_shared<platform::NamedHolders>();
   platform::InhibitorList list(buses.systemBus, buses.sessionBus, named);
   std::int64_t before = -1;
-  // Where nothing is asked any more, there is nothing to wait for.
+  // The loop ends when the lists are not asked for any more.
   for (int idle = 0; answered() < count && idle < 1000;) {
     if (const auto holders = list.assertionsByProcess()) {
       for (const auto& [pid, assertions] : *holders) {
@@ -249,7 +249,8 @@ void readProperties(PrivateBuses& buses, std::int64_t count, Outcome& outcome) {
   RandomService service(buses.systemDaemon.address(), {"org.freedesktop.UPower"});
   Random random(13);
   std::int64_t signals = 0;
-  // Each round asks once and hears of fifty changes; the last bound is for a service that is gone.
+  // Each round asks once and gets fifty signals. The last condition ends the loop when the service
+  // is gone.
   for (std::int64_t round = 0; service.answered() + signals < count && round < count; ++round) {
     platform::RemoteProperties properties(buses.systemBus, "org.freedesktop.UPower",
                                           "/org/freedesktop/UPower", "org.freedesktop.UPower",
@@ -285,7 +286,7 @@ Outcome damagedMessages(Effort effort) {
   buses.sessionBus.connect();
   callMenu(buses, count, outcome);
   callApplication(buses, count, outcome);
-  // Each of the lists is read in turn.
+  // There are four lists, which are read in turn.
   readLists(buses, 4 * count, outcome);
   readProperties(buses, count, outcome);
   outcome.measured = std::to_string(count) + " of each kind";

@@ -1,5 +1,5 @@
-// Silent, stopped and refusing displays: the real program is asked for a window on each, and must
-// go on as if nobody had asked.
+// Asks the real program for a window on silent, stopped and refusing displays. The program must go
+// on as if nobody had asked.
 
 #include <fcntl.h>
 #include <sys/wait.h>
@@ -30,7 +30,7 @@ using platform::testing::ChildProgram;
 using platform::testing::ScopedEnvironment;
 using testing::OwnMachine;
 
-/// An X server of its own, with a screen that nobody sees, under a number that nobody uses.
+/// An X server with a screen that nobody sees, under a number that nobody uses.
 class XServer {
  public:
   XServer() {
@@ -45,8 +45,8 @@ class XServer {
           return ::fcntl(writing.get(), F_SETFD, 0) == 0 && platform::testing::silence();
         });
     writing.reset();
-    // The server writes its number once it is ready, and the end of the line with a second call. It
-    // ends itself if nobody reads that one.
+    // The server writes its number when it is ready, and then the end of the line with a second
+    // call. It ends if nobody reads that second part.
     std::string line;
     char next = 0;
     while (::read(reading.get(), &next, 1) == 1 && next != '\n')
@@ -56,7 +56,7 @@ class XServer {
   ~XServer() {
     server_.kill();
     if (number_.empty()) return;
-    // It had no time to tidy up.
+    // The server was killed and could not remove these files.
     ::unlink(("/tmp/.X11-unix/X" + number_).c_str());
     ::unlink(("/tmp/.X" + number_ + "-lock").c_str());
   }
@@ -72,7 +72,7 @@ class XServer {
   ChildProgram server_;
 };
 
-/// One after the other, each with a program of its own, on one machine.
+/// Tries one display after the other on one machine, each with a program of its own.
 class Displays {
  public:
   explicit Displays(OwnMachine& machine) : machine_(machine) {}
@@ -82,24 +82,24 @@ class Displays {
 
   void trySilent() {
     platform::testing::SilentDisplay display;
-    askedForAWindow("a silent display", display.name(),
-                    [&display](pid_t) { return display.wasAsked(); });
+    askForAWindow("a silent display", display.name(),
+                  [&display](pid_t) { return display.wasAsked(); });
   }
 
   void tryStopped() {
     const XServer server;
     if (!server.isThere()) return find("No X server could be started.");
     server.freeze();
-    askedForAWindow("a stopped display", server.name(), hasChild);
+    askForAWindow("a stopped display", server.name(), hasChild);
   }
 
   void tryRefusing() {
-    askedForAWindow("a refusing display", ":4999", [this](pid_t) {
+    askForAWindow("a refusing display", ":4999", [this](pid_t) {
       return machine_.output("err").find("the display cannot be used") != std::string::npos;
     });
   }
 
-  /// One that answers until there is a window.
+  /// Tries a display that answers until there is a window.
   void tryStoppedLater() {
     const XServer server;
     const ScopedEnvironment x("DISPLAY", server.name());
@@ -113,13 +113,13 @@ class Displays {
       return find("On a display that answers there was no window. " + machine_.output("err"));
     }
     server.freeze();
-    // Something new to draw, and then to be asked of the display.
+    // The second window gives the program something new to ask of the display.
     OwnMachine::wait(machine_.start({"--choose-apps"}));
     const auto begin = Clock::now();
     ::kill(staylit.pid(), SIGTERM);
     if (!hasEnded(staylit, 45s)) return find("A display that stopped later held up the end.");
     slowestEnd = std::max(slowestEnd, Clock::now() - begin);
-    // The login service learns of the end a moment later.
+    // The login service notices the end a moment later.
     const bool isReleased =
         OwnMachine::eventually([this] { return machine_.holdReason().empty(); }, 5s);
     if (!isReleased) find("A hold outlived the program by 5 s.");
@@ -127,8 +127,8 @@ class Displays {
   Clock::duration slowestEnd{};
 
  private:
-  void askedForAWindow(const std::string& what, const std::string& display,
-                       const std::function<bool(pid_t)>& wasTried) {
+  void askForAWindow(const std::string& what, const std::string& display,
+                     const std::function<bool(pid_t)>& wasTried) {
     const ScopedEnvironment x("DISPLAY", display);
     const ScopedEnvironment wayland("WAYLAND_DISPLAY", std::nullopt);
     const ChildProgram staylit = start();
@@ -150,8 +150,8 @@ class Displays {
     if (OwnMachine::wait(staylit) != 0) find("On " + what + " it did not end in order.");
   }
 
-  /// When the login service has forgotten the hold of the program before, which may have been
-  /// killed: a hold that is seen from then on is this program's.
+  /// Starts the program once the login service has forgotten the hold of the program before, which
+  /// may have been killed. Then every hold that is seen is this program's.
   ChildProgram start() {
     OwnMachine::eventually([this] { return machine_.holdReason().empty(); }, 20s);
     return machine_.start();
@@ -159,13 +159,13 @@ class Displays {
   bool holds() {
     return OwnMachine::eventually([this] { return !machine_.holdReason().empty(); }, 30s);
   }
-  /// Whether a process of the program's own tries the display.
+  /// Whether the program has started a process that tries the display.
   static bool hasChild(pid_t pid) {
     const std::string number = std::to_string(pid);
     std::ifstream children("/proc/" + number + "/task/" + number + "/children");
     return !std::string(std::istreambuf_iterator<char>(children), {}).empty();
   }
-  /// Whether the windows' module and what speaks with X are in that process.
+  /// Whether that process has loaded the library that speaks with X.
   static bool hasWindows(pid_t pid) {
     std::ifstream maps("/proc/" + std::to_string(pid) + "/maps");
     for (std::string line; std::getline(maps, line);) {

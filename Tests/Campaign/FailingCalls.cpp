@@ -61,7 +61,7 @@ class FailingCalls : testing::OwnMachine {
   static constexpr std::array kQuickCalls = {1, 2, 5};
   static constexpr auto kQuickTime = 16s;
 
-  /// How many of each kind the programs came to.
+  /// How many calls of each kind the programs came to.
   [[nodiscard]] std::string reachedOfEach() const {
     std::string text;
     for (const auto& [call, count] : reached_)
@@ -69,12 +69,14 @@ class FailingCalls : testing::OwnMachine {
     return text;
   }
 
-  /// Nothing may work: no threshold is ever reached, and nobody else is believed.
+  /// With these settings nothing counts as work: no threshold is ever reached, and requests of
+  /// other programs do not count.
   static constexpr const char* kText =
       "# mine\ncpuThresholdPercent = 1e9\ndiskThresholdKBps = 1e9\nnetThresholdKBps = 1e9\n"
       "honorAppAssertions = false\nignoredApps = ['a'] # one\n";
 
-  /// The report writes a setting, and the program itself reads them, holds and shows its item.
+  /// Lets the call fail in the report, which writes a setting, and in the program, which reads the
+  /// settings, holds and shows its item.
   void tryOne(const FailingCall& failure, int number, Effort effort) {
     what_ = std::string(failure.call) + " number " + std::to_string(number);
     const testing::ScopedEnvironment call("STAYLIT_FAILING_CALL", failure.call);
@@ -92,7 +94,8 @@ class FailingCalls : testing::OwnMachine {
 
   [[nodiscard]] std::string markFile() const { return folder.path() / "mark"; }
 
-  /// `signal` is what ends it when it is terminated; 0 when it ends by itself, in order.
+  /// Runs the program for `time` and terminates it. `signal` is what must end it then; 0 when it
+  /// must end in order.
   void letRun(const std::vector<std::string>& arguments, std::chrono::milliseconds time,
               int signal) {
     writeSettings(kText);
@@ -111,7 +114,8 @@ class FailingCalls : testing::OwnMachine {
     checkSettings();
   }
 
-  /// For each a process is started that tries the display, of which there is none.
+  /// Asks for windows on a display that does not exist. For each, the program starts a process that
+  /// tries the display.
   void askForWindows() {
     if (windowsAskedFor_ > 0) eventually([this] { return !holdReason().empty(); }, 20s);
     const testing::ScopedEnvironment display("DISPLAY", ":4999");

@@ -47,7 +47,7 @@ constexpr long kMostGrowthKB = 1024;
 
 enum class Where { systemBus, sessionBus };
 
-/// One message that somebody else sends to the program.
+/// A kind of message that somebody else sends to the program.
 struct Kind {
   const char* name;
   Where where;
@@ -120,7 +120,7 @@ std::vector<Kind> kinds() {
   };
 }
 
-/// Memory of a process that is in use.
+/// How much memory the process uses.
 long memoryKBOf(pid_t pid) {
   std::ifstream file("/proc/" + std::to_string(pid) + "/status");
   const std::string label = "VmRSS:";
@@ -139,7 +139,7 @@ const Kind kLarge{
 
 class ForgedMessages {
  public:
-  /// Why there can be none here.
+  /// Prepares the machine. Returns why that is not possible; absent on success.
   std::optional<std::string> begin() {
     if (const auto obstacle = testing::OwnMachine::obstacle()) return obstacle;
     if (const auto obstacle = Stranger::obstacle()) return obstacle;
@@ -183,7 +183,7 @@ class ForgedMessages {
     return isHeld;
   }
 
-  /// What the program is called on a bus.
+  /// The unique name of the program on the bus at `address`; empty when it is not there.
   std::string nameOn(const std::string& address) const {
     sd_bus* bus = Stranger::connect(address);
     char** names = nullptr;
@@ -220,7 +220,7 @@ class ForgedMessages {
     outcome_.runs += count;
   }
 
-  /// All kinds of the system bus in turn, as fast as it takes them.
+  /// Sends all kinds for the system bus in turn, as fast as the bus takes them.
   void sendAtFullRate(std::chrono::seconds length) {
     std::array<int, 2> ends{};
     if (::pipe2(ends.data(), O_CLOEXEC) < 0) return;
@@ -240,15 +240,15 @@ class ForgedMessages {
       return ::write(writing.get(), &sent, sizeof sent) == sizeof sent;
     });
     std::int64_t sent = 0;
-    // The stranger may have ended without a word.
+    // The stranger may have ended without telling its number of messages.
     ::fcntl(reading.get(), F_SETFL, O_NONBLOCK);
     if (::read(reading.get(), &sent, sizeof sent) != sizeof sent) return;
     outcome_.runs += sent;
     outcome_.measured = std::to_string(sent / length.count()) + " messages a second at full rate";
   }
 
-  /// Looks at the locks as long as the stranger sends, and once more when the program has handled
-  /// all of it.
+  /// Compares the locks as long as the stranger sends, and once more when the program has handled
+  /// all messages.
   void watch(const std::string& kind, Where where, const std::string& to,
              const std::function<bool(sd_bus*)>& act) {
     const std::string address = addressOf(where);
@@ -267,7 +267,8 @@ class ForgedMessages {
     if (isChanged) outcome_.findings.push_back(kind + ": the locks changed");
   }
 
-  /// Whether the program comes to answer, if only by a refusal; then it has handled all before.
+  /// Whether the program answers, even if only with a refusal. Then it has handled all messages
+  /// before.
   static bool answers(const std::string& address, const std::string& to) {
     sd_bus* bus = Stranger::connect(address);
     sd_bus_error error{};

@@ -1,7 +1,7 @@
-// Hostile names through every sink.
+// Leads hostile names through every sink.
 //
-// The names enter by the real adapters, the engine and all that shows them are the real ones, and
-// the desktop's side is a host on a private bus.
+// The names enter by the real adapters. The engine is the real one, and so is all that shows the
+// names. The desktop is a host on a private bus.
 
 #include <algorithm>
 #include <chrono>
@@ -45,7 +45,7 @@ constexpr std::size_t kNamesPerRound = 50;
 
 constexpr const char* kAgent = "org.kde.Solid.PowerManagement.PolicyAgent";
 
-/// Lists one hostile holder, another one each time.
+/// Lists one hostile holder, and another one each time.
 void answerAgent(sd_bus_message* call) {
   static Random random(17);
   const std::string who = hostileText(random);
@@ -53,7 +53,7 @@ void answerAgent(sd_bus_message* call) {
   sd_bus_reply_method_return(call, "a(ss)", 1, who.c_str(), why.c_str());
 }
 
-/// Fifty hostile names, from the adapters to the sinks.
+/// Leads fifty hostile names from the adapters to the sinks.
 class Round {
  public:
   Round(PrivateBuses& buses, FakeLogind& logind, Random& random)
@@ -70,7 +70,7 @@ class Round {
   }
 
  private:
-  /// A process whose name comes by one of the ways in.
+  /// Adds a process whose name enters in one of four ways.
   void enter(std::size_t number) {
     const auto pid = static_cast<std::int32_t>(1000 + number);
     const std::string raw = hostileName(random_);
@@ -99,7 +99,7 @@ class Round {
     workers_.push_back(pid);
   }
 
-  /// Applications whose files have hostile names and say hostile things.
+  /// Adds applications whose files have hostile names and hostile contents.
   void addDesktopFiles() {
     const std::filesystem::path folder = folder_.path() / "applications";
     std::filesystem::create_directories(folder);
@@ -123,7 +123,7 @@ class Round {
     }
   }
 
-  /// Holders that the services list by names of their own.
+  /// Adds the holders that the services list, whose names and reasons are hostile.
   void addHolders() {
     logind_.list({{"idle", hostileText(random_), hostileText(random_), "block", 1000, 3000}});
     const auto named = std::make_shared<platform::NamedHolders>();

@@ -23,7 +23,7 @@ constexpr auto kMostUntilForgotten = 100ms;
 class Kills {
  public:
   Outcome run(Effort effort) {
-    // So short that holding, waiting and letting go all happen.
+    // The times are so short that holding, waiting and releasing all happen.
     machine_.writeSettings("graceSeconds = 30\nsustainSeconds = 1\ncpuThresholdPercent = 1e9\n");
     for (int count = effort.quick ? 20 : 500; count > 0; --count)
       whileItStarts(count % 2 == 0 ? 200ms : 20ms);
@@ -45,7 +45,7 @@ class Kills {
     const double share = std::uniform_real_distribution<>(0, 1)(random_);
     return microseconds(static_cast<std::int64_t>(static_cast<double>(longest.count()) * share));
   }
-  /// One that cannot be asked for counts as there.
+  /// Counts one lock when logind does not answer.
   std::size_t locksOf(pid_t pid) { return machine_.locksOf(pid).value_or(1); }
   bool isHeld() { return !machine_.holdReason().empty(); }
 
@@ -69,7 +69,7 @@ class Kills {
   void whileItRenames() {
     ChildProgram staylit = machine_.start();
     if (!testing::OwnMachine::eventually([this] { return isHeld(); }, 20s)) return noHold();
-    // Another program's lock is a reason of another name on one of the next ticks.
+    // Another program's lock gives the hold another reason on one of the next ticks.
     const platform::Descriptor other = machine_.inhibit("idle", "somebody", "the campaign");
     const std::size_t before = locksOf(staylit.pid());
     const std::string reason = machine_.holdReason();
@@ -91,7 +91,7 @@ class Kills {
     withLocks_ += machine_.locksOf(pid).value_or(0) > 0 ? 1 : 0;
     staylit.kill();
     const auto killed = Steady::now();
-    // What logind answers to the third question after the limit it has thought about since.
+    // An answer of logind may be older than the limit, but not the third one after it.
     int lateAnswers = 0;
     while (locksOf(pid) > 0 && lateAnswers < 3) {
       if (Steady::now() - killed > kMostUntilForgotten) ++lateAnswers;

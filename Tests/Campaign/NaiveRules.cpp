@@ -12,7 +12,7 @@ struct NaiveEntry {
   std::optional<double> floor;
 };
 
-/// Of the catalogue, as much as occurs here; by lower-case identifier.
+/// The part of the catalogue that occurs here, by lower-case identifier.
 const std::map<std::string, NaiveEntry>& naiveBundles() {
   static const std::map<std::string, NaiveEntry> entries = {
       {"com.apple.dt.xcode", {"Xcode", "Development", 8.0}},
@@ -77,7 +77,7 @@ std::optional<std::string> blockedReason(const NaiveSight& sight) {
 
 }  // namespace
 
-/// The processes that count, in the order in which they are listed.
+/// The rows that count: the processes in the order in which they are listed, then the accounts.
 std::vector<NaiveProcess> NaiveRules::rowsOf(const NaiveSight& sight) {
   if (!countsWhole_) return sight.processes;
   std::vector<NaiveProcess> rows = sight.processes;
@@ -176,7 +176,8 @@ void NaiveRules::look(const NaiveSight& sight, const std::vector<std::string>& o
   asserting = sight.settings.honorAppAssertions.value_or(true) ? assertingNames(sight)
                                                                : std::vector<std::string>();
   std::erase_if(asserting, [&](const std::string& name) { return ignored.contains(name); });
-  // First those that the program has as well, in its order, then what it lacks.
+  // The applications that the program lists too come first, in its order, and then those that it
+  // lacks.
   lastBusy_.clear();
   for (const std::string& id : order) {
     if (!qualified.contains(id)) continue;

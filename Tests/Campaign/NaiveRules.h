@@ -9,7 +9,7 @@
 
 namespace staylit::campaign {
 
-/// What the settings file says; absent where the user has set nothing.
+/// The values in the settings file. A value is absent where the user has set none.
 struct NaiveSettings {
   std::optional<std::int64_t> graceSeconds;
   std::optional<std::int64_t> batteryThreshold;
@@ -40,7 +40,7 @@ struct NaiveAssertion {
   std::int64_t pid = 0;
   std::string type;
   std::optional<std::int64_t> level;
-  /// The application of that process.
+  // The application of the process.
   bool hasApplication = false;
   std::optional<std::string> bundle;
   std::optional<std::string> localizedName;
@@ -75,23 +75,23 @@ struct NaiveApp {
   double busyFor = 0;
 };
 
-/// The rules by which the program decides, once more, as plainly as they can be said: without
-/// anything of the program, and without a thought for speed. For comparing the two.
+/// A second account of the rules by which the program decides, to compare the program with. It is
+/// as plain as possible, uses nothing of the program, and need not be fast.
 class NaiveRules {
  public:
   /// With `countsWhole`, what ended processes had used counts until their application has ended.
   explicit NaiveRules(bool countsWhole) : countsWhole_(countsWhole) {}
 
-  /// `order` are the identifiers in the order in which the program lists the busy ones: those that
-  /// are equally busy may come in any.
+  /// `order` has the identifiers of the busy applications in the program's order, which decides the
+  /// order of those that are equally busy.
   void tick(const NaiveSight& sight, const std::vector<std::string>& order);
   void setPaused(bool paused, const NaiveSight& sight, const std::vector<std::string>& order);
   void systemWillSleep() { release(); }
   void systemDidWake();
 
-  // What is to be seen of it afterwards.
+  // What the rules decided, to be compared afterwards.
   std::string status = "idle";
-  std::vector<NaiveApp> busy;        ///< What the engine shows, in the order given.
+  std::vector<NaiveApp> busy;        ///< The applications that the engine shows, in its order.
   std::vector<NaiveApp> candidates;  ///< In no order.
   std::vector<std::string> asserting;
   bool isHeld = false;
@@ -112,10 +112,10 @@ class NaiveRules {
   };
   /// What ended processes of one application had used.
   struct Account {
-    NaiveProcess first;  ///< Names the application.
+    NaiveProcess first;  ///< The application's first process, which names the application.
     std::uint64_t cpu = 0;
     std::uint64_t disk = 0;
-    bool hasEnded = false;  ///< One of its processes ever did.
+    bool hasEnded = false;  ///< Whether one of its processes has ended.
   };
 
   std::vector<NaiveProcess> rowsOf(const NaiveSight& sight);

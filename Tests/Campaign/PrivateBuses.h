@@ -9,8 +9,8 @@
 
 namespace staylit::campaign {
 
-/// Two private buses, at which the environment points, and connections to them that try at once
-/// again whatever failed.
+/// Two private buses, to which the environment points, and connections to them that try again at
+/// once after a failure.
 struct PrivateBuses {
   platform::testing::PrivateBus systemDaemon;
   platform::testing::PrivateBus sessionDaemon;

@@ -10,7 +10,7 @@
 
 namespace staylit::campaign {
 
-/// Memory of process `pid` that is in use, also what it shares; 0 when there is no such process.
+/// How much memory process `pid` uses, shared memory included; 0 when there is no such process.
 inline long residentKB(pid_t pid) {
   std::ifstream file("/proc/" + std::to_string(pid) + "/status");
   const std::string label = "VmRSS:";
@@ -26,7 +26,7 @@ inline long openDescriptors(pid_t pid) {
   return error ? 0 : std::distance(begin(folder), end(folder));
 }
 
-/// The processor time of the first thread of process `pid`, in nanoseconds: there the ticks run.
+/// The processor time of the first thread of process `pid`, which runs the ticks, in nanoseconds.
 inline std::uint64_t mainThreadNanos(pid_t pid) {
   std::ifstream file("/proc/" + std::to_string(pid) + "/schedstat");
   std::uint64_t nanos = 0;

@@ -12,7 +12,7 @@
 
 namespace staylit::campaign {
 
-/// The length of the one complete type that begins `signature`; 0 where it is none.
+/// The length of the complete type at the beginning of `signature`; 0 when there is none.
 inline std::size_t completeType(std::string_view signature) {
   if (signature.empty()) return 0;
   const char first = signature[0];
@@ -30,7 +30,7 @@ inline std::size_t completeType(std::string_view signature) {
   return at + 1;
 }
 
-/// A signature that somebody might send, whatever was asked for.
+/// A signature that somebody might send instead of the right one.
 inline std::string randomSignature(Random& random) {
   static constexpr std::string_view kSignatures[] = {
       "",        "s",         "i",        "u",        "b",     "d",      "o",         "g",
@@ -41,7 +41,7 @@ inline std::string randomSignature(Random& random) {
   return std::string(kSignatures[below(random, std::size(kSignatures))]);
 }
 
-/// Texts that the readers ask for, so that not all is passed over.
+/// A text that the readers look for, so that they do not pass over everything.
 inline std::string knownText(Random& random) {
   static constexpr std::string_view kTexts[] = {"idle",
                                                 "sleep",
@@ -75,8 +75,8 @@ inline std::string randomText(Random& random) {
   return below(random, 2) == 0 ? knownText(random) : hostileText(random);
 }
 
-/// Appends random values of `signature`. What cannot be appended is left out: then the message is
-/// of another shape than its reader expects, which is what it is for.
+/// Appends random values of `signature`. A value that cannot be appended is left out. Then the
+/// message has another shape than its reader expects, which is welcome.
 inline void appendRandom(sd_bus_message* message, std::string_view signature, Random& random,
                          int depth = 0) {
   while (!signature.empty()) {

@@ -19,8 +19,8 @@ inline std::size_t below(Random& random, std::size_t end) {
   return std::uniform_int_distribution<std::size_t>(0, end - 1)(random);
 }
 
-/// A piece of what nobody wants to read: escape sequences, marks of direction, broken UTF-8,
-/// markup.
+/// A piece of text that may do harm: an escape sequence, a mark of direction, broken UTF-8, markup,
+/// and the like.
 inline std::string_view nastyPiece(Random& random) {
   static constexpr std::string_view kPieces[] = {"\x1B]0;title\x07",
                                                  "\x1B[2J",
@@ -77,7 +77,7 @@ inline std::string hostileName(Random& random) {
   return name;
 }
 
-/// The same as a bus lets it pass: valid UTF-8, without the code points that are no characters.
+/// A hostile name that a bus lets pass: valid UTF-8 without the code points that are no characters.
 inline std::string hostileText(Random& random) {
   std::string text;
   const std::string whole = hostileName(random);
@@ -91,8 +91,8 @@ inline std::string hostileText(Random& random) {
   return text;
 }
 
-/// What of `text` may harm whoever reads it, as a word; empty when nothing does. Lines are allowed
-/// where `lines` says so.
+/// Names something in `text` that may harm whoever reads it; empty when there is nothing. `lines`
+/// says whether line feeds are allowed.
 inline std::string harmIn(std::string_view text, bool lines = false) {
   while (!text.empty()) {
     const tidewell::Utf8Sequence sequence = tidewell::firstSequence(text);

@@ -38,8 +38,8 @@ struct Restartable {
   std::function<void()> start;
 };
 
-/// The real program holds, with logind and a session manager or a power service, while one of
-/// those that it talks to is restarted.
+/// Restarts one of the services that the program talks to, while the real program holds with logind
+/// and with a session manager or a power service.
 class Restarts {
  public:
   explicit Restarts(Effort effort) : effort_(effort) {}
@@ -47,7 +47,7 @@ class Restarts {
   bool begin() { return machine_.begin(); }
 
   Outcome run(std::string_view name) {
-    // The grace of a start is hold enough.
+    // The program holds during the grace period after its start.
     machine_.writeSettings("graceSeconds = 600\ncpuThresholdPercent = 1e9\n");
     for (const Restartable& part : parts()) {
       if (part.name == name) restartAgainAndAgain(part);
@@ -99,10 +99,11 @@ class Restarts {
   void restartAgainAndAgain(const Restartable& part) {
     hasManager_ = part.name != "the power service";
     startUPower();
-    // A start holds for ten minutes only.
+    // That hold lasts for ten minutes only, so the program is started several times.
     const int starts = effort_.quick ? 1 : 5;
     for (int start = 0; start < starts; ++start) {
-      // The stand-ins of the session forget no cookie of a program that was killed.
+      // The session's services are restarted because they keep the cookies of a program that was
+      // killed.
       endSessionServices();
       startSessionServices();
       waitForNoHold(part.name);
@@ -118,7 +119,7 @@ class Restarts {
 
   void restart(const Restartable& part) {
     ++outcome_.runs;
-    // At any phase of a tick.
+    // This may be any phase of a tick.
     std::this_thread::sleep_for(randomTime(effort_.quick ? 300 : 2000));
     part.stop();
     std::this_thread::sleep_for(randomTime(300));
@@ -129,13 +130,13 @@ class Restarts {
     if (!heldAgain) return;
     longest_ = std::max(longest_,
                         std::chrono::duration_cast<std::chrono::milliseconds>(*heldAgain - begin));
-    // Both leave with the session bus.
+    // After these two restarts the watcher knows no item.
     if (part.name == "the watcher" || part.name == "the session bus") {
       expectRegistration(part.name, registrations);
     }
   }
 
-  /// Of the program before, which was killed.
+  /// Waits until nobody lists a hold of the program before, which was killed.
   void waitForNoHold(const std::string& what) {
     const auto isNone = [this] { return holds() == "0 locks and 0 cookies"; };
     if (!OwnMachine::eventually(isNone, 20s)) {
@@ -143,9 +144,10 @@ class Restarts {
     }
   }
 
-  /// Since when there is one hold, and no other, for as long as the program may still be about to
-  /// replace what a service remembers. The new hold is taken before the old one is given back, so
-  /// two are right for a moment.
+  /// Waits until each list has had exactly one hold for a while, in which the program may still
+  /// replace holds that a service remembers. Returns since when; absent when that does not happen.
+  /// The program takes a new hold before it releases the old one, so two holds are right for a
+  /// moment.
   std::optional<Steady::time_point> waitForTheHold(const std::string& what,
                                                    std::chrono::seconds limit) {
     const auto end = Steady::now() + limit;
@@ -177,7 +179,8 @@ class Restarts {
     outcome_.findings.push_back(what + ": the status item was not registered again");
   }
 
-  /// The lists are read back once a minute, and what is missing on them is taken again.
+  /// Watches for a little more than a minute, because the program reads the lists back once a
+  /// minute and takes again what is missing there.
   void expectNoSecondHold(const std::string& what) {
     const auto end = Steady::now() + 70s;
     while (Steady::now() < end) {
@@ -189,7 +192,7 @@ class Restarts {
     }
   }
 
-  /// How many holds each of the two lists.
+  /// How many holds logind lists, and how many the session's service.
   std::string holds() {
     const auto listed = machine_.inhibitors();
     if (!listed) return "no answers of logind";
@@ -246,7 +249,7 @@ class Restarts {
   std::mt19937 random_{1};
   std::chrono::milliseconds longest_{0};
   std::atomic<int> registrations_ = 0;
-  /// Where there is a session manager, the power service is not asked.
+  /// Whether there is a session manager. The program then does not ask the power service.
   bool hasManager_ = true;
   std::unique_ptr<FakeSessionService> manager_;
   std::unique_ptr<FakeSessionService> power_;

@@ -32,13 +32,14 @@ using Steady = std::chrono::steady_clock;
 
 constexpr double kMostMilliseconds = 100;
 constexpr long kMostMemoryKB = 64 * 1024;
-/// As many as the ports of one listener allow, and the descriptors of one process.
+/// The ports of one listener, and the descriptors of one process, allow no more.
 constexpr int kPairsOfOneHolder = 4000;
-/// A bus has not so many connections for one user.
+/// A bus allows few connections for one user, so each of them takes many locks.
 constexpr int kLocksOfOneHolder = 64;
 
-/// A child that makes something with `make` and keeps it until it is killed; returns when that is
-/// made, with a child that has no process when it could not be.
+/// Starts a child that makes something with `make` and then calls `keep`, which never
+/// returns. Returns when the thing is made; the result has no process when it cannot be
+/// made.
 ChildProgram keeper(const std::function<bool()>& make, const std::function<void()>& keep) {
   int ready[2] = {-1, -1};
   if (::pipe2(ready, O_CLOEXEC) != 0) return {};
@@ -53,8 +54,8 @@ ChildProgram keeper(const std::function<bool()>& make, const std::function<void(
   return isMade ? std::move(child) : ChildProgram();
 }
 
-/// `count` of something, up to `most` by each child. `make` makes one; a child keeps its own by
-/// doing `keep` again and again.
+/// Starts children that make `count` things with `make`, each child up to `most`. A child keeps its
+/// things by calling `keep` again and again.
 std::vector<ChildProgram> keepers(int count, int most, const std::function<bool(int)>& make,
                                   const std::function<void()>& keep) {
   std::vector<ChildProgram> children;
@@ -74,9 +75,9 @@ std::vector<ChildProgram> keepers(int count, int most, const std::function<bool(
   return children;
 }
 
-/// Half of `sockets` connected to the other half, with a few bytes moving all the time.
+/// Connects one half of `sockets` with the other half, and moves a few bytes all the time.
 std::vector<ChildProgram> socketHolders(int sockets) {
-  // Each child makes a server of its own, since a server has but so many ports to offer.
+  // Each child makes a server of its own, because one server has too few ports.
   std::optional<platform::LoopbackServer> server;
   std::vector<platform::Descriptor> ends;
   return keepers(
@@ -93,7 +94,7 @@ std::vector<ChildProgram> socketHolders(int sockets) {
       });
 }
 
-/// Locks of logind, held by many processes.
+/// Starts processes that hold `count` locks of logind.
 std::vector<ChildProgram> lockHolders(int count) {
   struct Connection {
     platform::EventLoop loop;
@@ -112,7 +113,7 @@ std::vector<ChildProgram> lockHolders(int count) {
       [] { ::pause(); });
 }
 
-/// Processes under that many names, of which a tenth wakes ten times a second.
+/// Starts `count` processes under `names` names. A tenth of them wakes ten times a second.
 std::vector<ChildProgram> crowdOf(int count, int names, const std::filesystem::path& folder) {
   std::vector<ChildProgram> crowd;
   std::filesystem::copy_file(WORKER_PROGRAM, folder / "name");
@@ -130,7 +131,7 @@ bool haveAllBegun(const std::vector<ChildProgram>& crowd) {
   return std::ranges::all_of(crowd, [](const ChildProgram& each) { return each.pid() > 0; });
 }
 
-/// A machine with very much of one thing, and what that costs the program.
+/// A machine with very much of one thing. Measures what that costs the program.
 class Crowded {
  public:
   explicit Crowded(Effort effort, Outcome& outcome) : effort_(effort), outcome_(outcome) {}
@@ -138,7 +139,7 @@ class Crowded {
   bool begin() { return machine_.begin(); }
   OwnMachine& machine() { return machine_; }
 
-  /// The dearest tick of those that come when the program has run for a while.
+  /// Measures the dearest tick, the memory and the load, once the program has run for a while.
   void measure(const std::string& crowd) {
     machine_.writeSettings("graceSeconds = 30\n");
     const ChildProgram staylit = machine_.start();
@@ -163,10 +164,10 @@ class Crowded {
   }
 
  private:
-  /// Up.
+  /// `figure`, rounded up.
   static std::string rounded(double figure) { return std::to_string(static_cast<int>(figure) + 1); }
 
-  /// In milliseconds of the main thread. A tick is what lies between two rests.
+  /// The most processor time that the main thread used between two rests, in milliseconds.
   static double dearestTick(pid_t pid, std::chrono::milliseconds length) {
     const auto end = Steady::now() + length;
     std::uint64_t last = mainThreadNanos(pid);
@@ -211,7 +212,7 @@ class Scale {
       crowded.measure(std::to_string(count) + " sockets");
     });
     with([this](Crowded& crowded) {
-      // As many as logind grants; the program itself wants two.
+      // Logind grants no more; the program itself wants two.
       const int count = effort_.quick ? 500 : 8190;
       const auto holders = lockHolders(count);
       if (holders.empty()) outcome_.findings.emplace_back("logind gives not so many locks");
@@ -248,7 +249,8 @@ class Scale {
   Outcome outcome_;
 };
 
-/// Our own and, since they inherit it, logind's.
+/// Raises the limit of this process. The processes that it starts, logind for one, inherit the
+/// limit.
 void allowManyDescriptors() {
   rlimit limit{};
   ::getrlimit(RLIMIT_NOFILE, &limit);

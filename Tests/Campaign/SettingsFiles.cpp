@@ -28,7 +28,7 @@ namespace fs = std::filesystem;
 using platform::SettingsValues;
 using platform::TomlDefaults;
 
-/// A process that sets one key to ever higher numbers, and tells which of them it has saved.
+/// A process that sets one key to ever higher numbers, and tells each number that it has saved.
 class SettingsWriter {
  public:
   SettingsWriter(const fs::path& file, const std::string& key, std::int64_t from, std::int64_t to) {
@@ -53,7 +53,7 @@ class SettingsWriter {
 
   /// Waits for the writer to save its first number.
   void waitForOne() { receive(); }
-  /// The last number that it has saved; once it is gone.
+  /// The last number that the writer has saved. Call it once the writer has ended.
   std::int64_t lastSaved() {
     while (receive()) {
     }
@@ -85,7 +85,7 @@ class SettingsWriter {
   std::int64_t last_ = 0;
 };
 
-/// What is done to one file, round after round.
+/// Does something to one settings file in each round.
 class SettingsFileRounds {
  public:
   SettingsFileRounds() { std::ofstream(file()) << kText; }
@@ -162,7 +162,7 @@ class SettingsFileRounds {
     if (number("hand", round) != round) find(round, "an edit " + how + " was lost");
   }
 
-  /// Edits as a person does, in one of three ways, and tells in which.
+  /// Edits the file as a person does, in one of two ways, and returns a description of the way.
   std::string edit(std::int64_t round) {
     std::string text = read();
     const std::size_t begin = text.find("hand = ");
@@ -178,7 +178,7 @@ class SettingsFileRounds {
     return "within the file";
   }
 
-  /// Also looks whether everything else is as it was.
+  /// The number under `key` in the file. Also checks that everything else is as it was.
   std::int64_t number(const std::string& key, std::int64_t round) {
     const std::string text = read();
     const SettingsValues settings = platform::parseSettings(text);

@@ -40,7 +40,7 @@ class SeveralStaylits {
  private:
   void runOnce(std::size_t count) {
     ++outcome_.runs;
-    // Each in a session of its own, as those of several users.
+    // Each program is in a session of its own, as if several users ran them.
     const ScopedEnvironment session("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent/session");
     ChildProgram worker = machine_.workAs("aider", {"cpu"});
     std::vector<ChildProgram> staylits;
@@ -74,7 +74,7 @@ class SeveralStaylits {
     return all;
   }
 
-  /// For as long as each needs to have looked at the others' holds.
+  /// Watches until each program has seen the holds of the others.
   void staysSo(std::size_t count) {
     const std::vector<std::string> wanted(count, kAllWait);
     const auto differs = [&] { return machine_.holdReasons() != wanted; };

@@ -51,7 +51,7 @@ class Soak {
     const auto end = Steady::now() + length_;
     for (std::int32_t newest = 0; Steady::now() < end;) {
       const std::int32_t before = std::exchange(newest, proc.newestPid().value_or(0));
-      // The numbers start again from the beginning now and then.
+      // Now and then the numbers of processes begin again from the lowest.
       if (before > 0 && newest > before) started_ += newest - before;
       memoryKB_.push_back(residentKB(pid));
       descriptors_.push_back(openDescriptors(pid));
@@ -60,7 +60,8 @@ class Soak {
     }
   }
 
-  /// What goes up and down is no growth: all of the last quarter must be above all of the first.
+  /// How far all values of the last quarter lie above all of the first. Values that go up and down
+  /// do not grow.
   static long growth(const std::vector<long>& values) {
     const auto quarter = static_cast<std::ptrdiff_t>(values.size() / 4);
     const long before = *std::max_element(values.begin(), values.begin() + quarter);

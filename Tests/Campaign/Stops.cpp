@@ -26,11 +26,11 @@ using Steady = std::chrono::steady_clock;
 
 enum class Stopped { staylit, logind, systemBus, sessionBus };
 
-/// Two ticks, each with its tolerance, and what one call may take.
+/// The length of two ticks with their tolerance, and of one call.
 constexpr auto kTwoTicks = 6s;
 
-/// Stops one of those that Staylit needs, or Staylit itself, for a while, lets something change
-/// meanwhile, and sees after how long everything is as it should be.
+/// Stops Staylit, or something that it needs, for a while. Changes something meanwhile, and
+/// measures how long it takes afterwards until everything is right.
 class Stops {
  public:
   explicit Stops(Effort effort) : effort_(effort) {}
@@ -61,7 +61,7 @@ class Stops {
     }
   }
 
-  /// Between 1 s and 300 s, the short ones more often.
+  /// Between 1 s and 300 s; short times are more frequent.
   std::chrono::milliseconds randomTime() {
     if (effort_.quick) return 1500ms;
     const double power = std::uniform_real_distribution<>(0, std::log(300.0))(random_);
@@ -69,14 +69,14 @@ class Stops {
   }
 
   ChildProgram startHolding() {
-    // The one before has been killed, and logind may not know yet.
+    // The program before has been killed, and logind may not have noticed yet.
     expect("before the start", 20s, [this] { return countOfLocks() == 0; });
     ChildProgram staylit = machine_.start();
     expect("at the start", 20s, [this] { return countOfLocks() == 1; });
     return staylit;
   }
 
-  /// Another program asks to stay awake, or no longer does, while Staylit cannot see it.
+  /// While Staylit is stopped, another program begins or ceases to ask for staying awake.
   void stopStaylit(int number) {
     const ChildProgram staylit = startHolding();
     std::optional<ChildProgram> other;
@@ -94,12 +94,12 @@ class Stops {
     std::this_thread::sleep_for(randomTime());
     ::kill(staylit.pid(), SIGCONT);
     rightSoon("Staylit was stopped", [this, begins] {
-      // The reason follows a little later: the last change may be a moment old.
+      // The reason may follow a little later than the lock, because holds are not renamed often.
       return countOfLocks() == 1 && isForWork() == begins;
     });
   }
 
-  /// Paused, or no longer, while logind cannot be asked.
+  /// While the service is stopped, Staylit is paused or resumed.
   template <class Service>
   void stopService(const std::string& name, Service& service, int number) {
     const ChildProgram staylit = startHolding();

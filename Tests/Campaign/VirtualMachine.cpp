@@ -88,7 +88,7 @@ struct VirtualMachine::Process {
   std::uint64_t cpu = 0;
   std::uint64_t disk = 0;
   std::uint64_t net = 0;
-  // What it does now.
+  // How hard it works now.
   double cpuPercent = 0;
   double diskKBps = 0;
   double netKBps = 0;
@@ -140,7 +140,7 @@ std::int64_t VirtualMachine::nextInterval() {
   constexpr std::int64_t kTick = 2 * kNanosPerSecond;
   if (happens(0.7)) return kTick;
   if (happens(0.96)) return kTick + static_cast<std::int64_t>(pick(500)) * kNanosPerMillisecond;
-  // A tick comes late, for once, or twice at a time.
+  // Now and then a tick comes late, or two ticks come at once.
   return any<std::int64_t>({1, 50 * kNanosPerMillisecond, 200 * kNanosPerMillisecond,
                             200 * kNanosPerMillisecond + 1, 201 * kNanosPerMillisecond,
                             500 * kNanosPerMillisecond, 5 * kNanosPerSecond, 30 * kNanosPerSecond,
@@ -160,7 +160,7 @@ void VirtualMachine::changeProcesses(std::int64_t nanos) {
     process.cpu += static_cast<std::uint64_t>(process.cpuPercent / 100 * seconds * 1e9 + 0.5);
     process.disk += static_cast<std::uint64_t>(process.diskKBps * 1024 * seconds + 0.5);
     process.net += static_cast<std::uint64_t>(process.netKBps * 1024 * seconds + 0.5);
-    // Rarely enough for runs that last.
+    // This is so rare that runs over a threshold last.
     if (happens(0.02)) setMode(process);
   }
   if (!processes_.empty() && happens(0.02)) {
@@ -208,14 +208,15 @@ void VirtualMachine::begin(std::int64_t nanos) {
   Process& process = processes_.emplace_back();
   process.pid = ++lastPid_;
   process.program = &kPrograms[pick(std::size(kPrograms))];
-  // It may have worked already since the last tick.
+  // The process may have begun its work before this tick.
   if (happens(0.5)) process.cpu = static_cast<std::uint64_t>(nanos) * pick(4);
   if (happens(0.2)) process.disk = static_cast<std::uint64_t>(nanos) / 1000;
   setMode(process);
   showApplications();
 }
 
-/// What it does from now on: much, little, nothing, or just about what a threshold asks for.
+/// Decides how hard the process works from now on: not at all, hardly, hard, or close to a
+/// threshold.
 void VirtualMachine::setMode(Process& process) {
   process.cpuPercent =
       happens(0.5) ? 0
@@ -295,7 +296,7 @@ void VirtualMachine::changeSettings() {
     case 8:
       return set("honorAppAssertions", settings_.honorAppAssertions, happens(0.5));
     default: {
-      // By a click, which ticks at once.
+      // This is a click, after which the engine ticks at once.
       const std::string id = any<const char*>(
           {"tool", "ffmpeg", "org.example.editor", "Tool", "pid 7", "com.example.player", "Xcode"});
       const bool watched = happens(0.6);
@@ -329,7 +330,7 @@ void VirtualMachine::changeAssertions() {
     fakes_.assertions.holders.push_back({assertion.pid, {{assertion.type, assertion.level, ""}}});
     assertions_.push_back(assertion);
   }
-  // Its own holds never count.
+  // The program's own holds never count.
   fakes_.assertions.hold(fakes_.assertions.own, "PreventUserIdleSystemSleep");
   showApplications();
 }
@@ -353,7 +354,7 @@ void VirtualMachine::sleepAndWake() {
   rules_.systemWillSleep();
   letTimePass(any<std::int64_t>({1, 60, 119, 3600, 8 * 3600}) * kNanosPerSecond);
   fakes_.sleepNotifications.tellDidWake();
-  // The timer may be first after a wake.
+  // After a wake the timer may fire before the engine hears of the wake.
   if (happens(0.2)) tickBoth();
   fakes_.mainLoop.runPosted();
   rules_.systemDidWake();

@@ -13,22 +13,22 @@
 
 namespace staylit::campaign {
 
-/// A machine on which time is invented: programs work and end, batteries drain, the machine sleeps,
-/// people pause, resume and edit. The program's own engine lives on it, and beside it the naive
-/// rules, which see the same. The same seed leads the same life.
+/// A machine with an invented time, on which programs work and end, batteries drain, the machine
+/// sleeps, and people pause, resume and edit. The program's own engine and the naive rules both see
+/// it. The same seed gives the same life.
 class VirtualMachine {
  public:
   explicit VirtualMachine(std::uint64_t seed);
   ~VirtualMachine();
 
-  /// Lets the next thing happen, which takes some time. What differs afterwards, in a sentence, or
-  /// nothing.
+  /// Lets some time pass and the next thing happen. Returns in which value the engine differs from
+  /// the rules afterwards, in a sentence; absent when they agree.
   std::optional<std::string> step();
 
-  /// What differs in what was logged.
+  /// How the two logs differ; absent when they agree.
   std::optional<std::string> compareLogs() const;
 
-  /// How long it has lived, awake.
+  /// How long the machine has been awake.
   [[nodiscard]] double hours() const { return static_cast<double>(awakeNanos_) / 3.6e12; }
   [[nodiscard]] std::int64_t ticks() const { return ticks_; }
 

@@ -12,7 +12,8 @@ namespace {
 
 constexpr double kHoursOfALife = 10;
 
-/// What differed in the life of that seed, if anything.
+/// Lets the machine with this seed live. Returns how the program differed from the rules, if it
+/// did.
 std::optional<std::string> live(std::uint64_t seed, double& hours, std::int64_t& ticks) {
   VirtualMachine machine(seed);
   std::optional<std::string> difference;

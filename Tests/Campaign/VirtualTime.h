@@ -4,8 +4,8 @@
 
 namespace staylit::campaign {
 
-/// Thousands of hours of random machines, on which the program and a second account of its rules
-/// must say and hold the same.
+/// Lets random machines live for thousands of hours. The program and a second account of its rules
+/// must decide the same on them.
 Outcome virtualTime(Effort effort);
 
 }  // namespace staylit::campaign

@@ -59,8 +59,8 @@ class Server {
 };
 
 /// Reads a counter again and again, and knows the least and the greatest rate at which it grew over
-/// about as long as a tick. How fast a worker works is up to the machine; what is reported of it
-/// must lie in between.
+/// about the length of a tick. The machine decides how fast a worker works, and the report must
+/// name a rate between the two.
 class GrowthWatch {
  public:
   explicit GrowthWatch(std::function<std::uint64_t()> counter)
@@ -116,8 +116,8 @@ class DiagnoseTest : public Machine {
     }
     return 0;
   }
-  /// Whether the row of `name` tells a rate as it was. The margin is for what two readings of one
-  /// counter lie apart.
+  /// Whether the row of `name` tells a rate that occurred. There is a margin, because two readings
+  /// of one counter lie some time apart.
   bool tells(const std::string& name, const std::string& unitName, const GrowthWatch::Rates& rates,
              double unit) {
     const double told = figure(name, unitName);
@@ -126,7 +126,8 @@ class DiagnoseTest : public Machine {
 };
 
 TEST_F(DiagnoseTest, FindsRealWorkUnderItsNameWithItsReasonAndFigures) {
-  // So low that it is found also where others leave it little of the machine.
+  // The thresholds are so low that the work is found even when others leave it little of the
+  // machine.
   writeSettings(
       "sustainSeconds = 4\ncpuThresholdPercent = 1.0\ndiskThresholdKBps = 1.0\n"
       "netThresholdKBps = 1.0\n");
@@ -136,8 +137,8 @@ TEST_F(DiagnoseTest, FindsRealWorkUnderItsNameWithItsReasonAndFigures) {
   const ChildProgram writer = workAs("writer", {"disk", file});
   const ChildProgram puller = workAs("puller", {"net", std::to_string(server.port)});
   platform::KernelCpuClock clock;
-  // Where others have the processor, a measurement may come a tick late, and its bytes with it.
-  // Then the next report is right.
+  // On a busy machine a measurement, and the bytes that it finds, may come a tick late. Then the
+  // next report is right.
   bool isRight = false;
   bool chargesWrites = true;
   for (int reports = 0; reports < 8 && !isRight; ++reports) {

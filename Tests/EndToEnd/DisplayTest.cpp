@@ -18,7 +18,7 @@ using namespace std::chrono_literals;
 using platform::testing::BusService;
 using platform::testing::SilentDisplay;
 
-/// The real program where something is wrong with what windows need.
+/// The real program on a display, or with a windows module, that it cannot use.
 class DisplayTest : public Machine {
  protected:
   void SetUp() override {
@@ -56,7 +56,7 @@ class DisplayTest : public Machine {
   std::optional<BusService> notifications_;
 };
 
-TEST_F(DisplayTest, ThatNeverAnswersStopsNothing) {
+TEST_F(DisplayTest, ASilentDisplayStopsNothing) {
   SilentDisplay display;
   const ScopedEnvironment x("DISPLAY", display.name());
   const ChildProgram staylit = start();
@@ -73,7 +73,7 @@ TEST_F(DisplayTest, ThatNeverAnswersStopsNothing) {
   EXPECT_EQ(wait(staylit), 0);
 }
 
-TEST_F(DisplayTest, ThatNeverAnswersDoesNotKeepTheProgramFromEnding) {
+TEST_F(DisplayTest, ASilentDisplayDoesNotKeepTheProgramFromEnding) {
   SilentDisplay display;
   const ScopedEnvironment x("DISPLAY", display.name());
   const ChildProgram staylit = start();
@@ -86,8 +86,8 @@ TEST_F(DisplayTest, ThatNeverAnswersDoesNotKeepTheProgramFromEnding) {
   EXPECT_EQ(holdReason(), "");
 }
 
-TEST_F(DisplayTest, IsNotTriedWithWindowsOfAnotherBuild) {
-  // As if the package was replaced while the program runs.
+TEST_F(DisplayTest, WindowsOfAnotherBuildAreNotUsed) {
+  // The module looks as if the package had been replaced while the program runs.
   const ScopedEnvironment x("DISPLAY", ":4321");
   const std::filesystem::path installed = folder.path() / "installed";
   std::filesystem::create_directory(installed);

@@ -6,7 +6,7 @@
 
 namespace staylit::testing {
 
-/// A test on a machine of its own; skipped, with the reason, where there can be none.
+/// A test on a machine of its own. It is skipped, with the reason, where there can be none.
 class Machine : public ::testing::Test, protected OwnMachine {
  protected:
   void SetUp() override {

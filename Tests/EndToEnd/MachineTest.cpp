@@ -13,19 +13,19 @@
 namespace staylit::testing {
 namespace {
 
-/// What the other tests rest on: on their machine there is nothing but them.
+/// The other tests rely on this: their machine has nothing but them.
 class MachineTest : public Machine {};
 
 TEST_F(MachineTest, HasNoProcessesButTheTestsOwn) {
   const auto pids = platform::ProcFileSystem().pids();
   ASSERT_TRUE(pids);
-  // The first process, this one, two buses and logind, which may just have a child.
+  // These are the first process, this one, two buses and logind, which may have a child just now.
   EXPECT_GE(pids->size(), 5U);
   EXPECT_LE(pids->size(), 6U);
   EXPECT_EQ(::getppid(), 1);
 }
 
-TEST_F(MachineTest, TellsTheCpuTimeOfAProcessByItsNumberThere) {
+TEST_F(MachineTest, TellsTheCpuTimeOfAProcessByItsNumberOnThisMachine) {
   const ChildProgram worker = workAs("worker", {"cpu"});
   platform::KernelCpuClock clock;
   const auto used = [&] { return clock.nanoseconds(worker.pid()).value_or(0); };
@@ -33,7 +33,7 @@ TEST_F(MachineTest, TellsTheCpuTimeOfAProcessByItsNumberThere) {
   EXPECT_TRUE(eventually([&] { return used() > before + 10'000'000; }, std::chrono::seconds(60)));
 }
 
-TEST_F(MachineTest, TellsTheNewestProcessByItsNumberThere) {
+TEST_F(MachineTest, TellsTheNewestProcessByItsNumberOnThisMachine) {
   const ChildProgram worker = workAs("worker", {"cpu"});
   const auto newest = platform::ProcFileSystem().newestPid();
   ASSERT_TRUE(newest);
@@ -50,7 +50,7 @@ TEST_F(MachineTest, HasNoNetworkButTheLoopback) {
   EXPECT_EQ(std::ranges::count(interfaces, ':'), 1) << interfaces;
 }
 
-TEST_F(MachineTest, HasNeitherBatteryNorJournalNorADesktopsUnit) {
+TEST_F(MachineTest, HasNoBatteryNoJournalAndNoUnitOfADesktop) {
   const std::filesystem::path supplies = "/sys/class/power_supply";
   EXPECT_TRUE(!std::filesystem::exists(supplies) || std::filesystem::is_empty(supplies));
   EXPECT_FALSE(std::filesystem::exists("/run/systemd/journal/socket"));

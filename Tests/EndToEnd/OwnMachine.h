@@ -35,7 +35,8 @@ using platform::testing::RealLogind;
 using platform::testing::ScopedEnvironment;
 using platform::testing::TemporaryFolder;
 
-/// A lock of logind for as long as the descriptor is open; empty when there is none to be had.
+/// Takes a lock of logind, which lasts as long as the descriptor is open. Empty when logind gives
+/// none.
 inline platform::Descriptor inhibit(platform::Bus& bus, const std::string& what,
                                     const std::string& who, const std::string& why) {
   const auto reply = bus.call({"org.freedesktop.login1", "/org/freedesktop/login1",
@@ -49,12 +50,12 @@ inline platform::Descriptor inhibit(platform::Bus& bus, const std::string& what,
   return platform::Descriptor(::fcntl(lock, F_DUPFD_CLOEXEC, 3));
 }
 
-/// A machine of its own: no processes but this program's, a system bus with the real logind, a
-/// session bus with nothing on it, and an empty settings folder. Programs that are started see no
-/// other. One at a time, in a program whose `main` uses `ProcessNamespace`.
+/// A machine of its own: it has no processes but this program's, a system bus with the real logind,
+/// a session bus with nothing on it, and an empty settings folder. Programs that are started see no
+/// other machine. Use one at a time, in a program whose `main` uses `ProcessNamespace`.
 class OwnMachine {
  public:
-  /// Why there can be none here, if there cannot.
+  /// Why there can be no such machine here; absent when there can.
   static std::optional<std::string> obstacle() {
     if (const auto obstacle = ProcessNamespace::obstacle()) return obstacle;
     if (const auto obstacle = RealLogind::obstacle()) return obstacle;
@@ -64,7 +65,7 @@ class OwnMachine {
 
   using Policy = PrivateBus::Policy;
 
-  /// Starts the buses and logind, and waits for it; false when it does not come.
+  /// Starts the buses and logind, and waits until logind answers. False when it does not.
   bool begin(Policy ofSystemBus = Policy::own, Policy ofSessionBus = Policy::own) {
     systemDaemon.emplace(ofSystemBus);
     sessionDaemon.emplace(ofSessionBus);
@@ -95,13 +96,13 @@ class OwnMachine {
     return static_cast<std::size_t>(std::ranges::count(*all, holder, &Inhibitor::pid));
   }
 
-  /// A lock of this program's own, for as long as the descriptor is open.
+  /// Takes a lock for this program, which lasts as long as the descriptor is open.
   platform::Descriptor inhibit(const std::string& what, const std::string& who,
                                const std::string& why) {
     return testing::inhibit(bus_, what, who, why);
   }
 
-  /// Why the Staylits hold the machine awake, one reason for each hold.
+  /// Why all Staylits hold the machine awake, one reason for each hold.
   std::vector<std::string> holdReasons() {
     const std::string begin = "idle|Staylit|";
     const std::string end = "|block";
@@ -113,7 +114,7 @@ class OwnMachine {
     }
     return reasons;
   }
-  /// Why Staylit holds the machine awake; empty when it does not.
+  /// Why one Staylit holds the machine awake; empty when none does.
   std::string holdReason() {
     const std::vector<std::string> reasons = holdReasons();
     return reasons.empty() ? "" : reasons.front();
@@ -131,7 +132,7 @@ class OwnMachine {
   ChildProgram start(std::vector<std::string> arguments = {}) {
     arguments.insert(arguments.begin(), STAYLIT_PROGRAM);
     return ChildProgram(arguments, [this] {
-      // Whoever runs us in the background may ignore some.
+      // A shell that runs the tests in the background may have these signals ignored.
       for (const int signal : {SIGINT, SIGHUP})
         std::signal(signal, SIG_DFL);
       const int out =

@@ -15,7 +15,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-/// Short times, and thresholds that nothing reaches but what has a CPU floor of its own.
+/// Short times, and thresholds that only an application with a CPU floor of its own can reach.
 std::string quickSettings(const std::string& ignored = "") {
   return "graceSeconds = 30\n"
          "sustainSeconds = 1\n"
@@ -25,7 +25,7 @@ std::string quickSettings(const std::string& ignored = "") {
          "ignoredApps = [" +
          ignored + "]\n";
 }
-/// A name that has such a floor, and what it is called.
+/// A name that has such a floor. The catalogue calls it "Aider".
 constexpr const char* kWorker = "aider";
 
 class ProgramTest : public Machine {};
@@ -40,7 +40,7 @@ TEST_F(ProgramTest, HoldsWhileAWorkerWorksWaitsForTheGraceAndLetsGo) {
   EXPECT_TRUE(eventually([this] { return holdReason() == "waiting for work to resume"; }, 30s))
       << holdReason();
   EXPECT_TRUE(eventually([this] { return holdReason().empty(); }, 90s)) << holdReason();
-  EXPECT_EQ(output(), "");  // Nothing on standard output, which is no terminal.
+  EXPECT_EQ(output(), "");  // Standard output is no terminal.
 }
 
 TEST_F(ProgramTest, LeavesNothingHeldWhenItIsKilled) {
@@ -62,7 +62,7 @@ TEST_P(SignalTest, EndsTheProgramInOrderAndReleasesTheHold) {
 
 INSTANTIATE_TEST_SUITE_P(Termination, SignalTest, ::testing::Values(SIGTERM, SIGINT, SIGHUP));
 
-TEST_F(ProgramTest, TakesUpASettingThatAPersonEdits) {
+TEST_F(ProgramTest, FollowsASettingThatAPersonEdits) {
   writeSettings(quickSettings());
   const ChildProgram worker = workAs(kWorker, {"cpu"});
   const ChildProgram staylit = start();
@@ -86,7 +86,7 @@ TEST_F(ProgramTest, LetsGoThoughAnotherStaylitHoldsOnTheSameMachine) {
   writeSettings(quickSettings());
   ChildProgram worker = workAs(kWorker, {"cpu"});
   const ChildProgram first = start();
-  // One of another session, as of another user or of the system.
+  // The second one belongs to another session, as if another user ran it.
   const ScopedEnvironment session("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent/session");
   const ChildProgram second = start();
   const std::vector<std::string> both{"Aider is working", "Aider is working"};

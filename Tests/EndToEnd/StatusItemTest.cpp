@@ -25,7 +25,7 @@ class StatusItemTest : public Machine {
     noWayland_.emplace("WAYLAND_DISPLAY", std::nullopt);
     watcher.emplace(sessionDaemon->address());
   }
-  /// The panel's connection to the program, once it has registered its item.
+  /// Waits until the program has registered its item, and connects a panel to it.
   void showItem() {
     ASSERT_TRUE(eventually([this] { return !watcher->items().empty(); }, 20s));
     host.emplace(loop_, watcher->items().back());
@@ -92,7 +92,7 @@ TEST_F(StatusItemTest, IsPausedByASecondStartWhichEndsAtOnce) {
   EXPECT_EQ(watcher->items().size(), 1U);
 }
 
-TEST_F(StatusItemTest, RunsOnWhenASecondStartAsksForAWindowThatCannotBe) {
+TEST_F(StatusItemTest, StaysWhenASecondStartAsksForAWindowThatCannotBeShown) {
   const ChildProgram staylit = start();
   showItem();
   ASSERT_TRUE(host);
@@ -101,7 +101,7 @@ TEST_F(StatusItemTest, RunsOnWhenASecondStartAsksForAWindowThatCannotBe) {
   EXPECT_EQ(host->itemProperty("Title"), "'Staylit'");
 }
 
-TEST_F(StatusItemTest, IsNotInTheWayOfTheDiagnosticsReport) {
+TEST_F(StatusItemTest, TheDiagnosticsReportRunsBesideIt) {
   const ChildProgram staylit = start();
   showItem();
   EXPECT_EQ(wait(start({"--diagnose", "--pause"})), 0);
@@ -109,7 +109,7 @@ TEST_F(StatusItemTest, IsNotInTheWayOfTheDiagnosticsReport) {
   EXPECT_TRUE(shows("staylit-cup-and-saucer-fill-symbolic"));
 }
 
-TEST_F(StatusItemTest, IsEndedByASecondStartThatIsToldTo) {
+TEST_F(StatusItemTest, ASecondStartWithQuitEndsTheProgram) {
   const ChildProgram staylit = start();
   showItem();
   EXPECT_EQ(wait(start({"--quit"})), 0);
@@ -127,7 +127,7 @@ TEST_F(StatusItemTest, IsLeftAloneByASecondStartInTheBackground) {
   showItem();
   ASSERT_TRUE(host);
   EXPECT_EQ(wait(start({"--background"})), 0);
-  // Obeyed after whatever the second start asked for.
+  // The program obeys this after all that the second start asked for.
   EXPECT_EQ(host->event(host->idOf("Pause"), "clicked"), "");
   EXPECT_TRUE(shows("staylit-pause-circle-symbolic"));
   EXPECT_EQ(notified, 0);
@@ -135,13 +135,13 @@ TEST_F(StatusItemTest, IsLeftAloneByASecondStartInTheBackground) {
   EXPECT_TRUE(eventually([&] { return notified == 1; }, 20s));
 }
 
-TEST_F(StatusItemTest, TellsItsVersionWithoutABus) {
+TEST_F(StatusItemTest, TheProgramTellsItsVersionWithoutABus) {
   sessionDaemon->stop();
   EXPECT_EQ(wait(start({"--version"})), 0);
   EXPECT_TRUE(output().starts_with("Staylit "));
 }
 
-TEST_F(StatusItemTest, PausesAFirstStartThatIsToldTo) {
+TEST_F(StatusItemTest, AFirstStartWithPauseBeginsPaused) {
   const ChildProgram staylit = start({"--pause"});
   showItem();
   ASSERT_TRUE(host);

@@ -9,7 +9,7 @@
 
 namespace tidewell {
 
-/// What was asked of the fakes that share it, in order: for tests of what happens before what.
+/// The calls to all fakes that share this log, in order, for tests of what happens before what.
 /// Safe from any thread.
 class CallLog {
  public:
@@ -32,7 +32,7 @@ class CallLog {
     return static_cast<std::size_t>(std::ranges::count(all(), call));
   }
 
-  /// Those calls that are among `wanted`, in their order.
+  /// The calls that are among `wanted`, in the order in which they came.
   [[nodiscard]] std::vector<std::string> only(const std::vector<std::string>& wanted) const {
     std::vector<std::string> calls = all();
     std::erase_if(calls, [&wanted](const std::string& call) {

@@ -11,7 +11,7 @@ enum class Composition {
   shipped,  ///< `ConservedProcesses`, as in the program.
 };
 
-/// Fakes, put together as the program puts its adapters together.
+/// Fakes that are put together as the program puts its adapters together.
 struct ComposedPorts : FakePorts {
   explicit ComposedPorts(Composition composition = Composition::shipped) {
     if (composition == Composition::bare) return;

@@ -6,7 +6,7 @@
 
 namespace staylit {
 
-/// A program without an event loop: what happens while it runs is up to the test.
+/// A program without an event loop. The test decides what happens while it runs.
 class FakeApplication : public Application {
  public:
   void run(ApplicationDelegate& delegate) override {

@@ -12,7 +12,7 @@
 
 namespace tidewell {
 
-/// Other processes' assertions, as the test adds them.
+/// Lists the assertions that the test adds.
 class FakeAssertionTable : public AssertionTable {
  public:
   explicit FakeAssertionTable(std::shared_ptr<CallLog> calls = std::make_shared<CallLog>())

@@ -8,7 +8,7 @@
 
 namespace tidewell {
 
-/// Time stands still until the test advances it. A sleep advances it by its length at once.
+/// A clock that stands still until the test advances it. A sleep advances it at once.
 class FakeClock : public Clock {
  public:
   Moment now() override { return now_; }
@@ -20,13 +20,13 @@ class FakeClock : public Clock {
     if (whileSleeping) whileSleeping();
   }
 
-  /// Time goes by, and the clock on the wall shows it.
+  /// Time goes by on both clocks.
   void advance(Seconds duration) {
     now_ += nanoseconds(duration);
     wallTime_ += nanoseconds(duration);
   }
 
-  /// Somebody sets the clock on the wall, forward or back.
+  /// Somebody sets the wall clock, forward or back.
   void stepWallTime(Seconds length) { wallTime_ += nanoseconds(length); }
 
   std::vector<Seconds> sleeps;  ///< Every sleep, in order.

@@ -25,7 +25,7 @@ class FakeConsole : public Console {
 
   std::string output;
   std::string error;
-  std::string both;  ///< What a terminal receives that both streams go to.
+  std::string both;  ///< What a terminal gets when both streams go to it.
   bool outputTerminal = false;
   bool errorTerminal = false;
 };

@@ -14,7 +14,7 @@
 
 namespace tidewell {
 
-/// A store in memory, with the same conversions as the real ones.
+/// A store in memory, with the same conversions as the real stores.
 class FakeDefaults : public Defaults {
  public:
   explicit FakeDefaults(std::shared_ptr<CallLog> calls = std::make_shared<CallLog>())

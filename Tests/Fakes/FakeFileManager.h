@@ -44,8 +44,8 @@ class FakeFileManager : public FileManager {
   }
 
   std::string home = "/Users/me";
-  std::map<std::string, std::string> files;  ///< The text of each, by path.
-  std::set<std::string> directories;         ///< Those that were created.
+  std::map<std::string, std::string> files;  ///< The text of each file, by its path.
+  std::set<std::string> directories;         ///< The folders that were created.
   std::optional<std::string> createFailure;
   std::optional<std::string> writeFailure;
   bool removeFails = false;

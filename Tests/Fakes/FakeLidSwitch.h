@@ -12,7 +12,8 @@
 
 namespace tidewell {
 
-/// A lid switch that only remembers. Not among the `FakePorts` until a test puts it there.
+/// A lid switch that holds nothing and remembers what was asked of it. It is among the `FakePorts`
+/// only once a test calls `useLidSwitch`.
 class FakeLidSwitch : public LidSwitch {
  public:
   explicit FakeLidSwitch(std::shared_ptr<CallLog> calls = std::make_shared<CallLog>())
@@ -46,12 +47,12 @@ class FakeLidSwitch : public LidSwitch {
     return shared;
   }
 
-  /// The user answers the prompt.
+  /// The user answers the prompt that waits.
   void answer(std::optional<Failure> failure) {
     held = !failure;
     std::exchange(asked, {})(std::move(failure));
   }
-  /// The hold is lost, or had again.
+  /// The hold is lost, or is back.
   void become(bool isHeldNow) {
     held = isHeldNow;
     for (const auto& weak : observers_) {
@@ -60,9 +61,9 @@ class FakeLidSwitch : public LidSwitch {
   }
 
   bool held = false;
-  bool triedAgain = false;    ///< Whether it goes on trying while it is not held.
-  bool takesItsTime = false;  ///< Whether a prompt waits for `answer`.
-  Answer asked;               ///< By the prompt that waits.
+  bool triedAgain = false;    ///< Whether the switch is tried again while it is not held.
+  bool takesItsTime = false;  ///< Whether a prompt waits until `answer` is called.
+  Answer asked;               ///< Waits for the user's answer; empty when there is no prompt.
   std::optional<Failure> holdFailure;
   std::optional<Failure> releaseFailure;
 

@@ -10,7 +10,7 @@
 
 namespace tidewell {
 
-/// Starts nothing; remembers whether it would.
+/// Registers nothing, and remembers whether it was asked to.
 class FakeLoginItem : public LoginItem {
  public:
   explicit FakeLoginItem(std::shared_ptr<CallLog> calls = std::make_shared<CallLog>())
@@ -27,7 +27,7 @@ class FakeLoginItem : public LoginItem {
   }
 
   bool registered = false;
-  /// What each answers where there is something to change.
+  /// What the two functions answer when there is something to change.
   std::optional<std::string> registerFailure;
   std::optional<std::string> unregisterFailure;
 

@@ -14,7 +14,7 @@ namespace tidewell {
 /// A loop that does nothing by itself: the test fires the timers and runs what was posted.
 class FakeMainLoop : public MainLoop {
  public:
-  /// A timer as it was scheduled; kept after its end.
+  /// A timer as it was scheduled. It is kept after its end.
   struct Timer {
     Seconds interval{};
     Seconds tolerance{};
@@ -42,7 +42,7 @@ class FakeMainLoop : public MainLoop {
     }
   }
 
-  /// Runs what was posted, and what that posts, in order.
+  /// Runs all posted work in order, and the work that is posted meanwhile.
   void runPosted() {
     while (!posted_.empty()) {
       const auto work = std::move(posted_.front());

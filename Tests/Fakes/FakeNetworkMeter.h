@@ -7,7 +7,7 @@
 
 namespace tidewell {
 
-/// Finds what the test says.
+/// Measures what the test sets.
 class FakeNetworkMeter : public NetworkMeter {
  public:
   NetworkMeasurement measure(Cancellation& cancellation) override {
@@ -20,7 +20,7 @@ class FakeNetworkMeter : public NetworkMeter {
 
   NetworkMeasurement next{NetworkTotals{}, ""};
   std::function<void(Cancellation&)> whileMeasuring;
-  int measurements = 0;  ///< Also those that failed.
+  int measurements = 0;  ///< Counts those that failed too.
 };
 
 }  // namespace tidewell

@@ -27,14 +27,14 @@
 
 namespace tidewell {
 
-/// A whole system made of fakes, installed for as long as it lives. What is made on its ports must
-/// go before it.
+/// A whole system made of fakes, which is installed for as long as it lives. All that is made on
+/// its ports must be destroyed before it.
 struct FakePorts {
   FakePorts() = default;
   FakePorts(const FakePorts&) = delete;
   FakePorts& operator=(const FakePorts&) = delete;
 
-  /// What the fakes were asked, across all of them.
+  /// The calls to all fakes, in order.
   std::shared_ptr<CallLog> calls = std::make_shared<CallLog>();
 
   FakeSystemLog log{calls};
@@ -56,7 +56,7 @@ struct FakePorts {
   FakeTaskLauncher tasks{calls};
   FakePrivilegedScripts scripts{calls};
   FakeFileManager files{calls};
-  FakeLidSwitch lidSwitch{calls};  ///< Not in use until `useLidSwitch`.
+  FakeLidSwitch lidSwitch{calls};  ///< In use only after `useLidSwitch`.
 
   Ports ports{borrowed(log),          borrowed(clock),
               borrowed(console),      borrowed(text),

@@ -12,7 +12,7 @@
 
 namespace tidewell {
 
-/// Hands out the identifiers 1, 2, 3, … and keeps what is held under each.
+/// Hands out the identifiers 1, 2, 3, … and remembers what is held under each.
 class FakePowerManagement : public PowerManagement {
  public:
   struct Assertion {
@@ -62,16 +62,16 @@ class FakePowerManagement : public PowerManagement {
     return names;
   }
 
-  std::int32_t systemFailure = 0;   ///< Other than 0: what creating a system assertion answers.
-  std::int32_t displayFailure = 0;  ///< The same for a display assertion.
-  bool granted = true;              ///< Whether what is live is of any effect.
+  std::int32_t systemFailure = 0;   ///< The code of every creation of a system assertion.
+  std::int32_t displayFailure = 0;  ///< The same for display assertions.
+  bool granted = true;              ///< Whether the live assertions are granted.
   /// Who keeps each live assertion while `granted`.
   std::vector<Grant> grants{{"org.example.Sleep", std::nullopt}};
   std::map<std::uint32_t, Assertion> live;
   std::vector<std::string> calls;
 
  private:
-  /// What a failed creation may leave behind; nobody is to use it.
+  /// An identifier that a failed creation may leave behind, and that nobody may use.
   static constexpr std::uint32_t kNoIdentifier = 4711;
 
   void record(const std::string& call) {

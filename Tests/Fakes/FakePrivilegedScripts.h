@@ -14,7 +14,7 @@
 
 namespace tidewell {
 
-/// Runs nothing; answers as the test says.
+/// Runs nothing, and answers as the test says.
 class FakePrivilegedScripts : public PrivilegedScripts {
  public:
   explicit FakePrivilegedScripts(std::shared_ptr<CallLog> calls = std::make_shared<CallLog>())
@@ -37,7 +37,7 @@ class FakePrivilegedScripts : public PrivilegedScripts {
   }
 
   std::deque<Outcome> nextOutcomes;  ///< For the next runs, in order.
-  Outcome outcome;                   ///< For all later ones. At first: it ran well.
+  Outcome outcome;                   ///< For all later runs. By default the script ran well.
   std::vector<std::string> sources;  ///< Of every run, in order.
   std::function<void()> whileRunning;
 

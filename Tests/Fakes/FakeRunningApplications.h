@@ -11,6 +11,7 @@
 
 namespace tidewell {
 
+/// An application that counts how often its properties are asked for.
 class FakeRunningApplication : public RunningApplication {
  public:
   FakeRunningApplication(std::int32_t pid, std::optional<std::string> bundleIdentifier,
@@ -38,7 +39,7 @@ class FakeRunningApplication : public RunningApplication {
   std::shared_ptr<int> propertiesAsked_;
 };
 
-/// A list of applications that the test fills, for itself and for a snapshot of the processes.
+/// A list of applications that the test fills. `FakeProcessTable` puts it into its snapshots.
 class FakeRunningApplications : public RunningApplications {
  public:
   explicit FakeRunningApplications(std::shared_ptr<CallLog> calls = std::make_shared<CallLog>())
@@ -63,7 +64,7 @@ class FakeRunningApplications : public RunningApplications {
 
   void clear() { applications_.clear(); }
 
-  /// How often an identifier or a name was asked for.
+  /// How often somebody asked for an identifier or a name.
   [[nodiscard]] int propertiesAsked() const { return *propertiesAsked_; }
 
  private:

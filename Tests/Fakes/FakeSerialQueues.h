@@ -42,10 +42,10 @@ class FakeSerialQueues : public SerialQueues {
 
   [[nodiscard]] std::size_t waiting() const { return shared_->waiting.size(); }
 
-  /// From now on work is done before submitting it returns, as on a queue that is very quick.
+  /// From now on `async` does the work before it returns, as if the queue were very quick.
   void runAtOnce() { shared_->runsAtOnce = true; }
 
-  /// As if the work of a queue that is destroyed had always just begun.
+  /// From now on the work of a queue that is destroyed still runs, as if it had just begun.
   void keepWorkOfDestroyedQueues() { shared_->keepsWork = true; }
 
   std::vector<std::string> labels;  ///< Of every queue made.

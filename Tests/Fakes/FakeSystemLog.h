@@ -12,7 +12,7 @@
 
 namespace tidewell {
 
-/// Keeps every record. Safe from any thread, as the port demands.
+/// Keeps every record. Safe from any thread.
 class FakeSystemLog : public SystemLog {
  public:
   struct Record {

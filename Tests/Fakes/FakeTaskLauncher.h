@@ -14,15 +14,15 @@
 
 namespace tidewell {
 
-/// Launches nothing; its tasks act as the test says before each launch.
+/// Launches nothing. Its tasks act as the test says before each launch.
 class FakeTaskLauncher : public TaskLauncher {
  public:
   /// How a launch goes.
   struct Script {
-    std::string launchError;  ///< Set: the launch fails with it.
+    std::string launchError;  ///< Why the launch fails; empty when it succeeds.
     std::string output;
-    bool exceedsLimit = false;  ///< The output is longer than the reader takes.
-    /// How often the tool is seen running after its output ended.
+    bool exceedsLimit = false;  ///< Whether the output is longer than the reader takes.
+    /// How often `isRunning` answers true after the output has ended.
     int seenRunning = 0;
     bool ignoresTermination = false;
     std::function<void()> whileReading;
@@ -36,7 +36,7 @@ class FakeTaskLauncher : public TaskLauncher {
     std::vector<std::string> arguments;
     std::vector<std::size_t> readLimits;
     int terminations = 0;
-    bool alive = true;  ///< The task object still exists.
+    bool alive = true;  ///< Whether the task object still exists.
   };
 
   explicit FakeTaskLauncher(std::shared_ptr<CallLog> calls = std::make_shared<CallLog>())
@@ -57,7 +57,7 @@ class FakeTaskLauncher : public TaskLauncher {
   }
 
   Script script;
-  int launches = 0;  ///< Also those that failed.
+  int launches = 0;  ///< Counts those that failed too.
   std::vector<std::shared_ptr<Record>> tasks;
 
  private:

@@ -9,7 +9,8 @@
 
 namespace tidewell {
 
-/// Knows ASCII, and of Unicode what a test adds to `lowercase`. A character is a code point.
+/// Knows only ASCII, and the characters that a test adds to `lowercase`. A character is a code
+/// point.
 class FakeText : public Text {
  public:
   std::string lowercased(std::string_view text) override {

@@ -17,17 +17,17 @@ namespace staylit {
 /// A window system that shows nothing and remembers what it was asked to show.
 class FakeUserInterface : public UserInterface {
  public:
-  /// A window as it was made; kept after its end.
+  /// A window as it was made. It is kept after its end.
   struct ShownWindow {
     WindowStyle style;
-    AppsView* appsView = nullptr;  ///< Exactly one of the two views is set, while it is there.
+    AppsView* appsView = nullptr;  ///< Exactly one of the two views is set while the window lives.
     SettingsView* settingsView = nullptr;
     std::optional<Point> origin;  ///< Absent while nobody has moved it.
     bool isCentered = false;
     bool isInFront = false;
     bool isAlive = true;
 
-    /// What a person does with the button in the corner.
+    /// A person clicks the button in the window's corner.
     void close() { isInFront = false; }
   };
 
@@ -67,10 +67,10 @@ class FakeUserInterface : public UserInterface {
   std::vector<Rect> frames;
   std::function<void(MenuDelegate&)> whileMakingStatusItem;
 
-  MenuDelegate* menu = nullptr;                       ///< Of the status item, while that is there.
+  MenuDelegate* menu = nullptr;                       ///< Of the status item; null without one.
   std::vector<StatusItemAppearance> shown;            ///< By the status item, in order.
-  std::vector<std::shared_ptr<ShownWindow>> windows;  ///< All that were made, in order.
-  std::vector<std::string> told;                      ///< The bodies of what was told, in order.
+  std::vector<std::shared_ptr<ShownWindow>> windows;  ///< All windows, in the order of creation.
+  std::vector<std::string> told;                      ///< The bodies of all messages, in order.
 
  private:
   class Item : public StatusItem {
@@ -93,7 +93,7 @@ class FakeUserInterface : public UserInterface {
     Handle(std::shared_ptr<ShownWindow> window, std::shared_ptr<tidewell::CallLog> calls)
         : window_(std::move(window)), calls_(std::move(calls)) {}
 
-    /// Reads its view a last time, as a window that is drawn may: it must still be there.
+    /// Reads the view once more, as a window may that is still drawn: the view must still be there.
     ~Handle() override {
       if (window_->appsView) calls_->add("end of window " + window_->appsView->search());
       if (window_->settingsView) {

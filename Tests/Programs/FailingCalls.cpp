@@ -1,6 +1,6 @@
-// Stands before the C library and lets one call fail: the STAYLIT_FAILING_NUMBERth of
-// STAYLIT_FAILING_CALL, with the error number STAYLIT_FAILING_ERROR. When that call has come, the
-// file STAYLIT_FAILING_MARK is made.
+// This library stands before the C library and lets one call of the function STAYLIT_FAILING_CALL
+// fail with the error number STAYLIT_FAILING_ERROR: the call with the number
+// STAYLIT_FAILING_NUMBER. It then makes the file STAYLIT_FAILING_MARK.
 
 #include <dlfcn.h>
 #include <fcntl.h>
@@ -25,18 +25,18 @@ const char* variable(const char* name) {
   return value != nullptr ? value : "";
 }
 
-/// The error with which this call is to fail; 0 for one that is to go through.
+/// The error with which this call must fail; 0 when it must not fail.
 int errorOf(const char* call) {
   static std::atomic<long> count{0};
   if (std::strcmp(variable("STAYLIT_FAILING_CALL"), call) != 0) return 0;
   if (++count != std::atol(variable("STAYLIT_FAILING_NUMBER"))) return 0;
-  // Past the C library, which would count this one too.
+  // These system calls go past the C library, where they would be counted too.
   const char* mark = variable("STAYLIT_FAILING_MARK");
   ::syscall(SYS_close, ::syscall(SYS_openat, AT_FDCWD, mark, O_WRONLY | O_CREAT | O_CLOEXEC, 0600));
   return std::atoi(variable("STAYLIT_FAILING_ERROR"));
 }
 
-/// Whether it is to fail, with `errno` set.
+/// Whether this call must fail. Then `errno` is set.
 bool fails(const char* call) {
   const int error = errorOf(call);
   if (error != 0) errno = error;

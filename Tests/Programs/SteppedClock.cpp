@@ -1,6 +1,6 @@
-// Loaded before all else into a program that is tested: what the program asks the clock on the wall
-// is as far off as the file says that STAYLIT_STEPPED_CLOCK names, in whole seconds. The clocks
-// that nobody can set are as they are.
+// This library is loaded before all others into a program that is tested. It sets the program's
+// wall clock off by as many whole seconds as the file says that STAYLIT_STEPPED_CLOCK names. Clocks
+// that nobody can set are left alone.
 
 #include <fcntl.h>
 #include <sys/mman.h>
@@ -29,8 +29,8 @@ std::int64_t stepped() {
 
 extern "C" int clock_gettime(clockid_t clock, timespec* time) noexcept {
   const long result = ::syscall(SYS_clock_gettime, clock, time);
-  const bool isOnTheWall = clock == CLOCK_REALTIME || clock == CLOCK_REALTIME_COARSE;
-  if (result == 0 && isOnTheWall) time->tv_sec += stepped();
+  const bool isWallClock = clock == CLOCK_REALTIME || clock == CLOCK_REALTIME_COARSE;
+  if (result == 0 && isWallClock) time->tv_sec += stepped();
   return static_cast<int>(result);
 }
 

@@ -3,9 +3,9 @@
 //   worker disk FILE        writes a megabyte to FILE and to the disk, four times a second
 //   worker net PORT         pulls bytes from a port of this machine
 //   worker rest             does nothing
-//   worker wake             a moment's work ten times a second
-//   worker flap             four seconds of work, four seconds of rest, and so on
-//   worker forks FOLDER N   starts N programs a second, each under a name that never was before
+//   worker wake             works for a moment ten times a second
+//   worker flap             works for four seconds, rests for four seconds, and so on
+//   worker forks FOLDER N   starts N programs a second, each under a new name
 
 #include <fcntl.h>
 #include <netinet/in.h>
@@ -63,7 +63,7 @@ void burnFor(std::chrono::microseconds time) {
 
 [[noreturn]] void flap() {
   for (int round = 0;; ++round) {
-    // A quarter of a core, which is over the threshold.
+    // This is a quarter of a core, which is over the threshold.
     if (round / 4 % 2 == 0) burnFor(250ms);
     std::this_thread::sleep_for(round / 4 % 2 == 0 ? 750ms : 1000ms);
   }

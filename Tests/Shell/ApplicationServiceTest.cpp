@@ -25,7 +25,7 @@ using testing::Host;
 using Action = MenuItem::Action;
 using Claim = ApplicationService::Claim;
 
-/// One start of the program, as far as the session sees it.
+/// The part of a start of the program that the session sees.
 struct Start {
   explicit Start(platform::EventLoop& loop)
       : bus(loop, Bus::Kind::session, quick()),
@@ -69,7 +69,7 @@ TEST_F(ApplicationServiceTest, ASecondStartMakesTheFirstShowChooseApps) {
   EXPECT_TRUE(second.performed.empty());
 }
 
-TEST_F(ApplicationServiceTest, ASecondStartPassesItsActionOn) {
+TEST_F(ApplicationServiceTest, ASecondStartPassesOnItsAction) {
   Start first(*loop);
   ASSERT_EQ(first.claim({}), Claim::first);
   for (const char* action : {"pause", "settings", "choose-apps", "quit"}) {
@@ -120,7 +120,7 @@ TEST_F(ApplicationServiceTest, TellsTheFirstWhereTheDisplayIs) {
   EXPECT_NE(call.find("'WAYLAND_DISPLAY=wayland-4'"), std::string::npos) << call;
 }
 
-TEST_F(ApplicationServiceTest, ObeysTheDesktopAndRefusesWhatItDoesNotKnow) {
+TEST_F(ApplicationServiceTest, ObeysTheDesktopAndRefusesUnknownActions) {
   Start first(*loop);
   ASSERT_EQ(first.claim({"settings"}), Claim::first);
   Host desktop(*loop, "com.staylit.app");
@@ -156,14 +156,14 @@ TEST_F(ApplicationServiceTest, IsTheFirstWhereThereIsNoBus) {
   EXPECT_EQ(start.claim({}), Claim::first);
 }
 
-TEST_F(ApplicationServiceTest, StartsAllTheSameOnABusThatHangs) {
+TEST_F(ApplicationServiceTest, StartsEvenOnABusThatHangs) {
   const platform::testing::SilentBus silent;
   const ScopedEnvironment address("DBUS_SESSION_BUS_ADDRESS", silent.address());
   Start start(*loop);
   EXPECT_EQ(start.claim({}), Claim::first);
 }
 
-TEST_F(ApplicationServiceTest, RunsBesideAnOwnerThatHangsAndGetsTheNameAfterIt) {
+TEST_F(ApplicationServiceTest, RunsBesideAnOwnerThatHangsAndGetsTheNameWhenThatEnds) {
   std::optional<BusService> hung;
   hung.emplace(sessionDaemon->address(), std::vector<std::string>{"com.staylit.app"},
                [](sd_bus_message*) {});
@@ -182,7 +182,7 @@ TEST_F(ApplicationServiceTest, RunsBesideAnOwnerThatHangsAndGetsTheNameAfterIt) 
 
 TEST_F(ApplicationServiceTest, LeavesWhenTheOwnerAnswersAfterAll) {
   const BusService slow(sessionDaemon->address(), {"com.staylit.app"}, [](sd_bus_message* call) {
-    // Longer than a start waits.
+    // This is longer than a start waits.
     std::this_thread::sleep_for(std::chrono::seconds(6));
     sd_bus_reply_method_return(call, "");
   });
@@ -207,7 +207,7 @@ TEST_F(ApplicationServiceTest, TakesTheNameOfAnOwnerThatDiesInsteadOfAnswering) 
   EXPECT_TRUE(nameIsOwned());
 }
 
-TEST_F(ApplicationServiceTest, HasTheNameAgainWhenTheBusWasRestarted) {
+TEST_F(ApplicationServiceTest, TakesTheNameAgainWhenTheBusWasRestarted) {
   Start start(*loop);
   ASSERT_EQ(start.claim({}), Claim::first);
   sessionDaemon->stop();

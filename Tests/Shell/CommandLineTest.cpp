@@ -20,7 +20,7 @@ TEST(CommandLine, AnswersQuestionsAboutTheProgramItself) {
   EXPECT_TRUE(CommandLine(Arguments{"--version"}).information()->starts_with("Staylit "));
 }
 
-TEST(CommandLine, LeavesTheReportAndTheProgramAlone) {
+TEST(CommandLine, HasNoInformationForTheReportAndForTheProgramItself) {
   const Arguments report{"staylit", "--help", "--diagnose"};
   EXPECT_EQ(CommandLine(report).information(), std::nullopt);
   for (const char* other : {"-help", "--Help", "--helpful", "help", ""}) {

@@ -44,7 +44,7 @@ class DBusMenuTest : public platform::testing::BusTest {
     menu.reset();
   }
 
-  /// How often the menu is rebuilt by itself.
+  /// How often the menu asks its delegate by itself within three seconds.
   int askedInThreeSeconds() {
     const int before = delegate.asked;
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(3);
@@ -93,7 +93,7 @@ TEST_F(DBusMenuTest, ServesAHostThatOnlyAsksForGroupsOfProperties) {
             "(6 [])]");
 }
 
-TEST_F(DBusMenuTest, TellsAPropertyThatIsNotSetByItsDefault) {
+TEST_F(DBusMenuTest, AnswersWithTheDefaultOfAPropertyThatIsNotSet) {
   const auto get = [this](std::int32_t id, const char* name) {
     return host->menuCall("GetProperty", [=](sd_bus_message* message) {
       return sd_bus_message_append(message, "is", id, name);
@@ -109,7 +109,7 @@ TEST_F(DBusMenuTest, TellsAPropertyThatIsNotSetByItsDefault) {
   EXPECT_EQ(get(99, "label"), kInvalid);
 }
 
-TEST_F(DBusMenuTest, SaysWhatItIsInItsProperties) {
+TEST_F(DBusMenuTest, DescribesItselfInItsProperties) {
   const auto get = [this](const char* name) {
     return host->property("/MenuBar", "com.canonical.dbusmenu", name);
   };
@@ -138,7 +138,7 @@ TEST_F(DBusMenuTest, AnswersBeforeItPerforms) {
   slow.menu = smallMenu();
   menu.reset();
   menu.emplace(*loop, *sessionBus, slow);
-  // As when the program is told to quit.
+  // The chosen item may end the program.
   slow.onPerform = [this] { menu.reset(); };
   EXPECT_EQ(host->event(host->idOf("Quit Staylit"), "clicked"), "");
   EXPECT_TRUE(eventually([&] { return slow.performed.size() == 1; }));
@@ -178,7 +178,7 @@ TEST_F(DBusMenuTest, TakesAnEmptyGroup) {
             "[]");
 }
 
-TEST_F(DBusMenuTest, HitsTheSameItemOfALayoutThatHasChangedSince) {
+TEST_F(DBusMenuTest, PerformsAnItemOfAnOlderLayoutThatAHostStillShows) {
   const std::int32_t aider = host->idOf("Aider — 50% CPU");
   delegate.menu[2] = appItem("Codex — 9% CPU", "codex", true);
   host->layout();
@@ -188,7 +188,7 @@ TEST_F(DBusMenuTest, HitsTheSameItemOfALayoutThatHasChangedSince) {
 }
 
 TEST_F(DBusMenuTest, SaysWhetherTheMenuChangedWhenItIsAboutToShow) {
-  EXPECT_EQ(host->aboutToShow(0), "true");  // Nobody has seen anything yet.
+  EXPECT_EQ(host->aboutToShow(0), "true");  // No host has seen the menu yet.
   EXPECT_EQ(host->aboutToShow(0), "false");
   delegate.menu[0].title = "Idle";
   EXPECT_EQ(host->aboutToShow(0), "true");
@@ -215,7 +215,7 @@ TEST_F(DBusMenuTest, AnswersForSeveralItemsThatAreAboutToShow) {
   EXPECT_EQ(group({98, 99}), kInvalid);
 }
 
-TEST_F(DBusMenuTest, TellsOtherHostsOfAChangeThatOneHostsQuestionFound) {
+TEST_F(DBusMenuTest, TellsOtherHostsOfAChangeThatTheQuestionOfOneHostRevealed) {
   Host other(*loop, service);
   other.listenToMenu();
   host->layout();
@@ -246,7 +246,7 @@ TEST_F(DBusMenuTest, RefreshesAnOpenMenuByItself) {
   EXPECT_TRUE(eventually([&] { return delegate.asked >= before + 2; }));
 }
 
-TEST_F(DBusMenuTest, LeavesAClosedMenuAlone) {
+TEST_F(DBusMenuTest, DoesNotRefreshAClosedMenuByItself) {
   host->layout();
   host->event(0, "opened");
   host->event(0, "closed");
@@ -277,18 +277,18 @@ TEST_F(DBusMenuTest, TellsAHostOfAnotherLayoutWhileTheMenuIsClosed) {
   EXPECT_TRUE(eventually([this] { return host->hasSignal("LayoutUpdated 2 0"); }));
 }
 
-TEST_F(DBusMenuTest, TakesAHostThatLeftTheBusForOneThatClosedTheMenu) {
+TEST_F(DBusMenuTest, CountsAHostThatLeftTheBusAsOneThatClosedTheMenu) {
   std::optional<Host> other;
   other.emplace(*loop, service);
   other->event(0, "opened");
   other->layout();
   EXPECT_GT(askedInThreeSeconds(), 0);
   other.reset();
-  // Once the news has arrived, nobody asks any more.
+  // The delegate is asked no more once the program has noticed that the host is gone.
   EXPECT_TRUE(eventually([this] { return askedInThreeSeconds() == 0; }));
 }
 
-TEST_F(DBusMenuTest, AnswersOnWhenTheLastHostHasClosedTheMenu) {
+TEST_F(DBusMenuTest, GoesOnAnsweringAfterTheLastHostHasClosedTheMenu) {
   host->event(0, "opened");
   EXPECT_EQ(host->event(0, "closed"), "");
   EXPECT_NE(host->layout().find("Aider"), std::string::npos);
@@ -300,7 +300,7 @@ TEST_F(DBusMenuTest, AnswersOnWhenTheLastHostHasClosedTheMenu) {
     EXPECT_NE(host->layout().find("Aider"), std::string::npos);
 }
 
-TEST_F(DBusMenuTest, LeavesTheBusInPeaceWhenTheMenuIsClosed) {
+TEST_F(DBusMenuTest, LetsTheLoopRestWhenTheMenuIsClosed) {
   host->event(0, "opened");
   host->event(0, "closed");
   host->layout();
@@ -322,7 +322,7 @@ TEST_F(DBusMenuTest, KeepsAMenuFreshForAHostThatOnlyAsksBeforeItShowsIt) {
       [this] { return host->hasSignal("ItemsPropertiesUpdated [(1 ['label' 'Paused'])] []"); }));
 }
 
-TEST_F(DBusMenuTest, DoesNotRebuildAMenuUnderTheEyesOfAHostThatCannotGrowIt) {
+TEST_F(DBusMenuTest, KeepsTheLayoutWhileAHostThatCannotGrowTheMenuShowsIt) {
   host->layout();
   host->aboutToShow(0);
   host->listenToMenu();
@@ -356,7 +356,7 @@ TEST_F(DBusMenuTest, StaysOpenUntilTheLastHostClosesIt) {
   EXPECT_GT(askedInThreeSeconds(), 0);
 }
 
-TEST_F(DBusMenuTest, RefusesStrangeItemsAndArgumentsAndLivesOn) {
+TEST_F(DBusMenuTest, RefusesStrangeItemsAndArgumentsAndGoesOn) {
   EXPECT_EQ(host->layout(99), kInvalid);
   EXPECT_EQ(host->layout(-2147483647 - 1), kInvalid);
   EXPECT_EQ(host->event(2147483647, "clicked"), kInvalid);
@@ -367,7 +367,7 @@ TEST_F(DBusMenuTest, RefusesStrangeItemsAndArgumentsAndLivesOn) {
             kInvalid);
   EXPECT_EQ(host->menuCall("NoSuchMethod"), "<org.freedesktop.DBus.Error.UnknownMethod>");
   EXPECT_EQ(host->event(0, ""), "");
-  EXPECT_EQ(host->event(0, "closed"), "");  // It never was open.
+  EXPECT_EQ(host->event(0, "closed"), "");  // The menu was never open.
   EXPECT_EQ(host->revision(), 1U);
 }
 

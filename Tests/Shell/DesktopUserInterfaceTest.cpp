@@ -100,7 +100,7 @@ TEST_F(DesktopUserInterfaceTest, ChoosesFromTheMenuByActionAsLongAsThereIsOne) {
   userInterface->choose(MenuItem::Action::togglePause);
   auto item = userInterface->makeStatusItem(menu);
   userInterface->choose(MenuItem::Action::togglePause);
-  userInterface->choose(MenuItem::Action::openSettings);  // Not in this menu.
+  userInterface->choose(MenuItem::Action::openSettings);  // This menu has no such item.
   item.reset();
   userInterface->choose(MenuItem::Action::togglePause);
   EXPECT_EQ(menu.performedTitles(), (std::vector<std::string>{"Pause"}));

@@ -55,7 +55,7 @@ TEST_F(DisplayTest, IsKnownByEitherWindowSystem) {
   EXPECT_TRUE(Display::isKnown());
 }
 
-TEST_F(DisplayTest, LearnsOnlyWhatIsAboutItAndIsNotSet) {
+TEST_F(DisplayTest, LearnsOnlyVariablesAboutItThatAreNotSet) {
   const ScopedEnvironment desktop("XDG_CURRENT_DESKTOP", std::nullopt);
   const ScopedEnvironment home("HOME", "/home/own");
   Display::learn({"HOME=/elsewhere", "XAUTHORITY=/other", "DISPLAY=:5", "DISPLAYED=1", "",
@@ -122,7 +122,7 @@ TEST_F(DisplayTest, LearnsNoTextThatIsNoName) {
   Display::forget();
 }
 
-TEST_F(DisplayTest, ForgetsWhatItLearntAndNothingElse) {
+TEST_F(DisplayTest, ForgetsOnlyWhatItLearnt) {
   Display::learn({"DISPLAY=:5"});
   Display::forget();
   EXPECT_FALSE(Display::isKnown());
@@ -132,7 +132,7 @@ TEST_F(DisplayTest, ForgetsWhatItLearntAndNothingElse) {
   EXPECT_TRUE(Display::isKnown());
 }
 
-TEST_F(DisplayTest, OfAnEarlierSessionGivesWayToTheNextOnes) {
+TEST_F(DisplayTest, IsForgottenWithItsSessionAndLearntFromTheNextOne) {
   const ScopedEnvironment session("DISPLAY", ":1");
   const ScopedEnvironment desktop("XDG_CURRENT_DESKTOP", "Earlier");
   Display::forgetAll();
@@ -144,7 +144,7 @@ TEST_F(DisplayTest, OfAnEarlierSessionGivesWayToTheNextOnes) {
   Display::forget();
 }
 
-TEST_F(DisplayTest, TellsWhatAnotherProcessNeeds) {
+TEST_F(DisplayTest, TellsTheVariablesThatAnotherProcessNeeds) {
   const ScopedEnvironment set("DISPLAY", ":3");
   const std::vector<std::string> variables = Display::variables();
   EXPECT_NE(std::find(variables.begin(), variables.end(), "DISPLAY=:3"), variables.end());

@@ -17,7 +17,7 @@ namespace {
 using Kind = DisplayTrial::Verdict::Kind;
 using platform::testing::TemporaryFolder;
 
-/// The trial's process is a script here, which says what the real one might.
+/// Here the trial's process is a script, which writes what the real process might write.
 class DisplayTrialTest : public ::testing::Test {
  protected:
   std::string script(const std::string& text) {
@@ -33,7 +33,7 @@ class DisplayTrialTest : public ::testing::Test {
   bool hasVerdict() {
     return platform::testing::runUntil(loop, [this] { return verdict.has_value(); });
   }
-  /// What the process whose number the script wrote to "pid" is now.
+  /// Whether the process lives whose number the script wrote to "pid".
   bool isAlive() {
     std::ifstream file(folder.path() / "pid");
     pid_t pid = 0;
@@ -87,13 +87,13 @@ TEST_F(DisplayTrialTest, EndsAProcessThatSaysNothing) {
   EXPECT_FALSE(isAlive());
 }
 
-TEST_F(DisplayTrialTest, IsOverWhereThereIsNoProgram) {
+TEST_F(DisplayTrialTest, EndsWhenItsProcessCannotBeStarted) {
   begin(folder.path() / "missing");
   ASSERT_TRUE(hasVerdict());
   EXPECT_EQ(verdict->kind, Kind::refused);
 }
 
-TEST_F(DisplayTrialTest, MayBeEndedByItsOwnVerdict) {
+TEST_F(DisplayTrialTest, MayBeDestroyedWhenItTellsItsVerdict) {
   trial.emplace(
       loop,
       [this](const DisplayTrial::Verdict& said) {

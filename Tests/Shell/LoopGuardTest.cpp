@@ -26,7 +26,7 @@ class LoopGuardTest : public ::testing::Test {
       changed.notify_one();
     });
   }
-  /// Keeps the main thread from its loop until the guard has noticed.
+  /// Keeps the main thread from its loop until the guard notices that.
   bool standStill() {
     std::unique_lock lock(mutex);
     return changed.wait_for(lock, 60s, [this] { return isLost; });
@@ -44,8 +44,8 @@ TEST_F(LoopGuardTest, NoticesALoopThatStandsStill) {
   EXPECT_TRUE(standStill());
 }
 
-TEST_F(LoopGuardTest, IsContentWithALoopThatRuns) {
-  // So many looks in a row are not between two beats, however busy the machine is.
+TEST_F(LoopGuardTest, DoesNothingWhileTheLoopRuns) {
+  // Even on a busy machine the guard cannot look so often between two beats of the loop.
   guardWith({10ms, 200, 200});
   int rounds = 0;
   const auto timer = loop.scheduleRepeating(tidewell::Seconds{0.1}, [&rounds] { ++rounds; });
@@ -69,7 +69,7 @@ TEST_F(LoopGuardTest, WaitsLessOnceSomebodyWantsTheProcessToEnd) {
   pthread_sigmask(SIG_SETMASK, &former, nullptr);
 }
 
-TEST_F(LoopGuardTest, GoesAtOnce) {
+TEST_F(LoopGuardTest, IsDestroyedWithoutAWait) {
   guardWith({24h, 6, 2});
   guard.reset();
   EXPECT_FALSE(isLost);

@@ -38,13 +38,13 @@ TEST(MenuLayout, KeepsItsRevisionAsLongAsTheItemsAreTheSame) {
   EXPECT_EQ(layout.revision(), 1U);
 }
 
-TEST(MenuLayout, TellsAnEmptyMenuAsALayoutToo) {
+TEST(MenuLayout, TellsOfAnEmptyMenuAsOfALayout) {
   MenuLayout layout;
   EXPECT_TRUE(layout.update({}).isLayout);
   EXPECT_EQ(layout.revision(), 1U);
 }
 
-TEST(MenuLayout, TellsAChangedPropertyWithoutANewRevision) {
+TEST(MenuLayout, TellsOfAChangedPropertyWithoutANewRevision) {
   MenuLayout layout;
   layout.update(smallMenu());
   Menu menu = smallMenu();
@@ -57,7 +57,7 @@ TEST(MenuLayout, TellsAChangedPropertyWithoutANewRevision) {
   EXPECT_EQ(layout.revision(), 1U);
 }
 
-TEST(MenuLayout, TellsAPropertyThatFellBackToItsDefault) {
+TEST(MenuLayout, TellsOfAPropertyThatFellBackToItsDefault) {
   MenuLayout layout;
   Menu menu{header("Idle"), command("Pause", "p", Action::togglePause)};
   menu[1].isEnabled = false;
@@ -70,7 +70,7 @@ TEST(MenuLayout, TellsAPropertyThatFellBackToItsDefault) {
   EXPECT_STREQ(change.items[0].removed[0], "enabled");
 }
 
-TEST(MenuLayout, KnowsAnItemAgainByWhatItDoesNotByWhatItSays) {
+TEST(MenuLayout, RecognisesAnItemByItsActionAndNotByItsText) {
   MenuLayout layout;
   layout.update({header("Idle"), command("Pause", "p", Action::togglePause)});
   const std::int32_t pause = idOf(layout, "Pause");
@@ -104,7 +104,7 @@ TEST(MenuLayout, KeepsASeparatorBeforeItsItem) {
   EXPECT_EQ(layout.entries()[3].id, beforePause);
 }
 
-TEST(MenuLayout, NeverGivesTheNumberOfAnItemThatWentToAnother) {
+TEST(MenuLayout, NeverGivesTheNumberOfAnEarlierItemToAnotherOne) {
   MenuLayout layout;
   layout.update({header("Idle"), appItem("A", "a", true)});
   const std::int32_t a = idOf(layout, "A");
@@ -125,7 +125,7 @@ TEST(MenuLayout, GivesAnItemThatComesBackItsOldNumber) {
   EXPECT_EQ(layout.revision(), 3U);
 }
 
-TEST(MenuLayout, ForgetsWhatWasOnTheMenuLongAgoAndGivesNoNumberTwice) {
+TEST(MenuLayout, ForgetsItemsThatLeftLongAgoAndGivesNoNumberTwice) {
   MenuLayout layout;
   std::set<std::int32_t> given;
   for (int round = 0; round < 1000; ++round) {
@@ -138,7 +138,7 @@ TEST(MenuLayout, ForgetsWhatWasOnTheMenuLongAgoAndGivesNoNumberTwice) {
   EXPECT_EQ(layout.revision(), 1000U);
 }
 
-TEST(MenuProperties, SaysOnlyWhatDiffersFromTheDefaults) {
+TEST(MenuProperties, AreOnlyThoseThatDifferFromTheDefaults) {
   EXPECT_EQ(menuProperties(command("Pause", "p", Action::togglePause)),
             (MenuProperties{{"label", std::string("Pause")},
                             {"shortcut", MenuShortcut{"Control", "p"}}}));
@@ -147,18 +147,18 @@ TEST(MenuProperties, SaysOnlyWhatDiffersFromTheDefaults) {
             (MenuProperties{{"label", std::string("Idle")}, {"enabled", false}}));
 }
 
-TEST(MenuProperties, DoublesUnderscoresSoThatNoneBecomesAnAccessKey) {
+TEST(MenuProperties, HaveTheirUnderscoresDoubledSoThatNoneBecomesAnAccessKey) {
   EXPECT_EQ(menuProperties(header("_my__tool"))[0].value,
             MenuPropertyValue(std::string("__my____tool")));
 }
 
-TEST(MenuProperties, CutsALabelThatNoPanelCouldShow) {
+TEST(MenuProperties, HaveTheirLabelCutWhereNoPanelCouldShowMore) {
   MenuItem item;
   item.title = std::string(10'000, 'x');
   EXPECT_EQ(menuProperties(item)[0].value, MenuPropertyValue(std::string(200, 'x') + "…"));
 }
 
-TEST(MenuProperties, MakesWhateverAProcessCallsItselfFitForTheBus) {
+TEST(MenuProperties, AreFitForTheBusWhateverAProcessCallsItself) {
   EXPECT_EQ(menuProperties(header("a\xff\nb"))[0].value,
             MenuPropertyValue(std::string("a\uFFFD\uFFFDb")));
 }

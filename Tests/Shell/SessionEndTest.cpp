@@ -33,7 +33,7 @@ class FakeSessionManager {
       : service_(address, {"org.gnome.SessionManager"},
                  [this](sd_bus_message* call) { answer(call); }) {}
 
-  /// "Member values" of every call.
+  /// Every call, as "Member values".
   std::vector<std::string> log() {
     const std::lock_guard lock(mutex_);
     return log_;
@@ -93,7 +93,7 @@ class SessionClientTest : public platform::testing::BusTest {
   int ended = 0;
 };
 
-TEST_F(SessionClientTest, RegistersUnderTheNumberThatItWasStartedWith) {
+TEST_F(SessionClientTest, RegistersUnderTheIdentifierThatItWasStartedWith) {
   const platform::testing::ScopedEnvironment id("DESKTOP_AUTOSTART_ID", "10abc");
   registerClient();
   EXPECT_EQ(manager->log()[0], "RegisterClient com.staylit.app 10abc");
@@ -141,8 +141,8 @@ TEST_F(SessionClientTest, OutlivesItsBus) {
   EXPECT_EQ(ended, 0);
 }
 
-/// What logind keeps of its sessions, with one session more. Its folder is the same for all
-/// processes, so that a number is chosen which no real session has.
+/// Adds a session to the folder in which logind keeps its sessions. All processes share that
+/// folder, so the session gets a name that no real session has.
 class LoginSessionTest : public ::testing::Test {
  protected:
   void SetUp() override {
@@ -164,7 +164,7 @@ class LoginSessionTest : public ::testing::Test {
     return platform::testing::runUntil(loop, condition);
   }
 
-  // Several of these tests may run at once.
+  // The name contains the process, because several of these tests may run at once.
   static inline const std::string kSession = "staylittest" + std::to_string(getpid());
   static inline const std::string kFile = "/run/systemd/sessions/" + kSession;
   platform::EventLoop loop;
@@ -223,8 +223,8 @@ class UnitGroup {
 
   [[nodiscard]] bool exists() const { return !path_.empty(); }
 
-  /// Whether a process in it takes itself for one that outlives sessions; absent when it cannot be
-  /// put there.
+  /// Whether a process in this group counts itself as one that outlives sessions. Absent when no
+  /// process can be put into the group.
   [[nodiscard]] std::optional<bool> outlivesSessions() const {
     const pid_t child = ::fork();
     if (child == 0) {

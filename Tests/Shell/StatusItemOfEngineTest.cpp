@@ -30,15 +30,15 @@ void PrintTo(const Look& look, std::ostream* stream) {
   *stream << look.name;
 }
 
-/// The whole shell of a real engine, but for its windows.
+/// The whole shell of a real engine, except its windows.
 class MenuOfEngine : public platform::testing::BusTest {
  protected:
   void SetUp() override {
     BusTest::SetUp();
     if (IsSkipped()) return;
-    // Looked for by its owner only, since the fakes' loop is not the bus's.
+    // The item does not connect the bus by itself.
     ASSERT_EQ(sessionBus->connect(), 0);
-    // As if it were installed.
+    // The icons count as installed.
     dataFolders.emplace("XDG_DATA_DIRS",
                         std::filesystem::path(STAYLIT_ICONS).parent_path().string());
     userInterface.emplace(*loop, *sessionBus);

@@ -45,7 +45,7 @@ class StatusNotifierItemTest : public platform::testing::BusTest {
   std::optional<Host> host;
 };
 
-TEST_F(StatusNotifierItemTest, SaysWhatItIs) {
+TEST_F(StatusNotifierItemTest, DescribesItselfInItsProperties) {
   item->show(kHeld);
   EXPECT_EQ(host->itemProperty("Category"), "'ApplicationStatus'");
   EXPECT_EQ(host->itemProperty("Id"), "'com.staylit.app'");
@@ -76,7 +76,7 @@ TEST_F(StatusNotifierItemTest, HasPixmapsOfFiveSizesForHostsWithoutOurIcons) {
   EXPECT_EQ(host->itemProperty("IconPixmap"), "[]");
 }
 
-TEST_F(StatusNotifierItemTest, NamesNoIconThatIsNowhere) {
+TEST_F(StatusNotifierItemTest, NamesNoIconThatIsNotInstalled) {
   item.emplace(*loop, *sessionBus, delegate, StatusIcons{});
   item->show(kHeld);
   EXPECT_EQ(host->itemProperty("IconName"), "''");
@@ -84,7 +84,7 @@ TEST_F(StatusNotifierItemTest, NamesNoIconThatIsNowhere) {
   EXPECT_NE(host->itemProperty("IconPixmap"), "[]");
 }
 
-TEST_F(StatusNotifierItemTest, TakesTextThatTheBusWouldRefuse) {
+TEST_F(StatusNotifierItemTest, CleansTextThatTheBusWouldRefuse) {
   item->show({"pause.circle", "Staylit", false, "Awake for \xff"});
   EXPECT_EQ(host->itemProperty("ToolTip"), "('' [] 'Awake for \uFFFD' '')");
 }
@@ -110,7 +110,7 @@ TEST_F(StatusNotifierItemTest, TellsOnlyWhatChanged) {
   EXPECT_TRUE(eventually([&] { return host->hasSignal("NewIcon"); }));
 }
 
-TEST_F(StatusNotifierItemTest, TakesWhateverAHostDoesToIt) {
+TEST_F(StatusNotifierItemTest, BearsWhateverAHostDoesToIt) {
   item->show(kHeld);
   const auto at = [](sd_bus_message* call) { return sd_bus_message_append(call, "ii", 3, -4); };
   for (const char* method : {"Activate", "ContextMenu", "SecondaryActivate"}) {
@@ -173,7 +173,7 @@ TEST_F(StatusNotifierItemTest, RegistersAgainWhenTheBusWasRestarted) {
   EXPECT_EQ(byName.itemProperty("ToolTip"), "('' [] 'Idle — your Mac can sleep' '')");
 }
 
-TEST_F(StatusNotifierItemTest, AsksAWatcherAgainThatFailsAtFirst) {
+TEST_F(StatusNotifierItemTest, AsksAgainWhenAWatcherFailsAtFirst) {
   std::atomic<int> asked = 0;
   platform::testing::BusService busy(
       sessionDaemon->address(), {"org.kde.StatusNotifierWatcher"}, [&](sd_bus_message* call) {
@@ -205,7 +205,7 @@ TEST_F(StatusNotifierItemTest, CutsAToolTipThatNoPanelCouldShow) {
   EXPECT_EQ(host->itemProperty("ToolTip"), "('' [] '" + std::string(400, 'x') + "…' '')");
 }
 
-TEST_F(StatusNotifierItemTest, LivesOnWithAWatcherThatRefuses) {
+TEST_F(StatusNotifierItemTest, GoesOnWhenAWatcherRefusesIt) {
   item->show(kHeld);
   platform::testing::BusService refusing(
       sessionDaemon->address(), {"org.kde.StatusNotifierWatcher"}, [](sd_bus_message* call) {

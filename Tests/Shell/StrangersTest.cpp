@@ -1,4 +1,4 @@
-// What another user gets who calls the program, on a session bus that lets everybody in.
+// Another user calls the program, on a session bus that lets everybody in.
 
 #include <gtest/gtest.h>
 #include <sys/wait.h>
@@ -41,7 +41,7 @@ class StrangersTest : public platform::testing::BusTest {
     service.reset();
   }
 
-  /// Whether the stranger is refused this call.
+  /// Whether the program refuses this call of the stranger.
   template <class... Arguments>
   bool isRefused(const char* path, const char* interface, const char* member, const char* types,
                  Arguments... arguments) {

@@ -22,7 +22,7 @@ std::string contents(const std::filesystem::path& file) {
   return text.str();
 }
 
-TEST(Symbols, HaveADrawingEach) {
+TEST(Symbols, EachHaveADrawing) {
   std::set<std::string> names = {"cup.and.saucer.fill", "cup.and.saucer",    "pause.circle",
                                  "magnifyingglass",     "xmark.circle.fill", "moon.zzz",
                                  "arrow.down.circle",   "arrow.up.circle"};
@@ -32,13 +32,13 @@ TEST(Symbols, HaveADrawingEach) {
   for (const std::string& name : names) {
     const std::string drawing = contents(std::filesystem::path(STAYLIT_SYMBOLS) / (name + ".svg"));
     EXPECT_NE(drawing.find("viewBox=\"0 0 16 16\""), std::string::npos) << name;
-    // Panels give such shapes their own colour.
+    // Panels give shapes of this class their own colour.
     EXPECT_NE(drawing.find("class=\"ColorScheme-Text\""), std::string::npos) << name;
     EXPECT_NE(drawing.find("currentColor"), std::string::npos) << name;
   }
 }
 
-TEST(Symbols, OfTheStatusItemAreIconsByTheirNamesFullAndDimmed) {
+TEST(Symbols, HaveFullAndDimmedIconsForTheStatusItem) {
   for (const char* symbol : {"cup.and.saucer.fill", "cup.and.saucer", "pause.circle"}) {
     for (const bool isDimmed : {false, true}) {
       const auto file = std::filesystem::path(STAYLIT_ICONS) / "hicolor/scalable/status" /
@@ -46,13 +46,13 @@ TEST(Symbols, OfTheStatusItemAreIconsByTheirNamesFullAndDimmed) {
       const std::string drawing = contents(file);
       EXPECT_NE(drawing.find("</svg>"), std::string::npos) << file;
       EXPECT_EQ(drawing.find("opacity=\".5\"") != std::string::npos, isDimmed) << file;
-      // Some panels fill whatever they find, lines too.
+      // Some panels fill all shapes, even lines.
       EXPECT_EQ(drawing.find("stroke"), std::string::npos) << file;
     }
   }
 }
 
-TEST(Symbols, ArePixmapsThatAreNeitherEmptyNorFull) {
+TEST(Symbols, HavePixmapsThatAreNeitherEmptyNorFull) {
   EXPECT_EQ(statusPixmaps().size(), 15U);
   for (const StatusPixmap& pixmap : statusPixmaps()) {
     ASSERT_EQ(pixmap.opacities.size(), static_cast<std::size_t>(pixmap.size * pixmap.size));

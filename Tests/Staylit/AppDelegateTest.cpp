@@ -58,7 +58,7 @@ TEST_F(AppDelegateTest, KeepsTheStatusItemAndTheMenuWhenItTerminates) {
   EXPECT_EQ(userInterface.menu->menuNeedsUpdate().size(), 7U);
 }
 
-TEST(AppDelegate, TakesItsWindowsAndTheirObserversWithItBeforeTheEngine) {
+TEST(AppDelegate, DestroysItsWindowsAndTheirObserversBeforeTheEngine) {
   tidewell::FakePorts fakes;
   FakeUserInterface userInterface(fakes.calls);
   auto delegate = std::make_unique<AppDelegate>(fakes.ports, userInterface);
@@ -139,7 +139,7 @@ TEST_F(AppDelegateTest, TerminatingTwiceIsHarmless) {
   EXPECT_TRUE(fakes.calls->all().empty());
 }
 
-TEST_F(AppDelegateTest, StartedOnceMoreItShowsChooseApps) {
+TEST_F(AppDelegateTest, ShowsChooseAppsWhenTheProgramIsStartedOnceMore) {
   delegate.applicationDidFinishLaunching();
   fakes.calls->clear();
   delegate.applicationShouldHandleReopen();
@@ -154,7 +154,7 @@ TEST_F(AppDelegateTest, StartedOnceMoreItShowsChooseApps) {
   EXPECT_EQ(userInterface.windows.size(), 1U);
 }
 
-TEST_F(AppDelegateTest, StartedOnceMoreBeforeLaunchingHasFinishedItDoesNothing) {
+TEST_F(AppDelegateTest, DoesNothingWhenTheProgramIsStartedOnceMoreBeforeLaunchingHasFinished) {
   delegate.applicationShouldHandleReopen();
   EXPECT_TRUE(fakes.calls->all().empty());
   EXPECT_TRUE(userInterface.windows.empty());
@@ -197,7 +197,7 @@ TEST_F(AppDelegateTest, TellsTheUserOnceAndTheTerminalThatNoServiceGrantsTheHold
             "09:00:00  No service of the system grants the hold \u2014 your Mac can sleep\n");
 }
 
-TEST_F(AppDelegateTest, HoldsTheLidAgainThatAnEarlierProcessHeld) {
+TEST_F(AppDelegateTest, HoldsTheLidAgainForAnEarlierProcessThatHeldIt) {
   fakes.useLidSwitch();
   fakes.defaults.setBoolean(keys::allowLidClosed, true);
   delegate.applicationDidFinishLaunching();
@@ -214,7 +214,7 @@ TEST_F(AppDelegateTest, TellsTheUserWhenTheLidCannotBeHeldAgain) {
             Texts{"\"Work with the lid closed\" could not be switched on again."});
 }
 
-TEST_F(AppDelegateTest, TellsNothingOfALidThatIsTriedAgainUntilItIsKnownToBeLost) {
+TEST_F(AppDelegateTest, TellsNothingAboutALidThatIsTriedAgainUntilItIsLost) {
   fakes.useLidSwitch();
   fakes.lidSwitch.holdFailure = tidewell::LidSwitch::Failure{false, "nobody answers", true};
   fakes.defaults.setBoolean(keys::allowLidClosed, true);
@@ -224,7 +224,7 @@ TEST_F(AppDelegateTest, TellsNothingOfALidThatIsTriedAgainUntilItIsKnownToBeLost
   EXPECT_EQ(fakes.calls->count("tell: With its lid closed the computer will sleep"), 1U);
 }
 
-TEST_F(AppDelegateTest, TellsTheUserOfALidThatIsLostLater) {
+TEST_F(AppDelegateTest, TellsTheUserWhenTheLidIsLostLater) {
   fakes.useLidSwitch();
   fakes.defaults.setBoolean(keys::allowLidClosed, true);
   delegate.applicationDidFinishLaunching();

@@ -27,7 +27,7 @@ class AppMainTest : public testing::Test {
     return AppMain(fakes.ports, application, userInterface).run(arguments);
   }
 
-  /// Runs with the one argument and tells which of the two modes it chose.
+  /// Runs the entry with one argument and returns which of the two modes it chose.
   std::string modeOf(const std::string& argument) {
     FakePorts own;
     FakeApplication ownApplication;

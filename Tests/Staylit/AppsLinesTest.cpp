@@ -43,7 +43,7 @@ std::vector<AppsView::Section> lists(std::vector<AppsView::Entry> watched,
           {"Asleep", "They may not", "moon", "Nobody.", "up", "Take", std::move(ignored)}};
 }
 
-/// Draws lines as a table does: by doing each step to its own rows.
+/// Draws lines as a table does, which repeats each step on its own rows.
 class Table {
  public:
   Edits show(const std::vector<AppsView::Section>& sections) {
@@ -52,7 +52,7 @@ class Table {
       edits.push_back(edit);
       apply(edit);
       if (edit.kind == Edit::Kind::remove) return;
-      // Whoever is told reads the line at once.
+      // The table reads the line at once.
       const std::size_t row = edit.kind == Edit::Kind::move ? edit.movedTo : edit.row;
       EXPECT_EQ(rows.at(row).text, lines.lines().at(row).text);
     });
@@ -114,7 +114,7 @@ TEST(AppsLines, AreTheHeadingsWithTheApplicationsBelowThem) {
   EXPECT_EQ(table.rows[3].count, 1U);
 }
 
-TEST(AppsLines, AllTellWhichListTheyAreIn) {
+TEST(AppsLines, TellWhichListTheyAreIn) {
   Table table;
   table.show(lists({app("a")}, {app("b"), app("c")}));
   std::vector<std::size_t> sections;
@@ -123,7 +123,7 @@ TEST(AppsLines, AllTellWhichListTheyAreIn) {
   EXPECT_EQ(sections, (std::vector<std::size_t>{0, 0, 1, 1, 1}));
 }
 
-TEST(AppsLines, SayWhatAnEmptyListSays) {
+TEST(AppsLines, ShowTheTextOfAnEmptyList) {
   Table table;
   table.show(lists({}, {}));
   EXPECT_EQ(table.texts(), (Texts{"Awake", "No one.", "Asleep", "Nobody."}));
@@ -132,7 +132,7 @@ TEST(AppsLines, SayWhatAnEmptyListSays) {
   EXPECT_EQ(table.rows[2].count, 0U);
 }
 
-TEST(AppsLines, GiveAnApplicationTheWayOutOfItsList) {
+TEST(AppsLines, ShowHowAnApplicationLeavesItsList) {
   Table table;
   table.show(lists({app("a")}, {app("c", "not in catalogue")}));
   EXPECT_EQ(table.rows[1].moveSymbol, "down");
@@ -143,7 +143,7 @@ TEST(AppsLines, GiveAnApplicationTheWayOutOfItsList) {
   EXPECT_EQ(table.rows[3].detail, "not in catalogue");
 }
 
-TEST(AppsLines, AreSpokenWithAllThatIsSeen) {
+TEST(AppsLines, AreSpokenWithEverythingThatTheyShow) {
   Table table;
   table.show(lists({working("a"), app("b")}, {}));
   EXPECT_EQ(table.rows[1].spoken(), "The a, working now, CPU 40%");
@@ -152,13 +152,13 @@ TEST(AppsLines, AreSpokenWithAllThatIsSeen) {
 
 // Steps.
 
-TEST(AppsLines, TakeNoStepWhereNothingChanged) {
+TEST(AppsLines, TakeNoStepWhenNothingChanged) {
   Table table;
   table.show(lists({app("a")}, {app("c")}));
   EXPECT_EQ(table.show(lists({app("a")}, {app("c")})), Edits{});
 }
 
-TEST(AppsLines, ChangeALineThatReadsOtherwise) {
+TEST(AppsLines, ChangeALineWhoseTextsChanged) {
   Table table;
   table.show(lists({app("a"), app("b")}, {}));
   EXPECT_EQ(table.show(lists({app("a"), app("b", "busy")}, {})), (Edits{{Edit::Kind::change, 2}}));
@@ -182,7 +182,7 @@ TEST(AppsLines, MoveALineToTheOtherList) {
   EXPECT_EQ(table.rows[3].moveSymbol, "up");
 }
 
-TEST(AppsLines, RemoveFromBelowWhatTheSearchHides) {
+TEST(AppsLines, RemoveTheLinesThatTheSearchHidesFromTheBottomUp) {
   Table table;
   table.show(lists({app("a"), app("b"), app("c")}, {}));
   EXPECT_EQ(table.show(lists({app("b")}, {})),
@@ -229,7 +229,7 @@ TEST(AppsLines, FindAnApplicationWhereverItIs) {
   EXPECT_EQ(table.lines.rowOf(""), std::nullopt);
 }
 
-TEST(AppsLines, KnowTheApplicationNearest) {
+TEST(AppsLines, FindTheNearestApplication) {
   Table table;
   table.show(lists({app("a")}, {app("b")}));
   EXPECT_EQ(table.lines.entryNear(0), 1U);
@@ -255,7 +255,7 @@ TEST(AppsAnchors, LeadToTheFirstApplicationThatStayedInItsList) {
   EXPECT_EQ(place->top, 50);
 }
 
-TEST(AppsAnchors, LeaveAnApplicationThatBeganToWork) {
+TEST(AppsAnchors, PassOverAnApplicationThatBeganToWork) {
   Table table;
   table.show(lists({app("a"), app("b")}, {}));
   AppsAnchors anchors;

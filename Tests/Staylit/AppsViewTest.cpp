@@ -142,7 +142,7 @@ TEST_F(AppsViewTest, ABusyAppIsShownAsTheEngineDescribesIt) {
   EXPECT_EQ(entries.size(), 39U) << "one of the two is in the catalogue";
 }
 
-TEST_F(AppsViewTest, OfTwoBusyAppsOfOneIdentifierTheLaterCounts) {
+TEST_F(AppsViewTest, TheLaterOfTwoBusyAppsWithOneIdentifierCounts) {
   engine->busyApps().set({busy("a", "First", 1), busy("a", "Second", 2)});
   const Entries entries = view->allEntries();
   EXPECT_EQ(entries.size(), 39U);
@@ -242,13 +242,13 @@ TEST_F(AppsViewTest, BlanksAloneFindEverything) {
   EXPECT_EQ(found(" \t ").size(), 38U);
 }
 
-TEST_F(AppsViewTest, BlanksWithinTheSearchAndLineBreaksCount) {
+TEST_F(AppsViewTest, BlanksWithinTheSearchAndLineBreaksAreSearchedFor) {
   EXPECT_EQ(found("xco de"), Texts{});
   EXPECT_EQ(found("xcode\n"), Texts{});
   EXPECT_EQ(found("\n"), Texts{});
 }
 
-TEST_F(AppsViewTest, SearchesLetterByLetterNotByPattern) {
+TEST_F(AppsViewTest, TakesTheSearchLiterallyAndNotAsAPattern) {
   EXPECT_EQ(found("."), Texts{});
   EXPECT_EQ(found("npm /"), Texts{"npm / node"});
   EXPECT_EQ(found("*"), Texts{});
@@ -275,7 +275,7 @@ TEST_F(AppsViewTest, TheSearchCountsForBothLists) {
   EXPECT_EQ(view->search(), "code");
 }
 
-// What stands around the rows.
+// The texts around the rows.
 
 TEST_F(AppsViewTest, SaysWhatTheWindowIsForAtItsTop) {
   const AppsView::Header header = view->header();
@@ -326,7 +326,7 @@ TEST_F(AppsViewTest, CountsTheIgnoredAppsBelowTheLists) {
   EXPECT_EQ(view->footer().text, "1 ignored");
 }
 
-TEST_F(AppsViewTest, TheCountSpeaksOfTheListAsTheSearchLeavesIt) {
+TEST_F(AppsViewTest, CountsOnlyTheIgnoredAppsThatMatchTheSearch) {
   ignore({"alpha", "beta", "alphabet"});
   view->setSearch("alpha");
   EXPECT_EQ(view->footer().text, "2 ignored");
@@ -416,7 +416,7 @@ TEST_F(AppsViewTest, WatchingEverythingEmptiesTheIgnoredListAndTicksAtOnce) {
   EXPECT_EQ(fakes.calls->only(inOrder), inOrder);
 }
 
-TEST_F(AppsViewTest, WatchingEverythingAlsoMeansWhatTheSearchHides) {
+TEST_F(AppsViewTest, WatchingEverythingAlsoWatchesAppsThatTheSearchHides) {
   ignore({"alpha", "beta"});
   view->setSearch("alpha");
   view->watchEverything();
@@ -444,7 +444,7 @@ TEST_F(AppsViewTest, ItsVersionCountsMovesAndNothingElse) {
 
 // Observing.
 
-TEST_F(AppsViewTest, TellsOfItsOwnChangesFromTheLoop) {
+TEST_F(AppsViewTest, TellsOfItsOwnChangesFromTheMainLoop) {
   int told = 0;
   engine->setPaused(true);
   const Subscription subscription = view->observe([&] { ++told; });
@@ -460,7 +460,7 @@ TEST_F(AppsViewTest, TellsOfItsOwnChangesFromTheLoop) {
   EXPECT_EQ(told, 3);
 }
 
-TEST_F(AppsViewTest, TellsNothingOfASearchThatStaysTheSame) {
+TEST_F(AppsViewTest, TellsNothingWhenTheSearchStaysTheSame) {
   int told = 0;
   view->setSearch("x");
   const Subscription subscription = view->observe([&] { ++told; });

@@ -1,4 +1,4 @@
-// Somebody sets the clock, or the network does, by a second or by years: no decision depends on it.
+// Somebody, or the network, sets the wall clock by a second or by years. No decision depends on it.
 
 #include <gtest/gtest.h>
 
@@ -72,7 +72,7 @@ TEST_P(ClockStepsTest, IdleStaysIdle) {
   }
 }
 
-TEST_P(ClockStepsTest, ARunIsSustainedAfterTenSecondsOfItsOwn) {
+TEST_P(ClockStepsTest, ARunIsSustainedAfterTenRealSeconds) {
   tickFor(130s);
   works = true;
   tickFor(6s);

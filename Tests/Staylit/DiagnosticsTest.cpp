@@ -41,7 +41,7 @@ const std::string kNoAssertions =
 
 class DiagnosticsTest : public testing::Test {
  protected:
-  /// Lets that process use this share of a core while the report samples.
+  /// Lets process `pid` use this share of a core while the report samples.
   void work(std::int32_t pid, const std::string& path, double cpuPercent) {
     fakes.processes.add(pid, path);
     duringSleep.push_back([this, pid, cpuPercent] {
@@ -89,13 +89,13 @@ TEST_F(DiagnosticsTest, ReportsABlockedMachineThatWorks) {
   work(10, "/Applications/Xcode.app/Contents/MacOS/Xcode", 143);
   fakes.applications.add(10, "com.apple.dt.Xcode", "Xcode");
   fakes.processes.add(11, "/opt/copier");
-  // It has been copying for one tick only when the report ends.
+  // When the report ends, the tool has been copying for one tick only.
   duringSleep.push_back([this] {
     if (fakes.clock.sleeps.size() == 20) {
       fakes.processes.at(11).usage.diskBytesWritten += std::uint64_t{2} * 200 * 1024;
     }
   });
-  // One sleep is a little short: the run lasts 37.9 s.
+  // One sleep is a little shorter than the others, so the run lasts 37.9 s.
   duringSleep.push_back([this] {
     if (fakes.clock.sleeps.size() != 5) return;
     fakes.clock.advance(-0.1s);
@@ -158,7 +158,7 @@ TEST_F(DiagnosticsTest, ReportsTrafficOfTheRunsThatEndWhileItSamples) {
                           "Verdict: WOULD HOLD sleep\n");
 }
 
-// Its head.
+// The first lines.
 
 TEST_F(DiagnosticsTest, PrintsASustainTimeOfZeroOrLessAsOneAndSamples14Seconds) {
   fakes.defaults.stored["sustainSeconds"] = Integer{0};
@@ -198,7 +198,7 @@ TEST_F(DiagnosticsTest, PrintsLowPowerModeAndThatItBlocks) {
   EXPECT_EQ(line("            "), "            holding is BLOCKED \u2014 Low Power Mode is on");
 }
 
-TEST_F(DiagnosticsTest, PrintsNoBlockWhereThereIsNone) {
+TEST_F(DiagnosticsTest, PrintsNothingAboutABlockWhenNothingBlocks) {
   fakes.powerSources.setBattery(85);
   EXPECT_EQ(report().find("BLOCKED"), std::string::npos);
 }
@@ -217,7 +217,7 @@ TEST_F(DiagnosticsTest, PrintsTheGraceAsItIsStored) {
   EXPECT_EQ(line("Grace:"), "Grace:      10000s after work stops");
 }
 
-// Its sampling.
+// The sampling.
 
 TEST_F(DiagnosticsTest, TakesEightTicksInThe14SecondsOfAQuickMachine) {
   fakes.defaults.stored["sustainSeconds"] = Integer{1};
@@ -230,7 +230,7 @@ TEST_F(DiagnosticsTest, TakesFewerTicksWhenEachIsSlow) {
   fakes.defaults.stored["sustainSeconds"] = Integer{1};
   fakes.processes.whileListing = [this] { fakes.clock.advance(1s); };
   report();
-  // At 0, 3, 6, 9 and 12 s; 15 s are beyond the end.
+  // It ticks at 0, 3, 6, 9 and 12 s, and once more at the end.
   EXPECT_EQ(fakes.calls->count("list processes"), 6U);
   EXPECT_EQ(fakes.clock.sleeps.size(), 5U);
 }
@@ -251,7 +251,7 @@ TEST_F(DiagnosticsTest, ReadsThePowerStateOnce) {
   EXPECT_EQ(fakes.calls->count("read the power source"), 1U);
 }
 
-TEST_F(DiagnosticsTest, PrintsItsHeadBeforeItSamples) {
+TEST_F(DiagnosticsTest, PrintsItsFirstLinesBeforeItSamples) {
   std::string before;
   fakes.processes.whileListing = [&] {
     if (before.empty()) before = fakes.console.output;
@@ -270,9 +270,9 @@ TEST_F(DiagnosticsTest, TakesNoAssertionWritesNoSettingAndLogsNothing) {
   EXPECT_EQ(fakes.sleepNotifications.observers(), 0U);
 }
 
-// Its lists.
+// The lists.
 
-TEST_F(DiagnosticsTest, OfTwentyApplicationsCountsTwentyAndShowsTheTwelveBusiest) {
+TEST_F(DiagnosticsTest, CountsTwentyApplicationsAndShowsTheTwelveBusiest) {
   std::string rows;
   for (std::int32_t pid = 11; pid <= 30; ++pid)
     work(pid, "/opt/tool" + std::to_string(pid), 20.0 + pid);
@@ -316,9 +316,9 @@ TEST_F(DiagnosticsTest, ListsNobodyWhenTheServiceDoesNotAnswer) {
                           "Verdict: would let the Mac sleep\n");
 }
 
-// Its verdict.
+// The verdict.
 
-TEST_F(DiagnosticsTest, WouldLetTheMachineSleepForWhatIsNotSustained) {
+TEST_F(DiagnosticsTest, WouldLetTheMachineSleepWhenNothingIsSustained) {
   fakes.processes.add(10, "/opt/tool");
   duringSleep.push_back([this] {
     if (fakes.clock.sleeps.size() >= 6) fakes.processes.at(10).usage.userTime += 1'000'000'000;
@@ -347,7 +347,7 @@ TEST_F(DiagnosticsTest, WouldHoldForAForeignAssertionThatIsIgnored) {
   EXPECT_EQ(line("Verdict:"), "Verdict: WOULD HOLD sleep");
 }
 
-// Its progress line.
+// The progress line.
 
 TEST_F(DiagnosticsTest, WritesNothingToStandardErrorUnlessItIsATerminal) {
   fakes.console.outputTerminal = true;

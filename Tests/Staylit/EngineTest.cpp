@@ -22,7 +22,7 @@ class EngineTest : public testing::Test {
  protected:
   void SetUp() override { fakes.defaults.stored["sustainSeconds"] = Integer{1}; }
 
-  /// From now on, each `tickAfter` finds that process at this share of a core.
+  /// From now on the process uses this share of a core before each `tickAfter`.
   void work(std::int32_t pid, const std::string& name, double cpuPercent) {
     fakes.processes.add(pid, "/opt/" + name);
     workers.push_back({pid, cpuPercent});
@@ -45,7 +45,7 @@ class EngineTest : public testing::Test {
     engine->tick();
   }
 
-  /// Ticks until what works has been seen working for long enough.
+  /// Ticks until the work has lasted for the sustain time.
   void tickUntilBusy() {
     for (int times = 0; times < 3; ++times)
       tickAfter(2s);
@@ -131,7 +131,7 @@ TEST_F(EngineTest, ATickThatWasPostedDoesNothingOnceTheEngineIsGone) {
   EXPECT_TRUE(fakes.calls->all().empty());
 }
 
-TEST_F(EngineTest, DoesNotTickByItselfAnyMoreWhenItsTimerIsStopped) {
+TEST_F(EngineTest, NoLongerTicksByItselfOnceItsTimerIsStopped) {
   engine->stopTimer();
   engine->start();
   engine->stopTimer();
@@ -173,7 +173,7 @@ TEST_F(EngineTest, TellsItsObserversBeforeTheStatusChanges) {
   EXPECT_EQ(next, std::vector<EngineStatus>{EngineStatus::winding(120)});
 }
 
-TEST_F(EngineTest, HoldsAndReleasesBeforeItTellsOfIt) {
+TEST_F(EngineTest, HoldsAndReleasesBeforeItPublishesTheStatus) {
   Texts told;
   const Subscription subscription = engine->status().observe([&](const EngineStatus& next) {
     const Texts held = fakes.power.liveNames();
@@ -234,7 +234,7 @@ TEST_F(EngineTest, AGraceOf10000IsLoweredTo600) {
   EXPECT_EQ(status(), EngineStatus::winding(600));
 }
 
-TEST_F(EngineTest, AGraceWithinItsRangeIsTakenAsItIs) {
+TEST_F(EngineTest, AGraceWithinItsRangeStaysAsItIs) {
   fakes.defaults.stored["graceSeconds"] = Integer{31};
   engine->tick();
   EXPECT_EQ(status(), EngineStatus::winding(31));
@@ -258,7 +258,7 @@ TEST_F(EngineTest, QuietFor120SecondsIsIdleAndReleased) {
                                       "info: released sleep hold"}));
 }
 
-TEST_F(EngineTest, RoundsTheSecondsThatAreLeftUp) {
+TEST_F(EngineTest, RoundsUpTheSecondsThatAreLeft) {
   engine->tick();
   tickAfter(2.0s);
   EXPECT_EQ(status(), EngineStatus::winding(118));
@@ -583,7 +583,7 @@ TEST_F(EngineTest, SleepAndWakeDoNothingOnceTheEngineIsGone) {
   EXPECT_TRUE(fakes.calls->all().empty());
 }
 
-// The end.
+// The engine's end.
 
 TEST_F(EngineTest, DroppingTheEngineDropsItsHold) {
   engine->tick();

@@ -7,7 +7,7 @@
 namespace staylit {
 namespace {
 
-/// An engine that waits for work to resume, and hence wants the machine awake.
+/// An engine that waits for work to resume, so it wants the machine awake.
 class HoldWatchTest : public testing::Test {
  protected:
   void look(int times) {
@@ -26,7 +26,7 @@ TEST_F(HoldWatchTest, SaysNothingWhileTheHoldIsGranted) {
   EXPECT_EQ(told, 0);
 }
 
-TEST_F(HoldWatchTest, SaysOnceAfterSixLooksThatNoServiceGrantsTheHold) {
+TEST_F(HoldWatchTest, SaysOnceAfterSixTicksThatNoServiceGrantsTheHold) {
   fakes.power.granted = false;
   look(5);
   EXPECT_EQ(told, 0);
@@ -36,13 +36,13 @@ TEST_F(HoldWatchTest, SaysOnceAfterSixLooksThatNoServiceGrantsTheHold) {
   EXPECT_EQ(told, 1);
 }
 
-TEST_F(HoldWatchTest, SaysSoAsWellWhereTheHoldCannotEvenBeMade) {
+TEST_F(HoldWatchTest, AlsoSaysSoWhenTheHoldCannotBeMadeAtAll) {
   fakes.power.systemFailure = -13;
   look(20);
   EXPECT_EQ(told, 1);
 }
 
-TEST_F(HoldWatchTest, SaysNothingOfAServiceThatIsBackSoon) {
+TEST_F(HoldWatchTest, SaysNothingWhenTheServiceIsBackSoon) {
   look(1);
   fakes.power.granted = false;
   look(5);
@@ -53,7 +53,7 @@ TEST_F(HoldWatchTest, SaysNothingOfAServiceThatIsBackSoon) {
   EXPECT_EQ(told, 0);
 }
 
-TEST_F(HoldWatchTest, SaysItAgainOnlyAfterSomethingWasGranted) {
+TEST_F(HoldWatchTest, SaysItAgainOnlyAfterAHoldWasGranted) {
   fakes.power.granted = false;
   look(20);
   engine.setPaused(true);

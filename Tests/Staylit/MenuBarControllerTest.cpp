@@ -44,7 +44,7 @@ BusyApp busyApp(std::string id, std::string display, double cpuPercent = 50) {
   return app;
 }
 
-/// "app0" to "app<count - 1>", with the names "App 0" and so on.
+/// The applications "app0" to "app<count - 1>", with the names "App 0" and so on.
 std::vector<BusyApp> busyApps(int count) {
   std::vector<BusyApp> apps;
   for (int number = 0; number < count; ++number) {
@@ -95,7 +95,7 @@ MenuItem toggle(const std::string& title, const std::string& id, bool isOn,
   return item;
 }
 
-/// What stands between the heading `title` and the next separator.
+/// The items between the heading `title` and the next separator.
 Menu under(const Menu& menu, const std::string& title) {
   const auto heading = std::ranges::find(menu, title, &MenuItem::title);
   if (heading == menu.end()) return {};
@@ -124,7 +124,7 @@ const std::vector<EngineStatus>& allStatuses() {
 class MenuBarControllerTest : public testing::Test {
  protected:
   void SetUp() override {
-    Prefs::shared();  // Its defaults are registered, and that is in the log.
+    Prefs::shared();  // This registers the defaults, which is one of the calls.
     fakes.calls->clear();
   }
 
@@ -201,7 +201,7 @@ TEST_F(MenuBarControllerTest, HearsNothingFromTheEngineOnceItIsGone) {
   EXPECT_EQ(fakes.mainLoop.posted(), 0U);
 }
 
-TEST_F(MenuBarControllerTest, WhatIsPostedMayOutliveControllerAndEngine) {
+TEST_F(MenuBarControllerTest, PostedWorkMayOutliveControllerAndEngine) {
   engine->status().set(EngineStatus::holding({"A"}));
   controller.reset();
   engine.reset();
@@ -209,7 +209,7 @@ TEST_F(MenuBarControllerTest, WhatIsPostedMayOutliveControllerAndEngine) {
   EXPECT_TRUE(userInterface.shown.empty());
 }
 
-TEST_F(MenuBarControllerTest, TakesTheStatusItemWithIt) {
+TEST_F(MenuBarControllerTest, DestroysTheStatusItemWithItself) {
   EXPECT_EQ(userInterface.menu, controller.get());
   controller.reset();
   EXPECT_EQ(userInterface.menu, nullptr);
@@ -224,7 +224,7 @@ TEST_F(MenuBarControllerTest, IsReadyWhenTheStatusItemAsksForTheMenuAtOnce) {
   EXPECT_EQ(early, menu());
 }
 
-TEST(MenuBarController, GetsAlongWithoutAPlaceForTheStatusItem) {
+TEST(MenuBarController, WorksWithoutAPlaceForTheStatusItem) {
   tidewell::FakePorts fakes;
   FakeUserInterface userInterface(fakes.calls);
   userInterface.hasPlaceForStatusItem = false;
@@ -236,7 +236,7 @@ TEST(MenuBarController, GetsAlongWithoutAPlaceForTheStatusItem) {
   EXPECT_EQ(controller.menuNeedsUpdate().size(), 7U);
 }
 
-TEST(MenuBarController, GetsNoStatusThatWasPostedForAnEarlierOneInItsPlace) {
+TEST(MenuBarController, ShowsNoStatusThatWasPostedByAnEarlierControllerInItsPlace) {
   tidewell::FakePorts fakes;
   FakeUserInterface userInterface;
   StaylitEngine engine(fakes.ports);
@@ -320,7 +320,7 @@ TEST_F(MenuBarControllerTest, APausedEngineCanBeResumed) {
   EXPECT_EQ(menu()[2], command("Resume", "p", Action::togglePause));
 }
 
-TEST_F(MenuBarControllerTest, ListsWhatWorksThenWhatIsIgnoredThenWhatAsked) {
+TEST_F(MenuBarControllerTest, ListsBusyAppsThenIgnoredAppsThenAskingApps) {
   engine->status().set(EngineStatus::holding({"Xcode", "Transcoder"}));
   engine->busyApps().set(
       {busyApp("com.apple.dt.Xcode", "Xcode", 112), busyApp("node", "npm / node")});
@@ -357,7 +357,7 @@ TEST_F(MenuBarControllerTest, BusyAppsAreComparedWithTheIgnoredOnesToTheLetter) 
   EXPECT_TRUE(under(menu(), "Staying awake for")[0].isOn);
 }
 
-TEST_F(MenuBarControllerTest, OfTenBusyAppsEightAreListedInTheirOrderAndNoMoreIsSaid) {
+TEST_F(MenuBarControllerTest, ListsEightOfTenBusyAppsInTheirOrderAndMentionsNoOthers) {
   std::vector<BusyApp> apps = busyApps(10);
   std::ranges::reverse(apps);
   engine->busyApps().set(apps);
@@ -374,7 +374,7 @@ TEST_F(MenuBarControllerTest, ListsSevenAndEightBusyAppsInFull) {
   EXPECT_EQ(under(menu(), "Staying awake for").size(), 8U);
 }
 
-TEST_F(MenuBarControllerTest, OfSevenIgnoredAppsSixAreListedAndOneIsCounted) {
+TEST_F(MenuBarControllerTest, ListsSixOfSevenIgnoredAppsAndCountsOne) {
   ignore(numbered("app", 7));
   EXPECT_EQ(under(menu(), "Not watching"),
             (Menu{toggle("app0", "app0", false, ""), toggle("app1", "app1", false, ""),
@@ -420,7 +420,7 @@ TEST_F(MenuBarControllerTest, ShowsTheIdentifierOfAnIgnoredAppThatTheCatalogueDo
   EXPECT_EQ(titles(under(menu(), "Not watching")), Texts{"com.example.unknown"});
 }
 
-TEST_F(MenuBarControllerTest, OfSixAskingAppsFiveAreListedInTheirOrderAndNoMoreIsSaid) {
+TEST_F(MenuBarControllerTest, ListsFiveOfSixAskingAppsInTheirOrderAndMentionsNoOthers) {
   engine->assertingApps().set({"F", "E", "D", "C", "B", "A"});
   EXPECT_EQ(under(menu(), "Asked to stay awake"),
             (Menu{header("  F"), header("  E"), header("  D"), header("  C"), header("  B")}));
@@ -535,7 +535,7 @@ TEST_F(MenuBarControllerTest, ChoosingAnIgnoredAppWatchesItAgain) {
   EXPECT_EQ(titles(under(menu(), "Not watching")), Texts{"x"});
 }
 
-TEST_F(MenuBarControllerTest, AnOldItemDoesWhatTheStoreAsksForNotWhatItShowed) {
+TEST_F(MenuBarControllerTest, AnOldItemTogglesTheStoredStateAndNotTheOneItShowed) {
   engine->busyApps().set({busyApp("a", "A")});
   const MenuItem shownAsWatched = item("A \u2014 50% CPU");
   ignore({"a"});
@@ -707,7 +707,7 @@ TEST_F(MenuBarControllerTest, SettingsAreReadWhenTheirWindowIsFirstOpened) {
   EXPECT_EQ(firstLabel(), "Wait 1 minute after work stops") << "and not again";
 }
 
-TEST_F(MenuBarControllerTest, SettingsThatCouldNotBeShownAreReadAgain) {
+TEST_F(MenuBarControllerTest, SettingsAreReadAgainWhenTheirWindowCouldNotBeMade) {
   userInterface.canMakeWindows = false;
   fakes.calls->clear();
   controller->openSettings();
@@ -719,7 +719,7 @@ TEST_F(MenuBarControllerTest, SettingsThatCouldNotBeShownAreReadAgain) {
             "Wait 10 minutes after work stops");
 }
 
-TEST_F(MenuBarControllerTest, EachOfTheTwoWindowsIsItsOwn) {
+TEST_F(MenuBarControllerTest, MakesTwoSeparateWindows) {
   controller->openApps();
   controller->openSettings();
   controller->openApps();
@@ -728,7 +728,7 @@ TEST_F(MenuBarControllerTest, EachOfTheTwoWindowsIsItsOwn) {
   EXPECT_NE(userInterface.windows[1]->settingsView, nullptr);
 }
 
-TEST_F(MenuBarControllerTest, TakesTheWindowsWithItBeforeWhatTheyShow) {
+TEST_F(MenuBarControllerTest, DestroysTheWindowsBeforeTheirViews) {
   controller->openApps();
   controller->openSettings();
   userInterface.windows[0]->appsView->setSearch("last words");

@@ -139,7 +139,7 @@ TEST_F(PrefsTest, PassesABatteryFloorAboveAHundredThrough) {
   EXPECT_EQ(Prefs::shared().powerPolicy().batteryFloor, 250);
 }
 
-TEST_F(PrefsTest, ReadsWhatCannotBeConvertedAsNothing) {
+TEST_F(PrefsTest, ReadsAValueThatCannotBeConvertedAsNothing) {
   fakes.defaults.stored = {{"cpuThresholdPercent", "many"},
                            {"respectLowPower", Texts{"true"}},
                            {"batteryThreshold", Texts{}}};
@@ -148,7 +148,7 @@ TEST_F(PrefsTest, ReadsWhatCannotBeConvertedAsNothing) {
   EXPECT_EQ(Prefs::shared().powerPolicy().batteryFloor, 0);
 }
 
-TEST_F(PrefsTest, IgnoresNobodyWhenTheStoredValueIsNoList) {
+TEST_F(PrefsTest, IgnoresNobodyWhenTheStoredValueIsNotAList) {
   fakes.defaults.stored["ignoredApps"] = "com.a";
   EXPECT_EQ(Prefs::shared().ignoredApps(), TextSet{});
   EXPECT_EQ(Prefs::shared().activityThresholds().ignored, TextSet{});

@@ -100,7 +100,7 @@ TEST(Published, LetsAnObserverAddAnotherWhileItIsTold) {
   EXPECT_EQ(told.back(), 2);
 }
 
-TEST(Published, MayGoBeforeItsSubscriptions) {
+TEST(Published, MayBeDestroyedBeforeItsSubscriptions) {
   const auto captured = std::make_shared<int>(0);
   Subscription subscription;
   {

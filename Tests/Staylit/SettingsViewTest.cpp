@@ -49,7 +49,7 @@ class SettingsViewTest : public testing::Test {
  protected:
   void SetUp() override { fakes.calls->clear(); }
 
-  /// The window is opened for the first time with this in the store.
+  /// Makes the view anew, with this value in the store.
   void open(std::string_view key, PropertyValue value) {
     fakes.defaults.stored[std::string(key)] = std::move(value);
     view = std::make_unique<SettingsView>(*engine, fakes.ports);
@@ -72,14 +72,14 @@ class SettingsViewTest : public testing::Test {
   PropertyValue stored(const std::string& key) { return fakes.defaults.stored[key]; }
   bool isStored(const std::string& key) { return fakes.defaults.stored.contains(key); }
 
-  /// The next answers to the administrator's prompt.
+  /// Sets the next answers to the administrator's prompt.
   void answer(const std::vector<bool>& approvals) {
     for (const bool approved : approvals) {
       fakes.scripts.nextOutcomes.push_back(approved ? FakePrivilegedScripts::Outcome{}
                                                     : FakePrivilegedScripts::declined());
     }
   }
-  /// What the administrator was asked for so far: 1 for sleep off, 0 for sleep on.
+  /// The requests to the administrator so far: 1 for sleep off, 0 for sleep on.
   std::string asked() {
     std::string result;
     for (const std::string& source : fakes.scripts.sources)
@@ -196,7 +196,7 @@ TEST_F(SettingsViewTest, TellsTheChargeRightNow) {
   EXPECT_EQ(text(Control::rightNow), "0% \u00B7 plugged in");
 }
 
-TEST_F(SettingsViewTest, TellsHowManyAppsAreNotWatchedAsStoredNow) {
+TEST_F(SettingsViewTest, TellsHowManyAppsTheStoreIgnoresNow) {
   EXPECT_EQ(text(Control::watching), "everything");
   fakes.defaults.stored["ignoredApps"] = Texts{"a", "b"};
   EXPECT_EQ(text(Control::watching), "all but 2");
@@ -229,7 +229,7 @@ TEST_F(SettingsViewTest, OffersTheBatteryFloorInStepsOfFive) {
   EXPECT_EQ(label(Control::battery), "Stop holding below 0%");
 }
 
-TEST_F(SettingsViewTest, BringsAValueToTheNearestThatTheSliderOffers) {
+TEST_F(SettingsViewTest, BringsAValueToTheNearestOneThatTheSliderOffers) {
   const std::vector<std::pair<Integer, Integer>> wantedAndStored = {
       {kLeast, 30}, {700, 600}, {0, 30}, {kMost, 600}, {44, 30}, {46, 60}, {599, 600}, {-1, 30}};
   for (const auto& [wanted, expected] : wantedAndStored) {
@@ -264,7 +264,7 @@ TEST_F(SettingsViewTest, ASliderThatStaysWhereItIsStoresNothing) {
   EXPECT_TRUE(fakes.defaults.written.empty());
 }
 
-TEST_F(SettingsViewTest, ShowsAValueOutOfRangeAtTheNearestEndAndTellsItAsItIs) {
+TEST_F(SettingsViewTest, ShowsAValueOutOfRangeAtTheNearestEndAndNamesItAsStored) {
   open("graceSeconds", Integer{7});
   EXPECT_EQ(row(Control::grace).content,
             (std::variant<Slider, Toggle, Value>(Slider{30, 30, 600, 30, "7 seconds"})));
@@ -281,7 +281,7 @@ TEST_F(SettingsViewTest, ShowsAValueOutOfRangeAtTheNearestEndAndTellsItAsItIs) {
   EXPECT_TRUE(fakes.defaults.written.empty());
 }
 
-TEST_F(SettingsViewTest, ShowsAValueBetweenTwoStepsThere) {
+TEST_F(SettingsViewTest, ShowsAValueBetweenTwoStepsWhereItLies) {
   open("graceSeconds", Integer{45});
   EXPECT_EQ(knob(Control::grace), 45);
   EXPECT_EQ(label(Control::grace), "Wait 45 seconds after work stops");
@@ -352,7 +352,7 @@ TEST_F(SettingsViewTest, AControlOfAnotherKindIgnoresWhatItIsTold) {
   EXPECT_TRUE(fakes.calls->all().empty());
 }
 
-TEST_F(SettingsViewTest, ChangesCountFromTheNextTickNotBefore) {
+TEST_F(SettingsViewTest, ChangesCountFromTheNextTickOn) {
   engine->tick();
   EXPECT_EQ(fakes.power.live.size(), 1U);
   view->setOn(Control::keepScreenOn, true);
@@ -422,7 +422,7 @@ TEST_F(SettingsViewTest, DecliningTheFlipBackFlipsTheToggleOnAgain) {
   EXPECT_EQ(row(Control::lidClosed).error, "");
 }
 
-TEST_F(SettingsViewTest, AfterTheThirdDeclinedApprovalTheToggleShowsWhatIsStoredAndRests) {
+TEST_F(SettingsViewTest, AfterTheThirdDeclinedApprovalTheToggleShowsTheStoredValueAndRests) {
   answer(std::vector<bool>(9, false));
   view->setOn(Control::lidClosed, true);
   for (int pass = 0; pass < 9; ++pass)
@@ -433,7 +433,7 @@ TEST_F(SettingsViewTest, AfterTheThirdDeclinedApprovalTheToggleShowsWhatIsStored
   EXPECT_TRUE(fakes.defaults.written.empty());
 }
 
-TEST_F(SettingsViewTest, ADeclinedSwitchingOffRestsAfterThreeApprovalsAsWell) {
+TEST_F(SettingsViewTest, DecliningToSwitchOffRestsAfterThreeApprovalsToo) {
   open("allowLidClosed", true);
   answer(std::vector<bool>(9, false));
   view->setOn(Control::lidClosed, false);
@@ -442,7 +442,7 @@ TEST_F(SettingsViewTest, ADeclinedSwitchingOffRestsAfterThreeApprovalsAsWell) {
   EXPECT_TRUE(isOn(Control::lidClosed));
 }
 
-TEST_F(SettingsViewTest, AToggleAtRestShowsWhatIsStoredByThen) {
+TEST_F(SettingsViewTest, AToggleAtRestShowsTheValueThatIsStoredByThen) {
   answer(std::vector<bool>(3, false));
   view->setOn(Control::lidClosed, true);
   fakes.defaults.stored["allowLidClosed"] = true;
@@ -451,7 +451,7 @@ TEST_F(SettingsViewTest, AToggleAtRestShowsWhatIsStoredByThen) {
   EXPECT_TRUE(isOn(Control::lidClosed));
 }
 
-TEST_F(SettingsViewTest, NothingIsTriedLaterByAToggleAtRest) {
+TEST_F(SettingsViewTest, AToggleAtRestTriesNothingLater) {
   answer(std::vector<bool>(9, false));
   fakes.mainLoop.timers.clear();
   view->setOn(Control::lidClosed, true);
@@ -459,7 +459,7 @@ TEST_F(SettingsViewTest, NothingIsTriedLaterByAToggleAtRest) {
   EXPECT_TRUE(fakes.mainLoop.timers.empty());
 }
 
-TEST_F(SettingsViewTest, AChangeOfAToggleAtRestIsActedUponAsTheFirst) {
+TEST_F(SettingsViewTest, AToggleAtRestActsOnAChangeAsOnTheFirst) {
   answer(std::vector<bool>(9, false));
   view->setOn(Control::lidClosed, true);
   fakes.mainLoop.runPosted();
@@ -468,7 +468,7 @@ TEST_F(SettingsViewTest, AChangeOfAToggleAtRestIsActedUponAsTheFirst) {
   EXPECT_EQ(asked(), "101101");
 }
 
-TEST_F(SettingsViewTest, ADeclinedSwitchingOffLeavesItStoredAsItWas) {
+TEST_F(SettingsViewTest, DecliningToSwitchOffLeavesTheStoredValueAsItWas) {
   open("allowLidClosed", true);
   answer({false});
   view->setOn(Control::lidClosed, false);
@@ -508,7 +508,7 @@ TEST_F(SettingsViewTest, ShowsTheLidAsItIsHeldWhereAProcessHoldsIt) {
   fakes.lidSwitch.become(true);
 }
 
-TEST_F(SettingsViewTest, SaysOfALidThatIsNotHeldWhetherItIsTriedAgain) {
+TEST_F(SettingsViewTest, SaysWhetherALidThatIsNotHeldIsTriedAgain) {
   fakes.useLidSwitch();
   open("allowLidClosed", true);
   EXPECT_EQ(row(Control::lidClosed).error, "") << "it stays off";
@@ -523,7 +523,7 @@ TEST_F(SettingsViewTest, SaysOfALidThatIsNotHeldWhetherItIsTriedAgain) {
   EXPECT_EQ(row(Control::lidClosed).error, "") << "the user's off stays";
 }
 
-/// Where the user is asked by the system, and has not answered.
+/// A lid switch whose system has asked the user, who has not answered yet.
 class LidPromptTest : public SettingsViewTest {
  protected:
   void SetUp() override {
@@ -556,7 +556,7 @@ TEST_F(LidPromptTest, FlipsBackWhenItIsDeclined) {
   EXPECT_TRUE(fakes.log.lines().empty()) << "nothing was restored";
 }
 
-TEST_F(LidPromptTest, ASecondClickTakesTheWishBack) {
+TEST_F(LidPromptTest, ASecondClickWithdrawsTheRequest) {
   view->setOn(Control::lidClosed, false);
   EXPECT_FALSE(fakes.lidSwitch.asked);
   EXPECT_FALSE(isOn(Control::lidClosed));
@@ -573,7 +573,7 @@ TEST_F(LidPromptTest, AnAnswerIsHarmlessOnceTheViewIsGone) {
   EXPECT_FALSE(isStored("allowLidClosed"));
 }
 
-TEST_F(SettingsViewTest, AFailureOfWhatTheUserChangedMeanwhileFlipsNothingBack) {
+TEST_F(SettingsViewTest, AFailureFlipsNothingBackWhenTheUserHasChangedTheToggleMeanwhile) {
   answer({true, false});
   bool isFirst = true;
   fakes.scripts.whileRunning = [&] {
@@ -703,7 +703,7 @@ TEST_F(SettingsViewTest, TheTwoGuardedTogglesAreIndependent) {
 
 // Observing.
 
-TEST_F(SettingsViewTest, TellsOfItsOwnChangesFromTheLoop) {
+TEST_F(SettingsViewTest, TellsOfItsOwnChangesFromTheMainLoop) {
   int told = 0;
   const Subscription subscription = view->observe([&] { ++told; });
   view->setValue(Control::grace, 300);

@@ -24,7 +24,7 @@ class TerminalReporterTest : public testing::Test {
     fakes.processes.add(11, "/opt/B");
   }
 
-  /// Ticks 2 s later, for all of which the two applications used these shares of a core.
+  /// Lets 2 s pass, in which the two applications use these shares of a core, and ticks.
   void tickWith(double percentOfA, double percentOfB) {
     useCPU(10, percentOfA);
     useCPU(11, percentOfB);
@@ -32,7 +32,7 @@ class TerminalReporterTest : public testing::Test {
     engine.tick();
   }
 
-  /// What was printed since the last call.
+  /// The lines that were printed since the last call.
   std::string printed() { return std::exchange(fakes.console.output, ""); }
 
   tidewell::FakePorts fakes;

@@ -43,7 +43,7 @@ TEST_F(ViewChangesTest, TellsOfEverythingThatTheEnginePublishes) {
   EXPECT_EQ(toldAfterTheLoopRan(), 4);
 }
 
-TEST_F(ViewChangesTest, TellsOfWhatTheViewDid) {
+TEST_F(ViewChangesTest, TellsOfChangesOfTheViewItself) {
   const Subscription subscription = observe();
   changes->viewChanged();
   EXPECT_EQ(told, 0) << "not before the loop runs";
@@ -60,7 +60,7 @@ TEST_F(ViewChangesTest, TellsOnceOfATickAndOnceOfTheNext) {
   EXPECT_EQ(toldAfterTheLoopRan(), 2);
 }
 
-TEST_F(ViewChangesTest, TellsWhenTheNewValueIsThere) {
+TEST_F(ViewChangesTest, TellsWhenTheNewValueCanBeRead) {
   std::optional<EngineStatus> seen;
   const Subscription subscription = changes->observe([&] { seen = engine->status().get(); });
   engine->status().set(EngineStatus::winding(7));
@@ -68,7 +68,7 @@ TEST_F(ViewChangesTest, TellsWhenTheNewValueIsThere) {
   EXPECT_EQ(seen, EngineStatus::winding(7));
 }
 
-TEST_F(ViewChangesTest, TellsAllObserversEachForItself) {
+TEST_F(ViewChangesTest, TellsEachOfSeveralObservers) {
   int others = 0;
   const Subscription one = observe();
   const Subscription other = changes->observe([&] { ++others; });
@@ -99,7 +99,7 @@ TEST_F(ViewChangesTest, AnObserverMayDropItsOwnSubscription) {
   EXPECT_EQ(toldAfterTheLoopRan(), 1);
 }
 
-TEST_F(ViewChangesTest, WhatChangesWhileAnObserverIsToldIsToldToo) {
+TEST_F(ViewChangesTest, TellsOfAChangeThatHappensWhileAnObserverIsTold) {
   const Subscription subscription = changes->observe([&] {
     if (++told < 3) changes->viewChanged();
   });

@@ -45,13 +45,13 @@ TEST_F(WatchListTest, KeepsTheListSorted) {
   EXPECT_EQ(storedIgnored(), (Texts{"B", "a", "b"}));
 }
 
-TEST_F(WatchListTest, TakesKeysExactly) {
+TEST_F(WatchListTest, ComparesKeysExactly) {
   fakes.defaults.stored["ignoredApps"] = Texts{"com.a"};
   WatchList::setWatched("COM.A", true);
   EXPECT_EQ(storedIgnored(), Texts{"com.a"});
 }
 
-TEST_F(WatchListTest, BeginsAListWhereTheStoredValueIsNone) {
+TEST_F(WatchListTest, BeginsAListWhenTheStoredValueIsNotAList) {
   fakes.defaults.stored["ignoredApps"] = true;
   WatchList::setWatched("com.a", false);
   EXPECT_EQ(storedIgnored(), Texts{"com.a"});

@@ -1,4 +1,4 @@
-// What a window system may rely on when it draws the menu and the settings.
+// The rules that a window system relies on when it draws the menu and the settings.
 
 #include <gtest/gtest.h>
 
@@ -26,7 +26,7 @@ using Texts = std::vector<std::string>;
 
 class WindowSystemContract : public testing::Test {
  protected:
-  /// A window system that keeps of an item only what it was about.
+  /// The item as a window system hands it back that keeps only what the item was about.
   static MenuItem only(Action action, std::optional<std::string> representedObject = {}) {
     MenuItem item;
     item.action = action;
@@ -64,7 +64,7 @@ TEST_F(WindowSystemContract, AnItemAboutNoApplicationTogglesNone) {
   EXPECT_EQ(ignored(), (Texts{"make"}));
 }
 
-/// Which rows there are and of what kind, whatever they read.
+/// The rows and their kinds, without their texts.
 std::vector<std::tuple<std::size_t, Control, std::size_t>> shapeOf(const SettingsView& view) {
   std::vector<std::tuple<std::size_t, Control, std::size_t>> shape;
   const std::vector<SettingsView::Section> form = view.form();

@@ -24,14 +24,14 @@ Texts ids(const std::vector<BusyApp>& apps) {
   return result;
 }
 
-/// A monitor over fakes. What it does is the same whether the system's table stands right behind
-/// it or, as in the program, the one that counts ended processes too; but for what is on purpose
-/// otherwise, which has a test on each.
+/// A monitor over fakes. Its process table is the system's own, or, as in the program, the one that
+/// also counts ended processes. The monitor does the same on both, except where they differ on
+/// purpose, and there each table has a test of its own.
 class MonitoredPorts : public testing::Test {
  protected:
   explicit MonitoredPorts(Composition composition) : fakes(composition) {}
 
-  /// A process of no application.
+  /// Starts a process that belongs to no application.
   void startTool(std::int32_t pid, const std::string& name) {
     fakes.processes.add(pid, "/usr/bin/" + name);
   }
@@ -57,13 +57,13 @@ class MonitoredPorts : public testing::Test {
     return tick();
   }
 
-  /// Ticks 2 s later, for all of which process `pid` used this share of a core.
+  /// Lets 2 s pass, in which process `pid` uses this share of a core, and ticks.
   std::vector<BusyApp> tickWith(std::int32_t pid, double cpuPercent) {
     useCPU(pid, Seconds(cpuPercent * 2 / 100));
     return tickAfter(2s);
   }
 
-  /// Lets the network measurement that the last tick asked for find this and end.
+  /// Ends the network measurement that the last tick asked for, with these totals.
   void finishNetworkRun(const NetworkTotals& totals) {
     fakes.network.setTotals(totals);
     fakes.queues.runAll();
@@ -96,7 +96,7 @@ INSTANTIATE_TEST_SUITE_P(Over, ActivityMonitorTest,
                                                                          : "TheTableThatShips";
                          });
 
-// When a tick has nothing to compare with.
+// Ticks that have nothing to compare with.
 
 TEST_P(ActivityMonitorTest, TheFirstTickOnlyPrimes) {
   startTool(10, "tool");
@@ -162,7 +162,7 @@ TEST_P(ActivityMonitorTest, ANegativeIntervalReprimes) {
   EXPECT_EQ(ids(tickWith(10, 50)), Texts{"tool"});
 }
 
-TEST_P(ActivityMonitorTest, AClockOnTheWallThatIsSetChangesNothing) {
+TEST_P(ActivityMonitorTest, SettingTheWallClockChangesNothing) {
   startTool(10, "tool");
   tick();
   fakes.clock.stepWallTime(-3600s);
@@ -193,7 +193,7 @@ TEST_P(ActivityMonitorTest, ARunContinuesAcrossAGapWithItsOldBeginning) {
   EXPECT_EQ(tickWith(10, 50).at(0).busyFor, 202);
 }
 
-// Order of one tick.
+// The order of the steps of one tick.
 
 TEST_P(ActivityMonitorTest, RefreshesTheNetworkBeforeItTakesTheSnapshot) {
   limits.honorAppAssertions = true;
@@ -205,7 +205,7 @@ TEST_P(ActivityMonitorTest, RefreshesTheNetworkBeforeItTakesTheSnapshot) {
   EXPECT_EQ(fakes.calls->only(inOrder), inOrder);
 }
 
-TEST_P(ActivityMonitorTest, TakesTheTotalsAfterItAskedForARunSoThatAQuickOneCountsAtOnce) {
+TEST_P(ActivityMonitorTest, ANetworkRunThatEndsWithinTheTickCountsAtOnce) {
   fakes.queues.runAtOnce();
   startTool(10, "tool");
   fakes.network.setTotals({{10, 0}});
@@ -334,7 +334,7 @@ TEST_P(ActivityMonitorTest, AnApplicationThatAppearedHasRatesFromItsSecondTickOn
   EXPECT_EQ(ids(tickWith(10, 50)), Texts{"tool"});
 }
 
-// Which application a process belongs to.
+// The application that a process belongs to.
 
 TEST_P(ActivityMonitorTest, SumsTwoProcessesWithOneBundleIdentifier) {
   startApp(10, "com.example.app", "App");
@@ -478,7 +478,7 @@ TEST_P(ActivityMonitorTest, AThresholdOfZeroFindsEveryApplicationThatWasThereBef
 
 // Runs.
 
-TEST_P(ActivityMonitorTest, WithoutASustainTimeAnApplicationIsBusyOnItsFirstTickOver) {
+TEST_P(ActivityMonitorTest, WithoutASustainTimeAnApplicationIsBusyOnItsFirstTickOverAThreshold) {
   startTool(10, "tool");
   tick();
   EXPECT_EQ(tickWith(10, 50).at(0).busyFor, 0);
@@ -573,7 +573,7 @@ TEST_P(ActivityMonitorTest, AnEmptyIgnoredSetExcludesNothing) {
   EXPECT_EQ(ids(tickWith(10, 80)), (Texts{"tool", "another"}));
 }
 
-// Order.
+// The order of the results.
 
 TEST_P(ActivityMonitorTest, OrdersBusyByCPUPlusNetworkAndCandidatesByCPU) {
   startTool(10, "A");
@@ -624,7 +624,7 @@ TEST_P(ActivityMonitorTest, ManyEquallyBusyApplicationsKeepTheOrderInWhichTheyAr
   tickWithTwoKinds(1s, 1s);
   Texts busy = ids(monitor.lastBusy());
   Texts candidates = ids(monitor.lastCandidates());
-  // Nobody knows in which order they are visited, but it is the same the next time.
+  // The order in which they are visited is unknown, but it is the same the next time.
   tickWithTwoKinds(1.5s, 1s);
   std::ranges::stable_partition(busy, isEven);
   std::ranges::stable_partition(candidates, isEven);
@@ -698,7 +698,7 @@ TEST_P(ActivityMonitorTest, AResetLeavesTheAssertingApplicationsAsTheyWere) {
   EXPECT_EQ(monitor.assertingApps(), Texts{}) << "the next tick with rates rewrites it";
 }
 
-// What ended processes had used: the one thing that the table that ships makes otherwise.
+// Ended processes, where the two tables differ.
 
 TEST_F(ActivityMonitorOfLivingProcesses, ASumThatDropsIsNoActivityAndTheOtherSumsStillCount) {
   startApp(10, "com.example.app", "App");

@@ -12,7 +12,7 @@
 namespace tidewell {
 namespace {
 
-/// An entry as the table has it, its identifiers joined with commas.
+/// An entry of the table, with its identifiers joined by commas.
 struct ExpectedEntry {
   std::string display;
   AppCategory category;
@@ -76,7 +76,7 @@ std::string joined(const std::vector<std::string>& texts) {
 
 class AppCatalogTest : public testing::Test {
  protected:
-  /// The display name of what is found, or "nothing".
+  /// The display name of the entry that is found, or "nothing".
   static std::string found(std::optional<std::string_view> bundleID, std::string_view executable) {
     const CatalogEntry* entry = AppCatalog::lookup(bundleID, executable);
     return entry == nullptr ? "nothing" : entry->display;
@@ -144,7 +144,7 @@ TEST_F(AppCatalogTest, FindsDockerByItsBackendGivenAsBothKinds) {
   EXPECT_EQ(found("com.docker.backend", "com.docker.backend"), "Docker");
 }
 
-TEST_F(AppCatalogTest, TakesABundleIdentifierForNoExecutable) {
+TEST_F(AppCatalogTest, FindsNoExecutableByABundleIdentifier) {
   EXPECT_EQ(found(none, "com.apple.Safari"), "nothing");
   EXPECT_EQ(found("node", "anything"), "nothing");
 }
@@ -154,7 +154,7 @@ TEST_F(AppCatalogTest, FindsNothingForAnEmptyExecutable) {
   EXPECT_EQ(found("", ""), "nothing");
 }
 
-TEST_F(AppCatalogTest, TrimsNothing) {
+TEST_F(AppCatalogTest, FindsNothingForAnIdentifierBetweenBlanks) {
   EXPECT_EQ(found(none, "node "), "nothing");
 }
 

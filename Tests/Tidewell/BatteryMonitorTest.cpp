@@ -58,7 +58,7 @@ TEST_F(BatteryMonitorTest, ReadsABatteryOnTheWallAdapter) {
   EXPECT_EQ(BatteryMonitor::current(), (PowerState{true, 30, false, true}));
 }
 
-TEST_F(BatteryMonitorTest, TakesABatteryThatDoesNotTellItsChargeForFull) {
+TEST_F(BatteryMonitorTest, ReportsFullChargeForABatteryThatDoesNotTellItsCharge) {
   fakes.powerSources.current = PowerSource{false, std::nullopt};
   EXPECT_EQ(BatteryMonitor::current(), (PowerState{false, 100, false, true}));
 }

@@ -25,7 +25,7 @@ class ClamshellControllerTest : public testing::Test {
     ClamshellController::setWatchdogLabel("com.staylit.clamshell-watchdog");
   }
 
-  /// What was done, without what the log itself asked for.
+  /// The calls to the fakes, without those of the log.
   [[nodiscard]] Calls done() const {
     Calls calls = fakes.calls->all();
     std::erase_if(calls, [](const std::string& call) { return call.starts_with("make logger"); });
@@ -90,7 +90,7 @@ TEST_F(ClamshellControllerTest, ReplacesAnEarlierWatchdog) {
   EXPECT_EQ(fakes.files.files.at(kPath).substr(0, 5), "<?xml");
 }
 
-TEST_F(ClamshellControllerTest, DecliningToEnableChangesAndSaysNothing) {
+TEST_F(ClamshellControllerTest, DecliningToEnableChangesAndLogsNothing) {
   fakes.scripts.outcome = FakePrivilegedScripts::declined();
   EXPECT_FALSE(ClamshellController::enable());
   EXPECT_EQ(done(), Calls{std::string("run script ") + kSleepOff});
@@ -108,7 +108,7 @@ TEST_F(ClamshellControllerTest, LogsAnyOtherErrorOfTheScript) {
   EXPECT_TRUE(fakes.files.files.empty());
 }
 
-TEST_F(ClamshellControllerTest, SaysNothingOfAScriptThatCannotBeMade) {
+TEST_F(ClamshellControllerTest, LogsNothingAboutAScriptThatCannotBeMade) {
   fakes.scripts.outcome = FakePrivilegedScripts::unusable();
   EXPECT_FALSE(ClamshellController::enable());
   EXPECT_FALSE(ClamshellController::disable());
@@ -163,7 +163,7 @@ TEST_F(ClamshellControllerTest, RunsNoToolToRemoveAWatchdogThatIsNotThere) {
   EXPECT_EQ(done(), (Calls{std::string("run script ") + kSleepOn, "log clamshell sleep restored"}));
 }
 
-TEST_F(ClamshellControllerTest, SaysNothingOfAWatchdogThatCannotBeUnloadedOrRemoved) {
+TEST_F(ClamshellControllerTest, LogsNothingAboutAWatchdogThatCannotBeUnloadedOrRemoved) {
   fakes.files.files[kPath] = "the watchdog";
   fakes.files.removeFails = true;
   fakes.tasks.script.launchError = "no such file";
@@ -179,7 +179,7 @@ TEST_F(ClamshellControllerTest, ReadsTheSettingFromThePowerTool) {
   EXPECT_TRUE(fakes.scripts.sources.empty());
 }
 
-TEST_F(ClamshellControllerTest, TakesAnySpacingOfTheSetting) {
+TEST_F(ClamshellControllerTest, AcceptsAnySpacingOfTheSetting) {
   EXPECT_TRUE(isDisabledWith(" SleepDisabled        1\n"));
   EXPECT_TRUE(isDisabledWith("SleepDisabled\t\t 1"));
   EXPECT_TRUE(isDisabledWith("SleepDisabled\r\n\v\f1"));
@@ -187,7 +187,7 @@ TEST_F(ClamshellControllerTest, TakesAnySpacingOfTheSetting) {
   EXPECT_TRUE(isDisabledWith("SleepDisabled 12"));
 }
 
-TEST_F(ClamshellControllerTest, TakesNothingElseForTheSetting) {
+TEST_F(ClamshellControllerTest, AcceptsNothingElseAsTheSetting) {
   EXPECT_FALSE(isDisabledWith("SleepDisabled\t\t0\n"));
   EXPECT_FALSE(isDisabledWith("SleepDisabled\t0\n standby 1\n"));
   EXPECT_FALSE(isDisabledWith("SleepDisabled1"));
@@ -289,7 +289,7 @@ TEST_F(ClamshellWithLidSwitch, LogsWhyItCouldNotBeHeldOrReleased) {
                    "error: privileged command failed: no service"}));
 }
 
-TEST_F(ClamshellWithLidSwitch, SaysNothingWhenTheUserDeclines) {
+TEST_F(ClamshellWithLidSwitch, LogsNothingWhenTheUserDeclines) {
   fakes.lidSwitch.holdFailure = {true, "dismissed"};
   fakes.lidSwitch.releaseFailure = {true, "dismissed"};
   EXPECT_FALSE(ClamshellController::enable());
@@ -320,7 +320,7 @@ TEST_F(ClamshellWithLidSwitch, HearsLaterWhatTheUserAnswered) {
   EXPECT_EQ(fakes.log.lines(), Calls{"info: clamshell sleep disabled"});
 }
 
-TEST_F(ClamshellWithLidSwitch, LogsNoRestorationOfWhatWasNeverChanged) {
+TEST_F(ClamshellWithLidSwitch, LogsNoRestorationOfSleepThatWasNeverSwitchedOff) {
   EXPECT_TRUE(ClamshellController::disable());
   EXPECT_EQ(done(), Calls{"release lid"});
   EXPECT_TRUE(fakes.log.lines().empty());

@@ -41,13 +41,13 @@ TEST(ForeignText, ReplacesTheLastControlCharacterAndLeavesItsNeighbourAlone) {
   EXPECT_EQ(cleaned("a\u001F z\u009F\u00A0"), "a\uFFFD z\uFFFD\u00A0");
 }
 
-TEST(ForeignText, ReplacesWhatBreaksALineOrTurnsIt) {
+TEST(ForeignText, ReplacesLineSeparatorsAndMarksOfDirection) {
   EXPECT_EQ(cleaned("a\u2028b\u2029c"), "a\uFFFDb\uFFFDc");
   EXPECT_EQ(cleaned("exe.\u202Egpj"), "exe.\uFFFDgpj");
   EXPECT_EQ(cleaned("\u2066x\u2069"), "\uFFFDx\uFFFD");
 }
 
-TEST(ForeignText, ReplacesWhatABusRefuses) {
+TEST(ForeignText, ReplacesTheCodePointsThatABusRefuses) {
   EXPECT_EQ(cleaned("a\xEF\xBF\xBF"
                     "b"),
             "a\uFFFDb");
@@ -66,7 +66,7 @@ TEST(ForeignText, ShortensAtTheBorderOfACharacter) {
   EXPECT_EQ(shortened("äöüß", 3), "äöü…");
 }
 
-TEST(ForeignText, EndsWhereNobodyReadsAnyMore) {
+TEST(ForeignText, IsCutWhereNobodyReadsAnyMore) {
   EXPECT_EQ(cleaned(std::string(1024, 'x')), std::string(1024, 'x'));
   EXPECT_EQ(cleaned(std::string(1'000'000, 'x')), std::string(1024, 'x') + "…");
   EXPECT_EQ(cleaned("äöüß", 3), "äöü…");
@@ -80,7 +80,7 @@ TEST(ForeignText, IsTheSameWhenItIsCleanedTwice) {
   EXPECT_EQ(cleaned(once), once);
 }
 
-TEST(ForeignText, ShowsWhatLooksLikeMarkupWithoutBeingAny) {
+TEST(ForeignText, ReplacesTheCharactersThatBeginMarkup) {
   EXPECT_EQ(withoutMarkup("<b>Barnes & Noble</b> &amp;"), "‹b›Barnes ＆ Noble‹/b› ＆amp;");
   EXPECT_EQ(withoutMarkup("ffmpeg: \"182%\" 'CPU'"), "ffmpeg: \"182%\" 'CPU'");
 }

@@ -6,7 +6,7 @@
 namespace tidewell {
 namespace {
 
-TEST(InstalledPorts, AreThoseInstalledLast) {
+TEST(InstalledPorts, AreThePortsThatWereInstalledLast) {
   const FakePorts outer;
   EXPECT_EQ(&InstalledPorts::current(), &outer.ports);
   {
@@ -16,12 +16,12 @@ TEST(InstalledPorts, AreThoseInstalledLast) {
   EXPECT_EQ(&InstalledPorts::current(), &outer.ports);
 }
 
-TEST(InstalledPorts, AreGoneWhenTheFirstAreRemoved) {
+TEST(InstalledPorts, AreNullWhenTheFirstOnesAreRemoved) {
   { const FakePorts fakes; }
   EXPECT_EQ(InstalledPorts::currentIfAny(), nullptr);
 }
 
-TEST(InstalledPorts, TellEveryInstallationAndRemovalApart) {
+TEST(InstalledPorts, HaveAnotherGenerationAfterEveryInstallationAndRemoval) {
   const auto before = InstalledPorts::generation();
   std::uint64_t during = 0;
   {

@@ -133,7 +133,7 @@ TEST_F(LogTest, FollowsTheInstalledPorts) {
   EXPECT_EQ(fakes.log.lines(), (std::vector<std::string>{"info: outer", "info: outer again"}));
 }
 
-TEST(Log, SaysNothingAndSurvivesWithoutPorts) {
+TEST(Log, WritesNothingAndSurvivesWithoutPorts) {
   Log::setVerbose(true);
   Log::info("to nobody");
   Log::diag("to nobody");

@@ -66,7 +66,7 @@ TEST_F(NetworkSamplerTest, MeasuresAgainOnceTheMeasurementIsOver) {
   EXPECT_EQ(fakes.network.measurements, 2);
 }
 
-TEST_F(NetworkSamplerTest, AnswersWithTheTotalsOfBeforeWhileItMeasures) {
+TEST_F(NetworkSamplerTest, KeepsTheEarlierTotalsWhileItMeasures) {
   fakes.network.setTotals({{1, 10}});
   measure();
   NetworkTotals seen;
@@ -121,8 +121,8 @@ TEST_F(NetworkSamplerTest, TriesAgainAfterAFailure) {
   EXPECT_EQ(sampler->currentTotals(), (NetworkTotals{{1, 10}}));
 }
 
-TEST_F(NetworkSamplerTest, AMeasurementThatIsScheduledDoesNothingWhenTheSamplerIsGone) {
-  // The queue drops what has not begun; this is the work that begins just then.
+TEST_F(NetworkSamplerTest, AScheduledMeasurementDoesNothingWhenTheSamplerIsGone) {
+  // A queue drops work that has not begun. Here the work begins at that very moment.
   fakes.queues.keepWorkOfDestroyedQueues();
   sampler->refresh();
   sampler.reset();
@@ -156,7 +156,7 @@ TEST_F(NetworkSamplerTest, DoesNotCancelAMeasurementThatIsOver) {
   EXPECT_EQ(cancellations, 0);
 }
 
-TEST_F(NetworkSamplerTest, TakesItsQueueWithIt) {
+TEST_F(NetworkSamplerTest, DestroysItsQueueWithItself) {
   sampler->refresh();
   sampler.reset();
   EXPECT_EQ(fakes.queues.waiting(), 0U);

@@ -10,12 +10,12 @@
 
 #include "Tidewell/NetworkSampler.h"
 
-// The sampler between two real threads; above all for the thread sanitizer to look at.
+// The sampler between two real threads. The thread sanitizer looks at these tests above all.
 
 namespace tidewell {
 namespace {
 
-/// A queue that gives every piece of work a thread of its own, and is used by one piece at a time.
+/// A queue that gives every piece of work a thread of its own. Only one piece runs at a time.
 class ThreadQueues : public SerialQueues {
  public:
   ~ThreadQueues() override { join(); }
@@ -31,7 +31,7 @@ class ThreadQueues : public SerialQueues {
   }
 
  private:
-  /// Does not wait for its work, as a queue need not.
+  /// Does not wait for the work: a queue need not.
   class Queue : public SerialQueue {
    public:
     explicit Queue(std::vector<std::thread>& threads) : threads_(threads) {}
@@ -44,7 +44,7 @@ class ThreadQueues : public SerialQueues {
   std::vector<std::thread> threads_;
 };
 
-/// Finds the number of the measurement, or hangs until it is cancelled.
+/// Measures the number of the measurement, or hangs until it is cancelled.
 class ThreadedMeter : public NetworkMeter {
  public:
   NetworkMeasurement measure(Cancellation& cancellation) override {

@@ -39,7 +39,7 @@ TEST(PropertyConversion, CutsARealTowardZero) {
   EXPECT_EQ(integerValue(-12.9), -12);
 }
 
-TEST(PropertyConversion, TakesTheNearestIntegerBeyondTheRange) {
+TEST(PropertyConversion, ReadsARealBeyondTheRangeAsTheNearestInteger) {
   EXPECT_EQ(integerValue(1e300), 9223372036854775807);
   EXPECT_EQ(integerValue(-1e300), std::numeric_limits<std::int64_t>::min());
   EXPECT_EQ(integerValue(9223372036854775808.0), 9223372036854775807);
@@ -47,7 +47,7 @@ TEST(PropertyConversion, TakesTheNearestIntegerBeyondTheRange) {
   EXPECT_EQ(integerValue(std::numeric_limits<double>::infinity()), 9223372036854775807);
 }
 
-TEST(PropertyConversion, TakesNotANumberForNoInteger) {
+TEST(PropertyConversion, ReadsNotANumberAsTheIntegerZero) {
   EXPECT_EQ(integerValue(std::numeric_limits<double>::quiet_NaN()), 0);
 }
 
@@ -67,7 +67,7 @@ TEST(PropertyConversion, ReadsTheIntegerThatBeginsAText) {
   EXPECT_EQ(integerValue(text("0x10")), 0);
 }
 
-TEST(PropertyConversion, TakesTextWithoutANumberForZero) {
+TEST(PropertyConversion, ReadsATextWithoutANumberAsZero) {
   for (const char* characters : {"", "-", "+", "abc", ".", "e5", "- 5", "--5", "nan", "inf"}) {
     EXPECT_EQ(integerValue(text(characters)), 0) << characters;
     EXPECT_EQ(realValue(text(characters)), 0.0) << characters;
@@ -84,7 +84,7 @@ TEST(PropertyConversion, SkipsNothingButBlanksBeforeANumber) {
   }
 }
 
-TEST(PropertyConversion, TakesTheNearestIntegerForTextBeyondTheRange) {
+TEST(PropertyConversion, ReadsATextBeyondTheRangeAsTheNearestInteger) {
   EXPECT_EQ(integerValue(text("9223372036854775806")), 9223372036854775806);
   EXPECT_EQ(integerValue(text("9223372036854775807")), 9223372036854775807);
   EXPECT_EQ(integerValue(text("9223372036854775808")), 9223372036854775807);
@@ -103,13 +103,13 @@ TEST(PropertyConversion, ReadsTheRealThatBeginsAText) {
   EXPECT_EQ(realValue(text("0x10")), 0.0);
 }
 
-TEST(PropertyConversion, LeavesOutAnExponentWithoutDigits) {
+TEST(PropertyConversion, IgnoresAnExponentWithoutDigits) {
   EXPECT_EQ(realValue(text("12e")), 12.0);
   EXPECT_EQ(realValue(text("12e+")), 12.0);
   EXPECT_EQ(realValue(text("12em")), 12.0);
 }
 
-TEST(PropertyConversion, TakesTheLargestRealForTextBeyondTheRange) {
+TEST(PropertyConversion, ReadsATextBeyondTheRangeAsTheLargestReal) {
   EXPECT_EQ(realValue(text("1e999")), std::numeric_limits<double>::max());
   EXPECT_EQ(realValue(text("-1e999")), std::numeric_limits<double>::lowest());
 }
@@ -125,7 +125,7 @@ TEST(PropertyConversion, DoesNotDependOnTheUsersLanguage) {
   EXPECT_EQ(value, 2.5);
 }
 
-TEST(PropertyConversion, TakesEveryNumberButZeroForTrue) {
+TEST(PropertyConversion, ReadsEveryNumberButZeroAsTrue) {
   EXPECT_TRUE(booleanValue(integer(1)));
   EXPECT_TRUE(booleanValue(integer(-3)));
   EXPECT_FALSE(booleanValue(integer(0)));
@@ -134,19 +134,19 @@ TEST(PropertyConversion, TakesEveryNumberButZeroForTrue) {
   EXPECT_FALSE(booleanValue(-0.0));
 }
 
-TEST(PropertyConversion, TakesYesTrueAndNumbersInTextForTrue) {
+TEST(PropertyConversion, ReadsTextsOfYesTrueAndNumbersAsTrue) {
   for (const char* characters : {"YES", "yes", "Y", "true", "TRUE", "t", "1", "-1", " 007", "2x"}) {
     EXPECT_TRUE(booleanValue(text(characters))) << characters;
   }
 }
 
-TEST(PropertyConversion, TakesAllOtherTextForFalse) {
+TEST(PropertyConversion, ReadsAllOtherTextsAsFalse) {
   for (const char* characters : {"", "NO", "no", "false", "0", "000", "-", "on", "0.5", "nyet"}) {
     EXPECT_FALSE(booleanValue(text(characters))) << characters;
   }
 }
 
-TEST(PropertyConversion, LooksForATruthBehindOneSignAndThenZeros) {
+TEST(PropertyConversion, SkipsOneSignAndThenZerosBeforeATruthValue) {
   for (const char* characters : {"-01", "+007", " \t+00y"})
     EXPECT_TRUE(booleanValue(text(characters))) << characters;
   for (const char* characters : {"0-1", "0+1", "--1", "-0", "0 1"})
@@ -162,7 +162,7 @@ TEST(PropertyConversion, ReadsListsAndUnknownTypesAsNoNumber) {
   EXPECT_FALSE(booleanValue(kNothing));
 }
 
-TEST(PropertyConversion, ReadsOnlyAListOfTextsAsOne) {
+TEST(PropertyConversion, ReadsOnlyAListOfTextsAsAList) {
   EXPECT_EQ(stringListValue(kNothing), std::nullopt);
   EXPECT_EQ(stringListValue(text("a")), std::nullopt);
   EXPECT_EQ(stringListValue(integer(1)), std::nullopt);

@@ -15,7 +15,7 @@ TEST(TextReading, ReadsAWholeNumberThatIsAllOfTheText) {
   EXPECT_EQ(wholeNumber<std::uint64_t>("18446744073709551615"), 18446744073709551615U);
 }
 
-TEST(TextReading, ReadsNoNumberBesideAnythingElse) {
+TEST(TextReading, ReadsNoNumberThatStandsBesideOtherText) {
   for (const std::string_view text : {"", " 42", "42 ", "4.2", "+42", "0x2a", "self", "-"}) {
     EXPECT_EQ(wholeNumber<std::int32_t>(text), std::nullopt) << text;
   }
@@ -27,7 +27,7 @@ TEST(TextReading, ReadsNoNumberThatDoesNotFit) {
   EXPECT_EQ(wholeNumber<std::uint64_t>("18446744073709551616"), std::nullopt);
 }
 
-TEST(TextReading, CutsTheNumberOffTheTextThatItBegins) {
+TEST(TextReading, TakesANumberOffTheFrontOfAText) {
   std::string_view text = "12 and more";
   EXPECT_EQ(takeWholeNumber<int>(text), 12);
   EXPECT_EQ(text, " and more");
@@ -35,7 +35,7 @@ TEST(TextReading, CutsTheNumberOffTheTextThatItBegins) {
   EXPECT_EQ(text, " and more");
 }
 
-TEST(TextReading, TrimsBlanksAtBothEndsAlone) {
+TEST(TextReading, TrimsBlanksOnlyAtTheTwoEnds) {
   EXPECT_EQ(trimmed(" \t two words\t"), "two words");
   EXPECT_EQ(trimmed(" \t "), "");
   EXPECT_EQ(trimmed(""), "");

@@ -35,14 +35,14 @@ TEST(Utf8, RejectsSurrogates) {
   EXPECT_FALSE(isValidUtf8("\xED\xBF\xBF"));
 }
 
-TEST(Utf8, RejectsWhatIsLongerThanNeeded) {
+TEST(Utf8, RejectsOverlongForms) {
   EXPECT_FALSE(isValidUtf8("\xC0\x80"));
   EXPECT_FALSE(isValidUtf8("\xC1\xBF"));
   EXPECT_FALSE(isValidUtf8("\xE0\x9F\xBF"));
   EXPECT_FALSE(isValidUtf8("\xF0\x8F\xBF\xBF"));
 }
 
-TEST(Utf8, RejectsWhatLiesBeyondTheLastCodePoint) {
+TEST(Utf8, RejectsNumbersBeyondTheLastCodePoint) {
   EXPECT_FALSE(isValidUtf8("\xF4\x90\x80\x80"));
   EXPECT_FALSE(isValidUtf8("\xF5\x80\x80\x80"));
   EXPECT_FALSE(isValidUtf8("\xFF"));

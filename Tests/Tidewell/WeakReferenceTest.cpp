@@ -12,7 +12,7 @@ struct Owner {
   WeakReferenceSource<Owner> self{*this};
 };
 
-TEST(WeakReference, LeadsToItsObjectAsLongAsThatExists) {
+TEST(WeakReference, LeadsToItsObjectAsLongAsTheObjectExists) {
   auto owner = std::make_unique<Owner>();
   const WeakReference<Owner> reference = owner->self.make();
   ASSERT_TRUE(reference);
@@ -24,7 +24,7 @@ TEST(WeakReference, LeadsToItsObjectAsLongAsThatExists) {
   EXPECT_EQ(reference.get(), nullptr);
 }
 
-TEST(WeakReference, IsNullWhenItIsOfNoObject) {
+TEST(WeakReference, IsNullByDefault) {
   EXPECT_FALSE(WeakReference<Owner>());
 }
 

@@ -8,7 +8,7 @@
 
 namespace staylit::testing {
 
-/// A menu whose items a test sets, and which keeps what was chosen.
+/// A menu with the items that a test sets. It remembers which items were chosen.
 class FakeMenu : public MenuDelegate {
  public:
   Menu menu;

@@ -12,7 +12,7 @@
 
 namespace staylit::testing {
 
-/// A desktop's list of status items.
+/// A stand-in for a desktop's watcher, with which status items register.
 class FakeWatcher {
  public:
   explicit FakeWatcher(const std::string& address)
@@ -35,7 +35,7 @@ class FakeWatcher {
     }
     sd_bus_reply_method_return(call, "");
     const std::lock_guard lock(mutex_);
-    // Items that give only a path are their senders'.
+    // An item that registers by its path alone belongs to the sender.
     items_.emplace_back(*service == '/' ? sd_bus_message_get_sender(call) : service);
   }
 

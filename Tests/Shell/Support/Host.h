@@ -15,12 +15,12 @@
 
 namespace staylit::testing {
 
-/// A panel on a connection of its own, in the test's loop.
+/// A panel on a connection of its own, which the test's loop runs.
 class Host {
  public:
   using Arguments = platform::Bus::Arguments;
 
-  /// Talks to whoever owns `service`.
+  /// Talks to the program that owns the name `service`.
   Host(platform::EventLoop& loop, std::string service)
       : loop_(loop), service_(std::move(service)), bus_(loop, platform::Bus::Kind::session) {
     bus_.connect();
@@ -99,7 +99,7 @@ class Host {
             signals.push_back(member + (values.empty() ? "" : " " + values));
           }));
     }
-    // Answered after the bus has taken up the matches.
+    // The answer comes after the bus has begun to pass on the signals.
     call("/", "org.freedesktop.DBus.Peer", "Ping");
   }
   void listenToMenu() {

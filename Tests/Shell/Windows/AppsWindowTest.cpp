@@ -72,7 +72,7 @@ class AppsWindowTest : public WindowsTest {
     QTest::mouseClick(list().viewport(), Qt::LeftButton, {}, middle(id));
     turn();
   }
-  /// The keyboard is in the list, on this application.
+  /// Puts the keyboard into the list, on this application.
   void standOn(const std::string& id) {
     list().setFocus(Qt::TabFocusReason);
     list().putKeyboardOn(row(id));
@@ -89,7 +89,7 @@ class AppsWindowTest : public WindowsTest {
 
 // The window.
 
-TEST_F(AppsWindowTest, IsOfOneSizeAndHasATitleAndACloseButton) {
+TEST_F(AppsWindowTest, HasAFixedSizeATitleAndACloseButton) {
   EXPECT_EQ(widget->size(), QSize(460, 560));
   EXPECT_EQ(widget->minimumSize(), widget->maximumSize());
   EXPECT_TRUE(widget->windowFlags() & Qt::WindowTitleHint);
@@ -336,7 +336,7 @@ TEST_F(AppsWindowTest, ReturnAndSpaceMoveARowAndGoOnWithTheNext) {
   EXPECT_EQ(focus(), &list());
 }
 
-TEST_F(AppsWindowTest, AfterTheLastOfASectionTheKeyboardGoesBackByOne) {
+TEST_F(AppsWindowTest, AfterTheLastRowOfASectionTheKeyboardGoesBackByOne) {
   ignore({"aider", "make"});
   widget->close();
   open();
@@ -346,7 +346,7 @@ TEST_F(AppsWindowTest, AfterTheLastOfASectionTheKeyboardGoesBackByOne) {
   EXPECT_EQ(current(), before[before.size() - 2]);
 }
 
-TEST_F(AppsWindowTest, AKeyThatIsHeldDownMovesOneRowOnly) {
+TEST_F(AppsWindowTest, AKeyThatIsHeldDownMovesOnlyOneRow) {
   const Texts before = rows();
   standOn(before[0]);
   press(Qt::Key_Return);
@@ -429,7 +429,7 @@ TEST_F(AppsWindowTest, TheKeyboardStaysOnAnApplicationWhenItsRowIsFilteredAway) 
   EXPECT_EQ(current(), "");
 }
 
-TEST_F(AppsWindowTest, TypingIsNotDisturbedByTheEngine) {
+TEST_F(AppsWindowTest, TheEngineDoesNotDisturbTyping) {
   type("xc");
   work({busy("com.apple.dt.Xcode", "Xcode", 320)});
   type("ode");
@@ -437,7 +437,7 @@ TEST_F(AppsWindowTest, TypingIsNotDisturbedByTheEngine) {
   EXPECT_EQ(search().cursorPosition(), 5);
 }
 
-TEST_F(AppsWindowTest, ChangesNothingWhereNothingChanged) {
+TEST_F(AppsWindowTest, ChangesNoRowWhenNothingChanged) {
   int changes = 0;
   const auto count = [&changes] { ++changes; };
   QObject::connect(list().model(), &QAbstractItemModel::rowsInserted, widget, count);
@@ -461,7 +461,7 @@ TEST_F(AppsWindowTest, AsksTheViewForNothingWhileItIsClosed) {
 
 // The mouse.
 
-TEST_F(AppsWindowTest, TheRowUnderTheMouseIsTheOneThatReactsAlsoAfterAChange) {
+TEST_F(AppsWindowTest, TheRowUnderTheMouseReactsEvenAfterAChange) {
   const Texts before = rows();
   QTest::mouseMove(list().viewport(), middle(before[2]));
   EXPECT_EQ(idAt(list().hovered()), before[2]);
@@ -481,7 +481,7 @@ TEST_F(AppsWindowTest, EveryRowTellsWhatAClickDoes) {
   EXPECT_FALSE(list().model()->index(0, 0).data(Qt::ToolTipRole).isValid());
 }
 
-// For those who listen.
+// Screen readers.
 
 TEST_F(AppsWindowTest, EveryLineAndEveryControlHasAName) {
   ignore({"make"});
@@ -500,7 +500,7 @@ TEST_F(AppsWindowTest, EveryLineAndEveryControlHasAName) {
   EXPECT_EQ(name(childOf<windows::SymbolButton>(*widget)), "Clear search");
 }
 
-TEST_F(AppsWindowTest, RowsAreReadThroughTheListsInterface) {
+TEST_F(AppsWindowTest, AScreenReaderReadsTheRowsThroughTheList) {
   work({busy("make", "make", 100)});
   QAccessibleInterface* interface = QAccessible::queryAccessibleInterface(&list());
   ASSERT_NE(interface, nullptr);

@@ -39,7 +39,7 @@ bool isClosed(const Descriptor& connection) {
   return ::recv(connection.get(), &byte, 1, MSG_DONTWAIT) == 0;
 }
 
-/// Somebody else's process, which listens where clients of X look first.
+/// A process of another user that listens where clients of X look first.
 class StrangersDisplay {
  public:
   StrangersDisplay() {
@@ -59,14 +59,14 @@ class StrangersDisplay {
   StrangersDisplay(const StrangersDisplay&) = delete;
   StrangersDisplay& operator=(const StrangersDisplay&) = delete;
 
-  /// Empty when there is none.
+  /// The display; empty when the process could not begin to listen.
   [[nodiscard]] const std::string& name() const { return name_; }
 
-  /// What all callers so far began with, and then `last`, which is said to it now.
+  /// Connects and sends `last`. Returns the first words of all callers up to this one.
   [[nodiscard]] std::string heardUntil(const std::string& last) const;
 
  private:
-  /// Writes down its name, and then what callers begin with.
+  /// Writes the display's name to `writing`, and then the first words of each caller.
   [[noreturn]] static void serve(int writing) {
     if (!Stranger::become()) ::_exit(1);
     SilentDisplay display;
@@ -87,7 +87,7 @@ class StrangersDisplay {
   Descriptor words_;
 };
 
-/// A connection to where clients of `display` look first.
+/// Connects to the address where clients of `display` look first.
 Descriptor connectTo(const std::string& display) {
   const std::string path = "/tmp/.X11-unix/X" + display.substr(1);
   sockaddr_un address{};
@@ -126,7 +126,7 @@ class DisplayServersTest : public ::testing::Test {
   const platform::testing::ScopedEnvironment noWayland{"WAYLAND_DISPLAY", nullptr};
 };
 
-TEST_F(DisplayServersTest, AreStrangersWhereAnotherUserListens) {
+TEST_F(DisplayServersTest, AreStrangersWhenAnotherUserListens) {
   const StrangersDisplay strangers;
   ASSERT_NE(strangers.name(), "");
   const SilentDisplay own;
@@ -148,7 +148,7 @@ TEST_F(DisplayServersTest, AreNotGreetedWhenTheyAreStrangers) {
   EXPECT_EQ(strangers.heardUntil("the end"), "the end");
 }
 
-TEST(FullDisplayTest, CountsAsAStrangersBecauseNobodySeesWhoseItIs) {
+TEST(FullDisplayTest, CountsAsAStrangersBecauseItsUserCannotBeSeen) {
   SilentDisplay full;
   EXPECT_FALSE(isStrangersX(full.name()));
   std::vector<Descriptor> callers;
@@ -159,7 +159,7 @@ TEST(FullDisplayTest, CountsAsAStrangersBecauseNobodySeesWhoseItIs) {
   EXPECT_FALSE(isStrangersX(full.name())) << "it has taken its callers";
 }
 
-TEST(DisplayListenersTest, HearNoConnectionCloseBeforeTheClientHasItsOwn) {
+TEST(DisplayListenersTest, KeepTheirConnectionsOpenAsLongAsTheyLive) {
   SilentDisplay display;
   std::optional<DisplayListeners> listeners(display.name());
   const Descriptor caller = display.nextCaller();
@@ -168,7 +168,7 @@ TEST(DisplayListenersTest, HearNoConnectionCloseBeforeTheClientHasItsOwn) {
   EXPECT_TRUE(isClosed(caller));
 }
 
-TEST_F(DisplayServersTest, AreSeenInAConnectionThatIsThere) {
+TEST_F(DisplayServersTest, AreRecognisedByAConnectionThatIsThere) {
   const StrangersDisplay strangers;
   ASSERT_NE(strangers.name(), "");
   EXPECT_FALSE(isServedByStrangers());

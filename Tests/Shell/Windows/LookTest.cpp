@@ -27,7 +27,7 @@ QPalette palette(const QColor& window, const QColor& base, const QColor& text) {
   return made;
 }
 
-/// Light, dark, black on yellow, and one whose window and base are the same grey.
+/// Four palettes: light, dark, black on yellow, and one whose window and base have the same grey.
 std::vector<QPalette> palettes() {
   return {palette(QColor(239, 239, 239), Qt::white, Qt::black),
           palette(QColor(50, 50, 53), QColor(36, 36, 38), Qt::white),
@@ -42,7 +42,7 @@ TEST(Shades, MeasureContrastAsTheGuidelinesDo) {
   EXPECT_NEAR(contrast(QColor(0x76, 0x76, 0x76), Qt::white), 4.54, 0.01);
 }
 
-TEST(Shades, AllTextCanBeReadOnEverySurface) {
+TEST(Shades, MakeAllTextLegibleOnEverySurface) {
   for (const QPalette& each : palettes()) {
     for (const Surface& surface :
          {Surface::window(each), Surface::base(each), Surface::card(each)}) {
@@ -54,7 +54,7 @@ TEST(Shades, AllTextCanBeReadOnEverySurface) {
   }
 }
 
-TEST(Shades, TheDotIsGreenInLightAndDark) {
+TEST(Shades, MakeTheDotGreenInLightAndDark) {
   for (const QPalette& each : {palettes()[0], palettes()[1]}) {
     const QColor dot = workingColor(Surface::base(each));
     EXPECT_GT(dot.green(), dot.red());
@@ -62,11 +62,11 @@ TEST(Shades, TheDotIsGreenInLightAndDark) {
   }
 }
 
-TEST(Shades, AColourThatCanBeReadStaysAsItIs) {
+TEST(Shades, LeaveAColourAloneThatIsLegible) {
   EXPECT_EQ(legible(QColor(200, 36, 30), Qt::white, 4.5), QColor(200, 36, 30));
 }
 
-/// A label, and what the desktop's palette was before the test.
+/// A test that may change the desktop's palette, which is restored afterwards.
 class TextLabelTest : public ::testing::Test {
  protected:
   void SetUp() override {
@@ -123,7 +123,7 @@ TEST(Fonts, GrowAndShrinkWithTheDesktopsFont) {
 
 class SymbolsTest : public WindowsTest {};
 
-TEST_F(SymbolsTest, EveryOneThatTheWindowsNameIsThere) {
+TEST_F(SymbolsTest, ExistUnderEveryNameThatTheWindowsUse) {
   WindowSystem::shared();
   AppsView view(*engine, fakes.ports);
   const AppsView::Header header = view.header();
@@ -139,7 +139,7 @@ TEST_F(SymbolsTest, EveryOneThatTheWindowsNameIsThere) {
   }
 }
 
-TEST_F(SymbolsTest, AreDrawnInTheColourThatIsAskedForAtTheScreensOwnResolution) {
+TEST_F(SymbolsTest, AreDrawnInTheWantedColourAtTheScreensOwnResolution) {
   WindowSystem::shared();
   const QPixmap picture = symbols::pixmap("moon.zzz", 16, QColor(200, 30, 40), 2);
   EXPECT_EQ(picture.size(), QSize(32, 32));
@@ -157,7 +157,7 @@ TEST_F(SymbolsTest, AreDrawnInTheColourThatIsAskedForAtTheScreensOwnResolution) 
   EXPECT_GT(covered, 20);
 }
 
-TEST_F(SymbolsTest, OneThatDoesNotExistIsNotDrawn) {
+TEST_F(SymbolsTest, DrawNothingForANameThatDoesNotExist) {
   WindowSystem::shared();
   EXPECT_FALSE(symbols::has("no.such.symbol"));
   EXPECT_TRUE(symbols::pixmap("no.such.symbol", 16, Qt::red, 1).isNull());

@@ -4,7 +4,7 @@
 #include <QtGlobal>
 
 #ifdef __SANITIZE_ADDRESS__
-// It keeps what it has read of the machine's fonts.
+// The font library keeps what it has read of the machine's fonts.
 extern "C" const char* __lsan_default_suppressions();
 const char* __lsan_default_suppressions() {
   return "leak:libfontconfig\n";
@@ -13,7 +13,7 @@ const char* __lsan_default_suppressions() {
 
 int main(int argumentCount, char** arguments) {
   qputenv("QT_QPA_PLATFORM", "offscreen");
-  // The desktop of whoever runs the tests has no say in them.
+  // The tests must not depend on the desktop of whoever runs them.
   qputenv("QT_QPA_PLATFORMTHEME", "none");
   testing::InitGoogleTest(&argumentCount, arguments);
   return RUN_ALL_TESTS();

@@ -1,4 +1,5 @@
-// Draws both windows, filled as on a busy afternoon, into PNG files: to be looked at.
+// Draws both windows into PNG files that a person can look at. The windows are filled as on a busy
+// afternoon.
 //
 //   staylit-screenshots FOLDER [light|dark] [SCALE]
 

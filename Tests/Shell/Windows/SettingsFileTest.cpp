@@ -27,7 +27,7 @@ class SettingsFileTest : public WindowsTest {
         std::make_shared<platform::TomlDefaults>(folder.path() / "settings.toml");
     engine = std::make_unique<StaylitEngine>(fakes.ports);
   }
-  /// Its windows read the store to their end.
+  /// The windows end before the store, which they read until then.
   void TearDown() override { engine.reset(); }
 
   QWidget* shown(Window& window, const char* title) {
@@ -47,7 +47,7 @@ class SettingsFileTest : public WindowsTest {
   platform::testing::TemporaryFolder folder;
 };
 
-TEST_F(SettingsFileTest, HoldsWhatTheSettingsWindowIsToldAndKeepsComments) {
+TEST_F(SettingsFileTest, HoldsTheChangesOfTheSettingsWindowAndKeepsComments) {
   folder.write("settings.toml", "# mine\ngraceSeconds = 60\n");
   SettingsView view(*engine, fakes.ports);
   const auto window =

@@ -42,7 +42,7 @@ class SettingsWindowTest : public WindowsTest {
   StepSlider& slider(Control control) { return childOf<StepSlider>(*form().row(control)); }
   Switch& toggle(Control control) { return childOf<Switch>(*form().row(control)); }
 
-  /// What stands in a row, from top to bottom, as far as it is visible.
+  /// The visible texts of a row, from top to bottom.
   Texts texts(Control control) {
     auto labels = childrenOf<windows::TextLabel>(*form().row(control));
     std::ranges::stable_sort(labels, {}, [](const auto* label) { return label->y(); });
@@ -76,7 +76,7 @@ class SettingsWindowTest : public WindowsTest {
 
 // The window.
 
-TEST_F(SettingsWindowTest, IsOfOneSizeAndScrollsAHigherForm) {
+TEST_F(SettingsWindowTest, HasAFixedSizeAndScrollsAHigherForm) {
   EXPECT_EQ(widget->size(), QSize(460, 560));
   EXPECT_EQ(form().width(), 460);
   EXPECT_GE(form().height(), 620);
@@ -151,7 +151,7 @@ TEST_F(SettingsWindowTest, TheLabelFollowsTheHandleWhileItIsDragged) {
   StepSlider& battery = slider(Control::battery);
   area().ensureWidgetVisible(&battery);
   const int y = battery.height() / 2;
-  // From 20 of 50, where the handle is.
+  // The handle stands at 20 of 50.
   QTest::mousePress(&battery, Qt::LeftButton, {}, QPoint(battery.width() * 2 / 5, y));
   QTest::mouseMove(&battery, QPoint(battery.width() * 4 / 5, y));
   EXPECT_TRUE(battery.isSliderDown());
@@ -192,7 +192,7 @@ TEST_F(SettingsWindowTest, AClickOnASwitchFlipsItAndStoresIt) {
   EXPECT_EQ(stored("keepScreenOn"), tidewell::PropertyValue(false));
 }
 
-TEST_F(SettingsWindowTest, AClickOnItsLabelDoesTheSame) {
+TEST_F(SettingsWindowTest, AClickOnTheLabelOfASwitchFlipsItToo) {
   auto* row = form().row(Control::respectLowPower);
   QTest::mouseClick(row, Qt::LeftButton, {}, QPoint(20, row->height() / 2));
   EXPECT_FALSE(toggle(Control::respectLowPower).isChecked());
@@ -216,7 +216,7 @@ TEST_F(SettingsWindowTest, TabGoesThroughAllControlsInTheirOrder) {
   order.front()->setFocus(Qt::TabFocusReason);
   for (QWidget* control : order) {
     EXPECT_EQ(focus(), control);
-    // The form scrolls to where the keyboard is.
+    // The form scrolls to the widget that has the keyboard.
     EXPECT_TRUE(area().viewport()->rect().contains(
         control->mapTo(area().viewport(), control->rect().center())));
     press(Qt::Key_Tab);
@@ -254,18 +254,18 @@ TEST_F(SettingsWindowTest, TheLidSwitchFlipsBackAndSaysWhyWhenItIsDeclined) {
   EXPECT_GT(form().height(), before);
 }
 
-TEST_F(SettingsWindowTest, TheErrorGoesWithTheNextSuccess) {
+TEST_F(SettingsWindowTest, TheErrorDisappearsWithTheNextSuccess) {
   answer(false);
   click(toggle(Control::lidClosed));
   ASSERT_TRUE(shows(Control::lidClosed, kDeclined));
-  // The flip back is a change too, and asks again.
+  // The flip back is a change too, so it asks again.
   answer(true);
   turn();
   EXPECT_FALSE(shows(Control::lidClosed, kDeclined));
   EXPECT_FALSE(toggle(Control::lidClosed).isChecked());
 }
 
-TEST_F(SettingsWindowTest, TheErrorIsRedOnItsGround) {
+TEST_F(SettingsWindowTest, TheErrorIsRed) {
   answer(false);
   click(toggle(Control::lidClosed));
   for (const auto* text : childrenOf<windows::TextLabel>(form())) {
@@ -320,7 +320,7 @@ TEST_F(SettingsWindowTest, AHandleThatIsHeldStaysHeldThroughChanges) {
   QTest::mouseRelease(&battery, Qt::LeftButton, {}, QPoint(battery.width() * 2 / 5, y));
 }
 
-// For those who listen.
+// Screen readers.
 
 TEST_F(SettingsWindowTest, EveryControlHasANameAndSaysItsCaption) {
   EXPECT_EQ(spoken(slider(Control::grace), QAccessible::Name), "Wait 2 minutes after work stops");
@@ -334,7 +334,7 @@ TEST_F(SettingsWindowTest, EveryControlHasANameAndSaysItsCaption) {
   }
 }
 
-TEST_F(SettingsWindowTest, ASwitchIsACheckBoxToThem) {
+TEST_F(SettingsWindowTest, AScreenReaderTakesASwitchForACheckBox) {
   QAccessibleInterface* interface =
       QAccessible::queryAccessibleInterface(&toggle(Control::keepScreenOn));
   EXPECT_EQ(interface->role(), QAccessible::CheckBox);
@@ -343,7 +343,7 @@ TEST_F(SettingsWindowTest, ASwitchIsACheckBoxToThem) {
   EXPECT_TRUE(interface->state().checked);
 }
 
-TEST_F(SettingsWindowTest, TheErrorIsReadWithItsSwitch) {
+TEST_F(SettingsWindowTest, AScreenReaderReadsTheErrorWithItsSwitch) {
   answer(false);
   click(toggle(Control::lidClosed));
   EXPECT_EQ(spoken(toggle(Control::lidClosed), QAccessible::Description),

@@ -59,7 +59,7 @@ TEST_F(WindowKitTest, RunsAgainAfterAStop) {
 }
 
 TEST_F(WindowKitTest, PumpsAfterTheWindowsOwnEventsToo) {
-  // What a window's event schedules shows on no descriptor.
+  // The descriptor does not become readable for work that a window's event schedules.
   QObject limit;
   bool isStuck = false;
   QTimer::singleShot(20000, &limit, [&] {
@@ -72,7 +72,7 @@ TEST_F(WindowKitTest, PumpsAfterTheWindowsOwnEventsToo) {
   EXPECT_FALSE(isStuck);
 }
 
-TEST_F(WindowKitTest, ClosingTheLastWindowDoesNotEndIt) {
+TEST_F(WindowKitTest, GoesOnWhenTheLastWindowIsClosed) {
   const auto window = kit.makeSettingsWindow({"Staylit Settings", {460, 560}}, settings);
   bool wentOn = false;
   system.onPump = [&] {
@@ -109,7 +109,7 @@ TEST_F(WindowKitTest, PutsAWindowsFrameWhereItIsTold) {
 
 TEST_F(WindowKitTest, CentersAWindowOnItsScreen) {
   const auto window = kit.makeAppsWindow({"Choose Apps", {460, 560}}, apps);
-  // Only a window that was shown knows its frame.
+  // A window knows its frame only once it was shown.
   window->makeKeyAndOrderFront();
   window->center();
   const QPoint middle = QGuiApplication::primaryScreen()->availableGeometry().center();
@@ -133,20 +133,20 @@ TEST_F(WindowKitTest, ActivatesNothingWhenTheWindowIsGone) {
 
 // The process.
 
-TEST_F(WindowKitTest, LeavesNumbersAsTheProgramReadsThem) {
+TEST_F(WindowKitTest, LeavesAloneHowTheProgramReadsNumbers) {
   EXPECT_STREQ(std::setlocale(LC_NUMERIC, nullptr), "C");
 }
 
-TEST_F(WindowKitTest, IsTheDesktopsApplication) {
+TEST_F(WindowKitTest, NamesTheApplicationAsTheDesktopKnowsIt) {
   EXPECT_EQ(QGuiApplication::desktopFileName(), "com.staylit.app");
   EXPECT_EQ(QCoreApplication::applicationName(), "Staylit");
 }
 
-// Whether there is a display.
+// Usable platforms.
 
 class PlatformChoiceTest : public ::testing::Test {
  protected:
-  /// The platform in an environment with these, where absent means unset.
+  /// The usable platform in an environment with these variables, of which absent ones are unset.
   static std::string with(const char* platform, const char* display, const char* wayland) {
     const platform::testing::ScopedEnvironment first("QT_QPA_PLATFORM", platform);
     const platform::testing::ScopedEnvironment second("DISPLAY", display);
@@ -160,18 +160,18 @@ TEST_F(PlatformChoiceTest, ThereIsNoneWithoutADisplay) {
   EXPECT_EQ(with(nullptr, nullptr, nullptr), "none");
 }
 
-TEST_F(PlatformChoiceTest, ADisplayThatRefusesIsNone) {
+TEST_F(PlatformChoiceTest, ThereIsNoneOnADisplayThatRefuses) {
   EXPECT_EQ(with(nullptr, ":54321", nullptr), "none");
   EXPECT_EQ(with("xcb", ":54321", nullptr), "none");
   EXPECT_EQ(with(nullptr, nullptr, "no-such-socket"), "none");
   EXPECT_EQ(with("wayland", nullptr, "no-such-socket"), "none");
 }
 
-TEST_F(PlatformChoiceTest, APlatformOfWhichThereIsNoPluginIsNone) {
+TEST_F(PlatformChoiceTest, ThereIsNoneWithoutAPlugin) {
   EXPECT_EQ(with("no-such-platform", nullptr, nullptr), "none");
 }
 
-TEST_F(PlatformChoiceTest, TakesTheFirstThatWorksOfThoseThatAreAskedFor) {
+TEST_F(PlatformChoiceTest, IsTheFirstWantedPlatformThatWorks) {
   EXPECT_EQ(with("offscreen", nullptr, nullptr), "offscreen");
   EXPECT_EQ(with("no-such-platform;xcb;minimal;offscreen", ":54321", nullptr), "minimal");
 }

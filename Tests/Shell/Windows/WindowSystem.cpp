@@ -16,7 +16,7 @@ extern "C" staylit::WindowKit* STAYLIT_OF_THIS_BUILD(staylitMakeWindowKit)(
 namespace staylit {
 
 WindowSystem& WindowSystem::shared() {
-  // Never taken down: Qt is not made to start twice in a process.
+  // The kit is never destroyed, because Qt cannot start twice in a process.
   static auto* system = new WindowSystem;
   return *system;
 }

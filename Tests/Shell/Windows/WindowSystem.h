@@ -6,14 +6,15 @@
 
 namespace staylit {
 
-/// The process's one window kit, under Qt's platform without a display, made through the module's
-/// own entry; and the loop that it drives, which does nothing until a test gives it something.
+/// The only window kit of the process, and the loop that the kit drives. The module's own entry
+/// makes the kit, on Qt's platform without a display. The loop does nothing until a test gives it
+/// work.
 class WindowSystem {
  public:
   static WindowSystem& shared();
 
   WindowKit& kit() { return *kit_; }
-  /// Something is ready for the loop.
+  /// Tells the kit that the loop has work.
   void wake();
 
   std::function<void()> onPump;
@@ -28,7 +29,7 @@ class WindowSystem {
   std::unique_ptr<WindowKit> kit_;
 };
 
-/// The widget of the window of this title, hidden or shown.
+/// The widget of the window with this title, hidden or shown.
 QWidget* findWindow(const QString& title);
 
 }  // namespace staylit

@@ -29,7 +29,7 @@ class WindowsTest : public ::testing::Test {
   Texts ignored() { return *fakes.defaults.stringList("ignoredApps"); }
   tidewell::PropertyValue stored(const char* key) { return fakes.defaults.stored[key]; }
 
-  /// What was posted to the program's loop runs, and the window draws.
+  /// Runs the work that was posted to the program's loop, and lets the window draw.
   void turn() {
     fakes.mainLoop.runPosted();
     QApplication::processEvents();
