@@ -114,11 +114,11 @@ std::vector<NaiveProcess> NaiveRules::rowsOf(const NaiveSight& sight) {
   return rows;
 }
 
-void NaiveRules::look(const NaiveSight& sight, const std::vector<std::string>& order) {
-  std::map<std::string, Sum> current;
+std::map<std::string, NaiveRules::Sum> NaiveRules::sumsOf(const NaiveSight& sight) {
+  std::map<std::string, Sum> sums;
   for (const NaiveProcess& process : rowsOf(sight)) {
     const NaiveEntry* entry = entryOf(process);
-    if (!current.contains(process.key())) {
+    if (!sums.contains(process.key())) {
       Sum sum;
       const std::string own = process.hasApplication && process.localizedName
                                   ? *process.localizedName
@@ -126,28 +126,41 @@ void NaiveRules::look(const NaiveSight& sight, const std::vector<std::string>& o
       sum.display = entry ? entry->display : own;
       sum.category = entry ? entry->category : "Other";
       if (entry) sum.floor = entry->floor;
-      current[process.key()] = sum;
+      sums[process.key()] = sum;
     }
-    Sum& sum = current[process.key()];
+    Sum& sum = sums[process.key()];
     sum.cpu += process.cpuNanos;
     sum.disk += process.diskBytes;
     const auto net = sight.networkBytes.find(process.pid);
     if (net != sight.networkBytes.end()) sum.net += net->second;
   }
+  return sums;
+}
 
-  const std::int64_t now = sight.nanos;
-  const double dt = previousAt_ ? secondsBetween(*previousAt_, now) : 0;
-  if (!previousAt_ || !(dt > 0.2 && dt < 120.0)) {
-    previous_ = current;
-    previousAt_ = now;
-    busy.clear();
-    return;
+void NaiveRules::look(const NaiveSight& sight, const std::vector<std::string>& order) {
+  const std::map<std::string, Sum> current = sumsOf(sight);
+  const double dt = previousAt_ ? secondsBetween(*previousAt_, sight.nanos) : 0;
+  const bool isComparable = previousAt_ && dt > 0.2 && dt < 120.0;
+  busy.clear();
+  if (isComparable) {
+    const std::vector<std::string> list =
+        sight.settings.ignoredApps.value_or(std::vector<std::string>());
+    const std::set<std::string> ignored(list.begin(), list.end());
+    listBusy(findCandidates(sight, current, dt, ignored), order);
+    asserting = sight.settings.honorAppAssertions.value_or(true) ? assertingNames(sight)
+                                                                 : std::vector<std::string>();
+    std::erase_if(asserting, [&](const std::string& name) { return ignored.contains(name); });
   }
+  previous_ = current;
+  previousAt_ = sight.nanos;
+}
 
-  const std::vector<std::string> ignoredList =
-      sight.settings.ignoredApps.value_or(std::vector<std::string>());
-  const std::set<std::string> ignored(ignoredList.begin(), ignoredList.end());
-  const auto sustain = std::max<std::int64_t>(1, sight.settings.sustainSeconds.value_or(10));
+/// Finds what is over a threshold. Returns what has been so for long enough, by its identifier.
+std::map<std::string, NaiveApp> NaiveRules::findCandidates(
+    const NaiveSight& sight, const std::map<std::string, Sum>& current, double dt,
+    const std::set<std::string>& ignored) {
+  const NaiveSettings& settings = sight.settings;
+  const auto sustain = std::max<std::int64_t>(1, settings.sustainSeconds.value_or(10));
   std::map<std::string, std::int64_t> stillBusy;
   std::map<std::string, NaiveApp> qualified;
   candidates.clear();
@@ -161,37 +174,35 @@ void NaiveRules::look(const NaiveSight& sight, const std::vector<std::string>& o
     app.cpu = rate(sum.cpu, before.cpu, dt) / 1'000'000'000 * 100;
     app.disk = rate(sum.disk, before.disk, dt) * 1 / 1024;
     app.net = rate(sum.net, before.net, dt) * 1 / 1024;
-    const double cpuLimit = sum.floor.value_or(sight.settings.cpuThresholdPercent.value_or(15.0));
+    const double cpuLimit = sum.floor.value_or(settings.cpuThresholdPercent.value_or(15.0));
     const bool isOver = app.cpu >= cpuLimit ||
-                        app.disk >= sight.settings.diskThresholdKBps.value_or(500.0) ||
-                        app.net >= sight.settings.netThresholdKBps.value_or(100.0);
+                        app.disk >= settings.diskThresholdKBps.value_or(500.0) ||
+                        app.net >= settings.netThresholdKBps.value_or(100.0);
     if (!isOver) continue;
-    const std::int64_t since = busySince_.contains(key) ? busySince_.at(key) : now;
+    const std::int64_t since = busySince_.contains(key) ? busySince_.at(key) : sight.nanos;
     stillBusy[key] = since;
-    app.busyFor = secondsBetween(since, now);
+    app.busyFor = secondsBetween(since, sight.nanos);
     candidates.push_back(app);
     if (app.busyFor >= static_cast<double>(sustain)) qualified[key] = app;
   }
   busySince_ = stillBusy;
-  asserting = sight.settings.honorAppAssertions.value_or(true) ? assertingNames(sight)
-                                                               : std::vector<std::string>();
-  std::erase_if(asserting, [&](const std::string& name) { return ignored.contains(name); });
+  return qualified;
+}
+
+void NaiveRules::listBusy(std::map<std::string, NaiveApp> qualified,
+                          const std::vector<std::string>& order) {
   // The applications that the program lists too come first, in its order, and then those that it
   // lacks.
-  lastBusy_.clear();
   for (const std::string& id : order) {
     if (!qualified.contains(id)) continue;
-    lastBusy_.push_back(qualified.at(id));
+    busy.push_back(qualified.at(id));
     qualified.erase(id);
   }
   for (const auto& [id, app] : qualified)
-    lastBusy_.push_back(app);
-  std::ranges::stable_sort(lastBusy_, [](const NaiveApp& left, const NaiveApp& right) {
+    busy.push_back(app);
+  std::ranges::stable_sort(busy, [](const NaiveApp& left, const NaiveApp& right) {
     return left.cpu + left.net > right.cpu + right.net;
   });
-  busy = lastBusy_;
-  previous_ = current;
-  previousAt_ = now;
 }
 
 std::vector<std::string> NaiveRules::assertingNames(const NaiveSight& sight) const {
@@ -266,7 +277,6 @@ void NaiveRules::forgetHistory() {
   previous_.clear();
   previousAt_.reset();
   busySince_.clear();
-  lastBusy_.clear();
   candidates.clear();
 }
 

@@ -119,7 +119,12 @@ class NaiveRules {
   };
 
   std::vector<NaiveProcess> rowsOf(const NaiveSight& sight);
+  std::map<std::string, Sum> sumsOf(const NaiveSight& sight);
   void look(const NaiveSight& sight, const std::vector<std::string>& order);
+  std::map<std::string, NaiveApp> findCandidates(const NaiveSight& sight,
+                                                 const std::map<std::string, Sum>& current,
+                                                 double dt, const std::set<std::string>& ignored);
+  void listBusy(std::map<std::string, NaiveApp> qualified, const std::vector<std::string>& order);
   std::vector<std::string> assertingNames(const NaiveSight& sight) const;
   void hold(const std::string& reason, const NaiveSight& sight);
   void release();
@@ -131,7 +136,6 @@ class NaiveRules {
   std::map<std::string, Sum> previous_;
   std::optional<std::int64_t> previousAt_;
   std::map<std::string, std::int64_t> busySince_;
-  std::vector<NaiveApp> lastBusy_;
   std::optional<std::int64_t> quietSince_;
 };
 

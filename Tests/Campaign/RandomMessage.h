@@ -75,6 +75,48 @@ inline std::string randomText(Random& random) {
   return below(random, 2) == 0 ? knownText(random) : hostileText(random);
 }
 
+/// Appends a random value of a type that holds no others.
+inline void appendBasic(sd_bus_message* message, char type, Random& random) {
+  const std::uint64_t number = below(random, 3) == 0 ? random() : below(random, 8);
+  const auto byte = static_cast<std::uint8_t>(number);
+  const auto half = static_cast<std::uint16_t>(number);
+  const auto word = static_cast<std::uint32_t>(number);
+  switch (type) {
+    case 's':
+      sd_bus_message_append(message, "s", randomText(random).c_str());
+      break;
+    case 'o':
+      sd_bus_message_append(message, "o", below(random, 2) == 0 ? "/" : "/org/example/Inhibitor1");
+      break;
+    case 'g':
+      sd_bus_message_append(message, "g", "a{sv}");
+      break;
+    case 'b':
+      sd_bus_message_append(message, "b", static_cast<int>(number & 1));
+      break;
+    case 'y':
+      sd_bus_message_append_basic(message, type, &byte);
+      break;
+    case 'n':
+    case 'q':
+      sd_bus_message_append_basic(message, type, &half);
+      break;
+    case 'i':
+    case 'u':
+      sd_bus_message_append_basic(message, type, &word);
+      break;
+    default:
+      sd_bus_message_append_basic(message, type, &number);
+  }
+}
+
+/// The signature of what a random variant holds: one complete type.
+inline std::string signatureInVariant(Random& random, int depth) {
+  const std::string signature = depth < 4 ? randomSignature(random) : "s";
+  const bool isOneType = !signature.empty() && completeType(signature) == signature.size();
+  return isOneType ? signature : "s";
+}
+
 /// Appends random values of `signature`. A value that cannot be appended is left out. Then the
 /// message has another shape than its reader expects, which is welcome.
 inline void appendRandom(sd_bus_message* message, std::string_view signature, Random& random,
@@ -84,68 +126,24 @@ inline void appendRandom(sd_bus_message* message, std::string_view signature, Ra
     if (length == 0) return;
     const std::string type(signature.substr(0, length));
     signature.remove_prefix(length);
-    const std::uint64_t number = below(random, 3) == 0 ? random() : below(random, 8);
-    switch (type[0]) {
-      case 's':
-        sd_bus_message_append(message, "s", randomText(random).c_str());
-        break;
-      case 'o':
-        sd_bus_message_append(message, "o",
-                              below(random, 2) == 0 ? "/" : "/org/example/Inhibitor1");
-        break;
-      case 'g':
-        sd_bus_message_append(message, "g", "a{sv}");
-        break;
-      case 'b':
-        sd_bus_message_append(message, "b", static_cast<int>(number & 1));
-        break;
-      case 'y': {
-        const auto value = static_cast<std::uint8_t>(number);
-        sd_bus_message_append_basic(message, 'y', &value);
-        break;
-      }
-      case 'n':
-      case 'q': {
-        const auto value = static_cast<std::uint16_t>(number);
-        sd_bus_message_append_basic(message, type[0], &value);
-        break;
-      }
-      case 'i':
-      case 'u': {
-        const auto value = static_cast<std::uint32_t>(number);
-        sd_bus_message_append_basic(message, type[0], &value);
-        break;
-      }
-      case 'x':
-      case 't':
-      case 'd':
-        sd_bus_message_append_basic(message, type[0], &number);
-        break;
-      case 'v': {
-        const std::string inner = depth < 4 ? randomSignature(random) : "s";
-        const std::string held =
-            completeType(inner) == inner.size() && !inner.empty() ? inner : "s";
-        if (sd_bus_message_open_container(message, 'v', held.c_str()) < 0) return;
-        appendRandom(message, held, random, depth + 1);
-        sd_bus_message_close_container(message);
-        break;
-      }
-      case 'a': {
-        if (sd_bus_message_open_container(message, 'a', type.c_str() + 1) < 0) return;
-        const std::size_t most = depth == 0 && below(random, 100) == 0 ? 300 : 4;
-        for (std::size_t count = below(random, most); count > 0; --count)
-          appendRandom(message, std::string_view(type).substr(1), random, depth + 1);
-        sd_bus_message_close_container(message);
-        break;
-      }
-      default: {
-        const std::string inner = type.substr(1, type.size() - 2);
-        const char container = type[0] == '(' ? 'r' : 'e';
-        if (sd_bus_message_open_container(message, container, inner.c_str()) < 0) return;
-        appendRandom(message, inner, random, depth + 1);
-        sd_bus_message_close_container(message);
-      }
+    std::string inner = type.substr(1);
+    char container = type[0];
+    std::size_t count = 1;
+    if (type[0] == 'v') {
+      inner = signatureInVariant(random, depth);
+    } else if (type[0] == 'a') {
+      count = below(random, depth == 0 && below(random, 100) == 0 ? 300 : 4);
+    } else if (type[0] == '(' || type[0] == '{') {
+      container = type[0] == '(' ? 'r' : 'e';
+      inner.pop_back();
+    } else {
+      appendBasic(message, type[0], random);
+      continue;
     }
+    if (sd_bus_message_open_container(message, container, inner.c_str()) < 0) return;
+    for (; count > 0; --count)
+      appendRandom(message, inner, random, depth + 1);
+    sd_bus_message_close_container(message);
   }
 }
 
