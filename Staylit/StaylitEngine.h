@@ -15,10 +15,11 @@
 
 namespace staylit {
 
-/// The program's main loop and the one source of truth about what the program does.
+/// Decides whether the machine must stay awake. The one source of truth about what the program
+/// does.
 ///
-/// Every two seconds it looks at the power situation and at all applications, decides whether the
-/// machine must stay awake, drives the sleep controller and publishes the outcome.
+/// Every two seconds it looks at the power situation and at all applications, decides, drives the
+/// sleep controller and publishes the outcome.
 ///
 /// One owner. Main thread only, observers included. The ports must outlive the engine, and must be
 /// the installed ones. The engine reports no errors: when a hold fails, the sleep controller logs

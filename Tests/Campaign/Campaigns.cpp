@@ -2,9 +2,6 @@
 
 #include <vector>
 
-#include "Tests/Campaign/ClockSteps.h"
-#include "Tests/Campaign/VirtualTime.h"
-
 namespace staylit::campaign {
 
 std::span<const Campaign> campaigns() {

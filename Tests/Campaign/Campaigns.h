@@ -19,6 +19,9 @@ Outcome hostileNames(Effort effort);
 Outcome damagedMessages(Effort effort);
 Outcome forgedMessages(Effort effort);
 Outcome severalStaylits(Effort effort);
+Outcome clockSteps(Effort effort);
+/// Lets random machines live. The program and a second account of its rules must decide the same.
+Outcome virtualTime(Effort effort);
 /// `name` is the name of what is restarted, as `Restarts::parts` has it.
 Outcome restarts(Effort effort, std::string_view name);
 Outcome stopsOfStaylit(Effort effort);

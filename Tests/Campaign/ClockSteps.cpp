@@ -1,4 +1,4 @@
-#include "Tests/Campaign/ClockSteps.h"
+#include "Tests/Campaign/Campaigns.h"
 
 #include <chrono>
 #include <cstdlib>

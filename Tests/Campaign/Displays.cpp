@@ -117,7 +117,8 @@ class Displays {
     OwnMachine::wait(machine_.start({"--choose-apps"}));
     const auto begin = Clock::now();
     ::kill(staylit.pid(), SIGTERM);
-    if (!hasEnded(staylit, 45s)) return find("A display that stopped later held up the end.");
+    if (!OwnMachine::hasEnded(staylit, 45s))
+      return find("A display that stopped later held up the end.");
     slowestEnd = std::max(slowestEnd, Clock::now() - begin);
     // The login service notices the end a moment later.
     const bool isReleased =
@@ -146,7 +147,7 @@ class Displays {
     if (!isReleased) find("On " + what + " the hold was not released within 5 s.");
     slowest = std::max(slowest, Clock::now() - begin);
     ::kill(staylit.pid(), SIGTERM);
-    if (!hasEnded(staylit, 10s)) return find("On " + what + " SIGTERM was not heard.");
+    if (!OwnMachine::hasEnded(staylit, 10s)) return find("On " + what + " SIGTERM was not heard.");
     if (OwnMachine::wait(staylit) != 0) find("On " + what + " it did not end in order.");
   }
 
@@ -172,15 +173,6 @@ class Displays {
       if (line.find("libqxcb") != std::string::npos) return true;
     }
     return false;
-  }
-  static bool hasEnded(const ChildProgram& program, std::chrono::seconds limit) {
-    return OwnMachine::eventually(
-        [&program] {
-          siginfo_t info{};
-          ::waitid(P_PID, static_cast<id_t>(program.pid()), &info, WEXITED | WNOWAIT | WNOHANG);
-          return info.si_pid == program.pid();
-        },
-        limit);
   }
   void find(std::string finding) { outcome.findings.push_back(std::move(finding)); }
 

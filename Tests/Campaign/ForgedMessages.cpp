@@ -6,7 +6,6 @@
 #include <chrono>
 #include <cstdint>
 #include <cstdlib>
-#include <fstream>
 #include <functional>
 #include <optional>
 #include <string>
@@ -15,6 +14,7 @@
 
 #include "Platform/Posix/Files/Descriptor.h"
 #include "Tests/Campaign/Campaigns.h"
+#include "Tests/Campaign/ProgramFigures.h"
 #include "Tests/EndToEnd/OwnMachine.h"
 #include "Tests/Platform/Support/FakePropertyService.h"
 #include "Tests/Platform/Support/Stranger.h"
@@ -120,16 +120,6 @@ std::vector<Kind> kinds() {
   };
 }
 
-/// How much memory the process uses.
-long memoryKBOf(pid_t pid) {
-  std::ifstream file("/proc/" + std::to_string(pid) + "/status");
-  const std::string label = "VmRSS:";
-  for (std::string line; std::getline(file, line);) {
-    if (line.starts_with(label)) return std::stol(line.substr(label.size()));
-  }
-  return 0;
-}
-
 const Kind kLarge{
     "text of eight megabytes", Where::systemBus, [](sd_bus* bus, const std::string& to) {
       const std::string text(8'000'000, 'x');
@@ -161,12 +151,12 @@ class ForgedMessages {
     if (!holds()) return outcome_;
     program_ = staylit.pid();
     before_ = machine_.inhibitors();
-    const long memoryKB = memoryKBOf(program_);
+    const long memoryKB = residentKB(program_);
     for (const Kind& kind : kinds())
       sendOften(kind, effort.quick ? 200 : 10'000);
     sendOften(kLarge, effort.quick ? 5 : 100);
     sendAtFullRate(effort.quick ? 2s : 60s);
-    const long growthKB = memoryKBOf(program_) - memoryKB;
+    const long growthKB = residentKB(program_) - memoryKB;
     if (growthKB > kMostGrowthKB) {
       outcome_.findings.push_back("the memory grew by " + std::to_string(growthKB) + " KB");
     }

@@ -1,4 +1,4 @@
-#include "Tests/Campaign/VirtualTime.h"
+#include "Tests/Campaign/Campaigns.h"
 
 #include <chrono>
 #include <cmath>

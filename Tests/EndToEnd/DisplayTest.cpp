@@ -39,15 +39,6 @@ class DisplayTest : public Machine {
     const std::lock_guard lock(mutex_);
     return told_;
   }
-  static bool ends(const ChildProgram& program) {
-    return eventually(
-        [&program] {
-          siginfo_t info{};
-          ::waitid(P_PID, static_cast<id_t>(program.pid()), &info, WEXITED | WNOWAIT | WNOHANG);
-          return info.si_pid == program.pid();
-        },
-        20s);
-  }
 
  private:
   std::optional<ScopedEnvironment> noWayland_;
@@ -69,7 +60,7 @@ TEST_F(DisplayTest, ASilentDisplayStopsNothing) {
       [this] { return told() == "Staylit cannot show a window: the display does not answer"; },
       60s));
   ::kill(staylit.pid(), SIGTERM);
-  ASSERT_TRUE(ends(staylit));
+  ASSERT_TRUE(hasEnded(staylit, 20s));
   EXPECT_EQ(wait(staylit), 0);
 }
 
@@ -81,7 +72,7 @@ TEST_F(DisplayTest, ASilentDisplayDoesNotKeepTheProgramFromEnding) {
   EXPECT_EQ(wait(start({"--choose-apps"})), 0);
   ASSERT_TRUE(eventually([&display] { return display.wasAsked(); }, 20s));
   ::kill(staylit.pid(), SIGTERM);
-  ASSERT_TRUE(ends(staylit));
+  ASSERT_TRUE(hasEnded(staylit, 20s));
   EXPECT_EQ(wait(staylit), 0);
   EXPECT_EQ(holdReason(), "");
 }
@@ -103,7 +94,7 @@ TEST_F(DisplayTest, WindowsOfAnotherBuildAreNotUsed) {
       },
       30s));
   ::kill(staylit.pid(), SIGTERM);
-  ASSERT_TRUE(ends(staylit));
+  ASSERT_TRUE(hasEnded(staylit, 20s));
   EXPECT_EQ(wait(staylit), 0);
 }
 

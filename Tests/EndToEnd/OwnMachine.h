@@ -154,6 +154,17 @@ class OwnMachine {
     ::waitid(P_PID, static_cast<id_t>(program.pid()), &info, WEXITED | WNOWAIT);
     return info.si_code == CLD_EXITED ? info.si_status : 128 + info.si_status;
   }
+  /// Whether the program ends within `limit`, in whatever way.
+  static bool hasEnded(const ChildProgram& program, std::chrono::seconds limit) {
+    return eventually(
+        [&program] {
+          siginfo_t info{};
+          ::waitid(P_PID, static_cast<id_t>(program.pid()), &info, WEXITED | WNOWAIT | WNOHANG);
+          return info.si_pid == program.pid();
+        },
+        limit);
+  }
+
   /// Starts the worker under a name of its own.
   ChildProgram workAs(const std::string& name, std::vector<std::string> arguments) {
     const std::string program = folder.path() / name;

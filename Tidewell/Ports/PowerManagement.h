@@ -46,8 +46,8 @@ class PowerManagement {
 
   /// A service that keeps an assertion.
   struct Grant {
-    std::string service;  ///< As its system names it; on Linux by its name on the bus.
-    /// When the service's own list was last seen to have the grant; absent while it was not.
+    std::string service;  ///< The service's name; on Linux its name on the bus.
+    /// When the service's own list last had the grant; absent when that was never seen.
     std::optional<Moment> seenAt;
   };
   /// An assertion that was created and not yet released.
@@ -56,7 +56,7 @@ class PowerManagement {
     std::string name;
     std::vector<Grant> grants;  ///< Empty where nobody keeps it.
   };
-  /// All live assertions, the oldest first. Costs no call.
+  /// All live assertions, the oldest first. Asks the system nothing.
   virtual std::vector<LiveAssertion> liveAssertions() = 0;
 };
 

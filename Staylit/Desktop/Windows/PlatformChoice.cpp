@@ -8,7 +8,7 @@
 #include <QPluginLoader>
 #include <QStringList>
 
-#include "Staylit/Desktop/Windows/DisplayServers.h"
+#include "Staylit/Desktop/Windows/DisplayListeners.h"
 
 namespace staylit::windows {
 namespace {

@@ -1,6 +1,6 @@
 #include "Staylit/Desktop/Display/WindowsModule.h"
 
-#include "Staylit/Desktop/Windows/DisplayServers.h"
+#include "Staylit/Desktop/Windows/DisplayListeners.h"
 #include "Staylit/Desktop/Windows/PlatformChoice.h"
 #include "Staylit/Desktop/Windows/QtWindowKit.h"
 #include "StaylitBuildIdentity.h"

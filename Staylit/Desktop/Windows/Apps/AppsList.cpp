@@ -23,9 +23,9 @@ bool choosesApplication(const QKeyEvent& event) {
 }  // namespace
 
 AppsList::AppsList(QWidget* parent)
-    : QListView(parent), model_(new AppsModel(this)), delegate_(new AppsDelegate(*model_, this)) {
+    : QListView(parent), model_(new AppsModel(this)), painter_(new AppsPainter(*model_, this)) {
   setModel(model_);
-  setItemDelegate(delegate_);
+  setItemDelegate(painter_);
   setFrameShape(QFrame::NoFrame);
   setSelectionMode(NoSelection);
   setEditTriggers(NoEditTriggers);
@@ -209,9 +209,9 @@ void AppsList::paintEvent(QPaintEvent* event) {
   const bool isPressed = pressed_.isValid() && pressed_ == under;
   const bool showsKeyboard = usesKeyboard_ && hasFocus();
   // While a mouse button is down, no other row responds.
-  delegate_->setFeedback({pressed_.isValid() ? QModelIndex() : under,
-                          isPressed ? under : QModelIndex(),
-                          showsKeyboard ? currentIndex() : QModelIndex()});
+  painter_->setFeedback({pressed_.isValid() ? QModelIndex() : under,
+                         isPressed ? under : QModelIndex(),
+                         showsKeyboard ? currentIndex() : QModelIndex()});
   QListView::paintEvent(event);
 }
 

@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "Staylit/Desktop/Windows/Apps/AppsDelegate.h"
 #include "Staylit/Desktop/Windows/Apps/AppsModel.h"
+#include "Staylit/Desktop/Windows/Apps/AppsPainter.h"
 
 namespace staylit::windows {
 
@@ -61,7 +61,7 @@ class AppsList : public QListView {
 
   // The list is the parent of both, because it still calls them while it is destroyed.
   AppsModel* model_;
-  AppsDelegate* delegate_;
+  AppsPainter* painter_;
   std::function<void(const std::string& id)> onChoose_;
   std::optional<QPoint> mousePosition_;  ///< Absent while the mouse is elsewhere.
   QPersistentModelIndex pressed_;  ///< Where the mouse button went down; invalid while it is up.

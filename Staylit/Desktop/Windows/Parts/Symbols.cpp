@@ -1,6 +1,5 @@
 #include "Staylit/Desktop/Windows/Parts/Symbols.h"
 
-#include <QFile>
 #include <QPixmapCache>
 #include <QSvgRenderer>
 #include <QtMath>
@@ -31,10 +30,6 @@ QPixmap rendered(const QString& name, int pixels, const QColor& color) {
 }
 
 }  // namespace
-
-bool has(const QString& name) {
-  return QFile::exists(path(name));
-}
 
 void draw(QPainter& painter, const QString& name, const QRectF& frame, const QColor& color) {
   const int side = qFloor(qMin(frame.width(), frame.height()));

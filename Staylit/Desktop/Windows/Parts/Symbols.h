@@ -9,8 +9,6 @@
 /// The symbols that the program names. The module brings the drawings.
 namespace staylit::windows::symbols {
 
-[[nodiscard]] bool has(const QString& name);
-
 /// Draws a symbol in one colour, in the middle of `frame` and as large as fits: its side is a whole
 /// number of points, and its corner lies on a whole pixel. Draws nothing when there is no such
 /// symbol.

@@ -1,4 +1,4 @@
-#include "Staylit/Desktop/Windows/DisplayServers.h"
+#include "Staylit/Desktop/Windows/DisplayListeners.h"
 
 #include <sys/socket.h>
 #include <sys/un.h>

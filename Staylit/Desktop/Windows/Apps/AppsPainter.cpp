@@ -1,4 +1,4 @@
-#include "Staylit/Desktop/Windows/Apps/AppsDelegate.h"
+#include "Staylit/Desktop/Windows/Apps/AppsPainter.h"
 
 #include <QApplication>
 #include <QPainter>
@@ -93,7 +93,7 @@ int lineHeight(const QStyleOptionViewItem& option, const AppsLine& line) {
 }  // namespace
 
 /// Where and how a line is drawn. All rectangles are given for a script that runs to the right.
-struct AppsDelegate::Canvas {
+struct AppsPainter::Canvas {
   QPainter& painter;
   const QStyleOptionViewItem& option;
   Surface surface;
@@ -119,20 +119,20 @@ struct AppsDelegate::Canvas {
   }
 };
 
-AppsDelegate::AppsDelegate(const AppsModel& model, QObject* parent)
+AppsPainter::AppsPainter(const AppsModel& model, QObject* parent)
     : QAbstractItemDelegate(parent), model_(model) {}
 
-QSize AppsDelegate::sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const {
+QSize AppsPainter::sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const {
   // The width does not matter: the list makes the line as wide as its own room.
   return {0, lineHeight(option, model_.line(index)) + marginBelow(index)};
 }
 
-int AppsDelegate::marginBelow(const QModelIndex& index) const {
+int AppsPainter::marginBelow(const QModelIndex& index) const {
   return index.row() + 1 == model_.rowCount() ? kEndMargin : 0;
 }
 
-void AppsDelegate::paint(QPainter* painter, const QStyleOptionViewItem& given,
-                         const QModelIndex& index) const {
+void AppsPainter::paint(QPainter* painter, const QStyleOptionViewItem& given,
+                        const QModelIndex& index) const {
   QStyleOptionViewItem option = given;
   option.rect.adjust(0, 0, 0, -marginBelow(index));
   painter->save();
@@ -154,7 +154,7 @@ void AppsDelegate::paint(QPainter* painter, const QStyleOptionViewItem& given,
   painter->restore();
 }
 
-void AppsDelegate::paintHeading(const Canvas& canvas, const AppsLine& line) {
+void AppsPainter::paintHeading(const Canvas& canvas, const AppsLine& line) {
   QRect title = canvas.content();
   title.setTop(title.top() + headingTop(line));
   title.setHeight(titleHeight(canvas.option));
@@ -168,7 +168,7 @@ void AppsDelegate::paintHeading(const Canvas& canvas, const AppsLine& line) {
               textColor(Tone::tertiary, canvas.surface), qt(line.detail));
 }
 
-int AppsDelegate::paintTitle(const Canvas& canvas, const AppsLine& heading, QRect line) {
+int AppsPainter::paintTitle(const Canvas& canvas, const AppsLine& heading, QRect line) {
   const QFont font = fontOf(canvas.option, TextStyle::headline);
   const QColor color = textColor(Tone::primary, canvas.surface);
   const QString title = qt(heading.text);
@@ -178,7 +178,7 @@ int AppsDelegate::paintTitle(const Canvas& canvas, const AppsLine& heading, QRec
   return line.left() + width(font, title);
 }
 
-void AppsDelegate::paintBadge(const Canvas& canvas, std::size_t count, int left, QRect line) {
+void AppsPainter::paintBadge(const Canvas& canvas, std::size_t count, int left, QRect line) {
   const QFont font = fontOf(canvas.option, TextStyle::caption);
   const QString number = QString::number(count);
   const int high = height(font) + 2 * kBadgeMargin;
@@ -198,14 +198,14 @@ void AppsDelegate::paintBadge(const Canvas& canvas, std::size_t count, int left,
   canvas.painter.drawText(badge, Qt::AlignCenter, number);
 }
 
-void AppsDelegate::paintEmpty(const Canvas& canvas, const AppsLine& line) {
+void AppsPainter::paintEmpty(const Canvas& canvas, const AppsLine& line) {
   canvas.text(canvas.content().adjusted(0, kEmptyMargin, 0, -kEmptyMargin),
               fontOf(canvas.option, TextStyle::callout), textColor(Tone::secondary, canvas.surface),
               qt(line.text), Qt::TextWordWrap);
 }
 
-void AppsDelegate::paintEntry(const Canvas& canvas, const AppsLine& line,
-                              const QModelIndex& index) const {
+void AppsPainter::paintEntry(const Canvas& canvas, const AppsLine& line,
+                             const QModelIndex& index) const {
   paintPlate(canvas, index);
   const QColor secondary = textColor(Tone::secondary, canvas.surface);
   const bool reacts = index == feedback_.hovered || index == feedback_.ringed;
@@ -229,13 +229,13 @@ void AppsDelegate::paintEntry(const Canvas& canvas, const AppsLine& line,
   canvas.text(detail, caption, secondary, elided);
 }
 
-QColor AppsDelegate::plateColor(const Surface& surface, const QModelIndex& index) const {
+QColor AppsPainter::plateColor(const Surface& surface, const QModelIndex& index) const {
   if (index == feedback_.pressed) return mixed(surface.text, surface.background, kPressedShare);
   if (index == feedback_.hovered) return mixed(surface.text, surface.background, kHoverShare);
   return surface.background;
 }
 
-void AppsDelegate::paintPlate(const Canvas& canvas, const QModelIndex& index) const {
+void AppsPainter::paintPlate(const Canvas& canvas, const QModelIndex& index) const {
   const QRectF plate = QRectF(canvas.option.rect).adjusted(kPlateInset, 0, -kPlateInset, 0);
   canvas.painter.setPen(Qt::NoPen);
   canvas.painter.setBrush(canvas.surface.background);
@@ -249,7 +249,7 @@ void AppsDelegate::paintPlate(const Canvas& canvas, const QModelIndex& index) co
   }
 }
 
-void AppsDelegate::paintName(const Canvas& canvas, const AppsLine& entry, QRect line) {
+void AppsPainter::paintName(const Canvas& canvas, const AppsLine& entry, QRect line) {
   const QFont& font = canvas.option.font;
   if (entry.isWorking) line.setWidth(line.width() - kDotGap - kDot);
   const QString name = QFontMetrics(font).elidedText(qt(entry.text), Qt::ElideMiddle, line.width());

@@ -8,8 +8,8 @@
 
 namespace staylit::windows {
 
-/// Draws the lines of the Choose Apps window.
-class AppsDelegate : public QAbstractItemDelegate {
+/// Draws the lines of the Choose Apps window, as the list's delegate.
+class AppsPainter : public QAbstractItemDelegate {
  public:
   /// How the list responds to the user at the moment.
   struct Feedback {
@@ -18,7 +18,7 @@ class AppsDelegate : public QAbstractItemDelegate {
     QPersistentModelIndex ringed;  ///< Where the keyboard is.
   };
 
-  AppsDelegate(const AppsModel& model, QObject* parent);
+  AppsPainter(const AppsModel& model, QObject* parent);
 
   void setFeedback(Feedback feedback) { feedback_ = std::move(feedback); }
 
