@@ -1,7 +1,9 @@
 // Measures the real program from outside, among many processes: the CPU time of each of its ticks,
 // its memory and its wake-ups, side by side with `top -d 2`, which looks at the same processes.
 //
-//   tick-cost PROCESSES [SECONDS]
+//   tick-cost PROCESSES [SECONDS [PROGRAM...]]
+//
+// Each PROGRAM is another build of `staylit`, to be measured in the same crowd at the same time.
 
 #include <signal.h>
 #include <spawn.h>
@@ -13,6 +15,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <deque>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -90,39 +93,66 @@ double quantile(std::vector<double> values, double which) {
   return values[static_cast<std::size_t>(which * static_cast<double>(values.size() - 1))];
 }
 
+/// A build of the program, and what each of its ticks cost.
+struct Measured {
+  explicit Measured(const std::string& path) : program({path}), name(path) {}
+
+  Program program;
+  std::string name;
+  std::vector<double> ticks;  ///< Milliseconds.
+  long wakeUpsBefore = 0;
+
+  void print(double topMedian, int seconds) const {
+    const double median = quantile(ticks, 0.5);
+    std::printf("%s: tick %.2f ms (p90 %.2f), ratio %.1f; ", name.c_str(), median,
+                quantile(ticks, 0.9), topMedian / median);
+    std::printf("RSS %ld KB, PSS %ld KB, %.2f wake-ups/s\n",
+                program.number(program.file("smaps_rollup"), "Rss:"),
+                program.number(program.file("smaps_rollup"), "Pss:"),
+                static_cast<double>(program.wakeUps() - wakeUpsBefore) / seconds);
+  }
+};
+
+void measure(int processes, int seconds, const std::vector<std::string>& paths) {
+  const Crowd crowd(processes, 400);
+  std::deque<Measured> builds;
+  for (const std::string& path : paths)
+    builds.emplace_back(path);
+  Program top({"top", "-b", "-d", "2"});
+  std::this_thread::sleep_for(10s);
+
+  std::vector<double> topTimes;
+  top.cpu();
+  for (Measured& build : builds) {
+    build.program.cpu();
+    build.wakeUpsBefore = build.program.wakeUps();
+  }
+  for (int elapsed = 0; elapsed < seconds; elapsed += 2) {
+    std::this_thread::sleep_for(2s);
+    topTimes.push_back(top.cpu());
+    for (Measured& build : builds)
+      build.ticks.push_back(build.program.cpu());
+  }
+  const double topMedian = quantile(topTimes, 0.5);
+  std::printf("%d processes; a refresh of top: %.2f ms\n", processes, topMedian);
+  for (const Measured& build : builds)
+    build.print(topMedian, seconds);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
   const int processes = argc > 1 ? std::atoi(argv[1]) : 300;
   const int seconds = argc > 2 ? std::atoi(argv[2]) : 60;
-  // Its settings are its own, not those of whoever measures.
+  std::vector<std::string> paths{STAYLIT};
+  for (int index = 3; index < argc; ++index)
+    paths.emplace_back(argv[index]);
+  // Their settings are their own, not those of whoever measures.
   std::string folder = (std::filesystem::temp_directory_path() / "tick-cost-XXXXXX").string();
   if (mkdtemp(folder.data()) == nullptr) return 1;
   setenv("XDG_CONFIG_HOME", folder.c_str(), 1);
-  {
-    const Crowd crowd(processes, 400);
-    Program staylit({STAYLIT});
-    Program top({"top", "-b", "-d", "2"});
-    std::this_thread::sleep_for(10s);
-
-    std::vector<double> ours;
-    std::vector<double> theirs;
-    staylit.cpu();
-    top.cpu();
-    const long wakeUps = staylit.wakeUps();
-    for (int elapsed = 0; elapsed < seconds; elapsed += 2) {
-      std::this_thread::sleep_for(2s);
-      ours.push_back(staylit.cpu());
-      theirs.push_back(top.cpu());
-    }
-    const double median = quantile(ours, 0.5);
-    const double topMedian = quantile(theirs, 0.5);
-    std::printf("%5d processes: tick %.2f ms (p90 %.2f), top %.2f ms, ratio %.1f; ", processes,
-                median, quantile(ours, 0.9), topMedian, topMedian / median);
-    std::printf("RSS %ld KB, PSS %ld KB, %.2f wake-ups/s\n",
-                staylit.number(staylit.file("smaps_rollup"), "Rss:"),
-                staylit.number(staylit.file("smaps_rollup"), "Pss:"),
-                static_cast<double>(staylit.wakeUps() - wakeUps) / seconds);
-  }
+  // On a session bus, all but the first would end at once.
+  if (paths.size() > 1) setenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent", 1);
+  measure(processes, seconds, paths);
   std::filesystem::remove_all(folder);
 }
