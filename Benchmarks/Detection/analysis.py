@@ -1,4 +1,4 @@
-"""What the record of one workload says: when it was found, how steadily, and when it was let go."""
+"""What the record of one workload says: when it was found, how steadily, and when it was released."""
 import dataclasses
 import fnmatch
 
@@ -14,7 +14,7 @@ class Finding:
     share_after: float      # Likewise, from `first` on.
     gaps: int               # Times that it was lost again while it went on.
     longest_gap: float
-    released: float | None  # From the end of the work until the machine was let go.
+    released: float | None  # From the end of the work until the machine was released.
     names: list             # What the hold was put down to, the most frequent first.
     reason: str             # One of the reasons given.
     others: list            # Also found at the time, and no part of the workload.

@@ -40,7 +40,7 @@ def row(workload, side, finding, met):
 def table(results):
     """`results`: pairs of a workload and what was measured."""
     lines = ["| workload | | found after | found: of all the time / since then | lost again | "
-             "let go after | under the names | as wanted |", "|---|---|---|---|---|---|---|---|"]
+             "released after | under the names | as wanted |", "|---|---|---|---|---|---|---|---|"]
     notes = []
     for workload, measured in results:
         for side in ("plain", "whole"):

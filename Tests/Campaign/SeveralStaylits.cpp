@@ -33,7 +33,7 @@ class SeveralStaylits {
       runOnce(effort_.quick || run % 2 == 1 ? 3 : 2);
     outcome_.measured = effort_.quick
                             ? "only until all wait for work to resume: the grace is 30 s"
-                            : "last hold let go after " + std::to_string(longest_.count()) + " s";
+                            : "last hold released after " + std::to_string(longest_.count()) + " s";
     return outcome_;
   }
 
