@@ -30,8 +30,8 @@ class DesktopFiles {
   /// The folders to look in, the most important first, and the user's language.
   struct Places {
     std::vector<std::filesystem::path> applicationFolders;
-    std::vector<std::filesystem::path>
-        programFolders;  ///< Where a bare program name is looked for.
+    /// Where a bare program name is looked for.
+    std::vector<std::filesystem::path> programFolders;
     std::string locale;  ///< As the environment names it.
   };
 

@@ -15,8 +15,8 @@ struct TomlStatement {
   std::size_t begin;
   std::size_t end;
   std::size_t line;  ///< The number of its first line, counted from 1.
-  std::size_t
-      key;  ///< Where the key of a value ends; equal to `begin` when there seems to be no key.
+  /// Where the key of a value ends; equal to `begin` when there seems to be no key.
+  std::size_t key;
 };
 
 /// All statements of `text` in their order. Every line that is not blank belongs to one of them. In

@@ -9,11 +9,11 @@
 
 namespace platform {
 
-/// What every system's power sources promise.
+/// The contract of power sources, which every system's power sources keep.
 ///
-/// A `Machine` has them as its `sources()`, tells by `missing()` what it lacks to be tested (null
-/// when nothing), and feeds itself as it is told by `feed(state)`: from a battery with that state,
-/// or without one. `settles(condition)` waits for what may come late.
+/// A `Machine` has power sources in `sources()`. `missing()` tells what the machine lacks for the
+/// tests; null for nothing. After `feed(state)` the machine runs on a battery with that state, or
+/// without a battery. `settles(condition)` waits until the condition holds.
 template <typename Machine>
 class PowerSourcesContract : public ::testing::Test {
  protected:
@@ -23,7 +23,7 @@ class PowerSourcesContract : public ::testing::Test {
 
   using Source = std::optional<tidewell::PowerSource>;
 
-  /// Whether the machine tells of exactly this source after such a change.
+  /// Whether the machine tells exactly this source after it was fed so.
   bool tells(const Source& expected) {
     return machine_.settles([&] { return machine_.sources().source() == expected; });
   }

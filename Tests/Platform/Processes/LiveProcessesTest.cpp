@@ -1,4 +1,4 @@
-// The tracker on the real /proc, with real children.
+// Tests the tracker with the real /proc and real children.
 
 #include <gtest/gtest.h>
 #include <spawn.h>
@@ -134,7 +134,7 @@ TEST_F(LiveProcessesTest, FindsWhatTheKernelSaysIsThereAndNothingElse) {
   const auto after = proc.pids();
   ASSERT_TRUE(before);
   ASSERT_TRUE(after);
-  // Processes come and go meanwhile: sure are only those that were there all the time.
+  // Processes come and go during the test, so only those count that were there all the time.
   for (const std::int32_t pid : *before) {
     if (!std::ranges::binary_search(*after, pid)) continue;
     EXPECT_NE(tracker.find(pid), nullptr) << pid;
@@ -162,7 +162,7 @@ TEST_F(LiveProcessesTest, NeverTakesAThreadForAProcess) {
 
 TEST_F(LiveProcessesTest, SeesAnotherUsersProcessAsRefused) {
   if (getuid() != 0) GTEST_SKIP() << "only root can play two users";
-  // A user of our own looks at a process of root.
+  // A user without rights looks at a process of root.
   PausedChild child([] {});
   const pid_t looker = fork();
   if (looker == 0) {

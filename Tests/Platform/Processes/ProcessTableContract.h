@@ -20,8 +20,8 @@ extern char** environ;
 
 namespace platform {
 
-/// What every system's process table promises, asked with real children. A `Table` has one as its
-/// `table`.
+/// The contract of process tables, which every system's table keeps, tested with real children. A
+/// `Table` has a process table as its `table`.
 template <typename Table>
 class ProcessTableContract : public ::testing::Test {
  protected:
@@ -36,7 +36,7 @@ class ProcessTableContract : public ::testing::Test {
            static_cast<double>(timebase.denom) / 1e9;
   }
 
-  /// The usage as of now; fails without one.
+  /// The present usage of the process. The test fails when there is none.
   tidewell::ResourceUsage usageNow(pid_t pid) {
     tidewell::ResourceUsage usage;
     table_.snapshot();

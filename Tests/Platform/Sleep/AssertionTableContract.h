@@ -11,11 +11,11 @@
 
 namespace platform {
 
-/// What every system's list of assertions promises.
+/// The contract of lists of assertions, which every system's list keeps.
 ///
-/// A `Machine` has it as its `table()`, tells by `missing()` what it lacks to be tested (null when
-/// nothing), and takes it that a process holds off sleep for a reason after `hold(pid, reason)`, a
-/// Staylit after `holdAsStaylit(pid)`. It cannot be asked after `fail()`.
+/// A `Machine` has the list in `table()`. `missing()` tells what the machine lacks for the tests;
+/// null for nothing. After `hold(pid, reason)` a process holds off sleep for the reason, and after
+/// `holdAsStaylit(pid)` a Staylit does. After `fail()` the list cannot be read.
 template <typename Machine>
 class AssertionTableContract : public ::testing::Test {
  protected:

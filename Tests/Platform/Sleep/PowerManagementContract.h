@@ -10,12 +10,12 @@
 
 namespace platform {
 
-/// What every system's power management promises.
+/// The contract of power management, which every system's power management keeps.
 ///
-/// A `Machine` has it as its `power()`, tells by `missing()` what it lacks to be tested (null when
-/// nothing), and lists by `held()` the names of what keeps it awake, as its service has them. It
-/// refuses every further assertion after `refuse(true)`. `pass()` lets so much time pass that a
-/// name may change, and `settles(condition)` waits for what may come late.
+/// A `Machine` has the power management in `power()`. `missing()` tells what the machine lacks for
+/// the tests; null for nothing. `held()` lists the names of the assertions that the machine's
+/// service has. After `refuse(true)` the machine refuses every further assertion. `pass()` lets so
+/// much time pass that a name may change, and `settles(condition)` waits until the condition holds.
 template <typename Machine>
 class PowerManagementContract : public ::testing::Test {
  protected:
@@ -42,7 +42,7 @@ class PowerManagementContract : public ::testing::Test {
     machine_.power().releaseAssertion(id);
   }
 
-  /// Whether exactly this is held.
+  /// Whether exactly these assertions are held.
   bool holds(const Names& names) {
     return machine_.settles([&] { return machine_.held() == names; });
   }

@@ -40,8 +40,8 @@ class FakeLogind {
   std::atomic<Approval> approval;  ///< Whether a lock needs approval, and the outcome.
   std::atomic<bool> refuses = false;
   std::atomic<int> prompts = 0;
-  std::atomic<bool> isUserThinking =
-      false;  ///< Whether a question to the user waits for `answerLate`.
+  /// Whether a question to the user waits for `answerLate`.
+  std::atomic<bool> isUserThinking = false;
   std::atomic<bool> isSilent = false;
   std::atomic<int> listings = 0;
   std::atomic<bool> listsNonsense = false;         ///< Whether lists have an unknown type.

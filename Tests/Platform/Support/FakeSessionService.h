@@ -28,15 +28,15 @@ class FakeSessionService {
   std::atomic<bool> refuses = false;
   std::atomic<int> refusals = 0;
   std::atomic<bool> isSilent = false;
-  std::atomic<bool> tellsByProperties =
-      false;  ///< Whether the details of an inhibitor are properties, not methods.
+  /// Whether the details of an inhibitor are properties, not methods.
+  std::atomic<bool> tellsByProperties = false;
   std::atomic<int> readings = 0;   ///< How often somebody asked for its list.
   std::atomic<int> questions = 0;  ///< How often somebody asked for the details of an inhibitor.
-  std::atomic<const char*> failsAt =
-      "";  ///< The method that fails because the service is too busy.
+  /// The method that fails because the service is too busy.
+  std::atomic<const char*> failsAt = "";
   std::atomic<bool> listsNonsense = false;  ///< Whether lists have an unknown type.
-  std::atomic<bool> tellsNonsense =
-      false;  ///< Whether details of an inhibitor have an unknown type.
+  /// Whether details of an inhibitor have an unknown type.
+  std::atomic<bool> tellsNonsense = false;
 
   /// Forgets the calls that it left unanswered.
   void forgetCalls() {

@@ -15,7 +15,8 @@
 
 namespace platform::testing {
 
-/// A child process that does `work`, and then waits to be killed. Ends with the test at the latest.
+/// A child process that does `work` and then waits to be killed. It ends with the test at the
+/// latest.
 class PausedChild {
  public:
   explicit PausedChild(const std::function<void()>& work) {
@@ -45,7 +46,7 @@ class PausedChild {
 
   [[nodiscard]] pid_t pid() const { return pid_; }
 
-  /// Kills and reaps it; what the kernel charged it.
+  /// Kills and reaps the child. Returns what the kernel has charged it.
   rusage end() {
     rusage usage{};
     kill(pid_, SIGKILL);
@@ -65,7 +66,7 @@ class PausedChild {
   Descriptor leash_;
 };
 
-/// Uses so much processor time.
+/// Uses the given processor time.
 inline void burn(double seconds) {
   timespec time{};
   do {

@@ -42,7 +42,7 @@ TYPED_TEST_P(TextContract, LowersTextThatGrows) {
   std::string small;
   for (int count = 0; count < 1000; ++count) {
     capitals += "\u0130";  // This letter has two bytes, and three when lowered.
-    capitals += "\u023A";  // Likewise.
+    capitals += "\u023A";  // This one too.
     small += "i\u0307\u2C65";
   }
   EXPECT_EQ(this->text_.lowercased(capitals), small);
