@@ -20,8 +20,8 @@ namespace tidewell {
 ///   Otherwise the worst of the 200 random trees of the tests counts 32 % too much.
 /// * Nobody sees a process that never had a name. Its usage is left in the charge of its reaper.
 ///   Otherwise the worst tree counts 2.8 % too little.
-/// * What macOS charges twice for a child counts once. Otherwise the worst tree counts 30 % too
-/// much.
+/// * What macOS charges twice for a child counts once. Otherwise 30 % too much is counted in the
+///   worst tree.
 /// * If a counter goes backwards, only what is beyond its highest value counts. No kernel is known
 ///   to do this. But if one did, all of the counter would be counted once more.
 ///
