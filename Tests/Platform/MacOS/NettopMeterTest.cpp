@@ -17,7 +17,7 @@ using namespace std::chrono_literals;
 using Texts = std::vector<std::string>;
 
 /// The meter below a sampler, over a launcher that launches nothing.
-class NettopMeterTest : public testing::Test {
+class NettopMeterTest : public ::testing::Test {
  protected:
   /// Lets one run of the tool begin and end.
   void runTool() {

@@ -101,7 +101,7 @@ class FakeSnapshot : public PowerSourcesSnapshot {
   std::vector<std::size_t> described;  ///< The index of every description asked for.
 };
 
-class FirstPowerSourceTest : public testing::Test {
+class FirstPowerSourceTest : public ::testing::Test {
  protected:
   std::optional<PowerSource> first() { return firstPowerSource(hasSnapshot ? &snapshot : nullptr); }
 
