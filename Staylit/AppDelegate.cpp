@@ -1,6 +1,7 @@
 #include "Staylit/AppDelegate.h"
 
 #include "Staylit/Prefs.h"
+#include "Staylit/StatusTexts.h"
 #include "Tidewell/ClamshellController.h"
 #include "Tidewell/Log.h"
 
@@ -15,7 +16,11 @@ void AppDelegate::applicationDidFinishLaunching() {
   holdWatch_.reset();
   terminalReporter_.reset();
   menuBar_.reset();
+  statusService_.reset();
+  statusReporter_.reset();
   engine_ = std::make_unique<StaylitEngine>(ports_);
+  statusReporter_ = std::make_unique<StatusReporter>(*engine_, ports_);
+  statusService_ = userInterface_.offerStatus(*statusReporter_);
   menuBar_ = std::make_unique<MenuBarController>(*engine_, userInterface_, ports_);
   if (ports_.console->outputIsTerminal()) {
     terminalReporter_ =
@@ -49,7 +54,7 @@ void AppDelegate::tellThatNothingHolds() {
   userInterface_.tell("The computer may fall asleep during the work",
                       "No service of the system grants Staylit's hold.");
   if (terminalReporter_) {
-    terminalReporter_->tell("No service of the system grants the hold — your Mac can sleep");
+    terminalReporter_->tell(kNothingGrantsTheHold);
   }
 }
 

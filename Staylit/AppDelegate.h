@@ -6,6 +6,7 @@
 #include "Staylit/Application.h"
 #include "Staylit/HoldWatch.h"
 #include "Staylit/MenuBarController.h"
+#include "Staylit/StatusReporter.h"
 #include "Staylit/StaylitEngine.h"
 #include "Staylit/TerminalReporter.h"
 #include "Staylit/UserInterface.h"
@@ -40,6 +41,8 @@ class AppDelegate : public ApplicationDelegate {
   tidewell::Ports& ports_;
   UserInterface& userInterface_;
   std::unique_ptr<StaylitEngine> engine_;
+  std::unique_ptr<StatusReporter> statusReporter_;
+  std::unique_ptr<StatusService> statusService_;  ///< Null where nobody can ask.
   std::unique_ptr<MenuBarController> menuBar_;
   std::unique_ptr<TerminalReporter> terminalReporter_;
   std::unique_ptr<HoldWatch> holdWatch_;

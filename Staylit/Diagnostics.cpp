@@ -9,6 +9,7 @@
 #include <string_view>
 
 #include "Staylit/Prefs.h"
+#include "Staylit/StatusTexts.h"
 #include "Staylit/StaylitEngine.h"
 #include "Tidewell/ActivityMonitor.h"
 #include "Tidewell/FatalError.h"
@@ -71,10 +72,7 @@ std::int64_t sustainSeconds() {
 
 void printPower(tidewell::Console& console) {
   const tidewell::PowerState power = tidewell::BatteryMonitor::current();
-  console.printLine(
-      "Power:      " + (power.hasBattery ? std::to_string(power.percentage) + "%" : "no battery") +
-      " · " + (power.onAC ? "AC" : "battery") +
-      " · lowPower=" + (power.lowPowerMode ? "true" : "false"));
+  console.printLine("Power:      " + describe(power));
   if (const auto reason = power.blockedReason(Prefs::shared().powerPolicy())) {
     console.printLine("            holding is BLOCKED — " + *reason);
   }

@@ -1,5 +1,7 @@
 #include "Staylit/EngineStatus.h"
 
+#include <algorithm>
+
 namespace staylit {
 namespace {
 
@@ -27,6 +29,15 @@ std::string summaryOf(const EngineStatus::Paused&) {
 }
 
 }  // namespace
+
+bool EngineStatus::isSameState(const EngineStatus& other) const {
+  if (std::holds_alternative<Winding>(value)) return std::holds_alternative<Winding>(other.value);
+  const auto* mine = std::get_if<Holding>(&value);
+  const auto* theirs = std::get_if<Holding>(&other.value);
+  if (!mine || !theirs) return *this == other;
+  return mine->names.size() == theirs->names.size() &&
+         std::is_permutation(mine->names.begin(), mine->names.end(), theirs->names.begin());
+}
 
 std::string EngineStatus::summary() const {
   return std::visit([](const auto& status) { return summaryOf(status); }, value);

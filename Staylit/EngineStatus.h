@@ -47,6 +47,9 @@ struct EngineStatus {
   /// The status in one line for people: "Awake for Xcode +2 more".
   [[nodiscard]] std::string summary() const;
 
+  /// Whether `other` tells people nothing new: equal but for a countdown and the order of names.
+  [[nodiscard]] bool isSameState(const EngineStatus& other) const;
+
   friend bool operator==(const EngineStatus&, const EngineStatus&) = default;
 };
 

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "Staylit/Prefs.h"
+#include "Staylit/StatusTexts.h"
 #include "Staylit/WatchList.h"
 #include "Tidewell/AppCatalog.h"
 #include "Tidewell/TextReading.h"
@@ -87,7 +88,7 @@ MenuItem appToggle(std::string title, std::string id) {
 }
 
 MenuItem busyItem(const tidewell::BusyApp& app, bool isIgnored) {
-  MenuItem item = appToggle(app.display + " — " + app.reason(), app.id);
+  MenuItem item = appToggle(rowOf(app), app.id);
   item.isOn = !isIgnored;
   item.toolTip = isIgnored ? "Stay awake for " + app.display + " again"
                            : "Stop staying awake for " + app.display;
@@ -98,7 +99,7 @@ void addBusy(Menu& menu, const std::vector<tidewell::BusyApp>& busyApps,
              const tidewell::TextSet& ignored) {
   if (busyApps.empty()) return;
   menu.push_back(separator());
-  menu.push_back(header("Staying awake for"));
+  menu.push_back(header(kStayingAwakeFor));
   for (const tidewell::BusyApp& app : upTo(kBusyLimit, busyApps)) {
     menu.push_back(busyItem(app, ignored.contains(app.id)));
   }
@@ -132,7 +133,7 @@ void addAsserting(Menu& menu, const std::vector<std::string>& names,
                   tidewell::ProcessTable& processes) {
   if (names.empty()) return;
   menu.push_back(separator());
-  menu.push_back(header("Asked to stay awake"));
+  menu.push_back(header(kAskedToStayAwake));
   for (const std::string& name : upTo(kAssertingLimit, names)) {
     menu.push_back(header("  " + name));
     menu.back().toolTip = programOf(name, processes);

@@ -28,7 +28,7 @@ class TerminalReporter {
   StaylitEngine& engine_;
   tidewell::Console& console_;
   tidewell::Clock& clock_;
-  std::optional<EngineStatus> told_;  ///< The state that the last line told of.
+  std::optional<EngineStatus> told_;  ///< That the last line told of.
   Subscription subscription_;
 };
 

@@ -10,6 +10,7 @@ namespace staylit {
 
 class AppsView;
 class SettingsView;
+class StatusReporter;
 
 /// In points, with the system's own origin and direction.
 struct Point {
@@ -71,19 +72,33 @@ class Window {
   virtual void makeKeyAndOrderFront() = 0;
 };
 
+/// The program's answer to other programs that ask for its status, for as long as it exists. Main
+/// thread only.
+class StatusService {
+ public:
+  StatusService() = default;
+  virtual ~StatusService() = default;
+  StatusService(const StatusService&) = delete;
+  StatusService& operator=(const StatusService&) = delete;
+};
+
 /// The properties that a window of either kind is made with.
 struct WindowStyle {
   std::string title;
   Size contentSize;
 };
 
-/// The part of the window system that the program needs. Main thread only.
+/// The part of the window system, and of what programs offer each other there, that the program
+/// needs. Main thread only.
 class UserInterface {
  public:
   virtual ~UserInterface() = default;
 
   /// `delegate` must outlive the item. Null where the system has no place for an item.
   virtual std::unique_ptr<StatusItem> makeStatusItem(MenuDelegate& delegate) = 0;
+
+  /// `reporter` must outlive the service. Null where the system has no way to ask.
+  virtual std::unique_ptr<StatusService> offerStatus(StatusReporter& reporter) = 0;
 
   /// Both return null when no window can be shown, and then the user is told why. They also return
   /// null while it is not yet known whether a window can be shown. As soon as one can, the menu's

@@ -23,6 +23,10 @@ std::unique_ptr<StatusItem> AppKitUserInterface::makeStatusItem(MenuDelegate& de
   return std::make_unique<AppKitStatusItem>(delegate);
 }
 
+std::unique_ptr<StatusService> AppKitUserInterface::offerStatus(StatusReporter& /*reporter*/) {
+  return nullptr;
+}
+
 std::unique_ptr<Window> AppKitUserInterface::makeAppsWindow(const WindowStyle& style,
                                                             AppsView& view) {
   return std::make_unique<AppKitWindow>(style, [[StaylitAppsContent alloc] initWithView:view]);

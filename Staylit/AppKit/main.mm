@@ -6,14 +6,20 @@
 #include "Staylit/AppKit/AppKitApplication.h"
 #include "Staylit/AppKit/AppKitUserInterface.h"
 #include "Staylit/AppMain.h"
+#include "Staylit/StatusPrinter.h"
 
 int main(int argc, char** argv) {
   platform::prepareStandardStreams();
   @autoreleasepool {
+    const std::vector<std::string> arguments(argv, argv + argc);
     const auto ports = platform::makePorts();
+    if (const auto request = staylit::StatusRequest::in(arguments)) {
+      staylit::StatusPrinter printer(*request, *ports->console, *ports->clock);
+      printer.failed("on a Mac the Staylit that runs cannot be asked yet");
+      return printer.exitStatus();
+    }
     staylit::AppKitApplication application;
     staylit::AppKitUserInterface userInterface;
-    const std::vector<std::string> arguments(argv, argv + argc);
     return staylit::AppMain(*ports, application, userInterface).run(arguments);
   }
 }

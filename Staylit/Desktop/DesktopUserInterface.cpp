@@ -3,6 +3,7 @@
 #include "Staylit/Desktop/Menu/DBusMenu.h"
 #include "Staylit/Desktop/Session/ActivationToken.h"
 #include "Staylit/Desktop/Session/DesktopNotification.h"
+#include "Staylit/Desktop/Status/StatusObject.h"
 #include "Staylit/Desktop/StatusItem/StatusNotifierItem.h"
 
 namespace staylit {
@@ -31,6 +32,10 @@ std::unique_ptr<StatusItem> DesktopUserInterface::makeStatusItem(MenuDelegate& d
   auto item = std::make_unique<ItemWithDelegate>(loop_, sessionBus_, delegate);
   delegate_ = item->delegate();
   return item;
+}
+
+std::unique_ptr<StatusService> DesktopUserInterface::offerStatus(StatusReporter& reporter) {
+  return std::make_unique<StatusObject>(sessionBus_, reporter);
 }
 
 std::unique_ptr<Window> DesktopUserInterface::makeAppsWindow(const WindowStyle& style,

@@ -21,6 +21,7 @@ class DesktopUserInterface : public UserInterface {
   /// The first window comes a moment after it is asked for: the functions that make windows return
   /// null until the module is loaded, and then choose the menu's item for the window once more.
   std::unique_ptr<StatusItem> makeStatusItem(MenuDelegate& delegate) override;
+  std::unique_ptr<StatusService> offerStatus(StatusReporter& reporter) override;
   std::unique_ptr<Window> makeAppsWindow(const WindowStyle& style, AppsView& view) override;
   std::unique_ptr<Window> makeSettingsWindow(const WindowStyle& style, SettingsView& view) override;
   std::vector<Rect> visibleFrames() override;

@@ -6,12 +6,28 @@
 #include "Platform/Linux/Bus/Bus.h"
 #include "Platform/Linux/LinuxPorts.h"
 #include "Platform/Linux/Loop/EventLoop.h"
+#include "Platform/Linux/Time/SystemClock.h"
+#include "Platform/Posix/PosixConsole.h"
 #include "Platform/Posix/StandardStreams.h"
 #include "Staylit/AppMain.h"
 #include "Staylit/Desktop/CommandLine.h"
 #include "Staylit/Desktop/DesktopApplication.h"
 #include "Staylit/Desktop/DesktopUserInterface.h"
 #include "Staylit/Desktop/Display/DisplayTrial.h"
+#include "Staylit/Desktop/Status/StatusQuery.h"
+
+namespace {
+
+int tellStatus(const staylit::StatusRequest& request) {
+  platform::EventLoop loop;
+  platform::Buses buses(loop);
+  platform::PosixConsole console;
+  platform::SystemClock clock;
+  staylit::StatusPrinter printer(request, console, clock);
+  return staylit::StatusQuery(loop, buses, printer, request).run();
+}
+
+}  // namespace
 
 int main(int argc, char** argv) {
   platform::prepareStandardStreams();
@@ -24,6 +40,7 @@ int main(int argc, char** argv) {
     std::cout << *information;
     return 0;
   }
+  if (const auto request = staylit::StatusRequest::in(arguments)) return tellStatus(*request);
   const auto loop = std::make_shared<platform::EventLoop>();
   const auto buses = std::make_shared<platform::Buses>(*loop);
   const std::unique_ptr<tidewell::Ports> ports = platform::makeLinuxPorts(loop, buses);

@@ -43,6 +43,12 @@ class FakeUserInterface : public UserInterface {
     return std::make_unique<Item>(*this);
   }
 
+  std::unique_ptr<StatusService> offerStatus(StatusReporter& asked) override {
+    calls_->add("offer status");
+    reporter = &asked;
+    return std::make_unique<StatusService>();
+  }
+
   std::unique_ptr<Window> makeAppsWindow(const WindowStyle& style, AppsView& view) override {
     calls_->add("make apps window");
     return makeWindow({style, &view, nullptr, {}});
@@ -67,6 +73,7 @@ class FakeUserInterface : public UserInterface {
   std::vector<Rect> frames;
   std::function<void(MenuDelegate&)> whileMakingStatusItem;
 
+  StatusReporter* reporter = nullptr;                 ///< Of the status that was offered last.
   MenuDelegate* menu = nullptr;                       ///< Of the status item; null without one.
   std::vector<StatusItemAppearance> shown;            ///< By the status item, in order.
   std::vector<std::shared_ptr<ShownWindow>> windows;  ///< All windows, in the order of creation.

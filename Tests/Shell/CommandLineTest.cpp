@@ -12,7 +12,7 @@ using Arguments = std::vector<std::string>;
 
 TEST(CommandLine, AnswersQuestionsAboutTheProgramItself) {
   for (const char* option : {"--diagnose", "--pause", "--choose-apps", "--settings", "--background",
-                             "--quit", "--help", "--version"}) {
+                             "--quit", "--status", "--follow", "--json", "--help", "--version"}) {
     EXPECT_NE(CommandLine(Arguments{"staylit", "--help"}).information()->find(option),
               std::string::npos)
         << option;

@@ -11,7 +11,10 @@
 #include <vector>
 
 #include "Staylit/Desktop/Session/ApplicationService.h"
+#include "Staylit/Desktop/Status/StatusMessages.h"
+#include "Staylit/Desktop/Status/StatusObject.h"
 #include "Staylit/Desktop/StatusItem/StatusNotifierItem.h"
+#include "Tests/Fakes/FakePorts.h"
 #include "Tests/Platform/Support/BusTest.h"
 #include "Tests/Platform/Support/Stranger.h"
 #include "Tests/Shell/Support/FakeMenu.h"
@@ -34,9 +37,11 @@ class StrangersTest : public platform::testing::BusTest {
     service.emplace(*loop, *sessionBus, [this](MenuItem::Action) { ++performed; });
     ASSERT_EQ(service->claim({}, [] {}), ApplicationService::Claim::first);
     item.emplace(*loop, *sessionBus, delegate, StatusIcons{true, "/icons"});
+    offered.emplace(*sessionBus, reporter);
     item->show({"cup.and.saucer", "Staylit", true, "Idle — your Mac can sleep"});
   }
   void TearDown() override {
+    offered.reset();
     item.reset();
     service.reset();
   }
@@ -62,6 +67,10 @@ class StrangersTest : public platform::testing::BusTest {
   int performed = 0;
   std::optional<ApplicationService> service;
   std::optional<StatusNotifierItem> item;
+  tidewell::FakePorts fakes;
+  StaylitEngine engine{fakes.ports};
+  StatusReporter reporter{engine, fakes.ports};
+  std::optional<StatusObject> offered;
 };
 
 TEST_F(StrangersTest, MayNeitherPauseNorEndTheProgramNorShowItsWindows) {
@@ -95,6 +104,15 @@ TEST_F(StrangersTest, MayNeitherUseNorReadTheItem) {
                         StatusNotifierItem::kInterface, "ToolTip"));
   platform::testing::runBriefly(*loop);
   EXPECT_TRUE(delegate.performed.empty());
+}
+
+TEST_F(StrangersTest, MayNotReadTheStatus) {
+  const char* path = StatusInterface::kPath;
+  const char* properties = "org.freedesktop.DBus.Properties";
+  EXPECT_TRUE(isRefused(path, properties, "GetAll", "s", StatusInterface::kName));
+  EXPECT_TRUE(isRefused(path, properties, "Get", "ss", StatusInterface::kName, "State"));
+  EXPECT_TRUE(isRefused(path, properties, "Set", "ssv", StatusInterface::kName, "State", "s", "x"));
+  EXPECT_TRUE(isRefused(path, "org.freedesktop.DBus.Introspectable", "Introspect", ""));
 }
 
 }  // namespace

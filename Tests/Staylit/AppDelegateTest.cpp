@@ -42,6 +42,14 @@ TEST_F(AppDelegateTest, MakesTheMenuBarThenStartsTheEngineAndThenLogsThatStaylit
   EXPECT_EQ(fakes.log.lines().back(), "info: Staylit started");
 }
 
+TEST_F(AppDelegateTest, OffersTheStatusBeforeTheFirstTick) {
+  const Texts inOrder = {"offer status", "list processes"};
+  delegate.applicationDidFinishLaunching();
+  EXPECT_EQ(fakes.calls->only(inOrder), inOrder);
+  ASSERT_NE(userInterface.reporter, nullptr);
+  EXPECT_EQ(userInterface.reporter->report().summary, "Work stopped \u2014 releasing in 120s");
+}
+
 TEST_F(AppDelegateTest, ShowsFirstThatItIsIdleAndThenWhatTheFirstTickFound) {
   delegate.applicationDidFinishLaunching();
   EXPECT_TRUE(userInterface.shown.empty()) << "the loop has not run";

@@ -59,5 +59,24 @@ TEST(EngineStatus, DiffersInAnotherCase) {
   EXPECT_NE(EngineStatus::winding(0), EngineStatus::idle());
 }
 
+TEST(EngineStatus, IsTheSameStateWhateverItsCountdownAndTheOrderOfItsNames) {
+  EXPECT_TRUE(EngineStatus::winding(3).isSameState(EngineStatus::winding(4)));
+  EXPECT_TRUE(EngineStatus::holding({"A", "B"}).isSameState(EngineStatus::holding({"B", "A"})));
+  EXPECT_TRUE(EngineStatus::idle().isSameState(EngineStatus::idle()));
+  EXPECT_TRUE(EngineStatus::blocked("R").isSameState(EngineStatus::blocked("R")));
+}
+
+TEST(EngineStatus, IsAnotherStateWithOtherNamesReasonsOrCases) {
+  const EngineStatus both = EngineStatus::holding({"A", "B"});
+  EXPECT_FALSE(both.isSameState(EngineStatus::holding({"A"})));
+  EXPECT_FALSE(both.isSameState(EngineStatus::holding({"A", "C"})));
+  EXPECT_FALSE(both.isSameState(EngineStatus::holding({"A", "A"})));
+  EXPECT_FALSE(both.isSameState(EngineStatus::idle()));
+  EXPECT_FALSE(EngineStatus::idle().isSameState(both));
+  EXPECT_FALSE(EngineStatus::winding(3).isSameState(EngineStatus::idle()));
+  EXPECT_FALSE(EngineStatus::idle().isSameState(EngineStatus::winding(3)));
+  EXPECT_FALSE(EngineStatus::blocked("R").isSameState(EngineStatus::blocked("S")));
+}
+
 }  // namespace
 }  // namespace staylit

@@ -1,5 +1,8 @@
 complete -c staylit -f
 complete -c staylit -l diagnose -d 'Watch the machine and print a report'
+complete -c staylit -l status -d 'Say what the one that runs does, and why'
+complete -c staylit -l follow -d 'Print each change of the status'
+complete -c staylit -l json -d 'Print the status for programs'
 complete -c staylit -l pause -d 'Pause, or resume'
 complete -c staylit -l choose-apps -d 'Show the window in which applications are chosen'
 complete -c staylit -l settings -d 'Show the settings'

@@ -3,6 +3,7 @@
 #include <systemd/sd-bus.h>
 
 #include <cstdint>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -34,6 +35,16 @@ inline std::string textOf(sd_bus_message* message) {
       int flag = 0;
       sd_bus_message_read_basic(message, type, &flag);
       all += flag != 0 ? "true" : "false";
+    } else if (type == 'x') {
+      std::int64_t number = 0;
+      sd_bus_message_read_basic(message, type, &number);
+      all += std::to_string(number);
+    } else if (type == 'd') {
+      double number = 0;
+      sd_bus_message_read_basic(message, type, &number);
+      std::ostringstream text;
+      text << number;
+      all += text.str();
     } else {
       std::int32_t number = 0;
       sd_bus_message_read_basic(message, type, &number);
