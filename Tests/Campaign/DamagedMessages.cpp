@@ -1,6 +1,7 @@
-// Sends damaged messages over a real bus: calls to the menu, the item and the application, answers
-// for the lists of inhibitors, and properties. Their values are random, and have the right types or
-// any others. In a build with the sanitizers, what the sanitizers say is a finding too.
+// Sends damaged messages over a real bus: calls to the menu, the item, the application and the
+// status, answers for the lists of inhibitors and for `--status`, and properties. Their values are
+// random, and have the right types or any others. In a build with the sanitizers, what the
+// sanitizers say is a finding too.
 
 #include <atomic>
 #include <cstdint>
@@ -16,10 +17,13 @@
 #include "Platform/Linux/Sleep/InhibitorList.h"
 #include "Staylit/Desktop/Display/Display.h"
 #include "Staylit/Desktop/Session/ApplicationService.h"
+#include "Staylit/Desktop/Status/StatusMessages.h"
+#include "Staylit/Desktop/Status/StatusObject.h"
 #include "Staylit/Desktop/StatusItem/StatusNotifierItem.h"
 #include "Tests/Campaign/Campaigns.h"
 #include "Tests/Campaign/PrivateBuses.h"
 #include "Tests/Campaign/RandomMessage.h"
+#include "Tests/Fakes/FakePorts.h"
 #include "Tests/Platform/Support/BusService.h"
 #include "Tests/Platform/Support/RunUntil.h"
 #include "Tests/Platform/Support/ScopedEnvironment.h"
@@ -63,6 +67,12 @@ constexpr Method kApplicationMethods[] = {
     {"/com/staylit/app", kApplication, "Activate", "a{sv}"},
     {"/com/staylit/app", kApplication, "Open", "asa{sv}"},
     {"/com/staylit/app", kApplication, "ActivateAction", "sava{sv}"}};
+
+constexpr Method kStatusMethods[] = {
+    {StatusInterface::kPath, kProperties, "Get", "ss"},
+    {StatusInterface::kPath, kProperties, "GetAll", "s"},
+    {StatusInterface::kPath, kProperties, "Set", "ssv"},
+    {StatusInterface::kPath, StatusInterface::kName, "State", "s"}};
 
 /// Calls `methods` from a connection and a thread of its own, and waits for an answer after each
 /// hundred calls.
@@ -164,6 +174,15 @@ void callApplication(PrivateBuses& buses, std::int64_t count, Outcome& outcome) 
   const char* display = std::getenv("DISPLAY");
   if (display && *display != ':') outcome.findings.push_back("A display of elsewhere was taken.");
   Display::forget();
+}
+
+void callStatus(PrivateBuses& buses, std::int64_t count, Outcome& outcome) {
+  tidewell::FakePorts ports;
+  StaylitEngine engine(ports.ports);
+  StatusReporter reporter(engine, ports.ports);
+  const StatusObject object(buses.sessionBus, reporter);
+  callAll(buses, {std::begin(kStatusMethods), std::end(kStatusMethods)}, count, "the status",
+          outcome);
 }
 
 // Answers.
@@ -276,6 +295,30 @@ void readProperties(PrivateBuses& buses, std::int64_t count, Outcome& outcome) {
   if (service.answered() + signals < count) outcome.findings.push_back("No more properties came.");
 }
 
+/// As `staylit --status` reads it, from whoever owns the name.
+void readStatuses(PrivateBuses& buses, std::int64_t count, Outcome& outcome) {
+  const RandomService service(buses.sessionDaemon.address(), {ApplicationService::kName});
+  std::int64_t understood = 0;
+  for (std::int64_t asked = 0; asked < count; ++asked) {
+    const auto reply = buses.sessionBus.call(
+        {ApplicationService::kName, StatusInterface::kPath, kProperties, "GetAll"});
+    StatusReport report;
+    if (!reply || !readStatus(reply.message.get(), report)) continue;
+    ++understood;
+    std::vector<std::string> texts = report.lines({});
+    texts.push_back(report.line());
+    texts.push_back(report.json({}));
+    for (const std::string& text : texts) {
+      const std::string harm = harmIn(text);
+      if (!harm.empty() && outcome.findings.size() < 20) {
+        outcome.findings.push_back("In a status there was " + harm + ".");
+      }
+    }
+  }
+  outcome.runs += service.answered();
+  if (understood == 0) outcome.findings.push_back("No status was ever understood.");
+}
+
 }  // namespace
 
 Outcome damagedMessages(Effort effort) {
@@ -286,9 +329,11 @@ Outcome damagedMessages(Effort effort) {
   buses.sessionBus.connect();
   callMenu(buses, count, outcome);
   callApplication(buses, count, outcome);
+  callStatus(buses, count, outcome);
   // There are four lists, which are read in turn.
   readLists(buses, 4 * count, outcome);
   readProperties(buses, count, outcome);
+  readStatuses(buses, count, outcome);
   outcome.measured = std::to_string(count) + " of each kind";
   return outcome;
 }

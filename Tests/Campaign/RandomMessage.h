@@ -33,11 +33,12 @@ inline std::size_t completeType(std::string_view signature) {
 /// A signature that somebody might send instead of the right one.
 inline std::string randomSignature(Random& random) {
   static constexpr std::string_view kSignatures[] = {
-      "",        "s",         "i",        "u",        "b",     "d",      "o",         "g",
-      "v",       "as",        "ao",       "ai",       "ay",    "av",     "aas",       "(ss)",
-      "a(ss)",   "a(ssssuu)", "a(sssuu)", "(ssssuu)", "a{sv}", "a{ss}",  "a{sa{sv}}", "a(so)",
-      "a(isvu)", "iias",      "aias",     "is",       "isvu",  "a{sv}s", "sava{sv}",  "asa{sv}",
-      "(iiay)",  "aai",       "t",        "x",        "n",     "y",      "sa{sv}as",  "a(ia{sv})"};
+      "",      "s",         "i",        "u",         "b",         "d",        "o",
+      "g",     "v",         "as",       "ao",        "ai",        "ay",       "av",
+      "aas",   "(ss)",      "a(ss)",    "a(ssssuu)", "a(sssuu)",  "(ssssuu)", "a{sv}",
+      "a{ss}", "a{sa{sv}}", "a(so)",    "a(isvu)",   "iias",      "aias",     "is",
+      "isvu",  "a{sv}s",    "sava{sv}", "asa{sv}",   "(iiay)",    "aai",      "t",
+      "x",     "n",         "y",        "sa{sv}as",  "a(ia{sv})", "a(sx)",    "a(sssdddd)"};
   return std::string(kSignatures[below(random, std::size(kSignatures))]);
 }
 
@@ -66,6 +67,13 @@ inline std::string knownText(Random& random) {
                                                 "WAYLAND_DISPLAY=/etc/passwd",
                                                 "user session inhibited",
                                                 "org.example",
+                                                "State",
+                                                "holding",
+                                                "Summary",
+                                                "Since",
+                                                "Names",
+                                                "Services",
+                                                "Busy",
                                                 "handle-lid-switch:handle-power-key"};
   return std::string(kTexts[below(random, std::size(kTexts))]);
 }
