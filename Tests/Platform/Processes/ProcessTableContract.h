@@ -83,8 +83,10 @@ TYPED_TEST_P(ProcessTableContract, CountsTheTimeThatTheKernelCharges) {
 TYPED_TEST_P(ProcessTableContract, CountsTheTimeOfReapedChildrenApart) {
   const testing::PausedChild child([] { testing::PausedChild([] { testing::burn(0.4); }).end(); });
   const tidewell::ResourceUsage usage = this->usageNow(child.pid());
-  EXPECT_NEAR(this->inSeconds(usage.reapedTime), 0.4, 0.1);
-  EXPECT_LT(this->inSeconds(usage.userTime + usage.systemTime), 0.2);
+  // A sanitizer makes the end of a process dear.
+  EXPECT_GT(this->inSeconds(usage.reapedTime), 0.3);
+  EXPECT_LT(this->inSeconds(usage.reapedTime), 0.7);
+  EXPECT_LT(this->inSeconds(usage.userTime + usage.systemTime), 0.3);
 }
 
 TYPED_TEST_P(ProcessTableContract, CountsTheBytesThatWentToTheDisk) {
