@@ -112,7 +112,8 @@ TYPED_TEST_P(ProcessTableContract, TellsTheStartOfAProcess) {
   const std::uint64_t first = this->usageNow(child.pid()).startTime;
   EXPECT_NE(first, 0U);
   EXPECT_EQ(this->usageNow(child.pid()).startTime, first);
-  EXPECT_GT(first, this->usageNow(getpid()).startTime);
+  // Both may have started in one tick of the clock that the kernel goes by.
+  EXPECT_GE(first, this->usageNow(getpid()).startTime);
 }
 
 TYPED_TEST_P(ProcessTableContract, TellsTheProgramOfAProcess) {
