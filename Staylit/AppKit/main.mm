@@ -1,3 +1,4 @@
+#include <iostream>
 #include <string>
 #include <vector>
 
@@ -6,12 +7,17 @@
 #include "Staylit/AppKit/AppKitApplication.h"
 #include "Staylit/AppKit/AppKitUserInterface.h"
 #include "Staylit/AppMain.h"
+#include "Staylit/HoldsPrinter.h"
 #include "Staylit/StatusPrinter.h"
 
 int main(int argc, char** argv) {
   platform::prepareStandardStreams();
   @autoreleasepool {
     const std::vector<std::string> arguments(argv, argv + argc);
+    if (staylit::HoldsRequest::in(arguments)) {
+      std::cerr << "staylit: --holds is for Linux; here, pmset -g assertions lists what is held\n";
+      return staylit::HoldsPrinter::trouble;
+    }
     const auto ports = platform::makePorts();
     if (const auto request = staylit::StatusRequest::in(arguments)) {
       staylit::StatusPrinter printer(*request, *ports->console, *ports->clock);

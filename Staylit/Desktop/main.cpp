@@ -14,7 +14,9 @@
 #include "Staylit/Desktop/DesktopApplication.h"
 #include "Staylit/Desktop/DesktopUserInterface.h"
 #include "Staylit/Desktop/Display/DisplayTrial.h"
+#include "Staylit/Desktop/Holds/HoldsReader.h"
 #include "Staylit/Desktop/Status/StatusQuery.h"
+#include "Staylit/HoldsPrinter.h"
 
 namespace {
 
@@ -25,6 +27,15 @@ int tellStatus(const staylit::StatusRequest& request) {
   platform::SystemClock clock;
   staylit::StatusPrinter printer(request, console, clock);
   return staylit::StatusQuery(loop, buses, printer, request).run();
+}
+
+int tellHolds(const staylit::HoldsRequest& request) {
+  platform::EventLoop loop;
+  platform::Buses buses(loop);
+  platform::PosixConsole console;
+  platform::SystemClock clock;
+  const auto report = staylit::HoldsReader(buses.system, buses.session, clock).read();
+  return staylit::HoldsPrinter::print(report, request, console, clock.wallTime());
 }
 
 }  // namespace
@@ -41,6 +52,7 @@ int main(int argc, char** argv) {
     return 0;
   }
   if (const auto request = staylit::StatusRequest::in(arguments)) return tellStatus(*request);
+  if (const auto request = staylit::HoldsRequest::in(arguments)) return tellHolds(*request);
   const auto loop = std::make_shared<platform::EventLoop>();
   const auto buses = std::make_shared<platform::Buses>(*loop);
   const std::unique_ptr<tidewell::Ports> ports = platform::makeLinuxPorts(loop, buses);

@@ -11,8 +11,9 @@ namespace {
 using Arguments = std::vector<std::string>;
 
 TEST(CommandLine, AnswersQuestionsAboutTheProgramItself) {
-  for (const char* option : {"--diagnose", "--pause", "--choose-apps", "--settings", "--background",
-                             "--quit", "--status", "--follow", "--json", "--help", "--version"}) {
+  for (const char* option :
+       {"--diagnose", "--pause", "--choose-apps", "--settings", "--background", "--quit",
+        "--status", "--follow", "--holds", "--json", "--help", "--version"}) {
     EXPECT_NE(CommandLine(Arguments{"staylit", "--help"}).information()->find(option),
               std::string::npos)
         << option;

@@ -2,9 +2,11 @@
 
 #include <systemd/sd-bus.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <limits>
 #include <optional>
 #include <string_view>
 #include <utility>
@@ -49,6 +51,14 @@ bool readBasic(sd_bus_message* message, char type, PropertyValue& value) {
       return readAs<std::int32_t, std::int64_t>(message, type, value);
     case SD_BUS_TYPE_INT64:
       return readAs<std::int64_t, std::int64_t>(message, type, value);
+    case SD_BUS_TYPE_UINT64: {
+      std::uint64_t number = 0;
+      if (sd_bus_message_read_basic(message, type, &number) < 0) return false;
+      // A number beyond that means "for ever" wherever there is one.
+      constexpr std::uint64_t kLargest = std::numeric_limits<std::int64_t>::max();
+      value.emplace<std::int64_t>(static_cast<std::int64_t>(std::min(number, kLargest)));
+      return true;
+    }
     case SD_BUS_TYPE_DOUBLE:
       return readAs<double, double>(message, type, value);
     case SD_BUS_TYPE_STRING:

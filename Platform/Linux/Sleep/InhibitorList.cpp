@@ -27,12 +27,6 @@ void append(std::vector<AssertionHolder>& holders, std::int64_t identifier,
   }
 }
 
-bool lists(const std::vector<ListedInhibitor>& inhibitors, const ListedInhibitor& wanted) {
-  return std::any_of(inhibitors.begin(), inhibitors.end(), [&wanted](const auto& inhibitor) {
-    return inhibitor.holder == wanted.holder && inhibitor.why == wanted.why;
-  });
-}
-
 }  // namespace
 
 InhibitorList::InhibitorList(Bus& systemBus, Bus& sessionBus,

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -20,6 +22,16 @@ struct ListedInhibitor {
   std::int64_t level = 255;
   /// What it takes, in the service's own words; empty where the service has none.
   std::string locks = {};
+  /// Whose it is; absent where the service does not tell.
+  std::optional<std::uint32_t> user = {};
 };
+
+/// Whether `inhibitors` has one with the holder and the reason of `wanted`.
+[[nodiscard]] inline bool lists(const std::vector<ListedInhibitor>& inhibitors,
+                                const ListedInhibitor& wanted) {
+  return std::any_of(inhibitors.begin(), inhibitors.end(), [&wanted](const auto& inhibitor) {
+    return inhibitor.holder == wanted.holder && inhibitor.why == wanted.why;
+  });
+}
 
 }  // namespace platform

@@ -8,9 +8,13 @@ namespace {
 
 ListedInhibitor listed(const LogindEntry& entry) {
   const int level = entry.mode == "block" || entry.mode == "block-weak" ? 255 : 0;
-  ListedInhibitor result{
-      entry.process, tidewell::cleaned(entry.who), tidewell::cleaned(entry.why), {}, level,
-      entry.what};
+  ListedInhibitor result{entry.process,
+                         tidewell::cleaned(entry.who),
+                         tidewell::cleaned(entry.why),
+                         {},
+                         level,
+                         entry.what,
+                         entry.user};
   if (namesLock(entry.what, "idle")) result.types.emplace_back("PreventUserIdleSystemSleep");
   if (namesLock(entry.what, "sleep")) result.types.emplace_back("PreventSystemSleep");
   return result;
@@ -42,7 +46,7 @@ std::optional<std::vector<LogindEntry>> readLogindList(const BusReply& reply) {
   int result = 0;
   while ((result = sd_bus_message_read(message, "(ssssuu)", &what, &who, &why, &mode, &user,
                                        &process)) > 0) {
-    entries.push_back({what, who, why, mode, process});
+    entries.push_back({what, who, why, mode, user, process});
   }
   if (result < 0) return std::nullopt;
   return entries;

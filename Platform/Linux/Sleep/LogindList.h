@@ -17,6 +17,7 @@ struct LogindEntry {
   std::string who;
   std::string why;
   std::string mode;
+  std::uint32_t user = 0;
   std::uint32_t process = 0;
 };
 

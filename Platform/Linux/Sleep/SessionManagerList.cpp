@@ -40,8 +40,9 @@ std::string withoutDesktopSuffix(std::string applicationId) {
 
 }  // namespace
 
-SessionManagerList::SessionManagerList(Bus& sessionBus)
+SessionManagerList::SessionManagerList(Bus& sessionBus, Extent extent)
     : sessionBus_(sessionBus),
+      extent_(extent),
       presence_(sessionBus.watchName(services::kSessionManager, [this](bool owned) {
         // A successor gives the same paths to other inhibitors.
         if (!owned) detailsByPath_.clear();
@@ -60,12 +61,15 @@ std::optional<std::vector<ListedInhibitor>> SessionManagerList::list() {
   std::size_t asked = 0;
   // The time of all answers together is limited too. What is still unknown then is asked for in the
   // next reading.
-  const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(500);
+  const bool isBrief = extent_ == Extent::briefly;
+  const auto deadline =
+      std::chrono::steady_clock::now() + std::chrono::milliseconds(isBrief ? 500 : 5000);
   for (const std::string& path : paths) {
     std::optional<ListedInhibitor> inhibitor;
     if (auto found = detailsByPath_.find(path); found != detailsByPath_.end()) {
       inhibitor = found->second;
-    } else if (asked++ < kNewDetailsPerReading && std::chrono::steady_clock::now() < deadline) {
+    } else if ((!isBrief || asked++ < kNewDetailsPerReading) &&
+               std::chrono::steady_clock::now() < deadline) {
       inhibitor = details(path);
     }
     if (!inhibitor) continue;
@@ -90,6 +94,11 @@ std::optional<ListedInhibitor> SessionManagerList::details(const std::string& pa
     result.types.emplace_back("PreventUserIdleSystemSleep");
   if ((flags & services::kInhibitsIdle) != 0)
     result.types.emplace_back("PreventUserIdleDisplaySleep");
+  const char* why = nullptr;
+  if (extent_ == Extent::wholly &&
+      readDetail(sessionBus_, path, "GetReason", "reason", "s", why, reply)) {
+    result.why = tidewell::cleaned(why);
+  }
   return result;
 }
 

@@ -88,4 +88,10 @@ bool StaylitHolds::mayHave(const ListedInhibitor& inhibitor) {
   return known->second;
 }
 
+bool mayBePassedOn(const ListedInhibitor& inhibitor) {
+  if (inhibitor.why == kPassedOn || passesOn(inhibitor.holder, std::string_view::npos)) return true;
+  return inhibitor.processIdentifier > 0 &&
+         passesOn(commandOf(inhibitor.processIdentifier), kLongestCommand);
+}
+
 }  // namespace platform

@@ -26,4 +26,8 @@ class StaylitHolds {
   std::map<std::int64_t, bool> byProcess_;
 };
 
+/// Whether the holder may have it for others, whom nobody tells: a session or power manager. Looks
+/// into /proc.
+[[nodiscard]] bool mayBePassedOn(const ListedInhibitor& inhibitor);
+
 }  // namespace platform

@@ -7,9 +7,11 @@
 
 #include <array>
 #include <atomic>
+#include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <set>
 #include <string>
 #include <system_error>
@@ -17,7 +19,9 @@
 #include <vector>
 
 #include "Platform/Linux/Sleep/InhibitorList.h"
+#include "Platform/Linux/Sleep/LogindHoldTimes.h"
 #include "Platform/Linux/Sleep/LogindList.h"
+#include "Platform/Linux/Sleep/LogindLock.h"
 #include "Platform/Linux/Sleep/LogindSleepNotifications.h"
 #include "Tests/Fakes/FakeMainLoop.h"
 #include "Tests/Platform/Sleep/SleepTest.h"
@@ -65,6 +69,33 @@ class RealLogindTest : public SleepTest {
 };
 
 using Reasons = std::multiset<std::string>;
+
+/// Since when logind has its one lock; absent when that is not known.
+std::optional<tidewell::WallTime> heldSince(Bus& bus, const RealLogind& logind) {
+  const auto listed = listLogindInhibitors(bus);
+  if (!listed || listed->size() != 1) return std::nullopt;
+  return LogindHoldTimes(logind.state() / "inhibit").take(listed->front());
+}
+
+TEST_F(RealLogindTest, ShowsByItsPipesSinceWhenItHasALock) {
+  const LogindLock lock =
+      takeLogindLock(*observer(), "sleep:idle", "Größe \"a\"\t\\ $b\n", "block");
+  ASSERT_TRUE(lock.descriptor);
+  const auto since = heldSince(*observer(), *logind);
+  ASSERT_TRUE(since);
+  EXPECT_LT(std::chrono::abs(std::chrono::system_clock::now() - *since), std::chrono::minutes(1));
+}
+
+TEST_F(RealLogindTest, KeepsThePipesWhenItRestarts) {
+  const LogindLock lock = takeLogindLock(*observer(), "idle", "a", "block");
+  ASSERT_TRUE(lock.descriptor);
+  const auto since = heldSince(*observer(), *logind);
+  ASSERT_TRUE(since);
+  logind->stop();
+  EXPECT_TRUE(eventually([&] { return !listLogindInhibitors(*observer()); }));
+  logind->start();
+  EXPECT_TRUE(eventually([&] { return heldSince(*observer(), *logind) == since; }));
+}
 
 TEST_F(RealLogindTest, ListsAHoldUnderItsProcessAndForgetsItOnRelease) {
   const auto creation = create(kSystem, "a");

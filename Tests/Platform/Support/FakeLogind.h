@@ -10,6 +10,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -46,6 +47,18 @@ class FakeLogind {
   std::atomic<int> listings = 0;
   std::atomic<bool> listsNonsense = false;         ///< Whether lists have an unknown type.
   std::atomic<std::uint32_t> ofUser = ::getuid();  ///< The user whom the list names for each lock.
+
+  /// What it tells of itself; nothing unless it was set.
+  struct Machine {
+    std::string idleAction = "ignore";
+    std::uint64_t idleActionMicroseconds = 1'800'000'000;
+    bool isOnExternalPower = true;
+    std::string canSuspend = "yes";
+  };
+  void setMachine(const Machine& machine) {
+    const std::lock_guard lock(mutex_);
+    machine_ = machine;
+  }
 
   /// Lists `entries` besides the granted locks.
   void list(std::vector<Entry> entries) {
@@ -124,7 +137,21 @@ class FakeLogind {
     if (member == "Inhibit") return inhibit(call);
     if (member == "ListInhibitors") return listInhibitors(call);
     if (member == "Get") return tellBlocked(call);
+    if (member == "GetAll" || member == "CanSuspend") return tellMachine(call, member);
     sd_bus_reply_method_errorf(call, SD_BUS_ERROR_UNKNOWN_METHOD, "unknown");
+  }
+
+  void tellMachine(sd_bus_message* call, std::string_view member) {
+    const std::lock_guard lock(mutex_);
+    if (!machine_) {
+      sd_bus_reply_method_errorf(call, SD_BUS_ERROR_UNKNOWN_METHOD, "unknown");
+    } else if (member == "CanSuspend") {
+      sd_bus_reply_method_return(call, "s", machine_->canSuspend.c_str());
+    } else {
+      sd_bus_reply_method_return(call, "a{sv}", 3, "IdleAction", "s", machine_->idleAction.c_str(),
+                                 "IdleActionUSec", "t", machine_->idleActionMicroseconds,
+                                 "OnExternalPower", "b", machine_->isOnExternalPower ? 1 : 0);
+    }
   }
 
   void inhibit(sd_bus_message* call) {
@@ -205,6 +232,7 @@ class FakeLogind {
   std::mutex mutex_;
   std::vector<Entry> entries_;
   std::vector<Lock> locks_;
+  std::optional<Machine> machine_;
   UnansweredCalls unanswered_;
   BusService service_;
 };

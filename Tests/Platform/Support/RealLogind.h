@@ -41,6 +41,8 @@ class RealLogind {
   /// Stops and continues logind, which hangs meanwhile.
   void freeze() { ::kill(logind_.pid(), SIGSTOP); }
   void thaw() { ::kill(logind_.pid(), SIGCONT); }
+  /// Where it keeps what stands below /run/systemd elsewhere.
+  [[nodiscard]] const std::filesystem::path& state() const { return state_.path(); }
   /// Removes the record of its locks.
   void forget() const {
     for (const auto& entry : std::filesystem::directory_iterator(state_.path())) {

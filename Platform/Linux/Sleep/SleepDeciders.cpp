@@ -1,0 +1,183 @@
+#include "Platform/Linux/Sleep/SleepDeciders.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <cstdlib>
+#include <string_view>
+#include <utility>
+#include <variant>
+
+#include "Platform/Linux/Bus/RemoteProperties.h"
+#include "Platform/Linux/Sleep/DesktopSetting.h"
+#include "Platform/Linux/Sleep/Services.h"
+#include "Tidewell/ForeignText.h"
+
+namespace platform {
+namespace {
+
+using Action = SleepDecider::Action;
+using tidewell::PropertyDictionary;
+using tidewell::Seconds;
+
+/// A power manager that keeps its settings where `gsettings` reads them, by the name under which it
+/// stands on the session bus.
+struct SettingsPowerManager {
+  const char* service;
+  const char* name;
+  const char* schema;
+  std::array<const char*, 2> action;   ///< On AC power, on battery.
+  std::array<const char*, 2> timeout;  ///< In seconds; 0 is never.
+};
+
+constexpr std::array<const char*, 2> kInactiveType = {"sleep-inactive-ac-type",
+                                                      "sleep-inactive-battery-type"};
+constexpr std::array<const char*, 2> kInactiveTimeout = {"sleep-inactive-ac-timeout",
+                                                         "sleep-inactive-battery-timeout"};
+constexpr std::array<SettingsPowerManager, 3> kPowerManagers = {
+    {{"org.gnome.SettingsDaemon.Power", "GNOME's power management",
+      "org.gnome.settings-daemon.plugins.power", kInactiveType, kInactiveTimeout},
+     {"org.cinnamon.SettingsDaemon.Power", "Cinnamon's power management",
+      "org.cinnamon.settings-daemon.plugins.power", kInactiveType, kInactiveTimeout},
+     {"org.mate.PowerManager",
+      "MATE's power management",
+      "org.mate.power-manager",
+      {"action-sleep-type-ac", "action-sleep-type-battery"},
+      {"sleep-computer-ac", "sleep-computer-battery"}}}};
+
+template <class Value>
+std::optional<Value> property(const PropertyDictionary& properties, std::string_view name) {
+  const auto found = properties.find(name);
+  if (found == properties.end()) return std::nullopt;
+  const auto* value = std::get_if<Value>(&found->second);
+  return value ? std::optional(*value) : std::nullopt;
+}
+
+bool isSleep(std::string_view action) {
+  constexpr std::array<std::string_view, 5> kSleeps = {"suspend", "hibernate", "hybrid-sleep",
+                                                       "suspend-then-hibernate", "sleep"};
+  return std::ranges::find(kSleeps, action) != kSleeps.end();
+}
+
+std::string is(std::string_view setting, std::string_view value) {
+  return std::string(setting) + " is \"" + std::string(value) + "\"";
+}
+
+SleepDecider logindDecider(const PropertyDictionary& properties) {
+  SleepDecider decider{"logind", Action::unknown, std::nullopt, "", {services::kLogind}};
+  const auto action = property<std::string>(properties, "IdleAction");
+  if (!action) return decider;
+  decider.setting = is("IdleAction", tidewell::cleaned(*action));
+  decider.action = isSleep(*action) ? Action::sleeps : Action::nothing;
+  const auto microseconds = property<std::int64_t>(properties, "IdleActionUSec");
+  if (microseconds) decider.after = Seconds(static_cast<double>(*microseconds) / 1e6);
+  return decider;
+}
+
+std::string suspendAbility(Bus& systemBus) {
+  const BusReply reply = systemBus.call(
+      {services::kLogind, services::kLogindPath, services::kLogindManager, "CanSuspend"});
+  const char* text = nullptr;
+  if (!reply || sd_bus_message_read(reply.message.get(), "s", &text) <= 0) return "";
+  return tidewell::cleaned(text);
+}
+
+SleepDecider settingsDecider(const SettingsPowerManager& manager, bool isOnAC,
+                             const DesktopSettings& settings) {
+  SleepDecider decider{
+      manager.name, Action::unknown, std::nullopt, "", {services::kSessionManager}};
+  const std::size_t source = isOnAC ? 0 : 1;
+  const auto seconds = settings.number(manager.schema, manager.timeout[source]);
+  if (seconds && *seconds <= 0) {
+    decider.action = Action::nothing;
+    decider.setting = std::string(manager.timeout[source]) + " is 0";
+    return decider;
+  }
+  const auto action = settings.text(manager.schema, manager.action[source]);
+  if (!seconds || !action) return decider;
+  decider.action = isSleep(*action) ? Action::sleeps : Action::nothing;
+  decider.after = Seconds(static_cast<double>(*seconds));
+  decider.setting = is(manager.action[source], *action);
+  return decider;
+}
+
+SleepDecider xfceDecider(Bus& sessionBus, bool isOnAC) {
+  SleepDecider decider{
+      "XFCE's power management", Action::unknown, std::nullopt, "", {services::kPowerManagement}};
+  const auto isPresenting = readXfceSetting(sessionBus, "presentation-mode");
+  if (isPresenting && *isPresenting != 0) {
+    decider.action = Action::nothing;
+    decider.setting = "its presentation mode is on";
+    return decider;
+  }
+  const std::string key = isOnAC ? "inactivity-on-ac" : "inactivity-on-battery";
+  const auto minutes = readXfceSetting(sessionBus, key);
+  if (!minutes) return decider;
+  // Older versions write 14 for "never", newer ones 0; so is one that was never set.
+  const bool isNever = *minutes == 0 || *minutes == 14;
+  decider.action = isNever ? Action::nothing : Action::sleeps;
+  decider.setting = key + (isNever ? " is \"never\"" : " is " + std::to_string(*minutes));
+  if (!isNever) decider.after = Seconds(60.0 * static_cast<double>(*minutes));
+  return decider;
+}
+
+SleepDecider kdeDecider() {
+  return {"KDE's power management",
+          Action::unknown,
+          std::nullopt,
+          "",
+          {services::kPolicyAgent, services::kLogind}};
+}
+
+std::string desktopName() {
+  const char* name = std::getenv("XDG_CURRENT_DESKTOP");
+  return name ? tidewell::cleaned(name, 64) : "";
+}
+
+}  // namespace
+
+MachineSleep findSleepDeciders(Bus& systemBus, Bus& sessionBus, tidewell::TaskLauncher& launcher,
+                               const std::string& settingsTool) {
+  MachineSleep machine;
+  bool isOnAC = true;
+  RemoteProperties logind(systemBus, services::kLogind, services::kLogindPath,
+                          services::kLogindManager,
+                          {"IdleAction", "IdleActionUSec", "OnExternalPower"});
+  if (const PropertyDictionary* properties = logind.read()) {
+    machine.hasLogind = true;
+    machine.canSuspend = suspendAbility(systemBus);
+    machine.deciders.push_back(logindDecider(*properties));
+    isOnAC = property<bool>(*properties, "OnExternalPower").value_or(true);
+  }
+  const auto isThere = [&sessionBus](const char* name) {
+    return sessionBus.nameStatus(name).isOwned();
+  };
+  const DesktopSettings settings(launcher, settingsTool);
+  const std::size_t ofMachine = machine.deciders.size();
+  for (const SettingsPowerManager& manager : kPowerManagers) {
+    if (!isThere(manager.service)) continue;
+    machine.deciders.push_back(settingsDecider(manager, isOnAC, settings));
+  }
+  if (isThere(services::kSolid)) machine.deciders.push_back(kdeDecider());
+  if (isThere("org.xfce.PowerManager")) machine.deciders.push_back(xfceDecider(sessionBus, isOnAC));
+  // LXQt's watcher asks nobody, and has no name.
+  if (desktopName().find("LXQt") != std::string::npos) {
+    machine.deciders.push_back({"LXQt's idleness watcher", Action::unknown, std::nullopt, "", {}});
+  }
+  if (machine.deciders.size() == ofMachine && isThere(services::kSessionManager)) {
+    machine.deciders.push_back({"the desktop's power management",
+                                Action::unknown,
+                                std::nullopt,
+                                "",
+                                {services::kSessionManager}});
+  } else if (machine.deciders.size() == ofMachine && isThere(services::kPowerManagement)) {
+    machine.deciders.push_back({"the desktop's power management",
+                                Action::unknown,
+                                std::nullopt,
+                                "",
+                                {services::kPowerManagement}});
+  }
+  return machine;
+}
+
+}  // namespace platform

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "Platform/Linux/Bus/Bus.h"
+#include "Tidewell/Ports/Clock.h"
+#include "Tidewell/Ports/TaskLauncher.h"
+
+namespace platform {
+
+/// Somebody who puts the machine to sleep when nobody uses it, and what it is set to now. A value.
+struct SleepDecider {
+  enum class Action { nothing, sleeps, unknown };
+
+  std::string name;  ///< For people: "logind", "GNOME's power management".
+  Action action = Action::unknown;
+  /// How long nobody must use the machine; absent where that cannot be told.
+  std::optional<tidewell::Seconds> after;
+  /// What says so, for people: `IdleAction is "ignore"`.
+  std::string setting;
+  /// The services whose lists it heeds, by their names on the bus.
+  std::vector<std::string> heeds;
+};
+
+/// The machine's own say in sleep.
+struct MachineSleep {
+  /// Whether logind can be asked.
+  bool hasLogind = false;
+  /// What logind says of suspending: "yes", "na" where the machine cannot, and the like; empty when
+  /// it does not say.
+  std::string canSuspend;
+  std::vector<SleepDecider> deciders;
+};
+
+/// Finds out who puts the machine to sleep here, on the buses and by the desktop's settings tool
+/// where there is one. Some bounded calls; the tool gets two seconds for each of two questions.
+/// Main thread only.
+MachineSleep findSleepDeciders(Bus& systemBus, Bus& sessionBus, tidewell::TaskLauncher& launcher,
+                               const std::string& settingsTool = "/usr/bin/gsettings");
+
+}  // namespace platform
