@@ -4,16 +4,12 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <system_error>
 #include <utility>
 
 #include "Platform/Linux/Applications/ExecWords.h"
 #include "Platform/Linux/Applications/Launchers.h"
 #include "Platform/Linux/Files/RegularFile.h"
-#include "Platform/Linux/Files/XdgFolders.h"
-#include "Platform/Linux/Text/EnvironmentLocale.h"
-#include "Platform/Posix/Files/HomeFolder.h"
 
 namespace platform {
 namespace {
@@ -42,26 +38,7 @@ bool isProgram(const fs::path& path) {
 
 }  // namespace
 
-DesktopFiles::Places DesktopFiles::environmentPlaces() {
-  std::vector<fs::path> data = xdgDataFolders();
-  data.push_back(homeFolder() / ".local/share/flatpak/exports/share");
-  data.emplace_back("/var/lib/flatpak/exports/share");
-  data.emplace_back("/var/lib/snapd/desktop");
-  Places places;
-  for (const fs::path& folder : data) {
-    const fs::path applications = (folder / "applications").lexically_normal();
-    const auto& known = places.applicationFolders;
-    const bool isKnown = std::ranges::find(known, applications) != known.end();
-    if (applications.is_absolute() && !isKnown) places.applicationFolders.push_back(applications);
-  }
-  const char* path = std::getenv("PATH");
-  places.programFolders = absolutePaths(path == nullptr ? "" : path);
-  if (places.programFolders.empty()) places.programFolders = {"/usr/local/bin", "/usr/bin", "/bin"};
-  places.locale = environmentLocale("LC_MESSAGES");
-  return places;
-}
-
-DesktopFiles::DesktopFiles(Places places)
+DesktopFiles::DesktopFiles(ApplicationPlaces places)
     : places_(std::move(places)),
       localeVariants_(DesktopEntry::localeVariants(places_.locale)),
       folders_(places_.applicationFolders) {}

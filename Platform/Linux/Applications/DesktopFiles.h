@@ -7,6 +7,7 @@
 #include <tuple>
 #include <vector>
 
+#include "Platform/Linux/Applications/ApplicationPlaces.h"
 #include "Platform/Linux/Applications/DesktopEntry.h"
 #include "Platform/Linux/Applications/DesktopFolders.h"
 #include "Tidewell/TextMap.h"
@@ -27,19 +28,7 @@ struct DesktopApplication {
 /// The first question reads all files. The result is kept until `refresh` finds a change.
 class DesktopFiles {
  public:
-  /// The folders to look in, the most important first, and the user's language.
-  struct Places {
-    std::vector<std::filesystem::path> applicationFolders;
-    /// Where a bare program name is looked for.
-    std::vector<std::filesystem::path> programFolders;
-    std::string locale;  ///< As the environment names it.
-  };
-
-  /// The places of the user's environment. They include the folders of Flatpak and snap, even when
-  /// the environment of a service lacks them.
-  static Places environmentPlaces();
-
-  explicit DesktopFiles(Places places = environmentPlaces());
+  explicit DesktopFiles(ApplicationPlaces places = ApplicationPlaces::ofEnvironment());
 
   /// The application whose desktop file has the id `id`. Absent when the entry is hidden, has no
   /// name, or is no application.
@@ -68,7 +57,7 @@ class DesktopFiles {
   void claim(const std::string& program, const Rank& rank, const DesktopApplication& application);
   std::optional<std::filesystem::path> locate(const std::string& program) const;
 
-  Places places_;
+  ApplicationPlaces places_;
   std::vector<std::string> localeVariants_;
   DesktopFolders folders_;
   bool isScanned_ = false;

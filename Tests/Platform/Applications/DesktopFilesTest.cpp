@@ -335,14 +335,14 @@ TEST(DesktopFiles, SeeAChangeInTheSameMomentAsTheScan) {
   EXPECT_EQ(idOf(files.find("b")), "b");
 }
 
-TEST(DesktopFiles, LookWhereTheEnvironmentSays) {
+TEST(ApplicationPlaces, AreThoseThatTheEnvironmentNames) {
   const testing::ScopedEnvironment home("HOME", "/home/user");
   const testing::ScopedEnvironment own("XDG_DATA_HOME", nullptr);
   const testing::ScopedEnvironment shared("XDG_DATA_DIRS",
                                           "/usr/share/:/var/lib/flatpak/exports/share");
   const testing::ScopedEnvironment path("PATH", "/a:b:/c");
   const testing::ScopedEnvironment all("LC_ALL", "de_AT.UTF-8");
-  const DesktopFiles::Places places = DesktopFiles::environmentPlaces();
+  const ApplicationPlaces places = ApplicationPlaces::ofEnvironment();
   EXPECT_EQ(
       places.applicationFolders,
       (std::vector<fs::path>{"/home/user/.local/share/applications", "/usr/share/applications",
