@@ -8,9 +8,8 @@
 #include "Tidewell/Ports/Ports.h"
 
 namespace staylit {
-namespace {
 
-tidewell::PropertyDictionary registeredDefaults() {
+tidewell::PropertyDictionary registeredSettings() {
   using Integer = std::int64_t;
   tidewell::PropertyDictionary defaults;
   const auto add = [&defaults](std::string_view key, tidewell::PropertyValue value) {
@@ -32,8 +31,6 @@ tidewell::PropertyDictionary registeredDefaults() {
   return defaults;
 }
 
-}  // namespace
-
 Prefs& Prefs::shared() {
   static std::mutex mutex;
   static std::unique_ptr<Prefs> only;
@@ -47,7 +44,7 @@ Prefs& Prefs::shared() {
 }
 
 Prefs::Prefs(tidewell::Defaults& defaults) : defaults_(defaults) {
-  defaults_.registerDefaults(registeredDefaults());
+  defaults_.registerDefaults(registeredSettings());
 }
 
 tidewell::ActivityThresholds Prefs::activityThresholds() {

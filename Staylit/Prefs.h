@@ -6,6 +6,7 @@
 
 #include "Tidewell/ActivityThresholds.h"
 #include "Tidewell/Ports/Defaults.h"
+#include "Tidewell/Ports/PropertyValue.h"
 #include "Tidewell/PowerState.h"
 
 namespace staylit {
@@ -30,6 +31,9 @@ inline constexpr std::string_view verbose = "verbose";
 /// The hold goes on for a time within these limits after the work, whatever value is stored.
 inline constexpr std::int64_t kShortestGraceSeconds = 30;
 inline constexpr std::int64_t kLongestGraceSeconds = 600;
+
+/// Every setting with its default.
+[[nodiscard]] tidewell::PropertyDictionary registeredSettings();
 
 /// The one access point to the user's settings. Every value is read from the store afresh, so that
 /// a change counts at the next tick. Main thread only.

@@ -7,6 +7,7 @@
 #include "Staylit/AppKit/AppKitApplication.h"
 #include "Staylit/AppKit/AppKitUserInterface.h"
 #include "Staylit/AppMain.h"
+#include "Staylit/DoctorReport.h"
 #include "Staylit/HoldsPrinter.h"
 #include "Staylit/StatusPrinter.h"
 
@@ -17,6 +18,10 @@ int main(int argc, char** argv) {
     if (staylit::HoldsRequest::in(arguments)) {
       std::cerr << "staylit: --holds is for Linux; here, pmset -g assertions lists what is held\n";
       return staylit::HoldsPrinter::trouble;
+    }
+    if (staylit::DoctorReport::isAskedFor(arguments)) {
+      std::cerr << "staylit: --doctor is for Linux; here, --diagnose says what would hold\n";
+      return staylit::DoctorReport::trouble;
     }
     const auto ports = platform::makePorts();
     if (const auto request = staylit::StatusRequest::in(arguments)) {

@@ -16,6 +16,7 @@ constexpr const char* kHelp =
     "    --follow     and then each change, until it is interrupted\n"
     "  --holds        list all that keeps the computer awake, and say whether it would sleep\n"
     "    --json       this, or the status, for programs\n"
+    "  --doctor       check this machine, and say what to do\n"
     "  --pause        pause, or resume\n"
     "  --choose-apps  show the window in which applications are chosen\n"
     "  --settings     show the settings\n"
@@ -26,9 +27,13 @@ constexpr const char* kHelp =
     "\n"
     "staylit(1) says more.\n";
 
-constexpr const char* kVersion = "Staylit " STAYLIT_VERSION "\n";
+constexpr const char* kVersion = "Staylit " STAYLIT_VERSION;
 
 }  // namespace
+
+std::string CommandLine::version() {
+  return kVersion;
+}
 
 bool CommandLine::has(const char* option) const {
   return std::ranges::find(arguments_, option) != arguments_.end();
@@ -37,7 +42,7 @@ bool CommandLine::has(const char* option) const {
 std::optional<std::string> CommandLine::information() const {
   if (has("--diagnose")) return std::nullopt;
   if (has("--help")) return kHelp;
-  if (has("--version")) return kVersion;
+  if (has("--version")) return version() + "\n";
   return std::nullopt;
 }
 

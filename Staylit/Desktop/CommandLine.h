@@ -15,6 +15,9 @@ class CommandLine {
   /// `arguments` are all arguments of the process.
   explicit CommandLine(const std::vector<std::string>& arguments) : arguments_(arguments) {}
 
+  /// The program's name and version.
+  static std::string version();
+
   /// The text that answers "--help" or "--version"; absent when the program is to do its work.
   [[nodiscard]] std::optional<std::string> information() const;
 

@@ -1,6 +1,10 @@
+#include <langinfo.h>
+
+#include <clocale>
 #include <iostream>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "Platform/Linux/Bus/Bus.h"
@@ -14,8 +18,10 @@
 #include "Staylit/Desktop/DesktopApplication.h"
 #include "Staylit/Desktop/DesktopUserInterface.h"
 #include "Staylit/Desktop/Display/DisplayTrial.h"
+#include "Staylit/Desktop/Doctor/Examination.h"
 #include "Staylit/Desktop/Holds/HoldsReader.h"
 #include "Staylit/Desktop/Status/StatusQuery.h"
+#include "Staylit/DoctorReport.h"
 #include "Staylit/HoldsPrinter.h"
 
 namespace {
@@ -38,6 +44,26 @@ int tellHolds(const staylit::HoldsRequest& request) {
   return staylit::HoldsPrinter::print(report, request, console, clock.wallTime());
 }
 
+/// What the terminal can show, by the locale of the environment.
+staylit::DoctorReport::Signs signs() {
+  using Signs = staylit::DoctorReport::Signs;
+  const bool isKnown = std::setlocale(LC_CTYPE, "") != nullptr;
+  const bool isUnicode = isKnown && std::string_view(::nl_langinfo(CODESET)) == "UTF-8";
+  return isUnicode ? Signs::drawn : Signs::plain;
+}
+
+int examine() {
+  platform::EventLoop loop;
+  platform::Buses buses(loop);
+  platform::PosixConsole console;
+  platform::SystemClock clock;
+  const auto facts = staylit::Examination(loop, buses, clock).run();
+  const auto report = staylit::DoctorReport::of(facts);
+  for (const std::string& line : report.lines(signs()))
+    console.printLine(line);
+  return report.exitStatus();
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -53,6 +79,7 @@ int main(int argc, char** argv) {
   }
   if (const auto request = staylit::StatusRequest::in(arguments)) return tellStatus(*request);
   if (const auto request = staylit::HoldsRequest::in(arguments)) return tellHolds(*request);
+  if (staylit::DoctorReport::isAskedFor(arguments)) return examine();
   const auto loop = std::make_shared<platform::EventLoop>();
   const auto buses = std::make_shared<platform::Buses>(*loop);
   const std::unique_ptr<tidewell::Ports> ports = platform::makeLinuxPorts(loop, buses);

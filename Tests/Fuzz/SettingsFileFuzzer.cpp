@@ -1,5 +1,6 @@
 #include <vector>
 
+#include "Platform/Linux/Settings/SettingsExamination.h"
 #include "Platform/Linux/Settings/SettingsText.h"
 #include "Platform/Linux/Settings/TomlStatements.h"
 #include "Tests/Fuzz/Fuzzer.h"
@@ -61,11 +62,21 @@ void checkStatements(std::string_view text, const PropertyDictionary& values) {
   fuzz::require(isSame(above.values, values));
 }
 
+/// What is damaged is named, and nothing is named that is not there.
+void checkExamination(std::string_view text, const SettingsValues& settings) {
+  const auto problems = platform::examineSettings(text, {{"a", true}});
+  const auto lines = static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n')) + 1;
+  for (const platform::SettingsProblem& problem : problems)
+    fuzz::require(problem.line >= 1 && problem.line <= lines);
+  if (!settings.damage.empty()) fuzz::require(!problems.empty());
+}
+
 }  // namespace
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const std::string_view text = fuzz::textOf(data, size);
   const SettingsValues settings = parseSettings(text);
+  checkExamination(text, settings);
   if (!settings.damage.empty()) {
     checkDamagedChange(text, settings, "a new key");
     if (!settings.values.empty())

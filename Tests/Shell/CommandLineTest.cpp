@@ -13,7 +13,7 @@ using Arguments = std::vector<std::string>;
 TEST(CommandLine, AnswersQuestionsAboutTheProgramItself) {
   for (const char* option :
        {"--diagnose", "--pause", "--choose-apps", "--settings", "--background", "--quit",
-        "--status", "--follow", "--holds", "--json", "--help", "--version"}) {
+        "--status", "--follow", "--holds", "--doctor", "--json", "--help", "--version"}) {
     EXPECT_NE(CommandLine(Arguments{"staylit", "--help"}).information()->find(option),
               std::string::npos)
         << option;

@@ -111,6 +111,10 @@ void JournalLogger::writeToStandardError(const std::string& message) const {
 
 }  // namespace
 
+bool JournalLog::isListening() {
+  return journalAccepts();
+}
+
 std::shared_ptr<tidewell::SystemLogger> JournalLog::makeLogger(const std::string& subsystem,
                                                                const std::string& category) {
   return std::make_shared<JournalLogger>(subsystem, category);

@@ -12,6 +12,9 @@ namespace platform {
 /// second at most; after that the message is lost.
 class JournalLog : public tidewell::SystemLog {
  public:
+  /// Whether a journal listens and has room now.
+  static bool isListening();
+
   std::shared_ptr<tidewell::SystemLogger> makeLogger(const std::string& subsystem,
                                                      const std::string& category) override;
 };

@@ -1,0 +1,68 @@
+#include "Platform/Linux/Settings/SettingsExamination.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace platform {
+namespace {
+
+using Lines = std::vector<std::string>;
+
+Lines problems(const std::string& text) {
+  const tidewell::PropertyDictionary known{{"graceSeconds", std::int64_t{120}},
+                                           {"cpuThresholdPercent", 15.0},
+                                           {"keepScreenOn", false},
+                                           {"ignoredApps", std::vector<std::string>()},
+                                           {"history", std::monostate()}};
+  Lines result;
+  for (const SettingsProblem& problem : examineSettings(text, known))
+    result.push_back(std::to_string(problem.line) + ": " + problem.text);
+  return result;
+}
+
+TEST(SettingsExamination, FindsNothingInASoundFile) {
+  EXPECT_EQ(problems(""), Lines{});
+  EXPECT_EQ(problems("# mine\ngraceSeconds = 60\ncpuThresholdPercent = 20\n"
+                     "keepScreenOn = true\nignoredApps = [\"a\"]\n[history]\ndays = 3\n"),
+            Lines{});
+}
+
+TEST(SettingsExamination, NamesEachLineThatCannotBeRead) {
+  EXPECT_EQ(problems("graceSeconds = \n\nkeepScreenOn = maybe\ncpuThresholdPercent = 5.0\n"),
+            (Lines{"1: it cannot be read, and does not count",
+                   "3: it cannot be read, and does not count"}));
+}
+
+TEST(SettingsExamination, NamesASecondLineOfTheSameKey) {
+  EXPECT_EQ(problems("graceSeconds = 60\ngraceSeconds = 90\n"),
+            Lines{"2: it cannot be read, and does not count"});
+}
+
+TEST(SettingsExamination, NamesKeysThatNobodyKnows) {
+  EXPECT_EQ(problems("graceSeconds = 60\ngraceseconds = 90\nother = 1\n[table]\nx = 1\n"),
+            (Lines{"2: nobody knows the key \"graceseconds\"; it is written \"graceSeconds\"",
+                   "3: nobody knows the key \"other\"", "4: nobody knows the key \"table\""}));
+}
+
+TEST(SettingsExamination, NamesValuesOfAnotherKind) {
+  EXPECT_EQ(problems("graceSeconds = \"60\"\nkeepScreenOn = 1\nignoredApps = \"a\"\n"
+                     "cpuThresholdPercent = 2020-01-01\nhistory = 1\n"),
+            (Lines{"1: \"graceSeconds\" wants a number", "2: \"keepScreenOn\" wants true or false",
+                   "3: \"ignoredApps\" wants a list of texts",
+                   "4: \"cpuThresholdPercent\" wants a number", "5: \"history\" wants a table"}));
+  EXPECT_EQ(problems("ignoredApps = [1]\n"), Lines{"1: \"ignoredApps\" wants a list of texts"});
+}
+
+TEST(SettingsExamination, TakesEitherKindOfNumber) {
+  EXPECT_EQ(problems("graceSeconds = 60.5\ncpuThresholdPercent = 3\n"), Lines{});
+}
+
+TEST(SettingsExamination, CleansTheNamesThatItRepeats) {
+  EXPECT_EQ(problems("\"a\\u001b[2J\" = 1\n"), Lines{"1: nobody knows the key \"a\uFFFD[2J\""});
+}
+
+}  // namespace
+}  // namespace platform
