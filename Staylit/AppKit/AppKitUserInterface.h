@@ -9,7 +9,6 @@ namespace staylit {
 class AppKitUserInterface final : public UserInterface {
  public:
   std::unique_ptr<StatusItem> makeStatusItem(MenuDelegate& delegate) override;
-  /// Null: there is no way yet to ask for the status on a Mac.
   std::unique_ptr<StatusService> offerStatus(StatusReporter& reporter) override;
   std::unique_ptr<Window> makeAppsWindow(const WindowStyle& style, AppsView& view) override;
   std::unique_ptr<Window> makeSettingsWindow(const WindowStyle& style, SettingsView& view) override;

@@ -4,6 +4,7 @@
 
 #include "Platform/MacOS/Loop/ModalWork.h"
 #include "Platform/MacOS/Text/NSText.h"
+#include "Staylit/AppKit/Status/AppKitStatusService.h"
 #include "Staylit/AppKit/StatusItem/AppKitStatusItem.h"
 #include "Staylit/AppKit/Windows/AppKitWindow.h"
 #import "Staylit/AppKit/Windows/Apps/StaylitAppsContent.h"
@@ -23,8 +24,8 @@ std::unique_ptr<StatusItem> AppKitUserInterface::makeStatusItem(MenuDelegate& de
   return std::make_unique<AppKitStatusItem>(delegate);
 }
 
-std::unique_ptr<StatusService> AppKitUserInterface::offerStatus(StatusReporter& /*reporter*/) {
-  return nullptr;
+std::unique_ptr<StatusService> AppKitUserInterface::offerStatus(StatusReporter& reporter) {
+  return std::make_unique<AppKitStatusService>(reporter);
 }
 
 std::unique_ptr<Window> AppKitUserInterface::makeAppsWindow(const WindowStyle& style,

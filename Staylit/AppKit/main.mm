@@ -6,10 +6,10 @@
 #include "Platform/Posix/StandardStreams.h"
 #include "Staylit/AppKit/AppKitApplication.h"
 #include "Staylit/AppKit/AppKitUserInterface.h"
+#include "Staylit/AppKit/Status/StatusQuestion.h"
 #include "Staylit/AppMain.h"
 #include "Staylit/DoctorReport.h"
 #include "Staylit/HoldsPrinter.h"
-#include "Staylit/StatusPrinter.h"
 
 int main(int argc, char** argv) {
   platform::prepareStandardStreams();
@@ -25,9 +25,7 @@ int main(int argc, char** argv) {
     }
     const auto ports = platform::makePorts();
     if (const auto request = staylit::StatusRequest::in(arguments)) {
-      staylit::StatusPrinter printer(*request, *ports->console, *ports->clock);
-      printer.failed("on a Mac the Staylit that runs cannot be asked yet");
-      return printer.exitStatus();
+      return staylit::tellStatus(*request, *ports->console, *ports->clock);
     }
     staylit::AppKitApplication application;
     staylit::AppKitUserInterface userInterface;
