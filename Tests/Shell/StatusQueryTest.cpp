@@ -207,13 +207,10 @@ TEST_F(StatusQueryTest, FollowsFromOneStaylitToTheNext) {
 
 TEST_F(StatusQueryTest, FollowsFromOneBusToTheNext) {
   auto running = std::make_unique<Running>(*loop);
-  EXPECT_EQ(follow({{"Idle \u2014 your Mac can sleep\n",
-                     [&] {
-                       running.reset();
-                       sessionDaemon->stop();
-                     }},
+  EXPECT_EQ(follow({{"Idle \u2014 your Mac can sleep\n", [&] { sessionDaemon->stop(); }},
                     {"staylit: there is no session bus here on which one could be asked\n",
                      [&] {
+                       running.reset();
                        sessionDaemon->start();
                        running = std::make_unique<Running>(*loop);
                        running->pause(true);
