@@ -210,8 +210,10 @@ std::string_view nameOf(Decider::Action action) {
 }
 
 /// Whether somebody may want to look whether the hold is still meant.
-bool isDoubtful(const Activity& activity) {
-  return activity.state == Activity::State::gone || activity.state == Activity::State::quiet;
+bool isDoubtful(const Hold& hold) {
+  const Activity::State state = hold.activity.state;
+  return (state == Activity::State::gone || state == Activity::State::quiet) &&
+         hold.staylitSees.empty();
 }
 
 std::string activityOf(const Hold& hold) {
@@ -251,7 +253,7 @@ std::string sinceOf(const Hold& hold, WallTime now) {
 }
 
 void addHold(Texts& lines, const Hold& hold, WallTime now) {
-  std::string title = isDoubtful(hold.activity) ? "! " : "  ";
+  std::string title = isDoubtful(hold) ? "! " : "  ";
   title += hold.owner.empty() ? "somebody" : hold.owner;
   if (!hold.reason.empty()) title += " — " + hold.reason;
   lines.push_back(std::move(title));
@@ -260,6 +262,7 @@ void addHold(Texts& lines, const Hold& hold, WallTime now) {
   lines.push_back("    Owner:      " + ownerOf(hold));
   lines.push_back("    Since:      " + sinceOf(hold, now));
   lines.push_back("    It does:    " + activityOf(hold));
+  if (!hold.staylitSees.empty()) lines.push_back("    To Staylit: " + hold.staylitSees);
 }
 
 std::string jsonOfTime(const std::optional<WallTime>& time) {
@@ -291,6 +294,7 @@ std::string jsonOf(const Hold& hold) {
       .addText("does", nameOf(hold.activity.state))
       .add("cpuPercent", isActive ? jsonDecimal(hold.activity.cpuPercent) : "null")
       .add("quietForSeconds", jsonOfLength(hold.activity.quietFor))
+      .add("staylitSees", hold.staylitSees.empty() ? "null" : jsonText(hold.staylitSees))
       .text();
 }
 
@@ -344,7 +348,7 @@ Texts HoldsReport::lines(WallTime now) const {
   for (const Hold& hold : holds)
     addHold(lines, hold, now);
   const bool isAnyDoubtful =
-      std::ranges::any_of(holds, [](const Hold& hold) { return isDoubtful(hold.activity); });
+      std::ranges::any_of(holds, [](const Hold& hold) { return isDoubtful(hold); });
   if (isAnyDoubtful) {
     lines.emplace_back();
     lines.emplace_back("! The owner is gone or quiet: the hold may be a forgotten one.");

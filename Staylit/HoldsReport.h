@@ -49,6 +49,8 @@ struct HoldsReport {
     std::string program;  ///< Of the process; empty where it cannot be seen.
     std::optional<tidewell::WallTime> since;
     Activity activity;
+    /// What the Staylit that runs sees the owner's application do; empty where it sees no work.
+    std::string staylitSees;
   };
 
   /// Somebody who puts the machine to sleep when nobody uses it.

@@ -207,6 +207,32 @@ TEST_F(HoldsReaderTest, ListsWhatKdeHoldsLessWhatItTakesFromLogind) {
                    "org.kde.Solid.PowerManagement.PolicyAgent Dolphin|copying idle"}));
 }
 
+/// A Staylit that runs, in that state, and sees Totem at work.
+std::unique_ptr<BusService> staylitThatSeesTotem(const std::string& address, const char* state) {
+  return std::make_unique<BusService>(
+      address, Lines{"com.staylit.app"}, [state](sd_bus_message* call) {
+        sd_bus_reply_method_return(call, "a{sv}", 2, "State", "s", state, "Busy", "a(sssdddd)", 1,
+                                   "org.gnome.Totem", "Totem", "112% CPU", 112.0, 0.0, 0.0, 185.0);
+      });
+}
+
+TEST_F(HoldsReaderTest, AsksTheStaylitThatRunsWhatItSees) {
+  const SessionManagerWithHolds gnome(
+      sessionDaemon->address(),
+      {{"/a", "org.gnome.Totem.desktop", "Playing", 4}, {"/b", "org.b", "", 4}});
+  const auto staylit = staylitThatSeesTotem(sessionDaemon->address(), "holding");
+  const HoldsReport report = read();
+  ASSERT_EQ(report.holds.size(), 2U);
+  EXPECT_EQ(report.holds[0].staylitSees, "Totem — 112% CPU, for 3 min 5 s");
+  EXPECT_EQ(report.holds[1].staylitSees, "");
+}
+
+TEST_F(HoldsReaderTest, DoesNotRepeatWhatAPausedStaylitSaw) {
+  const SessionManagerWithHolds gnome(sessionDaemon->address(), {{"/a", "org.gnome.Totem", "", 4}});
+  const auto staylit = staylitThatSeesTotem(sessionDaemon->address(), "paused");
+  EXPECT_EQ(read().holds.at(0).staylitSees, "");
+}
+
 TEST_F(HoldsReaderTest, SaysWhichServicesDoNotAnswer) {
   FakeLogind logind(systemDaemon->address());
   logind.listsNonsense = true;

@@ -212,6 +212,17 @@ TEST(HoldsReport, SaysWhatAnOwnerDoes) {
   EXPECT_EQ(doing({}), " unknown, for its process cannot be seen from here");
 }
 
+TEST(HoldsReport, SaysWhatTheStaylitThatRunsSeesAndDoubtsNoHoldOfWhatWorks) {
+  HoldsReport report;
+  report.holds = {quietHold()};
+  report.holds.front().staylitSees = "mpv — 500 KB/s net, for 3 min 5 s";
+  const Lines lines = report.lines(kNow);
+  EXPECT_EQ(lines.at(3), "  mpv — Playing");
+  EXPECT_EQ(lines.back(), "    To Staylit: mpv — 500 KB/s net, for 3 min 5 s");
+  EXPECT_NE(report.json(kNow).find(R"("staylitSees":"mpv — 500 KB/s net, for 3 min 5 s")"),
+            std::string::npos);
+}
+
 TEST(HoldsReport, SaysWhatAHoldKeepsOff) {
   HoldsReport report;
   report.holds = {atLogind("a", Effect::everySleep), atLogind("b", Effect::lidSleep),
@@ -241,10 +252,10 @@ TEST(HoldsReport, TellsProgramsTheSame) {
       R"({"owner":"mpv","reason":"Playing","service":"org.freedesktop.login1",)"
       R"("keepsOff":"idle-sleep","user":"alice","process":4711,"program":"mpv",)"
       R"("since":"2026-11-22T06:11:04Z","does":"quiet","cpuPercent":null,)"
-      R"("quietForSeconds":11525.0},)"
+      R"("quietForSeconds":11525.0,"staylitSees":null},)"
       R"({"owner":"Totem","reason":"","service":"org.gnome.SessionManager",)"
       R"("keepsOff":"idleness","user":null,"process":null,"program":null,"since":null,)"
-      R"("does":"unknown","cpuPercent":null,"quietForSeconds":null}],)"
+      R"("does":"unknown","cpuPercent":null,"quietForSeconds":null,"staylitSees":null}],)"
       R"("deciders":[{"name":"logind","does":"sleeps","afterSeconds":1800.0,)"
       R"("setting":"IdleAction is \"suspend\"","heeds":["org.freedesktop.login1"]}],)"
       R"("services":["org.freedesktop.login1","org.example.Silent"],)"

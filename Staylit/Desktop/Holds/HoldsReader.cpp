@@ -26,6 +26,11 @@
 #include "Platform/Linux/Sleep/SleepDeciders.h"
 #include "Platform/Linux/Sleep/StaylitHolds.h"
 #include "Platform/Posix/Tasks/SpawnedTaskLauncher.h"
+#include "Staylit/Desktop/Session/ApplicationService.h"
+#include "Staylit/Desktop/Status/StatusMessages.h"
+#include "Staylit/StatusReport.h"
+#include "Staylit/StatusTexts.h"
+#include "Staylit/TimeTexts.h"
 #include "Tidewell/ForeignText.h"
 
 namespace staylit {
@@ -91,6 +96,17 @@ std::optional<std::int32_t> processOf(const HoldsReport::Hold& hold) {
   return static_cast<std::int32_t>(*hold.processIdentifier);
 }
 
+/// What Staylit sees of the owner's application, which it knows by the same text or by its program.
+std::string seenOf(const HoldsReport::Hold& hold, const StatusReport& status) {
+  for (const auto* apps : {&status.busy, &status.candidates}) {
+    for (const tidewell::BusyApp& app : *apps) {
+      if (app.id != hold.owner && app.id != hold.program) continue;
+      return rowOf(app) + ", for " + lengthOfTime(tidewell::Seconds(app.busyFor));
+    }
+  }
+  return "";
+}
+
 HoldsReport::Decider deciderOf(const platform::SleepDecider& decider) {
   using Action = HoldsReport::Decider::Action;
   using Found = platform::SleepDecider::Action;
@@ -110,6 +126,7 @@ HoldsReport HoldsReader::read() {
   HoldsReport report = listHolds();
   addDeciders(report);
   lookAtOwners(report);
+  if (!report.holds.empty()) askStaylit(report);
   return report;
 }
 
@@ -210,6 +227,25 @@ void HoldsReader::watch(const std::set<std::int32_t>& owners, platform::ProcFile
     const auto process = processOf(hold);
     if (!process || hold.activity.state != Activity::State::unknown) continue;
     hold.activity = activityOf(doings.at(*process));
+  }
+}
+
+void HoldsReader::askStaylit(HoldsReport& report) {
+  constexpr const char* kName = ApplicationService::kName;
+  for (platform::Bus* bus : {&sessionBus_, &systemBus_}) {
+    if (!bus->nameStatus(kName).isOwned()) continue;
+    const auto reply =
+        bus->call({kName, StatusInterface::kPath, "org.freedesktop.DBus.Properties", "GetAll"},
+                  [](sd_bus_message* call) {
+                    return sd_bus_message_append(call, "s", StatusInterface::kName);
+                  });
+    StatusReport status;
+    if (!reply || !readStatus(reply.message.get(), status)) continue;
+    // What it saw before a pause is old.
+    if (status.state == StatusReport::State::paused) return;
+    for (HoldsReport::Hold& hold : report.holds)
+      hold.staylitSees = seenOf(hold, status);
+    return;
   }
 }
 

@@ -44,6 +44,7 @@ class HoldsReader {
   void addLogind(HoldsReport& report);
   void addSession(HoldsReport& report);
   void lookAtOwners(HoldsReport& report);
+  void askStaylit(HoldsReport& report);
   void watch(const std::set<std::int32_t>& owners, platform::ProcFileSystem& proc,
              HoldsReport& report);
   bool countsProcessesAlike();

@@ -176,7 +176,10 @@ class FakeSessionService {
   void tell(sd_bus_message* call, std::string_view name) {
     ++questions;
     if (tellsNonsense) return tellNonsense(call);
-    if (const auto text = detail(call, name)) {
+    constexpr std::uint32_t kSuspend = 4;
+    if (name == "Flags" && detail(call, "Reason")) {
+      sd_bus_reply_method_return(call, "u", kSuspend);
+    } else if (const auto text = detail(call, name)) {
       sd_bus_reply_method_return(call, "s", text->c_str());
     } else {
       sd_bus_reply_method_errorf(call, SD_BUS_ERROR_UNKNOWN_OBJECT, "gone");
