@@ -37,14 +37,14 @@ TEST_F(ConservedProcessesTest, CountsTheExampleOfTheHeader) {
   kernel.work(second, 4);
   kernel.endAndReap(second);
   pass();
-  EXPECT_EQ(counted["make"], (Usage{5, 0}));
+  EXPECT_EQ(used("make"), (Usage{5, 0}));
   EXPECT_EQ(ended, std::set<std::string>{"cc"});
   EXPECT_EQ(total.time, 10U);
   const auto third = kernel.spawn(make, "/bin/cc");
   kernel.work(third, 2);
   pass();
-  EXPECT_EQ(counted["make"], (Usage{5, 0}));
-  EXPECT_EQ(counted["cc"], (Usage{2, 0}));
+  EXPECT_EQ(used("make"), (Usage{5, 0}));
+  EXPECT_EQ(used("cc"), (Usage{2, 0}));
   EXPECT_EQ(total.time, 12U);
 }
 
@@ -55,8 +55,8 @@ TEST_F(ConservedProcessesTest, KeepsWhatAnEndedProcessHadUsedUnderItsName) {
   pass();
   kernel.endAndReap(compiler);
   pass();
-  EXPECT_EQ(counted["cc1"], (Usage{6, 60}));
-  EXPECT_EQ(counted["sh"], (Usage{0, 0}));
+  EXPECT_EQ(used("cc1"), (Usage{6, 60}));
+  EXPECT_EQ(used("sh"), (Usage{0, 0}));
 }
 
 TEST_F(ConservedProcessesTest, CreditsTheLastStretchToTheProcessThatHadBeenSeen) {
@@ -67,8 +67,8 @@ TEST_F(ConservedProcessesTest, CreditsTheLastStretchToTheProcessThatHadBeenSeen)
   kernel.work(compiler, 2, 20);
   kernel.endAndReap(compiler);
   pass();
-  EXPECT_EQ(counted["cc1"], (Usage{8, 80}));
-  EXPECT_EQ(counted["sh"], (Usage{0, 0}));
+  EXPECT_EQ(used("cc1"), (Usage{8, 80}));
+  EXPECT_EQ(used("sh"), (Usage{0, 0}));
 }
 
 TEST_F(ConservedProcessesTest, CreditsNoMoreThanAsMuchAgainAsHadBeenSeen) {
@@ -79,8 +79,8 @@ TEST_F(ConservedProcessesTest, CreditsNoMoreThanAsMuchAgainAsHadBeenSeen) {
   kernel.work(compiler, 8, 80);
   kernel.endAndReap(compiler);
   pass();
-  EXPECT_EQ(counted["cc1"], (Usage{4, 30}));
-  EXPECT_EQ(counted["sh"], (Usage{6, 60}));
+  EXPECT_EQ(used("cc1"), (Usage{4, 30}));
+  EXPECT_EQ(used("sh"), (Usage{6, 60}));
 }
 
 TEST_F(ConservedProcessesTest, ALoopOfLongerCommandsGoesOnUnderOneName) {
@@ -95,8 +95,8 @@ TEST_F(ConservedProcessesTest, ALoopOfLongerCommandsGoesOnUnderOneName) {
       command = kernel.spawn(shell, "/bin/rsync");
     }
     pass();
-    EXPECT_EQ(counted["rsync"].time, former + 2) << tick;
-    former = counted["rsync"].time;
+    EXPECT_EQ(used("rsync").time, former + 2) << tick;
+    former = used("rsync").time;
   }
 }
 
@@ -109,7 +109,7 @@ TEST_F(ConservedProcessesTest, CreditsTheParentWithAProcessThatLivedBetweenTwoPa
     kernel.endAndReap(compiler);
   }
   pass();
-  EXPECT_EQ(counted["sh"], (Usage{5, 35}));
+  EXPECT_EQ(used("sh"), (Usage{5, 35}));
   EXPECT_FALSE(counted.contains("cc1"));
 }
 
@@ -122,7 +122,7 @@ TEST_F(ConservedProcessesTest, CreditsTheGrandparentIfTheParentWasNeverSeenEithe
   kernel.endAndReap(compiler);
   kernel.endAndReap(driver);
   pass();
-  EXPECT_EQ(counted["make"], (Usage{4, 9}));
+  EXPECT_EQ(used("make"), (Usage{4, 9}));
 }
 
 TEST_F(ConservedProcessesTest, CountsNothingTwiceWhenADriverAndItsChildEndTogether) {
@@ -137,9 +137,9 @@ TEST_F(ConservedProcessesTest, CountsNothingTwiceWhenADriverAndItsChildEndTogeth
   kernel.endAndReap(driver);
   pass();
   // Nobody knows which of the two used the rest, so they share it like what had been seen of them.
-  EXPECT_EQ(counted["cc1"], (Usage{560, 56}));
-  EXPECT_EQ(counted["gcc"], (Usage{140, 14}));
-  EXPECT_EQ(counted["make"], (Usage{0, 0}));
+  EXPECT_EQ(used("cc1"), (Usage{560, 56}));
+  EXPECT_EQ(used("gcc"), (Usage{140, 14}));
+  EXPECT_EQ(used("make"), (Usage{0, 0}));
 }
 
 TEST_F(ConservedProcessesTest, LeavesWhatWasUsedBeforeAnExecUnderTheFormerName) {
@@ -149,8 +149,8 @@ TEST_F(ConservedProcessesTest, LeavesWhatWasUsedBeforeAnExecUnderTheFormerName) 
   kernel.exec(program, "/bin/ffmpeg");
   kernel.work(program, 2, 20);
   pass();
-  EXPECT_EQ(counted["sh"], (Usage{3, 30}));
-  EXPECT_EQ(counted["ffmpeg"], (Usage{2, 20}));
+  EXPECT_EQ(used("sh"), (Usage{3, 30}));
+  EXPECT_EQ(used("ffmpeg"), (Usage{2, 20}));
 }
 
 TEST_F(ConservedProcessesTest, KnowsThatANumberBelongsToAnotherProcessNow) {
@@ -162,8 +162,8 @@ TEST_F(ConservedProcessesTest, KnowsThatANumberBelongsToAnotherProcessNow) {
   ASSERT_EQ(first, second);
   kernel.work(second, 9);
   pass();
-  EXPECT_EQ(counted["a"].time, 5u);
-  EXPECT_EQ(counted["b"].time, 9u);
+  EXPECT_EQ(used("a").time, 5u);
+  EXPECT_EQ(used("b").time, 9u);
 }
 
 TEST_F(ConservedProcessesTest, CountsNothingTwiceWhenAnOrphanIsReapedByItsHeir) {
@@ -177,8 +177,8 @@ TEST_F(ConservedProcessesTest, CountsNothingTwiceWhenAnOrphanIsReapedByItsHeir) 
   kernel.work(job, 1, 10);
   kernel.endAndReap(job);
   pass();
-  EXPECT_EQ(counted["job"], (Usage{9, 90}));
-  EXPECT_EQ(counted["manager"], (Usage{0, 0}));
+  EXPECT_EQ(used("job"), (Usage{9, 90}));
+  EXPECT_EQ(used("manager"), (Usage{0, 0}));
   EXPECT_EQ(total.time, 9u);
 }
 
@@ -192,15 +192,15 @@ TEST_F(ConservedProcessesTest, LosesOnlyTheUnseenPartOfAProcessThatNobodyReaps) 
   kernel.end(job);
   pass();
   pass();
-  EXPECT_EQ(counted["job"], (Usage{8, 80}));
-  EXPECT_EQ(counted["daemon"], (Usage{0, 0}));
+  EXPECT_EQ(usedAtEnd("job"), (Usage{8, 80}));
+  EXPECT_EQ(used("daemon"), (Usage{0, 0}));
   // A process that the daemon reaps later is not mistaken for that job.
   kernel.processes[daemon].reapsNobody = false;
   const auto other = kernel.spawn(daemon, "/bin/other");
   kernel.work(other, 3);
   kernel.endAndReap(other);
   pass();
-  EXPECT_EQ(counted["daemon"].time, 3u);
+  EXPECT_EQ(used("daemon").time, 3u);
 }
 
 TEST_F(ConservedProcessesTest, CountsOnceTheChildrenThatAMacChargesTwice) {
@@ -217,7 +217,7 @@ TEST_F(ConservedProcessesTest, CountsOnceTheChildrenThatAMacChargesTwice) {
   kernel.end(unseen);
   ASSERT_EQ(kernel.processes[daemon].reaped, 78u);
   pass();
-  EXPECT_EQ(counted["job"].time + counted["daemon"].time, 39u);
+  EXPECT_EQ(used("job").time + used("daemon").time, 39u);
   EXPECT_EQ(total.time, 39u);
 }
 
@@ -230,7 +230,7 @@ TEST_F(ConservedProcessesTest, CountsOnceTheDoubleChargeInAFirstReadingOnAMac) {
   kernel.work(job, 30);
   kernel.end(job);
   pass();
-  EXPECT_EQ(counted["daemon"].time, 30u);
+  EXPECT_EQ(used("daemon").time, 30u);
 }
 
 TEST_F(ConservedProcessesTest, CountsAllOfAnUnreapedProcessOnAMac) {
@@ -242,11 +242,11 @@ TEST_F(ConservedProcessesTest, CountsAllOfAnUnreapedProcessOnAMac) {
   kernel.work(job, 2);
   kernel.end(job);
   pass();
-  EXPECT_EQ(counted["job"].time, 7u) << "although nobody has reaped it yet";
+  EXPECT_EQ(used("job").time, 7u) << "although nobody has reaped it yet";
   kernel.reap(job);
   pass();
-  EXPECT_EQ(counted["job"].time, 7u);
-  EXPECT_EQ(counted["sh"].time, 0u);
+  EXPECT_EQ(used("job").time, 7u);
+  EXPECT_EQ(used("sh").time, 0u);
 }
 
 TEST_F(ConservedProcessesTest, KeepsTheUsageThatAMacChargesToNobody) {
@@ -388,10 +388,10 @@ TEST_F(ConservedProcessesTest, DropsTheAccountOfAnEndedNameWhenItDoesNotGrowAnyM
   kernel.endAndReap(job);
   pass();
   pass();
-  EXPECT_EQ(counted["job"], (Usage{7, 70})) << "another of that name still runs";
+  EXPECT_EQ(used("job"), (Usage{7, 70})) << "another of that name still runs";
   kernel.endAndReap(other);
   pass();
-  EXPECT_EQ(counted["job"], (Usage{7, 70}));
+  EXPECT_EQ(used("job"), (Usage{7, 70}));
   pass();
   EXPECT_TRUE(ended.contains("job"));
   EXPECT_EQ(total, (Usage{7, 70})) << "nothing is lost";
@@ -403,10 +403,10 @@ TEST_F(ConservedProcessesTest, ANameThatItsOnlyProcessGaveUpByAnExecHasEnded) {
   pass();
   kernel.exec(job, "/bin/ffmpeg");
   pass();
-  EXPECT_EQ(counted["sh"], (Usage{3, 30}));
+  EXPECT_EQ(used("sh"), (Usage{3, 30}));
   pass();
   EXPECT_TRUE(ended.contains("sh"));
-  EXPECT_EQ(counted["ffmpeg"], (Usage{0, 0}));
+  EXPECT_EQ(used("ffmpeg"), (Usage{0, 0}));
 }
 
 TEST_F(ConservedProcessesTest, OfManyNamesOnlyTheLastHasAnAccount) {
@@ -420,7 +420,7 @@ TEST_F(ConservedProcessesTest, OfManyNamesOnlyTheLastHasAnAccount) {
   pass();
   EXPECT_EQ(total, (Usage{1200, 12'000}));
   EXPECT_EQ(listed.size(), 2u + 1u) << "two processes, and the account of the last job";
-  EXPECT_EQ(counted["job399"], (Usage{3, 30}));
+  EXPECT_EQ(used("job399"), (Usage{3, 30}));
 }
 
 TEST_F(ConservedProcessesTest, KeepsWhatAnEndedHelperHadUsedUnderItsApplication) {
@@ -453,13 +453,13 @@ TEST_F(ConservedProcessesTest, CountsNothingTwiceOfAChildThatIsReapedLongAfterIt
   kernel.end(job);
   for (int tick = 0; tick < 5; ++tick) {
     pass();
-    EXPECT_EQ(counted["job"].time, 5u) << tick;
+    EXPECT_EQ(used("job").time, 5u) << tick;
   }
   kernel.reap(job);
   pass();
   pass();
-  EXPECT_EQ(counted["job"].time, 5u);
-  EXPECT_EQ(counted["sh"].time, 0u);
+  EXPECT_EQ(usedAtEnd("job").time, 5u);
+  EXPECT_EQ(used("sh").time, 0u);
 }
 
 TEST_F(ConservedProcessesTest, KeepsWhatAProcessHadThatMayNoLongerBeRead) {
@@ -471,12 +471,12 @@ TEST_F(ConservedProcessesTest, KeepsWhatAProcessHadThatMayNoLongerBeRead) {
   kernel.work(job, 2);
   pass();
   pass();
-  EXPECT_EQ(counted["job"].time, 5u);
+  EXPECT_EQ(used("job").time, 5u);
   kernel.endAndReap(job);
   kernel.unreadable = 0;
   pass();
-  EXPECT_EQ(counted["job"].time, 7u);
-  EXPECT_EQ(counted["sh"].time, 0u);
+  EXPECT_EQ(used("job").time, 7u);
+  EXPECT_EQ(used("sh").time, 0u);
 }
 
 TEST_F(ConservedProcessesTest, CountsNothingTwiceWhenAChainEndsWhileItIsRead) {
@@ -526,7 +526,7 @@ TEST_F(ConservedProcessesTest, CountsNothingTwiceOfACounterThatGoesBackwards) {
   pass();
   kernel.processes.at(job).own = 52;
   pass();
-  EXPECT_EQ(counted["job"].time, 52u);
+  EXPECT_EQ(used("job").time, 52u);
 }
 
 TEST_F(ConservedProcessesTest, AProcessKeepsItsOwnBytesIfThoseOfChildrenAreNotAddedToThem) {
@@ -539,8 +539,8 @@ TEST_F(ConservedProcessesTest, AProcessKeepsItsOwnBytesIfThoseOfChildrenAreNotAd
   kernel.work(archiver, 1, 1000);
   kernel.endAndReap(helper);
   pass();
-  EXPECT_EQ(counted["archiver"].disk, 1000u);
-  EXPECT_EQ(counted["helper"].disk, 0u);
+  EXPECT_EQ(used("archiver").disk, 1000u);
+  EXPECT_EQ(used("helper").disk, 0u);
 }
 
 }  // namespace

@@ -55,6 +55,21 @@ class ConservedTable : public testing::Test {
     }
   }
 
+  /// What the last pass had with this name. Fails if the last pass did not have the name.
+  [[nodiscard]] Usage used(const std::string& name) const {
+    const auto found = counted.find(name);
+    if (found != counted.end() && !ended.contains(name)) return found->second;
+    ADD_FAILURE() << "the last pass did not have " << name;
+    return {};
+  }
+
+  /// What a name had on the last pass with it. Fails unless it was there before, and is gone.
+  [[nodiscard]] Usage usedAtEnd(const std::string& name) const {
+    if (ended.contains(name)) return counted.at(name);
+    ADD_FAILURE() << name << " has not ended";
+    return {};
+  }
+
   /// The names that the last pass had, ascending.
   [[nodiscard]] std::vector<std::string> names() const {
     std::vector<std::string> present;

@@ -50,7 +50,7 @@ TEST_F(EndsDuringAPassTest, CountsAGrandchildOnceIfItAndItsParentEndAfterTheyWer
   endBeforeReading(make, {compiler, shell});
   pass();
   EXPECT_EQ(total, charged());
-  EXPECT_EQ(counted["cc1"], (Usage{50, 5}));
+  EXPECT_EQ(used("cc1"), (Usage{50, 5}));
   EXPECT_EQ(listed.front(), 1);
   EXPECT_EQ(std::ranges::count(listed, compiler) + std::ranges::count(listed, shell), 0)
       << "ended processes are not listed";
@@ -72,8 +72,8 @@ TEST_F(EndsDuringAPassTest, CountsNewProcessesOnceThatEndWithAnOlderOneOfAHigher
   endBeforeReading(make, {tool, shell, job});
   pass();
   EXPECT_EQ(total, charged());
-  EXPECT_EQ(counted["tool"], (Usage{7, 70}));
-  EXPECT_EQ(counted["make"], Usage());
+  EXPECT_EQ(used("tool"), (Usage{7, 70}));
+  EXPECT_EQ(used("make"), Usage());
 }
 
 TEST_F(EndsDuringAPassTest, FindsTheReaperAmongNewProcessesAndOlderOnesOfHigherNumbers) {
@@ -95,8 +95,8 @@ TEST_F(EndsDuringAPassTest, FindsTheReaperAmongNewProcessesAndOlderOnesOfHigherN
   };
   pass();
   EXPECT_EQ(total, charged());
-  EXPECT_EQ(counted["sh"], Usage());
-  EXPECT_EQ(counted["make"], Usage());
+  EXPECT_EQ(used("sh"), Usage());
+  EXPECT_EQ(used("make"), Usage());
 }
 
 TEST_F(EndsDuringAPassTest, CountsAChildOnceIfItsReaperEndsAfterItWasRead) {
@@ -114,8 +114,8 @@ TEST_F(EndsDuringAPassTest, CountsAChildOnceIfItsReaperEndsAfterItWasRead) {
   };
   pass();
   EXPECT_EQ(total, charged());
-  EXPECT_EQ(counted["tool"], (Usage{30, 3}));
-  EXPECT_EQ(counted["sh"], Usage());
+  EXPECT_EQ(used("tool"), (Usage{30, 3}));
+  EXPECT_EQ(usedAtEnd("sh"), Usage());
 }
 
 // A process reaps on one pass and ends on the next.
@@ -140,8 +140,8 @@ TEST_P(EndsAfterReaping, ItsLastChildIsInTheChargeOfTheProcessThatReapedBoth) {
   }
   pass();
   EXPECT_EQ(total, charged());
-  EXPECT_EQ(counted["cp"], (Usage{0, 500}));
-  EXPECT_EQ(counted["make"], Usage());
+  EXPECT_EQ(used("cp"), (Usage{0, 500}));
+  EXPECT_EQ(used("make"), Usage());
 }
 
 INSTANTIATE_TEST_SUITE_P(WithAndWithoutItsNumber, EndsAfterReaping, testing::Bool());
@@ -161,7 +161,7 @@ TEST_F(EndsDuringAPassTest, CountsAWorkerOnceIfTheSixtyThreeShellsAboveItEndToo)
   }
   pass();
   EXPECT_EQ(total, charged());
-  EXPECT_EQ(counted["make"], Usage());
+  EXPECT_EQ(used("make"), Usage());
 }
 
 }  // namespace

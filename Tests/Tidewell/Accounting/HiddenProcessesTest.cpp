@@ -30,8 +30,8 @@ TEST_F(HiddenProcessesTest, AProcessHasEndedIfAHiddenOneHasItsNumber) {
   kernel.endAndReap(job);
   ASSERT_EQ(spawnHidden(1, "/sbin/daemon"), job);
   pass();
-  EXPECT_EQ(counted["job"], (Usage{5, 50}));
-  EXPECT_EQ(counted["sh"], Usage()) << "the shell is not credited with what was seen";
+  EXPECT_EQ(used("job"), (Usage{5, 50}));
+  EXPECT_EQ(used("sh"), Usage()) << "the shell is not credited with what was seen";
   EXPECT_EQ(listed, (std::vector<std::int32_t>{1, shell, job, account.value()}));
 }
 
@@ -43,8 +43,8 @@ TEST_F(HiddenProcessesTest, AHiddenProcessOfTheSameParentIsKnownByItsStart) {
   kernel.endAndReap(job);
   ASSERT_EQ(spawnHidden(shell, "/usr/bin/sudo"), job);
   pass();
-  EXPECT_EQ(counted["job"].time, 5u);
-  EXPECT_EQ(counted["sh"].time, 0u);
+  EXPECT_EQ(used("job").time, 5u);
+  EXPECT_EQ(used("sh").time, 0u);
 }
 
 class BecomesHidden : public HiddenProcessesTest, public testing::WithParamInterface<bool> {};
@@ -61,9 +61,9 @@ TEST_P(BecomesHidden, IsStillTheSameProcess) {
   pass();
   ASSERT_EQ(kernel.parent(job), 1) << "another parent does not make it another process";
   pass();
-  EXPECT_EQ(counted["job"].time, 5u);
+  EXPECT_EQ(used("job").time, 5u);
   ASSERT_TRUE(accounts.accountOf(job));
-  EXPECT_EQ(listed, (std::vector<std::int32_t>{1, job})) << "its account is still empty";
+  EXPECT_EQ(listed, (std::vector<std::int32_t>{1, job})) << "no account of its own is listed";
 }
 
 INSTANTIATE_TEST_SUITE_P(WithAndWithoutStart, BecomesHidden, testing::Bool());
@@ -80,11 +80,11 @@ TEST_F(HiddenProcessesTest, CountsAWorkerOnceThatEndsTogetherWithItsHiddenParent
   kernel.endAndReap(worker);
   kernel.endAndReap(sudo);
   pass();
-  EXPECT_EQ(counted["worker"], (Usage{50, 500}));
-  EXPECT_EQ(counted["sh"], Usage());
+  EXPECT_EQ(used("worker"), (Usage{50, 500}));
+  EXPECT_EQ(used("sh"), Usage());
 }
 
-TEST_F(HiddenProcessesTest, CountsAWorkerOnceWhoseHiddenParentEndsLongAfterIt) {
+TEST_F(HiddenProcessesTest, CountsAWorkerOnceIfItsHiddenParentEndsLater) {
   const auto shell = kernel.spawn(1, "/bin/sh");
   const auto sudo = spawnHidden(shell, "/usr/bin/sudo");
   const auto worker = kernel.spawn(sudo, "/bin/worker");
@@ -93,13 +93,13 @@ TEST_F(HiddenProcessesTest, CountsAWorkerOnceWhoseHiddenParentEndsLongAfterIt) {
   kernel.endAndReap(worker);
   for (int tick = 0; tick < 5; ++tick)
     pass();
-  EXPECT_EQ(counted["worker"], (Usage{50, 500}));
+  EXPECT_EQ(usedAtEnd("worker"), (Usage{50, 500}));
   kernel.work(sudo, 3, 30);
   kernel.endAndReap(sudo);
   pass();
   pass();
-  EXPECT_EQ(counted["worker"], (Usage{50, 500}));
-  EXPECT_EQ(counted["sh"], (Usage{3, 30})) << "the hidden process used this itself, unseen";
+  EXPECT_EQ(usedAtEnd("worker"), (Usage{50, 500}));
+  EXPECT_EQ(used("sh"), (Usage{3, 30})) << "the hidden process used this itself, unseen";
 }
 
 TEST_F(HiddenProcessesTest, CountsWorkersOnceBelowSeveralHiddenProcesses) {
@@ -119,9 +119,9 @@ TEST_F(HiddenProcessesTest, CountsWorkersOnceBelowSeveralHiddenProcesses) {
   pass();
   kernel.endAndReap(sudo);
   pass();
-  EXPECT_EQ(counted["worker"], (Usage{50, 500}));
-  EXPECT_EQ(counted["other"], (Usage{20, 200}));
-  EXPECT_EQ(counted["sh"], Usage());
+  EXPECT_EQ(usedAtEnd("worker"), (Usage{50, 500}));
+  EXPECT_EQ(usedAtEnd("other"), (Usage{20, 200}));
+  EXPECT_EQ(used("sh"), Usage());
 }
 
 TEST_F(HiddenProcessesTest, CountsAWorkerOnceThatAHiddenProcessHasInherited) {
@@ -138,8 +138,8 @@ TEST_F(HiddenProcessesTest, CountsAWorkerOnceThatAHiddenProcessHasInherited) {
   pass();
   kernel.endAndReap(keeper);
   pass();
-  EXPECT_EQ(counted["worker"], (Usage{50, 500}));
-  EXPECT_EQ(counted["sh"], Usage());
+  EXPECT_EQ(usedAtEnd("worker"), (Usage{50, 500}));
+  EXPECT_EQ(used("sh"), Usage());
 }
 
 TEST_F(HiddenProcessesTest, CreditsTheChildOfAHiddenProcessWithItsLastStretch) {
@@ -152,8 +152,8 @@ TEST_F(HiddenProcessesTest, CreditsTheChildOfAHiddenProcessWithItsLastStretch) {
   kernel.endAndReap(worker);
   kernel.endAndReap(sudo);
   pass();
-  EXPECT_EQ(counted["worker"].time, 60u);
-  EXPECT_EQ(counted["sh"].time, 0u);
+  EXPECT_EQ(used("worker").time, 60u);
+  EXPECT_EQ(used("sh").time, 0u);
 }
 
 TEST_F(HiddenProcessesTest, CountsAChildOnceIfItsHiddenReaperCanBeReadLater) {
@@ -168,13 +168,13 @@ TEST_F(HiddenProcessesTest, CountsAChildOnceIfItsHiddenReaperCanBeReadLater) {
   // The server may be read now.
   kernel.processes.at(server).hidden = false;
   pass();
-  EXPECT_EQ(counted["worker"], (Usage{50, 500}));
-  EXPECT_EQ(counted["server"], (Usage{3, 30}));
+  EXPECT_EQ(usedAtEnd("worker"), (Usage{50, 500}));
+  EXPECT_EQ(used("server"), (Usage{3, 30}));
   kernel.work(server, 2, 20);
   kernel.endAndReap(server);
   pass();
   pass();
-  EXPECT_EQ(counted["server"], (Usage{5, 50}));
+  EXPECT_EQ(usedAtEnd("server"), (Usage{5, 50}));
   EXPECT_EQ(total, (Usage{55, 550}));
 }
 

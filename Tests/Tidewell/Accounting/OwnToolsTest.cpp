@@ -94,7 +94,7 @@ TEST_F(OwnToolsTest, TheTimeOfTheProgramItselfCounts) {
   kernel.work(tool, 5, 50);
   kernel.endAndReap(tool);
   pass();
-  EXPECT_EQ(counted["program"].time, 3U);
+  EXPECT_EQ(used("program").time, 3U);
 }
 
 // A shell may start a job and then become the program by an exec. So the program has a child.
@@ -103,11 +103,11 @@ TEST_F(OwnToolsTest, AChildThatIsOlderThanTheFirstPassIsNoTool) {
   const auto job = kernel.spawn(program, "/bin/job");
   kernel.work(job, 3, 30);
   pass();
-  EXPECT_EQ(counted["job"], (Usage{3, 30}));
+  EXPECT_EQ(used("job"), (Usage{3, 30}));
   kernel.work(job, 1, 10);
   kernel.endAndReap(job);
   pass();
-  EXPECT_EQ(counted["job"], (Usage{4, 40})) << "with its last stretch";
+  EXPECT_EQ(used("job"), (Usage{4, 40})) << "with its last stretch";
 }
 
 class OwnToolsOfTheFirstProcess : public ConservedTable {
@@ -123,7 +123,7 @@ TEST_F(OwnToolsOfTheFirstProcess, AnOrphanIsNoTool) {
   kernel.work(job, 3, 30);
   kernel.endAndReap(shell);
   pass();
-  EXPECT_EQ(counted["job"], (Usage{3, 30}));
+  EXPECT_EQ(used("job"), (Usage{3, 30}));
 }
 
 }  // namespace
