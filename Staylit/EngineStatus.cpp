@@ -28,6 +28,14 @@ std::string summaryOf(const EngineStatus::Paused&) {
   return "Paused";
 }
 
+struct CaseName {
+  std::string_view operator()(const EngineStatus::Holding&) const { return "holding"; }
+  std::string_view operator()(const EngineStatus::Winding&) const { return "winding"; }
+  std::string_view operator()(const EngineStatus::Blocked&) const { return "blocked"; }
+  std::string_view operator()(const EngineStatus::Idle&) const { return "idle"; }
+  std::string_view operator()(const EngineStatus::Paused&) const { return "paused"; }
+};
+
 }  // namespace
 
 bool EngineStatus::isSameState(const EngineStatus& other) const {
@@ -37,6 +45,10 @@ bool EngineStatus::isSameState(const EngineStatus& other) const {
   if (!mine || !theirs) return *this == other;
   return mine->names.size() == theirs->names.size() &&
          std::is_permutation(mine->names.begin(), mine->names.end(), theirs->names.begin());
+}
+
+std::string_view EngineStatus::name() const {
+  return std::visit(CaseName(), value);
 }
 
 std::string EngineStatus::summary() const {

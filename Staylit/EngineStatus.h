@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <variant>
 #include <vector>
@@ -44,6 +45,8 @@ struct EngineStatus {
   static EngineStatus idle() { return {Idle{}}; }
   static EngineStatus paused() { return {Paused{}}; }
 
+  /// The case as programs read it: "holding", "winding", "blocked", "idle" or "paused".
+  [[nodiscard]] std::string_view name() const;
   /// The status in one line for people: "Awake for Xcode +2 more".
   [[nodiscard]] std::string summary() const;
 

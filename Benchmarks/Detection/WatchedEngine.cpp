@@ -1,15 +1,6 @@
 #include "Benchmarks/Detection/WatchedEngine.h"
 
-#include <array>
-#include <string_view>
-
 namespace {
-
-std::string_view nameOf(const staylit::EngineStatus& status) {
-  constexpr std::array<std::string_view, 5> names{"holding", "winding", "blocked", "idle",
-                                                  "paused"};
-  return names.at(status.value.index());
-}
 
 double secondsSince(WatchedEngine::SteadyTime origin, WatchedEngine::SteadyTime at) {
   return tidewell::Seconds(at - origin).count();
@@ -30,7 +21,7 @@ void writeApps(JsonWriter& json, const std::vector<tidewell::BusyApp>& apps) {
 }  // namespace
 
 WatchedEngine::WatchedEngine(tidewell::Ports& ports) : engine_(withRecorder(ports)) {
-  // The status is what a tick assigns last.
+  // The status is what a tick assigns last, so all else that a tick decides is known by then.
   subscription_ =
       engine_.status().observe([this](const staylit::EngineStatus& status) { record(status); });
 }
@@ -62,7 +53,7 @@ void WatchedEngine::write(JsonWriter& json, SteadyTime origin) const {
   json.beginObject().key("ticks").beginArray();
   for (const Tick& tick : ticks_) {
     json.beginObject().key("at").number(secondsSince(origin, tick.at));
-    json.key("status").text(nameOf(tick.status)).key("held").boolean(tick.isHolding);
+    json.key("status").text(tick.status.name()).key("held").boolean(tick.isHolding);
     json.key("busy");
     writeApps(json, tick.busy);
     json.key("seen");

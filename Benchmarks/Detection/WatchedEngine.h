@@ -46,6 +46,7 @@ class WatchedEngine {
   tidewell::Ports& withRecorder(tidewell::Ports& ports);
   void record(const staylit::EngineStatus& status);
 
+  /// Before the engine, which is made with it.
   std::shared_ptr<RecordingPower> power_ = std::make_shared<RecordingPower>();
   std::vector<Tick> ticks_;
   staylit::StaylitEngine engine_;

@@ -2,8 +2,6 @@
 #include <cstdint>
 #include <cstdio>
 #include <string>
-#include <string_view>
-#include <variant>
 
 #include "Benchmarks/Detection/JsonWriter.h"
 #include "Benchmarks/Timeline/Scene.h"
@@ -14,9 +12,11 @@
 
 namespace {
 
-constexpr int kTick = 2;
-/// The engine starts that long before the picture begins: longer than its first grace period.
-constexpr int kBefore = 140;
+/// The time between two looks of the engine, as in the program.
+constexpr int kTickSeconds = 2;
+/// The engine starts that long before the first second of the scene: longer than the grace period,
+/// with which the engine begins.
+constexpr int kSecondsBefore = 140;
 constexpr std::uint64_t kNanosPerPercentSecond = 10'000'000;
 constexpr std::int32_t kAskingPid = 90;
 
@@ -37,12 +37,12 @@ class Machine {
   staylit::StaylitEngine& engine() { return engine_; }
   [[nodiscard]] bool isHeld() const { return !fakes_.power.live.empty(); }
 
-  /// Lets the time go on from `from` to `from + kTick`, and the engine look.
+  /// Lets the time go on from `from` to `from + kTickSeconds`, and the engine look.
   void advance(int from) {
-    for (int second = from; second < from + kTick; ++second)
+    for (int second = from; second < from + kTickSeconds; ++second)
       work(second);
-    fakes_.clock.advance(tidewell::Seconds(kTick));
-    settle(from + kTick);
+    fakes_.clock.advance(tidewell::Seconds(kTickSeconds));
+    setSurroundings(from + kTickSeconds);
     engine_.tick();
   }
 
@@ -55,8 +55,8 @@ class Machine {
     }
   }
 
-  /// What stands still until the next look.
-  void settle(int second) {
+  /// Sets who asks to stay awake, and the battery, as they are at `second`.
+  void setSurroundings(int second) {
     fakes_.assertions.holders.clear();
     if (scene::kAsking.contains(second)) {
       fakes_.assertions.hold(kAskingPid, "PreventUserIdleSystemSleep");
@@ -69,15 +69,10 @@ class Machine {
   staylit::StaylitEngine engine_{fakes_.ports};
 };
 
-std::string_view nameOf(const staylit::EngineStatus& status) {
-  constexpr std::string_view names[] = {"holding", "winding", "blocked", "idle", "paused"};
-  return names[status.value.index()];
-}
-
 void writeTick(JsonWriter& json, int second, Machine& machine) {
   staylit::StaylitEngine& engine = machine.engine();
   json.beginObject().key("at").number(second);
-  json.key("status").text(nameOf(engine.status().get()));
+  json.key("status").text(engine.status().get().name());
   json.key("summary").text(engine.status().get().summary());
   json.key("held").boolean(machine.isHeld());
   json.key("onBattery").boolean(!engine.powerState().get().onAC);
@@ -114,15 +109,16 @@ int main() {
   Machine machine;
   JsonWriter json;
   json.beginObject();
+  // These are the settings of `machine`.
   const tidewell::ActivityThresholds thresholds = staylit::Prefs::shared().activityThresholds();
   json.key("sustain").number(static_cast<double>(thresholds.sustainSeconds));
   writePrograms(json, thresholds.cpuPercent);
   json.key("ticks").beginArray();
-  for (int second = -kBefore; second < scene::kEnd; second += kTick) {
+  for (int second = -kSecondsBefore; second < scene::kEnd; second += kTickSeconds) {
     machine.advance(second);
-    if (second + kTick >= 0) writeTick(json, second + kTick, machine);
+    if (second + kTickSeconds >= 0) writeTick(json, second + kTickSeconds, machine);
   }
   json.endArray().endObject();
   std::printf("%s\n", json.document().c_str());
-  return 0;
+  return std::fflush(stdout) == 0 ? 0 : 1;
 }

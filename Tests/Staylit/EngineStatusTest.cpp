@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
+#include <vector>
+
 #include "Tests/Staylit/StatusPrinter.h"
 
 namespace staylit {
@@ -37,6 +40,14 @@ TEST(EngineStatus, SumsUpPaused) {
   EXPECT_EQ(EngineStatus::paused().summary(), "Paused");
 }
 
+TEST(EngineStatus, TellsProgramsTheCaseByName) {
+  EXPECT_EQ(EngineStatus::holding({"Xcode"}).name(), "holding");
+  EXPECT_EQ(EngineStatus::winding(45).name(), "winding");
+  EXPECT_EQ(EngineStatus::blocked("battery below 20%").name(), "blocked");
+  EXPECT_EQ(EngineStatus::idle().name(), "idle");
+  EXPECT_EQ(EngineStatus::paused().name(), "paused");
+}
+
 TEST(EngineStatus, EqualsTheSameCaseWithTheSamePayload) {
   EXPECT_EQ(EngineStatus::holding({"A", "B"}), EngineStatus::holding({"A", "B"}));
   EXPECT_EQ(EngineStatus::winding(3), EngineStatus::winding(3));
@@ -54,9 +65,13 @@ TEST(EngineStatus, DiffersWithAnyOtherPayload) {
 }
 
 TEST(EngineStatus, DiffersInAnotherCase) {
-  EXPECT_NE(EngineStatus::idle(), EngineStatus::paused());
-  EXPECT_NE(EngineStatus::holding({}), EngineStatus::idle());
-  EXPECT_NE(EngineStatus::winding(0), EngineStatus::idle());
+  const std::vector<EngineStatus> cases{EngineStatus::holding({}), EngineStatus::winding(0),
+                                        EngineStatus::blocked(""), EngineStatus::idle(),
+                                        EngineStatus::paused()};
+  for (std::size_t one = 0; one < cases.size(); ++one) {
+    for (std::size_t other = 0; other < cases.size(); ++other)
+      EXPECT_EQ(cases[one] == cases[other], one == other) << one << " and " << other;
+  }
 }
 
 TEST(EngineStatus, IsTheSameStateWhateverItsCountdownAndTheOrderOfItsNames) {
