@@ -23,7 +23,7 @@ Windowing::Windowing(platform::EventLoop& loop, platform::Bus& sessionBus)
 
 WindowKit* Windowing::kit(std::function<void()> again) {
   if (kit_) return kit_.get();
-  again_ = std::move(again);
+  waiting_.push_back(std::move(again));
   if (!trial_) tryDisplay();
   return nullptr;
 }
@@ -80,14 +80,15 @@ void Windowing::makeKit(const std::string& platform) {
     return tried({});
   }
   loop_.handOver();
-  if (const auto again = std::exchange(again_, nullptr)) again();
+  for (const auto& again : std::exchange(waiting_, {}))
+    again();
 }
 
 void Windowing::cannotShow(const std::string& why, const std::string& remedy) {
   const std::string text = "Staylit cannot show a window: " + why;
   if (lastLogged_ != why) tidewell::Log::error(text + ". " + remedy);
   lastLogged_ = why;
-  again_ = nullptr;
+  waiting_.clear();
   showNotification(sessionBus_, {text, remedy});
 }
 

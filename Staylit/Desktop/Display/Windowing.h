@@ -4,6 +4,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "Platform/Linux/Bus/Bus.h"
 #include "Platform/Linux/Loop/EventLoop.h"
@@ -15,19 +16,20 @@ namespace staylit {
 
 /// Loads the windows module when a window is first wanted.
 ///
-/// A display never makes the loop wait, because another process tries it first. Where no window can
-/// be shown, a desktop notification tells the user why at each attempt, and a line in the log tells
-/// each reason once. Main thread only; both arguments must outlive it.
+/// Another process tries the display before the windows are loaded, because a display that does not
+/// answer blocks whoever connects to it. Where no window can be shown, a desktop notification tells
+/// the user why at each attempt, and the log tells the reason unless it is the same as the last
+/// time. Main thread only; both arguments must outlive it.
 class Windowing {
  public:
   Windowing(platform::EventLoop& loop, platform::Bus& sessionBus);
   Windowing(const Windowing&) = delete;
   Windowing& operator=(const Windowing&) = delete;
 
-  /// The kit, or null while there is none. In that case this call begins to make the kit, and the
-  /// loop calls `again` once it is there. When several callers wait, only the last one's `again` is
-  /// called. Where no window can be shown, `again` is not called, and the user is told why, now or
-  /// as soon as it is known. The kit drives the loop from the loop's next run on.
+  /// The kit, which makes all windows; null while there is none. In that case this call begins to
+  /// make the kit, and the loop calls each caller's `again` once the kit is there, in the order of
+  /// the calls. Where no window can be shown, no `again` is called, and the user is told why, now
+  /// or as soon as it is known. What `again` refers to must live until then, or as long as this.
   WindowKit* kit(std::function<void()> again);
   /// Null until the kit is made.
   WindowKit* kitIfAny() { return kit_.get(); }
@@ -41,12 +43,13 @@ class Windowing {
   platform::EventLoop& loop_;
   platform::Bus& sessionBus_;
   std::unique_ptr<DisplayTrial> trial_;
-  std::function<void()> again_;
-  /// Destroyed after the kit, because a display may also block the kit's end.
+  std::vector<std::function<void()>> waiting_;  ///< For the kit; empty once there is one.
+  /// Lets the program end although a display blocks its main thread. Destroyed after the kit,
+  /// because a display may also block the kit's end.
   std::optional<LoopGuard> guard_;
   std::unique_ptr<WindowKit> kit_;
-  std::string lastLogged_;
-  std::string lastReason_;
+  std::string lastLogged_;  ///< What the user was told last.
+  std::string lastReason_;  ///< The last reason that the trial gave.
 };
 
 }  // namespace staylit
