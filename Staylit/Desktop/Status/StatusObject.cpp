@@ -2,6 +2,7 @@
 
 #include <array>
 #include <string>
+#include <vector>
 
 #include "Staylit/Desktop/Status/StatusMessages.h"
 #include "Tidewell/ForeignText.h"
@@ -10,8 +11,8 @@ namespace staylit {
 namespace {
 
 /// Those of which the table says that their changes are told.
-constexpr std::array<const char*, 9> kTold = {
-    "State", "Held", "Reason", "Since", "Names", "OnAC", "HasBattery", "LowPowerMode", nullptr};
+constexpr std::array<const char*, 8> kTold = {"State", "Held", "Reason",     "Since",
+                                              "Names", "OnAC", "HasBattery", "LowPowerMode"};
 
 }  // namespace
 
@@ -44,7 +45,7 @@ StatusObject::StatusObject(platform::Bus& bus, StatusReporter& reporter)
 
 void StatusObject::announce() {
   const StatusReport report = reporter_.report();
-  object_.emitPropertiesChanged(kTold.data());
+  object_.emitPropertiesChanged(std::vector<const char*>(kTold.begin(), kTold.end()));
   object_.emit(StatusInterface::kChanged, [&report](sd_bus_message* signal) {
     return sd_bus_message_append(signal, "ss", std::string(nameOf(report.state)).c_str(),
                                  tidewell::cleaned(report.summary).c_str());

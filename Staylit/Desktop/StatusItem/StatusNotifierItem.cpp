@@ -116,8 +116,7 @@ void StatusNotifierItem::announce(const StatusItemAppearance& former) {
     object_.emit("NewToolTip");
     changed.push_back("ToolTip");
   }
-  changed.push_back(nullptr);
-  object_.emitPropertiesChanged(changed.data());
+  object_.emitPropertiesChanged(std::move(changed));
 }
 
 std::string StatusNotifierItem::iconName() const {
