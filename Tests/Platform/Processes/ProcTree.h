@@ -1,26 +1,30 @@
 #pragma once
 
+#include <cerrno>
 #include <cstdint>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <map>
 #include <optional>
+#include <stdexcept>
 #include <string>
+#include <system_error>
 
 #include "Platform/Linux/Proc/CpuClock.h"
 
 namespace platform {
 
 /// A folder with the layout of `/proc`, and the CPU clocks for its processes. It is removed at the
-/// end.
+/// end. One thread only. Throws when a file cannot be written.
 class ProcTree : public CpuClock {
  public:
   struct Process {
     std::int32_t pid = 0;
     std::string exe;  ///< Empty for a kernel thread.
     std::string comm = "program";
-    std::uint64_t cpu = 0;
+    std::uint64_t cpuTicks = 0;        ///< In the file `stat`.
+    std::uint64_t cpuNanoseconds = 0;  ///< On the clock.
     std::uint64_t readBytes = 0;
     std::uint64_t writtenBytes = 0;
     std::uint64_t start = 1000;
@@ -34,10 +38,14 @@ class ProcTree : public CpuClock {
 
   ProcTree() {
     std::string pattern = (std::filesystem::temp_directory_path() / "proc-XXXXXX").string();
-    root_ = mkdtemp(pattern.data());
-    setNewest(0);
+    if (!mkdtemp(pattern.data())) throw std::system_error(errno, std::generic_category(), pattern);
+    root_ = pattern;
+    setNewestPid(0);
   }
-  ~ProcTree() override { std::filesystem::remove_all(root_); }
+  ~ProcTree() override {
+    std::error_code ignored;
+    std::filesystem::remove_all(root_, ignored);
+  }
   ProcTree(const ProcTree&) = delete;
   ProcTree& operator=(const ProcTree&) = delete;
 
@@ -59,7 +67,7 @@ class ProcTree : public CpuClock {
           std::to_string(process.pid) + " (" + process.comm + ") " + process.state + " " +
               std::to_string(process.parent) + " 1 " + std::to_string(process.session) + " " +
               std::to_string(process.terminal) + " -1 4194304 1 2 3 4 " +
-              std::to_string(process.cpu) + " 0 " + std::to_string(process.reapedTicks) +
+              std::to_string(process.cpuTicks) + " 0 " + std::to_string(process.reapedTicks) +
               " 0 20 0 1 0 " + std::to_string(process.start) + " 1 1 1\n");
     write(folder / "comm", process.comm + "\n");
     write(folder / "cgroup", process.cgroup);
@@ -67,7 +75,7 @@ class ProcTree : public CpuClock {
                              std::to_string(process.readBytes) +
                              "\nwrite_bytes: " + std::to_string(process.writtenBytes) +
                              "\ncancelled_write_bytes: 77\n");
-    clocks_[process.pid] = process.cpu;
+    clocks_[process.pid] = process.cpuNanoseconds;
   }
 
   void end(std::int32_t pid) {
@@ -86,7 +94,7 @@ class ProcTree : public CpuClock {
   }
 
   void setClock(std::int32_t pid, std::uint64_t nanoseconds) { clocks_[pid] = nanoseconds; }
-  void setNewest(std::int32_t pid) {
+  void setNewestPid(std::int32_t pid) {
     write(root_ / "loadavg", "0.00 0.01 0.05 1/80 " + std::to_string(pid) + "\n");
   }
   void setClocksWork(bool work) { clocksWork_ = work; }
@@ -94,6 +102,7 @@ class ProcTree : public CpuClock {
 
   std::optional<std::uint64_t> nanoseconds(std::int32_t pid) override {
     ++clockReadings_;
+    if (!clocksWork_) return std::nullopt;
     const auto found = clocks_.find(pid);
     return found == clocks_.end() ? std::nullopt : std::optional(found->second);
   }
@@ -101,7 +110,8 @@ class ProcTree : public CpuClock {
 
  private:
   static void write(const std::filesystem::path& file, const std::string& content) {
-    std::ofstream(file, std::ios::binary) << content;
+    std::ofstream stream(file, std::ios::binary);
+    if (!(stream << content).flush()) throw std::runtime_error("cannot write " + file.string());
   }
 
   std::filesystem::path root_;

@@ -72,9 +72,10 @@ class ProcessTrackerTest : public ::testing::Test {
 };
 
 TEST_F(ProcessTrackerTest, FindsEveryProcessInTheFirstPass) {
-  tree.put({.pid = 30, .exe = "/usr/bin/b", .cpu = 5, .readBytes = 1, .writtenBytes = 2});
+  tree.put(
+      {.pid = 30, .exe = "/usr/bin/b", .cpuNanoseconds = 5, .readBytes = 1, .writtenBytes = 2});
   tree.put({.pid = 4, .exe = "/usr/bin/a"});
-  tree.setNewest(30);
+  tree.setNewestPid(30);
   tracker().refresh();
   EXPECT_EQ(pids(), (std::vector{4, 30}));
   EXPECT_EQ(process(30).path, "/usr/bin/b");
@@ -85,19 +86,19 @@ TEST_F(ProcessTrackerTest, FindsEveryProcessInTheFirstPass) {
 
 TEST_F(ProcessTrackerTest, FindsANewProcessByTheNewestIdentifierWithoutListingTheFolder) {
   tree.put({.pid = 4, .exe = "/usr/bin/a"});
-  tree.setNewest(4);
+  tree.setNewestPid(4);
   tracker().refresh();
   tree.put({.pid = 9, .exe = "/usr/bin/b"});
   // According to `loadavg` the kernel has not given out this pid, so only a listing can find it.
   tree.put({.pid = 50, .exe = "/usr/bin/c"});
-  tree.setNewest(10);
+  tree.setNewestPid(10);
   tracker().refresh();
   EXPECT_EQ(pids(), (std::vector{4, 9}));
 }
 
 TEST_F(ProcessTrackerTest, ListsTheFolderAfterHalfAMinute) {
   tree.put({.pid = 4, .exe = "/usr/bin/a"});
-  tree.setNewest(4);
+  tree.setNewestPid(4);
   tracker().refresh();
   tree.put({.pid = 50, .exe = "/usr/bin/c"});
   now += 29s;
@@ -111,10 +112,10 @@ TEST_F(ProcessTrackerTest, ListsTheFolderAfterHalfAMinute) {
 
 TEST_F(ProcessTrackerTest, ListsTheFolderWhenTheIdentifiersBeganAgain) {
   tree.put({.pid = 4000, .exe = "/usr/bin/a"});
-  tree.setNewest(4000);
+  tree.setNewestPid(4000);
   tracker().refresh();
   tree.put({.pid = 7, .exe = "/usr/bin/b"});
-  tree.setNewest(7);
+  tree.setNewestPid(7);
   tracker().refresh();
   EXPECT_EQ(pids(), (std::vector{7, 4000}));
 }
@@ -122,7 +123,7 @@ TEST_F(ProcessTrackerTest, ListsTheFolderWhenTheIdentifiersBeganAgain) {
 TEST_F(ProcessTrackerTest, DropsAProcessWhoseClockIsGone) {
   tree.put({.pid = 4, .exe = "/usr/bin/a"});
   tree.put({.pid = 5, .exe = "/usr/bin/b"});
-  tree.setNewest(5);
+  tree.setNewestPid(5);
   tracker().refresh();
   tree.end(4);
   tracker().refresh();
@@ -131,8 +132,8 @@ TEST_F(ProcessTrackerTest, DropsAProcessWhoseClockIsGone) {
 }
 
 TEST_F(ProcessTrackerTest, DoesNotReadTheFilesOfAProcessThatDidNotRun) {
-  tree.put({.pid = 4, .exe = "/usr/bin/a", .cpu = 10, .readBytes = 100});
-  tree.setNewest(4);
+  tree.put({.pid = 4, .exe = "/usr/bin/a", .cpuNanoseconds = 10, .readBytes = 100});
+  tree.setNewestPid(4);
   tracker().refresh();
   tracker().refresh();
   // From here on every pass would notice a changed file.
@@ -148,7 +149,7 @@ TEST_F(ProcessTrackerTest, DoesNotReadTheFilesOfAProcessThatDidNotRun) {
 TEST_F(ProcessTrackerTest, ReadsTheClockOfAQuietProcessOnce) {
   for (int pid = 10; pid < 20; ++pid)
     tree.put({.pid = pid, .exe = "/usr/bin/a"});
-  tree.setNewest(20);
+  tree.setNewestPid(20);
   tracker().refresh();
   tracker().refresh();
   const int before = tree.clockReadings();
@@ -157,22 +158,22 @@ TEST_F(ProcessTrackerTest, ReadsTheClockOfAQuietProcessOnce) {
 }
 
 TEST_F(ProcessTrackerTest, ReadsTheNameAgainWhenTheCommChanged) {
-  tree.put({.pid = 4, .exe = "/usr/bin/sh", .comm = "sh", .cpu = 1});
-  tree.setNewest(4);
+  tree.put({.pid = 4, .exe = "/usr/bin/sh", .comm = "sh", .cpuNanoseconds = 1});
+  tree.setNewestPid(4);
   tracker().refresh();
   tracker().refresh();
-  tree.put({.pid = 4, .exe = "/usr/bin/ffmpeg", .comm = "ffmpeg", .cpu = 2});
+  tree.put({.pid = 4, .exe = "/usr/bin/ffmpeg", .comm = "ffmpeg", .cpuNanoseconds = 2});
   tracker().refresh();
   EXPECT_EQ(process(4).path, "/usr/bin/ffmpeg");
 }
 
 TEST_F(ProcessTrackerTest, SoonNoticesAProgramThatWasReplacedUnderTheSameComm) {
-  tree.put({.pid = 4, .exe = "/opt/old/tool", .comm = "tool", .cpu = 1});
-  tree.setNewest(4);
+  tree.put({.pid = 4, .exe = "/opt/old/tool", .comm = "tool", .cpuNanoseconds = 1});
+  tree.setNewestPid(4);
   tracker().refresh();
   tracker().refresh();
   for (std::uint64_t cpu = 2; cpu < 12; ++cpu) {
-    tree.put({.pid = 4, .exe = "/opt/new/tool", .comm = "tool", .cpu = cpu});
+    tree.put({.pid = 4, .exe = "/opt/new/tool", .comm = "tool", .cpuNanoseconds = cpu});
     tracker().refresh();
   }
   EXPECT_EQ(process(4).path, "/opt/new/tool");
@@ -180,7 +181,7 @@ TEST_F(ProcessTrackerTest, SoonNoticesAProgramThatWasReplacedUnderTheSameComm) {
 
 TEST_F(ProcessTrackerTest, LooksAtTheUnitOfANewProcessOnASecondPass) {
   tree.put({.pid = 4, .exe = "/usr/bin/a", .cgroup = "0::/session.scope\n"});
-  tree.setNewest(4);
+  tree.setNewestPid(4);
   tracker().refresh();
   EXPECT_EQ(process(4).application, nullptr);
   tree.setFile(4, "cgroup", "0::/app-player\n");
@@ -193,7 +194,7 @@ TEST_F(ProcessTrackerTest, LooksOnlyOnceAtAnOldProcess) {
   uptimeTicks = 1000 + static_cast<std::uint64_t>(10 * sysconf(_SC_CLK_TCK));
   tree.put({.pid = 4, .exe = "/usr/bin/a", .start = 999});
   tree.put({.pid = 5, .exe = "/usr/bin/b", .start = 1000});
-  tree.setNewest(5);
+  tree.setNewestPid(5);
   tracker().refresh();
   const std::uint32_t first = process(4).programVersion;
   const std::uint32_t second = process(5).programVersion;
@@ -209,7 +210,7 @@ TEST_F(ProcessTrackerTest, GivesTheResolverTheFactsOfAProcess) {
             .cgroup = "0::/x\n",
             .session = 31,
             .terminal = 34816});
-  tree.setNewest(4);
+  tree.setNewestPid(4);
   tracker().refresh();
   EXPECT_EQ(units.last.pid, 4);
   EXPECT_EQ(units.last.startTicks, 77u);
@@ -218,11 +219,11 @@ TEST_F(ProcessTrackerTest, GivesTheResolverTheFactsOfAProcess) {
 }
 
 TEST_F(ProcessTrackerTest, TreatsAClockThatRunsBackwardsAsAnotherProcess) {
-  tree.put({.pid = 4, .exe = "/usr/bin/a", .comm = "same", .cpu = 100, .readBytes = 50});
-  tree.setNewest(4);
+  tree.put({.pid = 4, .exe = "/usr/bin/a", .comm = "same", .cpuNanoseconds = 100, .readBytes = 50});
+  tree.setNewestPid(4);
   tracker().refresh();
   tracker().refresh();
-  tree.put({.pid = 4, .exe = "/usr/bin/b", .comm = "same", .cpu = 3, .start = 2000});
+  tree.put({.pid = 4, .exe = "/usr/bin/b", .comm = "same", .cpuNanoseconds = 3, .start = 2000});
   tracker().refresh();
   EXPECT_EQ(process(4).path, "/usr/bin/b");
   EXPECT_EQ(process(4).startTicks, 2000u);
@@ -231,14 +232,14 @@ TEST_F(ProcessTrackerTest, TreatsAClockThatRunsBackwardsAsAnotherProcess) {
 }
 
 TEST_F(ProcessTrackerTest, ReadsAProcessAfreshWhenItsIdentifierWasGivenOutAgain) {
-  tree.put({.pid = 400, .exe = "/usr/bin/a", .comm = "same", .cpu = 100});
+  tree.put({.pid = 400, .exe = "/usr/bin/a", .comm = "same", .cpuNanoseconds = 100});
   tree.put({.pid = 900, .exe = "/usr/bin/z"});
-  tree.setNewest(900);
+  tree.setNewestPid(900);
   tracker().refresh();
   tracker().refresh();
   // The pids began again and passed 400. The new process has used more time than the former one.
-  tree.put({.pid = 400, .exe = "/usr/bin/b", .comm = "same", .cpu = 500, .start = 2000});
-  tree.setNewest(401);
+  tree.put({.pid = 400, .exe = "/usr/bin/b", .comm = "same", .cpuNanoseconds = 500, .start = 2000});
+  tree.setNewestPid(401);
   tracker().refresh();
   EXPECT_EQ(process(400).path, "/usr/bin/b");
   EXPECT_EQ(process(400).cpuTime, 500u);
@@ -246,17 +247,17 @@ TEST_F(ProcessTrackerTest, ReadsAProcessAfreshWhenItsIdentifierWasGivenOutAgain)
 
 TEST_F(ProcessTrackerTest, ListsAKernelThreadButKnowsNothingOfIt) {
   tree.put({.pid = 2, .exe = "", .comm = "kthreadd"});
-  tree.setNewest(2);
+  tree.setNewestPid(2);
   tracker().refresh();
   EXPECT_EQ(process(2).access, Access::withoutProgram);
   EXPECT_TRUE(process(2).path.empty());
 }
 
 TEST_F(ProcessTrackerTest, KeepsTheFactsOfAnEndedProcessUntilItIsReaped) {
-  tree.put({.pid = 4, .exe = "/usr/bin/a", .cpu = 10, .readBytes = 5});
-  tree.setNewest(4);
+  tree.put({.pid = 4, .exe = "/usr/bin/a", .cpuNanoseconds = 10, .readBytes = 5});
+  tree.setNewestPid(4);
   tracker().refresh();
-  tree.put({.pid = 4, .exe = "", .cpu = 12, .readBytes = 5, .state = "Z"});
+  tree.put({.pid = 4, .exe = "", .cpuNanoseconds = 12, .readBytes = 5, .state = "Z"});
   tracker().refresh();
   EXPECT_EQ(process(4).access, Access::readable);
   EXPECT_EQ(process(4).path, "/usr/bin/a");
@@ -267,7 +268,7 @@ TEST_F(ProcessTrackerTest, SkipsAProcessThatVanishesWhileItIsRead) {
   tree.put({.pid = 4, .exe = "/usr/bin/a"});
   tree.put({.pid = 5, .exe = "/usr/bin/b"});
   tree.setFile(5, "stat", std::nullopt);
-  tree.setNewest(5);
+  tree.setNewestPid(5);
   tracker().refresh();
   EXPECT_EQ(pids(), (std::vector{4}));
 }
@@ -275,7 +276,7 @@ TEST_F(ProcessTrackerTest, SkipsAProcessThatVanishesWhileItIsRead) {
 TEST_F(ProcessTrackerTest, CountsNoTrafficWhenTheKernelKeepsNoCounters) {
   tree.put({.pid = 4, .exe = "/usr/bin/a"});
   tree.setFile(4, "io", "");
-  tree.setNewest(4);
+  tree.setNewestPid(4);
   tracker().refresh();
   EXPECT_EQ(process(4).access, Access::readable);
   EXPECT_EQ(process(4).io.readBytes, 0u);
@@ -283,12 +284,12 @@ TEST_F(ProcessTrackerTest, CountsNoTrafficWhenTheKernelKeepsNoCounters) {
 
 TEST_F(ProcessTrackerTest, ReadsTheStatFilesWhenClocksAreRefused) {
   tree.setClocksWork(false);
-  tree.put({.pid = 4, .exe = "/usr/bin/a", .cpu = 7});
-  tree.setNewest(4);
+  tree.put({.pid = 4, .exe = "/usr/bin/a", .cpuTicks = 7});
+  tree.setNewestPid(4);
   tracker().refresh();
   EXPECT_EQ(process(4).cpuTime, 7u);
   EXPECT_EQ(tree.clockReadings(), 0);
-  tree.put({.pid = 4, .exe = "/usr/bin/a", .cpu = 9, .readBytes = 3});
+  tree.put({.pid = 4, .exe = "/usr/bin/a", .cpuTicks = 9, .readBytes = 3});
   tree.put({.pid = 2, .exe = "/usr/bin/b"});
   tracker().refresh();
   EXPECT_EQ(process(4).cpuTime, 9u);
@@ -312,10 +313,10 @@ TEST_F(ProcessTrackerTest, MakesOnePassForASnapshotOfTheTable) {
     return std::vector(all.begin(), all.end());
   };
   tree.put({.pid = 4, .exe = "/usr/bin/a"});
-  tree.setNewest(4);
+  tree.setNewestPid(4);
   EXPECT_EQ(listed(), (std::vector{4}));
   tree.put({.pid = 5, .exe = "/usr/bin/a"});
-  tree.setNewest(5);
+  tree.setNewestPid(5);
   EXPECT_EQ(table.path(4), "/usr/bin/a");
   EXPECT_EQ(table.path(5), "") << "until the next snapshot";
   EXPECT_EQ(listed(), (std::vector{4, 5}));
@@ -324,32 +325,32 @@ TEST_F(ProcessTrackerTest, MakesOnePassForASnapshotOfTheTable) {
 TEST_F(ProcessTrackerTest, AsksAParentForWhatItsChildrenUsed) {
   tree.put({.pid = 4, .exe = "/usr/bin/make"});
   tree.put({.pid = 9, .exe = "/usr/bin/cc", .parent = 4});
-  tree.setNewest(9);
+  tree.setNewestPid(9);
   tracker().refresh();
   tracker().refresh();
   tree.end(9);
-  tree.put({.pid = 4, .exe = "/usr/bin/make", .cpu = 1, .reapedTicks = 70});
+  tree.put({.pid = 4, .exe = "/usr/bin/make", .cpuNanoseconds = 1, .reapedTicks = 70});
   tracker().refresh();
   EXPECT_EQ(process(4).reapedTicks, 70u);
-  tree.update({.pid = 4, .exe = "/usr/bin/make", .cpu = 2, .reapedTicks = 90});
+  tree.update({.pid = 4, .exe = "/usr/bin/make", .cpuNanoseconds = 2, .reapedTicks = 90});
   tracker().refresh();
   EXPECT_EQ(process(4).reapedTicks, 90u) << "also once its file is kept open";
 }
 
 TEST_F(ProcessTrackerTest, FindsTheReapedTimeOfUnseenChildren) {
   tree.put({.pid = 4, .exe = "/usr/bin/sh"});
-  tree.setNewest(4);
+  tree.setNewestPid(4);
   tracker().refresh();
   tracker().refresh();
-  tree.put({.pid = 4, .exe = "/usr/bin/sh", .cpu = 1, .reapedTicks = 30});
-  tree.setNewest(12);
+  tree.put({.pid = 4, .exe = "/usr/bin/sh", .cpuNanoseconds = 1, .reapedTicks = 30});
+  tree.setNewestPid(12);
   tracker().refresh();
   EXPECT_EQ(process(4).reapedTicks, 30u);
 }
 
 TEST_F(ProcessTrackerTest, AsksNoProcessForChildrenWhileNoneCanHaveBeenBorn) {
   tree.put({.pid = 4, .exe = "/usr/bin/sh"});
-  tree.setNewest(4);
+  tree.setNewestPid(4);
   tracker().refresh();
   tracker().refresh();
   tree.setClock(4, 1);
@@ -363,20 +364,24 @@ TEST_F(ProcessTrackerTest, SweepsManyProcessesInTurn) {
   constexpr std::int32_t kProcesses = 150;
   const auto putAll = [&](std::uint64_t cpu, std::uint64_t reaped) {
     for (std::int32_t pid = 1; pid <= kProcesses; ++pid)
-      tree.put({.pid = pid, .exe = "/usr/bin/sh", .cpu = cpu, .parent = 0, .reapedTicks = reaped});
+      tree.put({.pid = pid,
+                .exe = "/usr/bin/sh",
+                .cpuNanoseconds = cpu,
+                .parent = 0,
+                .reapedTicks = reaped});
   };
   const auto asked = [&] {
     return std::ranges::count_if(tracker().processes(), &TrackedProcess::reaps);
   };
   putAll(0, 0);
-  tree.setNewest(kProcesses);
+  tree.setNewestPid(kProcesses);
   tracker().refresh();
   tracker().refresh();
   EXPECT_EQ(asked(), 0);
   std::vector<std::ptrdiff_t> counts;
   for (std::uint64_t turn = 1; turn <= 3; ++turn) {
     putAll(turn, 5);
-    tree.setNewest(static_cast<std::int32_t>(kProcesses + turn));
+    tree.setNewestPid(static_cast<std::int32_t>(kProcesses + turn));
     tracker().refresh();
     counts.push_back(asked());
   }
@@ -387,7 +392,7 @@ TEST_F(ProcessTrackerTest, LooksForTheNewParentOfAnOrphan) {
   tree.put({.pid = 2, .exe = "/usr/bin/init", .parent = 0});
   tree.put({.pid = 4, .exe = "/usr/bin/make", .parent = 2});
   tree.put({.pid = 9, .exe = "/usr/bin/cc", .parent = 4});
-  tree.setNewest(9);
+  tree.setNewestPid(9);
   tracker().refresh();
   EXPECT_EQ(tracker().parent(9), 4);
   EXPECT_EQ(tracker().parent(2), 0);
@@ -402,7 +407,7 @@ TEST_F(ProcessTrackerTest, TreatsAParentThatIsYoungerThanItsChildAsAnotherProces
   tree.put({.pid = 2, .exe = "/usr/bin/init", .parent = 0});
   tree.put({.pid = 9, .exe = "/usr/bin/cc", .start = 500, .parent = 30});
   tree.put({.pid = 30, .exe = "/usr/bin/other", .start = 900});
-  tree.setNewest(30);
+  tree.setNewestPid(30);
   tracker().refresh();
   tree.put({.pid = 9, .exe = "/usr/bin/cc", .start = 500, .parent = 2});
   EXPECT_EQ(tracker().parent(9), 2);
@@ -410,7 +415,7 @@ TEST_F(ProcessTrackerTest, TreatsAParentThatIsYoungerThanItsChildAsAnotherProces
 
 TEST_F(ProcessTrackerTest, KeepsAProcessThatEndsAfterItsClockWasRead) {
   tree.put({.pid = 4, .exe = "/usr/bin/a", .readBytes = 7});
-  tree.setNewest(4);
+  tree.setNewestPid(4);
   tracker().refresh();
   tracker().refresh();
   tree.end(4);
@@ -448,7 +453,7 @@ TEST_F(ShellNamesTest, AScriptIsKnownByItsOwnName) {
   put({.pid = 5, .exe = "/usr/bin/dash", .comm = "sh", .parent = 0}, "sh build.sh");
   put({.pid = 6, .exe = "/usr/bin/bash", .comm = "bash", .parent = 0}, "-bash");
   put({.pid = 7, .exe = "/bin/busybox", .comm = "sh", .parent = 0}, "sh install");
-  tree.setNewest(7);
+  tree.setNewestPid(7);
   tracker().refresh();
   EXPECT_EQ(process(4).path, "/usr/bin/nightly-backup.sh");
   EXPECT_EQ(process(5).path, "/usr/bin/build.sh");
@@ -462,7 +467,7 @@ TEST_F(ShellNamesTest, ACommandGoesByTheNameOfTheProcessThatRunsIt) {
   put({.pid = 6, .exe = "/usr/bin/dash", .comm = "sh", .parent = 5}, "/bin/sh -c cc");
   put({.pid = 7, .exe = "/usr/bin/dash", .comm = "sh", .parent = 99}, "/bin/sh -c cc");
   put({.pid = 8, .exe = "/usr/bin/dash", .comm = "sh", .session = 8, .parent = 4}, "/bin/sh -c cc");
-  tree.setNewest(8);
+  tree.setNewestPid(8);
   tracker().refresh();
   EXPECT_EQ(process(5).path, "/usr/bin/make");
   EXPECT_EQ(process(6).path, "/usr/bin/make");
@@ -473,7 +478,7 @@ TEST_F(ShellNamesTest, ACommandGoesByTheNameOfTheProcessThatRunsIt) {
 TEST_F(ShellNamesTest, TheFirstWordOfAProcessTitleIsEnough) {
   tree.put({.pid = 4, .exe = "/usr/bin/node", .comm = "npm run build", .parent = 0});
   tree.put({.pid = 5, .exe = "/usr/bin/node", .comm = "my server", .parent = 0});
-  tree.setNewest(5);
+  tree.setNewestPid(5);
   tracker().refresh();
   EXPECT_EQ(process(4).path, "/usr/bin/npm");
   EXPECT_EQ(process(5).path, "/usr/bin/node");
