@@ -36,8 +36,9 @@ class Defaults {
   virtual void setBoolean(std::string_view key, bool value) = 0;
   virtual void setStringList(std::string_view key, const std::vector<std::string>& value) = 0;
 
-  /// Call it before the program ends. Waits until everything that was set is on the disk, for some
-  /// seconds at most. Values that are not on the disk by then are lost, and the log says so.
+  /// Call it before the program ends. Waits, for some seconds at most, until everything that was
+  /// set is on the disk, or with a process of the system that writes it after this program's end.
+  /// Other values are lost, and the log says so.
   virtual void finishWriting() = 0;
 };
 

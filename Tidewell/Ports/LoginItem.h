@@ -8,11 +8,13 @@ namespace tidewell {
 /// The program's own entry among what the system starts when the user logs in. Main thread only.
 class LoginItem {
  public:
+  /// Why something failed, for people to read; absent on success.
+  using Failure = std::optional<std::string>;
+
   virtual ~LoginItem() = default;
-  /// Both return why it failed, for people to read; absent on success. An entry that is already
-  /// there, or already gone, is a success.
-  virtual std::optional<std::string> registerItem() = 0;
-  virtual std::optional<std::string> unregisterItem() = 0;
+  /// For both, an entry that is already there, or already gone, is a success.
+  virtual Failure registerItem() = 0;
+  virtual Failure unregisterItem() = 0;
 };
 
 }  // namespace tidewell

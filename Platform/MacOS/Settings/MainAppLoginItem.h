@@ -1,8 +1,5 @@
 #pragma once
 
-#include <optional>
-#include <string>
-
 #include "Tidewell/Ports/LoginItem.h"
 
 namespace platform {
@@ -10,8 +7,8 @@ namespace platform {
 /// The application's own entry in the list of login items in System Settings.
 class MainAppLoginItem final : public tidewell::LoginItem {
  public:
-  std::optional<std::string> registerItem() override;
-  std::optional<std::string> unregisterItem() override;
+  Failure registerItem() override;
+  Failure unregisterItem() override;
 };
 
 }  // namespace platform

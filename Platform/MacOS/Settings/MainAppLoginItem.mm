@@ -18,7 +18,7 @@ bool isGone(SMAppService* service) {
 // The present state decides, not only the answer: for the system a second request of the same kind
 // is an error.
 
-std::optional<std::string> MainAppLoginItem::registerItem() {
+tidewell::LoginItem::Failure MainAppLoginItem::registerItem() {
   @autoreleasepool {
     SMAppService* service = SMAppService.mainAppService;
     NSError* error = nil;
@@ -28,7 +28,7 @@ std::optional<std::string> MainAppLoginItem::registerItem() {
   }
 }
 
-std::optional<std::string> MainAppLoginItem::unregisterItem() {
+tidewell::LoginItem::Failure MainAppLoginItem::unregisterItem() {
   @autoreleasepool {
     SMAppService* service = SMAppService.mainAppService;
     if (isGone(service)) return std::nullopt;

@@ -2,11 +2,18 @@
 
 #import <Foundation/Foundation.h>
 
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
 #include "Tidewell/Ports/Defaults.h"
 
 namespace platform {
 
-/// The user defaults: the application's standard ones unless others are given.
+/// The user defaults: the application's standard ones unless others are given. Keeps a reference to
+/// them.
 class UserDefaultsStore final : public tidewell::Defaults {
  public:
   explicit UserDefaultsStore(NSUserDefaults* store = NSUserDefaults.standardUserDefaults)
@@ -24,7 +31,8 @@ class UserDefaultsStore final : public tidewell::Defaults {
   void setBoolean(std::string_view key, bool value) override;
   void setStringList(std::string_view key, const std::vector<std::string>& value) override;
 
-  /// Hands the new values to the system's own process, which writes them.
+  /// Hands the new values to the system's own process, which writes them. Logs when the system
+  /// says that it failed.
   void finishWriting() override;
 
  private:

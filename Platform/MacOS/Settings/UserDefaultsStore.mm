@@ -1,6 +1,7 @@
 #include "Platform/MacOS/Settings/UserDefaultsStore.h"
 
 #include "Platform/MacOS/Text/NSText.h"
+#include "Tidewell/Log.h"
 
 namespace platform {
 namespace {
@@ -89,7 +90,8 @@ void UserDefaultsStore::setStringList(std::string_view key, const std::vector<st
 
 void UserDefaultsStore::finishWriting() {
   @autoreleasepool {
-    [store_ synchronize];
+    if ([store_ synchronize]) return;
+    tidewell::Log::error("cannot write the settings");
   }
 }
 

@@ -41,13 +41,9 @@ TEST(LitDisplay, LeavesWhatOthersCallTheSame) {
   }
 }
 
-TEST(LitDisplay, IsKnownByTheEndOfAWholeName) {
+TEST(LitDisplay, LeavesNamesThatEndOtherwise) {
   for (const std::string name : {"Prevent sleep while display is on battery", "display is on", ""})
     EXPECT_EQ(leftOf({named(name)}, kDaemon), Assertions{named(name)}) << name;
-}
-
-TEST(LitDisplay, LeavesAssertionsWithoutAName) {
-  EXPECT_EQ(leftOf({named("")}, kDaemon), Assertions{named("")});
 }
 
 TEST(LitDisplay, AsksForTheOwnerOnlyWhereANameFitsAndOnce) {
