@@ -1,8 +1,8 @@
 #include "Staylit/Published.h"
 
 #include <gtest/gtest.h>
-#include <memory>
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -97,7 +97,7 @@ TEST(Published, LetsAnObserverAddAnotherWhileItIsTold) {
   });
   property.set(1);
   property.set(2);
-  EXPECT_EQ(told.back(), 2);
+  EXPECT_EQ(told, Values{2}) << "told from the next assignment on";
 }
 
 TEST(Published, MayBeDestroyedBeforeItsSubscriptions) {
