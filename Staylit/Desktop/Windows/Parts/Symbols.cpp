@@ -11,12 +11,17 @@ QString path(const QString& name) {
   return QStringLiteral(":/staylit/symbols/") + name + QStringLiteral(".svg");
 }
 
-QString cacheKey(const QString& name, int pixels, const QColor& color) {
-  return QStringLiteral("staylit/%1/%2/%3").arg(name).arg(pixels).arg(color.rgba());
+/// The ratio belongs to it, because a picture with another ratio is a copy of all pixels.
+QString cacheKey(const QString& name, int pixels, const QColor& color, qreal pixelRatio) {
+  return QStringLiteral("staylit/%1/%2/%3/%4")
+      .arg(name)
+      .arg(pixels)
+      .arg(color.rgba())
+      .arg(pixelRatio);
 }
 
 /// Only the shape of the drawing matters; its own colours do not.
-QPixmap rendered(const QString& name, int pixels, const QColor& color) {
+QPixmap rendered(const QString& name, int pixels, const QColor& color, qreal pixelRatio) {
   QSvgRenderer drawing(path(name));
   if (!drawing.isValid()) return {};
   QPixmap pixmap(pixels, pixels);
@@ -26,6 +31,8 @@ QPixmap rendered(const QString& name, int pixels, const QColor& color) {
   drawing.render(&painter, QRectF(0, 0, pixels, pixels));
   painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
   painter.fillRect(pixmap.rect(), color);
+  painter.end();
+  pixmap.setDevicePixelRatio(pixelRatio);
   return pixmap;
 }
 
@@ -37,21 +44,22 @@ void draw(QPainter& painter, const QString& name, const QRectF& frame, const QCo
   if (picture.isNull()) return;
   QRectF place(0, 0, side, side);
   place.moveCenter(frame.center());
-  // A picture off the pixel grid would be blurred, and a point may be a part of a pixel.
+  // A picture off the pixel grid would be blurred, and with a ratio of 1.5 a whole point need not
+  // lie on a whole pixel.
   const QTransform toPixels = painter.deviceTransform();
   const QPointF corner = toPixels.map(place.topLeft());
   painter.drawPixmap(toPixels.inverted().map(QPointF(corner.toPoint())), picture);
 }
 
 QPixmap pixmap(const QString& name, int side, const QColor& color, qreal pixelRatio) {
+  if (side < 1) return {};
   const int pixels = qCeil(side * pixelRatio);
-  const QString key = cacheKey(name, pixels, color);
+  const QString key = cacheKey(name, pixels, color, pixelRatio);
   QPixmap found;
   if (!QPixmapCache::find(key, &found)) {
-    found = rendered(name, pixels, color);
+    found = rendered(name, pixels, color, pixelRatio);
     QPixmapCache::insert(key, found);
   }
-  found.setDevicePixelRatio(pixelRatio);
   return found;
 }
 

@@ -6,7 +6,7 @@
 #include <QRectF>
 #include <QString>
 
-/// The symbols that the program names. The module brings the drawings.
+/// The symbols that the program names. The module brings the drawings. Main thread only.
 namespace staylit::windows::symbols {
 
 /// Draws a symbol in one colour, in the middle of `frame` and as large as fits: its side is a whole
@@ -15,7 +15,7 @@ namespace staylit::windows::symbols {
 void draw(QPainter& painter, const QString& name, const QRectF& frame, const QColor& color);
 
 /// The symbol as a picture of `side` points, or a part of a pixel more, that is sharp at this ratio
-/// of pixels to points. Null when there is no such symbol.
+/// of pixels to points. Null when there is no such symbol, and without a side.
 QPixmap pixmap(const QString& name, int side, const QColor& color, qreal pixelRatio);
 
 }  // namespace staylit::windows::symbols
