@@ -1,4 +1,4 @@
-// One process of a crowd: "awake" wakes ten times a second for a moment's work, anything else
+// One process of a crowd: "awake" wakes ten times a second for a moment's work, "quiet" only
 // sleeps. Ends with its parent, which keeps the other end of its input open.
 
 #include <poll.h>
@@ -10,8 +10,8 @@ namespace {
 
 constexpr int kForEver = -1;
 
-/// Whether the parent is still there after so many milliseconds.
-bool rest(int milliseconds) {
+/// Waits, and tells whether the parent is still there then.
+bool waitWhileParentLives(int milliseconds) {
   pollfd input{.fd = 0, .events = POLLIN, .revents = 0};
   return poll(&input, 1, milliseconds) == 0;
 }
@@ -20,8 +20,10 @@ bool rest(int milliseconds) {
 
 int main(int argc, char** argv) {
   using namespace std::chrono_literals;
-  const bool awake = argc > 1 && std::string_view(argv[1]) == "awake";
-  while (rest(awake ? 100 : kForEver)) {
+  const std::string_view kind = argc > 1 ? argv[1] : "";
+  if (kind != "awake" && kind != "quiet") return 2;
+  const bool awake = kind == "awake";
+  while (waitWhileParentLives(awake ? 100 : kForEver)) {
     const auto end = std::chrono::steady_clock::now() + 20us;
     while (std::chrono::steady_clock::now() < end) {
     }

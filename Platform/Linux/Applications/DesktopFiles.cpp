@@ -25,9 +25,11 @@ std::optional<DesktopApplication> applicationOf(std::string_view id,
   return DesktopApplication{std::string(id), entry->name};
 }
 
-std::size_t countOptions(const std::vector<std::string>& words) {
-  const auto isOption = [](const std::string& word) { return !word.starts_with('%'); };
-  return static_cast<std::size_t>(std::ranges::count_if(words, isOption));
+/// How many words of a command are always the same: the program and its arguments, but no place for
+/// a file or an address.
+std::size_t countFixedWords(const std::vector<std::string>& words) {
+  const auto isFixed = [](const std::string& word) { return !word.starts_with('%'); };
+  return static_cast<std::size_t>(std::ranges::count_if(words, isFixed));
 }
 
 bool isProgram(const fs::path& path) {
@@ -87,7 +89,7 @@ void DesktopFiles::buildProgramIndex() {
     const std::optional<DesktopApplication> application = applicationOf(id, entry);
     if (!application || entry->terminal) continue;
     const std::vector<std::string> words = execWords(entry->exec);
-    const Rank rank(entry->noDisplay, countOptions(words), id);
+    const Rank rank(entry->noDisplay, countFixedWords(words), id);
     if (!words.empty()) claim(words.front(), rank, *application);
     // The command may be a starter of other programs. `TryExec` may name the program that it
     // starts.

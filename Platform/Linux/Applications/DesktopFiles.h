@@ -36,8 +36,9 @@ class DesktopFiles {
 
   /// The application that names the program at `path` in `Exec` or `TryExec`. `path` is the one
   /// that the kernel tells. Among several applications, one that menus show goes before one that
-  /// they do not show, and a plain command goes before one with options. Absent for applications
-  /// that run in a terminal, and for interpreters and starters, which may run anything.
+  /// they do not show, and a command with fewer fixed words goes before one with more. Absent for
+  /// applications that run in a terminal, and for interpreters and starters, which may run
+  /// anything.
   std::optional<DesktopApplication> findByProgram(std::string_view path);
 
   /// Forgets everything that was read if an application was installed or removed since.
