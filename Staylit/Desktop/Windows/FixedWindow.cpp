@@ -6,7 +6,7 @@
 #include <QVBoxLayout>
 #include <algorithm>
 
-#include "Staylit/Desktop/Windows/Parts/Texts.h"
+#include "Staylit/Desktop/Windows/Parts/QtText.h"
 
 namespace staylit::windows {
 namespace {

@@ -10,10 +10,10 @@
 
 #include "Staylit/AppsView.h"
 #include "Staylit/Desktop/Windows/FixedWindow.h"
+#include "Staylit/Desktop/Windows/Parts/QtText.h"
 #include "Staylit/Desktop/Windows/Parts/Shades.h"
 #include "Staylit/Desktop/Windows/Parts/Symbols.h"
 #include "Staylit/Desktop/Windows/Parts/TextLabel.h"
-#include "Staylit/Desktop/Windows/Parts/Texts.h"
 #include "Tests/Shell/Windows/WindowsTest.h"
 
 namespace staylit::windows {

@@ -6,8 +6,8 @@
 #include <QShortcut>
 #include <QVBoxLayout>
 
+#include "Staylit/Desktop/Windows/Parts/QtText.h"
 #include "Staylit/Desktop/Windows/Parts/Shades.h"
-#include "Staylit/Desktop/Windows/Parts/Texts.h"
 
 namespace staylit::windows {
 namespace {

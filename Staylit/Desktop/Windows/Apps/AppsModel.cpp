@@ -1,6 +1,6 @@
 #include "Staylit/Desktop/Windows/Apps/AppsModel.h"
 
-#include "Staylit/Desktop/Windows/Parts/Texts.h"
+#include "Staylit/Desktop/Windows/Parts/QtText.h"
 
 namespace staylit::windows {
 namespace {

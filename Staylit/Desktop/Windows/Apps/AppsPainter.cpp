@@ -5,10 +5,10 @@
 #include <QStyle>
 #include <algorithm>
 
+#include "Staylit/Desktop/Windows/Parts/QtText.h"
 #include "Staylit/Desktop/Windows/Parts/Shades.h"
 #include "Staylit/Desktop/Windows/Parts/Symbols.h"
 #include "Staylit/Desktop/Windows/Parts/TextLabel.h"
-#include "Staylit/Desktop/Windows/Parts/Texts.h"
 
 namespace staylit::windows {
 namespace {

@@ -5,9 +5,9 @@
 #include <QPainter>
 #include <QStyle>
 
+#include "Staylit/Desktop/Windows/Parts/QtText.h"
 #include "Staylit/Desktop/Windows/Parts/Shades.h"
 #include "Staylit/Desktop/Windows/Parts/Symbols.h"
-#include "Staylit/Desktop/Windows/Parts/Texts.h"
 
 namespace staylit::windows {
 namespace {

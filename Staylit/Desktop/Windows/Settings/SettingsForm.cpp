@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "Staylit/Desktop/Windows/Parts/Card.h"
-#include "Staylit/Desktop/Windows/Parts/Texts.h"
+#include "Staylit/Desktop/Windows/Parts/QtText.h"
 
 namespace staylit::windows {
 namespace {

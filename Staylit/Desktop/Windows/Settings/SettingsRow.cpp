@@ -3,7 +3,7 @@
 #include <QAccessible>
 #include <utility>
 
-#include "Staylit/Desktop/Windows/Parts/Texts.h"
+#include "Staylit/Desktop/Windows/Parts/QtText.h"
 #include "Staylit/Desktop/Windows/Settings/RowKinds.h"
 
 namespace staylit::windows {
