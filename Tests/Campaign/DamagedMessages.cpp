@@ -297,11 +297,13 @@ void readProperties(PrivateBuses& buses, std::int64_t count, Outcome& outcome) {
 
 /// As `staylit --status` reads it, from whoever owns the name.
 void readStatuses(PrivateBuses& buses, std::int64_t count, Outcome& outcome) {
-  const RandomService service(buses.sessionDaemon.address(), {ApplicationService::kName});
+  // The program's own name is still that of the connection which has served the application.
+  constexpr const char* kOther = "org.example.Status";
+  const RandomService service(buses.sessionDaemon.address(), {kOther});
   std::int64_t understood = 0;
   for (std::int64_t asked = 0; asked < count; ++asked) {
-    const auto reply = buses.sessionBus.call(
-        {ApplicationService::kName, StatusInterface::kPath, kProperties, "GetAll"});
+    const auto reply =
+        buses.sessionBus.call({kOther, StatusInterface::kPath, kProperties, "GetAll"});
     StatusReport report;
     if (!reply || !readStatus(reply.message.get(), report)) continue;
     ++understood;
