@@ -11,6 +11,7 @@
 #include <string>
 #include <string_view>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "Platform/Linux/Bus/RemoteProperties.h"
@@ -295,11 +296,47 @@ void readProperties(PrivateBuses& buses, std::int64_t count, Outcome& outcome) {
   if (service.answered() + signals < count) outcome.findings.push_back("No more properties came.");
 }
 
+constexpr std::pair<const char*, const char*> kStatusProperties[] = {
+    {"Summary", "s"},        {"Reason", "s"},
+    {"Since", "x"},          {"ReleasesIn", "x"},
+    {"Names", "as"},         {"Services", "a(sx)"},
+    {"Busy", "a(sssdddd)"},  {"Candidates", "a(sssdddd)"},
+    {"SustainSeconds", "x"}, {"Asking", "as"},
+    {"OnAC", "b"},           {"HasBattery", "b"},
+    {"BatteryPercent", "x"}, {"LowPowerMode", "b"}};
+
+/// Answers with the properties of a status, most of which have the right type.
+void replyWithStatus(sd_bus_message* call, Random& random) {
+  sd_bus_message* reply = nullptr;
+  if (sd_bus_message_new_method_return(call, &reply) < 0) return;
+  sd_bus_message_open_container(reply, 'a', "{sv}");
+  sd_bus_message_append(reply, "{sv}", "State", "s", "holding");
+  for (const auto& [name, type] : kStatusProperties) {
+    const bool isRight = below(random, 8) != 0;
+    sd_bus_message_open_container(reply, 'e', "sv");
+    sd_bus_message_append(reply, "s", name);
+    if (isRight) sd_bus_message_open_container(reply, 'v', type);
+    appendRandom(reply, isRight ? type : "v", random);
+    if (isRight) sd_bus_message_close_container(reply);
+    sd_bus_message_close_container(reply);
+  }
+  sd_bus_message_close_container(reply);
+  if (sd_bus_send(nullptr, reply, nullptr) < 0) {
+    sd_bus_reply_method_errorf(call, SD_BUS_ERROR_FAILED, "no reply could be made");
+  }
+  sd_bus_message_unref(reply);
+}
+
 /// As `staylit --status` reads it, from whoever owns the name.
 void readStatuses(PrivateBuses& buses, std::int64_t count, Outcome& outcome) {
   // The program's own name is still that of the connection which has served the application.
   constexpr const char* kOther = "org.example.Status";
-  const RandomService service(buses.sessionDaemon.address(), {kOther});
+  Random random(17);
+  std::atomic<std::int64_t> answered = 0;
+  const BusService service(buses.sessionDaemon.address(), {kOther}, [&](sd_bus_message* call) {
+    ++answered;
+    replyWithStatus(call, random);
+  });
   std::int64_t understood = 0;
   for (std::int64_t asked = 0; asked < count; ++asked) {
     const auto reply =
@@ -317,7 +354,7 @@ void readStatuses(PrivateBuses& buses, std::int64_t count, Outcome& outcome) {
       }
     }
   }
-  outcome.runs += service.answered();
+  outcome.runs += answered;
   if (understood == 0) outcome.findings.push_back("No status was ever understood.");
 }
 
