@@ -23,10 +23,10 @@ class SleepController {
   [[nodiscard]] bool isHolding() const { return isHolding_; }
 
   /// Takes the system assertion, or gives the one that is held the name `reason`, which the system
-  /// shows to people. Then takes or releases the display assertion, as `keepScreenOn` says. When
-  /// the system assertion cannot be taken, that is logged, `isHolding` stays false, and the next
-  /// call tries again. When the display assertion cannot be taken, nothing is logged, and the next
-  /// call tries again.
+  /// shows to people. Then takes or releases the display assertion, as `keepScreenOn` says; it
+  /// keeps the name with which it was taken. When the system assertion cannot be taken, that is
+  /// logged, `isHolding` stays false, and the next call tries again. When the display assertion
+  /// cannot be taken, nothing is logged, and the next call tries again.
   void hold(const std::string& reason, bool keepScreenOn);
 
   /// Releases both assertions. Harmless when none is held.

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 
+#include "Benchmarks/Detection/JsonWriter.h"
 #include "Benchmarks/Detection/MachineCpu.h"
 #include "Benchmarks/Detection/Options.h"
 #include "Benchmarks/Detection/WatchedEngine.h"
@@ -16,9 +17,9 @@
 /// One workload, watched by two engines side by side: "whole" is the program as it is, "plain" the
 /// same on a process table that tells of living processes only.
 ///
-/// Both start first, and everything that is over a threshold before the workload starts is ignored
-/// from then on. Then the workload runs until it ends or its time is over, and both are watched
-/// until neither holds, or until that has been waited for long enough. Main thread only.
+/// Both start first. The applications that are over a threshold before the workload starts are put
+/// on the list of ignored ones. Then the workload runs until it ends or its time is over, and both
+/// are watched until neither holds, or for `Options::after` at most. Main thread only.
 class Measurement {
  public:
   explicit Measurement(Options options);
@@ -42,11 +43,12 @@ class Measurement {
   void writeSettings(JsonWriter& json) const;
   void writeWorkload(JsonWriter& json) const;
 
+  // The ports come before what is made with them.
   Options options_;
   std::shared_ptr<platform::EventLoop> loop_;
   std::unique_ptr<tidewell::Ports> wholePorts_;
   std::unique_ptr<tidewell::Ports> plainPorts_;
-  tidewell::InstalledPorts installed_;
+  tidewell::InstalledPorts installed_;  ///< Those of "whole"; what is static uses them for both.
   WatchedEngine whole_;
   WatchedEngine plain_;
   Workload workload_;

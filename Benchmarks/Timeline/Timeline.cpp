@@ -120,5 +120,5 @@ int main() {
   }
   json.endArray().endObject();
   std::printf("%s\n", json.document().c_str());
-  return std::fflush(stdout) == 0 ? 0 : 1;
+  return std::fflush(stdout) == 0 && std::ferror(stdout) == 0 ? 0 : 1;
 }

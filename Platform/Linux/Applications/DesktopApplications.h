@@ -30,8 +30,8 @@ class DesktopApplications : public ApplicationResolver {
   /// What is remembered of a unit.
   struct Unit {
     Identity application;  ///< Null for a unit that names no installed application.
-    /// The main process of a unit is the oldest one that was seen in it. These are its start and
-    /// session.
+    /// The main process of a unit is the oldest one that was seen in it. These are its start, in
+    /// ticks of the kernel's clock, and its session, which is one of processes and not of a login.
     std::uint64_t mainStart = UINT64_MAX;
     std::int32_t mainSession = 0;
   };

@@ -12,6 +12,7 @@ namespace platform {
 namespace {
 
 constexpr std::string_view kProgram = "Staylit";
+constexpr std::string_view kProgramInFolder = "/Staylit";
 constexpr std::string_view kApplication = "com.staylit.app";
 
 }  // namespace
@@ -20,7 +21,7 @@ bool isAStaylit(std::int32_t pid) {
   static const std::string own = programPath(getpid());
   const std::string path = programPath(pid);
   if (!path.empty() && path == own) return true;
-  return std::string_view(path).substr(path.rfind('/') + 1) == kProgram ||
+  return path == kProgram || path.ends_with(kProgramInFolder) ||
          applicationIdentifier(pid) == kApplication;
 }
 
