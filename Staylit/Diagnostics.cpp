@@ -12,9 +12,9 @@
 #include "Staylit/StatusTexts.h"
 #include "Staylit/StaylitEngine.h"
 #include "Tidewell/ActivityMonitor.h"
+#include "Tidewell/BatteryMonitor.h"
 #include "Tidewell/FatalError.h"
 #include "Tidewell/PowerAssertionReader.h"
-#include "Tidewell/PowerState.h"
 
 namespace staylit {
 

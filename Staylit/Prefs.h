@@ -4,10 +4,10 @@
 #include <string>
 #include <string_view>
 
-#include "Tidewell/ActivityThresholds.h"
+#include "Tidewell/BatteryMonitor.h"
 #include "Tidewell/Ports/Defaults.h"
 #include "Tidewell/Ports/PropertyValue.h"
-#include "Tidewell/PowerState.h"
+#include "Tidewell/Thresholds.h"
 
 namespace staylit {
 

@@ -6,9 +6,9 @@
 #include <string_view>
 #include <vector>
 
+#include "Tidewell/BatteryMonitor.h"
 #include "Tidewell/BusyApp.h"
 #include "Tidewell/Ports/Clock.h"
-#include "Tidewell/PowerState.h"
 
 namespace staylit {
 

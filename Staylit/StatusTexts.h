@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
+#include "Tidewell/BatteryMonitor.h"
 #include "Tidewell/BusyApp.h"
-#include "Tidewell/PowerState.h"
 
 namespace staylit {
 

@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "Staylit/Prefs.h"
-#include "Tidewell/PowerState.h"
+#include "Tidewell/BatteryMonitor.h"
 
 namespace staylit {
 

@@ -8,8 +8,8 @@
 #include "Staylit/EngineStatus.h"
 #include "Staylit/Published.h"
 #include "Tidewell/ActivityMonitor.h"
+#include "Tidewell/BatteryMonitor.h"
 #include "Tidewell/Ports/Ports.h"
-#include "Tidewell/PowerState.h"
 #include "Tidewell/SleepController.h"
 #include "Tidewell/WeakReference.h"
 

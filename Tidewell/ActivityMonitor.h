@@ -5,13 +5,13 @@
 #include <string>
 #include <vector>
 
-#include "Tidewell/ActivityThresholds.h"
 #include "Tidewell/AppCategory.h"
 #include "Tidewell/BusyApp.h"
 #include "Tidewell/NetworkSampler.h"
 #include "Tidewell/Ports/Ports.h"
 #include "Tidewell/ProcessSampler.h"
 #include "Tidewell/TextMap.h"
+#include "Tidewell/Thresholds.h"
 
 namespace tidewell {
 

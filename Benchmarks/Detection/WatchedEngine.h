@@ -8,10 +8,10 @@
 #include "Benchmarks/Detection/JsonWriter.h"
 #include "Benchmarks/Detection/RecordingPower.h"
 #include "Staylit/StaylitEngine.h"
-#include "Tidewell/ActivityThresholds.h"
 #include "Tidewell/BusyApp.h"
 #include "Tidewell/Ports/Ports.h"
 #include "Tidewell/TextMap.h"
+#include "Tidewell/Thresholds.h"
 
 /// The real engine on ports of its own, and a record of all that it sees and does. Main thread
 /// only.

@@ -35,6 +35,10 @@ namespace {
 /// The process table, with all that it stands on. What the work of
 /// ended processes gains over the plain table was measured on Linux only.
 struct ProcessSources {
+  /// A child that is older than the first pass is no tool of the program. So the first pass comes
+  /// before the program can start one.
+  ProcessSources() { conserved.snapshot(); }
+
   WorkspaceRunningApplications applications;
   LibprocProcessTable table{[this] { return applications.all(); }};
   FoundationClock clock;

@@ -1,4 +1,4 @@
-#include "Tidewell/PowerState.h"
+#include "Tidewell/BatteryMonitor.h"
 
 #include <gtest/gtest.h>
 

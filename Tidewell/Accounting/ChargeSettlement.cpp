@@ -68,7 +68,8 @@ void ChargeSettlement::settle(FollowedProcess& reaper) {
     rest.disk -= stretch.disk;
   }
   // The rest is the work of tools that came and went unseen.
-  if (reaper.relation != Relation::self) reaper.counted += rest;
+  const bool reapedTools = reaper.relation == Relation::self && rest.time > 0;
+  if (!reapedTools) reaper.counted += rest;
 }
 
 /// Claims from the first ancestor that has the charge; null if none has. A process whose parent has

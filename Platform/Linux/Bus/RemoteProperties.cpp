@@ -158,8 +158,13 @@ struct RemoteProperties::State {
 
   void changed(sd_bus_message* message) {
     const char* changedInterface = nullptr;
-    if (!values || sd_bus_message_read(message, "s", &changedInterface) < 0) return;
+    if (sd_bus_message_read(message, "s", &changedInterface) < 0) return;
     if (changedInterface != interface) return;
+    if (!values) {
+      // The first answer may have been unreadable.
+      if (wasAsked) refresh();
+      return;
+    }
     auto told = readDictionary(message, wanted);
     // Properties that the signal names without their values have to be read.
     if (!told || namesAny(message, wanted)) refresh();

@@ -35,9 +35,14 @@ bool writeAll(int file, std::string_view content) {
 bool copyOwnerAndMode(int file, const std::filesystem::path& target) {
   struct stat status {};
   if (stat(target.c_str(), &status) != 0) return errno == ENOENT;
+  struct stat own {};
+  if (fstat(file, &own) != 0) return false;
   mode_t mode = status.st_mode & kPermissions;
-  if (fchown(file, status.st_uid, kSame) != 0 && errno != EPERM) return false;
-  if (fchown(file, kSame, status.st_gid) != 0) {
+  // Some file systems refuse every change, even one to the present owner or group.
+  if (own.st_uid != status.st_uid && fchown(file, status.st_uid, kSame) != 0 && errno != EPERM) {
+    return false;
+  }
+  if (own.st_gid != status.st_gid && fchown(file, kSame, status.st_gid) != 0) {
     if (errno != EPERM) return false;
     mode = (mode & ~mode_t{S_IRWXG}) | ((mode & S_IRWXO) << 3U);
   }

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -15,6 +16,7 @@
 #include "Platform/MacOS/Text/NSText.h"
 #include "Staylit/AppKit/Status/AppKitStatusService.h"
 #include "Staylit/StaylitEngine.h"
+#include "Tidewell/ForeignText.h"
 
 namespace staylit {
 namespace {

@@ -116,6 +116,16 @@ TEST_F(RemotePropertiesTest, AreAbsentWhenTheReplyCanBeReadOnlyInPart) {
   EXPECT_EQ(colour(), "absent");
 }
 
+TEST_F(RemotePropertiesTest, AreReadWithTheNextSignalWhenTheFirstReplyCouldBeReadOnlyInPart) {
+  FakePropertyService service(systemDaemon->address(), kName);
+  service.set(kPath, kName,
+              {{"Colour", std::string("red")}, {"Nobody", std::string(kUnreadableText)}});
+  EXPECT_EQ(colour(), "absent");
+  service.set(kPath, kName, {{"Colour", std::string("red")}});
+  service.change(kPath, kName, "IsOn", true);
+  EXPECT_TRUE(eventually([&] { return colour() == "red"; }));
+}
+
 TEST_F(RemotePropertiesTest, StayAsTheyAreWhenALaterReplyCanBeReadOnlyInPart) {
   const auto service = lamp("red");
   EXPECT_EQ(colour(), "red");

@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
+#include "Tidewell/BatteryMonitor.h"
 #include "Tidewell/Ports/Ports.h"
-#include "Tidewell/PowerState.h"
 
 namespace platform {
 namespace {

@@ -118,7 +118,7 @@ bool hasPluginForX() {
   return QLibrary(folder + QStringLiteral("/platforms/libqxcb.so")).load();
 }
 
-class DisplayServersTest : public ::testing::Test {
+class DisplayListenersTest : public ::testing::Test {
  protected:
   void SetUp() override {
     if (::geteuid() != 0) GTEST_SKIP() << "only root can act as another user";
@@ -126,7 +126,7 @@ class DisplayServersTest : public ::testing::Test {
   const platform::testing::ScopedEnvironment noWayland{"WAYLAND_DISPLAY", nullptr};
 };
 
-TEST_F(DisplayServersTest, AreStrangersWhenAnotherUserListens) {
+TEST_F(DisplayListenersTest, AreStrangersWhenAnotherUserListens) {
   const StrangersDisplay strangers;
   ASSERT_NE(strangers.name(), "");
   const SilentDisplay own;
@@ -138,7 +138,7 @@ TEST_F(DisplayServersTest, AreStrangersWhenAnotherUserListens) {
   EXPECT_FALSE(isStrangersX("")) << "none at all";
 }
 
-TEST_F(DisplayServersTest, AreNotGreetedWhenTheyAreStrangers) {
+TEST_F(DisplayListenersTest, AreNotGreetedWhenTheyAreStrangers) {
   if (!hasPluginForX()) GTEST_SKIP() << "Qt has no usable plugin for X here";
   const StrangersDisplay strangers;
   ASSERT_NE(strangers.name(), "");
@@ -168,7 +168,7 @@ TEST(DisplayListenersTest, KeepTheirConnectionsOpenAsLongAsTheyLive) {
   EXPECT_TRUE(isClosed(caller));
 }
 
-TEST_F(DisplayServersTest, AreRecognisedByAConnectionThatIsThere) {
+TEST_F(DisplayListenersTest, AreRecognisedByAConnectionThatIsThere) {
   const StrangersDisplay strangers;
   ASSERT_NE(strangers.name(), "");
   EXPECT_FALSE(isServedByStrangers());

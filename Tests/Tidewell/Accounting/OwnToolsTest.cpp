@@ -97,6 +97,14 @@ TEST_F(OwnToolsTest, TheTimeOfTheProgramItselfCounts) {
   EXPECT_EQ(used("program").time, 3U);
 }
 
+TEST_F(OwnToolsTest, TheBytesOfTheProgramItselfCount) {
+  const auto program = startProgram();
+  pass();
+  kernel.work(program, 3, 5000);
+  pass();
+  EXPECT_EQ(counted["program"], (Usage{3, 5000}));
+}
+
 // A shell may start a job and then become the program by an exec. So the program has a child.
 TEST_F(OwnToolsTest, AChildThatIsOlderThanTheFirstPassIsNoTool) {
   const auto program = startProgram();

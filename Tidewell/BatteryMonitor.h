@@ -4,14 +4,9 @@
 #include <optional>
 #include <string>
 
-namespace tidewell {
+#include "Tidewell/Thresholds.h"
 
-/// The user's rules for when power forbids a hold, whatever works.
-struct PowerPolicy {
-  std::int64_t batteryFloor;  ///< Percent; there is no hold on a battery below it.
-  bool respectLowPowerMode;   ///< Whether there is no hold in Low Power Mode.
-  bool keepScreenOn;          ///< Whether a hold also keeps the display awake.
-};
+namespace tidewell {
 
 /// The machine's power situation at one moment.
 struct PowerState {

@@ -1,4 +1,4 @@
-#include "Tidewell/ActivityThresholds.h"
+#include "Tidewell/Thresholds.h"
 
 #include <gtest/gtest.h>
 

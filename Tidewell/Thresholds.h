@@ -26,4 +26,11 @@ struct ActivityThresholds {
   bool honorAppAssertions;      ///< Whether other programs' own sleep assertions count.
 };
 
+/// The user's rules for when power forbids a hold, whatever works.
+struct PowerPolicy {
+  std::int64_t batteryFloor;  ///< Percent; there is no hold on a battery below it.
+  bool respectLowPowerMode;   ///< Whether there is no hold in Low Power Mode.
+  bool keepScreenOn;          ///< Whether a hold also keeps the display awake.
+};
+
 }  // namespace tidewell
