@@ -9,8 +9,6 @@ namespace {
 
 constexpr std::string_view kDeleted = " (deleted)";
 constexpr std::string_view kDigits = "0123456789";
-/// This program contains many tools. It is a shell when it was started by a shell's name.
-constexpr std::string_view kManyTools = "busybox";
 
 struct SplitPath {
   std::string_view folder;  ///< With its slash.
@@ -69,8 +67,7 @@ std::string programPath(std::string_view exeLink, std::string_view comm, tidewel
 }
 
 bool runsShell(std::string_view exeLink, std::string_view comm) {
-  const std::string_view file = split(exeLink).file;
-  return isShell(file) || (file == kManyTools && isShell(comm));
+  return isShell(split(exeLink).file, comm);
 }
 
 std::string scriptPath(std::string_view exeLink, std::string_view script) {

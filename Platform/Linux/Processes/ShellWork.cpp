@@ -10,6 +10,9 @@ namespace {
 constexpr std::array<std::string_view, 8> kShells = {"sh",  "bash", "dash", "zsh",
                                                      "ksh", "mksh", "ash",  "fish"};
 
+/// This program contains many tools. It is a shell when it was started by a shell's name.
+constexpr std::string_view kManyTools = "busybox";
+
 /// Long options whose value is the next argument.
 constexpr std::array<std::string_view, 3> kWithValue = {"--rcfile", "--init-file",
                                                         "--init-command"};
@@ -41,8 +44,9 @@ bool asksForCommand(std::string_view option) {
 
 }  // namespace
 
-bool isShell(std::string_view file) {
-  return std::ranges::find(kShells, file) != kShells.end();
+bool isShell(std::string_view file, std::string_view comm) {
+  const std::string_view name = file == kManyTools ? comm : file;
+  return std::ranges::find(kShells, name) != kShells.end();
 }
 
 ShellWork shellWork(std::string_view arguments) {

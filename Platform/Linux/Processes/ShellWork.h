@@ -16,8 +16,8 @@ struct ShellWork {
   std::string_view script;  ///< The file's name without its folder; part of `arguments`.
 };
 
-/// Whether a program file of this name is a shell.
-bool isShell(std::string_view file);
+/// Whether a program file of this name is a shell, or contains a shell and was started as `comm`.
+bool isShell(std::string_view file, std::string_view comm);
 
 /// Reads what `/proc/<pid>/cmdline` holds: the arguments with a NUL after each, the program's own
 /// name first. `arguments` may have any bytes, and the result refers to them.

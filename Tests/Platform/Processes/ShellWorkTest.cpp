@@ -26,11 +26,14 @@ std::string work(const std::vector<std::string>& arguments) {
 }
 
 TEST(ShellWorkTest, KnowsShells) {
-  EXPECT_TRUE(isShell("sh"));
-  EXPECT_TRUE(isShell("bash"));
-  EXPECT_FALSE(isShell("python3"));
-  EXPECT_FALSE(isShell("bashful"));
-  EXPECT_FALSE(isShell(""));
+  EXPECT_TRUE(isShell("sh", ""));
+  EXPECT_TRUE(isShell("bash", ""));
+  EXPECT_FALSE(isShell("python3", ""));
+  EXPECT_FALSE(isShell("bashful", ""));
+  EXPECT_FALSE(isShell("", ""));
+  EXPECT_FALSE(isShell("python3", "sh"));
+  EXPECT_TRUE(isShell("busybox", "sh"));
+  EXPECT_FALSE(isShell("busybox", "wget"));
 }
 
 TEST(ShellWorkTest, AScriptIsTheFirstArgumentThatIsNoOption) {
