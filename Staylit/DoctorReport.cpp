@@ -36,14 +36,38 @@ std::string whyNothingCanBeHeld(const Facts& facts) {
   return "no service grants a hold (error " + std::to_string(facts.trialError) + ")";
 }
 
+bool hangs(const Facts& facts) {
+  return facts.trialError == -ETIMEDOUT || !facts.sleep.silent.empty();
+}
+
+std::string restartOf(const std::string& service) {
+  if (service == "org.freedesktop.login1") return "As root: systemctl restart systemd-logind.";
+  return "Restart " + service + ": log out and in again.";
+}
+
+/// What to do where a service hangs: to start what runs already would change nothing.
+std::string restartOfTheHanging(const Facts& facts) {
+  std::vector<std::string> services = facts.sleep.silent;
+  if (services.empty()) {
+    for (const Facts::Trial& trial : facts.trials) {
+      if (trial.listing == Listing::refused) services.push_back(trial.service);
+    }
+  }
+  std::string remedy;
+  for (const std::string& service : services)
+    remedy += (remedy.empty() ? "" : " ") + restartOf(service);
+  return remedy;
+}
+
 Check sleepCheck(const Facts& facts) {
   Check check = fine("sleep", facts.sleep.summary());
-  const HoldsReport::Verdict verdict = facts.sleep.verdict();
   if (facts.sleep.canSleep == false) {
-    check.remedy = "Nothing needs to keep this machine awake.";
-  } else if (verdict == HoldsReport::Verdict::never) {
-    check.remedy =
-        "If it should sleep: choose so in the desktop's settings, or without a desktop "
+    check.finding += " Nothing needs to keep it awake.";
+  } else if (!facts.sleep.silent.empty()) {
+    check.remedy = restartOfTheHanging(facts);
+  } else if (facts.sleep.verdict() == HoldsReport::Verdict::never) {
+    check.finding +=
+        " If it should: choose so in the desktop's settings, or without a desktop "
         "IdleAction=suspend in /etc/systemd/logind.conf.";
   } else if (facts.sleep.deciders.empty()) {
     check.remedy = "On a machine that should sleep, start systemd-logind.";
@@ -61,17 +85,21 @@ std::string names(const std::vector<Facts::Trial>& trials,
   return result;
 }
 
+std::string remedyForNoGrant(const Facts& facts) {
+  // Where a service hangs, whether it would ask polkit cannot be known.
+  if (hangs(facts)) return restartOfTheHanging(facts);
+  if (facts.hasLogind && !facts.hasPolkit && !facts.isRoot) return "Install polkitd.";
+  return "On a machine that should sleep, start systemd-logind or the desktop's power service.";
+}
+
 Check holdCheck(const Facts& facts) {
   if (!isGranted(facts)) {
-    return {"hold", "A hold that was tried was not granted.",
-            facts.hasLogind && !facts.hasPolkit && !facts.isRoot
-                ? "Install polkitd."
-                : "On a machine that should sleep, start systemd-logind or the desktop's power "
-                  "service."};
+    return {"hold", "A hold that was tried was not granted.", remedyForNoGrant(facts)};
   }
   if (const std::string refusing = names(facts.trials, {Listing::refused}); !refusing.empty()) {
     return {"hold", "A hold that was tried is refused by " + refusing + ".",
-            "See what polkit and the service's own log say."};
+            hangs(facts) ? restartOfTheHanging(facts)
+                         : "See what polkit and the service's own log say."};
   }
   if (const std::string missing = names(facts.trials, {Listing::notListed}); !missing.empty()) {
     return {"hold", "A hold that was tried is granted, but not listed by " + missing + ".",

@@ -55,7 +55,7 @@ struct DoctorReport {
   struct Check {
     std::string subject;  ///< In a word, for the report.
     std::string finding;
-    std::string remedy;  ///< Empty when all is fine.
+    std::string remedy;  ///< Empty where there is nothing to do.
   };
 
   std::string nothingCanBeHeld;  ///< Why; empty when something can.

@@ -131,6 +131,11 @@ std::string sleepsSentence(const HoldsReport& report) {
 std::string unknownSentence(const HoldsReport& report) {
   const std::string begin = "Whether this machine would go to sleep now cannot be told: ";
   const auto open = notHeld(report, Decider::Action::unknown);
+  if (open.empty() && !report.silent.empty()) {
+    const bool isOne = report.silent.size() == 1;
+    return begin + enumeration(report.silent) +
+           (isOne ? " does not answer; restart it." : " do not answer; restart them.");
+  }
   if (open.empty()) return begin + "neither logind nor a desktop's power management answers.";
   Texts names;
   for (const Decider* decider : open)

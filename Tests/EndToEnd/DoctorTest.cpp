@@ -75,6 +75,8 @@ TEST_F(DoctorTest, SaysThatNothingCanBeHeldWhereLogindHangs) {
       output().starts_with("Nothing can be held here: the service that would have to grant "
                            "it hangs.\n"))
       << output();
+  EXPECT_TRUE(says("To do: As root: systemctl restart systemd-logind.\n")) << output();
+  EXPECT_FALSE(says(", start systemd-logind")) << output();
 }
 
 }  // namespace

@@ -129,17 +129,47 @@ TEST(DoctorReport, SaysWhyAServiceThatIsThereHoldsNothing) {
   EXPECT_EQ(exitOf(facts), DoctorReport::trouble);
 }
 
-TEST(DoctorReport, TellsOfAMachineThatNeverSleeps) {
+TEST(DoctorReport, HasServicesRestartedThatHang) {
+  DoctorFacts facts = healthy();
+  facts.trials = {{kLogind, kLogind, Listing::refused}};
+  facts.trialError = -ETIMEDOUT;
+  facts.hasPolkit = false;
+  facts.sleep.deciders.clear();
+  facts.sleep.canSleep.reset();
+  const std::string restart = "As root: systemctl restart systemd-logind.";
+  const auto remedy = [&facts](std::size_t check) {
+    return DoctorReport::of(facts).checks.at(check).remedy;
+  };
+  EXPECT_EQ(remedy(1), restart);
+  facts.sleep.silent = {kLogind};
+  EXPECT_EQ(remedy(0), restart);
+  EXPECT_EQ(remedy(1), restart);
+  facts.sleep.silent.emplace_back("org.gnome.SessionManager");
+  EXPECT_EQ(remedy(1), restart + " Restart org.gnome.SessionManager: log out and in again.");
+}
+
+TEST(DoctorReport, HasAServiceRestartedThatHangsBesideOneThatGrants) {
+  DoctorFacts facts = healthy();
+  facts.trials.push_back(
+      {"org.gnome.SessionManager", "org.gnome.SessionManager", Listing::refused});
+  EXPECT_EQ(toDo(facts).at(1), "See what polkit and the service's own log say.");
+  facts.sleep.silent = {"org.gnome.SessionManager"};
+  EXPECT_EQ(toDo(facts).at(3), "Restart org.gnome.SessionManager: log out and in again.");
+}
+
+TEST(DoctorReport, HasNothingToDoOnAMachineThatNeverSleeps) {
   DoctorFacts facts = healthy();
   facts.sleep.deciders.front().action = Decides::nothing;
-  EXPECT_EQ(toDo(facts).size(), 2U);
-  EXPECT_EQ(toDo(facts).at(1),
-            "If it should sleep: choose so in the desktop's settings, or without a desktop "
-            "IdleAction=suspend in /etc/systemd/logind.conf.");
+  EXPECT_EQ(linesOf(facts).front(),
+            "✓ This machine does not go to sleep by itself, held or not: logind does not put it to "
+            "sleep (IdleAction is \"suspend\"). If it should: choose so in the desktop's settings, "
+            "or without a desktop IdleAction=suspend in /etc/systemd/logind.conf.");
+  EXPECT_EQ(exitOf(facts), DoctorReport::fine);
   facts.sleep.canSleep = false;
-  EXPECT_EQ(toDo(facts),
-            (Lines{"This machine does not go to sleep: logind says that it cannot be suspended.",
-                   "Nothing needs to keep this machine awake."}));
+  EXPECT_EQ(linesOf(facts).front(),
+            "✓ This machine does not go to sleep: logind says that it cannot be suspended. Nothing "
+            "needs to keep it awake.");
+  EXPECT_EQ(exitOf(facts), DoctorReport::fine);
 }
 
 TEST(DoctorReport, TellsWhichServiceRefusesOrDoesNotListTheHold) {

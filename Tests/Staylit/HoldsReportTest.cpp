@@ -44,6 +44,19 @@ Hold atLogind(const char* owner, Effect effect = Effect::idleSleep) {
   return at("org.freedesktop.login1", owner, effect);
 }
 
+TEST(HoldsReport, NamesTheServiceThatHangs) {
+  HoldsReport report;
+  report.services = {"org.freedesktop.login1"};
+  report.silent = report.services;
+  EXPECT_EQ(report.summary(),
+            "Whether this machine would go to sleep now cannot be told: org.freedesktop.login1 "
+            "does not answer; restart it.");
+  report.silent.emplace_back("org.gnome.SessionManager");
+  EXPECT_EQ(report.summary(),
+            "Whether this machine would go to sleep now cannot be told: org.freedesktop.login1 "
+            "and org.gnome.SessionManager do not answer; restart them.");
+}
+
 TEST(HoldsReport, SaysThatItCannotTellWhereNobodyAnswers) {
   const HoldsReport report;
   EXPECT_EQ(report.verdict(), Verdict::unknown);
