@@ -118,7 +118,7 @@ bool hasPluginForX() {
   return QLibrary(folder + QStringLiteral("/platforms/libqxcb.so")).load();
 }
 
-class DisplayListenersTest : public ::testing::Test {
+class StrangersDisplayTest : public ::testing::Test {
  protected:
   void SetUp() override {
     if (::geteuid() != 0) GTEST_SKIP() << "only root can act as another user";
@@ -126,7 +126,7 @@ class DisplayListenersTest : public ::testing::Test {
   const platform::testing::ScopedEnvironment noWayland{"WAYLAND_DISPLAY", nullptr};
 };
 
-TEST_F(DisplayListenersTest, AreStrangersWhenAnotherUserListens) {
+TEST_F(StrangersDisplayTest, AreStrangersWhenAnotherUserListens) {
   const StrangersDisplay strangers;
   ASSERT_NE(strangers.name(), "");
   const SilentDisplay own;
@@ -138,7 +138,7 @@ TEST_F(DisplayListenersTest, AreStrangersWhenAnotherUserListens) {
   EXPECT_FALSE(isStrangersX("")) << "none at all";
 }
 
-TEST_F(DisplayListenersTest, AreNotGreetedWhenTheyAreStrangers) {
+TEST_F(StrangersDisplayTest, AreNotGreetedWhenTheyAreStrangers) {
   if (!hasPluginForX()) GTEST_SKIP() << "Qt has no usable plugin for X here";
   const StrangersDisplay strangers;
   ASSERT_NE(strangers.name(), "");
@@ -168,7 +168,7 @@ TEST(DisplayListenersTest, KeepTheirConnectionsOpenAsLongAsTheyLive) {
   EXPECT_TRUE(isClosed(caller));
 }
 
-TEST_F(DisplayListenersTest, AreRecognisedByAConnectionThatIsThere) {
+TEST_F(StrangersDisplayTest, AreRecognisedByAConnectionThatIsThere) {
   const StrangersDisplay strangers;
   ASSERT_NE(strangers.name(), "");
   EXPECT_FALSE(isServedByStrangers());
