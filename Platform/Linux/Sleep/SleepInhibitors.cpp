@@ -30,7 +30,7 @@ SleepInhibitors::~SleepInhibitors() = default;
 SleepInhibitors::Creation SleepInhibitors::createAssertion(tidewell::AssertionKind kind,
                                                            const std::string& name) {
   const SleepServices::Row wanted = row(kind);
-  Live live{std::make_shared<SleepAssertion>(kind, name, now_, [this] { attend(); }), now_()};
+  Live live{std::make_shared<SleepAssertion>(kind, name, now_, [this] { attend(); })};
   if (!wanted.mechanisms.empty()) {
     if (const int error = live.assertion->hold(wanted.mechanisms); error < 0) return {error, 0};
   } else if (wanted.error < 0) {
@@ -88,8 +88,8 @@ std::vector<SleepInhibitors::Grant> SleepInhibitors::grants(const Live& live) {
   for (const InhibitMechanism* mechanism : services_.all()) {
     if (!live.assertion->has(*mechanism)) continue;
     const auto seen = readBack_.lastSeen(*mechanism);
-    // A list that is older than the assertion says nothing about it.
-    const bool isOfThis = seen && *seen >= live.created;
+    // A list that is older than the grant says nothing about it; each new name brings a new grant.
+    const bool isOfThis = seen && *seen >= live.assertion->heededSince(*mechanism);
     grants.push_back({mechanism->serviceName(), isOfThis ? seen : std::nullopt});
   }
   return grants;

@@ -45,7 +45,6 @@ class SleepInhibitors : public tidewell::PowerManagement {
 
   struct Live {
     std::shared_ptr<SleepAssertion> assertion;
-    Moment created;
     /// The id in `recorded_` while no service grants the assertion, else 0.
     std::uint32_t recordedId = 0;
   };

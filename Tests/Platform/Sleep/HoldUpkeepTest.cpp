@@ -443,7 +443,7 @@ TEST_F(HoldUpkeepTest, TellsWhoKeepsAnAssertionAndWhenThatWasLastSeen) {
     EXPECT_TRUE(after == seconds(3) || after == seconds(33)) << after.count();
   }
   inhibitors->setAssertionName(creation.id, "b");
-  EXPECT_EQ(kept().front(), "b: org.gnome.SessionManager seen");
+  EXPECT_EQ(kept(), (Lines{"b: org.gnome.SessionManager", "b: org.freedesktop.login1"}));
   inhibitors->releaseAssertion(creation.id);
   EXPECT_EQ(kept(), Lines{});
 }
@@ -457,6 +457,20 @@ TEST_F(HoldUpkeepTest, DoesNotTakeAnOldListForOneThatHasTheNewAssertion) {
   now += seconds(1);
   create(kSystem, "b");
   EXPECT_EQ(kept(), Lines{"b: org.freedesktop.login1"});
+}
+
+TEST_F(HoldUpkeepTest, DoesNotTakeAnOldListForOneThatHasTheNewName) {
+  const auto logind = fakeLogind();
+  const auto creation = create(kSystem, "a");
+  pass(seconds(3));
+  ASSERT_TRUE(eventually([&] { return kept() == Lines{"a: org.freedesktop.login1 seen"}; }));
+  now += kPause;
+  inhibitors->setAssertionName(creation.id, "b");
+  EXPECT_EQ(kept(), Lines{"b: org.freedesktop.login1"});
+  pass(seconds(20));
+  EXPECT_EQ(kept(), Lines{"b: org.freedesktop.login1"}) << "lists are read half a minute apart";
+  pass(seconds(10));
+  EXPECT_TRUE(eventually([&] { return kept() == Lines{"b: org.freedesktop.login1 seen"}; }));
 }
 
 TEST_F(HoldUpkeepTest, TellsOfNobodyAfterTheServiceHasGone) {
