@@ -13,9 +13,9 @@ namespace staylit {
 /// The status on the session bus, as `com.staylit.Status1`: properties that can be read, and
 /// signals. Nothing can be changed through it.
 ///
-/// It sends only when the reporter tells of a change, which is a few times a day, and makes a
-/// report only when somebody reads a property. Does not connect the bus by itself. Main thread
-/// only; both arguments must outlive it.
+/// It sends only when the reporter tells of a change, as with each change of the names; on a busy
+/// machine that may be several times a minute. It makes a report only when somebody reads a
+/// property. Does not connect the bus by itself. Main thread only; both arguments must outlive it.
 class StatusObject : public StatusService {
  public:
   StatusObject(platform::Bus& bus, StatusReporter& reporter);
