@@ -2,14 +2,16 @@
 
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdio>
 
 namespace platform {
 
 void PosixConsole::printLine(std::string_view line) {
-  std::fwrite(line.data(), 1, line.size(), stdout);
-  std::fputc('\n', stdout);
-  std::fflush(stdout);
+  const bool isWritten = std::fwrite(line.data(), 1, line.size(), stdout) == line.size() &&
+                         std::fputc('\n', stdout) != EOF && std::fflush(stdout) == 0;
+  // A reader that has gone has all that it wanted, as in `staylit --status | head -n 1`.
+  if (!isWritten && errno != EPIPE && outputError_ == 0) outputError_ = errno;
 }
 
 void PosixConsole::writeError(std::string_view text) {

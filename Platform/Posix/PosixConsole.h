@@ -11,6 +11,12 @@ class PosixConsole : public tidewell::Console {
   void writeError(std::string_view text) override;
   bool outputIsTerminal() override;
   bool errorIsTerminal() override;
+
+  /// The first errno with which a line was lost, other than to a reader that has gone; else 0.
+  [[nodiscard]] int outputError() const { return outputError_; }
+
+ private:
+  int outputError_ = 0;
 };
 
 }  // namespace platform

@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <vector>
 
 #include "Platform/Linux/Bus/Bus.h"
@@ -26,13 +27,23 @@
 
 namespace {
 
+/// Whoever asked has not got the answer when it could not be written, whatever it says.
+int exitStatus(platform::PosixConsole& console, int status) {
+  if (console.outputError() == 0) return status;
+  const std::string why = std::generic_category().message(console.outputError());
+  console.writeError("staylit: the answer cannot be written: " + why + "\n");
+  constexpr int kTrouble = 2;
+  return kTrouble;
+}
+
 int tellStatus(const staylit::StatusRequest& request) {
   platform::EventLoop loop;
   platform::Buses buses(loop);
   platform::PosixConsole console;
   platform::SystemClock clock;
   staylit::StatusPrinter printer(request, console, clock);
-  return staylit::StatusQuery(loop, buses, printer, request).run();
+  const int status = staylit::StatusQuery(loop, buses, printer, request).run();
+  return exitStatus(console, status);
 }
 
 int tellHolds(const staylit::HoldsRequest& request) {
@@ -41,7 +52,8 @@ int tellHolds(const staylit::HoldsRequest& request) {
   platform::PosixConsole console;
   platform::SystemClock clock;
   const auto report = staylit::HoldsReader(buses.system, buses.session, clock).read();
-  return staylit::HoldsPrinter::print(report, request, console, clock.wallTime());
+  const int status = staylit::HoldsPrinter::print(report, request, console, clock.wallTime());
+  return exitStatus(console, status);
 }
 
 /// What the terminal can show, by the locale of the environment.
@@ -61,7 +73,7 @@ int examine() {
   const auto report = staylit::DoctorReport::of(facts);
   for (const std::string& line : report.lines(signs()))
     console.printLine(line);
-  return report.exitStatus();
+  return exitStatus(console, report.exitStatus());
 }
 
 }  // namespace

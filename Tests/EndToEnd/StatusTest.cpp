@@ -151,5 +151,26 @@ TEST_F(StatusTest, StopsFollowingWhenNobodyReadsAnyMore) {
   EXPECT_NE(output("first").find("  Work stopped \u2014 releasing in "), std::string::npos);
 }
 
+TEST_F(StatusTest, EndsInTroubleWhenTheAnswerCannotBeWritten) {
+  const std::string errors = folder.path() / "errors";
+  for (const std::string option : {"--status", "--holds", "--doctor"}) {
+    const ChildProgram staylit(
+        {"sh", "-c",
+         "exec " + std::string(STAYLIT_PROGRAM) + " " + option + " >/dev/full 2>" + errors});
+    EXPECT_EQ(wait(staylit), 2) << option;
+    EXPECT_EQ(output("errors"), "staylit: the answer cannot be written: No space left on device\n")
+        << option;
+  }
+}
+
+TEST_F(StatusTest, TakesNoOffenceAtAReaderThatReadsNothing) {
+  const std::string errors = folder.path() / "errors";
+  const ChildProgram staylit(
+      {"bash", "-c",
+       std::string(STAYLIT_PROGRAM) + " --holds 2>" + errors + " | true; exit ${PIPESTATUS[0]}"});
+  EXPECT_EQ(wait(staylit), 1) << "nothing is held, and that is said";
+  EXPECT_EQ(output("errors"), "");
+}
+
 }  // namespace
 }  // namespace staylit::testing
