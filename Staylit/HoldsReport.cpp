@@ -57,7 +57,7 @@ std::vector<const Decider*> thoseWhoMay(const HoldsReport& report) {
   return result;
 }
 
-std::vector<const Decider*> notHeld(const HoldsReport& report, Decider::Action action) {
+std::vector<const Decider*> withoutHold(const HoldsReport& report, Decider::Action action) {
   std::vector<const Decider*> result;
   for (const Decider* decider : thoseWhoMay(report)) {
     if (decider->action == action && !isHeld(*decider, report.holds)) result.push_back(decider);
@@ -120,7 +120,7 @@ std::string heldSentence(const HoldsReport& report) {
 }
 
 std::string sleepsSentence(const HoldsReport& report) {
-  const Decider& decider = *notHeld(report, Decider::Action::sleeps).front();
+  const Decider& decider = *withoutHold(report, Decider::Action::sleeps).front();
   std::string sentence = "This machine would go to sleep";
   if (decider.after) sentence += " after " + settingOf(*decider.after) + " without use";
   sentence += ": " + decider.name + " does that" + inParentheses(decider);
@@ -130,7 +130,7 @@ std::string sleepsSentence(const HoldsReport& report) {
 
 std::string unknownSentence(const HoldsReport& report) {
   const std::string begin = "Whether this machine would go to sleep now cannot be told: ";
-  const auto open = notHeld(report, Decider::Action::unknown);
+  const auto open = withoutHold(report, Decider::Action::unknown);
   if (open.empty() && !report.silent.empty()) {
     const bool isOne = report.silent.size() == 1;
     return begin + enumeration(report.silent) +
@@ -327,8 +327,8 @@ Verdict HoldsReport::verdict() const {
   if (canSleep == false) return Verdict::never;
   if (deciders.empty()) return Verdict::unknown;
   if (thoseWhoMay(*this).empty()) return Verdict::never;
-  if (!notHeld(*this, Decider::Action::sleeps).empty()) return Verdict::sleeps;
-  if (!notHeld(*this, Decider::Action::unknown).empty()) return Verdict::unknown;
+  if (!withoutHold(*this, Decider::Action::sleeps).empty()) return Verdict::sleeps;
+  if (!withoutHold(*this, Decider::Action::unknown).empty()) return Verdict::unknown;
   return Verdict::held;
 }
 

@@ -161,7 +161,7 @@ void Bus::answered(const std::string& destination) {
   if (const auto peer = peers_.find(destination); peer != peers_.end()) peers_.erase(peer);
 }
 
-BusReply Bus::prepare(const BusMethod& method, const Arguments& arguments) {
+BusReply Bus::prepare(const BusMethod& method, const Arguments& arguments) const {
   sd_bus_message* raw = nullptr;
   int result = sd_bus_message_new_method_call(handle(), &raw, method.destination, method.path,
                                               method.interface, method.member);

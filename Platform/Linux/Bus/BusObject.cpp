@@ -33,7 +33,7 @@ void BusObject::emit(const char* member, const Bus::Arguments& arguments) {
   if (result < 0) logFailure(std::string("send ") + member + " of", result);
 }
 
-int BusObject::send(sd_bus* bus, const char* member, const Bus::Arguments& arguments) {
+int BusObject::send(sd_bus* bus, const char* member, const Bus::Arguments& arguments) const {
   sd_bus_message* raw = nullptr;
   const int made =
       sd_bus_message_new_signal(bus, &raw, place_.path.c_str(), place_.interface.c_str(), member);

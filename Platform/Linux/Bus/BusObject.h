@@ -40,7 +40,7 @@ class BusObject {
   void emitPropertiesChanged(std::vector<const char*> names);
 
  private:
-  int send(sd_bus* bus, const char* member, const Bus::Arguments& arguments);
+  int send(sd_bus* bus, const char* member, const Bus::Arguments& arguments) const;
   void logFailure(const std::string& what, int result) const;
 
   Bus& bus_;

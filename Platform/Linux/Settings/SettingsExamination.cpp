@@ -39,7 +39,7 @@ bool isSameButForCase(std::string_view left, std::string_view right) {
 std::string describeUnknown(std::string_view key, const tidewell::PropertyDictionary& known) {
   std::string text = "nobody knows the key \"" + tidewell::cleaned(key, 64) + "\"";
   for (const auto& [name, value] : known) {
-    if (isSameButForCase(name, key)) return text + "; it is written \"" + name + "\"";
+    if (isSameButForCase(name, key)) return text.append("; it is written \"").append(name) + '"';
   }
   return text;
 }

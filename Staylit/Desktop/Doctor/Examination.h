@@ -22,11 +22,11 @@ class Examination {
 
  private:
   void tryAHold(DoctorFacts& facts);
-  void lookAtSettings(DoctorFacts& facts);
+  static void lookAtSettings(DoctorFacts& facts);
   void addParticulars(DoctorFacts& facts);
   DoctorFacts::Tray tray();
   bool hasPolkit();
-  bool isOwned(platform::Bus& bus, const char* name);
+  static bool isOwned(platform::Bus& bus, const char* name);
 
   platform::EventLoop& loop_;
   platform::Buses& buses_;
