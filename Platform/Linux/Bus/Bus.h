@@ -124,7 +124,7 @@ class Bus : private ConnectionKeeper::Owner {
   [[nodiscard]] int remembered(const BusMethod& method) const;
   BusReply exchange(sd_bus_message* message, const BusMethod& method, BusTiming::Deadline deadline,
                     LateReply late);
-  BusReply prepare(const BusMethod& method, const Arguments& arguments) const;
+  [[nodiscard]] BusReply prepare(const BusMethod& method, const Arguments& arguments) const;
   BusListening listen(BusListening listener);
   std::shared_ptr<NameWatch> ownerWatch(const std::string& name);
   std::vector<BusListening> listeners();
