@@ -83,12 +83,21 @@ class Stranger {
     return bus != nullptr && act(bus) && askTheBus(bus);
   }
 
-  /// Runs `body` in a process of its own and returns its result.
+  /// Runs `body` in a process of its own and returns its result. `body` runs again when it has not
+  /// ended after a minute: another thread may have held a lock of the sanitizers' allocator at the
+  /// moment of the fork, and then the new process waits for that lock for ever.
   static bool runs(const std::function<bool()>& body) {
-    const pid_t child = ::fork();
-    if (child == 0) ::_exit(body() ? 0 : 1);
     int status = 1;
-    return ::waitpid(child, &status, 0) == child && status == 0;
+    for (int attempt = 0; attempt < 3; ++attempt) {
+      const pid_t child = ::fork();
+      if (child == 0) {
+        ::alarm(60);
+        ::_exit(body() ? 0 : 1);
+      }
+      if (::waitpid(child, &status, 0) != child) return false;
+      if (!WIFSIGNALED(status) || WTERMSIG(status) != SIGALRM) break;
+    }
+    return status == 0;
   }
 };
 
