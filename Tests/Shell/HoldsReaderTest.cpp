@@ -17,6 +17,7 @@
 #include "Tests/Platform/Support/BusService.h"
 #include "Tests/Platform/Support/BusTest.h"
 #include "Tests/Platform/Support/ChildProgram.h"
+#include "Tests/Platform/Support/FakeInhibitorList.h"
 #include "Tests/Platform/Support/FakeLogind.h"
 #include "Tests/Platform/Support/ScopedEnvironment.h"
 #include "Tests/Platform/Support/TemporaryFolder.h"
@@ -31,68 +32,9 @@ using State = HoldsReport::Activity::State;
 /// A number that no process has.
 constexpr std::uint32_t kNobody = 999'999'901;
 
-/// A session manager with its inhibitors.
-class SessionManagerWithHolds {
- public:
-  struct Entry {
-    std::string path, applicationId, reason;
-    std::uint32_t flags;
-  };
-
-  SessionManagerWithHolds(const std::string& address, std::vector<Entry> entries)
-      : entries_(std::move(entries)),
-        service_(address, {"org.gnome.SessionManager"},
-                 [this](sd_bus_message* call) { answer(call); }) {}
-
- private:
-  void answer(sd_bus_message* call) {
-    const std::string_view member = sd_bus_message_get_member(call);
-    if (member == "GetInhibitors") return answerPaths(call);
-    for (const Entry& entry : entries_) {
-      if (entry.path != sd_bus_message_get_path(call)) continue;
-      if (member == "GetAppId") {
-        sd_bus_reply_method_return(call, "s", entry.applicationId.c_str());
-      } else if (member == "GetReason") {
-        sd_bus_reply_method_return(call, "s", entry.reason.c_str());
-      } else {
-        sd_bus_reply_method_return(call, "u", entry.flags);
-      }
-      return;
-    }
-    sd_bus_reply_method_errorf(call, SD_BUS_ERROR_UNKNOWN_OBJECT, "gone");
-  }
-  void answerPaths(sd_bus_message* call) {
-    sd_bus_message* reply = nullptr;
-    sd_bus_message_new_method_return(call, &reply);
-    sd_bus_message_open_container(reply, 'a', "o");
-    for (const Entry& entry : entries_)
-      sd_bus_message_append(reply, "o", entry.path.c_str());
-    sd_bus_message_close_container(reply);
-    sd_bus_message_send(reply);
-    sd_bus_message_unref(reply);
-  }
-
-  std::vector<Entry> entries_;
-  BusService service_;
-};
-
-std::unique_ptr<BusService> policyAgent(const std::string& address,
-                                        std::vector<std::pair<std::string, std::string>> entries) {
-  return std::make_unique<BusService>(
-      address,
-      Lines{"org.kde.Solid.PowerManagement.PolicyAgent", "org.kde.Solid.PowerManagement",
-            "org.freedesktop.PowerManagement"},
-      [entries = std::move(entries)](sd_bus_message* call) {
-        sd_bus_message* reply = nullptr;
-        sd_bus_message_new_method_return(call, &reply);
-        sd_bus_message_open_container(reply, 'a', "(ss)");
-        for (const auto& [application, why] : entries)
-          sd_bus_message_append(reply, "(ss)", application.c_str(), why.c_str());
-        sd_bus_message_close_container(reply);
-        sd_bus_message_send(reply);
-        sd_bus_message_unref(reply);
-      });
-}
+/// Of KDE's power management, which is the freedesktop service as well.
+const Lines kKdesNames = {"org.kde.Solid.PowerManagement.PolicyAgent",
+                          "org.kde.Solid.PowerManagement", "org.freedesktop.PowerManagement"};
 
 class HoldsReaderTest : public BusTest {
  protected:
@@ -178,11 +120,11 @@ TEST_F(HoldsReaderTest, DoesNotWatchWhoHoldsForOthers) {
 }
 
 TEST_F(HoldsReaderTest, ListsWhatTheSessionManagerHoldsWithItsReasons) {
-  const SessionManagerWithHolds gnome(sessionDaemon->address(),
-                                      {{"/a", "org.gnome.Totem.desktop", "Playing", 12},
-                                       {"/b", "org.gnome.Evince", "Presenting", 8},
-                                       {"/c", "com.staylit.app", "ffmpeg is working", 4},
-                                       {"/d", "org.gnome.Logout", "", 1}});
+  FakeInhibitorList gnome(sessionDaemon->address());
+  gnome.list({{"/a", "org.gnome.Totem.desktop", 12, "Playing"},
+              {"/b", "org.gnome.Evince", 8, "Presenting"},
+              {"/c", "com.staylit.app", 4, "ffmpeg is working"},
+              {"/d", "org.gnome.Logout", 1, ""}});
   EXPECT_EQ(lines(read()),
             (Lines{"org.gnome.SessionManager org.gnome.Totem|Playing idle",
                    "org.gnome.SessionManager org.gnome.Evince|Presenting idleness",
@@ -190,18 +132,19 @@ TEST_F(HoldsReaderTest, ListsWhatTheSessionManagerHoldsWithItsReasons) {
 }
 
 TEST_F(HoldsReaderTest, ListsMoreThanOneReadingOfTheProgramThatRunsWouldTake) {
-  std::vector<SessionManagerWithHolds::Entry> entries;
+  std::vector<FakeInhibitorList::Entry> entries;
   for (int index = 0; index < 50; ++index)
-    entries.push_back({"/i" + std::to_string(index), "a", "b", 4});
-  const SessionManagerWithHolds gnome(sessionDaemon->address(), entries);
+    entries.push_back({"/i" + std::to_string(index), "a", 4, "b"});
+  FakeInhibitorList gnome(sessionDaemon->address());
+  gnome.list(entries);
   EXPECT_EQ(read().holds.size(), 50U);
 }
 
 TEST_F(HoldsReaderTest, ListsWhatKdeHoldsLessWhatItTakesFromLogind) {
   FakeLogind logind(systemDaemon->address());
   logind.list({{"idle", "mpv", "playing", "block", 0, kNobody}});
-  const auto agent =
-      policyAgent(sessionDaemon->address(), {{"mpv", "playing"}, {"Dolphin", "copying"}});
+  const auto agent = policyAgent(sessionDaemon->address(),
+                                 {{"mpv", "playing"}, {"Dolphin", "copying"}}, kKdesNames);
   EXPECT_EQ(lines(read()),
             (Lines{"org.freedesktop.login1 mpv|playing idle",
                    "org.kde.Solid.PowerManagement.PolicyAgent Dolphin|copying idle"}));
@@ -217,9 +160,8 @@ std::unique_ptr<BusService> staylitThatSeesTotem(const std::string& address, con
 }
 
 TEST_F(HoldsReaderTest, AsksTheStaylitThatRunsWhatItSees) {
-  const SessionManagerWithHolds gnome(
-      sessionDaemon->address(),
-      {{"/a", "org.gnome.Totem.desktop", "Playing", 4}, {"/b", "org.b", "", 4}});
+  FakeInhibitorList gnome(sessionDaemon->address());
+  gnome.list({{"/a", "org.gnome.Totem.desktop", 4, "Playing"}, {"/b", "org.b", 4, ""}});
   const auto staylit = staylitThatSeesTotem(sessionDaemon->address(), "holding");
   const HoldsReport report = read();
   ASSERT_EQ(report.holds.size(), 2U);
@@ -228,7 +170,8 @@ TEST_F(HoldsReaderTest, AsksTheStaylitThatRunsWhatItSees) {
 }
 
 TEST_F(HoldsReaderTest, DoesNotRepeatWhatAPausedStaylitSaw) {
-  const SessionManagerWithHolds gnome(sessionDaemon->address(), {{"/a", "org.gnome.Totem", "", 4}});
+  FakeInhibitorList gnome(sessionDaemon->address());
+  gnome.list({{"/a", "org.gnome.Totem", 4, ""}});
   const auto staylit = staylitThatSeesTotem(sessionDaemon->address(), "paused");
   EXPECT_EQ(read().holds.at(0).staylitSees, "");
 }
@@ -236,7 +179,8 @@ TEST_F(HoldsReaderTest, DoesNotRepeatWhatAPausedStaylitSaw) {
 TEST_F(HoldsReaderTest, SaysWhichServicesDoNotAnswer) {
   FakeLogind logind(systemDaemon->address());
   logind.listsNonsense = true;
-  const SessionManagerWithHolds gnome(sessionDaemon->address(), {{"/a", "a", "b", 4}});
+  FakeInhibitorList gnome(sessionDaemon->address());
+  gnome.list({{"/a", "a", 4, "b"}});
   const HoldsReport report = read();
   EXPECT_EQ(report.silent, Lines{"org.freedesktop.login1"});
   EXPECT_EQ(report.holds.size(), 1U);
