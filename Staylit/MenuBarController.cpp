@@ -176,7 +176,27 @@ void MenuBarController::postRender(const EngineStatus& status) {
 }
 
 void MenuBarController::render(const EngineStatus& status) {
-  if (statusItem_) statusItem_->show(appearance(status));
+  if (!statusItem_) return;
+  statusItem_->show(appearance(status));
+  MenuRows rows = menuRows(status);
+  if (shownRows_ && shownRows_->areSameAs(rows)) return;
+  shownRows_ = std::move(rows);
+  statusItem_->menuChanged();
+}
+
+bool MenuBarController::MenuRows::areSameAs(const MenuRows& other) const {
+  return status.isSameState(other.status) && busy == other.busy && asserting == other.asserting &&
+         ignored == other.ignored;
+}
+
+MenuBarController::MenuRows MenuBarController::menuRows(const EngineStatus& status) {
+  std::vector<std::string> busy;
+  for (const tidewell::BusyApp& app : upTo(kBusyLimit, engine_.busyApps().get()))
+    busy.push_back(app.id);
+  std::ranges::sort(busy);
+  const auto asserting = upTo(kAssertingLimit, engine_.assertingApps().get());
+  return {
+      status, std::move(busy), {asserting.begin(), asserting.end()}, Prefs::shared().ignoredApps()};
 }
 
 StatusItemAppearance MenuBarController::appearance(const EngineStatus& status) {

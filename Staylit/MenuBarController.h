@@ -1,7 +1,9 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
+#include <vector>
 
 #include "Staylit/AppsView.h"
 #include "Staylit/EngineStatus.h"
@@ -11,6 +13,7 @@
 #include "Staylit/StaylitEngine.h"
 #include "Staylit/UserInterface.h"
 #include "Tidewell/Ports/Ports.h"
+#include "Tidewell/TextMap.h"
 #include "Tidewell/WeakReference.h"
 
 namespace staylit {
@@ -44,6 +47,18 @@ class MenuBarController : public MenuDelegate {
   void openSettings();
 
  private:
+  /// What the menu's rows and check marks depend on, without figures and without the order of what
+  /// works.
+  struct MenuRows {
+    EngineStatus status;
+    std::vector<std::string> busy;
+    std::vector<std::string> asserting;
+    tidewell::TextSet ignored;
+
+    [[nodiscard]] bool areSameAs(const MenuRows& other) const;
+  };
+
+  [[nodiscard]] MenuRows menuRows(const EngineStatus& status);
   void followStatus();
   /// Renders `status` later, on the main loop.
   void postRender(const EngineStatus& status);
@@ -57,6 +72,7 @@ class MenuBarController : public MenuDelegate {
   UserInterface& userInterface_;
   tidewell::Ports& ports_;
   std::unique_ptr<StatusItem> statusItem_;  ///< Null where the system has no place for an item.
+  std::optional<MenuRows> shownRows_;       ///< That the status item was told of last.
   std::unique_ptr<AppsView> appsView_;      ///< Made with its window, and destroyed after it.
   std::unique_ptr<Window> appsWindow_;      ///< Null until it is first opened.
   std::unique_ptr<SettingsView> settingsView_;

@@ -49,6 +49,9 @@ class StatusItem {
  public:
   virtual ~StatusItem() = default;
   virtual void show(const StatusItemAppearance& appearance) = 0;
+  /// The menu has other rows, other check marks or another state than before; other figures in the
+  /// same rows are no such change. For systems that show a menu which they asked for earlier.
+  virtual void menuChanged() {}
 };
 
 /// Fills the status item's menu and hears what is chosen. Main thread only.

@@ -76,6 +76,7 @@ class FakeUserInterface : public UserInterface {
   StatusReporter* reporter = nullptr;                 ///< Of the status that was offered last.
   MenuDelegate* menu = nullptr;                       ///< Of the status item; null without one.
   std::vector<StatusItemAppearance> shown;            ///< By the status item, in order.
+  int menuChanges = 0;                                ///< How often the item was told of one.
   std::vector<std::shared_ptr<ShownWindow>> windows;  ///< All windows, in the order of creation.
   std::vector<std::string> told;                      ///< The bodies of all messages, in order.
 
@@ -90,6 +91,7 @@ class FakeUserInterface : public UserInterface {
     void show(const StatusItemAppearance& appearance) override {
       owner_.shown.push_back(appearance);
     }
+    void menuChanged() override { ++owner_.menuChanges; }
 
    private:
     FakeUserInterface& owner_;

@@ -1,8 +1,10 @@
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <filesystem>
 #include <memory>
 #include <optional>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -82,7 +84,8 @@ TEST_P(StatusItemOfEngine, ShowsTheStatus) {
                 "(3 ['label' '" +
                 std::string(look.pauseItem) +
                 "' 'shortcut' [['Control' 'p']]] []) "
-                "(4 ['label' 'Choose Apps…' 'shortcut' [['Control' 'a']]] []) "
+                "(4 ['label' 'Choose Apps…' 'accessible-desc' 'Choose Apps… — Pick which apps "
+                "may keep your Mac awake' 'shortcut' [['Control' 'a']]] []) "
                 "(5 ['label' 'Settings…' 'shortcut' [['Control' 'comma']]] []) "
                 "(6 ['type' 'separator'] []) "
                 "(7 ['label' 'Quit Staylit' 'shortcut' [['Control' 'q']]] [])])");
@@ -132,6 +135,33 @@ TEST_F(MenuOfEngine, ObeysAClickAndShowsItWhileTheMenuIsOpen) {
     return !host->signals.empty() &&
            host->signals.back().find("'label' 'Resume'") != std::string::npos;
   }));
+}
+
+TEST_F(MenuOfEngine, SendsFewMessagesInAnHourOfWorkWhileTheMenuIsClosed) {
+  using namespace std::chrono_literals;
+  fakes.defaults.setInteger("sustainSeconds", 10);
+  const std::vector<std::string> names = {"aider", "ffmpeg", "make"};
+  for (std::int32_t pid = 1; pid <= 3; ++pid)
+    fakes.processes.add(100 + pid, "/opt/" + names[static_cast<std::size_t>(pid - 1)]);
+  host->layout();
+  host->listenToMenu();
+  std::mt19937 figures(7);
+  // "make" works from the tenth to the twentieth minute, the others all the time, and each tick
+  // finds other figures and often another order.
+  for (int tick = 0; tick < 1800; ++tick) {
+    for (std::int32_t pid = 1; pid <= 3; ++pid) {
+      const bool works = pid < 3 || (tick >= 300 && tick < 600);
+      if (works)
+        fakes.processes.at(100 + pid).usage.userTime += 1'000'000'000U + figures() % 900'000'000U;
+    }
+    fakes.clock.advance(2s);
+    engine->tick();
+    fakes.mainLoop.runPosted();
+    sd_event_run(loop->handle(), 0);
+  }
+  platform::testing::runBriefly(*loop);
+  ASSERT_FALSE(host->signals.empty());
+  EXPECT_LT(host->signals.size(), 30U);
 }
 
 TEST_F(MenuOfEngine, EndsTheLoopWhenQuitIsChosen) {

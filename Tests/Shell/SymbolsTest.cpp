@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cmath>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -45,7 +47,7 @@ TEST(Symbols, HaveFullAndDimmedIconsForTheStatusItem) {
                         (iconName(symbol, isDimmed) + ".svg");
       const std::string drawing = contents(file);
       EXPECT_NE(drawing.find("</svg>"), std::string::npos) << file;
-      EXPECT_EQ(drawing.find("opacity=\".5\"") != std::string::npos, isDimmed) << file;
+      EXPECT_EQ(drawing.find("opacity=\".7\"") != std::string::npos, isDimmed) << file;
       // Some panels fill all shapes, even lines.
       EXPECT_EQ(drawing.find("stroke"), std::string::npos) << file;
     }
@@ -64,10 +66,33 @@ TEST(Symbols, HavePixmapsThatAreNeitherEmptyNorFull) {
   }
 }
 
-TEST(Symbols, AreHalfTransparentWhenDimmed) {
+TEST(Symbols, HavePixelsOfOneGrey) {
   EXPECT_EQ(statusPixel(255, false), 0xff8e8e8eU);
-  EXPECT_EQ(statusPixel(255, true), 0x7f8e8e8eU);
+  EXPECT_EQ(statusPixel(255, true), 0xe0828282U);
   EXPECT_EQ(statusPixel(0, false), 0x008e8e8eU);
+  EXPECT_EQ(statusPixel(0, true), 0x00828282U);
+}
+
+/// The luminance of a grey between 0 and 255, by the Web Content Accessibility Guidelines.
+double luminance(double grey) {
+  const double share = grey / 255;
+  return share <= 0.03928 ? share / 12.92 : std::pow((share + 0.055) / 1.055, 2.4);
+}
+
+/// The contrast of a covered pixel of the pixmaps with the panel behind it.
+double contrast(bool isDimmed, double panel) {
+  const std::uint32_t pixel = statusPixel(255, isDimmed);
+  const double opacity = (pixel >> 24U) / 255.0;
+  const double seen = luminance((pixel & 0xffU) * opacity + panel * (1 - opacity));
+  const double behind = luminance(panel);
+  return (std::max(seen, behind) + 0.05) / (std::min(seen, behind) + 0.05);
+}
+
+TEST(Symbols, StandOutFromLightAndDarkPanels) {
+  for (const bool isDimmed : {false, true}) {
+    for (const int panel : {0xff, 0x2b, 0x00})
+      EXPECT_GE(contrast(isDimmed, panel), 3.0) << isDimmed << " on " << panel;
+  }
 }
 
 TEST(DesktopFile, IsValid) {

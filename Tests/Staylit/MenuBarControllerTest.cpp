@@ -187,6 +187,31 @@ TEST_F(MenuBarControllerTest, FollowsARunningEngine) {
                                   "Work stopped \u2014 releasing in 120s"}));
 }
 
+TEST_F(MenuBarControllerTest, TellsTheItemOfOtherRowsButNotOfOtherFigures) {
+  const auto changesAfter = [this](const std::vector<BusyApp>& busy, EngineStatus status) {
+    userInterface.menuChanges = 0;
+    engine->busyApps().set(busy);
+    engine->status().set(std::move(status));
+    fakes.mainLoop.runPosted();
+    return userInterface.menuChanges;
+  };
+  fakes.mainLoop.runPosted();
+  const auto both = EngineStatus::holding({"Aider", "Codex"});
+  EXPECT_EQ(changesAfter({busyApp("aider", "Aider"), busyApp("codex", "Codex")}, both), 1);
+  EXPECT_EQ(changesAfter({busyApp("aider", "Aider", 70), busyApp("codex", "Codex")}, both), 0);
+  EXPECT_EQ(changesAfter({busyApp("codex", "Codex"), busyApp("aider", "Aider")},
+                         EngineStatus::holding({"Codex", "Aider"})),
+            0);
+  EXPECT_EQ(changesAfter({busyApp("aider", "Aider")}, EngineStatus::holding({"Aider"})), 1);
+  EXPECT_EQ(changesAfter({}, EngineStatus::winding(120)), 1);
+  EXPECT_EQ(changesAfter({}, EngineStatus::winding(118)), 0);
+  engine->assertingApps().set({"Player"});
+  EXPECT_EQ(changesAfter({}, EngineStatus::winding(116)), 1);
+  ignore({"make"});
+  EXPECT_EQ(changesAfter({}, EngineStatus::winding(114)), 1);
+  EXPECT_EQ(changesAfter({}, EngineStatus::winding(112)), 0);
+}
+
 TEST_F(MenuBarControllerTest, ShowsNothingOnceItIsGone) {
   engine->status().set(EngineStatus::paused());
   controller.reset();
@@ -255,6 +280,7 @@ TEST(MenuBarController, MakesOneStatusItemAndNoWindow) {
   tidewell::FakePorts fakes;
   FakeUserInterface userInterface(fakes.calls);
   StaylitEngine engine(fakes.ports);
+  Prefs::shared();  // This registers the defaults, which is one of the calls.
   fakes.calls->clear();
   const MenuBarController controller(engine, userInterface, fakes.ports);
   fakes.mainLoop.runPosted();

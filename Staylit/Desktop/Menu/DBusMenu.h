@@ -35,9 +35,11 @@ class DBusMenu {
   DBusMenu(const DBusMenu&) = delete;
   DBusMenu& operator=(const DBusMenu&) = delete;
 
-  /// Call it when what the menu shows may have changed. If a host knows the menu, the loop later
-  /// asks the delegate for it. While the menu is closed, hosts are told of other items only if
-  /// their number changed: many hosts first show the menu that they know, in the size that it had.
+  /// Call it when the menu has other rows, other check marks or another state; for mere figures an
+  /// open menu is refreshed by itself, and a closed one need not know them. If a host knows the
+  /// menu, the loop later asks the delegate for it. While the menu is closed, hosts are told of
+  /// other items only if their number changed: many hosts first show the menu that they know, in
+  /// the size that it had.
   void refresh();
 
   /// Does what the item with `action` does, later, from the loop.

@@ -1,5 +1,7 @@
 #include "Staylit/Desktop/Menu/MenuProperties.h"
 
+#include <algorithm>
+
 #include "Tidewell/ForeignText.h"
 
 namespace staylit {
@@ -23,12 +25,22 @@ std::string keyName(const std::string& character) {
   return character == "," ? "comma" : tidewell::cleaned(character);
 }
 
+/// Screen readers say this text in place of the label, so that it has the label as well.
+std::string accessibleDescription(const MenuItem& item) {
+  const std::size_t begin = std::min(item.title.find_first_not_of(' '), item.title.size());
+  return tidewell::cleaned(item.title.substr(begin), kLongestLabel) + " — " +
+         tidewell::cleaned(item.toolTip, kLongestLabel);
+}
+
 }  // namespace
 
 MenuProperties menuProperties(const MenuItem& item) {
   if (item.isSeparator) return {{"type", std::string("separator")}};
   MenuProperties properties{{"label", label(item.title)}};
   if (!item.isEnabled) properties.push_back({"enabled", false});
+  if (!item.toolTip.empty()) {
+    properties.push_back({"accessible-desc", accessibleDescription(item)});
+  }
   if (item.isToggle) {
     properties.push_back({"toggle-type", std::string("checkmark")});
     properties.push_back({"toggle-state", std::int32_t{item.isOn ? 1 : 0}});

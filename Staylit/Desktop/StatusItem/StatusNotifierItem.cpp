@@ -99,7 +99,6 @@ void StatusNotifierItem::show(const StatusItemAppearance& appearance) {
   } else if (former != appearance_) {
     announce(former);
   }
-  menu_.refresh();
 }
 
 void StatusNotifierItem::announce(const StatusItemAppearance& former) {

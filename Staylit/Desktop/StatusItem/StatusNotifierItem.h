@@ -28,6 +28,7 @@ class StatusNotifierItem : public StatusItem {
                      StatusIcons icons);
 
   void show(const StatusItemAppearance& appearance) override;
+  void menuChanged() override { menu_.refresh(); }
 
  private:
   static int property(sd_bus* bus, const char* path, const char* interface, const char* name,

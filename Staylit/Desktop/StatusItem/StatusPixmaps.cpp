@@ -9,8 +9,12 @@ namespace {
 // of them.
 #include "StatusPixmaps.inc"
 
-/// The contrast of this grey is the same, about 3.3 to 1, with white and with a usual dark panel.
+// No grey stands out much from both white and a usual dark panel (#2b2b2b), so that there is little
+// room for two: the first has contrasts of 3.3 and 4.3 with them, the dimmed one of 3.1 and 3.2.
+// What tells the states apart on such hosts is the outline.
 constexpr std::uint32_t kGrey = 0x8e8e8e;
+constexpr std::uint32_t kDimmedGrey = 0x828282;
+constexpr std::uint32_t kDimmedPercent = 88;
 
 }  // namespace
 
@@ -19,8 +23,8 @@ std::span<const StatusPixmap> statusPixmaps() {
 }
 
 std::uint32_t statusPixel(std::uint8_t opacity, bool isDimmed) {
-  const std::uint32_t alpha = isDimmed ? opacity / 2U : opacity;
-  return (alpha << 24U) | kGrey;
+  if (!isDimmed) return (std::uint32_t{opacity} << 24U) | kGrey;
+  return (opacity * kDimmedPercent / 100 << 24U) | kDimmedGrey;
 }
 
 }  // namespace staylit

@@ -17,7 +17,7 @@ struct StatusPixmap {
 std::span<const StatusPixmap> statusPixmaps();
 
 /// A pixel of this opacity in the colour of the pixmaps, which is visible on dark and on light
-/// panels: alpha, red, green, blue. Dimmed pixels are half transparent.
+/// panels: alpha, red, green, blue. Dimmed pixels are a little transparent.
 std::uint32_t statusPixel(std::uint8_t opacity, bool isDimmed);
 
 }  // namespace staylit
