@@ -9,6 +9,8 @@
 #include <sstream>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include "Staylit/Desktop/StatusItem/StatusIcons.h"
 #include "Staylit/Desktop/StatusItem/StatusPixmaps.h"
@@ -40,17 +42,37 @@ TEST(Symbols, EachHaveADrawing) {
   }
 }
 
-TEST(Symbols, HaveFullAndDimmedIconsForTheStatusItem) {
-  for (const char* symbol : {"cup.and.saucer.fill", "cup.and.saucer", "pause.circle"}) {
-    for (const bool isDimmed : {false, true}) {
-      const auto file = std::filesystem::path(STAYLIT_ICONS) / "hicolor/scalable/status" /
-                        (iconName(symbol, isDimmed) + ".svg");
-      const std::string drawing = contents(file);
-      EXPECT_NE(drawing.find("</svg>"), std::string::npos) << file;
-      EXPECT_EQ(drawing.find("opacity=\".7\"") != std::string::npos, isDimmed) << file;
-      // Some panels fill all shapes, even lines.
-      EXPECT_EQ(drawing.find("stroke"), std::string::npos) << file;
+TEST(Symbols, HaveFullAndDimmedIconsForTheStatusItemInEachSize) {
+  const std::vector<std::pair<std::string, std::string>> sizes = {
+      {"scalable", "0 0 16 16"}, {"22x22", "0 0 22 22"}, {"24x24", "0 0 24 24"}};
+  for (const auto& [folder, viewBox] : sizes) {
+    for (const char* symbol : {"cup.and.saucer.fill", "cup.and.saucer", "pause.circle"}) {
+      for (const bool isDimmed : {false, true}) {
+        const auto file = std::filesystem::path(STAYLIT_ICONS) / "hicolor" / folder / "status" /
+                          (iconName(symbol, isDimmed) + ".svg");
+        const std::string drawing = contents(file);
+        EXPECT_NE(drawing.find("viewBox=\"" + viewBox + "\""), std::string::npos) << file;
+        EXPECT_NE(drawing.find("</svg>"), std::string::npos) << file;
+        EXPECT_EQ(drawing.find("opacity=\".7\"") != std::string::npos, isDimmed) << file;
+        // Some panels fill all shapes, even lines.
+        EXPECT_EQ(drawing.find("stroke"), std::string::npos) << file;
+      }
     }
+  }
+}
+
+/// How many pixels are neither empty nor full, as they are where an edge lies between pixels.
+std::size_t blurredPixels(const StatusPixmap& pixmap) {
+  return static_cast<std::size_t>(std::ranges::count_if(
+      pixmap.opacities, [](std::uint8_t opacity) { return opacity > 32 && opacity < 223; }));
+}
+
+TEST(Symbols, HaveCupsWithStraightEdgesOnWholePixels) {
+  for (const StatusPixmap& pixmap : statusPixmaps()) {
+    if (!pixmap.symbol.starts_with("cup")) continue;
+    // Only the curves of cup, handle and saucer are blurred: a few pixels for each pixel of width.
+    EXPECT_LT(blurredPixels(pixmap), static_cast<std::size_t>(pixmap.size) * 2)
+        << pixmap.symbol << pixmap.size;
   }
 }
 
