@@ -71,6 +71,7 @@ void Prefs::setIgnoredApps(const tidewell::TextSet& ignored) {
   std::vector<std::string> list(ignored.begin(), ignored.end());
   std::ranges::sort(list);
   defaults_.setStringList(keys::ignoredApps, list);
+  ignoredAppsChanges_.set(ignoredAppsChanges_.get() + 1);
 }
 
 }  // namespace staylit

@@ -4,6 +4,7 @@
 #include <string>
 #include <string_view>
 
+#include "Staylit/Published.h"
 #include "Tidewell/BatteryMonitor.h"
 #include "Tidewell/Ports/Defaults.h"
 #include "Tidewell/Ports/PropertyValue.h"
@@ -51,6 +52,8 @@ class Prefs {
   /// The keys of the applications that the user ignores; stored in the order of their code points.
   [[nodiscard]] tidewell::TextSet ignoredApps();
   void setIgnoredApps(const tidewell::TextSet& ignored);
+  /// How often `setIgnoredApps` was called. Observers are told when the new set is stored already.
+  [[nodiscard]] Published<std::int64_t>& ignoredAppsChanges() { return ignoredAppsChanges_; }
 
   /// The store itself, for settings that only one place reads.
   [[nodiscard]] tidewell::Defaults& defaults() { return defaults_; }
@@ -59,6 +62,7 @@ class Prefs {
   explicit Prefs(tidewell::Defaults& defaults);
 
   tidewell::Defaults& defaults_;
+  Published<std::int64_t> ignoredAppsChanges_{0};
 };
 
 }  // namespace staylit

@@ -4,6 +4,8 @@
 #include <memory>
 #include <utility>
 
+#include "Staylit/Prefs.h"
+
 namespace staylit {
 
 /// One observer. Only its subscription keeps it alive.
@@ -15,8 +17,11 @@ class ViewChanges::Observer : public std::enable_shared_from_this<Observer> {
 
   void follow(StaylitEngine& engine, Published<std::int64_t>& viewChanges) {
     const auto post = [this](const auto&) { postOnce(); };
-    subscriptions_ = {engine.status().observe(post), engine.busyApps().observe(post),
-                      engine.assertingApps().observe(post), engine.powerState().observe(post),
+    subscriptions_ = {engine.status().observe(post),
+                      engine.busyApps().observe(post),
+                      engine.assertingApps().observe(post),
+                      engine.powerState().observe(post),
+                      Prefs::shared().ignoredAppsChanges().observe(post),
                       viewChanges.observe(post)};
   }
 
@@ -40,7 +45,7 @@ class ViewChanges::Observer : public std::enable_shared_from_this<Observer> {
   tidewell::WeakReference<ViewChanges> view_;
   std::function<void()> changed_;
   bool isPosted_ = false;
-  std::array<Subscription, 5> subscriptions_;
+  std::array<Subscription, 6> subscriptions_;
 };
 
 ViewChanges::ViewChanges(StaylitEngine& engine, tidewell::MainLoop& mainLoop)

@@ -11,7 +11,8 @@
 namespace staylit {
 
 /// Tells whoever shows a view that something in it may have changed: a value that the engine
-/// publishes, or a value of the view itself.
+/// publishes, the list of ignored applications (while the engine is paused it publishes nothing),
+/// or a value of the view itself.
 ///
 /// The engine tells of each change before it happens, and of four changes in one tick. This class
 /// tells an observer once for all changes in one pass of the main loop, when the new values can be

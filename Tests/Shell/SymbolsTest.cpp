@@ -27,9 +27,10 @@ std::string contents(const std::filesystem::path& file) {
 }
 
 TEST(Symbols, EachHaveADrawing) {
-  std::set<std::string> names = {"cup.and.saucer.fill", "cup.and.saucer",    "pause.circle",
-                                 "magnifyingglass",     "xmark.circle.fill", "moon.zzz",
-                                 "arrow.down.circle",   "arrow.up.circle"};
+  std::set<std::string> names = {
+      "cup.and.saucer.fill", "cup.and.saucer", "pause.circle",      "magnifyingglass",
+      "xmark.circle.fill",   "moon.zzz",       "arrow.down.circle", "arrow.up.circle",
+      "arrow.down",          "arrow.up"};
   for (const tidewell::AppCategory category : tidewell::kAllAppCategories) {
     names.emplace(tidewell::symbol(category));
   }

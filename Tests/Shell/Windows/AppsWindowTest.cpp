@@ -7,7 +7,9 @@
 
 #include "Staylit/Desktop/Windows/Apps/AppsList.h"
 #include "Staylit/Desktop/Windows/Apps/SearchField.h"
+#include "Staylit/Desktop/Windows/Apps/SectionHead.h"
 #include "Staylit/Desktop/Windows/Parts/TextLabel.h"
+#include "Staylit/WatchList.h"
 #include "Tests/Shell/Windows/WindowsTest.h"
 
 namespace staylit {
@@ -217,12 +219,57 @@ TEST_F(AppsWindowTest, ReleasingTheButtonElsewhereMovesNothing) {
   EXPECT_TRUE(view.version() == 0);
 }
 
-TEST_F(AppsWindowTest, ADoubleClickMovesOnlyTheApplicationThatWasMeant) {
+TEST_F(AppsWindowTest, ASecondClickAtOnceMovesTheApplicationThatStandsThereNow) {
   const Texts before = rows();
   const QPoint second = middle(before[1]);
   QTest::mouseClick(list().viewport(), Qt::LeftButton, {}, second);
-  QTest::mouseDClick(list().viewport(), Qt::LeftButton, {}, second);
-  EXPECT_TRUE(std::ranges::count(ignored(), before[2]) == 0);
+  // What the second of two quick clicks sends.
+  QTest::mouseEvent(QTest::MouseDClick, list().viewport(), Qt::LeftButton, {}, second);
+  QTest::mouseRelease(list().viewport(), Qt::LeftButton, {}, second);
+  EXPECT_EQ(std::ranges::count(ignored(), before[1]), 1);
+  EXPECT_EQ(std::ranges::count(ignored(), before[2]), 1);
+  EXPECT_EQ(ignored().size(), 2U);
+}
+
+TEST_F(AppsWindowTest, AHeadingThatIsNotInSightStandsAtTheEdgeAndLeadsToItsSection) {
+  const auto heads = childrenOf<windows::SectionHead>(list());
+  ASSERT_EQ(heads.size(), 2U);
+  const auto visible = [&heads] {
+    Texts names;
+    for (const auto* head : heads) {
+      if (head->isVisible()) names.push_back(head->accessibleName().toStdString());
+    }
+    return names;
+  };
+  ASSERT_EQ(visible().size(), 1U);
+  EXPECT_EQ(visible()[0].find("Not watching"), 0U);
+  heads[1]->click();
+  turn();
+  ASSERT_EQ(visible().size(), 1U);
+  EXPECT_EQ(visible()[0].find("Staying awake for"), 0U);
+  heads[0]->click();
+  turn();
+  EXPECT_EQ(list().verticalScrollBar()->value(), 0);
+}
+
+TEST_F(AppsWindowTest, TheHeadsAtTheEdgesDoNotCoverTheRowOfTheKeyboard) {
+  press(Qt::Key_Down);
+  const auto heads = childrenOf<windows::SectionHead>(list());
+  for (int times = 0; times < 80; ++times) {
+    press(times < 60 ? Qt::Key_Down : Qt::Key_Up);
+    const QRect row = list().visualRect(list().currentIndex());
+    for (const auto* head : heads)
+      EXPECT_FALSE(head->isVisible() && head->geometry().intersects(row)) << times;
+  }
+}
+
+TEST_F(AppsWindowTest, ShowsAMoveFromElsewhereWhileTheEngineIsPaused) {
+  engine->setPaused(true);
+  turn();
+  const Texts before = rows();
+  WatchList::setWatched(before[0], false);
+  turn();
+  EXPECT_NE(rows()[0], before[0]);
 }
 
 TEST_F(AppsWindowTest, HeadingsAndOtherButtonsDoNothing) {

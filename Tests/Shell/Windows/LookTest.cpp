@@ -49,7 +49,9 @@ TEST(Shades, MakeAllTextLegibleOnEverySurface) {
       for (const Tone tone : {Tone::secondary, Tone::tertiary, Tone::error})
         EXPECT_GE(contrast(textColor(tone, surface), surface.background), 4.5);
       EXPECT_GE(contrast(workingColor(surface), surface.background), 3);
-      EXPECT_GE(contrast(faintSignColor(surface), surface.background), 3);
+      EXPECT_LT(contrast(quietSignColor(surface), surface.background),
+                contrast(textColor(Tone::primary, surface), surface.background));
+      EXPECT_GT(contrast(quietSignColor(surface), surface.background), 1.3);
     }
   }
 }

@@ -23,7 +23,11 @@ bool choosesApplication(const QKeyEvent& event) {
 }  // namespace
 
 AppsList::AppsList(QWidget* parent)
-    : QListView(parent), model_(new AppsModel(this)), painter_(new AppsPainter(*model_, this)) {
+    : QListView(parent),
+      model_(new AppsModel(this)),
+      painter_(new AppsPainter(*model_, this)),
+      upperHead_(new SectionHead(SectionHead::Edge::upper, this)),
+      lowerHead_(new SectionHead(SectionHead::Edge::lower, this)) {
   setModel(model_);
   setItemDelegate(painter_);
   setFrameShape(QFrame::NoFrame);
@@ -36,6 +40,8 @@ AppsList::AppsList(QWidget* parent)
   // Rows come and go by themselves. The list scrolls to the keyboard's row only when the user
   // presses a key.
   setAutoScroll(false);
+  connect(upperHead_, &QAbstractButton::clicked, this, [this] { jumpTo(upperHeading_); });
+  connect(lowerHead_, &QAbstractButton::clicked, this, [this] { jumpTo(lowerHeading_); });
 }
 
 void AppsList::showSections(const std::vector<AppsView::Section>& sections) {
@@ -44,6 +50,7 @@ void AppsList::showSections(const std::vector<AppsView::Section>& sections) {
   doItemsLayout();
   scrollBackTo(before);
   takeKeyboardOffHeading();
+  showHeads();
   viewport()->update();
 }
 
@@ -180,8 +187,9 @@ void AppsList::mouseReleaseEvent(QMouseEvent* event) {
 }
 
 void AppsList::mouseDoubleClickEvent(QMouseEvent* event) {
-  // The first click has put another application under the mouse, which the user did not mean.
-  event->accept();
+  // Each row is a button, and the first click has put another row here: two clicks move two
+  // applications, however soon the second one comes.
+  mousePressEvent(event);
 }
 
 void AppsList::leaveEvent(QEvent* event) {
@@ -217,8 +225,54 @@ void AppsList::paintEvent(QPaintEvent* event) {
 
 void AppsList::scrollContentsBy(int dx, int dy) {
   QListView::scrollContentsBy(dx, dy);
+  showHeads();
   // Another row may lie under the mouse now.
   viewport()->update();
+}
+
+void AppsList::resizeEvent(QResizeEvent* event) {
+  QListView::resizeEvent(event);
+  upperHead_->place(viewport()->geometry());
+  lowerHead_->place(viewport()->geometry());
+  showHeads();
+}
+
+void AppsList::showHeads() {
+  upperHeading_ = -1;
+  int lower = -1;
+  for (int row = 0; row < model_->rowCount(); ++row) {
+    const QModelIndex index = model_->index(row);
+    if (model_->line(index).kind != AppsLine::Kind::heading) continue;
+    const QRect place = visualRect(index);
+    if (place.top() < 0) upperHeading_ = row;
+    if (lower < 0 && place.bottom() > viewport()->height()) lower = row;
+  }
+  lowerHeading_ = lower;
+  const auto line = [this](int row) {
+    return row < 0 ? nullptr : &model_->line(model_->index(row));
+  };
+  upperHead_->show(line(upperHeading_));
+  lowerHead_->show(line(lowerHeading_));
+}
+
+void AppsList::jumpTo(int headingRow) {
+  if (headingRow >= 0) QListView::scrollTo(model_->index(headingRow), PositionAtTop);
+}
+
+void AppsList::scrollTo(const QModelIndex& index, ScrollHint hint) {
+  if (!index.isValid()) return;
+  QListView::scrollTo(index, hint);
+  // The heads at the edges must not cover what is to be seen.
+  QScrollBar* bar = verticalScrollBar();
+  const QRect place = visualRect(index);
+  const bool isHeading = model_->line(index).kind == AppsLine::Kind::heading;
+  const int above = isHeading ? 0 : upperHead_->covered();
+  const int room = viewport()->height() - lowerHead_->covered();
+  if (place.top() < above) {
+    bar->setValue(bar->value() + place.top() - above);
+  } else if (place.bottom() >= room) {
+    bar->setValue(bar->value() + place.bottom() + 1 - room);
+  }
 }
 
 void AppsList::choose(const QModelIndex& index) {

@@ -9,11 +9,13 @@
 
 #include "Staylit/Desktop/Windows/Apps/AppsModel.h"
 #include "Staylit/Desktop/Windows/Apps/AppsPainter.h"
+#include "Staylit/Desktop/Windows/Apps/SectionHead.h"
 
 namespace staylit::windows {
 
 /// The list of the Choose Apps window. Every application is a button over its whole row. The
-/// keyboard goes from application to application through both sections.
+/// keyboard goes from application to application through both sections. The headings that are not
+/// in sight stand at the edges, where a click leads to their sections.
 class AppsList : public QListView {
  public:
   explicit AppsList(QWidget* parent = nullptr);
@@ -31,6 +33,8 @@ class AppsList : public QListView {
   void putKeyboardOn(const QModelIndex& index);
   void putKeyboardOnFirst() { putKeyboardOn(model_->nextEntry(0, 1)); }
 
+  void scrollTo(const QModelIndex& index, ScrollHint hint = EnsureVisible) override;
+
   [[nodiscard]] const AppsModel& apps() const { return *model_; }
   /// The application under the mouse; invalid when there is none.
   [[nodiscard]] QModelIndex hovered() const;
@@ -47,8 +51,11 @@ class AppsList : public QListView {
   void focusInEvent(QFocusEvent* event) override;
   void paintEvent(QPaintEvent* event) override;
   void scrollContentsBy(int dx, int dy) override;
+  void resizeEvent(QResizeEvent* event) override;
 
  private:
+  void showHeads();
+  void jumpTo(int headingRow);
   /// The applications in sight, and where; none while the list is at its top.
   [[nodiscard]] AppsAnchors visibleApplications() const;
   void scrollBackTo(const AppsAnchors& anchors);
@@ -59,9 +66,13 @@ class AppsList : public QListView {
   /// The application on which the keyboard goes on when the one at `index` leaves its section.
   [[nodiscard]] QModelIndex nextAfter(const QModelIndex& index) const;
 
-  // The list is the parent of both, because it still calls them while it is destroyed.
+  // The list is the parent of all four, because it still calls them while it is destroyed.
   AppsModel* model_;
   AppsPainter* painter_;
+  SectionHead* upperHead_;
+  SectionHead* lowerHead_;
+  int upperHeading_ = -1;  ///< The rows of the headings that the two show; -1 for none.
+  int lowerHeading_ = -1;
   std::function<void(const std::string& id)> onChoose_;
   std::optional<QPoint> mousePosition_;  ///< Absent while the mouse is elsewhere.
   QPersistentModelIndex pressed_;  ///< Where the mouse button went down; invalid while it is up.

@@ -18,7 +18,8 @@ constexpr int kRowPadding = 16;  ///< From the window's edge to what is drawn.
 constexpr int kPlateInset = 8;   ///< From the window's edge to the plate behind a row.
 constexpr int kPlateRadius = 6;
 constexpr int kSymbolWidth = 17;
-constexpr int kSymbolGap = 9;
+constexpr int kSymbolGap = 9;  ///< After it stand all titles, names and captions, on one edge.
+constexpr int kBadgeGap = 7;
 constexpr int kMoveSymbol = 16;
 constexpr int kDot = 6;
 constexpr int kDotGap = 6;
@@ -27,7 +28,6 @@ constexpr int kDetailGap = 1;
 constexpr int kFirstHeadingTop = 12;
 constexpr int kHeadingTop = 22;
 constexpr int kHeadingBottom = 6;
-constexpr int kHeadingGap = 7;
 constexpr int kSubtitleGap = 3;
 constexpr int kBadgePadding = 6;
 constexpr int kBadgeMargin = 1;
@@ -53,12 +53,8 @@ int headingTop(const AppsLine& line) {
   return line.section == 0 ? kFirstHeadingTop : kHeadingTop;
 }
 
-int titleHeight(const QStyleOptionViewItem& option) {
-  return std::max(kSymbolWidth, height(fontOf(option, TextStyle::headline)));
-}
-
 int headingHeight(const QStyleOptionViewItem& option, const AppsLine& line) {
-  return headingTop(line) + titleHeight(option) + kSubtitleGap +
+  return headingTop(line) + AppsPainter::titleHeight(option) + kSubtitleGap +
          height(fontOf(option, TextStyle::smallCaption)) + kHeadingBottom;
 }
 
@@ -73,7 +69,8 @@ int entryHeight(const QStyleOptionViewItem& option, const AppsLine& entry) {
 }
 
 int emptyHeight(const QStyleOptionViewItem& option, const AppsLine& line) {
-  const QRect room(0, 0, option.rect.width() - 2 * kRowPadding, QWIDGETSIZE_MAX);
+  const int wide = option.rect.width() - 2 * kRowPadding - kSymbolWidth - kSymbolGap;
+  const QRect room(0, 0, wide, QWIDGETSIZE_MAX);
   const QFontMetrics metrics(fontOf(option, TextStyle::callout));
   return metrics.boundingRect(room, Qt::TextWordWrap, qt(line.text)).height() + 2 * kEmptyMargin;
 }
@@ -119,6 +116,17 @@ struct AppsPainter::Canvas {
   }
 };
 
+int AppsPainter::titleHeight(const QStyleOptionViewItem& option) {
+  return std::max(kSymbolWidth, height(fontOf(option, TextStyle::headline)));
+}
+
+void AppsPainter::paintHeadingTitle(QPainter& painter, const QStyleOptionViewItem& option,
+                                    const AppsLine& heading) {
+  const Canvas canvas{painter, option, Surface::base(option.palette)};
+  const int end = paintTitle(canvas, heading, canvas.content());
+  paintBadge(canvas, heading.count, end + kBadgeGap, canvas.content());
+}
+
 AppsPainter::AppsPainter(const AppsModel& model, QObject* parent)
     : QAbstractItemDelegate(parent), model_(model) {}
 
@@ -159,9 +167,9 @@ void AppsPainter::paintHeading(const Canvas& canvas, const AppsLine& line) {
   title.setTop(title.top() + headingTop(line));
   title.setHeight(titleHeight(canvas.option));
   const int end = paintTitle(canvas, line, title);
-  paintBadge(canvas, line.count, end + kHeadingGap, title);
+  paintBadge(canvas, line.count, end + kBadgeGap, title);
 
-  QRect subtitle = canvas.content();
+  QRect subtitle = canvas.content().adjusted(kSymbolWidth + kSymbolGap, 0, 0, 0);
   subtitle.setTop(title.bottom() + 1 + kSubtitleGap);
   subtitle.setBottom(canvas.option.rect.bottom() - kHeadingBottom);
   canvas.text(subtitle, fontOf(canvas.option, TextStyle::smallCaption),
@@ -173,7 +181,7 @@ int AppsPainter::paintTitle(const Canvas& canvas, const AppsLine& heading, QRect
   const QColor color = textColor(Tone::primary, canvas.surface);
   const QString title = qt(heading.text);
   canvas.symbol(QRect(line.topLeft(), QSize(kSymbolWidth, line.height())), heading.symbol, color);
-  line.setLeft(line.left() + kSymbolWidth + kHeadingGap);
+  line.setLeft(line.left() + kSymbolWidth + kSymbolGap);
   canvas.text(line, font, color, title);
   return line.left() + width(font, title);
 }
@@ -199,7 +207,7 @@ void AppsPainter::paintBadge(const Canvas& canvas, std::size_t count, int left, 
 }
 
 void AppsPainter::paintEmpty(const Canvas& canvas, const AppsLine& line) {
-  canvas.text(canvas.content().adjusted(0, kEmptyMargin, 0, -kEmptyMargin),
+  canvas.text(canvas.content().adjusted(kSymbolWidth + kSymbolGap, kEmptyMargin, 0, -kEmptyMargin),
               fontOf(canvas.option, TextStyle::callout), textColor(Tone::secondary, canvas.surface),
               qt(line.text), Qt::TextWordWrap);
 }
@@ -213,8 +221,8 @@ void AppsPainter::paintEntry(const Canvas& canvas, const AppsLine& line,
   canvas.symbol(QRect(rest.left(), rest.top(), kSymbolWidth, rest.height()), line.symbol,
                 secondary);
   const QRect move(rest.right() + 1 - kMoveSymbol, rest.top(), kMoveSymbol, rest.height());
-  canvas.symbol(move, line.moveSymbol,
-                reacts ? textColor(Tone::primary, canvas.surface) : faintSignColor(canvas.surface));
+  canvas.symbol(move, symbols::plainArrow(line.moveSymbol),
+                reacts ? textColor(Tone::primary, canvas.surface) : quietSignColor(canvas.surface));
 
   rest.adjust(kSymbolWidth + kSymbolGap, 0, -kMoveSymbol - kSymbolGap, 0);
   const int texts = textsHeight(canvas.option, line);

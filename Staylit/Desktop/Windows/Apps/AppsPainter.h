@@ -28,6 +28,12 @@ class AppsPainter : public QAbstractItemDelegate {
   [[nodiscard]] QSize sizeHint(const QStyleOptionViewItem& option,
                                const QModelIndex& index) const override;
 
+  /// The height of a heading's title, which is all that `paintHeadingTitle` draws: symbol, title
+  /// and badge, in the middle of the option's rectangle.
+  static int titleHeight(const QStyleOptionViewItem& option);
+  static void paintHeadingTitle(QPainter& painter, const QStyleOptionViewItem& option,
+                                const AppsLine& heading);
+
  private:
   struct Canvas;
 

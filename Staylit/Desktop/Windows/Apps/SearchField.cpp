@@ -33,7 +33,8 @@ SearchField::SearchField(const AppsView::Header& texts, QWidget* parent)
   layout->addWidget(clear_);
 
   edit_->setFrame(false);
-  edit_->setPlaceholderText(qt(texts.searchPlaceholder));
+  // The line edit draws its caret on the first letter; the thin space keeps them apart.
+  edit_->setPlaceholderText(QChar(0x2009) + qt(texts.searchPlaceholder));
   edit_->setAccessibleName(qt(texts.searchPlaceholder));
   edit_->installEventFilter(this);
   followPalette();

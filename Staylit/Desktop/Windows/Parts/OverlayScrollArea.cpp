@@ -1,11 +1,36 @@
 #include "Staylit/Desktop/Windows/Parts/OverlayScrollArea.h"
 
+#include <QLinearGradient>
+#include <QPainter>
 #include <QStyle>
 
 namespace staylit::windows {
+namespace {
+
+constexpr int kFadeHeight = 40;
+
+/// Hides the lower edge of the content more and more, and lets all clicks through.
+class Fade : public QWidget {
+ public:
+  explicit Fade(QWidget* parent) : QWidget(parent) {
+    setAttribute(Qt::WA_TransparentForMouseEvents);
+  }
+
+ protected:
+  void paintEvent(QPaintEvent*) override {
+    QColor ground = palette().color(QPalette::Window);
+    QLinearGradient gradient(0, 0, 0, height());
+    gradient.setColorAt(1, ground);
+    ground.setAlpha(0);
+    gradient.setColorAt(0, ground);
+    QPainter(this).fillRect(rect(), gradient);
+  }
+};
+
+}  // namespace
 
 OverlayScrollArea::OverlayScrollArea(QWidget* parent)
-    : QScrollArea(parent), bar_(new QScrollBar(Qt::Vertical, this)) {
+    : QScrollArea(parent), fade_(new Fade(this)), bar_(new QScrollBar(Qt::Vertical, this)) {
   setFrameShape(QFrame::NoFrame);
   setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
   setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
@@ -14,6 +39,7 @@ OverlayScrollArea::OverlayScrollArea(QWidget* parent)
   QScrollBar* hidden = verticalScrollBar();
   connect(hidden, &QScrollBar::rangeChanged, this, [this] { followRange(); });
   connect(hidden, &QScrollBar::valueChanged, bar_, &QScrollBar::setValue);
+  connect(hidden, &QScrollBar::valueChanged, this, [this] { followRange(); });
   connect(bar_, &QScrollBar::valueChanged, hidden, &QScrollBar::setValue);
   followRange();
 }
@@ -25,12 +51,15 @@ void OverlayScrollArea::followRange() {
   bar_->setSingleStep(hidden->singleStep());
   bar_->setValue(hidden->value());
   bar_->setVisible(bar_->maximum() > bar_->minimum());
+  fade_->setVisible(bar_->value() < bar_->maximum());
 }
 
 void OverlayScrollArea::placeBar() {
   const int wide = bar_->sizeHint().width();
   bar_->setGeometry(
       QStyle::visualRect(layoutDirection(), rect(), QRect(width() - wide, 0, wide, height())));
+  fade_->setGeometry(0, height() - kFadeHeight, width(), kFadeHeight);
+  fade_->raise();
   bar_->raise();
 }
 

@@ -6,6 +6,7 @@
 namespace staylit::windows {
 
 /// Scrolls up and down. Its bar lies on the content's margin and takes none of the content's width.
+/// While there is more below, the content fades out at the lower edge.
 class OverlayScrollArea : public QScrollArea {
  public:
   explicit OverlayScrollArea(QWidget* parent = nullptr);
@@ -17,6 +18,7 @@ class OverlayScrollArea : public QScrollArea {
   void followRange();
   void placeBar();
 
+  QWidget* fade_;
   QScrollBar* bar_;
 };
 

@@ -8,7 +8,7 @@ namespace {
 
 constexpr double kSecondaryShare = 0.74;
 constexpr double kTertiaryShare = 0.58;
-constexpr double kFaintShare = 0.42;
+constexpr double kQuietShare = 0.28;
 constexpr double kLineShare = 0.14;
 constexpr double kDarkCardShare = 0.06;
 /// How many colours the search for a legible one tries.
@@ -88,9 +88,8 @@ QColor textColor(Tone tone, const Surface& surface) {
   return legible(red, surface.background, kTextContrast);
 }
 
-QColor faintSignColor(const Surface& surface) {
-  const QColor faint = mixed(surface.text, surface.background, kFaintShare);
-  return legible(faint, surface.background, kSignContrast);
+QColor quietSignColor(const Surface& surface) {
+  return mixed(surface.text, surface.background, kQuietShare);
 }
 
 QColor workingColor(const Surface& surface) {

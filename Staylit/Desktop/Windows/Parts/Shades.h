@@ -36,8 +36,8 @@ QColor mixed(const QColor& top, const QColor& bottom, double share);
 QColor legible(const QColor& wanted, const QColor& background, double ratio);
 
 QColor textColor(Tone tone, const Surface& surface);
-/// The colour of a sign whose meaning is also said in words.
-QColor faintSignColor(const Surface& surface);
+/// The colour of an ornament that is also there, in full, wherever the mouse or the keyboard is.
+QColor quietSignColor(const Surface& surface);
 /// The colour of the dot that marks an application that works.
 QColor workingColor(const Surface& surface);
 /// The colour of a hairline between two parts.

@@ -51,6 +51,13 @@ void draw(QPainter& painter, const QString& name, const QRectF& frame, const QCo
   painter.drawPixmap(toPixels.inverted().map(QPointF(corner.toPoint())), picture);
 }
 
+std::string_view plainArrow(std::string_view name) {
+  constexpr std::string_view kCircle = ".circle";
+  const bool isArrow = name.starts_with("arrow.") && name.ends_with(kCircle);
+  if (isArrow) name.remove_suffix(kCircle.size());
+  return name;
+}
+
 QPixmap pixmap(const QString& name, int side, const QColor& color, qreal pixelRatio) {
   if (side < 1) return {};
   const int pixels = qCeil(side * pixelRatio);

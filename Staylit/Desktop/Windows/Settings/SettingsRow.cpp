@@ -21,7 +21,10 @@ TextLabel* makeNote(Tone tone, QWidget* parent) {
 }
 
 void showNote(TextLabel& note, const QString& text) {
-  note.setText(text);
+  // An arrow between two words stays on the line of the second one.
+  QString joined = text;
+  joined.replace(QStringLiteral(" → "), QStringLiteral("\u00a0→\u00a0"));
+  note.setText(joined);
   note.setVisible(!text.isEmpty());
 }
 

@@ -11,10 +11,11 @@ namespace staylit::windows {
 namespace {
 
 constexpr QSizeF kTrack(36, 20);
-constexpr double kThumbOff = 12;
-constexpr double kThumbOn = 14;
-constexpr double kOffShare = 0.06;
+constexpr double kThumb = 14;
+constexpr double kOffShare = 0.22;
 constexpr double kSwitchHoverShare = 0.12;
+constexpr double kOffHoverShare = 0.32;
+constexpr double kOffContrast = 1.5;  ///< The outline of the track says where the switch is.
 constexpr double kOutlineShare = 0.5;
 constexpr int kMilliseconds = 120;
 
@@ -79,25 +80,30 @@ void Switch::paintTrack(QPainter& painter, const QRectF& track) const {
   }
   const QColor outline = mixed(card.text, card.background, kOutlineShare);
   painter.setPen(QPen(legible(outline, card.background, kSignContrast), 1));
-  painter.setBrush(mixed(card.text, card.background, underMouse() ? kSwitchHoverShare : kOffShare));
+  painter.setBrush(mixed(card.text, card.background, underMouse() ? kOffHoverShare : kOffShare));
   const QRectF inside = track.adjusted(0.5, 0.5, -0.5, -0.5);
   painter.drawRoundedRect(inside, inside.height() / 2, inside.height() / 2);
 }
 
 void Switch::paintThumb(QPainter& painter, const QRectF& track) const {
   const Surface card = Surface::card(palette());
-  const QColor accent = palette().color(QPalette::Highlight);
-  const QColor off =
-      legible(mixed(card.text, card.background, kOutlineShare), card.background, kTextContrast);
-  const double radius = (isChecked() ? kThumbOn : kThumbOff) / 2;
   const double travel = track.width() - track.height();
   const QPointF center(track.left() + track.height() / 2 + travel * position(), track.center().y());
   painter.setPen(Qt::NoPen);
-  painter.setBrush(isChecked()
-                       ? legible(palette().color(QPalette::HighlightedText),
-                                 legible(accent, card.background, kSignContrast), kSignContrast)
-                       : off);
-  painter.drawEllipse(center, radius, radius);
+  painter.setBrush(isChecked() ? onThumb(card) : offThumb(card));
+  painter.drawEllipse(center, kThumb / 2, kThumb / 2);
+}
+
+QColor Switch::onThumb(const Surface& card) const {
+  const QColor accent =
+      legible(palette().color(QPalette::Highlight), card.background, kSignContrast);
+  return legible(palette().color(QPalette::HighlightedText), accent, kSignContrast);
+}
+
+/// As solid as the thumb of a switch that is on: a small grey one would look disabled.
+QColor Switch::offThumb(const Surface& card) {
+  const QColor track = mixed(card.text, card.background, kOffHoverShare);
+  return legible(card.isDark() ? card.text : card.background, track, kOffContrast);
 }
 
 void Switch::paintRing(QPainter& painter, const QRectF& track) const {

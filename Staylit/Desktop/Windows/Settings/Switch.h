@@ -27,6 +27,8 @@ class Switch : public QCheckBox {
   [[nodiscard]] QRectF track() const;
   void paintTrack(QPainter& painter, const QRectF& track) const;
   void paintThumb(QPainter& painter, const QRectF& track) const;
+  [[nodiscard]] QColor onThumb(const Surface& card) const;
+  [[nodiscard]] static QColor offThumb(const Surface& card);
   void paintRing(QPainter& painter, const QRectF& track) const;
 
   QVariantAnimation sliding_;  ///< From 0, which is off, to 1.
