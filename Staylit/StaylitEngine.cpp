@@ -109,8 +109,9 @@ void StaylitEngine::passBlocked(std::string reason) {
 void StaylitEngine::passQuiet() {
   const Moment start = quietSince_ ? *quietSince_ : ports_.clock->now();
   quietSince_ = start;
+  quietJudgedAt_ = ports_.clock->now();
   const double remaining =
-      static_cast<double>(graceSeconds()) - Seconds(ports_.clock->now() - start).count();
+      static_cast<double>(graceSeconds()) - Seconds(quietJudgedAt_ - start).count();
   if (remaining > 0) {
     sleep_.hold("waiting for work to resume", keepScreenOn());
     status_.set(EngineStatus::winding(static_cast<std::int64_t>(std::ceil(remaining))));

@@ -72,6 +72,15 @@ class StaylitEngine {
   /// What the last tick saw, on which the engine's decision rests.
   [[nodiscard]] const tidewell::ActivityMonitor& monitor() const { return monitor_; }
 
+  /// From now on `listener`, which may be null, is told what each tick sees, before the four values
+  /// are assigned, except `powerState`. It must outlive the engine or be taken back.
+  void setTickListener(tidewell::TickListener* listener) { monitor_.setListener(listener); }
+
+  /// When the current spell without work began; absent while something works.
+  [[nodiscard]] std::optional<tidewell::Moment> quietSince() const { return quietSince_; }
+  /// The moment at which the last tick without work measured how long the spell has lasted.
+  [[nodiscard]] tidewell::Moment quietJudgedAt() const { return quietJudgedAt_; }
+
  private:
   void observeSystemSleep();
   void passBlocked(std::string reason);
@@ -89,6 +98,7 @@ class StaylitEngine {
   tidewell::SleepController sleep_;
   std::unique_ptr<tidewell::RepeatingTimer> timer_;
   std::optional<tidewell::Moment> quietSince_;  ///< When the current spell without work began.
+  tidewell::Moment quietJudgedAt_;
   tidewell::WeakReferenceSource<StaylitEngine> self_{*this};  ///< For the timer and the observers.
 };
 

@@ -43,6 +43,9 @@ std::vector<BusyApp> ActivityMonitor::tick(const ActivityThresholds& thresholds)
     judge(current, interval, now, thresholds);
     updateAssertingApps(thresholds);
   }
+  if (listener_) {
+    listener_->ticked({now, samples, netTotals, comparable ? &everyAsserting_ : nullptr});
+  }
   previous_ = std::move(current);
   previousAt_ = now;
   return comparable ? lastBusy_ : std::vector<BusyApp>();
@@ -132,8 +135,11 @@ std::optional<BusyApp> ActivityMonitor::overThreshold(const std::string& key,
 
 void ActivityMonitor::updateAssertingApps(const ActivityThresholds& thresholds) {
   assertingApps_.clear();
+  if (!thresholds.honorAppAssertions && !listener_) return;
+  std::vector<std::string> names = PowerAssertionReader::appsPreventingSleep();
+  if (listener_) everyAsserting_ = names;
   if (!thresholds.honorAppAssertions) return;
-  for (std::string& name : PowerAssertionReader::appsPreventingSleep()) {
+  for (std::string& name : names) {
     if (!thresholds.ignored.contains(name)) assertingApps_.push_back(std::move(name));
   }
 }

@@ -15,6 +15,23 @@
 
 namespace tidewell {
 
+/// What the ports told an activity monitor at one tick. Valid during the call that hands it over.
+struct TickInputs {
+  Moment at;
+  const std::vector<RawSample>& samples;
+  const NetworkTotals& netTotals;
+  /// The programs that hold a sleep assertion of their own, with the ignored ones; null when nobody
+  /// was asked at this tick.
+  const std::vector<std::string>* asserting;
+};
+
+/// Is told the inputs of each tick. Main thread only.
+class TickListener {
+ public:
+  virtual ~TickListener() = default;
+  virtual void ticked(const TickInputs& inputs) = 0;
+};
+
 /// Turns successive snapshots of all processes into the applications that work hard enough, for
 /// long enough, to keep the machine awake.
 ///
@@ -29,6 +46,10 @@ class ActivityMonitor {
   /// first. Returns nothing when there is nothing to compare with: on the first tick, after a
   /// reset, and when the tick before was 0.2 s ago or less, or 120 s or more.
   std::vector<BusyApp> tick(const ActivityThresholds& thresholds);
+
+  /// From now on `listener`, which may be null, is told the inputs of each tick, as long as this
+  /// monitor lives. A monitor that has one asks who holds assertions even where they do not count.
+  void setListener(TickListener* listener) { listener_ = listener; }
 
   /// Forgets the sampling history, but not `assertingApps`.
   void reset();
@@ -72,6 +93,8 @@ class ActivityMonitor {
   std::vector<BusyApp> lastBusy_;
   std::vector<BusyApp> lastCandidates_;
   std::vector<std::string> assertingApps_;
+  TickListener* listener_ = nullptr;
+  std::vector<std::string> everyAsserting_;  ///< With the ignored ones; kept for the listener only.
 };
 
 }  // namespace tidewell

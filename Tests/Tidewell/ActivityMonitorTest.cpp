@@ -4,7 +4,9 @@
 
 #include <algorithm>
 #include <chrono>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "Tests/Fakes/ComposedPorts.h"
@@ -800,6 +802,63 @@ TEST_F(ActivityMonitorThatCountsWhole, AnApplicationThatWasGoneForTwoTicksIsNew)
   startTool(12, "tool");
   EXPECT_TRUE(tickWith(12, 50).empty());
   EXPECT_EQ(tickWith(12, 50).at(0).busyFor, 0);
+}
+
+// What a listener is told.
+
+/// Keeps what each tick told.
+class KeptInputs : public TickListener {
+ public:
+  void ticked(const TickInputs& inputs) override {
+    moments.push_back(inputs.at);
+    Texts names;
+    for (const RawSample& sample : inputs.samples)
+      names.emplace_back(std::string_view(sample.executable));
+    programs.push_back(names);
+    totals.push_back(inputs.netTotals);
+    asserting.push_back(inputs.asserting ? std::optional(*inputs.asserting) : std::nullopt);
+  }
+
+  std::vector<Moment> moments;
+  std::vector<Texts> programs;
+  std::vector<NetworkTotals> totals;
+  std::vector<std::optional<Texts>> asserting;
+};
+
+TEST_P(ActivityMonitorTest, TellsItsListenerWhatEachTickSaw) {
+  KeptInputs kept;
+  monitor.setListener(&kept);
+  limits.honorAppAssertions = true;
+  limits.ignored = {"pid 500"};
+  startTool(10, "tool");
+  fakes.assertions.hold(500, "PreventSystemSleep");
+  tick();
+  finishNetworkRun({{10, 7}});
+  tickAfter(2s);
+  EXPECT_EQ(kept.moments.at(1) - kept.moments.at(0), 2s);
+  EXPECT_EQ(kept.programs, (std::vector<Texts>{{"tool"}, {"tool"}}));
+  EXPECT_EQ(kept.totals.at(1), (NetworkTotals{{10, 7}})) << "those that the tick used";
+  EXPECT_EQ(kept.asserting.at(0), std::nullopt) << "a tick that only primes asks nobody";
+  EXPECT_EQ(kept.asserting.at(1), Texts{"pid 500"}) << "with the ignored ones";
+  EXPECT_EQ(monitor.assertingApps(), Texts{});
+}
+
+TEST_P(ActivityMonitorTest, AsksForItsListenerEvenWhereAssertionsDoNotCount) {
+  KeptInputs kept;
+  monitor.setListener(&kept);
+  fakes.assertions.hold(500, "PreventSystemSleep");
+  tick();
+  tickAfter(2s);
+  EXPECT_EQ(kept.asserting.at(1), Texts{"pid 500"});
+  EXPECT_EQ(monitor.assertingApps(), Texts{});
+}
+
+TEST_P(ActivityMonitorTest, TellsAListenerThatWasTakenBackNothing) {
+  KeptInputs kept;
+  monitor.setListener(&kept);
+  monitor.setListener(nullptr);
+  tick();
+  EXPECT_TRUE(kept.moments.empty());
 }
 
 TEST_P(ActivityMonitorTest, LogsNothing) {
