@@ -10,7 +10,6 @@
 #include <string>
 #include <vector>
 
-#include "Staylit/Desktop/Control/ControlObject.h"
 #include "Staylit/Desktop/Session/ApplicationService.h"
 #include "Staylit/Desktop/Status/StatusMessages.h"
 #include "Staylit/Desktop/Status/StatusObject.h"
@@ -35,18 +34,13 @@ class StrangersTest : public platform::testing::BusTest {
     BusTest::SetUp();
     if (IsSkipped()) return;
     delegate.menu = testing::smallMenu();
-    service.emplace(*loop, *sessionBus, [this](MenuItem::Action) {
-      ++performed;
-      return std::string();
-    });
+    service.emplace(*loop, *sessionBus, [this](MenuItem::Action) { ++performed; });
     ASSERT_EQ(service->claim({}, [] {}), ApplicationService::Claim::first);
     item.emplace(*loop, *sessionBus, delegate, StatusIcons{true, "/icons"});
     offered.emplace(*sessionBus, reporter);
-    control.emplace(*loop, *sessionBus, pause);
     item->show({"cup.and.saucer", "Staylit", true, "Idle — your Mac can sleep"});
   }
   void TearDown() override {
-    control.reset();
     offered.reset();
     item.reset();
     service.reset();
@@ -77,8 +71,6 @@ class StrangersTest : public platform::testing::BusTest {
   StaylitEngine engine{fakes.ports};
   StatusReporter reporter{engine, fakes.ports};
   std::optional<StatusObject> offered;
-  PauseControl pause{engine, fakes.ports};
-  std::optional<ControlObject> control;
 };
 
 TEST_F(StrangersTest, MayNeitherPauseNorEndTheProgramNorShowItsWindows) {
@@ -88,11 +80,8 @@ TEST_F(StrangersTest, MayNeitherPauseNorEndTheProgramNorShowItsWindows) {
   EXPECT_TRUE(isRefused(path, interface, "Open", "asa{sv}", 0, 0));
   EXPECT_TRUE(isRefused(path, interface, "ActivateAction", "sava{sv}", "quit", 0, 0));
   EXPECT_TRUE(isRefused(path, interface, "ActivateAction", "sava{sv}", "pause", 0, 0));
-  EXPECT_TRUE(isRefused(ControlInterface::kPath, ControlInterface::kName, "Pause", "x", 0));
-  EXPECT_TRUE(isRefused(ControlInterface::kPath, ControlInterface::kName, "TogglePause", ""));
   platform::testing::runBriefly(*loop);
   EXPECT_EQ(performed, 0);
-  EXPECT_FALSE(engine.isPaused());
 }
 
 TEST_F(StrangersTest, MayNeitherUseNorReadTheMenu) {

@@ -14,7 +14,6 @@ namespace {
 using Kind = DisplayTrial::Verdict::Kind;
 
 constexpr const char* kInstall = "Please install the package staylit-desktop.";
-const std::string kCannotShow = "Staylit cannot show a window: ";
 constexpr const char* kInstallAnew = "Please install the package staylit-desktop anew.";
 
 }  // namespace
@@ -29,25 +28,14 @@ WindowKit* Windowing::kit(std::function<void()> again) {
   return nullptr;
 }
 
-std::string Windowing::obstacle() {
-  if (kit_) return "";
-  const auto obstacle = findObstacle();
-  return obstacle ? kCannotShow + obstacle->why : "";
-}
-
-std::optional<Windowing::Obstacle> Windowing::findObstacle() {
+void Windowing::tryDisplay() {
   if (!Display::isKnown()) Display::learnFromServiceManager(sessionBus_);
   if (!Display::isKnown()) {
-    return Obstacle{"there is no display", "Start Staylit within a desktop session."};
+    return cannotShow("there is no display", "Start Staylit within a desktop session.");
   }
   if (platform::moduleFile(kWindowsModule).empty()) {
-    return Obstacle{"its windows are not installed", kInstall};
+    return cannotShow("its windows are not installed", kInstall);
   }
-  return std::nullopt;
-}
-
-void Windowing::tryDisplay() {
-  if (const auto obstacle = findObstacle()) return cannotShow(obstacle->why, obstacle->remedy);
   trial_ = std::make_unique<DisplayTrial>(
       loop_, [this](const DisplayTrial::Verdict& verdict) { tried(verdict); });
 }
@@ -97,7 +85,7 @@ void Windowing::makeKit(const std::string& platform) {
 }
 
 void Windowing::cannotShow(const std::string& why, const std::string& remedy) {
-  const std::string text = kCannotShow + why;
+  const std::string text = "Staylit cannot show a window: " + why;
   if (lastLogged_ != why) tidewell::Log::error(text + ". " + remedy);
   lastLogged_ = why;
   waiting_.clear();

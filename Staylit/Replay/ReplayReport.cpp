@@ -1,0 +1,264 @@
+#include "Staylit/Replay/ReplayReport.h"
+
+#include <algorithm>
+#include <utility>
+#include <variant>
+
+#include "Staylit/JsonText.h"
+#include "Staylit/TimeTexts.h"
+
+namespace staylit {
+namespace {
+
+using Texts = std::vector<std::string>;
+
+/// What the time is put down to in which no work came before a hold.
+constexpr const char* kBeginning = "(waiting for the first work)";
+
+constexpr std::size_t kNameWidth = 30;
+constexpr std::size_t kTimeWidth = 14;
+constexpr std::size_t kMostNamesInSentence = 4;
+
+std::string joined(const Texts& texts, const char* separator) {
+  std::string result;
+  for (const std::string& text : texts)
+    result += (result.empty() ? "" : separator) + text;
+  return result;
+}
+
+std::string ticksText(std::uint64_t count) {
+  return std::to_string(count) + (count == 1 ? " tick" : " ticks");
+}
+
+std::string signedLength(std::chrono::nanoseconds length) {
+  if (length < std::chrono::seconds(1) && length > -std::chrono::seconds(1)) return "0 s";
+  const bool isLess = length.count() < 0;
+  return (isLess ? "\u2212" : "+") + lengthOfTime(isLess ? -length : length);
+}
+
+std::int64_t wholeSeconds(std::chrono::nanoseconds length) {
+  return std::chrono::floor<std::chrono::seconds>(length).count();
+}
+
+Texts namesOf(const ReplayStretch::Side& side) {
+  if (!side.isHeld) return {};
+  return side.names.empty() ? Texts{kBeginning} : side.names;
+}
+
+/// "Awake for ffmpeg", with all names.
+std::string reasonOf(const ReplayStretch::Side& side) {
+  const Texts names = namesOf(side);
+  const bool works = std::holds_alternative<EngineStatus::Holding>(side.status.value);
+  return works ? joined(names, ", ") : "grace period after " + joined(names, ", ");
+}
+
+std::string line(const ReplayStretch& stretch, const std::string& what) {
+  return "  " + timeOfDay(stretch.from) + " \u2013 " + timeOfDay(stretch.from + stretch.length) +
+         "  " + what + "  (" + lengthOfTime(stretch.length) + ")";
+}
+
+std::string jsonOfSum(const ReplayReport::Sum& sum, const std::string* name) {
+  JsonObject object;
+  if (name) object.addText("name", *name);
+  object.addNumber("wasSeconds", wholeSeconds(sum.was));
+  object.addNumber("wouldBeSeconds", wholeSeconds(sum.would));
+  return object.text();
+}
+
+std::string jsonOfSide(const ReplayStretch::Side& side) {
+  JsonObject object;
+  object.addText("state", side.status.name()).addFlag("held", side.isHeld);
+  Texts names;
+  for (const std::string& name : side.names)
+    names.push_back(jsonText(name));
+  if (const auto* blocked = std::get_if<EngineStatus::Blocked>(&side.status.value)) {
+    object.addText("reason", blocked->reason);
+  }
+  return object.add("names", jsonList(names)).text();
+}
+
+std::string jsonOfStretch(const ReplayStretch& stretch) {
+  return JsonObject()
+      .addText("from", inUniversalTime(stretch.from))
+      .addText("to", inUniversalTime(stretch.from + stretch.length))
+      .addFlag("asleep", stretch.isAsleep)
+      .add("was", jsonOfSide(stretch.was))
+      .add("wouldBe", jsonOfSide(stretch.would))
+      .text();
+}
+
+}  // namespace
+
+ReplayReport::ReplayReport(ReplayResult plain, std::optional<ReplayResult> changed, Texts settings)
+    : plain_(std::move(plain)), changed_(std::move(changed)), settings_(std::move(settings)) {
+  for (const ReplayStretch& stretch : result().stretches)
+    add(stretch);
+  std::ranges::stable_sort(names_, std::ranges::greater(), [](const NamedSum& named) {
+    return std::max(named.sum.was, named.sum.would);
+  });
+}
+
+void ReplayReport::add(const ReplayStretch& stretch) {
+  length_ += stretch.length;
+  if (stretch.was.isHeld) total_.was += stretch.length;
+  if (stretch.would.isHeld) total_.would += stretch.length;
+  for (const std::string& name : namesOf(stretch.was))
+    sumOf(name).was += stretch.length;
+  for (const std::string& name : namesOf(stretch.would))
+    sumOf(name).would += stretch.length;
+  if (stretch.was.isHeld && !stretch.would.isHeld) lost_.push_back(namesOf(stretch.was));
+  if (!stretch.was.isHeld && stretch.would.isHeld) gained_.push_back(namesOf(stretch.would));
+}
+
+ReplayReport::Sum& ReplayReport::sumOf(const std::string& name) {
+  const auto found = std::ranges::find(names_, name, &NamedSum::name);
+  if (found != names_.end()) return found->sum;
+  return names_.emplace_back(NamedSum{name, {}}).sum;
+}
+
+Texts ReplayReport::lines(tidewell::Text& text) const {
+  if (isEmpty()) return {aboutRecording()};
+  Texts all{aboutRecording(), aboutWhatWas()};
+  if (changed_) all.push_back(aboutDifference());
+  for (std::string& sentence : aboutFaithfulness())
+    all.push_back(std::move(sentence));
+  for (std::string& row : table(text))
+    all.push_back(std::move(row));
+  for (std::string& hold : holds())
+    all.push_back(std::move(hold));
+  return all;
+}
+
+std::string ReplayReport::aboutRecording() const {
+  if (isEmpty()) return "The recording has nothing that can be judged.";
+  const ReplayStretch* first = plain_.stretches.empty() ? nullptr : &plain_.stretches.front();
+  std::string sentence = "The recording has " + ticksText(plain_.ticks) + " in " +
+                         lengthOfTime(length_) + " by " + plain_.program;
+  if (first) sentence += ", from " + inUniversalTime(first->from);
+  if (plain_.runs > 1) sentence += ", in " + std::to_string(plain_.runs) + " runs";
+  if (plain_.warmUp.count() > 0) {
+    sentence += ", and " + lengthOfTime(plain_.warmUp) + " before them that only warm up";
+  }
+  if (plain_.isMadeUp) sentence += "; names are made up";
+  return sentence + ".";
+}
+
+std::string ReplayReport::aboutWhatWas() const {
+  if (total_.was.count() == 0) return "The machine was never held.";
+  Texts parts;
+  for (const NamedSum& named : names_) {
+    if (named.sum.was.count() == 0 || parts.size() == kMostNamesInSentence) continue;
+    parts.push_back(named.name + " " + lengthOfTime(named.sum.was));
+  }
+  return "The machine was held for " + lengthOfTime(total_.was) + ": " + joined(parts, ", ") + ".";
+}
+
+std::string ReplayReport::aboutDifference() const {
+  const std::string begin = "With " + joined(settings_, " and ") + " it would have been held for " +
+                            lengthOfTime(total_.would);
+  const auto difference = total_.difference();
+  if (lost_.empty() && gained_.empty()) return begin + ": no difference.";
+  if (gained_.empty()) {
+    return begin + ": " + lengthOfTime(-difference) + " less, " + whoseIs(lost_) + ".";
+  }
+  if (lost_.empty()) {
+    return begin + ": " + lengthOfTime(difference) + " more, " + whoseIs(gained_) + ".";
+  }
+  return begin + ": " + signedLength(difference) + ", some of it earlier and some later.";
+}
+
+std::string ReplayReport::whoseIs(const std::vector<Texts>& changes) const {
+  for (const NamedSum& named : names_) {
+    const bool isAll = std::ranges::all_of(changes, [&named](const Texts& names) {
+      return names.size() == 1 && names.front() == named.name;
+    });
+    if (isAll) return "all of it " + named.name;
+  }
+  Texts names;
+  for (const Texts& change : changes) {
+    for (const std::string& name : change) {
+      if (std::ranges::find(names, name) == names.end()) names.push_back(name);
+    }
+  }
+  if (names.size() > kMostNamesInSentence) return "of " + std::to_string(names.size()) + " names";
+  return "of " + joined(names, ", ");
+}
+
+Texts ReplayReport::aboutFaithfulness() const {
+  Texts sentences;
+  if (plain_.hasUnreadableRest) {
+    sentences.emplace_back("The end of the recording cannot be read: it was cut off or damaged.");
+  }
+  if (isFaithful()) {
+    sentences.push_back("As recorded, a replay decides the same at each of " +
+                        ticksText(plain_.ticks) + ".");
+    return sentences;
+  }
+  sentences.push_back("As recorded, a replay decides otherwise at " +
+                      std::to_string(plain_.differingTicks) + " of " + ticksText(plain_.ticks) +
+                      "; the recording was made by " + plain_.program + ".");
+  for (const ReplayedDifference& difference : plain_.differences) {
+    sentences.push_back("  " + timeOfDay(difference.at) + "  was: " + difference.was +
+                        "  replayed: " + difference.would);
+  }
+  return sentences;
+}
+
+Texts ReplayReport::table(tidewell::Text& text) const {
+  if (!changed_ || names_.empty()) return {};
+  const auto row = [&text](const std::string& name, const std::string& was,
+                           const std::string& would, const std::string& difference) {
+    return "  " + text.padded(name, kNameWidth) + text.padded(was, kTimeWidth) +
+           text.padded(would, kTimeWidth) + difference;
+  };
+  Texts rows{"", row("", "was", "would be", "difference")};
+  for (const auto& [name, sum] : names_) {
+    rows.push_back(
+        row(name, lengthOfTime(sum.was), lengthOfTime(sum.would), signedLength(sum.difference())));
+  }
+  rows.push_back(row("held in all", lengthOfTime(total_.was), lengthOfTime(total_.would),
+                     signedLength(total_.difference())));
+  return rows;
+}
+
+Texts ReplayReport::holds() const {
+  Texts rows;
+  for (const ReplayStretch& stretch : result().stretches) {
+    if (stretch.isAsleep) {
+      rows.push_back(line(stretch, "asleep"));
+    } else if (stretch.would.isHeld) {
+      rows.push_back(line(stretch, reasonOf(stretch.would)));
+    }
+  }
+  const char* title = changed_ ? "It would have been held:" : "It was held:";
+  if (!rows.empty()) rows.insert(rows.begin(), {"", title});
+  return rows;
+}
+
+std::string ReplayReport::json() const {
+  Texts settings;
+  for (const std::string& setting : settings_)
+    settings.push_back(jsonText(setting));
+  Texts names;
+  for (const auto& [name, sum] : names_)
+    names.push_back(jsonOfSum(sum, &name));
+  Texts stretches;
+  for (const ReplayStretch& stretch : result().stretches)
+    stretches.push_back(jsonOfStretch(stretch));
+  return JsonObject()
+      .addNumber("version", kJsonVersion)
+      .addText("program", plain_.program)
+      .addNumber("ticks", static_cast<std::int64_t>(plain_.ticks))
+      .addNumber("differingTicks", static_cast<std::int64_t>(plain_.differingTicks))
+      .addFlag("cutOff", plain_.hasUnreadableRest)
+      .addFlag("madeUpNames", plain_.isMadeUp)
+      .addNumber("runs", static_cast<std::int64_t>(plain_.runs))
+      .addNumber("warmUpSeconds", wholeSeconds(plain_.warmUp))
+      .add("settings", jsonList(settings))
+      .add("held", jsonOfSum(total_, nullptr))
+      .add("names", jsonList(names))
+      .add("stretches", jsonList(stretches))
+      .text();
+}
+
+}  // namespace staylit

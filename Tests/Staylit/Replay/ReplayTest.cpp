@@ -1,0 +1,295 @@
+#include "Staylit/Replay/Replay.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "Staylit/Replay/ReplayReport.h"
+#include "Staylit/Replay/TapeRecorder.h"
+#include "Staylit/StaylitEngine.h"
+#include "Tests/Fakes/ComposedPorts.h"
+#include "Tests/Staylit/Replay/MemoryTape.h"
+
+namespace staylit {
+namespace {
+
+using namespace std::chrono_literals;
+using tidewell::Seconds;
+using Integer = std::int64_t;
+using Texts = std::vector<std::string>;
+using Names = TapeRecorder::Names;
+
+/// An engine over fakes, and a tape that records it. The real grace period is 30 s and the sustain
+/// time 10 s.
+class ReplayTest : public testing::Test {
+ protected:
+  ReplayTest() { fakes.defaults.stored["graceSeconds"] = Integer{30}; }
+
+  void start(Names names = Names::asTheyAre) {
+    engine = std::make_unique<StaylitEngine>(fakes.ports);
+    recorder =
+        std::make_unique<TapeRecorder>(*engine, fakes.ports, tape, names, "Staylit of this test");
+    engine->start();
+  }
+
+  /// Each of the workers uses its share of a core in these seconds. Ticks are a little late and
+  /// take a little time, as they are and do.
+  void pass(Seconds length) {
+    for (Seconds gone{}; gone < length; gone += 2s) {
+      fakes.clock.advance(2s + late());
+      for (const auto& [pid, percent] : workers) {
+        fakes.processes.at(pid).usage.userTime +=
+            static_cast<std::uint64_t>(percent / 100 * 2 * 1e9);
+      }
+      fakes.mainLoop.fireTimers();
+      fakes.mainLoop.runPosted();
+      fakes.queues.runAll();
+    }
+  }
+
+  void work(std::int32_t pid, const std::string& name, double percent) {
+    fakes.processes.add(pid, "/opt/" + name);
+    workers.emplace_back(pid, percent);
+  }
+
+  void end() {
+    recorder.reset();
+    engine.reset();
+  }
+
+  ReplayResult replayed(tidewell::PropertyDictionary settings = {}) {
+    Replay replay(std::make_shared<tidewell::FakeText>(), std::move(settings));
+    for (const std::string& file : tape.files)
+      replay.play(file);
+    return replay.finish();
+  }
+
+  /// The names of each stretch with a hold that would be, one after the other.
+  static std::vector<Texts> heldFor(const ReplayResult& result) {
+    std::vector<Texts> names;
+    for (const ReplayStretch& stretch : result.stretches) {
+      if (!stretch.would.isHeld) continue;
+      if (names.empty() || names.back() != stretch.would.names)
+        names.push_back(stretch.would.names);
+    }
+    return names;
+  }
+
+  Seconds late() {
+    ++lateness;
+    return std::chrono::microseconds(lateness * 7919 % 1000);
+  }
+
+  tidewell::ComposedPorts fakes;
+  std::vector<std::pair<std::int32_t, double>> workers;
+  MemoryTape tape;
+  std::unique_ptr<StaylitEngine> engine;
+  std::unique_ptr<TapeRecorder> recorder;
+  int lateness = 0;
+};
+
+TEST_F(ReplayTest, DecidesAtEachTickAsTheRecordedEngineDid) {
+  start();
+  pass(40s);
+  work(10, "ffmpeg", 80);
+  pass(30s);
+  work(11, "tool", 90);
+  pass(20s);
+  workers.clear();
+  pass(50s);
+  end();
+  const ReplayResult result = replayed();
+  EXPECT_EQ(result.ticks, 71U);
+  EXPECT_EQ(result.differingTicks, 0U);
+  EXPECT_EQ(result.runs, 1U);
+  EXPECT_EQ(result.program, "Staylit of this test");
+  EXPECT_EQ(heldFor(result), (std::vector<Texts>{{}, {"ffmpeg"}, {"ffmpeg", "tool"}}));
+}
+
+TEST_F(ReplayTest, SeesDiskNetworkApplicationsAndWhoAsks) {
+  start();
+  fakes.processes.add(20, "/opt/viewer");
+  fakes.applications.add(20, "org.example.Viewer", "Viewer");
+  fakes.assertions.hold(20, "PreventUserIdleSystemSleep");
+  pass(6s);
+  fakes.assertions.holders.clear();
+  fakes.processes.add(21, "/usr/bin/curl");
+  for (int ticks = 1; ticks <= 10; ++ticks) {
+    fakes.network.setTotals({{21, static_cast<std::uint64_t>(ticks) * 1'000'000}});
+    fakes.processes.at(20).usage.diskBytesRead += ticks > 5 ? 3'000'000 : 0;
+    pass(2s);
+  }
+  end();
+  const ReplayResult result = replayed();
+  EXPECT_EQ(result.differingTicks, 0U);
+  const auto held = heldFor(result);
+  ASSERT_GE(held.size(), 3U);
+  EXPECT_EQ(held[1], Texts{"org.example.Viewer"}) << "who asks goes by its identifier";
+  EXPECT_EQ(held[2], Texts{"curl / wget"});
+}
+
+TEST_F(ReplayTest, FollowsPausesSleepsThePowerAndSettings) {
+  start();
+  work(10, "ffmpeg", 80);
+  pass(20s);
+  engine->setPaused(true);
+  pass(10s);
+  engine->setPaused(false);
+  pass(20s);
+  fakes.sleepNotifications.tellWillSleep();
+  fakes.mainLoop.runPosted();
+  fakes.clock.advance(1h);
+  fakes.sleepNotifications.tellDidWake();
+  fakes.mainLoop.runPosted();
+  pass(20s);
+  fakes.powerSources.setBattery(10);
+  pass(6s);
+  fakes.defaults.stored["batteryThreshold"] = Integer{5};
+  pass(20s);
+  fakes.defaults.stored["ignoredApps"] = Texts{"ffmpeg"};
+  pass(40s);
+  end();
+  const ReplayResult result = replayed();
+  EXPECT_EQ(result.differingTicks, 0U);
+  Texts states;
+  for (const ReplayStretch& stretch : result.stretches) {
+    const std::string state =
+        stretch.isAsleep ? "asleep" : std::string(stretch.would.status.name());
+    if (states.empty() || states.back() != state) states.push_back(state);
+  }
+  EXPECT_EQ(states,
+            (Texts{"winding", "holding", "paused", "winding", "holding", "asleep", "holding",
+                   "winding", "holding", "blocked", "holding", "winding", "idle"}));
+}
+
+TEST_F(ReplayTest, SaysWhatAnotherThresholdWouldHaveDone) {
+  start();
+  work(10, "firefox", 20);
+  pass(60s);
+  workers.clear();
+  work(11, "ffmpeg", 90);
+  pass(60s);
+  workers.clear();
+  pass(40s);
+  end();
+  const ReplayReport report(replayed(), replayed({{"cpuThresholdPercent", 25.0}}),
+                            {"cpuThresholdPercent = 25"});
+  EXPECT_TRUE(report.isFaithful());
+  // Held from the first tick on: 30 s of grace until then and firefox from the 12th second on; with
+  // the other threshold nothing holds from 30 s until ffmpeg has worked for 10 s at 72 s.
+  EXPECT_NEAR(Seconds(report.total().difference()).count(), -42, 2.1);
+  const auto lines = report.lines(fakes.text);
+  ASSERT_GE(lines.size(), 3U);
+  EXPECT_TRUE(lines[2].starts_with("With cpuThresholdPercent = 25 it would have been held for "));
+  EXPECT_NE(lines[2].find(" less, all of it firefox."), std::string::npos) << lines[2];
+}
+
+TEST_F(ReplayTest, AsksWhoHoldsAssertionsEvenWhereTheyDoNotCount) {
+  fakes.defaults.stored["honorAppAssertions"] = false;
+  start();
+  fakes.assertions.hold(500, "PreventUserIdleSystemSleep");
+  pass(60s);
+  end();
+  EXPECT_EQ(replayed().differingTicks, 0U);
+  const auto held = heldFor(replayed({{"honorAppAssertions", true}}));
+  ASSERT_EQ(held.size(), 2U);
+  EXPECT_EQ(held[1], Texts{"pid 500"});
+}
+
+TEST_F(ReplayTest, GoesOnInTheNextFile) {
+  start();
+  work(10, "ffmpeg", 80);
+  pass(20s);
+  tape.next = TapeOutput::Answer::beginAnew;
+  recorder->flush();
+  workers.clear();
+  pass(60s);
+  end();
+  ASSERT_EQ(tape.files.size(), 2U);
+  const ReplayResult result = replayed();
+  EXPECT_EQ(result.runs, 1U);
+  EXPECT_EQ(result.ticks, 41U);
+  EXPECT_EQ(result.differingTicks, 0U);
+}
+
+TEST_F(ReplayTest, WarmsUpWhereTheBeginningIsGone) {
+  start();
+  pass(40s);
+  work(10, "ffmpeg", 80);
+  pass(26s);
+  tape.next = TapeOutput::Answer::beginAnew;
+  recorder->flush();
+  pass(50s);
+  workers.clear();
+  pass(60s);
+  end();
+  tape.files.erase(tape.files.begin());
+  const ReplayResult result = replayed();
+  EXPECT_GE(result.warmUp, 30s);
+  EXPECT_LE(result.warmUp, 40s);
+  EXPECT_EQ(result.differingTicks, 0U);
+  EXPECT_GT(result.ticks, 30U);
+  EXPECT_EQ(heldFor(result), std::vector<Texts>{{"ffmpeg"}});
+}
+
+TEST_F(ReplayTest, TellsTwoRunsApart) {
+  start();
+  pass(10s);
+  end();
+  fakes.clock.advance(1h);
+  start();
+  pass(10s);
+  end();
+  ASSERT_EQ(tape.files.size(), 2U);
+  const ReplayResult result = replayed();
+  EXPECT_EQ(result.runs, 2U);
+  EXPECT_EQ(result.differingTicks, 0U);
+  EXPECT_EQ(result.stretches.size(), 2U) << "nobody knows what was between them";
+}
+
+TEST_F(ReplayTest, ReplacesNamesThatTheCatalogueDoesNotKnow) {
+  fakes.defaults.stored["ignoredApps"] = Texts{"secret-ignored", "vlc"};
+  start(Names::madeUp);
+  work(10, "secret-project", 80);
+  work(11, "ffmpeg", 90);
+  work(12, "secret-ignored", 95);
+  fakes.processes.add(20, "/opt/secret-viewer");
+  fakes.applications.add(20, "org.secret.Viewer", "Secret Viewer");
+  fakes.assertions.hold(20, "PreventUserIdleSystemSleep");
+  pass(40s);
+  end();
+  ASSERT_EQ(tape.files.size(), 1U);
+  TapeReader reader(tape.files[0]);
+  while (reader.next()) {
+  }
+  for (const TapedApplication& application : reader.inputs().applications) {
+    for (const std::string& name :
+         {application.executable, application.display, application.bundleID.value_or("")}) {
+      EXPECT_EQ(name.find("ecret"), std::string::npos) << name;
+    }
+  }
+  const ReplayResult result = replayed();
+  EXPECT_TRUE(result.isMadeUp);
+  EXPECT_EQ(result.differingTicks, 0U);
+  const auto held = heldFor(result);
+  ASSERT_FALSE(held.empty());
+  ASSERT_EQ(held.back().size(), 3U) << "the ignored one is ignored under its new name too";
+  EXPECT_EQ(held.back().back(), "ffmpeg");
+}
+
+TEST_F(ReplayTest, KeepsItsPlacesFewInABuildOfCountlessNames) {
+  start();
+  for (std::int32_t number = 0; number < 1500; ++number) {
+    fakes.processes.add(100 + number, "/opt/step-" + std::to_string(number));
+    pass(2s);
+    fakes.processes.remove(100 + number);
+  }
+  end();
+  EXPECT_EQ(replayed().differingTicks, 0U);
+}
+
+}  // namespace
+}  // namespace staylit
