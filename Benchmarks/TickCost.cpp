@@ -152,7 +152,10 @@ int main(int argc, char** argv) {
   if (mkdtemp(folder.data()) == nullptr) return 1;
   setenv("XDG_CONFIG_HOME", folder.c_str(), 1);
   // On a session bus, all but the first would end at once.
-  if (paths.size() > 1) setenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent", 1);
+  if (paths.size() > 1) {
+    setenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent", 1);
+    setenv("XDG_RUNTIME_DIR", "/nonexistent", 1);
+  }
   measure(processes, seconds, paths);
   std::filesystem::remove_all(folder);
 }

@@ -16,11 +16,15 @@ void AppDelegate::applicationDidFinishLaunching() {
   holdWatch_.reset();
   terminalReporter_.reset();
   menuBar_.reset();
+  controlService_.reset();
+  pauseControl_.reset();
   statusService_.reset();
   statusReporter_.reset();
   engine_ = std::make_unique<StaylitEngine>(ports_);
   statusReporter_ = std::make_unique<StatusReporter>(*engine_, ports_);
   statusService_ = userInterface_.offerStatus(*statusReporter_);
+  pauseControl_ = std::make_unique<PauseControl>(*engine_, ports_);
+  controlService_ = userInterface_.offerControl(*pauseControl_);
   menuBar_ = std::make_unique<MenuBarController>(*engine_, userInterface_, ports_);
   if (ports_.console->outputIsTerminal()) {
     terminalReporter_ =

@@ -6,6 +6,7 @@
 #include "Staylit/Application.h"
 #include "Staylit/HoldWatch.h"
 #include "Staylit/MenuBarController.h"
+#include "Staylit/PauseControl.h"
 #include "Staylit/StatusReporter.h"
 #include "Staylit/StaylitEngine.h"
 #include "Staylit/TerminalReporter.h"
@@ -43,6 +44,8 @@ class AppDelegate : public ApplicationDelegate {
   std::unique_ptr<StaylitEngine> engine_;
   std::unique_ptr<StatusReporter> statusReporter_;
   std::unique_ptr<StatusService> statusService_;  ///< Null where nobody can ask.
+  std::unique_ptr<PauseControl> pauseControl_;
+  std::unique_ptr<ControlService> controlService_;  ///< Null where nobody can.
   std::unique_ptr<MenuBarController> menuBar_;
   std::unique_ptr<TerminalReporter> terminalReporter_;
   std::unique_ptr<HoldWatch> holdWatch_;

@@ -1,226 +1,81 @@
 #include "Staylit/JsonValue.h"
 
 #include <algorithm>
-#include <cmath>
+#include <cstddef>
 #include <cstdint>
+#include <nlohmann/json.hpp>
 #include <utility>
-
-#include "Tidewell/Utf8.h"
 
 namespace staylit {
 namespace {
 
-constexpr int kDeepestNesting = 32;
-/// No double has a larger one.
-constexpr int kLargestExponent = 10'000;
-
-bool isDecimalDigit(char character) {
-  return character >= '0' && character <= '9';
-}
-
-void appendUtf8(std::string& text, std::uint32_t codePoint) {
-  const auto add = [&text](std::uint32_t byte) { text += static_cast<char>(byte); };
-  const auto addRest = [&add, codePoint](int shift) { add(0x80 | ((codePoint >> shift) & 0x3F)); };
-  if (codePoint < 0x80) {
-    add(codePoint);
-  } else if (codePoint < 0x800) {
-    add(0xC0 | (codePoint >> 6));
-    addRest(0);
-  } else if (codePoint < 0x10000) {
-    add(0xE0 | (codePoint >> 12));
-    addRest(6);
-    addRest(0);
-  } else {
-    add(0xF0 | (codePoint >> 18));
-    addRest(12);
-    addRest(6);
-    addRest(0);
-  }
-}
+constexpr std::size_t kDeepestNesting = 32;
 
 }  // namespace
 
-/// Takes values off the front of a text. All functions return false, or nothing, where the text
-/// goes on as no JSON does.
-class JsonReader {
+/// Builds a value of what the library finds in a text. Each function returns whether the library is
+/// to go on.
+class JsonReader : public nlohmann::json_sax<nlohmann::json> {
  public:
-  explicit JsonReader(std::string_view json) : rest_(json) {}
+  explicit JsonReader(JsonValue& value) : whole_(value) {}
 
-  bool readWhole(JsonValue& value) {
-    if (!read(value, 0)) return false;
-    skipBlanks();
-    return rest_.empty();
+  bool null() override { return add(std::monostate()); }
+  bool boolean(bool flag) override { return add(flag); }
+  bool number_integer(std::int64_t number) override { return add(static_cast<double>(number)); }
+  bool number_unsigned(std::uint64_t number) override { return add(static_cast<double>(number)); }
+  bool number_float(double number, const std::string&) override { return add(number); }
+  bool string(std::string& text) override { return add(std::move(text)); }
+  bool binary(binary_t&) override { return false; }
+
+  bool start_object(std::size_t) override { return open(JsonValue::Object()); }
+  bool key(std::string& name) override {
+    std::get<JsonValue::Object>(open_.back()->value_).push_back({std::move(name), {}});
+    return true;
+  }
+  bool end_object() override { return close(); }
+  bool start_array(std::size_t) override { return open(JsonValue::List()); }
+  bool end_array() override { return close(); }
+
+  bool parse_error(std::size_t, const std::string&, const nlohmann::json::exception&) override {
+    return false;
   }
 
  private:
-  bool read(JsonValue& value, int depth) {
-    skipBlanks();
-    if (rest_.empty() || depth > kDeepestNesting) return false;
-    switch (rest_.front()) {
-      case '{':
-        return readObject(value.value_.emplace<JsonValue::Object>(), depth);
-      case '[':
-        return readList(value.value_.emplace<JsonValue::List>(), depth);
-      case '"':
-        return readText(value.value_.emplace<std::string>());
-      case 't':
-        value.value_ = true;
-        return take("true");
-      case 'f':
-        value.value_ = false;
-        return take("false");
-      case 'n':
-        return take("null");
-      default:
-        return readNumber(value.value_.emplace<double>());
-    }
+  /// Where the next value belongs. While a list or an object is open, nothing is added to the ones
+  /// around it, so that its address stays.
+  JsonValue& next() {
+    if (open_.empty()) return whole_;
+    JsonValue::Value& around = open_.back()->value_;
+    if (auto* list = std::get_if<JsonValue::List>(&around)) return list->emplace_back();
+    return std::get<JsonValue::Object>(around).back().value;
   }
 
-  bool readObject(JsonValue::Object& members, int depth) {
-    return readElements('}', [&] {
-      JsonValue::Member& member = members.emplace_back();
-      skipBlanks();
-      if (!readText(member.key)) return false;
-      skipBlanks();
-      return take(":") && read(member.value, depth + 1);
-    });
-  }
-
-  bool readList(JsonValue::List& elements, int depth) {
-    return readElements(']', [&] { return read(elements.emplace_back(), depth + 1); });
-  }
-
-  /// What stands between a bracket, which comes next, and its partner `closing`.
-  template <typename ReadElement>
-  bool readElements(char closing, ReadElement readElement) {
-    rest_.remove_prefix(1);
-    skipBlanks();
-    if (take({&closing, 1})) return true;
-    while (readElement()) {
-      skipBlanks();
-      if (take({&closing, 1})) return true;
-      if (!take(",")) return false;
-    }
-    return false;
-  }
-
-  bool readText(std::string& text) {
-    if (!take("\"")) return false;
-    while (!rest_.empty()) {
-      const char first = rest_.front();
-      rest_.remove_prefix(1);
-      if (first == '"') return true;
-      if (static_cast<unsigned char>(first) < 0x20) return false;
-      if (first != '\\') {
-        text += first;
-      } else if (!readEscaped(text)) {
-        return false;
-      }
-    }
-    return false;
-  }
-
-  bool readEscaped(std::string& text) {
-    constexpr std::string_view kEscapes = "\"\\/bfnrt";
-    constexpr std::string_view kMeanings = "\"\\/\b\f\n\r\t";
-    if (take("u")) return readCodePoint(text);
-    if (rest_.empty()) return false;
-    const std::size_t place = kEscapes.find(rest_.front());
-    if (place == std::string_view::npos) return false;
-    text += kMeanings[place];
-    rest_.remove_prefix(1);
+  bool add(JsonValue::Value value) {
+    next().value_ = std::move(value);
     return true;
   }
 
-  bool readCodePoint(std::string& text) {
-    auto unit = readUnit();
-    if (!unit) return false;
-    const bool isHigh = *unit >= 0xD800 && *unit < 0xDC00;
-    if (isHigh && take("\\u")) {
-      const auto low = readUnit();
-      if (!low || *low < 0xDC00 || *low > 0xDFFF) return false;
-      unit = 0x10000 + ((*unit - 0xD800) << 10) + (*low - 0xDC00);
-    }
-    // A surrogate without its partner is no character.
-    if (*unit >= 0xD800 && *unit <= 0xDFFF) return false;
-    appendUtf8(text, *unit);
+  bool open(JsonValue::Value empty) {
+    if (open_.size() == kDeepestNesting) return false;
+    JsonValue& value = next();
+    value.value_ = std::move(empty);
+    open_.push_back(&value);
     return true;
   }
 
-  std::optional<std::uint32_t> readUnit() {
-    constexpr std::string_view kDigits = "0123456789abcdef";
-    constexpr std::size_t kLength = 4;
-    if (rest_.size() < kLength) return std::nullopt;
-    std::uint32_t unit = 0;
-    for (const char digit : rest_.substr(0, kLength)) {
-      const bool isUpper = digit >= 'A' && digit <= 'F';
-      const std::size_t value = kDigits.find(isUpper ? static_cast<char>(digit + 32) : digit);
-      if (value == std::string_view::npos) return std::nullopt;
-      unit = 16 * unit + static_cast<std::uint32_t>(value);
-    }
-    rest_.remove_prefix(kLength);
-    return unit;
-  }
-
-  /// The C++ library of Macs has no function for this that ignores the locale.
-  bool readNumber(double& number) {
-    const bool isNegative = take("-");
-    const std::string_view whole = takeDigits();
-    if (whole.empty() || (whole.front() == '0' && whole.size() > 1)) return false;
-    double digits = valueOf(whole, 0);
-    int exponent = 0;
-    if (take(".")) {
-      const std::string_view fraction = takeDigits();
-      if (fraction.empty()) return false;
-      digits = valueOf(fraction, digits);
-      exponent = -static_cast<int>(std::min<std::size_t>(fraction.size(), kLargestExponent));
-    }
-    if ((take("e") || take("E")) && !takeExponent(exponent)) return false;
-    number = exponent < 0 ? digits / std::pow(10.0, -exponent) : digits * std::pow(10.0, exponent);
-    if (isNegative) number = -number;
-    return std::isfinite(number);
-  }
-
-  bool takeExponent(int& exponent) {
-    const bool isNegative = take("-");
-    if (!isNegative) take("+");
-    const std::string_view digits = takeDigits();
-    if (digits.empty()) return false;
-    const int size = static_cast<int>(std::min<double>(valueOf(digits, 0), kLargestExponent));
-    exponent += isNegative ? -size : size;
+  bool close() {
+    open_.pop_back();
     return true;
   }
 
-  static double valueOf(std::string_view digits, double before) {
-    for (const char digit : digits)
-      before = 10 * before + (digit - '0');
-    return before;
-  }
-
-  std::string_view takeDigits() {
-    const auto end = std::ranges::find_if_not(rest_, isDecimalDigit);
-    const auto length = static_cast<std::size_t>(end - rest_.begin());
-    const std::string_view digits = rest_.substr(0, length);
-    rest_.remove_prefix(length);
-    return digits;
-  }
-
-  bool take(std::string_view expected) {
-    if (!rest_.starts_with(expected)) return false;
-    rest_.remove_prefix(expected.size());
-    return true;
-  }
-
-  void skipBlanks() {
-    rest_.remove_prefix(std::min(rest_.find_first_not_of(" \t\n\r"), rest_.size()));
-  }
-
-  std::string_view rest_;
+  JsonValue& whole_;
+  std::vector<JsonValue*> open_;  ///< From the outermost to the innermost.
 };
 
 std::optional<JsonValue> JsonValue::read(std::string_view json) {
   JsonValue value;
-  if (!tidewell::isValidUtf8(json) || !JsonReader(json).readWhole(value)) return std::nullopt;
+  JsonReader reader(value);
+  if (!nlohmann::json::sax_parse(json, &reader)) return std::nullopt;
   return value;
 }
 

@@ -9,6 +9,7 @@
 namespace staylit {
 
 class AppsView;
+class PauseControl;
 class SettingsView;
 class StatusReporter;
 
@@ -85,6 +86,16 @@ class StatusService {
   StatusService& operator=(const StatusService&) = delete;
 };
 
+/// The program's obedience to other programs of the user that pause and resume it, for as long as
+/// it exists. Main thread only.
+class ControlService {
+ public:
+  ControlService() = default;
+  virtual ~ControlService() = default;
+  ControlService(const ControlService&) = delete;
+  ControlService& operator=(const ControlService&) = delete;
+};
+
 /// The properties that a window of either kind is made with.
 struct WindowStyle {
   std::string title;
@@ -102,6 +113,9 @@ class UserInterface {
 
   /// `reporter` must outlive the service. Null where the system has no way to ask.
   virtual std::unique_ptr<StatusService> offerStatus(StatusReporter& reporter) = 0;
+
+  /// `pause` must outlive the service. Null where other programs cannot pause this one.
+  virtual std::unique_ptr<ControlService> offerControl(PauseControl& pause) = 0;
 
   /// Both return null when no window can be shown, and then the user is told why. They also return
   /// null while it is not yet known whether a window can be shown. As soon as one can, the menu's

@@ -10,6 +10,7 @@ class AppKitUserInterface final : public UserInterface {
  public:
   std::unique_ptr<StatusItem> makeStatusItem(MenuDelegate& delegate) override;
   std::unique_ptr<StatusService> offerStatus(StatusReporter& reporter) override;
+  std::unique_ptr<ControlService> offerControl(PauseControl& pause) override;
   std::unique_ptr<Window> makeAppsWindow(const WindowStyle& style, AppsView& view) override;
   std::unique_ptr<Window> makeSettingsWindow(const WindowStyle& style, SettingsView& view) override;
   std::vector<Rect> visibleFrames() override;

@@ -28,6 +28,10 @@ std::unique_ptr<StatusService> AppKitUserInterface::offerStatus(StatusReporter& 
   return std::make_unique<AppKitStatusService>(reporter);
 }
 
+std::unique_ptr<ControlService> AppKitUserInterface::offerControl(PauseControl& /*pause*/) {
+  return nullptr;
+}
+
 std::unique_ptr<Window> AppKitUserInterface::makeAppsWindow(const WindowStyle& style,
                                                             AppsView& view) {
   return std::make_unique<AppKitWindow>(style, [[StaylitAppsContent alloc] initWithView:view]);

@@ -1,6 +1,13 @@
 #include "Staylit/Desktop/CommandLine.h"
 
 #include <algorithm>
+#include <array>
+#include <cctype>
+#include <cstddef>
+#include <string_view>
+
+#include "Staylit/NearestWord.h"
+#include "Staylit/PauseTexts.h"
 
 namespace staylit {
 namespace {
@@ -11,23 +18,89 @@ constexpr const char* kHelp =
     "Keeps the computer awake while real work is going on. Without an option it starts;\n"
     "where it runs already, that one shows its Choose Apps window.\n"
     "\n"
-    "  --diagnose     watch for a quarter of a minute, report what works, and end\n"
-    "  --status       say what the one that runs does, and why\n"
-    "    --follow     and then each change, until it is interrupted\n"
-    "  --holds        list all that keeps the computer awake, and say whether it would sleep\n"
-    "    --json       this, or the status, for programs\n"
-    "  --doctor       check this machine, and say what to do\n"
-    "  --pause        pause, or resume\n"
-    "  --choose-apps  show the window in which applications are chosen\n"
-    "  --settings     show the settings\n"
-    "  --background   start, or do nothing where it runs already\n"
-    "  --quit         end the Staylit that runs\n"
-    "  --help         print this\n"
-    "  --version      print the version\n"
+    "  --diagnose          watch for a quarter of a minute, report what works, and end\n"
+    "  --status            say what the one that runs does, and why\n"
+    "    --follow          and then each change, until it is interrupted\n"
+    "  --holds             list all that keeps the computer awake, and say whether it would sleep\n"
+    "    --json            this, or the status, for programs\n"
+    "  --doctor            check this machine, and say what to do\n"
+    "  --pause [DURATION]  pause the one that runs, for example for 45m, 2h or 1h30m\n"
+    "  --resume            end its pause\n"
+    "  --toggle-pause      pause, or resume\n"
+    "  --choose-apps       show the window in which applications are chosen\n"
+    "  --settings          show the settings\n"
+    "  --background        start, or do nothing where it runs already\n"
+    "  --quit              end the Staylit that runs\n"
+    "  --help, -h          print this\n"
+    "  --version           print the version\n"
     "\n"
+    "It runs until it is ended, in the foreground of the terminal that starts it.\n"
     "staylit(1) says more.\n";
 
 constexpr const char* kVersion = "Staylit " STAYLIT_VERSION;
+constexpr const char* kSeeHelp = "staylit: staylit --help lists all options";
+
+enum class Role {
+  command,    ///< What the program is to do; one at a time.
+  modifier,   ///< Says how.
+  withLength  ///< A command that a length of time may follow.
+};
+
+struct Option {
+  std::string_view name;
+  Role role;
+};
+
+constexpr std::array kOptions = {
+    Option{"--diagnose", Role::command},     Option{"--status", Role::command},
+    Option{"--follow", Role::modifier},      Option{"--holds", Role::command},
+    Option{"--json", Role::modifier},        Option{"--doctor", Role::command},
+    Option{"--pause", Role::withLength},     Option{"--resume", Role::command},
+    Option{"--toggle-pause", Role::command}, Option{"--choose-apps", Role::command},
+    Option{"--settings", Role::command},     Option{"--background", Role::modifier},
+    Option{"--quit", Role::command},         Option{"--help", Role::command},
+    Option{"--version", Role::command}};
+
+std::string withoutDashes(std::string_view argument) {
+  return std::string(argument.substr(std::min(argument.find_first_not_of('-'), argument.size())));
+}
+
+std::string inSmallLetters(std::string text) {
+  std::ranges::transform(text, text.begin(), [](unsigned char letter) {
+    return static_cast<char>(std::tolower(letter));
+  });
+  return text;
+}
+
+const Option* optionNamed(std::string_view name) {
+  const auto* found = std::ranges::find(kOptions, name == "-h" ? "--help" : name, &Option::name);
+  return found == kOptions.end() ? nullptr : found;
+}
+
+/// The option that was probably meant, also by a bare word; empty when none is near.
+std::string nearestOption(std::string_view argument) {
+  std::array<std::string_view, kOptions.size()> names;
+  std::ranges::transform(kOptions, names.begin(), [](const Option& option) {
+    return option.name.substr(option.name.find_first_not_of('-'));
+  });
+  const std::string written = inSmallLetters(withoutDashes(argument.substr(0, argument.find('='))));
+  const auto nearest = nearestWord(written, names);
+  return nearest ? "--" + *nearest : "";
+}
+
+/// Whether the argument is one that must not ask for the report, and yet is almost "--diagnose": it
+/// goes on after that, has one dash, or other letters are capital.
+bool isAlmostDiagnose(std::string_view argument) {
+  return argument.starts_with("-") &&
+         inSmallLetters(withoutDashes(argument)).starts_with("diagnose");
+}
+
+std::string unknown(std::string_view argument) {
+  const std::string nearest = nearestOption(argument);
+  const std::string hint = nearest.empty() ? "" : "; " + nearest + " may be meant";
+  return "staylit: there is no option '" + std::string(argument) + "'" + hint + "\n" + kSeeHelp +
+         "\n";
+}
 
 }  // namespace
 
@@ -41,16 +114,68 @@ bool CommandLine::has(const char* option) const {
 
 std::optional<std::string> CommandLine::information() const {
   if (has("--diagnose")) return std::nullopt;
-  if (has("--help")) return kHelp;
+  if (has("--help") || has("-h")) return kHelp;
   if (has("--version")) return version() + "\n";
   return std::nullopt;
 }
 
+std::optional<std::string> CommandLine::complaint() const {
+  if (has("--diagnose")) return std::nullopt;
+  std::string_view command;
+  bool mayHaveLength = false;
+  // The first argument is the program's name.
+  for (std::size_t i = 1; i < arguments_.size(); ++i) {
+    const std::string& argument = arguments_[i];
+    const bool isLength = mayHaveLength && !argument.starts_with("-");
+    mayHaveLength = false;
+    if (isLength && pauseLengthIn(argument)) continue;
+    if (isLength) {
+      return "staylit: '" + argument + "' is no length of time; 45m, 2h or 1h30m would be one\n";
+    }
+    const Option* option = optionNamed(argument);
+    if (!option && isAlmostDiagnose(argument)) continue;
+    if (!option) return unknown(argument);
+    if (option->role == Role::modifier) continue;
+    if (!command.empty() && command != option->name) {
+      return "staylit: " + std::string(command) + " and " + argument + " cannot be done at once\n" +
+             kSeeHelp + "\n";
+    }
+    command = option->name;
+    mayHaveLength = option->role == Role::withLength;
+  }
+  if (has("--follow") && !has("--status")) return "staylit: --follow goes with --status\n";
+  if (has("--json") && !has("--status") && !has("--holds")) {
+    return "staylit: --json goes with --status or --holds\n";
+  }
+  return std::nullopt;
+}
+
+std::optional<std::string> CommandLine::warning() const {
+  if (has("--diagnose")) return std::nullopt;
+  const auto almost = std::ranges::find_if(arguments_, isAlmostDiagnose);
+  if (almost == arguments_.end()) return std::nullopt;
+  return "staylit: '" + *almost + "' is not --diagnose, so Staylit starts\n";
+}
+
+std::string CommandLine::lengthOfPause() const {
+  const auto pause = std::ranges::find(arguments_, "--pause");
+  if (pause == arguments_.end() || pause + 1 == arguments_.end()) return "";
+  return *(pause + 1);
+}
+
+std::optional<ControlRequest> CommandLine::control() const {
+  using Kind = ControlRequest::Kind;
+  if (has("--diagnose")) return std::nullopt;
+  if (has("--pause")) return ControlRequest{Kind::pause, pauseLengthIn(lengthOfPause())};
+  if (has("--resume")) return ControlRequest{Kind::resume, {}};
+  if (has("--toggle-pause")) return ControlRequest{Kind::togglePause, {}};
+  if (has("--quit")) return ControlRequest{Kind::quit, {}};
+  return std::nullopt;
+}
+
 ApplicationService::Request CommandLine::request() const {
-  for (const std::string& argument : arguments_) {
-    if (!argument.starts_with("--")) continue;
-    const std::string name = argument.substr(2);
-    if (ApplicationService::action(name)) return {name, false};
+  for (const char* action : {"choose-apps", "settings"}) {
+    if (has((std::string("--") + action).c_str())) return {action, false};
   }
   return {"", has("--background")};
 }

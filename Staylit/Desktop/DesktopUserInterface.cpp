@@ -1,5 +1,6 @@
 #include "Staylit/Desktop/DesktopUserInterface.h"
 
+#include "Staylit/Desktop/Control/ControlObject.h"
 #include "Staylit/Desktop/Menu/DBusMenu.h"
 #include "Staylit/Desktop/Session/ActivationToken.h"
 #include "Staylit/Desktop/Session/DesktopNotification.h"
@@ -36,6 +37,10 @@ std::unique_ptr<StatusItem> DesktopUserInterface::makeStatusItem(MenuDelegate& d
 
 std::unique_ptr<StatusService> DesktopUserInterface::offerStatus(StatusReporter& reporter) {
   return std::make_unique<StatusObject>(sessionBus_, reporter);
+}
+
+std::unique_ptr<ControlService> DesktopUserInterface::offerControl(PauseControl& pause) {
+  return std::make_unique<ControlObject>(loop_, sessionBus_, pause);
 }
 
 std::unique_ptr<Window> DesktopUserInterface::makeAppsWindow(const WindowStyle& style,

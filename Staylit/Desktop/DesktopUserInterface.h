@@ -22,6 +22,7 @@ class DesktopUserInterface : public UserInterface {
   /// null until the module is loaded, and then choose the menu's item for the window once more.
   std::unique_ptr<StatusItem> makeStatusItem(MenuDelegate& delegate) override;
   std::unique_ptr<StatusService> offerStatus(StatusReporter& reporter) override;
+  std::unique_ptr<ControlService> offerControl(PauseControl& pause) override;
   std::unique_ptr<Window> makeAppsWindow(const WindowStyle& style, AppsView& view) override;
   std::unique_ptr<Window> makeSettingsWindow(const WindowStyle& style, SettingsView& view) override;
   std::vector<Rect> visibleFrames() override;
@@ -31,6 +32,9 @@ class DesktopUserInterface : public UserInterface {
 
   /// Does what the menu's item with `action` does. Does nothing while there is no menu.
   void choose(MenuItem::Action action);
+
+  /// Why no window can be shown, as far as is known without trying; empty where one may be.
+  std::string obstacleToWindows() { return windowing_.obstacle(); }
 
   /// Null until the first window is opened.
   WindowKit* windowKit() { return windowing_.kitIfAny(); }

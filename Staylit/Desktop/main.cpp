@@ -16,6 +16,7 @@
 #include "Platform/Posix/StandardStreams.h"
 #include "Staylit/AppMain.h"
 #include "Staylit/Desktop/CommandLine.h"
+#include "Staylit/Desktop/Control/RunningStaylit.h"
 #include "Staylit/Desktop/DesktopApplication.h"
 #include "Staylit/Desktop/DesktopUserInterface.h"
 #include "Staylit/Desktop/Display/DisplayTrial.h"
@@ -76,6 +77,15 @@ int examine() {
   return exitStatus(console, report.exitStatus());
 }
 
+int command(const staylit::ControlRequest& request) {
+  platform::EventLoop loop;
+  platform::Buses buses(loop);
+  platform::PosixConsole console;
+  platform::SystemClock clock;
+  const int status = staylit::RunningStaylit(loop, buses.session, console, clock).obey(request);
+  return exitStatus(console, status);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -85,6 +95,11 @@ int main(int argc, char** argv) {
     return staylit::DisplayTrial::runInOwnProcess();
   }
   const staylit::CommandLine commandLine(arguments);
+  if (const auto complaint = commandLine.complaint()) {
+    std::cerr << *complaint;
+    constexpr int kMisunderstood = 2;
+    return kMisunderstood;
+  }
   if (const auto information = commandLine.information()) {
     std::cout << *information;
     return 0;
@@ -92,11 +107,14 @@ int main(int argc, char** argv) {
   if (const auto request = staylit::StatusRequest::in(arguments)) return tellStatus(*request);
   if (const auto request = staylit::HoldsRequest::in(arguments)) return tellHolds(*request);
   if (staylit::DoctorReport::isAskedFor(arguments)) return examine();
+  if (const auto request = commandLine.control()) return command(*request);
+  std::cerr << commandLine.warning().value_or("");
   const auto loop = std::make_shared<platform::EventLoop>();
   const auto buses = std::make_shared<platform::Buses>(*loop);
   const std::unique_ptr<tidewell::Ports> ports = platform::makeLinuxPorts(loop, buses);
   staylit::DesktopUserInterface userInterface(*loop, buses->session);
-  staylit::DesktopApplication application(*loop, buses->session, userInterface,
+  staylit::DesktopApplication application(*loop, buses->session, userInterface, *ports->console,
                                           commandLine.request());
-  return staylit::AppMain(*ports, application, userInterface).run(arguments);
+  const int status = staylit::AppMain(*ports, application, userInterface).run(arguments);
+  return status != 0 ? status : application.exitStatus();
 }

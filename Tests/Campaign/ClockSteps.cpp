@@ -98,7 +98,7 @@ class SteppedMachine : OwnMachine {
     outcome_.findings.push_back("Set by " + std::to_string(step_) + " s while " + state + ": " +
                                 what + " (held: '" + holdReason() + "').");
   }
-  void togglePause() { wait(ChildProgram({STAYLIT_PROGRAM, "--pause"})); }
+  void togglePause() { wait(ChildProgram({STAYLIT_PROGRAM, "--toggle-pause"})); }
   bool become(std::string_view reason) {
     return eventually([&] { return holdReason() == reason; }, 60s);
   }

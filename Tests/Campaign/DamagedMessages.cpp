@@ -168,7 +168,8 @@ void callMenu(PrivateBuses& buses, std::int64_t count, Outcome& outcome) {
 void callApplication(PrivateBuses& buses, std::int64_t count, Outcome& outcome) {
   const ScopedEnvironment x("DISPLAY", std::nullopt);
   const ScopedEnvironment wayland("WAYLAND_DISPLAY", std::nullopt);
-  ApplicationService service(buses.loop, buses.sessionBus, [](MenuItem::Action) {});
+  ApplicationService service(buses.loop, buses.sessionBus,
+                             [](MenuItem::Action) { return std::string(); });
   service.claim({"", false}, [] {});
   callAll(buses, {std::begin(kApplicationMethods), std::end(kApplicationMethods)}, count,
           "the application", outcome);

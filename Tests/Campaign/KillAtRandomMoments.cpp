@@ -60,7 +60,7 @@ class Kills {
     if (!testing::OwnMachine::eventually([this] { return isHeld(); }, 20s)) return noHold();
     std::vector<ChildProgram> second;
     for (int toggles = std::uniform_int_distribution(1, 3)(random_); toggles > 0; --toggles) {
-      second.push_back(machine_.start({"--pause"}));
+      second.push_back(machine_.start({"--toggle-pause"}));
       std::this_thread::sleep_for(randomTime(60ms));
     }
     kill(staylit, "while it let go or held again");

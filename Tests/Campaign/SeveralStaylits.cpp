@@ -44,8 +44,13 @@ class SeveralStaylits {
     const ScopedEnvironment session("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent/session");
     ChildProgram worker = machine_.workAs("aider", {"cpu"});
     std::vector<ChildProgram> staylits;
-    for (std::size_t number = 0; number < count; ++number)
+    for (std::size_t number = 0; number < count; ++number) {
+      const std::filesystem::path runtime = machine_.folder.path("run" + std::to_string(number));
+      std::filesystem::create_directory(runtime);
+      std::filesystem::permissions(runtime, std::filesystem::perms::owner_all);
+      const ScopedEnvironment own("XDG_RUNTIME_DIR", runtime.string());
       staylits.push_back(machine_.start());
+    }
     allSay(kAllWork, count, 60s);
     worker.kill();
     std::filesystem::remove(machine_.folder.path() / "aider");

@@ -126,7 +126,7 @@ class Stops {
     expect("paused after the session bus was stopped", 20s, [this] { return countOfLocks() == 0; });
   }
 
-  void toggle() { OwnMachine::wait(machine_.start({"--pause"})); }
+  void toggle() { OwnMachine::wait(machine_.start({"--toggle-pause"})); }
 
   bool isForWork() {
     const std::string reason = machine_.holdReason();

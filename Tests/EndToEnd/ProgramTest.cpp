@@ -86,8 +86,9 @@ TEST_F(ProgramTest, LetsGoThoughAnotherStaylitHoldsOnTheSameMachine) {
   writeSettings(quickSettings());
   ChildProgram worker = workAs(kWorker, {"cpu"});
   const ChildProgram first = start();
-  // The second one belongs to another session, as if another user ran it.
+  // The second one has neither session bus nor runtime folder in common, as another user's has not.
   const ScopedEnvironment session("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent/session");
+  const ScopedEnvironment runtime("XDG_RUNTIME_DIR", "/nonexistent/runtime");
   const ChildProgram second = start();
   const std::vector<std::string> both{"Aider is working", "Aider is working"};
   EXPECT_TRUE(eventually([&] { return holdReasons() == both; }, 60s)) << holdReason();

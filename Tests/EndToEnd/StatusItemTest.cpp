@@ -82,22 +82,70 @@ TEST_F(StatusItemTest, OutlivesItsSessionBusAndReturnsToTheNextOne) {
   EXPECT_EQ(host->itemProperty("Title"), "'Staylit'");
 }
 
-TEST_F(StatusItemTest, IsPausedByASecondStartWhichEndsAtOnce) {
+TEST_F(StatusItemTest, IsPausedByASecondStartWhichSaysSoAndEnds) {
   const ChildProgram staylit = start();
   showItem();
   ASSERT_TRUE(host);
-  const ChildProgram second = start({"--pause"});
-  EXPECT_EQ(wait(second), 0);
-  EXPECT_TRUE(shows("staylit-pause-circle-symbolic"));
+  for (int times = 0; times < 2; ++times) {
+    EXPECT_EQ(wait(start({"--pause"})), 0);
+    EXPECT_EQ(output(), "Paused\n");
+    EXPECT_TRUE(shows("staylit-pause-circle-symbolic"));
+  }
   EXPECT_EQ(watcher->items().size(), 1U);
+  EXPECT_EQ(wait(start({"--resume"})), 0);
+  EXPECT_EQ(output(), "Resumed\n");
+  EXPECT_TRUE(shows("staylit-cup-and-saucer-fill-symbolic"));
+  EXPECT_EQ(wait(start({"--resume"})), 0);
+  EXPECT_EQ(output(), "It was not paused\n");
+  EXPECT_EQ(wait(start({"--toggle-pause"})), 0);
+  EXPECT_EQ(output(), "Paused\n");
+  EXPECT_TRUE(shows("staylit-pause-circle-symbolic"));
+}
+
+TEST_F(StatusItemTest, ResumesByItselfAfterAPauseWithALength) {
+  const ChildProgram staylit = start();
+  showItem();
+  ASSERT_TRUE(host);
+  EXPECT_EQ(wait(start({"--pause", "5s"})), 0);
+  EXPECT_TRUE(output().starts_with("Paused until ")) << output();
+  EXPECT_TRUE(shows("staylit-pause-circle-symbolic"));
+  EXPECT_TRUE(shows("staylit-cup-and-saucer-fill-symbolic"));
+}
+
+TEST_F(StatusItemTest, NothingIsStartedByACommandForOneThatDoesNotRun) {
+  for (const char* command : {"--pause", "--resume", "--toggle-pause", "--quit"}) {
+    EXPECT_EQ(wait(start({command})), 3) << command;
+    EXPECT_EQ(output(), "") << command;
+    EXPECT_EQ(output("err"), "staylit: Staylit does not run\n") << command;
+  }
+  EXPECT_TRUE(watcher->items().empty());
+}
+
+TEST_F(StatusItemTest, NothingIsStartedByATypingError) {
+  EXPECT_EQ(wait(start({"status"})), 2);
+  EXPECT_TRUE(output("err").starts_with("staylit: there is no option 'status'; --status may be "))
+      << output("err");
+  EXPECT_EQ(wait(start({"-h"})), 0);
+  EXPECT_TRUE(output().starts_with("Usage: staylit "));
+}
+
+TEST_F(StatusItemTest, WhatIsAlmostTheReportStartsTheProgramAndSaysSo) {
+  const ChildProgram staylit = start({"--Diagnose"});
+  showItem();
+  EXPECT_TRUE(
+      output("err").starts_with("staylit: '--Diagnose' is not --diagnose, so Staylit starts\n"))
+      << output("err");
 }
 
 TEST_F(StatusItemTest, StaysWhenASecondStartAsksForAWindowThatCannotBeShown) {
   const ChildProgram staylit = start();
   showItem();
   ASSERT_TRUE(host);
-  EXPECT_EQ(wait(start()), 0);
-  EXPECT_EQ(wait(start({"--settings"})), 0);
+  const std::string why = "staylit: Staylit cannot show a window: there is no display\n";
+  EXPECT_EQ(wait(start()), 1);
+  EXPECT_TRUE(output("err").ends_with(why)) << output("err");
+  EXPECT_EQ(wait(start({"--settings"})), 1);
+  EXPECT_TRUE(output("err").ends_with(why)) << output("err");
   EXPECT_EQ(host->itemProperty("Title"), "'Staylit'");
 }
 
@@ -113,8 +161,10 @@ TEST_F(StatusItemTest, ASecondStartWithQuitEndsTheProgram) {
   const ChildProgram staylit = start();
   showItem();
   EXPECT_EQ(wait(start({"--quit"})), 0);
+  EXPECT_EQ(output(), "Staylit has ended\n");
+  // It has ended, so that the next one can start at once.
+  EXPECT_TRUE(hasEnded(staylit, 0s));
   EXPECT_EQ(wait(staylit), 0);
-  EXPECT_EQ(wait(start({"--quit"})), 0) << "nothing runs";
 }
 
 TEST_F(StatusItemTest, IsLeftAloneByASecondStartInTheBackground) {
@@ -127,11 +177,12 @@ TEST_F(StatusItemTest, IsLeftAloneByASecondStartInTheBackground) {
   showItem();
   ASSERT_TRUE(host);
   EXPECT_EQ(wait(start({"--background"})), 0);
+  EXPECT_EQ(output(), "Staylit runs already\n");
   // The program obeys this after all that the second start asked for.
   EXPECT_EQ(host->event(host->idOf("Pause"), "clicked"), "");
   EXPECT_TRUE(shows("staylit-pause-circle-symbolic"));
   EXPECT_EQ(notified, 0);
-  EXPECT_EQ(wait(start()), 0);
+  EXPECT_EQ(wait(start()), 1) << "there is no display";
   EXPECT_TRUE(eventually([&] { return notified == 1; }, 20s));
 }
 
@@ -141,12 +192,45 @@ TEST_F(StatusItemTest, TheProgramTellsItsVersionWithoutABus) {
   EXPECT_TRUE(output().starts_with("Staylit "));
 }
 
-TEST_F(StatusItemTest, AFirstStartWithPauseBeginsPaused) {
-  const ChildProgram staylit = start({"--pause"});
+TEST_F(StatusItemTest, ThereIsOneForAUserAlsoWithoutASessionBus) {
+  const std::string reach = ", out of reach of this session bus\n";
+  const ChildProgram staylit = start();
   showItem();
-  ASSERT_TRUE(host);
-  EXPECT_TRUE(shows("staylit-pause-circle-symbolic"));
-  EXPECT_TRUE(eventually([this] { return holdReason().empty(); }, 20s));
+  const std::string process = "process " + std::to_string(staylit.pid());
+  const ScopedEnvironment none("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent/session");
+  EXPECT_EQ(wait(start()), 1);
+  EXPECT_EQ(output("err"), "staylit: Staylit runs already as " + process + reach);
+  EXPECT_EQ(wait(start({"--background"})), 0);
+  EXPECT_EQ(output(), "Staylit runs already as " + process + reach);
+  EXPECT_EQ(wait(start({"--quit"})), 2);
+  EXPECT_TRUE(output("err").starts_with("staylit: one runs as " + process + ", but there is no "))
+      << output("err");
+  EXPECT_EQ(holdReasons().size(), 1U);
+}
+
+TEST_F(StatusItemTest, TheOneWithoutASessionBusMayComeFirst) {
+  std::optional<ScopedEnvironment> none;
+  none.emplace("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent/session");
+  const ChildProgram staylit = start();
+  ASSERT_TRUE(eventually([this] { return !holdReason().empty(); }, 20s));
+  none.reset();
+  EXPECT_EQ(wait(start({"--background"})), 0);
+  EXPECT_EQ(wait(start({"--pause"})), 2);
+  EXPECT_EQ(output("err"), "staylit: one runs as process " + std::to_string(staylit.pid()) +
+                               ", but not on this session bus; kill " +
+                               std::to_string(staylit.pid()) + " ends it in order\n");
+  EXPECT_EQ(holdReasons().size(), 1U);
+}
+
+TEST_F(StatusItemTest, AKilledOneLeavesNoLock) {
+  {
+    ChildProgram staylit = start();
+    showItem();
+    staylit.kill();
+  }
+  const ChildProgram next = start();
+  EXPECT_TRUE(eventually([this] { return watcher->items().size() == 1; }, 20s));
+  EXPECT_TRUE(eventually([this] { return holdReasons().size() == 1; }, 20s));
 }
 
 }  // namespace

@@ -49,6 +49,11 @@ class FakeUserInterface : public UserInterface {
     return std::make_unique<StatusService>();
   }
 
+  std::unique_ptr<ControlService> offerControl(PauseControl& asked) override {
+    pause = &asked;
+    return std::make_unique<ControlService>();
+  }
+
   std::unique_ptr<Window> makeAppsWindow(const WindowStyle& style, AppsView& view) override {
     calls_->add("make apps window");
     return makeWindow({style, &view, nullptr, {}});
@@ -74,6 +79,7 @@ class FakeUserInterface : public UserInterface {
   std::function<void(MenuDelegate&)> whileMakingStatusItem;
 
   StatusReporter* reporter = nullptr;                 ///< Of the status that was offered last.
+  PauseControl* pause = nullptr;                      ///< That was offered last.
   MenuDelegate* menu = nullptr;                       ///< Of the status item; null without one.
   std::vector<StatusItemAppearance> shown;            ///< By the status item, in order.
   int menuChanges = 0;                                ///< How often the item was told of one.

@@ -28,8 +28,10 @@ using Claim = ApplicationService::Claim;
 /// The part of a start of the program that the session sees.
 struct Start {
   explicit Start(platform::EventLoop& loop)
-      : bus(loop, Bus::Kind::session, quick()),
-        service(loop, bus, [this](Action action) { performed.push_back(action); }) {}
+      : bus(loop, Bus::Kind::session, quick()), service(loop, bus, [this](Action action) {
+          performed.push_back(action);
+          return obstacle;
+        }) {}
 
   static platform::BusTiming quick() {
     platform::BusTiming timing;
@@ -44,6 +46,7 @@ struct Start {
 
   bool hasLeft = false;
   std::vector<Action> performed;
+  std::string obstacle;  ///< To all that this start is asked for.
   Bus bus;
   ApplicationService service;
 };
@@ -79,6 +82,18 @@ TEST_F(ApplicationServiceTest, ASecondStartPassesOnItsAction) {
   EXPECT_TRUE(eventually([&] { return first.performed.size() == 4; }));
   EXPECT_EQ(first.performed, (std::vector<Action>{Action::togglePause, Action::openSettings,
                                                   Action::openApps, Action::terminate}));
+}
+
+TEST_F(ApplicationServiceTest, ASecondStartLearnsWhyTheFirstCannotDoIt) {
+  Start first(*loop);
+  ASSERT_EQ(first.claim({}), Claim::first);
+  Start done(*loop);
+  EXPECT_EQ(done.claim({"settings"}), Claim::second);
+  EXPECT_EQ(done.service.refusal(), "");
+  first.obstacle = "there is no display";
+  Start refused(*loop);
+  EXPECT_EQ(refused.claim({"settings"}), Claim::second);
+  EXPECT_EQ(refused.service.refusal(), "there is no display");
 }
 
 TEST_F(ApplicationServiceTest, AStartInTheBackgroundLeavesTheFirstAlone) {
@@ -195,7 +210,8 @@ TEST_F(ApplicationServiceTest, LeavesWhenTheOwnerAnswersAfterAll) {
 TEST_F(ApplicationServiceTest, DoesNotStartForARequestThatNobodyHears) {
   const BusService hung(sessionDaemon->address(), {"com.staylit.app"}, [](sd_bus_message*) {});
   Start start(*loop);
-  EXPECT_EQ(start.claim({"quit"}), Claim::second);
+  EXPECT_EQ(start.claim({"settings"}), Claim::second);
+  EXPECT_EQ(start.service.refusal(), "the Staylit that runs does not answer");
 }
 
 TEST_F(ApplicationServiceTest, TakesTheNameOfAnOwnerThatDiesInsteadOfAnswering) {

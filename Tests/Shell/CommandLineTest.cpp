@@ -11,9 +11,9 @@ namespace {
 using Arguments = std::vector<std::string>;
 
 TEST(CommandLine, AnswersQuestionsAboutTheProgramItself) {
-  for (const char* option :
-       {"--diagnose", "--pause", "--choose-apps", "--settings", "--background", "--quit",
-        "--status", "--follow", "--holds", "--doctor", "--json", "--help", "--version"}) {
+  for (const char* option : {"--diagnose", "--pause", "--resume", "--toggle-pause", "--choose-apps",
+                             "--settings", "--background", "--quit", "--status", "--follow",
+                             "--holds", "--doctor", "--json", "--help", "--version"}) {
     EXPECT_NE(CommandLine(Arguments{"staylit", "--help"}).information()->find(option),
               std::string::npos)
         << option;
@@ -29,10 +29,77 @@ TEST(CommandLine, HasNoInformationForTheReportAndForTheProgramItself) {
   }
 }
 
-TEST(CommandLine, RequestsTheFirstActionThatIsNamed) {
+TEST(CommandLine, RequestsTheWindowThatIsNamed) {
   EXPECT_EQ(CommandLine(Arguments{"staylit"}).request().action, "");
-  EXPECT_EQ(CommandLine(Arguments{"pause", "-settings", "--quit", "--pause"}).request().action,
-            "quit");
+  EXPECT_EQ(CommandLine(Arguments{"staylit", "--settings"}).request().action, "settings");
+  EXPECT_EQ(CommandLine(Arguments{"staylit", "--choose-apps"}).request().action, "choose-apps");
+}
+
+TEST(CommandLine, ReadsWhatTheRunningProgramIsToDo) {
+  using Kind = ControlRequest::Kind;
+  const auto control = [](const Arguments& arguments) { return CommandLine(arguments).control(); };
+  EXPECT_EQ(control({"staylit", "--pause"}), (ControlRequest{Kind::pause, {}}));
+  EXPECT_EQ(control({"staylit", "--pause", "2h"}),
+            (ControlRequest{Kind::pause, tidewell::Seconds(7'200)}));
+  EXPECT_EQ(control({"staylit", "--resume"}), (ControlRequest{Kind::resume, {}}));
+  EXPECT_EQ(control({"staylit", "--toggle-pause"}), (ControlRequest{Kind::togglePause, {}}));
+  EXPECT_EQ(control({"staylit", "--quit"}), (ControlRequest{Kind::quit, {}}));
+  EXPECT_EQ(control({"staylit", "--settings"}), std::nullopt);
+  EXPECT_EQ(control({"staylit", "--pause", "--diagnose"}), std::nullopt);
+}
+
+std::string complaint(const Arguments& arguments) {
+  return CommandLine(arguments).complaint().value_or("");
+}
+
+TEST(CommandLine, RefusesWhatNoOptionIsAndNamesTheNearest) {
+  EXPECT_TRUE(complaint({"staylit", "status"})
+                  .starts_with("staylit: there is no option 'status'; --status "
+                               "may be meant\n"));
+  EXPECT_TRUE(complaint({"staylit", "--puase"}).find("; --pause may be meant") !=
+              std::string::npos);
+  EXPECT_TRUE(complaint({"staylit", "--pause=2h"}).find("--pause may be") != std::string::npos);
+  EXPECT_TRUE(
+      complaint({"staylit", "--explode"}).starts_with("staylit: there is no option '--explode'\n"));
+  EXPECT_NE(complaint({"staylit", ""}), "");
+  EXPECT_TRUE(complaint({"staylit", "-x"}).starts_with("staylit: there is no option '-x'\n"));
+  EXPECT_EQ(complaint({"staylit", "-h"}), "");
+  EXPECT_NE(complaint({"staylit", "--quit", "now"}), "");
+}
+
+TEST(CommandLine, RefusesALengthThatIsNone) {
+  EXPECT_EQ(complaint({"staylit", "--pause", "2h"}), "");
+  EXPECT_TRUE(
+      complaint({"staylit", "--pause", "soon"}).starts_with("staylit: 'soon' is no length"));
+  EXPECT_TRUE(complaint({"staylit", "--pause", "2"}).starts_with("staylit: '2' is no length"));
+}
+
+TEST(CommandLine, RefusesWhatDoesNotGoTogether) {
+  EXPECT_TRUE(complaint({"staylit", "--pause", "--quit"})
+                  .starts_with("staylit: --pause and --quit cannot be done at once\n"));
+  EXPECT_NE(complaint({"staylit", "--follow"}), "");
+  EXPECT_NE(complaint({"staylit", "--json", "--doctor"}), "");
+  EXPECT_EQ(complaint({"staylit", "--json", "--holds"}), "");
+  EXPECT_EQ(complaint({"staylit", "--follow", "--status", "--json"}), "");
+  EXPECT_EQ(complaint({"staylit", "--background", "--settings"}), "");
+  EXPECT_EQ(complaint({"staylit", "--quit", "--quit"}), "");
+}
+
+TEST(CommandLine, TheReportComesBeforeAllComplaints) {
+  EXPECT_EQ(complaint({"staylit", "explode", "--diagnose", "--pause", "--quit"}), "");
+  EXPECT_EQ(complaint({"--diagnose"}), "");
+}
+
+TEST(CommandLine, OnlyWarnsOfWhatIsAlmostTheReport) {
+  for (const char* almost : {"-diagnose", "--Diagnose", "--diagnosed", "--diagnose=1"}) {
+    const Arguments arguments{"staylit", almost};
+    EXPECT_EQ(CommandLine(arguments).complaint(), std::nullopt) << almost;
+    EXPECT_EQ(CommandLine(arguments).warning(),
+              std::string("staylit: '") + almost + "' is not --diagnose, so Staylit starts\n");
+  }
+  EXPECT_EQ(CommandLine(Arguments{"staylit", "--background"}).warning(), std::nullopt);
+  EXPECT_EQ(CommandLine(Arguments{"staylit", "--diagnose", "-diagnose"}).warning(), std::nullopt);
+  EXPECT_NE(complaint({"staylit", "diagnose"}), "") << "a bare word never started the report";
 }
 
 TEST(CommandLine, AsksForNothingInTheBackgroundUnlessAnActionIsNamed) {

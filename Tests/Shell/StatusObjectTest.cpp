@@ -33,7 +33,7 @@ class StatusObjectTest : public platform::testing::BusTest {
     fakes.defaults.stored["sustainSeconds"] = std::int64_t{4};
     fakes.processes.add(10, "/opt/A");
     fakes.processes.add(11, "/opt/B");
-    service.emplace(*loop, *sessionBus, [](MenuItem::Action) {});
+    service.emplace(*loop, *sessionBus, [](MenuItem::Action) { return std::string(); });
     ASSERT_EQ(service->claim({}, [] {}), ApplicationService::Claim::first);
     status.emplace(*sessionBus, reporter);
     host = std::make_unique<Host>(*loop, ApplicationService::kName);

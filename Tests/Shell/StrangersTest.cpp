@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "Staylit/Desktop/Control/ControlObject.h"
 #include "Staylit/Desktop/Session/ApplicationService.h"
 #include "Staylit/Desktop/Status/StatusMessages.h"
 #include "Staylit/Desktop/Status/StatusObject.h"
@@ -34,13 +35,18 @@ class StrangersTest : public platform::testing::BusTest {
     BusTest::SetUp();
     if (IsSkipped()) return;
     delegate.menu = testing::smallMenu();
-    service.emplace(*loop, *sessionBus, [this](MenuItem::Action) { ++performed; });
+    service.emplace(*loop, *sessionBus, [this](MenuItem::Action) {
+      ++performed;
+      return std::string();
+    });
     ASSERT_EQ(service->claim({}, [] {}), ApplicationService::Claim::first);
     item.emplace(*loop, *sessionBus, delegate, StatusIcons{true, "/icons"});
     offered.emplace(*sessionBus, reporter);
+    control.emplace(*loop, *sessionBus, pause);
     item->show({"cup.and.saucer", "Staylit", true, "Idle — your Mac can sleep"});
   }
   void TearDown() override {
+    control.reset();
     offered.reset();
     item.reset();
     service.reset();
@@ -71,6 +77,8 @@ class StrangersTest : public platform::testing::BusTest {
   StaylitEngine engine{fakes.ports};
   StatusReporter reporter{engine, fakes.ports};
   std::optional<StatusObject> offered;
+  PauseControl pause{engine, fakes.ports};
+  std::optional<ControlObject> control;
 };
 
 TEST_F(StrangersTest, MayNeitherPauseNorEndTheProgramNorShowItsWindows) {
@@ -80,8 +88,11 @@ TEST_F(StrangersTest, MayNeitherPauseNorEndTheProgramNorShowItsWindows) {
   EXPECT_TRUE(isRefused(path, interface, "Open", "asa{sv}", 0, 0));
   EXPECT_TRUE(isRefused(path, interface, "ActivateAction", "sava{sv}", "quit", 0, 0));
   EXPECT_TRUE(isRefused(path, interface, "ActivateAction", "sava{sv}", "pause", 0, 0));
+  EXPECT_TRUE(isRefused(ControlInterface::kPath, ControlInterface::kName, "Pause", "x", 0));
+  EXPECT_TRUE(isRefused(ControlInterface::kPath, ControlInterface::kName, "TogglePause", ""));
   platform::testing::runBriefly(*loop);
   EXPECT_EQ(performed, 0);
+  EXPECT_FALSE(engine.isPaused());
 }
 
 TEST_F(StrangersTest, MayNeitherUseNorReadTheMenu) {

@@ -14,6 +14,7 @@ namespace {
 using Kind = DisplayTrial::Verdict::Kind;
 
 constexpr const char* kInstall = "Please install the package staylit-desktop.";
+const std::string kCannotShow = "Staylit cannot show a window: ";
 constexpr const char* kInstallAnew = "Please install the package staylit-desktop anew.";
 
 }  // namespace
@@ -28,14 +29,25 @@ WindowKit* Windowing::kit(std::function<void()> again) {
   return nullptr;
 }
 
-void Windowing::tryDisplay() {
+std::string Windowing::obstacle() {
+  if (kit_) return "";
+  const auto obstacle = findObstacle();
+  return obstacle ? kCannotShow + obstacle->why : "";
+}
+
+std::optional<Windowing::Obstacle> Windowing::findObstacle() {
   if (!Display::isKnown()) Display::learnFromServiceManager(sessionBus_);
   if (!Display::isKnown()) {
-    return cannotShow("there is no display", "Start Staylit within a desktop session.");
+    return Obstacle{"there is no display", "Start Staylit within a desktop session."};
   }
   if (platform::moduleFile(kWindowsModule).empty()) {
-    return cannotShow("its windows are not installed", kInstall);
+    return Obstacle{"its windows are not installed", kInstall};
   }
+  return std::nullopt;
+}
+
+void Windowing::tryDisplay() {
+  if (const auto obstacle = findObstacle()) return cannotShow(obstacle->why, obstacle->remedy);
   trial_ = std::make_unique<DisplayTrial>(
       loop_, [this](const DisplayTrial::Verdict& verdict) { tried(verdict); });
 }
@@ -85,7 +97,7 @@ void Windowing::makeKit(const std::string& platform) {
 }
 
 void Windowing::cannotShow(const std::string& why, const std::string& remedy) {
-  const std::string text = "Staylit cannot show a window: " + why;
+  const std::string text = kCannotShow + why;
   if (lastLogged_ != why) tidewell::Log::error(text + ". " + remedy);
   lastLogged_ = why;
   waiting_.clear();

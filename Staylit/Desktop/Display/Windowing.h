@@ -34,7 +34,16 @@ class Windowing {
   /// Null until the kit is made.
   WindowKit* kitIfAny() { return kit_.get(); }
 
+  /// Why no window can be shown, as far as is known without trying the display; empty where one
+  /// may be.
+  std::string obstacle();
+
  private:
+  struct Obstacle {
+    std::string why;
+    std::string remedy;
+  };
+  std::optional<Obstacle> findObstacle();
   void tryDisplay();
   void tried(const DisplayTrial::Verdict& verdict);
   void makeKit(const std::string& platform);

@@ -69,6 +69,13 @@ int appendPlatformData(sd_bus_message* call) {
   return result < 0 ? result : sd_bus_message_close_container(call);
 }
 
+/// The owner's own words, where it has some.
+std::string refusalIn(const BusReply& reply) {
+  const sd_bus_error* error =
+      reply.message ? sd_bus_message_get_error(reply.message.get()) : nullptr;
+  return error && error->message ? tidewell::cleaned(error->message) : reply.errorName;
+}
+
 int readPlatformData(sd_bus_message* call) {
   std::string token;
   std::vector<std::string> display;
@@ -100,7 +107,7 @@ std::optional<MenuItem::Action> ApplicationService::action(std::string_view name
 }
 
 ApplicationService::ApplicationService(platform::EventLoop& loop, platform::Bus& sessionBus,
-                                       std::function<void(MenuItem::Action)> perform)
+                                       Perform perform)
     : loop_(loop),
       bus_(sessionBus),
       perform_(std::move(perform)),
@@ -131,7 +138,10 @@ ApplicationService::Claim ApplicationService::claim(const Request& request,
 ApplicationService::Claim ApplicationService::goOnBeside(const Request& request,
                                                          std::function<void()> leave) {
   tidewell::Log::error("another Staylit runs in this session and does not answer");
-  if (!request.action.empty()) return Claim::second;
+  if (!request.action.empty()) {
+    refusal_ = "the Staylit that runs does not answer";
+    return Claim::second;
+  }
   leave_ = std::move(leave);
   keepName();
   return Claim::beside;
@@ -173,7 +183,8 @@ void ApplicationService::answered(const BusReply& reply) {
                       reply.errorName == SD_BUS_ERROR_SERVICE_UNKNOWN || !bus_.handle();
   const bool isSilent = reply.errorName == SD_BUS_ERROR_NO_REPLY;
   if (!reply && !isGone && !isSilent) {
-    tidewell::Log::error("the running Staylit refused: " + reply.errorName);
+    refusal_ = refusalIn(reply);
+    tidewell::Log::error("the running Staylit refused: " + refusal_);
   }
   if (!leave_) {
     answer_ = isGone || isSilent ? Answer::gone : Answer::done;
@@ -192,16 +203,28 @@ void ApplicationService::keepName() {
   });
 }
 
-void ApplicationService::performLater(MenuItem::Action action) {
-  loop_.async([service = self_.make(), action] {
-    if (service) service->perform_(action);
+int ApplicationService::obey(sd_bus_message* call, MenuItem::Action action) {
+  constexpr int kIsTaken = 1;
+  // The end drops messages that are not sent yet, so its answer goes first.
+  if (action == MenuItem::Action::terminate) sd_bus_reply_method_return(call, "");
+  // Work that is posted is copied, and a message has one owner.
+  const auto kept = std::make_shared<platform::BusMessage>(sd_bus_message_ref(call));
+  loop_.async([service = self_.make(), kept, action] {
+    if (!service) return;
+    const std::string obstacle = service->perform_(action);
+    if (action == MenuItem::Action::terminate) return;
+    if (obstacle.empty()) {
+      sd_bus_reply_method_return(kept->get(), "");
+    } else {
+      sd_bus_reply_method_errorf(kept->get(), SD_BUS_ERROR_FAILED, "%s", obstacle.c_str());
+    }
   });
+  return kIsTaken;
 }
 
 int ApplicationService::activate(sd_bus_message* call, void* data, sd_bus_error* /*error*/) {
   if (const int result = readPlatformData(call); result < 0) return result;
-  static_cast<ApplicationService*>(data)->performLater(MenuItem::Action::openApps);
-  return sd_bus_reply_method_return(call, "");
+  return static_cast<ApplicationService*>(data)->obey(call, MenuItem::Action::openApps);
 }
 
 int ApplicationService::open(sd_bus_message* call, void* data, sd_bus_error* error) {
@@ -218,8 +241,7 @@ int ApplicationService::activateAction(sd_bus_message* call, void* data, sd_bus_
   if (result < 0) return result;
   const std::optional<MenuItem::Action> wanted = action(name);
   if (!wanted) return sd_bus_error_setf(error, SD_BUS_ERROR_INVALID_ARGS, "no action '%s'", name);
-  static_cast<ApplicationService*>(data)->performLater(*wanted);
-  return sd_bus_reply_method_return(call, "");
+  return static_cast<ApplicationService*>(data)->obey(call, *wanted);
 }
 
 }  // namespace staylit

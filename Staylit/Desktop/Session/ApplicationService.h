@@ -26,13 +26,14 @@ class ApplicationService {
   static constexpr const char* kPath = "/com/staylit/app";
   static constexpr const char* kInterface = "org.freedesktop.Application";
 
-  /// The action that other programs of the session ask for by `name`: "pause", "choose-apps",
-  /// "settings" or "quit".
+  /// The action that other programs of the session ask for by `name`: "pause" (which also resumes),
+  /// "choose-apps", "settings" or "quit".
   static std::optional<MenuItem::Action> action(std::string_view name);
 
-  /// `perform` does what was asked for. The loop calls it, never a call from the bus itself.
-  ApplicationService(platform::EventLoop& loop, platform::Bus& sessionBus,
-                     std::function<void(MenuItem::Action)> perform);
+  /// `perform` does what was asked for, and returns why it cannot be done, or an empty text. The
+  /// loop calls it, never a call from the bus itself.
+  using Perform = std::function<std::string(MenuItem::Action)>;
+  ApplicationService(platform::EventLoop& loop, platform::Bus& sessionBus, Perform perform);
   ApplicationService(const ApplicationService&) = delete;
   ApplicationService& operator=(const ApplicationService&) = delete;
 
@@ -55,6 +56,8 @@ class ApplicationService {
   /// answer. If that owner answers after all, the loop calls `leave`, because there is to be only
   /// one program. Call it once, before the loop runs.
   Claim claim(const Request& request, std::function<void()> leave);
+  /// Why the owner that was asked did nothing; empty when it did what was asked for.
+  [[nodiscard]] const std::string& refusal() const { return refusal_; }
 
  private:
   static int activate(sd_bus_message* call, void* data, sd_bus_error* error);
@@ -69,17 +72,18 @@ class ApplicationService {
   void answered(const platform::BusReply& reply);
   Claim goOnBeside(const Request& request, std::function<void()> leave);
   void keepName();
-  void performLater(MenuItem::Action action);
+  int obey(sd_bus_message* call, MenuItem::Action action);
 
   platform::EventLoop& loop_;
   platform::Bus& bus_;
-  std::function<void(MenuItem::Action)> perform_;
+  Perform perform_;
   platform::BusObject object_;
   platform::BusListening connection_;
   platform::BusSlot request_;
   std::string owner_;  ///< The unique name of the owner that was asked.
   platform::BusSlot question_;
   std::optional<Answer> answer_;
+  std::string refusal_;
   std::function<void()> leave_;  ///< Set while this one runs beside the owner.
   tidewell::WeakReferenceSource<ApplicationService> self_{*this};  ///< For work that is posted.
 };
