@@ -31,6 +31,10 @@ tidewell::PropertyDictionary registeredSettings() {
   return defaults;
 }
 
+tidewell::PropertyDictionary registeredHistorySettings() {
+  return {{std::string(keys::historyEnabled), true}};
+}
+
 Prefs& Prefs::shared() {
   static std::mutex mutex;
   static std::unique_ptr<Prefs> only;

@@ -27,14 +27,21 @@ inline constexpr std::string_view sustainSeconds = "sustainSeconds";
 inline constexpr std::string_view honorAppAssertions = "honorAppAssertions";
 inline constexpr std::string_view launchAtLogin = "launchAtLogin";
 inline constexpr std::string_view verbose = "verbose";
+
+/// Not a setting of what the program does: whether the history is kept. It stands in a table of its
+/// own where the store has tables.
+inline constexpr std::string_view historyEnabled = "history.enabled";
 }  // namespace keys
 
 /// The hold goes on for a time within these limits after the work, whatever value is stored.
 inline constexpr std::int64_t kShortestGraceSeconds = 30;
 inline constexpr std::int64_t kLongestGraceSeconds = 600;
 
-/// Every setting with its default.
+/// Every setting with its default, without those of the history.
 [[nodiscard]] tidewell::PropertyDictionary registeredSettings();
+
+/// The settings of the history with their defaults; who keeps a history registers them.
+[[nodiscard]] tidewell::PropertyDictionary registeredHistorySettings();
 
 /// The one access point to the user's settings. Every value is read from the store afresh, so that
 /// a change counts at the next tick. Main thread only.

@@ -26,6 +26,8 @@ class FakePowerSources : public PowerSources {
     return current;
   }
 
+  std::optional<bool> isLidClosed() override { return lidClosed; }
+
   /// Makes the machine one that runs on this battery.
   void setBattery(std::int64_t percentage) { current = {false, percentage}; }
   /// Makes the machine one that has this battery and runs on the wall adapter.
@@ -33,6 +35,7 @@ class FakePowerSources : public PowerSources {
 
   bool lowPowerMode = false;
   std::optional<PowerSource> current;
+  std::optional<bool> lidClosed;
 
  private:
   std::shared_ptr<CallLog> calls_;

@@ -13,7 +13,8 @@ struct PowerSource {
   friend bool operator==(const PowerSource&, const PowerSource&) = default;
 };
 
-/// Batteries, wall adapter and power-saving mode. Main thread only; cheap enough for every tick.
+/// Batteries, wall adapter, power-saving mode and lid. Main thread only; cheap enough for every
+/// tick.
 class PowerSources {
  public:
   virtual ~PowerSources() = default;
@@ -23,6 +24,10 @@ class PowerSources {
   /// The first source that can be described. Absent when there is none, or the system does not
   /// tell.
   virtual std::optional<PowerSource> source() = 0;
+
+  /// Whether the lid of a portable computer is closed. Absent when there is no lid, or the system
+  /// does not tell.
+  virtual std::optional<bool> isLidClosed() { return std::nullopt; }
 };
 
 }  // namespace tidewell

@@ -1,0 +1,290 @@
+#include "Staylit/History/HistoryRecorder.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstdlib>
+#include <variant>
+
+#include "Staylit/JsonText.h"
+#include "Staylit/Prefs.h"
+#include "Staylit/Version.h"
+
+namespace staylit {
+
+using tidewell::BusyApp;
+using tidewell::Moment;
+using tidewell::PropertyValue;
+
+namespace {
+
+constexpr int kTicksOfAMinute = 30;
+/// The system seldom forgets to tell that it has woken, but a dark wake of a Mac is none.
+constexpr int kTicksUntilCertainlyAwake = 5;
+/// Nothing but sleep keeps a program from its ticks for so long. The monitor forgets its samples
+/// after the same time.
+constexpr std::chrono::seconds kLongestWait{120};
+constexpr std::int64_t kStepOfCharge = 5;
+
+bool isTheSamePower(const tidewell::PowerState& left, const tidewell::PowerState& right) {
+  return left.onAC == right.onAC && left.hasBattery == right.hasBattery &&
+         left.lowPowerMode == right.lowPowerMode &&
+         std::abs(left.percentage - right.percentage) < kStepOfCharge;
+}
+
+WorkFigures figuresOf(const BusyApp& app) {
+  return {app.cpuPercent, app.diskKBps, app.netKBps};
+}
+
+WorkFigures highest(const WorkFigures& left, const WorkFigures& right) {
+  return {std::max(left.cpuPercent, right.cpuPercent), std::max(left.diskKBps, right.diskKBps),
+          std::max(left.netKBps, right.netKBps)};
+}
+
+WorkFigures sumOf(const WorkFigures& left, const WorkFigures& right) {
+  return {left.cpuPercent + right.cpuPercent, left.diskKBps + right.diskKBps,
+          left.netKBps + right.netKBps};
+}
+
+PropertyValue storedValue(std::string_view key, const PropertyValue& ofSameKind) {
+  tidewell::Defaults& defaults = Prefs::shared().defaults();
+  if (std::holds_alternative<bool>(ofSameKind)) return defaults.boolean(key);
+  if (std::holds_alternative<std::int64_t>(ofSameKind)) return defaults.integer(key);
+  if (std::holds_alternative<double>(ofSameKind)) return defaults.real(key);
+  return defaults.stringList(key).value_or(std::vector<std::string>());
+}
+
+/// A setting's value for people to read.
+std::string described(const PropertyValue& value) {
+  if (const bool* flag = std::get_if<bool>(&value)) return *flag ? "true" : "false";
+  if (const auto* number = std::get_if<std::int64_t>(&value)) return std::to_string(*number);
+  if (const double* real = std::get_if<double>(&value)) return jsonDecimal(*real);
+  std::string text;
+  if (const auto* list = std::get_if<std::vector<std::string>>(&value)) {
+    for (const std::string& element : *list)
+      text += (text.empty() ? "" : ", ") + element;
+  }
+  return text;
+}
+
+bool isPaused(const EngineStatus& status) {
+  return std::holds_alternative<EngineStatus::Paused>(status.value);
+}
+
+std::string blockReason(const EngineStatus& status) {
+  const auto* blocked = std::get_if<EngineStatus::Blocked>(&status.value);
+  return blocked ? blocked->reason : std::string();
+}
+
+}  // namespace
+
+HistoryRecorder::HistoryRecorder(StaylitEngine& engine, tidewell::Ports& ports, HistoryLog& log)
+    : engine_(engine),
+      ports_(ports),
+      log_(log),
+      // The engine publishes its status last, when its other values are those of the tick.
+      subscription_(engine.status().observe([this](const EngineStatus& next) { look(next); })) {
+  observeSystemSleep();
+  Prefs::shared().defaults().registerDefaults(registeredHistorySettings());
+  if (Prefs::shared().defaults().boolean(keys::historyEnabled)) start();
+}
+
+void HistoryRecorder::start() {
+  isRecording_ = true;
+  using std::chrono::milliseconds;
+  const auto now = ports_.clock->wallTime().time_since_epoch();
+  run_ = std::chrono::floor<milliseconds>(now).count();
+  settings_.clear();
+  for (const auto& [key, value] : registeredSettings())
+    settings_.emplace_back(key, storedValue(key, value));
+  add(HistoryEvent::Started{programVersion(), std::nullopt});
+}
+
+void HistoryRecorder::stop() {
+  if (isRecording_) end();
+  isStopped_ = true;
+}
+
+void HistoryRecorder::end() {
+  endAllWork();
+  add(HistoryEvent::Stopped{});
+  isRecording_ = false;
+  last_.reset();
+  ticksAsleep_.reset();
+  told_.reset();
+  toldPower_.reset();
+  toldAsking_.clear();
+  toldLid_.reset();
+  toldLidHold_ = false;
+}
+
+void HistoryRecorder::look(const EngineStatus& next) {
+  if (isStopped_) return;
+  if (++ticks_ >= kTicksOfAMinute) everyMinute();
+  if (!isRecording_ || !isAwake()) return;
+  if (isPaused(next)) {
+    // While the engine is paused there are no ticks, and nothing is looked at.
+    endAllWork();
+    last_.reset();
+  } else if (!told_ || !isPaused(*told_)) {  // What is published on resuming is from before.
+    lookForSleepThatNobodyAnnounced(ports_.clock->now());
+    recordPower();
+    recordLid();
+    recordLidHold();
+    recordWork(engine_.busyApps().get());
+    recordAsking(engine_.assertingApps().get());
+  }
+  recordState(next);
+}
+
+bool HistoryRecorder::isAwake() {
+  if (!ticksAsleep_) return true;
+  if (++*ticksAsleep_ < kTicksUntilCertainlyAwake) return false;
+  wakeUp();
+  return true;
+}
+
+void HistoryRecorder::lookForSleepThatNobodyAnnounced(Moment now) {
+  if (last_ && now - *last_ >= kLongestWait) {
+    before_ = now - *last_;
+    fallAsleep();
+    before_ = {};
+    wakeUp();
+  }
+  last_ = now;
+}
+
+void HistoryRecorder::recordPower() {
+  const tidewell::PowerState& power = engine_.powerState().get();
+  if (toldPower_ && isTheSamePower(*toldPower_, power)) return;
+  toldPower_ = power;
+  add(HistoryEvent::PowerChanged{power});
+}
+
+void HistoryRecorder::recordLid() {
+  const std::optional<bool> isClosed = ports_.powerSources->isLidClosed();
+  if (!isClosed || isClosed == toldLid_) return;
+  const bool isNews = toldLid_ || *isClosed;
+  toldLid_ = isClosed;
+  if (isNews) add(HistoryEvent::LidMoved{*isClosed});
+}
+
+void HistoryRecorder::recordLidHold() {
+  const bool isHeld = ports_.lidSwitch && ports_.lidSwitch->holds();
+  if (isHeld == toldLidHold_) return;
+  toldLidHold_ = isHeld;
+  add(HistoryEvent::LidHoldChanged{isHeld});
+}
+
+void HistoryRecorder::recordWork(const std::vector<BusyApp>& busy) {
+  for (Work& work : works_)
+    work.isSeen = false;
+  for (const BusyApp& app : busy) {
+    auto work = std::ranges::find(works_, app.id, &Work::key);
+    if (work == works_.end()) {
+      add(HistoryEvent::WorkBegan{app.id, app.display, app.category, app.busyFor, figuresOf(app)});
+      works_.push_back({app.id, {}, {}, 0, false});
+      work = works_.end() - 1;
+    }
+    work->isSeen = true;
+    work->peak = highest(work->peak, figuresOf(app));
+    work->sum = sumOf(work->sum, figuresOf(app));
+    work->ticks += 1;
+  }
+  std::erase_if(works_, [this](const Work& work) {
+    if (work.isSeen) return false;
+    const WorkFigures& sum = work.sum;
+    add(HistoryEvent::WorkEnded{
+        work.key,
+        work.peak,
+        {sum.cpuPercent / work.ticks, sum.diskKBps / work.ticks, sum.netKBps / work.ticks}});
+    return true;
+  });
+}
+
+void HistoryRecorder::recordAsking(const std::vector<std::string>& asking) {
+  if (asking == toldAsking_) return;
+  const bool isOnlyInAnotherOrder =
+      asking.size() == toldAsking_.size() &&
+      std::is_permutation(asking.begin(), asking.end(), toldAsking_.begin());
+  if (isOnlyInAnotherOrder) return;
+  toldAsking_ = asking;
+  add(HistoryEvent::AskingChanged{asking});
+}
+
+void HistoryRecorder::recordState(const EngineStatus& next) {
+  const bool isGranted = ports_.powerManagement->isGranted();
+  if (told_ && next.isSameState(*told_) && isGranted == toldGranted_) return;
+  told_ = next;
+  toldGranted_ = isGranted;
+  HistoryEvent::StateChanged changed{
+      stateNamed(next.name()).value_or(StatusReport::State::idle), blockReason(next), {}, {}};
+  if (const auto* holding = std::get_if<EngineStatus::Holding>(&next.value)) {
+    changed.names = holding->names;
+  }
+  for (const auto& assertion : ports_.powerManagement->liveAssertions()) {
+    if (assertion.kind != tidewell::AssertionKind::system) continue;
+    changed.reason = assertion.name;
+    for (const auto& grant : assertion.grants)
+      changed.services.push_back(grant.service);
+  }
+  add(std::move(changed));
+}
+
+void HistoryRecorder::endAllWork() {
+  recordWork({});
+  recordAsking({});
+}
+
+void HistoryRecorder::everyMinute() {
+  ticks_ = 0;
+  const bool isWanted = Prefs::shared().defaults().boolean(keys::historyEnabled);
+  if (isWanted && !isRecording_) start();
+  if (!isRecording_) return;
+  lookAtSettings();
+  if (!isWanted) return end();
+  if (engine_.isHolding()) log_.refresh();
+}
+
+void HistoryRecorder::lookAtSettings() {
+  for (auto& [key, value] : settings_) {
+    PropertyValue now = storedValue(key, value);
+    if (now == value) continue;
+    add(HistoryEvent::SettingChanged{key, described(value), described(now)});
+    value = std::move(now);
+  }
+}
+
+void HistoryRecorder::observeSystemSleep() {
+  const auto hop = [this](void (*action)(HistoryRecorder&)) {
+    return [&loop = *ports_.mainLoop, recorder = self_.make(), action] {
+      loop.async([recorder, action] {
+        if (recorder && recorder->isRecording_) action(*recorder);
+      });
+    };
+  };
+  ports_.sleepNotifications->observe(hop([](HistoryRecorder& recorder) { recorder.fallAsleep(); }),
+                                     hop([](HistoryRecorder& recorder) { recorder.wakeUp(); }));
+}
+
+void HistoryRecorder::fallAsleep() {
+  if (ticksAsleep_) return;
+  endAllWork();
+  add(HistoryEvent::FellAsleep{});
+  ticksAsleep_ = 0;
+}
+
+void HistoryRecorder::wakeUp() {
+  if (!ticksAsleep_) return;
+  ticksAsleep_.reset();
+  last_.reset();
+  // The hold was let go before sleep, so what is told next is news.
+  told_.reset();
+  add(HistoryEvent::WokeUp{});
+}
+
+void HistoryRecorder::add(HistoryEvent::What what) {
+  log_.append(
+      {ports_.clock->wallTime() - before_, ports_.clock->now() - before_, run_, std::move(what)});
+}
+
+}  // namespace staylit

@@ -1,0 +1,9 @@
+#include "Staylit/Version.h"
+
+namespace staylit {
+
+const char* programVersion() {
+  return STAYLIT_VERSION;
+}
+
+}  // namespace staylit
