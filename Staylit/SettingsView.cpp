@@ -96,12 +96,16 @@ SettingsView::Section SettingsView::batterySection() const {
 Slider SettingsView::graceSlider() const {
   Slider made = slider(grace_, kShortestGraceSeconds, kLongestGraceSeconds, 30);
   made.text = formatted(grace_);
+  made.minimumText = formatted(made.minimum);
+  made.maximumText = formatted(made.maximum);
   return made;
 }
 
 Slider SettingsView::batterySlider() const {
   Slider made = slider(battery_, 0, 50, 5);
   made.text = percent(battery_);
+  made.minimumText = percent(made.minimum);
+  made.maximumText = percent(made.maximum);
   return made;
 }
 

@@ -52,7 +52,9 @@ class SettingsView {
     std::int64_t minimum = 0;
     std::int64_t maximum = 0;
     std::int64_t step = 1;
-    std::string text;  ///< The stored value in words: "2 minutes", "20%".
+    std::string text;           ///< The stored value in words: "2 minutes", "20%".
+    std::string minimumText{};  ///< The ends in words.
+    std::string maximumText{};
     friend bool operator==(const Slider&, const Slider&) = default;
   };
   struct Toggle {

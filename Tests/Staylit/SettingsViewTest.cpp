@@ -103,13 +103,14 @@ TEST_F(SettingsViewTest, ShowsTheDefaultsInFiveSections) {
       (std::vector<Section>{
           {"Sleep",
            {{Control::grace, "Wait 2 minutes after work stops",
-             Slider{120, 30, 600, 30, "2 minutes"}, "",
+             Slider{120, 30, 600, 30, "2 minutes", "30 seconds", "10 minutes"}, "",
              "A short pause between build steps won't drop the hold."},
             {Control::keepScreenOn, "Keep the screen on too", Toggle{false}, "",
              "Off by default \u2014 the display sleeps on its own while work continues."},
             {Control::lidClosed, "Work with the lid closed", Toggle{false}, "", kLidCaption}}},
           {"Battery",
-           {{Control::battery, "Stop holding below 20%", Slider{20, 0, 50, 5, "20%"}, "", ""},
+           {{Control::battery, "Stop holding below 20%", Slider{20, 0, 50, 5, "20%", "0%", "50%"},
+             "", ""},
             {Control::respectLowPower, "Respect Low Power Mode", Toggle{true}, "", ""},
             {Control::rightNow, "Right now", Value{"64% \u00B7 on battery"}, "", ""}}},
           {"Detection",
@@ -267,7 +268,8 @@ TEST_F(SettingsViewTest, ASliderThatStaysWhereItIsStoresNothing) {
 TEST_F(SettingsViewTest, ShowsAValueOutOfRangeAtTheNearestEndAndNamesItAsStored) {
   open("graceSeconds", Integer{7});
   EXPECT_EQ(row(Control::grace).content,
-            (std::variant<Slider, Toggle, Value>(Slider{30, 30, 600, 30, "7 seconds"})));
+            (std::variant<Slider, Toggle, Value>(
+                Slider{30, 30, 600, 30, "7 seconds", "30 seconds", "10 minutes"})));
   EXPECT_EQ(label(Control::grace), "Wait 7 seconds after work stops");
   open("graceSeconds", Integer{10000});
   EXPECT_EQ(knob(Control::grace), 600);

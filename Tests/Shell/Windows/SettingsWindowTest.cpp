@@ -325,6 +325,10 @@ TEST_F(SettingsWindowTest, AHandleThatIsHeldStaysHeldThroughChanges) {
 TEST_F(SettingsWindowTest, EveryControlHasANameAndSaysItsCaption) {
   EXPECT_EQ(spoken(slider(Control::grace), QAccessible::Name), "Wait 2 minutes after work stops");
   EXPECT_EQ(spoken(slider(Control::battery), QAccessible::Name), "Stop holding below 20%");
+  EXPECT_EQ(
+      spoken(slider(Control::grace), QAccessible::Description),
+      "From 30 seconds to 10 minutes. A short pause between build steps won't drop the hold.");
+  EXPECT_EQ(spoken(slider(Control::battery), QAccessible::Description), "From 0% to 50%.");
   EXPECT_EQ(spoken(toggle(Control::keepScreenOn), QAccessible::Name), "Keep the screen on too");
   EXPECT_EQ(spoken(toggle(Control::keepScreenOn), QAccessible::Description),
             "Off by default \u2014 the display sleeps on its own while work continues.");

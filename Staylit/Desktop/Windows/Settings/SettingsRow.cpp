@@ -1,6 +1,7 @@
 #include "Staylit/Desktop/Windows/Settings/SettingsRow.h"
 
 #include <QAccessible>
+#include <QStringList>
 #include <utility>
 
 #include "Staylit/Desktop/Windows/Parts/QtText.h"
@@ -26,6 +27,18 @@ void showNote(TextLabel& note, const QString& text) {
   joined.replace(QStringLiteral(" → "), QStringLiteral("\u00a0→\u00a0"));
   note.setText(joined);
   note.setVisible(!text.isEmpty());
+}
+
+/// What a screen reader says of a row after its label: the error, how far a slider goes, the
+/// caption.
+QString described(const SettingsView::Row& row) {
+  QStringList parts;
+  if (!row.error.empty()) parts += qt(row.error);
+  if (const auto* slider = std::get_if<SettingsView::Slider>(&row.content)) {
+    parts += QStringLiteral("From %1 to %2.").arg(qt(slider->minimumText), qt(slider->maximumText));
+  }
+  if (!row.caption.empty()) parts += qt(row.caption);
+  return parts.join(QChar(' '));
 }
 
 }  // namespace
@@ -63,9 +76,7 @@ void SettingsRow::show(const SettingsView::Row& row) {
   showNote(*caption_, qt(row.caption));
   showError(qt(row.error));
   focus()->setAccessibleName(qt(row.label));
-  const QString caption = qt(row.caption);
-  const QString error = qt(row.error);
-  focus()->setAccessibleDescription(error.isEmpty() ? caption : error + QChar(' ') + caption);
+  focus()->setAccessibleDescription(described(row));
 }
 
 void SettingsRow::showError(const QString& text) {
