@@ -1,5 +1,8 @@
 #include "Staylit/AppDelegate.h"
 
+#include <algorithm>
+#include <span>
+
 #include "Staylit/Prefs.h"
 #include "Staylit/StatusTexts.h"
 #include "Tidewell/ClamshellController.h"
@@ -13,6 +16,7 @@ AppDelegate::AppDelegate(tidewell::Ports& ports, UserInterface& userInterface)
 void AppDelegate::applicationDidFinishLaunching() {
   // The objects that show the engine are destroyed before the engine, and made before its first
   // tick.
+  settingsRemarks_.reset();
   holdWatch_.reset();
   terminalReporter_.reset();
   menuBar_.reset();
@@ -32,6 +36,8 @@ void AppDelegate::applicationDidFinishLaunching() {
   }
   holdWatch_ = std::make_unique<HoldWatch>(*engine_, *ports_.powerManagement,
                                            [this] { tellThatNothingHolds(); });
+  settingsRemarks_ = std::make_unique<SettingsRemarks>(
+      *engine_, [this](const std::vector<std::string>& remarks) { tellOfSettings(remarks); });
   resumeLidClosed();
   engine_->start();
   tidewell::Log::info("Staylit started");
@@ -60,6 +66,23 @@ void AppDelegate::tellThatNothingHolds() {
   if (terminalReporter_) {
     terminalReporter_->tell(kNothingGrantsTheHold);
   }
+}
+
+void AppDelegate::tellOfSettings(const std::vector<std::string>& remarks) {
+  if (terminalReporter_) {
+    for (const std::string& remark : remarks)
+      terminalReporter_->tell(remark);
+  }
+  // A notification has little room, and the log has all.
+  constexpr std::size_t kMostLines = 3;
+  std::string body;
+  for (const std::string& remark : std::span(remarks).first(std::min(kMostLines, remarks.size())))
+    body += remark + ". ";
+  if (remarks.size() > kMostLines) {
+    body += "There are " + std::to_string(remarks.size() - kMostLines) + " more. ";
+  }
+  body += "The log and staylit --doctor have them all.";
+  userInterface_.tell("Some settings do not count as they are written", body);
 }
 
 void AppDelegate::applicationWillTerminate() {

@@ -2,11 +2,13 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "Staylit/Application.h"
 #include "Staylit/HoldWatch.h"
 #include "Staylit/MenuBarController.h"
 #include "Staylit/PauseControl.h"
+#include "Staylit/SettingsRemarks.h"
 #include "Staylit/StatusReporter.h"
 #include "Staylit/StaylitEngine.h"
 #include "Staylit/TerminalReporter.h"
@@ -38,6 +40,7 @@ class AppDelegate : public ApplicationDelegate {
   void resumeLidClosed();
   void tellAboutLid(const std::string& why);
   void tellThatNothingHolds();
+  void tellOfSettings(const std::vector<std::string>& remarks);
 
   tidewell::Ports& ports_;
   UserInterface& userInterface_;
@@ -49,6 +52,7 @@ class AppDelegate : public ApplicationDelegate {
   std::unique_ptr<MenuBarController> menuBar_;
   std::unique_ptr<TerminalReporter> terminalReporter_;
   std::unique_ptr<HoldWatch> holdWatch_;
+  std::unique_ptr<SettingsRemarks> settingsRemarks_;
   std::shared_ptr<void> lidChanges_;
 };
 

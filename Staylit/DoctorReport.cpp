@@ -190,6 +190,9 @@ void addSettings(const Facts& facts, std::vector<Check>& checks) {
   if (!facts.settingsError.empty()) {
     checks.push_back({"settings", "The settings file cannot be read: " + facts.settingsError,
                       "Put a readable text file in its place, or none."});
+  } else if (!facts.hasSettingsFile) {
+    checks.push_back(
+        fine("settings", "There is no settings file, so every setting has its default."));
   } else if (facts.settingsProblems.empty()) {
     checks.push_back(fine("settings", "The settings file has nothing wrong."));
   }

@@ -35,6 +35,7 @@ struct DoctorFacts {
   Windows windows = Windows::absent;
   bool seesOthers = false;  ///< Whether processes of other users are to be seen.
   bool hasProcessorClocks = false;
+  bool hasSettingsFile = false;
   std::string settingsError;  ///< Why the settings file cannot be read; may be empty.
   std::vector<SettingsProblem> settingsProblems;
   bool isRunning = false;

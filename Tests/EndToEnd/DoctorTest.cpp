@@ -43,8 +43,10 @@ TEST_F(DoctorTest, NamesTheLinesOfTheSettingsThatAreWrong) {
   writeSettings(text);
   EXPECT_EQ(examine(), 1);
   EXPECT_TRUE(says("Settings, line 2: it cannot be read")) << output();
-  EXPECT_TRUE(says("Settings, line 3: nobody knows the key \"secretKey\"\n")) << output();
-  EXPECT_TRUE(says("Settings, line 4: \"keepScreenOn\" wants true or false\n")) << output();
+  EXPECT_TRUE(says("Settings, line 3: nobody knows the key \"secretKey\", and it does not count\n"))
+      << output();
+  EXPECT_TRUE(says("Settings, line 4: \"keepScreenOn\" wants true or false; true counts\n"))
+      << output();
   EXPECT_EQ(settings(), text);
   // What is to be pasted names nothing of it.
   const std::string report = output().substr(output().find("For a report"));

@@ -40,10 +40,15 @@ class FakeDefaults : public Defaults {
     write(key, value);
   }
 
+  std::vector<std::string> takeRemarks(const SettingMeanings& /*meanings*/) override {
+    return std::exchange(remarks, {});
+  }
+
   void finishWriting() override { calls_->add("finish writing"); }
 
   PropertyDictionary registered;
   PropertyDictionary stored;         ///< What the user has set; a test may put anything here.
+  std::vector<std::string> remarks;  ///< On what the user has written; handed over once.
   std::vector<std::string> written;  ///< The key of every write, in order.
 
  private:

@@ -121,7 +121,7 @@ TEST_F(ExaminationTest, ReadsTheSettingsAndChangesNothing) {
   const DoctorFacts facts = examine();
   ASSERT_EQ(facts.settingsProblems.size(), 2U);
   EXPECT_EQ(facts.settingsProblems[0].line, 1U);
-  EXPECT_EQ(facts.settingsProblems[0].text, "\"graceSeconds\" wants a number");
+  EXPECT_EQ(facts.settingsProblems[0].text, "\"graceSeconds\" wants a number; 60 counts");
   EXPECT_EQ(facts.settingsProblems[1].line, 2U);
   folder.write("staylit/settings.toml", "");
   EXPECT_TRUE(examine().settingsProblems.empty());

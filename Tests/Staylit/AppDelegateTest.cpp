@@ -205,6 +205,19 @@ TEST_F(AppDelegateTest, TellsTheUserOnceAndTheTerminalThatNoServiceGrantsTheHold
             "09:00:00  No service of the system grants the hold \u2014 your Mac can sleep\n");
 }
 
+TEST_F(AppDelegateTest, TellsOnceOfSettingsThatDoNotCountAsTheyAreWritten) {
+  fakes.console.outputTerminal = true;
+  fakes.defaults.remarks = {"a", "b", "c", "d"};
+  delegate.applicationDidFinishLaunching();
+  EXPECT_EQ(userInterface.told,
+            Texts{"a. b. c. There are 1 more. The log and staylit --doctor have them all."});
+  EXPECT_NE(fakes.console.output.find("  d\n"), std::string::npos) << fakes.console.output;
+  const Texts logged = {"log a", "log b", "log c", "log d"};
+  EXPECT_EQ(fakes.calls->only(logged), logged);
+  delegate.engine()->tick();
+  EXPECT_EQ(userInterface.told.size(), 1U);
+}
+
 TEST_F(AppDelegateTest, HoldsTheLidAgainForAnEarlierProcessThatHeldIt) {
   fakes.useLidSwitch();
   fakes.defaults.setBoolean(keys::allowLidClosed, true);

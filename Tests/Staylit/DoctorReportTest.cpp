@@ -33,6 +33,7 @@ DoctorFacts healthy() {
   facts.hasProcessorClocks = true;
   facts.isRunning = true;
   facts.hasJournal = true;
+  facts.hasSettingsFile = true;
   facts.particulars = {"Staylit 1.0"};
   return facts;
 }
@@ -265,6 +266,14 @@ TEST(DoctorReport, SaysInTheReportNoMoreThanThatSettingsAreWrong) {
   facts.settingsProblems = {{3, "nobody knows the key \"secret\""}, {4, "b"}};
   facts.settingsError = "";
   EXPECT_EQ(linesOf(facts).back(), "    to do: settings");
+}
+
+TEST(DoctorReport, SaysThatThereIsNoSettingsFile) {
+  DoctorFacts facts = healthy();
+  facts.hasSettingsFile = false;
+  EXPECT_TRUE(
+      has(linesOf(facts), "✓ There is no settings file, so every setting has its default."));
+  EXPECT_FALSE(has(linesOf(facts), "✓ The settings file has nothing wrong."));
 }
 
 TEST(DoctorReport, TellsOfASettingsFileThatCannotBeRead) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -9,6 +10,18 @@
 #include "Tidewell/Ports/PropertyValue.h"
 
 namespace tidewell {
+
+/// What a value that somebody wrote for a setting amounts to, for people.
+struct SettingMeaning {
+  std::string counts;  ///< The value that counts instead: "30", "false", "an empty list".
+  /// What the setting wants, and what follows from this value; both are empty where the value is
+  /// within the setting's limits, and the second may be empty.
+  std::string wants;
+  std::string consequence;
+};
+
+/// Tells what a value means for the setting of that key.
+using SettingMeanings = std::function<SettingMeaning(std::string_view key, const PropertyValue&)>;
 
 /// The user's settings: a persistent store of typed values by key. Main thread only.
 ///
@@ -35,6 +48,10 @@ class Defaults {
   virtual void setReal(std::string_view key, double value) = 0;
   virtual void setBoolean(std::string_view key, bool value) = 0;
   virtual void setStringList(std::string_view key, const std::vector<std::string>& value) = 0;
+
+  /// What is wrong with the settings as people wrote them, a line of text for each: what does not
+  /// count as it stands, and what counts instead. Hands over each once, as long as it stands so.
+  virtual std::vector<std::string> takeRemarks(const SettingMeanings& /*meanings*/) { return {}; }
 
   /// Call it before the program ends. Waits, for some seconds at most, until everything that was
   /// set is on the disk, or with a process of the system that writes it after this program's end.

@@ -37,17 +37,31 @@ bool isSameButForCase(std::string_view left, std::string_view right) {
 }
 
 std::string describeUnknown(std::string_view key, const tidewell::PropertyDictionary& known) {
-  std::string text = "nobody knows the key \"" + tidewell::cleaned(key, 64) + "\"";
+  std::string text =
+      "nobody knows the key \"" + tidewell::cleaned(key, 64) + "\", and it does not count";
   for (const auto& [name, value] : known) {
     if (isSameButForCase(name, key)) return text.append("; it is written \"").append(name) + '"';
   }
   return text;
 }
 
+/// What is wrong with the value of a setting; empty when nothing is.
+std::string describeValue(const std::string& key, const PropertyValue& kind, const toml::node& node,
+                          const tidewell::SettingMeanings& meanings) {
+  const tidewell::SettingMeaning meaning = meanings(key, valueOf(node));
+  const char* missed = missedKind(kind, node);
+  if (!missed && meaning.wants.empty()) return "";
+  std::string text = "\"" + key + "\" wants " + (meaning.wants.empty() ? missed : meaning.wants);
+  if (!meaning.counts.empty()) text += "; " + meaning.counts + " counts";
+  if (!meaning.consequence.empty()) text += ", so that " + meaning.consequence;
+  return text;
+}
+
 }  // namespace
 
 std::vector<SettingsProblem> examineSettings(std::string_view text,
-                                             const tidewell::PropertyDictionary& known) {
+                                             const tidewell::PropertyDictionary& known,
+                                             const tidewell::SettingMeanings& meanings) {
   const MendedText mended(text);
   std::vector<SettingsProblem> problems;
   for (const TomlStatement& statement : mended.unread())
@@ -55,11 +69,10 @@ std::vector<SettingsProblem> examineSettings(std::string_view text,
   for (const auto& [key, node] : mended.table()) {
     const std::size_t line = key.source().begin.line;
     const auto setting = known.find(key.str());
-    if (setting == known.end()) {
-      problems.push_back({line, describeUnknown(key.str(), known)});
-    } else if (const char* wanted = missedKind(setting->second, node)) {
-      problems.push_back({line, "\"" + setting->first + "\" wants " + wanted});
-    }
+    const std::string problem =
+        setting == known.end() ? describeUnknown(key.str(), known)
+                               : describeValue(setting->first, setting->second, node, meanings);
+    if (!problem.empty()) problems.push_back({line, problem});
   }
   std::ranges::sort(problems, {}, &SettingsProblem::line);
   return problems;

@@ -49,6 +49,10 @@ class SettingsKeeper {
   std::optional<tidewell::PropertyValue> value(std::string_view key);
   void set(std::string_view key, tidewell::PropertyValue value);
 
+  /// The text of the file when somebody else has changed it since the last call, as the last look
+  /// found it. Does not look by itself.
+  std::optional<std::string> takeForeignText();
+
   /// Waits until everything that was set is in the file, for `finishTimeout` at most. Does not wait
   /// when the file cannot be written. The log tells when values were not written in time.
   void finish();

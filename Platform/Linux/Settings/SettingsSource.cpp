@@ -86,6 +86,7 @@ void SettingsSource::keep(std::string text, SettingsValues settings) {
 
 void SettingsSource::accept(std::string text, SettingsValues settings) {
   const std::string damage = settings.damage;
+  foreign_ = text;
   keep(std::move(text), std::move(settings));
   doubtful_.reset();
   if (damage.empty()) {

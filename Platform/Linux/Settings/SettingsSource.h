@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "Platform/Linux/Settings/PendingEdits.h"
@@ -51,6 +52,9 @@ class SettingsSource {
   /// saving has succeeded.
   void complainOfSaving(const std::string& why);
 
+  /// Hands over the text of the file when somebody else has changed it since the last call.
+  std::optional<std::string> takeForeignText() { return std::exchange(foreign_, std::nullopt); }
+
   /// Hands over the complaints that users must read and have not been told yet.
   std::vector<std::string> takeComplaints();
 
@@ -69,6 +73,7 @@ class SettingsSource {
   PendingEdits::Absence absence_ = PendingEdits::Absence::counts;
   /// The stamp of the file with that text; absent while a further change might give the same stamp.
   std::optional<FileStamp> stamp_;
+  std::optional<std::string> foreign_;   ///< The accepted text of others that nobody took yet.
   std::optional<std::string> doubtful_;  ///< The last text that was not believed.
   std::chrono::steady_clock::time_point doubtfulSince_;
   std::vector<std::string> complaints_;

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "Platform/Linux/Files/XdgFolders.h"
+#include "Platform/Linux/Settings/SettingsExamination.h"
 #include "Tidewell/PropertyConversion.h"
 
 namespace platform {
@@ -57,6 +58,25 @@ void TomlDefaults::setStringList(std::string_view key, const std::vector<std::st
 
 void TomlDefaults::finishWriting() {
   keeper_.finish();
+}
+
+std::vector<std::string> TomlDefaults::takeRemarks(const tidewell::SettingMeanings& meanings) {
+  const std::optional<std::string> text = keeper_.takeForeignText();
+  if (!text) return {};
+  std::vector<std::string> remarks;
+  std::multiset<std::string> present;
+  for (const SettingsProblem& problem : examineSettings(*text, registered_, meanings)) {
+    present.insert(problem.text);
+    // An edit elsewhere moves a line, and its problem stays the same.
+    const auto told = remarked_.find(problem.text);
+    if (told == remarked_.end()) {
+      remarks.push_back("Settings, line " + std::to_string(problem.line) + ": " + problem.text);
+    } else {
+      remarked_.erase(told);
+    }
+  }
+  remarked_ = std::move(present);
+  return remarks;
 }
 
 PropertyValue TomlDefaults::value(std::string_view key) {

@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -39,12 +40,14 @@ class TomlDefaults : public tidewell::Defaults {
   void setBoolean(std::string_view key, bool value) override;
   void setStringList(std::string_view key, const std::vector<std::string>& value) override;
 
+  std::vector<std::string> takeRemarks(const tidewell::SettingMeanings& meanings) override;
   void finishWriting() override;
 
  private:
   tidewell::PropertyValue value(std::string_view key);
 
   tidewell::PropertyDictionary registered_;
+  std::multiset<std::string> remarked_;  ///< The problems of the file, as they were told last.
   SettingsKeeper keeper_;
 };
 

@@ -27,6 +27,7 @@
 #include "Staylit/Desktop/Display/Display.h"
 #include "Staylit/Desktop/Display/WindowsModule.h"
 #include "Staylit/Prefs.h"
+#include "Staylit/SettingMeaning.h"
 #include "Tidewell/ForeignText.h"
 
 namespace staylit {
@@ -181,8 +182,10 @@ void Examination::lookAtSettings(DoctorFacts& facts) {
   if (path.empty()) return;
   const platform::RegularFile file = platform::SettingsFile(path).read();
   facts.settingsError = file.error;
+  facts.hasSettingsFile = file.exists;
   if (!file.error.empty()) return;
-  for (const auto& problem : platform::examineSettings(file.text, registeredSettings()))
+  for (const auto& problem :
+       platform::examineSettings(file.text, registeredSettings(), meaningOfSetting))
     facts.settingsProblems.push_back({problem.line, problem.text});
 }
 

@@ -141,5 +141,39 @@ TEST(TomlDefaults, FollowsALinkToTheRealFile) {
   EXPECT_EQ(defaults.integer("a"), 1);
 }
 
+/// The remarks on the file after a look at it, with no setting having limits.
+Texts remarksOn(TomlDefaults& defaults) {
+  static_cast<void>(defaults.integer("graceSeconds"));
+  return defaults.takeRemarks([](std::string_view, const tidewell::PropertyValue&) {
+    return tidewell::SettingMeaning{"0", "", ""};
+  });
+}
+
+TEST(TomlDefaults, RemarksOnceOnEachLineThatDoesNotCountAsItStands) {
+  const SettingsFolder folder;
+  TomlDefaults defaults(folder.file(), SettingsFolder::patient());
+  defaults.registerDefaults({{"graceSeconds", std::int64_t{120}}});
+  EXPECT_EQ(remarksOn(defaults), Texts{});
+  const std::string grace = "\"graceSeconds\" wants a number; 0 counts";
+  const std::string key = "nobody knows the key \"grace\", and it does not count";
+  folder.write("graceSeconds = \"long\"\ngrace = 1\n");
+  EXPECT_EQ(remarksOn(defaults), (Texts{"Settings, line 1: " + grace, "Settings, line 2: " + key}));
+  EXPECT_EQ(remarksOn(defaults), Texts{});
+  folder.write("# Another line above changes the numbers.\ngraceSeconds = \"long\"\n");
+  EXPECT_EQ(remarksOn(defaults), Texts{});
+  folder.write("graceSeconds = \"long\"\ngrace = 1\n");
+  EXPECT_EQ(remarksOn(defaults), Texts{"Settings, line 2: " + key}) << "it was mended meanwhile";
+}
+
+TEST(TomlDefaults, RemarksNothingOnWhatItWritesItself) {
+  const SettingsFolder folder;
+  folder.write("grace = 1\n");
+  TomlDefaults defaults(folder.file(), SettingsFolder::patient());
+  EXPECT_EQ(remarksOn(defaults).size(), 1U);
+  defaults.setInteger("graceSeconds", 60);
+  defaults.finishWriting();
+  EXPECT_EQ(remarksOn(defaults), Texts{});
+}
+
 }  // namespace
 }  // namespace platform
