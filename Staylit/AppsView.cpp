@@ -122,7 +122,7 @@ std::vector<AppsView::Section> AppsView::sections() const {
 }
 
 AppsView::Footer AppsView::footer() const {
-  const std::size_t count = ignored().size();
+  const std::size_t count = Prefs::shared().ignoredApps().size();
   const std::string text = count == 0 ? "Watching everything" : std::to_string(count) + " ignored";
   return {text, "Watch everything", count != 0};
 }

@@ -69,7 +69,7 @@ class AppsView {
   [[nodiscard]] virtual Header header() const;
   /// The watched applications, then the ignored ones.
   [[nodiscard]] virtual std::vector<Section> sections() const;
-  /// Speaks of the second list as it is shown: only of the applications that match the search.
+  /// Speaks of all ignored applications, as its button does, whatever the search shows.
   [[nodiscard]] virtual Footer footer() const;
 
   [[nodiscard]] virtual const std::string& search() const { return search_; }

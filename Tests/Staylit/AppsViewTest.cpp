@@ -326,13 +326,21 @@ TEST_F(AppsViewTest, CountsTheIgnoredAppsBelowTheLists) {
   EXPECT_EQ(view->footer().text, "1 ignored");
 }
 
-TEST_F(AppsViewTest, CountsOnlyTheIgnoredAppsThatMatchTheSearch) {
+TEST_F(AppsViewTest, CountsAllIgnoredAppsBelowTheListsAlsoUnderASearch) {
   ignore({"alpha", "beta", "alphabet"});
   view->setSearch("alpha");
-  EXPECT_EQ(view->footer().text, "2 ignored");
+  EXPECT_EQ(second().entries.size(), 2U) << "a list has what the search finds";
+  EXPECT_EQ(view->footer().text, "3 ignored");
   view->setSearch("nothing of that name");
-  EXPECT_EQ(view->footer().text, "Watching everything");
-  EXPECT_FALSE(view->footer().buttonEnabled);
+  EXPECT_EQ(view->footer().text, "3 ignored");
+  EXPECT_TRUE(view->footer().buttonEnabled);
+}
+
+TEST_F(AppsViewTest, MovesOneProgramOfARowOfSeveral) {
+  view->move("make");
+  EXPECT_EQ(ignored(), Texts{"make"});
+  view->move("make");
+  EXPECT_EQ(ignored(), Texts{});
 }
 
 // Moving.

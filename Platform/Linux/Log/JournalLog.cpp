@@ -8,10 +8,12 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <chrono>
 #include <climits>
 #include <cstring>
+#include <ctime>
 #include <string_view>
 #include <utility>
 
@@ -58,6 +60,17 @@ iovec field(std::string& text) {
   return {text.data(), text.size()};
 }
 
+/// As the journal shows it, with the date: a log may be read days later. Safe from any thread.
+std::string presentTime() {
+  const std::time_t now = std::time(nullptr);
+  std::tm local{};
+  std::array<char, 32> text{};
+  if (::localtime_r(&now, &local) != nullptr) {
+    std::strftime(text.data(), text.size(), "%Y-%m-%d %H:%M:%S", &local);
+  }
+  return text.data();
+}
+
 /// Writes the messages of one subsystem and category.
 class JournalLogger : public tidewell::SystemLogger {
  public:
@@ -96,7 +109,8 @@ bool JournalLogger::sendToJournal(tidewell::LogType type, const std::string& mes
 }
 
 void JournalLogger::writeToStandardError(const std::string& message) const {
-  const std::string line = subsystem_ + " [" + category_ + "] " + message + "\n";
+  const std::string line =
+      presentTime() + " " + subsystem_ + " [" + category_ + "] " + message + "\n";
   const auto deadline = steady_clock::now() + kPatience;
   std::string_view rest = line;
   // A pipe that is ready takes PIPE_BUF bytes without blocking.

@@ -42,7 +42,7 @@ std::optional<std::string> AutostartEntry::registerItem() {
   const fs::path path = entryPath();
   if (path.empty()) return kNoHome;
   if (program_.empty()) return "the program's own path cannot be told";
-  const std::string text = autostartText(startingWord(program_));
+  const std::string text = autostartText(program_);
   if (holds(path, text)) return std::nullopt;
   std::error_code error;
   fs::create_directories(path.parent_path(), error);

@@ -73,16 +73,28 @@ std::string asValue(std::string_view text) {
   return result;
 }
 
+bool isFoundByName(const fs::path& program) {
+  const fs::path found = foundByName();
+  std::error_code error;
+  const bool isFound = !found.empty() && fs::canonical(found, error) == program;
+  // A shell finds programs in the user's own folders, but the session may not.
+  return isFound && !liesBelow(homeFolder(), found);
+}
+
 }  // namespace
 
-std::string autostartText(std::string_view command) {
+std::string autostartText(const fs::path& program) {
+  const std::string tried = isFoundByName(program) ? std::string(kName) : asValue(program.native());
   return "[Desktop Entry]\n"
          "Type=Application\n"
          "Name=Staylit\n"
          "Comment=Keeps the computer awake while it works\n"
          "Exec=" +
-         std::string(command) +
+         startingWord(program) +
          " --background\n"
+         "TryExec=" +
+         tried +
+         "\n"
          "Icon=com.staylit.app\n"
          "Terminal=false\n"
          "StartupNotify=false\n";
@@ -93,12 +105,7 @@ std::string quotedWord(std::string_view word) {
 }
 
 std::string startingWord(const fs::path& program) {
-  const fs::path found = foundByName();
-  std::error_code error;
-  const bool isFound = !found.empty() && fs::canonical(found, error) == program;
-  // A shell finds programs in the user's own folders, but the session may not.
-  if (isFound && !liesBelow(homeFolder(), found)) return std::string(kName);
-  return quotedWord(program.native());
+  return isFoundByName(program) ? std::string(kName) : quotedWord(program.native());
 }
 
 }  // namespace platform

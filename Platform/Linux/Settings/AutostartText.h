@@ -6,9 +6,9 @@
 
 namespace platform {
 
-/// The text of the desktop file that starts `command`. `quotedWord` and `startingWord` make such a
-/// word.
-[[nodiscard]] std::string autostartText(std::string_view command);
+/// The text of the desktop file that starts `program` with the session. A session passes over the
+/// file once the program has been removed.
+[[nodiscard]] std::string autostartText(const std::filesystem::path& program);
 
 /// `word` as one word of a desktop file's `Exec`, whatever characters it contains.
 [[nodiscard]] std::string quotedWord(std::string_view word);

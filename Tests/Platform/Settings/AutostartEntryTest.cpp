@@ -66,6 +66,7 @@ TEST_F(AutostartEntryTest, IsADesktopFileThatStartsTheProgram) {
             "Name=Staylit\n"
             "Comment=Keeps the computer awake while it works\n"
             "Exec=\"/opt/staylit/bin/staylit\" --background\n"
+            "TryExec=/opt/staylit/bin/staylit\n"
             "Icon=com.staylit.app\n"
             "Terminal=false\n"
             "StartupNotify=false\n");
