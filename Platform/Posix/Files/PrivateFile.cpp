@@ -1,0 +1,66 @@
+#include "Platform/Posix/Files/PrivateFile.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <system_error>
+
+#include "Platform/Posix/Files/Descriptor.h"
+
+namespace platform {
+namespace {
+
+std::string lastError() {
+  return std::generic_category().message(errno);
+}
+
+/// Why a new file must not take the place of what is at `path`.
+std::string whyNotReplaced(const std::filesystem::path& path) {
+  struct stat status {};
+  if (lstat(path.c_str(), &status) != 0) return errno == ENOENT ? "" : lastError();
+  if (S_ISREG(status.st_mode)) return "";
+  if (S_ISLNK(status.st_mode)) return "there is a symbolic link in its place";
+  if (S_ISDIR(status.st_mode)) return "there is a folder in its place";
+  return "there is something else than a file in its place";
+}
+
+bool writeWhole(int file, std::string_view content) {
+  while (!content.empty()) {
+    const ssize_t written = write(file, content.data(), content.size());
+    if (written < 0 && errno == EINTR) continue;
+    if (written < 0) return false;
+    content.remove_prefix(static_cast<std::size_t>(written));
+  }
+  return fsync(file) == 0;
+}
+
+}  // namespace
+
+std::string writePrivateFile(const std::filesystem::path& path, std::string_view content) {
+  if (std::string why = whyNotReplaced(path); !why.empty()) return why;
+  // The mode of a file with such a name is 0600. The name is short, so that it is allowed wherever
+  // that of `path` is.
+  std::string temporary = (path.parent_path() / ".staylit-XXXXXX").string();
+  const Descriptor file(mkostemp(temporary.data(), O_CLOEXEC));
+  if (!file) return lastError();
+  if (writeWhole(file.get(), content) && rename(temporary.c_str(), path.c_str()) == 0) return "";
+  std::string why = lastError();
+  unlink(temporary.c_str());
+  return why;
+}
+
+std::string makePrivateFolder(const std::filesystem::path& path) {
+  if (mkdir(path.c_str(), S_IRWXU) == 0) return "";
+  if (errno != EEXIST) return lastError();
+  struct stat status {};
+  if (lstat(path.c_str(), &status) != 0) return lastError();
+  if (!S_ISDIR(status.st_mode)) return "there is something else than a folder in its place";
+  if (status.st_uid != geteuid()) return "it is another user's";
+  return (status.st_mode & (S_IWGRP | S_IWOTH)) == 0 ? "" : "others may write to it";
+}
+
+}  // namespace platform
