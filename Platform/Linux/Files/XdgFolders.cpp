@@ -29,6 +29,14 @@ fs::path xdgConfigHome() {
   return belowHome("XDG_CONFIG_HOME", ".config");
 }
 
+fs::path xdgCacheHome() {
+  return belowHome("XDG_CACHE_HOME", ".cache");
+}
+
+fs::path xdgRuntimeFolder() {
+  return absoluteFrom("XDG_RUNTIME_DIR");
+}
+
 std::vector<fs::path> xdgDataFolders() {
   std::vector<fs::path> folders;
   const fs::path own = belowHome("XDG_DATA_HOME", ".local/share");

@@ -12,6 +12,12 @@ namespace platform {
 /// `XDG_CONFIG_HOME`, else `~/.config`. Empty for a user without a home.
 [[nodiscard]] std::filesystem::path xdgConfigHome();
 
+/// `XDG_CACHE_HOME`, else `~/.cache`. Empty for a user without a home.
+[[nodiscard]] std::filesystem::path xdgCacheHome();
+
+/// `XDG_RUNTIME_DIR`, which goes when the user logs out. Empty where there is none.
+[[nodiscard]] std::filesystem::path xdgRuntimeFolder();
+
 /// `XDG_DATA_HOME`, else `~/.local/share`; then the folders of `XDG_DATA_DIRS`, else
 /// `/usr/local/share` and `/usr/share`. The most important folder comes first.
 [[nodiscard]] std::vector<std::filesystem::path> xdgDataFolders();
