@@ -10,6 +10,7 @@
 #include "Platform/Linux/Network/ProcSocketHolders.h"
 #include "Platform/Linux/Network/SocketDestroyNotifications.h"
 #include "Platform/Linux/Network/SocketDiagnostics.h"
+#include "Platform/Linux/Proc/OwnRights.h"
 #include "Platform/Linux/Time/BootTime.h"
 
 namespace platform {
@@ -23,7 +24,7 @@ SocketMeter::Parts machineParts(tidewell::AccountDirectory* accounts) {
   parts.holders = std::make_unique<ProcSocketHolders>();
   parts.interfaces = std::make_unique<InterfaceCounters>();
   parts.now = BootTime::now;
-  if (geteuid() != 0) parts.onlyUid = geteuid();
+  if (!mayReadAllProcesses()) parts.onlyUid = geteuid();
   return parts;
 }
 

@@ -30,7 +30,7 @@ namespace platform {
 /// When the table cannot be read, the first measurement fails. The following ones hand out the last
 /// totals (none if there never were any) until the table can be read again. A table that was read
 /// in part adds to the totals. UDP and sockets of other network namespaces are not seen; neither
-/// are other users' sockets, except by root.
+/// are other users' sockets, except with the rights for it (`OwnRights`).
 class SocketMeter : public tidewell::NetworkMeter {
  public:
   /// What the meter builds on, replaceable by tests.
