@@ -26,7 +26,7 @@ std::optional<StatusRequest> StatusRequest::in(const std::vector<std::string>& a
     return std::ranges::find(arguments, option) != arguments.end();
   };
   if (!has("--status") || has("--diagnose")) return std::nullopt;
-  return StatusRequest{has("--json") ? Form::json : Form::text, has("--follow")};
+  return StatusRequest{has("--json") ? Form::json : Form::text, has("--follow"), has("--system")};
 }
 
 StatusPrinter::StatusPrinter(StatusRequest request, tidewell::Console& console,

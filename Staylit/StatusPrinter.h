@@ -14,7 +14,8 @@ namespace staylit {
 struct StatusRequest {
   enum class Form { text, json };
   Form form = Form::text;
-  bool follows = false;  ///< Tells each change, until it is interrupted.
+  bool follows = false;    ///< Tells each change, until it is interrupted.
+  bool ofMachine = false;  ///< Asks only the one that serves the whole machine.
 
   /// What `arguments`, which are all of the process, ask for with "--status"; absent where they do
   /// not, or where "--diagnose" goes before it.

@@ -141,6 +141,7 @@ Lines StatusReport::lines(WallTime now) const {
   Lines lines{summary, "Since:      " + timeOfDay(since) + " (" + lengthOfTime(now - since) + ")"};
   if (!reason.empty()) lines.push_back("Reason:     " + reason);
   addHolders(lines, *this);
+  if (servesMachine) lines.emplace_back("Serves:     the whole machine");
   lines.push_back("Power:      " + describe(power));
   const bool isPast = state == State::paused;
   const std::string past = isPast ? ", before the pause" : "";
@@ -185,6 +186,7 @@ std::string StatusReport::json(WallTime now) const {
                                           .text();
                                     }))
       .add("asking", jsonOfEach(asking, [](const auto& name) { return jsonText(name); }))
+      .addText("serves", servesMachine ? "machine" : "session")
       .add("power", jsonOf(power))
       .text();
 }

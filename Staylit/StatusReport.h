@@ -42,6 +42,9 @@ struct StatusReport {
   std::int64_t sustainSeconds = 0;            ///< How long is long enough.
   std::vector<std::string> asking;            ///< Other programs that ask to stay awake.
   tidewell::PowerState power{};
+  /// Whether the program serves the whole machine, and no session. Whoever asks knows it, so it
+  /// does not cross with the rest.
+  bool servesMachine = false;
 
   /// Whether the machine is kept awake, as far as the services tell.
   [[nodiscard]] bool isHeld() const { return !services.empty(); }

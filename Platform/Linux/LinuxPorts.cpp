@@ -46,8 +46,9 @@ std::unique_ptr<tidewell::Text> loadUnicodeText() {
 
 /// All adapters and the objects that they use, in the order of their construction.
 struct LinuxSystem {
-  LinuxSystem(std::shared_ptr<EventLoop> eventLoop, std::shared_ptr<Buses> bothBuses)
-      : loop(std::move(eventLoop)), buses(std::move(bothBuses)) {}
+  LinuxSystem(std::shared_ptr<EventLoop> eventLoop, std::shared_ptr<Buses> bothBuses,
+              std::filesystem::path settings)
+      : loop(std::move(eventLoop)), buses(std::move(bothBuses)), defaults(std::move(settings)) {}
 
   std::shared_ptr<EventLoop> loop;
   std::shared_ptr<Buses> buses;
@@ -55,7 +56,7 @@ struct LinuxSystem {
   SystemClock clock;
   PosixConsole console;
   LazyText text{loadUnicodeText};
-  TomlDefaults defaults{TomlDefaults::defaultPath()};
+  TomlDefaults defaults;
   Bus& systemBus = buses->system;
   Bus& sessionBus = buses->session;
 
@@ -85,8 +86,10 @@ struct LinuxSystem {
 }  // namespace
 
 std::unique_ptr<tidewell::Ports> makeLinuxPorts(std::shared_ptr<EventLoop> loop,
-                                                std::shared_ptr<Buses> buses) {
-  const auto system = std::make_shared<LinuxSystem>(std::move(loop), std::move(buses));
+                                                std::shared_ptr<Buses> buses,
+                                                std::filesystem::path settings) {
+  const auto system =
+      std::make_shared<LinuxSystem>(std::move(loop), std::move(buses), std::move(settings));
   // Whoever holds one port keeps the whole system alive.
   const auto port = [&system](auto& adapter) {
     return std::shared_ptr<std::remove_reference_t<decltype(adapter)>>(system, &adapter);
@@ -109,6 +112,11 @@ std::unique_ptr<tidewell::Ports> makeLinuxPorts(std::shared_ptr<EventLoop> loop,
   ports->loginItem = port(system->loginItem);
   ports->lidSwitch = port(system->lidSwitch);
   return ports;
+}
+
+std::unique_ptr<tidewell::Ports> makeLinuxPorts(std::shared_ptr<EventLoop> loop,
+                                                std::shared_ptr<Buses> buses) {
+  return makeLinuxPorts(std::move(loop), std::move(buses), TomlDefaults::defaultPath());
 }
 
 std::unique_ptr<tidewell::Ports> makeLinuxPorts(std::shared_ptr<EventLoop> loop) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <filesystem>
 #include <memory>
 
 #include "Platform/Linux/Bus/Bus.h"
@@ -13,6 +14,10 @@ namespace platform {
 /// their first use.
 std::unique_ptr<tidewell::Ports> makeLinuxPorts(std::shared_ptr<EventLoop> loop,
                                                 std::shared_ptr<Buses> buses);
+/// Does the same with another file of settings than the user's.
+std::unique_ptr<tidewell::Ports> makeLinuxPorts(std::shared_ptr<EventLoop> loop,
+                                                std::shared_ptr<Buses> buses,
+                                                std::filesystem::path settings);
 /// Does the same with buses of its own.
 std::unique_ptr<tidewell::Ports> makeLinuxPorts(std::shared_ptr<EventLoop> loop);
 

@@ -31,6 +31,7 @@ constexpr const char* kHelp =
     "  --settings          show the settings\n"
     "  --background        start, or do nothing where it runs already\n"
     "  --quit              end the Staylit that runs\n"
+    "  --system            serve the whole machine, as its system unit does\n"
     "  --help, -h          print this\n"
     "  --version           print the version\n"
     "\n"
@@ -59,7 +60,7 @@ constexpr std::array kOptions = {
     Option{"--toggle-pause", Role::command}, Option{"--choose-apps", Role::command},
     Option{"--settings", Role::command},     Option{"--background", Role::modifier},
     Option{"--quit", Role::command},         Option{"--help", Role::command},
-    Option{"--version", Role::command}};
+    Option{"--system", Role::modifier},      Option{"--version", Role::command}};
 
 std::string withoutDashes(std::string_view argument) {
   return std::string(argument.substr(std::min(argument.find_first_not_of('-'), argument.size())));
@@ -142,6 +143,11 @@ std::optional<std::string> CommandLine::complaint() const {
     }
     command = option->name;
     mayHaveLength = option->role == Role::withLength;
+  }
+  const bool fitsMachine =
+      command.empty() || command == "--status" || command == "--help" || command == "--version";
+  if (has("--system") && !fitsMachine) {
+    return "staylit: --system goes alone, or with --diagnose or --status\n";
   }
   if (has("--follow") && !has("--status")) return "staylit: --follow goes with --status\n";
   if (has("--json") && !has("--status") && !has("--holds")) {

@@ -22,6 +22,8 @@
 #include "Staylit/Desktop/Display/DisplayTrial.h"
 #include "Staylit/Desktop/Doctor/Examination.h"
 #include "Staylit/Desktop/Holds/HoldsReader.h"
+#include "Staylit/Desktop/Machine/MachineApplication.h"
+#include "Staylit/Desktop/Machine/MachineUserInterface.h"
 #include "Staylit/Desktop/Status/StatusQuery.h"
 #include "Staylit/DoctorReport.h"
 #include "Staylit/HoldsPrinter.h"
@@ -86,6 +88,16 @@ int command(const staylit::ControlRequest& request) {
   return exitStatus(console, status);
 }
 
+int serveMachine(const std::vector<std::string>& arguments) {
+  const auto loop = std::make_shared<platform::EventLoop>();
+  const auto buses = std::make_shared<platform::Buses>(*loop, platform::Buses::Serving::machine);
+  const std::unique_ptr<tidewell::Ports> ports =
+      platform::makeLinuxPorts(loop, buses, staylit::MachineApplication::settings());
+  staylit::MachineUserInterface userInterface(*loop, buses->system);
+  staylit::MachineApplication application(*loop, buses->system);
+  return staylit::AppMain(*ports, application, userInterface).run(arguments);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -107,6 +119,7 @@ int main(int argc, char** argv) {
   if (const auto request = staylit::StatusRequest::in(arguments)) return tellStatus(*request);
   if (const auto request = staylit::HoldsRequest::in(arguments)) return tellHolds(*request);
   if (staylit::DoctorReport::isAskedFor(arguments)) return examine();
+  if (staylit::MachineApplication::isAskedFor(arguments)) return serveMachine(arguments);
   if (const auto request = commandLine.control()) return command(*request);
   std::cerr << commandLine.warning().value_or("");
   const auto loop = std::make_shared<platform::EventLoop>();

@@ -85,6 +85,14 @@ TEST(CommandLine, RefusesWhatDoesNotGoTogether) {
   EXPECT_EQ(complaint({"staylit", "--quit", "--quit"}), "");
 }
 
+TEST(CommandLine, TheMachinesProgramIsOnlyAskedOrStarted) {
+  EXPECT_EQ(complaint({"staylit", "--system"}), "");
+  EXPECT_EQ(complaint({"staylit", "--system", "--status", "--json"}), "");
+  EXPECT_EQ(complaint({"staylit", "--system", "--diagnose"}), "");
+  EXPECT_EQ(complaint({"staylit", "--pause", "--system"}),
+            "staylit: --system goes alone, or with --diagnose or --status\n");
+}
+
 TEST(CommandLine, TheReportComesBeforeAllComplaints) {
   EXPECT_EQ(complaint({"staylit", "explode", "--diagnose", "--pause", "--quit"}), "");
   EXPECT_EQ(complaint({"--diagnose"}), "");

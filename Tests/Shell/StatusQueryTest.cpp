@@ -123,6 +123,18 @@ TEST_F(StatusQueryTest, AsksTheOneOfTheMachineWhereTheSessionHasNone) {
                            });
   EXPECT_EQ(ask(), 1);
   EXPECT_TRUE(console.output.starts_with("Paused\n")) << console.output;
+  EXPECT_NE(console.output.find("\nServes:     the whole machine\n"), std::string::npos)
+      << console.output;
+}
+
+TEST_F(StatusQueryTest, AsksOnlyTheOneOfTheMachineWhereThatIsWanted) {
+  const Running session(*loop);
+  const StatusRequest request{Form::text, false, true};
+  EXPECT_EQ(ask(request), 3);
+  EXPECT_EQ(console.output, "Staylit does not run\n");
+  systemDaemon->stop();
+  EXPECT_EQ(ask(request), 2);
+  EXPECT_EQ(console.error, "staylit: there is no system bus here on which one could be asked\n");
 }
 
 TEST_F(StatusQueryTest, AsksTheOneOfTheSessionWhereThereAreTwo) {

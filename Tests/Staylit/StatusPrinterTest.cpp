@@ -139,6 +139,8 @@ TEST(StatusRequest, AsksForTheStatusInTheFormThatIsWanted) {
             (StatusRequest{Form::text, true}));
   EXPECT_EQ(StatusRequest::in({"staylit", "--status", "--pause", "--follow", "--json"}),
             (StatusRequest{Form::json, true}));
+  EXPECT_EQ(StatusRequest::in({"staylit", "--system", "--status"}),
+            (StatusRequest{Form::text, false, true}));
 }
 
 TEST(StatusRequest, AsksForNoStatusUnlessToldTo) {

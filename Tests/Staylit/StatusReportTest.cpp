@@ -153,7 +153,7 @@ TEST_F(StatusReportTest, TellsProgramsAllAboutAHold) {
       R"("diskKBps":0.0,"netKBps":0.0,"busyForSeconds":14.9}],)"
       R"("candidates":[{"id":"rsync","name":"rsync","doing":"2% CPU · 700 KB/s disk",)"
       R"("cpuPercent":2.0,"diskKBps":700.0,"netKBps":0.0,"overForSeconds":6.5,)"
-      R"("neededSeconds":10}],"asking":["mpv"],)"
+      R"("neededSeconds":10}],"asking":["mpv"],"serves":"session",)"
       R"("power":{"onAC":false,"hasBattery":true,"batteryPercent":80,"lowPowerMode":false}})");
 }
 
@@ -162,7 +162,8 @@ TEST_F(StatusReportTest, TellsProgramsOfAQuietMachine) {
             R"({"version":1,"state":"idle","held":false,"summary":"Idle — your Mac can sleep",)"
             R"("since":"2026-11-22T09:00:00Z","forSeconds":0,"reason":"",)"
             R"("releasesInSeconds":null,"names":[],"services":[],"busy":[],"candidates":[],)"
-            R"("asking":[],"power":{"onAC":true,"hasBattery":false,"batteryPercent":null,)"
+            R"("asking":[],"serves":"session",)"
+            R"("power":{"onAC":true,"hasBattery":false,"batteryPercent":null,)"
             R"("lowPowerMode":false}})");
 }
 
@@ -170,6 +171,14 @@ TEST_F(StatusReportTest, TellsProgramsWhenTheHoldWillEnd) {
   const std::string json = winding().json(kNine);
   EXPECT_NE(json.find(R"("state":"winding","held":true)"), std::string::npos) << json;
   EXPECT_NE(json.find(R"("releasesInSeconds":45)"), std::string::npos) << json;
+}
+
+TEST_F(StatusReportTest, SaysThatTheWholeMachineIsServed) {
+  StatusReport report = idle();
+  report.servesMachine = true;
+  EXPECT_EQ(report.lines(kNine)[2], "Serves:     the whole machine");
+  const std::string json = report.json(kNine);
+  EXPECT_NE(json.find(R"(,"serves":"machine",)"), std::string::npos) << json;
 }
 
 TEST_F(StatusReportTest, FiguresAndACountdownAreNoChange) {

@@ -12,5 +12,6 @@ complete -c staylit -l choose-apps -d 'Show the window in which applications are
 complete -c staylit -l settings -d 'Show the settings'
 complete -c staylit -l background -d 'Start, or do nothing where it runs already'
 complete -c staylit -l quit -d 'End the Staylit that runs'
+complete -c staylit -l system -d 'Serve the whole machine, as its system unit does'
 complete -c staylit -s h -l help -d 'Print the options'
 complete -c staylit -l version -d 'Print the version'

@@ -80,11 +80,21 @@ class ConnectionWatch : public BusListener {
 
 }  // namespace
 
+Buses::Buses(EventLoop& loop, Serving serving)
+    : system(
+          loop, Bus::Kind::system,
+          serving == Serving::machine ? BusTrust::Calls::ofEverybody : BusTrust::Calls::ofNobody),
+      session(loop, serving == Serving::machine ? Bus::Kind::none : Bus::Kind::session) {}
+
 Bus::Bus(EventLoop& loop, Kind kind, BusTiming timing)
+    : Bus(loop, kind,
+          kind == Kind::session ? BusTrust::Calls::ofOwnUser : BusTrust::Calls::ofNobody,
+          std::move(timing)) {}
+
+Bus::Bus(EventLoop& loop, Kind kind, BusTrust::Calls calls, BusTiming timing)
     : loop_(loop),
       timing_(std::move(timing)),
-      trust_(kind == Kind::session ? BusTrust::Calls::ofOwnUser : BusTrust::Calls::ofNobody,
-             timing_),
+      trust_(calls, timing_),
       keeper_(loop, kind, timing_, *this) {
   // Without this call the C library raises the limit whenever it frees a large block. It then keeps
   // tens of megabytes after somebody has sent messages of that size.

@@ -66,6 +66,9 @@ class Bus : private ConnectionKeeper::Owner {
 
   /// `loop` must outlive the bus.
   Bus(EventLoop& loop, Kind kind, BusTiming timing = {});
+  /// Does the same, and says who may call what the program offers there. Otherwise that is the own
+  /// user on a session bus, and nobody on the system bus.
+  Bus(EventLoop& loop, Kind kind, BusTrust::Calls calls, BusTiming timing = {});
   ~Bus() override;
   Bus(const Bus&) = delete;
   Bus& operator=(const Bus&) = delete;
@@ -143,9 +146,12 @@ class Bus : private ConnectionKeeper::Owner {
 
 /// The two buses that all parts of the program share.
 struct Buses {
+  /// Whom the program serves: a session, or everybody on the machine. Then there is no session bus,
+  /// and everybody may call what the program offers on the system bus.
+  enum class Serving { session, machine };
+
   /// `loop` must outlive them.
-  explicit Buses(EventLoop& loop)
-      : system(loop, Bus::Kind::system), session(loop, Bus::Kind::session) {}
+  explicit Buses(EventLoop& loop, Serving serving = Serving::session);
 
   Bus system;
   Bus session;

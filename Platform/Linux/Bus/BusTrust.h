@@ -25,15 +25,16 @@ namespace platform {
 /// believes only the present owner of a name, and only the bus itself may tell who the owner is
 /// (`NameWatch`).
 ///
-/// The program takes calls only from its own user. On the system bus, where it offers nothing, it
-/// takes calls from nobody. Most session buses let no other user in; this class is for those that
-/// do. sd-bus has a flag for this purpose in its tables. But with the flag it asks the bus about
-/// each call anew, and waits for the answer for up to 25 s.
+/// On a session bus the program takes calls only from its own user. On the system bus, where it
+/// offers nothing, it takes calls from nobody; only the program that serves the whole machine
+/// offers what everybody may read there. Most session buses let no other user in; this class is for
+/// those that do. sd-bus has a flag for this purpose in its tables. But with the flag it asks the
+/// bus about each call anew, and waits for the answer for up to 25 s.
 ///
 /// `Bus` owns it. Main thread only.
 class BusTrust {
  public:
-  enum class Calls { ofOwnUser, ofNobody };
+  enum class Calls { ofOwnUser, ofNobody, ofEverybody };
 
   BusTrust(Calls calls, const BusTiming& timing);
 

@@ -34,6 +34,7 @@ int ConnectionKeeper::connectBefore(BusTiming::Deadline deadline) {
 }
 
 int ConnectionKeeper::open() {
+  if (kind_ == Kind::none) return -ENOMEDIUM;
   sd_bus* bus = nullptr;
   int result = kind_ == Kind::system ? sd_bus_open_system(&bus) : sd_bus_open_user(&bus);
   if (result < 0) return result;

@@ -22,7 +22,11 @@ namespace platform {
 /// owner is listening does the keeper connect by itself. `Bus` owns it; main thread only.
 class ConnectionKeeper {
  public:
-  enum class Kind { system, session };
+  enum class Kind {
+    system,
+    session,
+    none,  ///< A bus that is not there. No attempt at a connection is made.
+  };
 
   /// The owner of a keeper. None of these functions may destroy the keeper.
   class Owner {

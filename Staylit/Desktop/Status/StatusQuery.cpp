@@ -45,8 +45,10 @@ StatusQuery::StatusQuery(platform::EventLoop& loop, platform::Buses& buses, Stat
 int StatusQuery::run() {
   loop_.watchTerminationSignals([this] { loop_.stop(); });
   endWithTheReader();
-  for (Place& place : places_)
-    watch(place);
+  for (Place& place : places_) {
+    place.isKnown = request_.ofMachine && !isMachine(place);
+    if (!place.isKnown) watch(place);
+  }
   loop_.async([this] { decide(); });
   const auto limit = loop_.scheduleRepeating(kLongestWait, [this] {
     if (request_.follows) return;
@@ -77,8 +79,10 @@ void StatusQuery::decide() {
     if (!place.isKnown) return;
     if (place.isOwned) return ask(place);
   }
-  if (places_[0].bus->handle() == nullptr) {
-    printer_.failed("there is no session bus here on which one could be asked");
+  const bool ofMachine = request_.ofMachine;
+  if (places_[ofMachine ? 1 : 0].bus->handle() == nullptr) {
+    printer_.failed(std::string("there is no ") + (ofMachine ? "system" : "session") +
+                    " bus here on which one could be asked");
   } else {
     printer_.foundNone();
   }
@@ -89,14 +93,15 @@ void StatusQuery::ask(Place& place) {
   place.question = place.bus->callAsync(
       kGetAll,
       [](sd_bus_message* call) { return sd_bus_message_append(call, "s", StatusInterface::kName); },
-      [this](const BusReply& reply) { answered(reply); });
+      [this, &place](const BusReply& reply) { answered(place, reply); });
 }
 
-void StatusQuery::answered(const BusReply& reply) {
+void StatusQuery::answered(const Place& place, const BusReply& reply) {
   // The bus tells as well that the name has lost its owner.
   if (isGone(reply)) return;
   StatusReport report;
   if (reply && readStatus(reply.message.get(), report)) {
+    report.servesMachine = isMachine(place);
     printer_.answered(report);
   } else {
     printer_.failed(whyNot(reply));

@@ -11,7 +11,7 @@
 namespace staylit {
 
 /// Asks the Staylit that runs for its status: that of the session, else the one that serves the
-/// whole machine and has its name on the system bus. Starts none.
+/// whole machine and has its name on the system bus; or only the latter. Starts none.
 ///
 /// It believes whoever owns the name. On a session bus that is a program of the same user; on the
 /// system bus the machine's policy says who may own it. Main thread only; all arguments must
@@ -41,7 +41,8 @@ class StatusQuery {
   void watch(Place& place);
   void decide();
   void ask(Place& place);
-  void answered(const platform::BusReply& reply);
+  void answered(const Place& place, const platform::BusReply& reply);
+  [[nodiscard]] bool isMachine(const Place& place) const { return &place == &places_[1]; }
   /// Ends unless changes are to be followed.
   void told();
   void endWithTheReader();
