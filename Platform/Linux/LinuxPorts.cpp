@@ -17,6 +17,7 @@
 #include "Platform/Linux/Loop/ThreadQueues.h"
 #include "Platform/Linux/Modules/Modules.h"
 #include "Platform/Linux/Network/SocketMeter.h"
+#include "Platform/Linux/Network/SteadyMeter.h"
 #include "Platform/Linux/Power/UPowerSources.h"
 #include "Platform/Linux/Proc/CpuClock.h"
 #include "Platform/Linux/Proc/ProcFileSystem.h"
@@ -74,7 +75,8 @@ struct LinuxSystem {
                                           ::getpid()}};
 
   ThreadQueues serialQueues{loop.get()};
-  SocketMeter networkMeter{&accountDirectory};
+  SocketMeter socketMeter{&accountDirectory};
+  SteadyMeter networkMeter{socketMeter};
   UPowerSources powerSources{systemBus};
   SleepInhibitors powerManagement{systemBus, sessionBus, *loop};
   InhibitorList assertionTable{systemBus, sessionBus, namedHolders};

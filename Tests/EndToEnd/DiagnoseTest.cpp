@@ -189,5 +189,21 @@ TEST_F(DiagnoseTest, SwitchesVerboseOnInTheSettingsAndLeavesTheRestAlone) {
       << settings();
 }
 
+TEST_F(DiagnoseTest, FindsASteadyDownloadInEachOfSeveralReports) {
+  writeSettings("cpuThresholdPercent = 1e9\ndiskThresholdKBps = 1e9\n");
+  Server server;
+  const ChildProgram worker = workAs("fetcher", {"net", std::to_string(server.port)});
+  ASSERT_TRUE(eventually([&server] { return server.bytesSent > 0; }, 20s));
+  // All of them write into the same file.
+  std::vector<ChildProgram> reports;
+  for (int number = 0; number < 4; ++number)
+    reports.push_back(start({"--diagnose"}));
+  for (const ChildProgram& report : reports)
+    EXPECT_EQ(wait(report), 0);
+  const std::string all = output();
+  const std::regex verdict("Verdict: WOULD HOLD sleep");
+  EXPECT_EQ(std::distance(std::sregex_iterator(all.begin(), all.end(), verdict), {}), 4) << all;
+}
+
 }  // namespace
 }  // namespace staylit::testing
