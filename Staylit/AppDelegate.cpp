@@ -40,6 +40,7 @@ void AppDelegate::applicationDidFinishLaunching() {
       *engine_, [this](const std::vector<std::string>& remarks) { tellOfSettings(remarks); });
   resumeLidClosed();
   engine_->start();
+  if (holdWatch_->isInVain()) tellTerminalThatNothingCanBeHeld();
   tidewell::Log::info("Staylit started");
 }
 
@@ -60,9 +61,22 @@ void AppDelegate::tellAboutLid(const std::string& why) {
   userInterface_.tell("With its lid closed the computer will sleep", why);
 }
 
+/// The person who looks at a terminal sees "releasing in 120s" there, and should see at once that
+/// there is nothing to release. What has no known reason waits, as the notification does: a service
+/// may be about to start.
+void AppDelegate::tellTerminalThatNothingCanBeHeld() {
+  if (!terminalReporter_) return;
+  const std::string why = ports_.powerManagement->whyNotGranted();
+  if (why.empty()) return;
+  terminalReporter_->tell("Nothing can be held here: " + why +
+                          ". staylit --doctor says what to do");
+}
+
 void AppDelegate::tellThatNothingHolds() {
-  userInterface_.tell("The computer may fall asleep during the work",
-                      "No service of the system grants Staylit's hold.");
+  const std::string why = ports_.powerManagement->whyNotGranted();
+  userInterface_.tell(
+      "The computer may fall asleep during the work",
+      "No service of the system grants Staylit's hold" + (why.empty() ? "." : ": " + why + "."));
   if (terminalReporter_) {
     terminalReporter_->tell(kNothingGrantsTheHold);
   }

@@ -39,6 +39,7 @@ class AppDelegate : public ApplicationDelegate {
  private:
   void resumeLidClosed();
   void tellAboutLid(const std::string& why);
+  void tellTerminalThatNothingCanBeHeld();
   void tellThatNothingHolds();
   void tellOfSettings(const std::vector<std::string>& remarks);
 

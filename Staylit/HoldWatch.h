@@ -18,6 +18,9 @@ class HoldWatch {
   HoldWatch(StaylitEngine& engine, tidewell::PowerManagement& power,
             std::function<void()> tellThatNothingHolds);
 
+  /// Whether the machine is to be awake after the last tick, and nothing grants the hold.
+  [[nodiscard]] bool isInVain() const { return ticksInVain_ > 0; }
+
  private:
   static constexpr int kTicks = 6;
 

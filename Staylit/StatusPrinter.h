@@ -42,6 +42,9 @@ class StatusPrinter {
   /// It could not be found out. `why` is for people, and goes to standard error.
   void failed(const std::string& why);
 
+  /// Whether something could not be printed, so that to go on is of no use.
+  [[nodiscard]] bool isLost() const { return console_.hasLostOutput(); }
+
   /// After what was printed last.
   [[nodiscard]] int exitStatus() const { return exit_; }
 

@@ -9,6 +9,7 @@ class PosixConsole : public tidewell::Console {
  public:
   void printLine(std::string_view line) override;
   void writeError(std::string_view text) override;
+  bool hasLostOutput() override { return outputError_ != 0; }
   bool outputIsTerminal() override;
   bool errorIsTerminal() override;
 

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <iostream>
 #include <string>
 #include <vector>
@@ -22,6 +23,12 @@ int main(int argc, char** argv) {
     if (staylit::DoctorReport::isAskedFor(arguments)) {
       std::cerr << "staylit: --doctor is for Linux; here, --diagnose says what would hold\n";
       return staylit::DoctorReport::trouble;
+    }
+    for (const char* command : {"--pause", "--resume", "--toggle-pause", "--quit"}) {
+      if (std::ranges::find(arguments, command) == arguments.end()) continue;
+      if (std::ranges::find(arguments, "--diagnose") != arguments.end()) break;
+      std::cerr << "staylit: " << command << " is for Linux; here, the menu does it\n";
+      return staylit::StatusPrinter::trouble;
     }
     const auto ports = platform::makePorts();
     if (const auto request = staylit::StatusRequest::in(arguments)) {

@@ -12,6 +12,7 @@
 #include "Platform/Linux/LinuxPorts.h"
 #include "Platform/Linux/Loop/EventLoop.h"
 #include "Platform/Linux/Time/SystemClock.h"
+#include "Platform/Posix/PlainConsole.h"
 #include "Platform/Posix/PosixConsole.h"
 #include "Platform/Posix/StandardStreams.h"
 #include "Staylit/AppMain.h"
@@ -39,12 +40,28 @@ int exitStatus(platform::PosixConsole& console, int status) {
   return kTrouble;
 }
 
+/// What the terminal can show, by the locale of the environment.
+staylit::DoctorReport::Signs signs() {
+  using Signs = staylit::DoctorReport::Signs;
+  const bool isKnown = std::setlocale(LC_CTYPE, "") != nullptr;
+  const bool isUnicode = isKnown && std::string_view(::nl_langinfo(CODESET)) == "UTF-8";
+  return isUnicode ? Signs::drawn : Signs::plain;
+}
+
+/// The console for people to read. Programs get JSON, which has one encoding.
+tidewell::Console& readable(platform::PosixConsole& console, platform::PlainConsole& plain) {
+  return signs() == staylit::DoctorReport::Signs::plain ? static_cast<tidewell::Console&>(plain)
+                                                        : console;
+}
+
 int tellStatus(const staylit::StatusRequest& request) {
   platform::EventLoop loop;
   platform::Buses buses(loop);
   platform::PosixConsole console;
+  platform::PlainConsole plain(console);
   platform::SystemClock clock;
-  staylit::StatusPrinter printer(request, console, clock);
+  const bool isForPeople = request.form == staylit::StatusRequest::Form::text;
+  staylit::StatusPrinter printer(request, isForPeople ? readable(console, plain) : console, clock);
   const int status = staylit::StatusQuery(loop, buses, printer, request).run();
   return exitStatus(console, status);
 }
@@ -53,18 +70,13 @@ int tellHolds(const staylit::HoldsRequest& request) {
   platform::EventLoop loop;
   platform::Buses buses(loop);
   platform::PosixConsole console;
+  platform::PlainConsole plain(console);
   platform::SystemClock clock;
   const auto report = staylit::HoldsReader(buses.system, buses.session, clock).read();
-  const int status = staylit::HoldsPrinter::print(report, request, console, clock.wallTime());
+  const bool isForPeople = request.form == staylit::HoldsRequest::Form::text;
+  const int status = staylit::HoldsPrinter::print(
+      report, request, isForPeople ? readable(console, plain) : console, clock.wallTime());
   return exitStatus(console, status);
-}
-
-/// What the terminal can show, by the locale of the environment.
-staylit::DoctorReport::Signs signs() {
-  using Signs = staylit::DoctorReport::Signs;
-  const bool isKnown = std::setlocale(LC_CTYPE, "") != nullptr;
-  const bool isUnicode = isKnown && std::string_view(::nl_langinfo(CODESET)) == "UTF-8";
-  return isUnicode ? Signs::drawn : Signs::plain;
 }
 
 int examine() {

@@ -78,6 +78,8 @@ class OwnMachine {
     // The folder is this user's alone. No Staylit of the real machine has its lock there.
     environment_.emplace_back(
         std::make_unique<ScopedEnvironment>("XDG_RUNTIME_DIR", folder.path().string()));
+    // Whatever the locale of the tests, what the programs write is what they write in most places.
+    environment_.emplace_back(std::make_unique<ScopedEnvironment>("LC_ALL", "C.UTF-8"));
     logind.emplace();
     return eventually([this] { return inhibitors().has_value(); }, std::chrono::seconds(20));
   }

@@ -153,7 +153,7 @@ TEST_F(StatusTest, StopsFollowingWhenNobodyReadsAnyMore) {
 
 TEST_F(StatusTest, EndsInTroubleWhenTheAnswerCannotBeWritten) {
   const std::string errors = folder.path() / "errors";
-  for (const std::string option : {"--status", "--holds", "--doctor"}) {
+  for (const std::string option : {"--status", "--status --follow", "--holds", "--doctor"}) {
     const ChildProgram staylit(
         {"sh", "-c",
          "exec " + std::string(STAYLIT_PROGRAM) + " " + option + " >/dev/full 2>" + errors});
@@ -161,6 +161,14 @@ TEST_F(StatusTest, EndsInTroubleWhenTheAnswerCannotBeWritten) {
     EXPECT_EQ(output("errors"), "staylit: the answer cannot be written: No space left on device\n")
         << option;
   }
+}
+
+TEST_F(StatusTest, WritesOnlyAsciiWhereTheLocaleHasNoMore) {
+  const ScopedEnvironment plain("LC_ALL", "C");
+  const ChildProgram staylit = start();
+  ASSERT_TRUE(eventually([this] { return !holdReason().empty(); }, 20s));
+  EXPECT_EQ(status(), 0);
+  EXPECT_TRUE(output().starts_with("Work stopped - releasing in ")) << output();
 }
 
 TEST_F(StatusTest, TakesNoOffenceAtAReaderThatReadsNothing) {

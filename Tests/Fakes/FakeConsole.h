@@ -20,12 +20,14 @@ class FakeConsole : public Console {
     error += text;
     both += text;
   }
+  bool hasLostOutput() override { return outputLost; }
   bool outputIsTerminal() override { return outputTerminal; }
   bool errorIsTerminal() override { return errorTerminal; }
 
   std::string output;
   std::string error;
   std::string both;  ///< What a terminal gets when both streams go to it.
+  bool outputLost = false;
   bool outputTerminal = false;
   bool errorTerminal = false;
 };

@@ -44,6 +44,7 @@ class FakePowerManagement : public PowerManagement {
   }
 
   bool isGranted() override { return live.empty() || granted; }
+  std::string whyNotGranted() override { return why; }
 
   std::vector<LiveAssertion> liveAssertions() override {
     std::vector<LiveAssertion> assertions;
@@ -65,6 +66,7 @@ class FakePowerManagement : public PowerManagement {
   std::int32_t systemFailure = 0;   ///< The code of every creation of a system assertion.
   std::int32_t displayFailure = 0;  ///< The same for display assertions.
   bool granted = true;              ///< Whether the live assertions are granted.
+  std::string why;                  ///< Why not.
   /// Who keeps each live assertion while `granted`.
   std::vector<Grant> grants{{"org.example.Sleep", std::nullopt}};
   std::map<std::uint32_t, Assertion> live;

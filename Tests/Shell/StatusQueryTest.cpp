@@ -231,6 +231,19 @@ TEST_F(StatusQueryTest, FollowsFromOneBusToTheNext) {
             1);
 }
 
+TEST_F(StatusQueryTest, FollowsNothingWhereThereIsNoBusFromTheBeginning) {
+  sessionDaemon->stop();
+  systemDaemon->stop();
+  EXPECT_EQ(ask({Form::text, true}), 2);
+  EXPECT_EQ(console.error, "staylit: there is no session bus here on which one could be asked\n");
+}
+
+TEST_F(StatusQueryTest, StopsFollowingWhenALineIsLost) {
+  const Running running(*loop);
+  console.outputLost = true;
+  EXPECT_EQ(ask({Form::text, true}), 1);
+}
+
 TEST_F(StatusQueryTest, WaitsForTheFirstOneToFollow) {
   std::unique_ptr<Running> running;
   EXPECT_EQ(follow({{R"("summary":"Staylit does not run"})"

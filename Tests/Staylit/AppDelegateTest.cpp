@@ -218,6 +218,21 @@ TEST_F(AppDelegateTest, TellsOnceOfSettingsThatDoNotCountAsTheyAreWritten) {
   EXPECT_EQ(userInterface.told.size(), 1U);
 }
 
+TEST_F(AppDelegateTest, TellsTheTerminalAtOnceWhyNothingCanBeHeld) {
+  fakes.console.outputTerminal = true;
+  fakes.power.systemFailure = -13;
+  fakes.power.why = "the service refuses";
+  delegate.applicationDidFinishLaunching();
+  EXPECT_TRUE(fakes.console.output.ends_with(
+      "  Nothing can be held here: the service refuses. staylit --doctor says what to do\n"))
+      << fakes.console.output;
+  EXPECT_TRUE(userInterface.told.empty()) << "the service may be about to start";
+  for (int tick = 0; tick < 6; ++tick)
+    delegate.engine()->tick();
+  EXPECT_EQ(userInterface.told,
+            Texts{"No service of the system grants Staylit's hold: the service refuses."});
+}
+
 TEST_F(AppDelegateTest, HoldsTheLidAgainForAnEarlierProcessThatHeldIt) {
   fakes.useLidSwitch();
   fakes.defaults.setBoolean(keys::allowLidClosed, true);

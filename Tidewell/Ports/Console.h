@@ -16,6 +16,9 @@ class Console {
   /// Writes `text` as it is to standard error, at once.
   virtual void writeError(std::string_view text) = 0;
 
+  /// Whether a line for standard output could not be written, as to a full disk.
+  virtual bool hasLostOutput() { return false; }
+
   virtual bool outputIsTerminal() = 0;
   virtual bool errorIsTerminal() = 0;
 };

@@ -44,6 +44,10 @@ class PowerManagement {
   /// `system`, as far as that is known. Asks the system nothing.
   virtual bool isGranted() = 0;
 
+  /// Why nothing keeps the machine awake although an assertion was asked for, as far as that is
+  /// known; for people. Empty where it is not known. Asks the system nothing.
+  virtual std::string whyNotGranted() { return {}; }
+
   /// A service that keeps an assertion.
   struct Grant {
     std::string service;  ///< The service's name; on Linux its name on the bus.

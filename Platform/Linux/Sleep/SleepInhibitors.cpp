@@ -1,6 +1,7 @@
 #include "Platform/Linux/Sleep/SleepInhibitors.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <optional>
 #include <utility>
 
@@ -32,10 +33,13 @@ SleepInhibitors::Creation SleepInhibitors::createAssertion(tidewell::AssertionKi
   const SleepServices::Row wanted = row(kind);
   Live live{std::make_shared<SleepAssertion>(kind, name, now_, [this] { attend(); })};
   if (!wanted.mechanisms.empty()) {
-    if (const int error = live.assertion->hold(wanted.mechanisms); error < 0) return {error, 0};
+    lastError_ = live.assertion->hold(wanted.mechanisms);
+    if (lastError_ < 0) return {lastError_, 0};
   } else if (wanted.error < 0) {
+    lastError_ = wanted.error;
     return {wanted.error, 0};
   } else {
+    lastError_ = 0;
     live.recordedId = recorded_.createAssertion(kind, name).id;
   }
   const Creation creation{0, add(std::move(live))};
@@ -76,6 +80,22 @@ bool SleepInhibitors::isGranted() {
   });
 }
 
+std::string SleepInhibitors::whyNotGranted() {
+  if (!live_.empty() && isGranted()) return "";
+  switch (lastError_) {
+    case 0:
+      return "neither a login service nor a desktop's power service is here";
+    case -EACCES:
+    case -EPERM:
+      return "the service that would have to grant it refuses; without polkit the login service "
+             "grants it to root alone";
+    case -ETIMEDOUT:
+      return "the service that would have to grant it does not answer";
+    default:
+      return "no service can be reached that would grant it";
+  }
+}
+
 std::vector<SleepInhibitors::LiveAssertion> SleepInhibitors::liveAssertions() {
   std::vector<LiveAssertion> assertions;
   for (const auto& [id, live] : live_)
@@ -114,7 +134,9 @@ SleepServices::Row SleepInhibitors::row(tidewell::AssertionKind kind) {
 
 /// Asks the services that decide now for what is due.
 void SleepInhibitors::hold(Live& live) {
-  live.assertion->hold(row(live.assertion->kind()).mechanisms);
+  const SleepServices::Row wanted = row(live.assertion->kind());
+  const int error = live.assertion->hold(wanted.mechanisms);
+  lastError_ = wanted.mechanisms.empty() ? wanted.error : error;
   if (live.recordedId == 0 || !live.assertion->isHeld()) return;
   recorded_.releaseAssertion(std::exchange(live.recordedId, 0));
 }

@@ -38,6 +38,7 @@ class SleepInhibitors : public tidewell::PowerManagement {
   void setAssertionName(std::uint32_t id, const std::string& name) override;
   void releaseAssertion(std::uint32_t id) override;
   bool isGranted() override;
+  std::string whyNotGranted() override;
   std::vector<LiveAssertion> liveAssertions() override;
 
  private:
@@ -68,6 +69,7 @@ class SleepInhibitors : public tidewell::PowerManagement {
   ReadBack readBack_;
   std::map<std::uint32_t, Live> live_;
   std::uint32_t lastId_ = 0;
+  std::int32_t lastError_ = 0;  ///< Of the last attempt to take a hold; 0 for want of a service.
   /// When to find out again which services to ask; absent while that is known.
   std::optional<Moment> lookAgain_;
   std::unique_ptr<tidewell::RepeatingTimer> attention_;

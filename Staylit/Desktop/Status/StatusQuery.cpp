@@ -62,6 +62,7 @@ int StatusQuery::run() {
 
 void StatusQuery::watch(Place& place) {
   place.isKnown = place.bus->connect() < 0;
+  hadBus_ = hadBus_ || !place.isKnown;
   place.name = place.bus->watchName(kName, [this, &place](bool owned) {
     place.isKnown = true;
     place.isOwned = owned;
@@ -83,6 +84,7 @@ void StatusQuery::decide() {
   if (places_[ofMachine ? 1 : 0].bus->handle() == nullptr) {
     printer_.failed(std::string("there is no ") + (ofMachine ? "system" : "session") +
                     " bus here on which one could be asked");
+    if (!hadBus_) loop_.stop();
   } else {
     printer_.foundNone();
   }
@@ -110,7 +112,7 @@ void StatusQuery::answered(const Place& place, const BusReply& reply) {
 }
 
 void StatusQuery::told() {
-  if (!request_.follows) loop_.stop();
+  if (!request_.follows || printer_.isLost()) loop_.stop();
 }
 
 void StatusQuery::endWithTheReader() {

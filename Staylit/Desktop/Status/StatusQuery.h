@@ -43,7 +43,7 @@ class StatusQuery {
   void ask(Place& place);
   void answered(const Place& place, const platform::BusReply& reply);
   [[nodiscard]] bool isMachine(const Place& place) const { return &place == &places_[1]; }
-  /// Ends unless changes are to be followed.
+  /// Ends unless changes are to be followed and can be.
   void told();
   void endWithTheReader();
   static int readerGone(sd_event_source* source, int descriptor, unsigned events, void* data);
@@ -52,6 +52,7 @@ class StatusQuery {
   StatusPrinter& printer_;
   StatusRequest request_;
   std::array<Place, 2> places_;  ///< The session's comes first.
+  bool hadBus_ = false;          ///< One that is there no more may come back.
   platform::EventSource output_;
 };
 

@@ -341,6 +341,23 @@ TEST_F(SleepTest, IsGrantedAsLongAsSomeServiceHasEverySystemHold) {
   EXPECT_TRUE(eventually([&] { return inhibitors->isGranted(); }));
 }
 
+TEST_F(SleepTest, SaysWhyNothingIsGranted) {
+  EXPECT_TRUE(create(kSystem, "recorded").code == 0);
+  EXPECT_EQ(inhibitors->whyNotGranted(),
+            "neither a login service nor a desktop's power service is here");
+  const auto gnome = sessionService(kGnome);
+  EXPECT_TRUE(eventually([&] { return inhibitors->whyNotGranted().empty(); }));
+}
+
+TEST_F(SleepTest, SaysThatTheServiceRefuses) {
+  const auto gnome = sessionService(kGnome);
+  gnome->refuses = true;
+  create(kSystem, "a");
+  EXPECT_EQ(inhibitors->whyNotGranted(),
+            "the service that would have to grant it refuses; without polkit the login service "
+            "grants it to root alone");
+}
+
 TEST_F(SleepTest, IsNotGrantedWhileItIsOnlyRecorded) {
   const auto creation = create(kSystem, "a");
   EXPECT_FALSE(inhibitors->isGranted());
