@@ -63,6 +63,24 @@ SettingsView::SettingsView(StaylitEngine& engine, tidewell::Ports& ports)
 SettingsView::~SettingsView() = default;
 
 std::vector<SettingsView::Section> SettingsView::form() const {
+  std::vector<Section> form = sections();
+  addSavingProblem(form);
+  return form;
+}
+
+void SettingsView::addSavingProblem(std::vector<Section>& form) const {
+  const std::string problem = lastChanged_ ? defaults().savingProblem() : "";
+  if (problem.empty()) return;
+  for (Section& section : form) {
+    for (Row& row : section.rows) {
+      if (row.control == lastChanged_ && row.error.empty()) {
+        row.error = "Cannot be saved: " + problem + ". It counts until Staylit ends.";
+      }
+    }
+  }
+}
+
+std::vector<SettingsView::Section> SettingsView::sections() const {
   return {
       sleepSection(),
       batterySection(),
@@ -121,6 +139,7 @@ std::string SettingsView::formatted(std::int64_t seconds) {
 }
 
 void SettingsView::setValue(Control control, std::int64_t value) {
+  lastChanged_ = control;
   if (control == Control::grace) moveSlider(graceSlider(), grace_, keys::graceSeconds, value);
   if (control == Control::battery) {
     moveSlider(batterySlider(), battery_, keys::batteryThreshold, value);
@@ -139,6 +158,7 @@ void SettingsView::moveSlider(const Slider& slider, std::int64_t& stored, std::s
 }
 
 void SettingsView::setOn(Control control, bool on) {
+  lastChanged_ = control;
   switch (control) {
     case Control::keepScreenOn:
       return flip(keepScreenOn_, keys::keepScreenOn, on);
@@ -188,7 +208,10 @@ void SettingsView::followLid() {
 
 /// An off that may become an on by itself must not look like an off that stays.
 std::string SettingsView::lidError() const {
-  if (lidError_) return *lidError_;
+  if (lidError_) {
+    const std::string reason = ports_.lidSwitch ? ports_.lidSwitch->lastFailure() : "";
+    return *lidError_ + (reason.empty() ? "" : " In fact: " + reason + ".");
+  }
   const bool isTriedAgain = ports_.lidSwitch && ports_.lidSwitch->isTriedAgain();
   return isTriedAgain ? "Not in effect now. Staylit goes on trying." : "";
 }

@@ -30,6 +30,8 @@ namespace staylit {
 /// system. Where a process holds the lid itself, the lid's toggle shows whether it holds it now,
 /// and follows when the hold ends or begins by itself. While the toggle is off and the hold is
 /// tried again, a line under the toggle says so.
+///
+/// While a change cannot be written, a line under the control that was changed last says why.
 class SettingsView {
  public:
   /// Names a control when a window tells the view of a change.
@@ -103,6 +105,8 @@ class SettingsView {
   static std::string formatted(std::int64_t seconds);
 
  private:
+  [[nodiscard]] std::vector<Section> sections() const;
+  void addSavingProblem(std::vector<Section>& form) const;
   [[nodiscard]] Section sleepSection() const;
   [[nodiscard]] Section batterySection() const;
   [[nodiscard]] Slider graceSlider() const;
@@ -132,6 +136,7 @@ class SettingsView {
   GuardedToggle lidClosed_;
   GuardedToggle launchAtLogin_;
   std::optional<std::string> lidError_;
+  std::optional<Control> lastChanged_;  ///< By the user; under it a problem of saving is shown.
   ViewChanges changes_;
   std::shared_ptr<void> lidChanges_;
   tidewell::WeakReferenceSource<SettingsView> self_{*this};  ///< For answers that may come late.

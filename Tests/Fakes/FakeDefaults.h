@@ -44,10 +44,13 @@ class FakeDefaults : public Defaults {
     return std::exchange(remarks, {});
   }
 
+  std::string savingProblem() override { return problem; }
+
   void finishWriting() override { calls_->add("finish writing"); }
 
   PropertyDictionary registered;
   PropertyDictionary stored;         ///< What the user has set; a test may put anything here.
+  std::string problem;               ///< Why nothing can be written.
   std::vector<std::string> remarks;  ///< On what the user has written; handed over once.
   std::vector<std::string> written;  ///< The key of every write, in order.
 

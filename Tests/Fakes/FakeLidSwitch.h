@@ -37,6 +37,7 @@ class FakeLidSwitch : public LidSwitch {
     return releaseFailure;
   }
 
+  std::string lastFailure() override { return reason; }
   bool holds() override { return held; }
   bool isTriedAgain() override { return triedAgain && !held; }
   bool isHeld() override { return held; }
@@ -64,6 +65,7 @@ class FakeLidSwitch : public LidSwitch {
   bool triedAgain = false;    ///< Whether the switch is tried again while it is not held.
   bool takesItsTime = false;  ///< Whether a prompt waits until `answer` is called.
   Answer asked;               ///< Waits for the user's answer; empty when there is no prompt.
+  std::string reason;         ///< Of the last attempt, in words.
   std::optional<Failure> holdFailure;
   std::optional<Failure> releaseFailure;
 

@@ -493,6 +493,28 @@ TEST_F(SettingsViewTest, AnyFailureOfTheLidSwitchReadsLikeADeclinedApproval) {
   EXPECT_EQ(row(Control::lidClosed).error, "");
 }
 
+TEST_F(SettingsViewTest, TellsTheRealReasonOfAFailureOfTheLidSwitchBesideTheText) {
+  fakes.useLidSwitch();
+  fakes.lidSwitch.holdFailure = tidewell::LidSwitch::Failure{false, "the desktop handles the lid"};
+  fakes.lidSwitch.reason = "the desktop handles the lid";
+  view->setOn(Control::lidClosed, true);
+  EXPECT_EQ(row(Control::lidClosed).error,
+            std::string(kDeclined) + " In fact: the desktop handles the lid.");
+}
+
+TEST_F(SettingsViewTest, SaysUnderTheControlThatWasChangedThatItCannotBeSaved) {
+  fakes.defaults.problem = "the disk is full";
+  EXPECT_EQ(row(Control::grace).error, "") << "nothing was changed here";
+  view->setValue(Control::grace, 300);
+  EXPECT_EQ(row(Control::grace).error,
+            "Cannot be saved: the disk is full. It counts until Staylit ends.");
+  view->setOn(Control::keepScreenOn, true);
+  EXPECT_EQ(row(Control::grace).error, "");
+  EXPECT_NE(row(Control::keepScreenOn).error, "");
+  fakes.defaults.problem.clear();
+  EXPECT_EQ(row(Control::keepScreenOn).error, "");
+}
+
 TEST_F(SettingsViewTest, ShowsTheLidAsItIsHeldWhereAProcessHoldsIt) {
   fakes.useLidSwitch();
   open("allowLidClosed", true);

@@ -53,6 +53,9 @@ class Defaults {
   /// count as it stands, and what counts instead. Hands over each once, as long as it stands so.
   virtual std::vector<std::string> takeRemarks(const SettingMeanings& /*meanings*/) { return {}; }
 
+  /// Why what was set last could not be written, for people; empty while nothing is wrong.
+  virtual std::string savingProblem() { return {}; }
+
   /// Call it before the program ends. Waits, for some seconds at most, until everything that was
   /// set is on the disk, or with a process of the system that writes it after this program's end.
   /// Other values are lost, and the log says so.

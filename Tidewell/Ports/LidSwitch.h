@@ -39,6 +39,10 @@ class LidSwitch {
   /// Succeeds when the switch is not held. Absent on success.
   virtual std::optional<Failure> release() = 0;
 
+  /// Why the last attempt to hold the switch failed, for people to read; empty where it did not, or
+  /// where the user knows, having declined.
+  virtual std::string lastFailure() { return {}; }
+
   /// Whether this process holds the switch.
   virtual bool holds() = 0;
 

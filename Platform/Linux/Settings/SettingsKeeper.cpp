@@ -32,7 +32,8 @@ struct SettingsKeeper::State {
   std::condition_variable changed;
   PendingEdits pending;
   tidewell::PropertyDictionary values;  ///< The values in the file.
-  std::optional<std::string> foreign;   ///< The text of others that nobody took yet.
+  std::string savingProblem;
+  std::optional<std::string> foreign;  ///< The text of others that nobody took yet.
   PendingEdits::Absence absence = PendingEdits::Absence::counts;
   bool isKnown = false;  ///< Whether the file could ever be read.
   std::uint64_t looksAsked = 0;
@@ -125,6 +126,7 @@ void SettingsKeeper::State::publish() {
   if (source.isKnown()) values = source.values();
   absence = source.absence();
   isKnown = source.isKnown();
+  savingProblem = source.savingProblem();
   if (auto text = source.takeForeignText()) foreign = std::move(text);
   for (std::string& complaint : source.takeComplaints())
     complaints.push_back(std::move(complaint));
@@ -162,6 +164,11 @@ void SettingsKeeper::set(std::string_view key, tidewell::PropertyValue value) {
   state_->pending.set(key, std::move(value), state_->isKnown ? &state_->values : nullptr);
   if (!state_->pending.isEmpty()) start(lock);
   sayComplaints(lock);
+}
+
+std::string SettingsKeeper::savingProblem() {
+  const Lock lock(state_->mutex);
+  return state_->savingProblem;
 }
 
 std::optional<std::string> SettingsKeeper::takeForeignText() {

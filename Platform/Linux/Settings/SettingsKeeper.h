@@ -49,6 +49,10 @@ class SettingsKeeper {
   std::optional<tidewell::PropertyValue> value(std::string_view key);
   void set(std::string_view key, tidewell::PropertyValue value);
 
+  /// Why what was set last could not be saved, as the last attempt found; empty while nothing is
+  /// wrong.
+  std::string savingProblem();
+
   /// The text of the file when somebody else has changed it since the last call, as the last look
   /// found it. Does not look by itself.
   std::optional<std::string> takeForeignText();

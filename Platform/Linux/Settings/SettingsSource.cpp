@@ -127,10 +127,12 @@ std::optional<SettingsSource::Saving> SettingsSource::tryToSave(PendingEdits& ed
   }
   if (!edited.isComplete) return Saving{State::failed, "the change makes no valid file"};
   saveComplaint_.clear();
+  savingProblem_.clear();
   return Saving{State::done, {}};
 }
 
 void SettingsSource::complainOfSaving(const std::string& why) {
+  savingProblem_ = why;
   complain(saveComplaint_, "settings cannot be saved to " + path().string() + ": " + why +
                                "; changes hold until the program ends");
 }

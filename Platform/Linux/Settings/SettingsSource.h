@@ -55,6 +55,9 @@ class SettingsSource {
   /// Hands over the text of the file when somebody else has changed it since the last call.
   std::optional<std::string> takeForeignText() { return std::exchange(foreign_, std::nullopt); }
 
+  /// Why saving fails; empty once it has succeeded again.
+  [[nodiscard]] const std::string& savingProblem() const { return savingProblem_; }
+
   /// Hands over the complaints that users must read and have not been told yet.
   std::vector<std::string> takeComplaints();
 
@@ -80,6 +83,7 @@ class SettingsSource {
   std::string readComplaint_;  ///< The last complaint, so that it is not repeated.
   std::string damageComplaint_;
   std::string saveComplaint_;
+  std::string savingProblem_;
 };
 
 }  // namespace platform

@@ -41,6 +41,7 @@ class TomlDefaults : public tidewell::Defaults {
   void setStringList(std::string_view key, const std::vector<std::string>& value) override;
 
   std::vector<std::string> takeRemarks(const tidewell::SettingMeanings& meanings) override;
+  std::string savingProblem() override { return keeper_.savingProblem(); }
   void finishWriting() override;
 
  private:

@@ -79,11 +79,13 @@ std::optional<Failure> LidInhibitor::hold() {
 
 /// Takes the lock. After a failure, `failed` has logind's answer, and logind is still watched.
 std::optional<Failure> LidInhibitor::tryToHold(LogindLock& failed) {
+  lastFailure_.clear();
   if (holds()) return std::nullopt;
   retry_.reset();
   question_.reset();
   if (auto claim = desktopsClaim(systemBus_)) {
     failed.errorName = kRefused;
+    lastFailure_ = claim->description;
     return claim;
   }
   // The watch comes before the lock, so that it sees every restart after the lock.
@@ -91,7 +93,8 @@ std::optional<Failure> LidInhibitor::tryToHold(LogindLock& failed) {
   LogindLock taken = take();
   if (!taken.descriptor) {
     failed = std::move(taken);
-    return Failure{false, describe(failed)};
+    lastFailure_ = describe(failed);
+    return Failure{false, lastFailure_};
   }
   accept(std::move(taken.descriptor));
   return std::nullopt;
@@ -115,6 +118,7 @@ void LidInhibitor::holdAsking(Answer answer) {
 void LidInhibitor::answered(LogindLock lock) {
   question_.reset();
   const Answer answer = std::exchange(answer_, {});
+  lastFailure_.clear();
   if (lock.descriptor) {
     accept(std::move(lock.descriptor));
     return answer(std::nullopt);
@@ -122,6 +126,7 @@ void LidInhibitor::answered(LogindLock lock) {
   presence_.reset();
   // The user was asked, so a refusal does not mean that the policy forbids the lock.
   const bool wasDeclined = lock.errorName == kRefused || lock.errorName == kCancelled;
+  if (!wasDeclined) lastFailure_ = describe(lock);
   answer(Failure{wasDeclined, describe(lock)});
 }
 

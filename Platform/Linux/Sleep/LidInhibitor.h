@@ -30,6 +30,7 @@ class LidInhibitor : public tidewell::LidSwitch {
   void holdAsking(Answer answer) override;
   std::optional<Failure> resume() override;
   std::optional<Failure> release() override;
+  std::string lastFailure() override { return lastFailure_; }
   bool holds() override;
   bool isTriedAgain() override;
   bool isHeld() override;
@@ -56,6 +57,7 @@ class LidInhibitor : public tidewell::LidSwitch {
   bool isDoubtful_ = false;
   /// How often in a row logind was asked in vain for a missing or doubtful lock.
   int failures_ = 0;
+  std::string lastFailure_;
   /// Set while the lock is held or wanted.
   BusListening presence_;
   std::unique_ptr<tidewell::RepeatingTimer> retry_;

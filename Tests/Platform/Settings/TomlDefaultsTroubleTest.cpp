@@ -142,6 +142,7 @@ void expectHeldInMemory(const SettingsFolder& folder, const std::string& reason)
   defaults.finishWriting();
   EXPECT_EQ(defaults.integer("a"), 1);
   EXPECT_EQ(defaults.integer("b"), 2);
+  EXPECT_EQ(defaults.savingProblem(), reason);
   EXPECT_EQ(folder.logged().size(), 2U);
   EXPECT_EQ(folder.logged().back(), "error: settings cannot be saved to " + folder.file() + ": " +
                                         reason + "; changes hold until the program ends");

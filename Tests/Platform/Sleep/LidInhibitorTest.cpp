@@ -98,9 +98,13 @@ TEST_F(LidInhibitorTest, IsHeldOnceTheUserHasApproved) {
 TEST_F(LidInhibitorTest, TellsADismissedPromptFromARefusalByPolicy) {
   logind->approval = FakeLogind::Approval::declined;
   EXPECT_EQ(failure(), "declined");
+  EXPECT_EQ(lid->lastFailure(), "") << "the user knows";
   EXPECT_EQ(logind->prompts, 1);
   logind->refuses = true;
   EXPECT_EQ(failure(), "the system's policy does not allow it");
+  EXPECT_EQ(lid->lastFailure(), "the system's policy does not allow it");
+  EXPECT_FALSE(lid->release());
+  EXPECT_EQ(lid->lastFailure(), "the system's policy does not allow it") << "a flip back";
   EXPECT_EQ(logind->prompts, 1);
 }
 

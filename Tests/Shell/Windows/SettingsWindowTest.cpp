@@ -7,6 +7,7 @@
 #include "Staylit/Desktop/Windows/Parts/Card.h"
 #include "Staylit/Desktop/Windows/Parts/TextLabel.h"
 #include "Staylit/Desktop/Windows/Settings/SettingsForm.h"
+#include "Staylit/Desktop/Windows/Settings/SettingsRow.h"
 #include "Staylit/Desktop/Windows/Settings/StepSlider.h"
 #include "Staylit/Desktop/Windows/Settings/Switch.h"
 #include "Tests/Shell/Windows/WindowsTest.h"
@@ -222,6 +223,21 @@ TEST_F(SettingsWindowTest, TabGoesThroughAllControlsInTheirOrder) {
     press(Qt::Key_Tab);
   }
   EXPECT_EQ(focus(), order.front());
+}
+
+TEST_F(SettingsWindowTest, TabAndShiftTabShowTheWholeRowWithItsCaption) {
+  slider(Control::grace).setFocus(Qt::TabFocusReason);
+  for (int step = 0; step < 14; ++step) {
+    const bool isBack = step >= 7;
+    QTest::keyClick(focus(), Qt::Key_Tab, isBack ? Qt::ShiftModifier : Qt::NoModifier);
+    turn();
+    const QWidget* row = focus();
+    while (row && !dynamic_cast<const windows::SettingsRow*>(row))
+      row = row->parentWidget();
+    ASSERT_TRUE(row);
+    const QRect shown(row->mapTo(area().viewport(), QPoint(0, 0)), row->size());
+    EXPECT_TRUE(area().viewport()->rect().contains(shown)) << "step " << step;
+  }
 }
 
 TEST_F(SettingsWindowTest, TheLidSwitchIsStoredWhenItIsApproved) {

@@ -7,8 +7,6 @@
 namespace staylit::windows {
 namespace {
 
-constexpr int kFadeHeight = 40;
-
 /// Hides the lower edge of the content more and more, and lets all clicks through.
 class Fade : public QWidget {
  public:
@@ -58,7 +56,7 @@ void OverlayScrollArea::placeBar() {
   const int wide = bar_->sizeHint().width();
   bar_->setGeometry(
       QStyle::visualRect(layoutDirection(), rect(), QRect(width() - wide, 0, wide, height())));
-  fade_->setGeometry(0, height() - kFadeHeight, width(), kFadeHeight);
+  fade_->setGeometry(0, height() - kRoomForFade, width(), kRoomForFade);
   fade_->raise();
   bar_->raise();
 }

@@ -9,6 +9,9 @@ namespace staylit::windows {
 /// While there is more below, the content fades out at the lower edge.
 class OverlayScrollArea : public QScrollArea {
  public:
+  /// In pixels; so far above the lower edge nothing is veiled while the content goes on below.
+  static constexpr int kRoomForFade = 40;
+
   explicit OverlayScrollArea(QWidget* parent = nullptr);
 
  protected:

@@ -1,5 +1,7 @@
 #include "Staylit/Desktop/Windows/Settings/SettingsContent.h"
 
+#include "Staylit/Desktop/Windows/Settings/SettingsRow.h"
+
 namespace staylit::windows {
 
 using Control = SettingsView::Control;
@@ -32,6 +34,18 @@ void SettingsContent::setOn(Control control, bool on) {
 void SettingsContent::showEvent(QShowEvent* event) {
   refresh();
   OverlayScrollArea::showEvent(event);
+}
+
+/// Brings the whole row into sight, with its caption: the area by itself looks only after the
+/// control.
+bool SettingsContent::focusNextPrevChild(bool next) {
+  if (!OverlayScrollArea::focusNextPrevChild(next)) return false;
+  for (QWidget* widget = form_->focusWidget(); widget; widget = widget->parentWidget()) {
+    if (!dynamic_cast<SettingsRow*>(widget)) continue;
+    ensureWidgetVisible(widget, 0, kRoomForFade);
+    break;
+  }
+  return true;
 }
 
 void SettingsContent::refresh() {

@@ -14,6 +14,7 @@ class SettingsContent : public OverlayScrollArea {
 
  protected:
   void showEvent(QShowEvent* event) override;
+  bool focusNextPrevChild(bool next) override;
 
  private:
   void setValue(SettingsView::Control control, int value);
