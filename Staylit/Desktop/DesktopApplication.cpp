@@ -37,6 +37,9 @@ void DesktopApplication::run(ApplicationDelegate& delegate) {
   ApplicationService service(loop_, sessionBus_,
                              [this](MenuItem::Action action) { return perform(action); });
   if (!isTheOne(service)) return;
+  if (!request_.action.empty() && console_.outputIsTerminal()) {
+    console_.printLine("Staylit did not run, so it starts here; Ctrl-C ends it");
+  }
 
   std::optional<LoginSession> session;
   std::optional<SessionClient> client;

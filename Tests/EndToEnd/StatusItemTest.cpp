@@ -205,6 +205,8 @@ TEST_F(StatusItemTest, ThereIsOneForAUserAlsoWithoutASessionBus) {
   EXPECT_EQ(wait(start({"--quit"})), 2);
   EXPECT_TRUE(output("err").starts_with("staylit: one runs as " + process + ", but there is no "))
       << output("err");
+  EXPECT_EQ(wait(start({"--status"})), 2);
+  EXPECT_TRUE(output("err").starts_with("staylit: one runs as " + process)) << output("err");
   EXPECT_EQ(holdReasons().size(), 1U);
 }
 

@@ -15,7 +15,9 @@
 #include "Tests/Fakes/FakePorts.h"
 #include "Tests/Platform/Support/BusService.h"
 #include "Tests/Platform/Support/BusTest.h"
+#include "Tests/Platform/Support/ScopedEnvironment.h"
 #include "Tests/Platform/Support/SilentBus.h"
+#include "Tests/Platform/Support/TemporaryFolder.h"
 
 namespace staylit {
 namespace {
@@ -82,6 +84,9 @@ class StatusQueryTest : public platform::testing::BusTest {
     return {sessionDaemon->address(), {ApplicationService::kName}, handler};
   }
 
+  platform::testing::TemporaryFolder folder;
+  /// No Staylit of the real machine has its lock here.
+  platform::testing::ScopedEnvironment runtime{"XDG_RUNTIME_DIR", folder.path().string()};
   tidewell::FakeConsole console;
   tidewell::FakeClock clock;
 };

@@ -61,14 +61,6 @@ std::string describePauseIn(sd_bus_message* reply, tidewell::WallTime now) {
   return describePause(tidewell::WallTime(std::chrono::seconds(std::min(seconds, kLatest))), now);
 }
 
-/// `holder` is 0 where it is not known.
-std::string outOfReach(pid_t holder, bool hasBus) {
-  const std::string process = std::to_string(holder);
-  return (holder > 0 ? "one runs as process " + process : "one runs") + ", but " +
-         (hasBus ? "not on this session bus" : "there is no session bus here on which to ask it") +
-         (holder > 0 ? "; kill " + process + " ends it in order" : "");
-}
-
 std::string whyItWasNotDone(const BusReply& reply) {
   if (reply.errorName == SD_BUS_ERROR_NO_REPLY || reply.error == -ETIMEDOUT) {
     return "the Staylit that runs does not answer";

@@ -86,4 +86,11 @@ std::optional<pid_t> UserLock::holder() const {
   return writtenIdentifier(file.get());
 }
 
+std::string outOfReach(pid_t holder, bool hasBus) {
+  const std::string process = std::to_string(holder);
+  return (holder > 0 ? "one runs as process " + process : "one runs") + ", but " +
+         (hasBus ? "not on this session bus" : "there is no session bus here on which to ask it") +
+         (holder > 0 ? "; kill " + process + " ends it in order" : "");
+}
+
 }  // namespace staylit

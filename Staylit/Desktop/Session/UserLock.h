@@ -4,6 +4,8 @@
 
 #include <filesystem>
 #include <optional>
+#include <string>
+#include <utility>
 
 #include "Platform/Posix/Files/Descriptor.h"
 
@@ -41,5 +43,9 @@ class UserLock {
   std::filesystem::path folder_;
   platform::Descriptor file_;  ///< Set while the lock is taken.
 };
+
+/// For people: why the process that has the lock cannot be asked, and what helps. `hasBus` says
+/// whether there is a session bus, on which it then is not.
+[[nodiscard]] std::string outOfReach(pid_t holder, bool hasBus);
 
 }  // namespace staylit

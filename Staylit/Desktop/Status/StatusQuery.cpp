@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include "Staylit/Desktop/Session/ApplicationService.h"
+#include "Staylit/Desktop/Session/UserLock.h"
 #include "Staylit/Desktop/Status/StatusMessages.h"
 
 namespace staylit {
@@ -80,6 +81,7 @@ void StatusQuery::decide() {
     if (!place.isKnown) return;
     if (place.isOwned) return ask(place);
   }
+  if (tellsOfOneOutOfReach()) return told();
   const bool ofMachine = request_.ofMachine;
   if (places_[ofMachine ? 1 : 0].bus->handle() == nullptr) {
     printer_.failed(std::string("there is no ") + (ofMachine ? "system" : "session") +
@@ -89,6 +91,15 @@ void StatusQuery::decide() {
     printer_.foundNone();
   }
   told();
+}
+
+/// Not while changes are followed: one that ends leaves the bus before it gives its lock back.
+bool StatusQuery::tellsOfOneOutOfReach() {
+  if (request_.follows || request_.ofMachine) return false;
+  const auto holder = UserLock().holder();
+  if (!holder) return false;
+  printer_.failed(outOfReach(*holder, places_[0].bus->handle() != nullptr));
+  return true;
 }
 
 void StatusQuery::ask(Place& place) {

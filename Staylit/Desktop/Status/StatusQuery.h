@@ -40,6 +40,7 @@ class StatusQuery {
 
   void watch(Place& place);
   void decide();
+  bool tellsOfOneOutOfReach();
   void ask(Place& place);
   void answered(const Place& place, const platform::BusReply& reply);
   [[nodiscard]] bool isMachine(const Place& place) const { return &place == &places_[1]; }
