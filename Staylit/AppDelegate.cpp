@@ -28,6 +28,7 @@ void AppDelegate::applicationDidFinishLaunching() {
   statusReporter_ = std::make_unique<StatusReporter>(*engine_, ports_);
   statusService_ = userInterface_.offerStatus(*statusReporter_);
   pauseControl_ = std::make_unique<PauseControl>(*engine_, ports_);
+  statusReporter_->tellEndOf(*pauseControl_);
   controlService_ = userInterface_.offerControl(*pauseControl_);
   menuBar_ = std::make_unique<MenuBarController>(*engine_, userInterface_, ports_);
   if (ports_.console->outputIsTerminal()) {

@@ -14,6 +14,8 @@ namespace {
 constexpr std::int64_t kDay = 86'400;
 constexpr std::int64_t kLongestPause = 366 * kDay;
 
+constexpr std::chrono::seconds kRounding{30};
+
 /// "min" goes before "m", which it begins with.
 constexpr std::array<std::pair<std::string_view, std::int64_t>, 5> kUnits = {
     {{"d", kDay}, {"h", 3600}, {"min", 60}, {"m", 60}, {"s", 1}}};
@@ -47,7 +49,8 @@ std::string describePause(std::optional<tidewell::WallTime> until, tidewell::Wal
   if (!until) return "Paused";
   constexpr std::size_t kHoursAndMinutes = 5;
   const std::string time = timeOfDay(*until).substr(0, kHoursAndMinutes);
-  const tidewell::Seconds length = *until - now;
+  // The answer comes a moment after the pause began.
+  const tidewell::Seconds length = *until - now + kRounding;
   if (length < std::chrono::seconds(kDay)) return "Paused until " + time;
   return "Paused for " + lengthOfTime(length) + ", until " + time;
 }

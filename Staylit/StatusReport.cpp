@@ -139,6 +139,7 @@ bool StatusReport::saysTheSameAs(const StatusReport& later) const {
 
 Lines StatusReport::lines(WallTime now) const {
   Lines lines{summary, "Since:      " + timeOfDay(since) + " (" + lengthOfTime(now - since) + ")"};
+  if (resumesAt) lines.push_back("Until:      " + timeOfDay(*resumesAt));
   if (!reason.empty()) lines.push_back("Reason:     " + reason);
   addHolders(lines, *this);
   if (servesMachine) lines.emplace_back("Serves:     the whole machine");
@@ -171,6 +172,7 @@ std::string StatusReport::json(WallTime now) const {
       .addNumber("forSeconds", std::max<std::int64_t>(0, seconds.count()))
       .addText("reason", reason)
       .add("releasesInSeconds", state == State::winding ? std::to_string(releasesIn) : "null")
+      .add("resumesAt", jsonOf(resumesAt))
       .add("names", jsonOfEach(names, [](const auto& name) { return jsonText(name); }))
       .add("services", jsonOfEach(services, [](const auto& each) { return jsonOf(each); }))
       .add("busy",

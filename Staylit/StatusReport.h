@@ -34,7 +34,9 @@ struct StatusReport {
   tidewell::WallTime since{};  ///< When this state began.
   /// Under which the machine is held, or why it is not to be; empty where there is neither.
   std::string reason;
-  std::int64_t releasesIn = 0;     ///< Seconds; 0 unless winding.
+  std::int64_t releasesIn = 0;  ///< Seconds; 0 unless winding.
+  /// When the pause ends by itself; absent where it does not, or where there is none.
+  std::optional<tidewell::WallTime> resumesAt;
   std::vector<std::string> names;  ///< What it is held for; empty unless holding.
   std::vector<Service> services;   ///< Who keeps the hold; nobody does where this is empty.
   std::vector<tidewell::BusyApp> busy;

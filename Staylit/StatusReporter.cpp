@@ -96,6 +96,7 @@ StatusReport StatusReporter::report() {
   addHold(report);
   addWork(report, engine_);
   report.power = engine_.powerState().get();
+  if (pause_) report.resumesAt = pause_->until();
   return report;
 }
 

@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "Staylit/EngineStatus.h"
+#include "Staylit/PauseControl.h"
 #include "Staylit/Published.h"
 #include "Staylit/StatusReport.h"
 #include "Staylit/StaylitEngine.h"
@@ -23,6 +24,9 @@ class StatusReporter {
 
   [[nodiscard]] StatusReport report();
 
+  /// From now on reports tell when `pause` ends. It must exist as long as reports are made.
+  void tellEndOf(const PauseControl& pause) { pause_ = &pause; }
+
   /// `changed` is called from the main loop when the state, what works, the power source or the
   /// services' consent has changed, until the subscription is dropped. Figures, a countdown, and
   /// the order of the same applications are no change.
@@ -40,6 +44,7 @@ class StatusReporter {
   tidewell::PowerState toldPower_;
   bool toldGranted_;
   tidewell::Moment since_;
+  const PauseControl* pause_ = nullptr;  ///< Null while nobody tells of one.
   bool isPosted_ = false;
   Published<int> changes_{0};  ///< Counts them.
   Subscription subscription_;

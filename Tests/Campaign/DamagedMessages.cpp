@@ -304,7 +304,8 @@ constexpr std::pair<const char*, const char*> kStatusProperties[] = {
     {"Busy", "a(sssdddd)"},  {"Candidates", "a(sssdddd)"},
     {"SustainSeconds", "x"}, {"Asking", "as"},
     {"OnAC", "b"},           {"HasBattery", "b"},
-    {"BatteryPercent", "x"}, {"LowPowerMode", "b"}};
+    {"BatteryPercent", "x"}, {"ResumesAt", "x"},
+    {"LowPowerMode", "b"}};
 
 /// Answers with the properties of a status, most of which have the right type.
 void replyWithStatus(sd_bus_message* call, Random& random) {

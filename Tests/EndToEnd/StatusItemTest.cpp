@@ -106,8 +106,10 @@ TEST_F(StatusItemTest, ResumesByItselfAfterAPauseWithALength) {
   const ChildProgram staylit = start();
   showItem();
   ASSERT_TRUE(host);
-  EXPECT_EQ(wait(start({"--pause", "5s"})), 0);
+  EXPECT_EQ(wait(start({"--pause", "10s"})), 0);
   EXPECT_TRUE(output().starts_with("Paused until ")) << output();
+  EXPECT_EQ(wait(start({"--status"})), 1);
+  EXPECT_NE(output().find("\nUntil:      "), std::string::npos) << output();
   EXPECT_TRUE(shows("staylit-pause-circle-symbolic"));
   EXPECT_TRUE(shows("staylit-cup-and-saucer-fill-symbolic"));
 }

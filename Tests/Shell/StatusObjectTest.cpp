@@ -146,6 +146,15 @@ TEST_F(StatusObjectTest, IsReadAsItIsWritten) {
   EXPECT_EQ(read.lines(now), written.lines(now));
 }
 
+TEST_F(StatusObjectTest, TellsWhenAPauseEnds) {
+  EXPECT_EQ(property("ResumesAt"), "0");
+  PauseControl pause(engine, fakes.ports);
+  reporter.tellEndOf(pause);
+  pause.pause(2h);
+  // 11:00 UTC on the day on which the fake clock begins.
+  EXPECT_EQ(property("ResumesAt"), "1715943600");
+}
+
 TEST_F(StatusObjectTest, DescribesItself) {
   const std::string description =
       host->call(StatusInterface::kPath, "org.freedesktop.DBus.Introspectable", "Introspect");

@@ -34,6 +34,8 @@ TEST(PauseTexts, TellWhenAPauseEnds) {
   EXPECT_EQ(end.size(), std::string("Paused until 14:30").size()) << end;
   const std::string longer = describePause(nine + 49h, nine);
   EXPECT_TRUE(longer.starts_with("Paused for 2 d 1 h, until ")) << longer;
+  EXPECT_TRUE(describePause(nine + 72h, nine + 1s).starts_with("Paused for 3 d 0 h, until "))
+      << "the answer takes a moment";
   EXPECT_EQ(describePause(std::nullopt, nine), "Paused");
 }
 

@@ -145,7 +145,7 @@ TEST_F(StatusReportTest, TellsProgramsAllAboutAHold) {
       holding().json(kNine + 7'805s + 999ms),
       R"({"version":1,"state":"holding","held":true,"summary":"Awake for ffmpeg +1 more",)"
       R"("since":"2026-11-22T09:00:00Z","forSeconds":7805,)"
-      R"("reason":"ffmpeg and 1 more are working","releasesInSeconds":null,)"
+      R"("reason":"ffmpeg and 1 more are working","releasesInSeconds":null,"resumesAt":null,)"
       R"("names":["ffmpeg","mpv"],)"
       R"("services":[{"name":"org.gnome.SessionManager","seenAt":null},)"
       R"({"name":"org.freedesktop.login1","seenAt":"2026-11-22T09:01:30Z"}],)"
@@ -158,19 +158,30 @@ TEST_F(StatusReportTest, TellsProgramsAllAboutAHold) {
 }
 
 TEST_F(StatusReportTest, TellsProgramsOfAQuietMachine) {
-  EXPECT_EQ(idle().json(kNine - 5s),
-            R"({"version":1,"state":"idle","held":false,"summary":"Idle — your Mac can sleep",)"
-            R"("since":"2026-11-22T09:00:00Z","forSeconds":0,"reason":"",)"
-            R"("releasesInSeconds":null,"names":[],"services":[],"busy":[],"candidates":[],)"
-            R"("asking":[],"serves":"session",)"
-            R"("power":{"onAC":true,"hasBattery":false,"batteryPercent":null,)"
-            R"("lowPowerMode":false}})");
+  EXPECT_EQ(
+      idle().json(kNine - 5s),
+      R"({"version":1,"state":"idle","held":false,"summary":"Idle — your Mac can sleep",)"
+      R"("since":"2026-11-22T09:00:00Z","forSeconds":0,"reason":"",)"
+      R"("releasesInSeconds":null,"resumesAt":null,"names":[],"services":[],"busy":[],"candidates":[],)"
+      R"("asking":[],"serves":"session",)"
+      R"("power":{"onAC":true,"hasBattery":false,"batteryPercent":null,)"
+      R"("lowPowerMode":false}})");
 }
 
 TEST_F(StatusReportTest, TellsProgramsWhenTheHoldWillEnd) {
   const std::string json = winding().json(kNine);
   EXPECT_NE(json.find(R"("state":"winding","held":true)"), std::string::npos) << json;
   EXPECT_NE(json.find(R"("releasesInSeconds":45)"), std::string::npos) << json;
+}
+
+TEST_F(StatusReportTest, TellsWhenAPauseEnds) {
+  StatusReport report = idle();
+  report.state = StatusReport::State::paused;
+  report.resumesAt = kNine + 2h;
+  const std::string line = report.lines(kNine)[2];
+  EXPECT_TRUE(line.starts_with("Until:      ")) << line;
+  const std::string json = report.json(kNine);
+  EXPECT_NE(json.find(R"("resumesAt":"2026-11-22T11:00:00Z")"), std::string::npos) << json;
 }
 
 TEST_F(StatusReportTest, SaysThatTheWholeMachineIsServed) {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <optional>
 #include <string>
 
 #include "Tests/Fakes/FakePorts.h"
@@ -240,6 +241,16 @@ TEST(StatusReporter, TellsNothingOnceItIsGone) {
   }
   fakes.mainLoop.runPosted();
   EXPECT_EQ(told, 0);
+}
+
+TEST_F(StatusReporterTest, TellsWhenAPauseEndsByItself) {
+  PauseControl pause(engine, fakes.ports);
+  reporter.tellEndOf(pause);
+  EXPECT_EQ(reporter.report().resumesAt, std::nullopt);
+  pause.pause(2h);
+  EXPECT_EQ(reporter.report().resumesAt, fakes.clock.wallTime() + 2h);
+  pause.pause(std::nullopt);
+  EXPECT_EQ(reporter.report().resumesAt, std::nullopt);
 }
 
 }  // namespace

@@ -11,11 +11,11 @@ namespace staylit {
 namespace {
 
 /// More than the longest pause that the command line takes; what is longer lasts as long as this.
-constexpr std::int64_t kLongestPause = 400LL * 86'400;
+constexpr std::int64_t kBeyondEveryPause = 400LL * 86'400;
 
 std::optional<tidewell::Seconds> lengthOf(std::int64_t seconds) {
   if (seconds <= 0) return std::nullopt;
-  return tidewell::Seconds(static_cast<double>(std::min(seconds, kLongestPause)));
+  return tidewell::Seconds(static_cast<double>(std::min(seconds, kBeyondEveryPause)));
 }
 
 /// In seconds since 1970; 0 where nothing ends the pause by itself.

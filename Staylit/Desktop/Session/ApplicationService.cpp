@@ -184,7 +184,6 @@ void ApplicationService::answered(const BusReply& reply) {
   const bool isSilent = reply.errorName == SD_BUS_ERROR_NO_REPLY;
   if (!reply && !isGone && !isSilent) {
     refusal_ = refusalIn(reply);
-    tidewell::Log::error("the running Staylit refused: " + refusal_);
   }
   if (!leave_) {
     answer_ = isGone || isSilent ? Answer::gone : Answer::done;

@@ -160,6 +160,9 @@ int appendStatusProperty(sd_bus_message* reply, std::string_view name, const Sta
   if (name == "Reason") return writeText(reply, report.reason);
   if (name == "Since") return sd_bus_message_append(reply, "x", toSeconds(report.since));
   if (name == "ReleasesIn") return sd_bus_message_append(reply, "x", report.releasesIn);
+  if (name == "ResumesAt") {
+    return sd_bus_message_append(reply, "x", report.resumesAt ? toSeconds(*report.resumesAt) : 0);
+  }
   if (name == "Names") return writeTexts(reply, report.names);
   if (name == "Services") return writeServices(reply, report.services);
   if (name == "Busy") return writeApps(reply, report.busy);
@@ -176,12 +179,14 @@ int appendStatusProperty(sd_bus_message* reply, std::string_view name, const Sta
 bool readStatus(sd_bus_message* message, StatusReport& report) {
   std::optional<StatusReport::State> state;
   std::int64_t since = 0;
+  std::int64_t resumesAt = 0;
   const int result = platform::readEntries(message, [&](const std::string& key) {
     if (key == "State") return readState(message, state);
     if (key == "Summary") return readText(message, report.summary);
     if (key == "Reason") return readText(message, report.reason);
     if (key == "Since") return readNumber(message, since);
     if (key == "ReleasesIn") return readNumber(message, report.releasesIn);
+    if (key == "ResumesAt") return readNumber(message, resumesAt);
     if (key == "Names") return readCleanTexts(message, report.names);
     if (key == "Services") return readServices(message, report.services);
     if (key == "Busy") return readApps(message, report.busy);
@@ -197,6 +202,7 @@ bool readStatus(sd_bus_message* message, StatusReport& report) {
   if (result < 0 || !state) return false;
   report.state = *state;
   report.since = fromSeconds(since);
+  if (resumesAt > 0) report.resumesAt = fromSeconds(resumesAt);
   return true;
 }
 

@@ -29,6 +29,7 @@ const sd_bus_vtable StatusObject::kTable[] = {
     // These change with every look, and are for those who ask.
     SD_BUS_PROPERTY("Summary", "s", property, 0, 0),
     SD_BUS_PROPERTY("ReleasesIn", "x", property, 0, 0),
+    SD_BUS_PROPERTY("ResumesAt", "x", property, 0, 0),
     SD_BUS_PROPERTY("Services", "a(sx)", property, 0, 0),
     SD_BUS_PROPERTY("Busy", "a(sssdddd)", property, 0, 0),
     SD_BUS_PROPERTY("Candidates", "a(sssdddd)", property, 0, 0),
