@@ -5,6 +5,7 @@
 
 #include "Staylit/Prefs.h"
 #include "Staylit/StatusTexts.h"
+#include "Staylit/Version.h"
 #include "Tidewell/ClamshellController.h"
 #include "Tidewell/Log.h"
 
@@ -24,6 +25,8 @@ void AppDelegate::applicationDidFinishLaunching() {
   pauseControl_.reset();
   statusService_.reset();
   statusReporter_.reset();
+  ringRecorder_.reset();
+  ring_.reset();
   engine_ = std::make_unique<StaylitEngine>(ports_);
   statusReporter_ = std::make_unique<StatusReporter>(*engine_, ports_);
   statusService_ = userInterface_.offerStatus(*statusReporter_);
@@ -39,10 +42,19 @@ void AppDelegate::applicationDidFinishLaunching() {
                                            [this] { tellThatNothingHolds(); });
   settingsRemarks_ = std::make_unique<SettingsRemarks>(
       *engine_, [this](const std::vector<std::string>& remarks) { tellOfSettings(remarks); });
+  startRing();
   resumeLidClosed();
   engine_->start();
   if (holdWatch_->isInVain()) tellTerminalThatNothingCanBeHeld();
   tidewell::Log::info("Staylit started");
+}
+
+void AppDelegate::startRing() {
+  if (!ports_.ringFolder || !Prefs::shared().defaults().boolean(keys::historyRing)) return;
+  ring_ = std::make_unique<TapeRing>(ports_.ringFolder, *ports_.serialQueues);
+  ringRecorder_ =
+      std::make_unique<TapeRecorder>(*engine_, ports_, *ring_, TapeRecorder::Names::asTheyAre,
+                                     std::string("Staylit ") + programVersion());
 }
 
 void AppDelegate::resumeLidClosed() {
@@ -104,6 +116,7 @@ void AppDelegate::applicationWillTerminate() {
   if (!engine_) return;
   engine_->stopTimer();
   engine_->releaseHold();
+  if (ringRecorder_) ringRecorder_->finish();
 }
 
 void AppDelegate::applicationShouldHandleReopen() {

@@ -8,6 +8,8 @@
 #include "Staylit/HoldWatch.h"
 #include "Staylit/MenuBarController.h"
 #include "Staylit/PauseControl.h"
+#include "Staylit/Replay/TapeRecorder.h"
+#include "Staylit/Replay/TapeRing.h"
 #include "Staylit/SettingsRemarks.h"
 #include "Staylit/StatusReporter.h"
 #include "Staylit/StaylitEngine.h"
@@ -37,6 +39,7 @@ class AppDelegate : public ApplicationDelegate {
   MenuBarController* menuBar() { return menuBar_.get(); }
 
  private:
+  void startRing();
   void resumeLidClosed();
   void tellAboutLid(const std::string& why);
   void tellTerminalThatNothingCanBeHeld();
@@ -46,6 +49,8 @@ class AppDelegate : public ApplicationDelegate {
   tidewell::Ports& ports_;
   UserInterface& userInterface_;
   std::unique_ptr<StaylitEngine> engine_;
+  std::unique_ptr<TapeRing> ring_;              ///< Null unless the last day is kept.
+  std::unique_ptr<TapeRecorder> ringRecorder_;  ///< Null unless the last day is kept.
   std::unique_ptr<StatusReporter> statusReporter_;
   std::unique_ptr<StatusService> statusService_;  ///< Null where nobody can ask.
   std::unique_ptr<PauseControl> pauseControl_;

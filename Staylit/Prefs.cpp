@@ -32,7 +32,7 @@ tidewell::PropertyDictionary registeredSettings() {
 }
 
 tidewell::PropertyDictionary registeredHistorySettings() {
-  return {{std::string(keys::historyEnabled), true}};
+  return {{std::string(keys::historyEnabled), true}, {std::string(keys::historyRing), false}};
 }
 
 Prefs& Prefs::shared() {

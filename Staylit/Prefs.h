@@ -31,6 +31,8 @@ inline constexpr std::string_view verbose = "verbose";
 /// Not a setting of what the program does: whether the history is kept. It stands in a table of its
 /// own where the store has tables.
 inline constexpr std::string_view historyEnabled = "history.enabled";
+/// Beside it: whether the last day is kept so that it can be replayed.
+inline constexpr std::string_view historyRing = "history.ring";
 }  // namespace keys
 
 /// The hold goes on for a time within these limits after the work, whatever value is stored.

@@ -13,6 +13,7 @@
 #include "Platform/Linux/Applications/NamedHolders.h"
 #include "Platform/Linux/Bus/Bus.h"
 #include "Platform/Linux/Files/OwnProgram.h"
+#include "Platform/Linux/Files/XdgFolders.h"
 #include "Platform/Linux/Log/JournalLog.h"
 #include "Platform/Linux/Loop/ThreadQueues.h"
 #include "Platform/Linux/Modules/Modules.h"
@@ -33,6 +34,7 @@
 #include "Platform/Linux/Text/UnicodeModule.h"
 #include "Platform/Linux/Time/SystemClock.h"
 #include "Platform/MakePorts.h"
+#include "Platform/Posix/Files/PosixPrivateFolder.h"
 #include "Platform/Posix/PosixConsole.h"
 #include "Tidewell/Accounting/AccountDirectory.h"
 #include "Tidewell/Accounting/ConservedProcesses.h"
@@ -83,6 +85,7 @@ struct LinuxSystem {
   LogindSleepNotifications sleepNotifications{systemBus, *loop};
   AutostartEntry loginItem{ownProgram()};
   LidInhibitor lidSwitch{systemBus, *loop};
+  PosixPrivateFolder ringFolder{platform::ringFolder(), PosixPrivateFolder::Trust::own};
 };
 
 }  // namespace
@@ -113,6 +116,7 @@ std::unique_ptr<tidewell::Ports> makeLinuxPorts(std::shared_ptr<EventLoop> loop,
   ports->sleepNotifications = port(system->sleepNotifications);
   ports->loginItem = port(system->loginItem);
   ports->lidSwitch = port(system->lidSwitch);
+  ports->ringFolder = port(system->ringFolder);
   return ports;
 }
 
@@ -124,6 +128,10 @@ std::unique_ptr<tidewell::Ports> makeLinuxPorts(std::shared_ptr<EventLoop> loop,
 std::unique_ptr<tidewell::Ports> makeLinuxPorts(std::shared_ptr<EventLoop> loop) {
   auto buses = std::make_shared<Buses>(*loop);
   return makeLinuxPorts(std::move(loop), std::move(buses));
+}
+
+std::shared_ptr<tidewell::Text> makeLinuxText() {
+  return std::make_shared<LazyText>(loadUnicodeText);
 }
 
 std::unique_ptr<tidewell::Ports> makePorts() {

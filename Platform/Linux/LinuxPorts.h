@@ -21,4 +21,7 @@ std::unique_ptr<tidewell::Ports> makeLinuxPorts(std::shared_ptr<EventLoop> loop,
 /// Does the same with buses of its own.
 std::unique_ptr<tidewell::Ports> makeLinuxPorts(std::shared_ptr<EventLoop> loop);
 
+/// Makes the port for text alone.
+[[nodiscard]] std::shared_ptr<tidewell::Text> makeLinuxText();
+
 }  // namespace platform

@@ -13,6 +13,7 @@
 #include "Platform/MacOS/Processes/FoundationProcessInfo.h"
 #include "Platform/MacOS/Processes/LibprocProcessTable.h"
 #include "Platform/MacOS/Settings/MainAppLoginItem.h"
+#include "Platform/MacOS/Settings/RingFolder.h"
 #include "Platform/MacOS/Settings/UserDefaultsStore.h"
 #include "Platform/MacOS/Sleep/IOKitAssertionTable.h"
 #include "Platform/MacOS/Sleep/IOKitPowerManagement.h"
@@ -23,6 +24,7 @@
 #include "Platform/MacOS/Time/FoundationClock.h"
 #include "Platform/MakePorts.h"
 #include "Platform/Posix/Files/HomeFolder.h"
+#include "Platform/Posix/Files/PosixPrivateFolder.h"
 #include "Platform/Posix/PosixConsole.h"
 #include "Platform/Posix/Tasks/PosixFileManager.h"
 #include "Platform/Posix/Tasks/SpawnedTaskLauncher.h"
@@ -83,6 +85,8 @@ std::unique_ptr<tidewell::Ports> makePorts() {
   // A later start must find the watchdog's file again, whatever its environment is.
   ports->fileManager =
       std::make_shared<PosixFileManager>(lastingHomeFolder(), localizedDescription);
+  ports->ringFolder =
+      std::make_shared<PosixPrivateFolder>(ringFolder(), PosixPrivateFolder::Trust::own);
   return ports;
 }
 

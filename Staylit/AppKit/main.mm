@@ -7,6 +7,7 @@
 #include "Platform/Posix/StandardStreams.h"
 #include "Staylit/AppKit/AppKitApplication.h"
 #include "Staylit/AppKit/AppKitUserInterface.h"
+#include "Staylit/AppKit/Replay/Recordings.h"
 #include "Staylit/AppKit/Status/StatusQuestion.h"
 #include "Staylit/AppMain.h"
 #include "Staylit/DoctorReport.h"
@@ -33,6 +34,12 @@ int main(int argc, char** argv) {
     const auto ports = platform::makePorts();
     if (const auto request = staylit::StatusRequest::in(arguments)) {
       return staylit::tellStatus(*request, *ports->console, *ports->clock);
+    }
+    if (const auto request = staylit::ReplayRequest::in(arguments)) {
+      return staylit::Recordings(*ports).replay(*request);
+    }
+    if (const auto request = staylit::RecordRequest::in(arguments)) {
+      return staylit::Recordings(*ports).record(*request);
     }
     staylit::AppKitApplication application;
     staylit::AppKitUserInterface userInterface;

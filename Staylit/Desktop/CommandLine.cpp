@@ -22,8 +22,14 @@ constexpr const char* kHelp =
     "  --status            say what the one that runs does, and why\n"
     "    --follow          and then each change, until it is interrupted\n"
     "  --holds             list all that keeps the computer awake, and say whether it would sleep\n"
-    "    --json            this, or the status, for programs\n"
+    "    --json            this, the status or a replay, for programs\n"
     "  --doctor            check this machine, and say what to do\n"
+    "  --record FILE       record what it sees and decides, holding nothing, until it is "
+    "interrupted\n"
+    "    --anonymous       with made-up names for the programs that nobody else needs to know\n"
+    "    --ring            no recording: what the running one has kept of the last day\n"
+    "  --replay [FILE]     say what would have been held, by a recording, or else by the last day\n"
+    "    --set KEY=VALUE   with another setting, for example cpuThresholdPercent=25\n"
     "  --pause [DURATION]  pause the one that runs, for example for 45m, 2h or 1h30m\n"
     "  --resume            end its pause\n"
     "  --toggle-pause      pause, or resume\n"
@@ -42,9 +48,11 @@ constexpr const char* kVersion = "Staylit " STAYLIT_VERSION;
 constexpr const char* kSeeHelp = "staylit: staylit --help lists all options";
 
 enum class Role {
-  command,    ///< What the program is to do; one at a time.
-  modifier,   ///< Says how.
-  withLength  ///< A command that a length of time may follow.
+  command,        ///< What the program is to do; one at a time.
+  modifier,       ///< Says how.
+  withLength,     ///< A command that a length of time may follow.
+  withWord,       ///< A command that a word of any kind may follow.
+  modifierOfWord  ///< Says how, by the word that follows.
 };
 
 struct Option {
@@ -60,7 +68,10 @@ constexpr std::array kOptions = {
     Option{"--toggle-pause", Role::command}, Option{"--choose-apps", Role::command},
     Option{"--settings", Role::command},     Option{"--background", Role::modifier},
     Option{"--quit", Role::command},         Option{"--help", Role::command},
-    Option{"--system", Role::modifier},      Option{"--version", Role::command}};
+    Option{"--system", Role::modifier},      Option{"--version", Role::command},
+    Option{"--record", Role::withWord},      Option{"--anonymous", Role::modifier},
+    Option{"--ring", Role::modifier},        Option{"--replay", Role::withWord},
+    Option{"--set", Role::modifierOfWord}};
 
 std::string withoutDashes(std::string_view argument) {
   return std::string(argument.substr(std::min(argument.find_first_not_of('-'), argument.size())));
@@ -124,9 +135,13 @@ std::optional<std::string> CommandLine::complaint() const {
   if (has("--diagnose")) return std::nullopt;
   std::string_view command;
   bool mayHaveLength = false;
+  bool mayHaveWord = false;
   // The first argument is the program's name.
   for (std::size_t i = 1; i < arguments_.size(); ++i) {
     const std::string& argument = arguments_[i];
+    const bool isWord = mayHaveWord && !argument.starts_with("--");
+    mayHaveWord = false;
+    if (isWord) continue;
     const bool isLength = mayHaveLength && !argument.starts_with("-");
     mayHaveLength = false;
     if (isLength && pauseLengthIn(argument)) continue;
@@ -136,7 +151,8 @@ std::optional<std::string> CommandLine::complaint() const {
     const Option* option = optionNamed(argument);
     if (!option && isAlmostDiagnose(argument)) continue;
     if (!option) return unknown(argument);
-    if (option->role == Role::modifier) continue;
+    mayHaveWord = option->role == Role::withWord || option->role == Role::modifierOfWord;
+    if (option->role == Role::modifier || option->role == Role::modifierOfWord) continue;
     if (!command.empty() && command != option->name) {
       return "staylit: " + std::string(command) + " and " + argument + " cannot be done at once\n" +
              kSeeHelp + "\n";
@@ -150,8 +166,13 @@ std::optional<std::string> CommandLine::complaint() const {
     return "staylit: --system goes alone, or with --diagnose or --status\n";
   }
   if (has("--follow") && !has("--status")) return "staylit: --follow goes with --status\n";
-  if (has("--json") && !has("--status") && !has("--holds")) {
-    return "staylit: --json goes with --status or --holds\n";
+  if (has("--json") && !has("--status") && !has("--holds") && !has("--replay")) {
+    return "staylit: --json goes with --status, --holds or --replay\n";
+  }
+  if (has("--set") && !has("--replay")) return "staylit: --set goes with --replay\n";
+  if (has("--anonymous") && !has("--record")) return "staylit: --anonymous goes with --record\n";
+  if (has("--ring") && !has("--record") && !has("--replay")) {
+    return "staylit: --ring goes with --record or --replay\n";
   }
   return std::nullopt;
 }

@@ -25,6 +25,7 @@
 #include "Staylit/Desktop/Holds/HoldsReader.h"
 #include "Staylit/Desktop/Machine/MachineApplication.h"
 #include "Staylit/Desktop/Machine/MachineUserInterface.h"
+#include "Staylit/Desktop/Replay/Recordings.h"
 #include "Staylit/Desktop/Status/StatusQuery.h"
 #include "Staylit/DoctorReport.h"
 #include "Staylit/HoldsPrinter.h"
@@ -132,6 +133,17 @@ int main(int argc, char** argv) {
   if (const auto request = staylit::HoldsRequest::in(arguments)) return tellHolds(*request);
   if (staylit::DoctorReport::isAskedFor(arguments)) return examine();
   if (staylit::MachineApplication::isAskedFor(arguments)) return serveMachine(arguments);
+  if (const auto request = staylit::ReplayRequest::in(arguments)) {
+    platform::PosixConsole console;
+    platform::PlainConsole plain(console);
+    const bool isForPeople = request->form == staylit::ReplayRequest::Form::text;
+    staylit::Recordings recordings(isForPeople ? readable(console, plain) : console);
+    return exitStatus(console, recordings.replay(*request));
+  }
+  if (const auto request = staylit::RecordRequest::in(arguments)) {
+    platform::PosixConsole console;
+    return exitStatus(console, staylit::Recordings(console).record(*request));
+  }
   if (const auto request = commandLine.control()) return command(*request);
   std::cerr << commandLine.warning().value_or("");
   const auto loop = std::make_shared<platform::EventLoop>();

@@ -21,7 +21,7 @@ EngineStatus withoutSeconds(const EngineStatus& status) {
                                                                      : status;
 }
 
-std::string described(const EngineStatus& status) {
+std::string inOneWord(const EngineStatus& status) {
   return std::holds_alternative<EngineStatus::Winding>(status.value) ? "Work stopped"
                                                                      : status.summary();
 }
@@ -184,7 +184,7 @@ void Replay::compare(const TapedTick& tick) {
   if (is == tick.outcome) return;
   ++result_.differingTicks;
   if (result_.differences.size() == kMostDifferencesTold) return;
-  result_.differences.push_back({wallTimeOf(tick.at), described(tick.outcome), described(is)});
+  result_.differences.push_back({wallTimeOf(tick.at), inOneWord(tick.outcome), inOneWord(is)});
 }
 
 void Replay::advance(tidewell::Moment to) {

@@ -1,8 +1,9 @@
 #include "Staylit/Replay/ReplayPorts.h"
 
-#include <algorithm>
 #include <utility>
 
+#include "Staylit/Replay/AccountedHolds.h"
+#include "Staylit/Replay/SilentLog.h"
 #include "Tidewell/ProcessSampler.h"
 #include "Tidewell/PropertyConversion.h"
 
@@ -46,21 +47,6 @@ std::string pathFor(const std::string& executable) {
   }
   return {};
 }
-
-class SilentLog : public tidewell::SystemLog {
- public:
-  std::shared_ptr<tidewell::SystemLogger> makeLogger(const std::string& /*subsystem*/,
-                                                     const std::string& /*category*/) override {
-    return std::make_shared<Logger>();
-  }
-
- private:
-  class Logger : public tidewell::SystemLogger {
-   public:
-    bool isEnabled(tidewell::LogType /*type*/) override { return false; }
-    void emit(tidewell::LogType /*type*/, const std::string& /*message*/) override {}
-  };
-};
 
 class SilentConsole : public tidewell::Console {
  public:
@@ -114,7 +100,8 @@ class ReplayPorts::Settings : public tidewell::Defaults {
   }
 
   void registerDefaults(const tidewell::PropertyDictionary& defaults) override {
-    registered_ = defaults;
+    for (const auto& [key, value] : defaults)
+      registered_.insert_or_assign(key, value);
   }
   std::int64_t integer(std::string_view key) override { return tidewell::integerValue(value(key)); }
   double real(std::string_view key) override { return tidewell::realValue(value(key)); }
@@ -289,35 +276,6 @@ class ReplayPorts::Power : public tidewell::PowerSources {
   tidewell::PowerState state_{true, 100, false, false};
 };
 
-class ReplayPorts::Holds : public tidewell::PowerManagement {
- public:
-  Creation createAssertion(tidewell::AssertionKind kind, const std::string& name) override {
-    live_.emplace(++lastId_, LiveAssertion{kind, name, {}});
-    return {0, lastId_};
-  }
-  void setAssertionName(std::uint32_t id, const std::string& name) override {
-    if (const auto found = live_.find(id); found != live_.end()) found->second.name = name;
-  }
-  void releaseAssertion(std::uint32_t id) override { live_.erase(id); }
-  bool isGranted() override { return true; }
-  std::vector<LiveAssertion> liveAssertions() override {
-    std::vector<LiveAssertion> all;
-    for (const auto& [id, assertion] : live_)
-      all.push_back(assertion);
-    return all;
-  }
-
-  [[nodiscard]] bool hasSystemAssertion() const {
-    return std::ranges::any_of(live_, [](const auto& entry) {
-      return entry.second.kind == tidewell::AssertionKind::system;
-    });
-  }
-
- private:
-  std::map<std::uint32_t, LiveAssertion> live_;
-  std::uint32_t lastId_ = 0;
-};
-
 class ReplayPorts::Assertions : public tidewell::AssertionTable {
  public:
   void setInputs(const TapedInputs& inputs) {
@@ -377,7 +335,6 @@ ReplayPorts::ReplayPorts(std::shared_ptr<tidewell::Text> text,
       processes_(std::make_shared<Processes>()),
       meter_(std::make_shared<Meter>()),
       power_(std::make_shared<Power>()),
-      holds_(std::make_shared<Holds>()),
       assertions_(std::make_shared<Assertions>()),
       sleepNotifications_(std::make_shared<SleepNotifications>()) {
   ports_.log = std::make_shared<SilentLog>();
@@ -391,7 +348,7 @@ ReplayPorts::ReplayPorts(std::shared_ptr<tidewell::Text> text,
   ports_.serialQueues = std::make_shared<Queues>();
   ports_.networkMeter = meter_;
   ports_.powerSources = power_;
-  ports_.powerManagement = holds_;
+  ports_.powerManagement = std::make_shared<AccountedHolds>();
   ports_.assertionTable = assertions_;
   ports_.sleepNotifications = sleepNotifications_;
   ports_.loginItem = std::make_shared<NoLoginItem>();
@@ -429,10 +386,6 @@ void ReplayPorts::sleep() {
 void ReplayPorts::wake() {
   sleepNotifications_->wake();
   loop_->runPosted();
-}
-
-bool ReplayPorts::isHeld() const {
-  return holds_->hasSystemAssertion();
 }
 
 }  // namespace staylit

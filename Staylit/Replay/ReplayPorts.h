@@ -3,7 +3,6 @@
 #include <cstdint>
 #include <deque>
 #include <functional>
-#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -43,9 +42,6 @@ class ReplayPorts {
   void sleep();
   void wake();
 
-  /// Whether an assertion of the kind `system` is live.
-  [[nodiscard]] bool isHeld() const;
-
  private:
   class Clock;
   class Settings;
@@ -55,7 +51,6 @@ class ReplayPorts {
   class Queues;
   class Meter;
   class Power;
-  class Holds;
   class Assertions;
   class SleepNotifications;
 
@@ -65,7 +60,6 @@ class ReplayPorts {
   std::shared_ptr<Processes> processes_;
   std::shared_ptr<Meter> meter_;
   std::shared_ptr<Power> power_;
-  std::shared_ptr<Holds> holds_;
   std::shared_ptr<Assertions> assertions_;
   std::shared_ptr<SleepNotifications> sleepNotifications_;
   tidewell::Ports ports_;

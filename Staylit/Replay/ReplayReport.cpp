@@ -15,11 +15,11 @@ using Texts = std::vector<std::string>;
 /// What the time is put down to in which no work came before a hold.
 constexpr const char* kBeginning = "(waiting for the first work)";
 
-constexpr std::size_t kNameWidth = 30;
+constexpr std::size_t kReplayNameWidth = 30;
 constexpr std::size_t kTimeWidth = 14;
 constexpr std::size_t kMostNamesInSentence = 4;
 
-std::string joined(const Texts& texts, const char* separator) {
+std::string joinedTexts(const Texts& texts, const char* separator) {
   std::string result;
   for (const std::string& text : texts)
     result += (result.empty() ? "" : separator) + text;
@@ -36,7 +36,7 @@ std::string signedLength(std::chrono::nanoseconds length) {
   return (isLess ? "\u2212" : "+") + lengthOfTime(isLess ? -length : length);
 }
 
-std::int64_t wholeSeconds(std::chrono::nanoseconds length) {
+std::int64_t flooredSeconds(std::chrono::nanoseconds length) {
   return std::chrono::floor<std::chrono::seconds>(length).count();
 }
 
@@ -49,10 +49,11 @@ Texts namesOf(const ReplayStretch::Side& side) {
 std::string reasonOf(const ReplayStretch::Side& side) {
   const Texts names = namesOf(side);
   const bool works = std::holds_alternative<EngineStatus::Holding>(side.status.value);
-  return works ? joined(names, ", ") : "grace period after " + joined(names, ", ");
+  if (works || side.names.empty()) return joinedTexts(names, ", ");
+  return "grace period after " + joinedTexts(names, ", ");
 }
 
-std::string line(const ReplayStretch& stretch, const std::string& what) {
+std::string stretchLine(const ReplayStretch& stretch, const std::string& what) {
   return "  " + timeOfDay(stretch.from) + " \u2013 " + timeOfDay(stretch.from + stretch.length) +
          "  " + what + "  (" + lengthOfTime(stretch.length) + ")";
 }
@@ -60,8 +61,8 @@ std::string line(const ReplayStretch& stretch, const std::string& what) {
 std::string jsonOfSum(const ReplayReport::Sum& sum, const std::string* name) {
   JsonObject object;
   if (name) object.addText("name", *name);
-  object.addNumber("wasSeconds", wholeSeconds(sum.was));
-  object.addNumber("wouldBeSeconds", wholeSeconds(sum.would));
+  object.addNumber("wasSeconds", flooredSeconds(sum.was));
+  object.addNumber("wouldBeSeconds", flooredSeconds(sum.would));
   return object.text();
 }
 
@@ -150,12 +151,13 @@ std::string ReplayReport::aboutWhatWas() const {
     if (named.sum.was.count() == 0 || parts.size() == kMostNamesInSentence) continue;
     parts.push_back(named.name + " " + lengthOfTime(named.sum.was));
   }
-  return "The machine was held for " + lengthOfTime(total_.was) + ": " + joined(parts, ", ") + ".";
+  return "The machine was held for " + lengthOfTime(total_.was) + ": " + joinedTexts(parts, ", ") +
+         ".";
 }
 
 std::string ReplayReport::aboutDifference() const {
-  const std::string begin = "With " + joined(settings_, " and ") + " it would have been held for " +
-                            lengthOfTime(total_.would);
+  const std::string begin = "With " + joinedTexts(settings_, " and ") +
+                            " it would have been held for " + lengthOfTime(total_.would);
   const auto difference = total_.difference();
   if (lost_.empty() && gained_.empty()) return begin + ": no difference.";
   if (gained_.empty()) {
@@ -181,7 +183,7 @@ std::string ReplayReport::whoseIs(const std::vector<Texts>& changes) const {
     }
   }
   if (names.size() > kMostNamesInSentence) return "of " + std::to_string(names.size()) + " names";
-  return "of " + joined(names, ", ");
+  return "of " + joinedTexts(names, ", ");
 }
 
 Texts ReplayReport::aboutFaithfulness() const {
@@ -208,7 +210,7 @@ Texts ReplayReport::table(tidewell::Text& text) const {
   if (!changed_ || names_.empty()) return {};
   const auto row = [&text](const std::string& name, const std::string& was,
                            const std::string& would, const std::string& difference) {
-    return "  " + text.padded(name, kNameWidth) + text.padded(was, kTimeWidth) +
+    return "  " + text.padded(name, kReplayNameWidth) + text.padded(was, kTimeWidth) +
            text.padded(would, kTimeWidth) + difference;
   };
   Texts rows{"", row("", "was", "would be", "difference")};
@@ -225,9 +227,9 @@ Texts ReplayReport::holds() const {
   Texts rows;
   for (const ReplayStretch& stretch : result().stretches) {
     if (stretch.isAsleep) {
-      rows.push_back(line(stretch, "asleep"));
+      rows.push_back(stretchLine(stretch, "asleep"));
     } else if (stretch.would.isHeld) {
-      rows.push_back(line(stretch, reasonOf(stretch.would)));
+      rows.push_back(stretchLine(stretch, reasonOf(stretch.would)));
     }
   }
   const char* title = changed_ ? "It would have been held:" : "It was held:";
@@ -253,7 +255,7 @@ std::string ReplayReport::json() const {
       .addFlag("cutOff", plain_.hasUnreadableRest)
       .addFlag("madeUpNames", plain_.isMadeUp)
       .addNumber("runs", static_cast<std::int64_t>(plain_.runs))
-      .addNumber("warmUpSeconds", wholeSeconds(plain_.warmUp))
+      .addNumber("warmUpSeconds", flooredSeconds(plain_.warmUp))
       .add("settings", jsonList(settings))
       .add("held", jsonOfSum(total_, nullptr))
       .add("names", jsonList(names))

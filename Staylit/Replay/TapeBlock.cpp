@@ -12,7 +12,7 @@ namespace {
 constexpr std::size_t kLengthOfWord = 4;
 constexpr std::size_t kLengthOfHead = 3 * kLengthOfWord;
 constexpr std::size_t kPlaceOfChecksum = 2 * kLengthOfWord;
-constexpr unsigned kBitsOfByte = 8;
+constexpr unsigned kBitsOfOctet = 8;
 
 /// The bytes of a text, as the library takes them.
 const Bytef* bytesOf(std::string_view text) {
@@ -20,14 +20,14 @@ const Bytef* bytesOf(std::string_view text) {
 }
 
 void putWord(std::string& bytes, std::uint32_t word) {
-  for (std::size_t byte = 0; byte < kLengthOfWord; ++byte, word >>= kBitsOfByte)
+  for (std::size_t byte = 0; byte < kLengthOfWord; ++byte, word >>= kBitsOfOctet)
     bytes.push_back(static_cast<char>(word));
 }
 
 std::uint32_t wordAt(std::string_view bytes, std::size_t place) {
   std::uint32_t word = 0;
   for (std::size_t byte = kLengthOfWord; byte-- > 0;)
-    word = (word << kBitsOfByte) | static_cast<std::uint8_t>(bytes[place + byte]);
+    word = (word << kBitsOfOctet) | static_cast<std::uint8_t>(bytes[place + byte]);
   return word;
 }
 

@@ -49,8 +49,15 @@ TapeRecorder::TapeRecorder(StaylitEngine& engine, tidewell::Ports& ports, TapeOu
 }
 
 TapeRecorder::~TapeRecorder() {
+  finish();
+}
+
+void TapeRecorder::finish() {
+  if (std::exchange(isFinished_, true)) return;
   engine_.setTickListener(nullptr);
-  if (first_) add(TapeMark::Kind::ended);
+  status_ = {};
+  pending_.reset();
+  if (first_ && !writer_.isStopped()) add(TapeMark::Kind::ended);
   writer_.flush();
 }
 
@@ -122,6 +129,10 @@ void TapeRecorder::noteWallTime(tidewell::Moment at) {
   writer_.add(TapeClockSet{at, wallTime});
 }
 
+bool TapeRecorder::isRecording() const {
+  return first_ && !isFinished_ && !writer_.isStopped();
+}
+
 EngineStatus TapeRecorder::asOnTape(const EngineStatus& status) {
   if (!madeUp_ || !std::holds_alternative<EngineStatus::Holding>(status.value)) return status;
   std::vector<std::string> names;
@@ -164,7 +175,7 @@ void TapeRecorder::observeSystemSleep() {
   const auto hop = [this](TapeMark::Kind kind) {
     return [&loop = *ports_.mainLoop, recorder = self_.make(), kind] {
       loop.async([recorder, kind] {
-        if (recorder && recorder->first_ && !recorder->writer_.isStopped()) recorder->add(kind);
+        if (recorder && recorder->isRecording()) recorder->add(kind);
       });
     };
   };

@@ -19,8 +19,8 @@ namespace staylit {
 /// Keeps on a tape what an engine is told and what it decides.
 ///
 /// Make it before the engine starts, and destroy it before the engine. Main thread only. The ports
-/// must be the installed ones; they and the output must outlive it. When it is destroyed, it writes
-/// the end of the run and all that was gathered. Nothing fails here: when the output takes nothing
+/// must be the installed ones; they and the output must outlive it. When it is destroyed, it
+/// finishes. Nothing fails here: when the output takes nothing
 /// more, nothing more is recorded.
 class TapeRecorder : private tidewell::TickListener {
  public:
@@ -43,6 +43,9 @@ class TapeRecorder : private tidewell::TickListener {
   /// Hands over what was gathered.
   void flush() { writer_.flush(); }
 
+  /// Writes the end of the run, and hands over what was gathered. Nothing is recorded after that.
+  void finish();
+
  private:
   void ticked(const tidewell::TickInputs& inputs) override;
   void look(const EngineStatus& next);
@@ -56,6 +59,7 @@ class TapeRecorder : private tidewell::TickListener {
   [[nodiscard]] std::vector<std::string> namesOf(const std::vector<std::string>& asserting);
   [[nodiscard]] tidewell::PropertyDictionary settings();
   void observeSystemSleep();
+  [[nodiscard]] bool isRecording() const;
 
   StaylitEngine& engine_;
   tidewell::Ports& ports_;
@@ -70,6 +74,7 @@ class TapeRecorder : private tidewell::TickListener {
   std::optional<TapedTick> pending_;  ///< A tick that was sampled and not yet decided.
   std::optional<tidewell::Moment> quietSince_;
   std::chrono::nanoseconds wallOffset_{};  ///< From moments to the wall time, as the tape tells.
+  bool isFinished_ = false;
   std::optional<tidewell::Moment> first_;
   tidewell::Moment last_;
   std::uint64_t ticks_ = 0;

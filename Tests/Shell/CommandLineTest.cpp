@@ -93,6 +93,19 @@ TEST(CommandLine, TheMachinesProgramIsOnlyAskedOrStarted) {
             "staylit: --system goes alone, or with --diagnose or --status\n");
 }
 
+TEST(CommandLine, TakesTheFilesAndSettingsOfRecordings) {
+  EXPECT_EQ(complaint({"staylit", "--record", "a.tape", "--anonymous"}), "");
+  EXPECT_EQ(complaint({"staylit", "--record", "a.tape", "--ring"}), "");
+  EXPECT_EQ(complaint({"staylit", "--replay"}), "");
+  EXPECT_EQ(complaint({"staylit", "--replay", "status", "--set", "a=1", "--set", "b=2", "--json"}),
+            "");
+  EXPECT_NE(complaint({"staylit", "--record", "a.tape", "b.tape"}), "");
+  EXPECT_NE(complaint({"staylit", "--record", "a.tape", "--replay", "a.tape"}), "");
+  EXPECT_NE(complaint({"staylit", "--set", "a=1"}), "");
+  EXPECT_NE(complaint({"staylit", "--status", "--anonymous"}), "");
+  EXPECT_NE(complaint({"staylit", "--holds", "--ring"}), "");
+}
+
 TEST(CommandLine, TheReportComesBeforeAllComplaints) {
   EXPECT_EQ(complaint({"staylit", "explode", "--diagnose", "--pause", "--quit"}), "");
   EXPECT_EQ(complaint({"--diagnose"}), "");

@@ -14,6 +14,7 @@
 #include "Tidewell/Ports/NetworkMeter.h"
 #include "Tidewell/Ports/PowerManagement.h"
 #include "Tidewell/Ports/PowerSources.h"
+#include "Tidewell/Ports/PrivateFolder.h"
 #include "Tidewell/Ports/PrivilegedScripts.h"
 #include "Tidewell/Ports/ProcessInfo.h"
 #include "Tidewell/Ports/ProcessTable.h"
@@ -55,6 +56,8 @@ struct Ports {
   std::shared_ptr<TaskLauncher> taskLauncher;
   std::shared_ptr<PrivilegedScripts> privilegedScripts;
   std::shared_ptr<FileManager> fileManager;
+  /// For the recording of the last day. Null where none is kept.
+  std::shared_ptr<PrivateFolder> ringFolder = nullptr;
 };
 
 /// Installs `Ports` for the whole process, for as long as this object lives. The static classes

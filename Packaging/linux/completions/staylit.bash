@@ -1,6 +1,10 @@
 # Completion of staylit's options in bash.
 _staylit() {
-  local options='--background --choose-apps --diagnose --doctor --follow --help --holds --json --pause --quit --resume --settings --status --system --toggle-pause --version'
+  local options='--anonymous --background --choose-apps --diagnose --doctor --follow --help --holds --json --pause --quit --record --replay --resume --ring --set --settings --status --system --toggle-pause --version'
+  if [[ ${COMP_WORDS[COMP_CWORD - 1]} == --@(record|replay) && ${COMP_WORDS[COMP_CWORD]} != -* ]]; then
+    mapfile -t COMPREPLY < <(compgen -f -- "${COMP_WORDS[COMP_CWORD]}")
+    return
+  fi
   mapfile -t COMPREPLY < <(compgen -W "$options" -- "${COMP_WORDS[COMP_CWORD]}")
 }
 complete -F _staylit staylit

@@ -37,6 +37,15 @@ fs::path xdgRuntimeFolder() {
   return absoluteFrom("XDG_RUNTIME_DIR");
 }
 
+fs::path xdgStateHome() {
+  return belowHome("XDG_STATE_HOME", ".local/state");
+}
+
+fs::path ringFolder() {
+  const fs::path state = xdgStateHome();
+  return state.empty() ? state : state / "staylit" / "ring";
+}
+
 std::vector<fs::path> xdgDataFolders() {
   std::vector<fs::path> folders;
   const fs::path own = belowHome("XDG_DATA_HOME", ".local/share");

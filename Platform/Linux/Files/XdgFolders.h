@@ -18,6 +18,13 @@ namespace platform {
 /// `XDG_RUNTIME_DIR`, which goes when the user logs out. Empty where there is none.
 [[nodiscard]] std::filesystem::path xdgRuntimeFolder();
 
+/// `XDG_STATE_HOME`, else `~/.local/state`. Empty for a user without a home.
+[[nodiscard]] std::filesystem::path xdgStateHome();
+
+/// Where the program keeps its recording of the last day, below `xdgStateHome`; empty where that
+/// is.
+[[nodiscard]] std::filesystem::path ringFolder();
+
 /// `XDG_DATA_HOME`, else `~/.local/share`; then the folders of `XDG_DATA_DIRS`, else
 /// `/usr/local/share` and `/usr/share`. The most important folder comes first.
 [[nodiscard]] std::vector<std::filesystem::path> xdgDataFolders();

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "Staylit/Replay/ReplayReport.h"
+#include "Staylit/Replay/TapeCopy.h"
 #include "Staylit/Replay/TapeRecorder.h"
 #include "Staylit/StaylitEngine.h"
 #include "Tests/Fakes/ComposedPorts.h"
@@ -278,6 +279,40 @@ TEST_F(ReplayTest, ReplacesNamesThatTheCatalogueDoesNotKnow) {
   ASSERT_FALSE(held.empty());
   ASSERT_EQ(held.back().size(), 3U) << "the ignored one is ignored under its new name too";
   EXPECT_EQ(held.back().back(), "ffmpeg");
+}
+
+TEST_F(ReplayTest, ReplacesNamesInACopyToo) {
+  start();
+  work(10, "secret-project", 80);
+  work(11, "ffmpeg", 90);
+  fakes.processes.add(20, "/opt/secret-viewer");
+  fakes.applications.add(20, "org.secret.Viewer", "Secret Viewer");
+  fakes.assertions.hold(20, "PreventUserIdleSystemSleep");
+  fakes.processes.add(21, "/opt/a");
+  fakes.applications.add(21, "a.asking.One", "A");
+  fakes.assertions.hold(21, "PreventUserIdleSystemSleep");
+  pass(40s);
+  tape.next = TapeOutput::Answer::beginAnew;
+  pass(80s);
+  end();
+  ASSERT_EQ(tape.files.size(), 2U);
+  MemoryTape copied;
+  MadeUpNames names(fakes.text);
+  TapeCopy copy(copied, fakes.text, &names);
+  for (const std::string& file : tape.files)
+    copy.copy(file);
+  copy.finish();
+  EXPECT_EQ(copy.ticks(), 61U);
+  tape.files = copied.files;
+  const ReplayResult result = replayed();
+  EXPECT_TRUE(result.isMadeUp);
+  EXPECT_EQ(result.runs, 1U);
+  EXPECT_EQ(result.ticks, 61U);
+  EXPECT_EQ(result.differingTicks, 0U);
+  for (const Texts& held : heldFor(result)) {
+    for (const std::string& name : held)
+      EXPECT_TRUE(name == "ffmpeg" || name.starts_with("app-0")) << name;
+  }
 }
 
 TEST_F(ReplayTest, KeepsItsPlacesFewInABuildOfCountlessNames) {

@@ -1,0 +1,104 @@
+#include "Platform/Posix/Files/PosixPrivateFolder.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <string>
+#include <system_error>
+#include <utility>
+
+#include "Platform/Posix/Files/Descriptor.h"
+
+namespace platform {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr mode_t kOwnFolder = 0700;
+constexpr mode_t kOwnFile = 0600;
+
+std::string lastFolderError() {
+  return std::generic_category().message(errno);
+}
+
+class AppendedFile : public tidewell::PrivateFile {
+ public:
+  explicit AppendedFile(Descriptor file) : file_(std::move(file)) {}
+
+  std::string append(std::string_view bytes) override {
+    while (!bytes.empty()) {
+      const ssize_t written = ::write(file_.get(), bytes.data(), bytes.size());
+      if (written < 0 && errno == EINTR) continue;
+      if (written < 0) return lastFolderError();
+      bytes.remove_prefix(static_cast<std::size_t>(written));
+    }
+    return {};
+  }
+
+ private:
+  Descriptor file_;
+};
+
+/// Whether nobody else may put anything into the folder.
+bool isOwn(int folder) {
+  struct stat status {};
+  return ::fstat(folder, &status) == 0 && status.st_uid == ::geteuid() &&
+         (status.st_mode & (S_IWGRP | S_IWOTH)) == 0;
+}
+
+std::int64_t ageOf(const fs::directory_entry& entry) {
+  std::error_code error;
+  const auto changed = entry.last_write_time(error);
+  if (error) return 0;
+  return std::chrono::floor<std::chrono::seconds>(fs::file_time_type::clock::now() - changed)
+      .count();
+}
+
+}  // namespace
+
+PosixPrivateFolder::PosixPrivateFolder(fs::path path, Trust trust)
+    : path_(std::move(path)), trust_(trust) {}
+
+std::vector<PosixPrivateFolder::Entry> PosixPrivateFolder::list() {
+  std::vector<Entry> entries;
+  std::error_code error;
+  for (fs::directory_iterator place(path_, error), end; !error && place != end;
+       place.increment(error)) {
+    std::error_code failure;
+    if (!place->is_regular_file(failure) || place->is_symlink(failure)) continue;
+    const std::uint64_t size = place->file_size(failure);
+    if (!failure) entries.push_back({place->path().filename(), size, ageOf(*place)});
+  }
+  std::ranges::sort(entries, {}, &Entry::name);
+  return entries;
+}
+
+PosixPrivateFolder::Creation PosixPrivateFolder::create(const std::string& name) {
+  std::error_code error;
+  if (path_.empty()) return {nullptr, "there is no folder for it"};
+  if (!fs::exists(path_, error)) {
+    fs::create_directories(path_.parent_path(), error);
+    ::mkdir(path_.c_str(), kOwnFolder);
+  }
+  const Descriptor folder(::open(path_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (!folder) return {nullptr, lastFolderError()};
+  if (trust_ == Trust::own && !isOwn(folder.get())) {
+    return {nullptr, "others may write in " + path_.string()};
+  }
+  Descriptor file(::openat(folder.get(), name.c_str(),
+                           O_WRONLY | O_APPEND | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC,
+                           kOwnFile));
+  if (!file) return {nullptr, lastFolderError()};
+  return {std::make_unique<AppendedFile>(std::move(file)), ""};
+}
+
+void PosixPrivateFolder::remove(const std::string& name) {
+  std::error_code error;
+  fs::remove(path_ / name, error);
+}
+
+}  // namespace platform

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "Tidewell/Ports/PowerManagement.h"
+
+namespace staylit {
+
+/// Keeps account of assertions and holds nothing, for an engine that only looks.
+class AccountedHolds : public tidewell::PowerManagement {
+ public:
+  Creation createAssertion(tidewell::AssertionKind kind, const std::string& name) override {
+    live_.emplace(++lastId_, LiveAssertion{kind, name, {}});
+    return {0, lastId_};
+  }
+  void setAssertionName(std::uint32_t id, const std::string& name) override {
+    if (const auto found = live_.find(id); found != live_.end()) found->second.name = name;
+  }
+  void releaseAssertion(std::uint32_t id) override { live_.erase(id); }
+  bool isGranted() override { return true; }
+  std::vector<LiveAssertion> liveAssertions() override {
+    std::vector<LiveAssertion> all;
+    for (const auto& [id, assertion] : live_)
+      all.push_back(assertion);
+    return all;
+  }
+
+ private:
+  std::map<std::uint32_t, LiveAssertion> live_;
+  std::uint32_t lastId_ = 0;
+};
+
+}  // namespace staylit
