@@ -1,0 +1,73 @@
+"""What of the machines can be tested without one: the scenarios can be read, names are understood,
+and results become rows. Run by scripts/check-scripts."""
+import pathlib
+import sys
+import tempfile
+import unittest
+
+sys.dont_write_bytecode = True
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent))
+import results  # noqa: E402
+import scenario  # noqa: E402
+
+TABLE = f"before\n{results.BEGIN}\nold head\n|---|\n| `a-12`: A |\n| `c-12`: C |\n{results.END}\nafter\n"
+
+
+def result(**more):
+    given = {"scenario": "a-12", "title": "A", "machine": "bookworm", "figures": {},
+             "findings": [], "skipped": [], "on": "2026-11-22"}
+    return results.Result(**{**given, **more})
+
+
+class Scenarios(unittest.TestCase):
+    def test_each_has_a_name_of_its_own_and_a_title(self):
+        known = scenario.known()
+        self.assertTrue(known)
+        self.assertEqual(len({one.name for one in known}), len(known))
+        self.assertTrue(all(one.title and callable(one.run) for one in known))
+
+    def test_a_name_without_its_release_means_all(self):
+        known = [scenario.Scenario(f"{name}-{release}", "", scenario.Machine(release), print)
+                 for name in ("lid", "lid-mode") for release in ("bookworm", "trixie")]
+
+        def names(*wanted):
+            return [one.name for one in scenario.chosen(known, wanted)]
+
+        self.assertEqual(names("lid"), ["lid-bookworm", "lid-trixie"])
+        self.assertEqual(names("lid-mode-trixie"), ["lid-mode-trixie"])
+        with self.assertRaises(KeyError) as raised:
+            names("lid", "lig")
+        self.assertEqual(raised.exception.args[0], "lig")
+
+
+class Results(unittest.TestCase):
+    def test_a_span_has_the_shortest_and_the_longest(self):
+        self.assertEqual(results.span([14.6, 13.2, 15.4]), "13 to 15 s")
+        self.assertEqual(results.span([14.6, 15.4]), "15 s")
+        self.assertEqual(results.span([]), "–")
+
+    def test_a_row_has_what_was_measured(self):
+        row = result(figures={"held after": [13, 14], "asleep after work": [50, 60, 55]},
+                     findings=["it slept"]).row()
+        self.assertEqual(row, "| `a-12`: A | bookworm | 13 to 14 s | – | 50 to 60 s | 3 | 1 | "
+                              "2026-11-22 |")
+
+    def test_a_row_replaces_that_of_its_scenario(self):
+        text = results.with_row(TABLE, "a-12", "| `a-12`: new |")
+        self.assertIn("| `a-12`: new |\n| `c-12`: C |\n", text)
+        self.assertNotIn("A |", text)
+        self.assertTrue(text.startswith("before\n") and text.endswith("\nafter\n"))
+
+    def test_a_new_row_stands_in_its_place(self):
+        text = results.with_row(TABLE, "b-12", "| `b-12`: B |")
+        self.assertIn("| `a-12`: A |\n| `b-12`: B |\n| `c-12`: C |\n", text)
+
+    def test_what_is_saved_can_be_read(self):
+        with tempfile.TemporaryDirectory() as folder:
+            path = pathlib.Path(folder) / "result.json"
+            result(skipped=["a battery"]).save(path)
+            self.assertEqual(results.load(path), result(skipped=["a battery"]))
+
+
+if __name__ == "__main__":
+    unittest.main()
