@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <cerrno>
 #include <cstdlib>
 #include <string>
 #include <string_view>
@@ -30,6 +31,11 @@ bool isOfThisUserAlone(int descriptor, mode_t kind) {
   constexpr mode_t kOthers = S_IRWXG | S_IRWXO;
   return ::fstat(descriptor, &status) == 0 && (status.st_mode & S_IFMT) == kind &&
          status.st_uid == ::geteuid() && (status.st_mode & kOthers) == 0;
+}
+
+/// A folder whose file system has no locks keeps nobody from starting.
+UserLock::Outcome outcomeOfFailure(int error) {
+  return error == EWOULDBLOCK ? UserLock::Outcome::held : UserLock::Outcome::noFolder;
 }
 
 void writeOwnIdentifier(int file) {
@@ -69,7 +75,7 @@ UserLock::Outcome UserLock::take() {
                                      O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK,
                                      S_IRUSR | S_IWUSR));
   if (!file || !isOfThisUserAlone(file.get(), S_IFREG)) return Outcome::noFolder;
-  if (::flock(file.get(), LOCK_EX | LOCK_NB) != 0) return Outcome::held;
+  if (::flock(file.get(), LOCK_EX | LOCK_NB) != 0) return outcomeOfFailure(errno);
   writeOwnIdentifier(file.get());
   file_ = std::move(file);
   return Outcome::taken;
@@ -82,7 +88,9 @@ std::optional<pid_t> UserLock::holder() const {
       ::openat(folder.get(), kLockFile, O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
   if (!file || !isOfThisUserAlone(file.get(), S_IFREG)) return std::nullopt;
   // Whoever gets the lock gives it back as the descriptor is closed.
-  if (::flock(file.get(), LOCK_SH | LOCK_NB) == 0) return std::nullopt;
+  if (::flock(file.get(), LOCK_SH | LOCK_NB) == 0 || outcomeOfFailure(errno) != Outcome::held) {
+    return std::nullopt;
+  }
   return writtenIdentifier(file.get());
 }
 

@@ -21,7 +21,7 @@ class UserLock {
   enum class Outcome {
     taken,
     held,      ///< By another process.
-    noFolder,  ///< There is no runtime folder, or it is not this user's alone: nothing is locked.
+    noFolder,  ///< There is no runtime folder, it is not this user's alone, or it takes no locks.
   };
 
   /// The folder is that of the environment, else the one that the system makes for a user.
