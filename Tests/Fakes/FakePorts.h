@@ -9,6 +9,7 @@
 #include "Tests/Fakes/FakeDefaults.h"
 #include "Tests/Fakes/FakeFileManager.h"
 #include "Tests/Fakes/FakeLidSwitch.h"
+#include "Tests/Fakes/FakeLineStore.h"
 #include "Tests/Fakes/FakeLoginItem.h"
 #include "Tests/Fakes/FakeMainLoop.h"
 #include "Tests/Fakes/FakeNetworkMeter.h"
@@ -58,19 +59,34 @@ struct FakePorts {
   FakeFileManager files{calls};
   FakeLidSwitch lidSwitch{calls};  ///< In use only after `useLidSwitch`.
 
-  Ports ports{borrowed(log),          borrowed(clock),
-              borrowed(console),      borrowed(text),
-              borrowed(defaults),     borrowed(mainLoop),
-              borrowed(processes),    borrowed(applications),
-              borrowed(queues),       borrowed(network),
-              borrowed(powerSources), borrowed(power),
-              borrowed(assertions),   borrowed(sleepNotifications),
-              borrowed(loginItem),    nullptr,
-              borrowed(processInfo),  borrowed(tasks),
-              borrowed(scripts),      borrowed(files)};
+  FakeLineStore historyLines{calls};  ///< In use only after `keepHistory`.
+
+  Ports ports{borrowed(log),
+              borrowed(clock),
+              borrowed(console),
+              borrowed(text),
+              borrowed(defaults),
+              borrowed(mainLoop),
+              borrowed(processes),
+              borrowed(applications),
+              borrowed(queues),
+              borrowed(network),
+              borrowed(powerSources),
+              borrowed(power),
+              borrowed(assertions),
+              borrowed(sleepNotifications),
+              borrowed(loginItem),
+              nullptr,
+              borrowed(processInfo),
+              borrowed(tasks),
+              borrowed(scripts),
+              borrowed(files),
+              nullptr};
 
   /// Makes this a system that has a lid switch.
   void useLidSwitch() { ports.lidSwitch = borrowed(lidSwitch); }
+  /// Makes this a system that keeps a history.
+  void keepHistory() { ports.historyLines = borrowed(historyLines); }
 
  protected:
   /// A pointer that owns nothing.

@@ -9,6 +9,7 @@
 #include "Tidewell/Ports/Defaults.h"
 #include "Tidewell/Ports/FileManager.h"
 #include "Tidewell/Ports/LidSwitch.h"
+#include "Tidewell/Ports/LineStore.h"
 #include "Tidewell/Ports/LoginItem.h"
 #include "Tidewell/Ports/MainLoop.h"
 #include "Tidewell/Ports/NetworkMeter.h"
@@ -33,7 +34,7 @@ namespace tidewell {
 /// entry (or the test) owns this object, which outlives every object that was given it. The members
 /// are destroyed in reverse order, so a member comes after those that it uses. A system has either
 /// `lidSwitch` (Linux) or the four members after it (macOS); the others of these five are null. All
-/// other members are always set.
+/// other members but the last are always set.
 struct Ports {
   std::shared_ptr<SystemLog> log;
   std::shared_ptr<Clock> clock;
@@ -58,6 +59,8 @@ struct Ports {
   std::shared_ptr<FileManager> fileManager;
   /// For the recording of the last day. Null where none is kept.
   std::shared_ptr<PrivateFolder> ringFolder = nullptr;
+  /// The lines of the history. Null where none is kept.
+  std::shared_ptr<LineStore> historyLines = nullptr;
 };
 
 /// Installs `Ports` for the whole process, for as long as this object lives. The static classes

@@ -1,0 +1,82 @@
+#include "Platform/Posix/Files/QueuedLineStore.h"
+
+#include <condition_variable>
+#include <cstdint>
+#include <mutex>
+#include <string>
+#include <utility>
+
+#include "Tidewell/Log.h"
+
+namespace platform {
+
+/// The store and its queue own it together, because either may end first.
+struct QueuedLineStore::State {
+  State(LineFiles lineFiles, std::string whatLines)
+      : files(std::move(lineFiles)), what(std::move(whatLines)) {}
+
+  // For the queue.
+  LineFiles files;
+  const std::string what;
+  bool hasComplained = false;
+
+  std::mutex mutex;  ///< Guards what follows.
+  std::condition_variable changed;
+  std::uint64_t submitted = 0;
+  std::uint64_t done = 0;
+
+  void append(const Line& line) {
+    const auto why = files.append(line(files.lastWritten()));
+    if (why && !std::exchange(hasComplained, true)) {
+      tidewell::Log::error(what + " cannot be written to " + files.folder().string() + ": " + *why);
+    }
+    if (!why) hasComplained = false;
+  }
+};
+
+QueuedLineStore::QueuedLineStore(LineFiles files, std::string what,
+                                 std::unique_ptr<tidewell::SerialQueue> queue,
+                                 std::chrono::milliseconds finishTimeout)
+    : finishTimeout_(finishTimeout),
+      state_(std::make_shared<State>(std::move(files), std::move(what))),
+      queue_(std::move(queue)) {}
+
+QueuedLineStore::~QueuedLineStore() {
+  // In this thread's table of descriptors the numbers may belong to other files.
+  submit([](State& state) { state.files.close(); });
+  // Destroying the queue would wait for work that may never end.
+  if (!waitForWriting()) static_cast<void>(queue_.release());
+}
+
+void QueuedLineStore::append(Line line) {
+  submit([line = std::move(line)](State& state) { state.append(line); });
+}
+
+void QueuedLineStore::refresh() {
+  submit([](State& state) { state.files.refresh(); });
+}
+
+void QueuedLineStore::finishWriting() {
+  if (!waitForWriting()) tidewell::Log::error(state_->what + " could not be written in time");
+}
+
+void QueuedLineStore::submit(std::function<void(State&)> work) {
+  {
+    const std::lock_guard lock(state_->mutex);
+    ++state_->submitted;
+  }
+  queue_->async([state = state_, work = std::move(work)] {
+    work(*state);
+    const std::lock_guard lock(state->mutex);
+    ++state->done;
+    state->changed.notify_all();
+  });
+}
+
+bool QueuedLineStore::waitForWriting() {
+  std::unique_lock lock(state_->mutex);
+  return state_->changed.wait_for(lock, finishTimeout_,
+                                  [this] { return state_->done == state_->submitted; });
+}
+
+}  // namespace platform
