@@ -151,6 +151,7 @@ int main(int argc, char** argv) {
   std::string folder = (std::filesystem::temp_directory_path() / "tick-cost-XXXXXX").string();
   if (mkdtemp(folder.data()) == nullptr) return 1;
   setenv("XDG_CONFIG_HOME", folder.c_str(), 1);
+  setenv("XDG_STATE_HOME", folder.c_str(), 1);
   // On a session bus, all but the first would end at once.
   if (paths.size() > 1) {
     setenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent", 1);

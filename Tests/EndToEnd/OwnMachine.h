@@ -75,6 +75,8 @@ class OwnMachine {
         std::make_unique<ScopedEnvironment>("DBUS_SESSION_BUS_ADDRESS", sessionDaemon->address()));
     environment_.emplace_back(
         std::make_unique<ScopedEnvironment>("XDG_CONFIG_HOME", folder.path().string()));
+    environment_.emplace_back(
+        std::make_unique<ScopedEnvironment>("XDG_STATE_HOME", folder.path("state")));
     // The folder is this user's alone. No Staylit of the real machine has its lock there.
     environment_.emplace_back(
         std::make_unique<ScopedEnvironment>("XDG_RUNTIME_DIR", folder.path().string()));
