@@ -27,7 +27,9 @@ void AppDelegate::applicationDidFinishLaunching() {
   statusReporter_.reset();
   ringRecorder_.reset();
   ring_.reset();
+  historyRecorder_.reset();
   engine_ = std::make_unique<StaylitEngine>(ports_);
+  recordHistory();
   statusReporter_ = std::make_unique<StatusReporter>(*engine_, ports_);
   statusService_ = userInterface_.offerStatus(*statusReporter_);
   pauseControl_ = std::make_unique<PauseControl>(*engine_, ports_);
@@ -55,6 +57,12 @@ void AppDelegate::startRing() {
   ringRecorder_ =
       std::make_unique<TapeRecorder>(*engine_, ports_, *ring_, TapeRecorder::Names::asTheyAre,
                                      std::string("Staylit ") + programVersion());
+}
+
+void AppDelegate::recordHistory() {
+  if (!ports_.historyLines) return;
+  historyLog_ = std::make_unique<StoredHistoryLog>(*ports_.historyLines);
+  historyRecorder_ = std::make_unique<HistoryRecorder>(*engine_, ports_, *historyLog_);
 }
 
 void AppDelegate::resumeLidClosed() {
@@ -117,6 +125,7 @@ void AppDelegate::applicationWillTerminate() {
   engine_->stopTimer();
   engine_->releaseHold();
   if (ringRecorder_) ringRecorder_->finish();
+  if (historyRecorder_) historyRecorder_->stop();
 }
 
 void AppDelegate::applicationShouldHandleReopen() {

@@ -5,6 +5,8 @@
 #include <vector>
 
 #include "Staylit/Application.h"
+#include "Staylit/History/HistoryRecorder.h"
+#include "Staylit/History/StoredHistoryLog.h"
 #include "Staylit/HoldWatch.h"
 #include "Staylit/MenuBarController.h"
 #include "Staylit/PauseControl.h"
@@ -40,6 +42,7 @@ class AppDelegate : public ApplicationDelegate {
 
  private:
   void startRing();
+  void recordHistory();
   void resumeLidClosed();
   void tellAboutLid(const std::string& why);
   void tellTerminalThatNothingCanBeHeld();
@@ -49,8 +52,10 @@ class AppDelegate : public ApplicationDelegate {
   tidewell::Ports& ports_;
   UserInterface& userInterface_;
   std::unique_ptr<StaylitEngine> engine_;
-  std::unique_ptr<TapeRing> ring_;              ///< Null unless the last day is kept.
-  std::unique_ptr<TapeRecorder> ringRecorder_;  ///< Null unless the last day is kept.
+  std::unique_ptr<TapeRing> ring_;                    ///< Null unless the last day is kept.
+  std::unique_ptr<TapeRecorder> ringRecorder_;        ///< Null unless the last day is kept.
+  std::unique_ptr<StoredHistoryLog> historyLog_;      ///< Null where no history is kept.
+  std::unique_ptr<HistoryRecorder> historyRecorder_;  ///< Null where no history is kept.
   std::unique_ptr<StatusReporter> statusReporter_;
   std::unique_ptr<StatusService> statusService_;  ///< Null where nobody can ask.
   std::unique_ptr<PauseControl> pauseControl_;

@@ -26,6 +26,7 @@ int AppMain::run(const std::vector<std::string>& arguments) {
     application_.run(delegate);
   }
   ports_.defaults->finishWriting();
+  if (ports_.historyLines) ports_.historyLines->finishWriting();
   return 0;
 }
 

@@ -12,9 +12,11 @@
 #include "Platform/Linux/Applications/LinuxRunningApplications.h"
 #include "Platform/Linux/Applications/NamedHolders.h"
 #include "Platform/Linux/Bus/Bus.h"
+#include "Platform/Linux/Files/HistoryFolder.h"
 #include "Platform/Linux/Files/OwnProgram.h"
 #include "Platform/Linux/Files/XdgFolders.h"
 #include "Platform/Linux/Log/JournalLog.h"
+#include "Platform/Linux/Loop/ThreadQueue.h"
 #include "Platform/Linux/Loop/ThreadQueues.h"
 #include "Platform/Linux/Modules/Modules.h"
 #include "Platform/Linux/Network/SocketMeter.h"
@@ -35,6 +37,7 @@
 #include "Platform/Linux/Time/SystemClock.h"
 #include "Platform/MakePorts.h"
 #include "Platform/Posix/Files/PosixPrivateFolder.h"
+#include "Platform/Posix/Files/QueuedLineStore.h"
 #include "Platform/Posix/PosixConsole.h"
 #include "Tidewell/Accounting/AccountDirectory.h"
 #include "Tidewell/Accounting/ConservedProcesses.h"
@@ -45,6 +48,11 @@ namespace {
 std::unique_ptr<tidewell::Text> loadUnicodeText() {
   void* address = loadFromModule(kUnicodeModule, kMakeText).address;
   return std::unique_ptr<tidewell::Text>(address ? reinterpret_cast<MakeText>(address)() : nullptr);
+}
+
+/// A disk that never answers must keep no hold alive, so the thread has its own descriptors.
+std::unique_ptr<tidewell::SerialQueue> queueForTheDisk() {
+  return std::make_unique<ThreadQueue>("staylit-history", ThreadQueue::Descriptors::own);
 }
 
 /// All adapters and the objects that they use, in the order of their construction.
@@ -60,6 +68,8 @@ struct LinuxSystem {
   PosixConsole console;
   LazyText text{loadUnicodeText};
   TomlDefaults defaults;
+  QueuedLineStore historyLines{LineFiles(historyFolder(), describeError), "the history",
+                               queueForTheDisk()};
   Bus& systemBus = buses->system;
   Bus& sessionBus = buses->session;
 
@@ -117,6 +127,7 @@ std::unique_ptr<tidewell::Ports> makeLinuxPorts(std::shared_ptr<EventLoop> loop,
   ports->loginItem = port(system->loginItem);
   ports->lidSwitch = port(system->lidSwitch);
   ports->ringFolder = port(system->ringFolder);
+  ports->historyLines = port(system->historyLines);
   return ports;
 }
 

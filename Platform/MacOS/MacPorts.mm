@@ -12,6 +12,7 @@
 #include "Platform/MacOS/Power/IOKitPowerSources.h"
 #include "Platform/MacOS/Processes/FoundationProcessInfo.h"
 #include "Platform/MacOS/Processes/LibprocProcessTable.h"
+#include "Platform/MacOS/Settings/HistoryFolder.h"
 #include "Platform/MacOS/Settings/MainAppLoginItem.h"
 #include "Platform/MacOS/Settings/RingFolder.h"
 #include "Platform/MacOS/Settings/UserDefaultsStore.h"
@@ -25,6 +26,7 @@
 #include "Platform/MakePorts.h"
 #include "Platform/Posix/Files/HomeFolder.h"
 #include "Platform/Posix/Files/PosixPrivateFolder.h"
+#include "Platform/Posix/Files/QueuedLineStore.h"
 #include "Platform/Posix/PosixConsole.h"
 #include "Platform/Posix/Tasks/PosixFileManager.h"
 #include "Platform/Posix/Tasks/SpawnedTaskLauncher.h"
@@ -87,6 +89,9 @@ std::unique_ptr<tidewell::Ports> makePorts() {
       std::make_shared<PosixFileManager>(lastingHomeFolder(), localizedDescription);
   ports->ringFolder =
       std::make_shared<PosixPrivateFolder>(ringFolder(), PosixPrivateFolder::Trust::own);
+  ports->historyLines = std::make_shared<QueuedLineStore>(
+      LineFiles(historyFolder(), localizedDescription), "the history",
+      ports->serialQueues->make("com.staylit.history"));
   return ports;
 }
 

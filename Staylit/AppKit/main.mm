@@ -7,6 +7,7 @@
 #include "Platform/Posix/StandardStreams.h"
 #include "Staylit/AppKit/AppKitApplication.h"
 #include "Staylit/AppKit/AppKitUserInterface.h"
+#include "Staylit/AppKit/History/KeptHistory.h"
 #include "Staylit/AppKit/Replay/Recordings.h"
 #include "Staylit/AppKit/Status/StatusQuestion.h"
 #include "Staylit/AppMain.h"
@@ -34,6 +35,9 @@ int main(int argc, char** argv) {
     const auto ports = platform::makePorts();
     if (const auto request = staylit::StatusRequest::in(arguments)) {
       return staylit::tellStatus(*request, *ports->console, *ports->clock);
+    }
+    if (const auto request = staylit::HistoryRequest::in(arguments)) {
+      return staylit::tellHistory(*request, *ports);
     }
     if (const auto request = staylit::ReplayRequest::in(arguments)) {
       return staylit::Recordings(*ports).replay(*request);

@@ -22,7 +22,10 @@ constexpr const char* kHelp =
     "  --status            say what the one that runs does, and why\n"
     "    --follow          and then each change, until it is interrupted\n"
     "  --holds             list all that keeps the computer awake, and say whether it would sleep\n"
-    "    --json            this, the status or a replay, for programs\n"
+    "    --json            this, the status, the history or a replay, for programs\n"
+    "  --history           say what happened today: what was held, and why\n"
+    "    --since WHEN      from then on: 2026-11-21, \"2026-11-21 14:30\", yesterday, 7d, 12h ...\n"
+    "    --until WHEN      until then\n"
     "  --doctor            check this machine, and say what to do\n"
     "  --record FILE       record what it sees and decides, holding nothing, until it is "
     "interrupted\n"
@@ -71,7 +74,8 @@ constexpr std::array kOptions = {
     Option{"--system", Role::modifier},      Option{"--version", Role::command},
     Option{"--record", Role::withWord},      Option{"--anonymous", Role::modifier},
     Option{"--ring", Role::modifier},        Option{"--replay", Role::withWord},
-    Option{"--set", Role::modifierOfWord}};
+    Option{"--set", Role::modifierOfWord},   Option{"--history", Role::command},
+    Option{"--since", Role::modifierOfWord}, Option{"--until", Role::modifierOfWord}};
 
 std::string withoutDashes(std::string_view argument) {
   return std::string(argument.substr(std::min(argument.find_first_not_of('-'), argument.size())));
@@ -160,14 +164,21 @@ std::optional<std::string> CommandLine::complaint() const {
     command = option->name;
     mayHaveLength = option->role == Role::withLength;
   }
+  if (has("--history") && (arguments_.back() == "--since" || arguments_.back() == "--until")) {
+    return "staylit: " + arguments_.back() + " wants a value\n";
+  }
   const bool fitsMachine =
       command.empty() || command == "--status" || command == "--help" || command == "--version";
   if (has("--system") && !fitsMachine) {
     return "staylit: --system goes alone, or with --diagnose or --status\n";
   }
   if (has("--follow") && !has("--status")) return "staylit: --follow goes with --status\n";
-  if (has("--json") && !has("--status") && !has("--holds") && !has("--replay")) {
-    return "staylit: --json goes with --status, --holds or --replay\n";
+  if (has("--json") && !has("--status") && !has("--holds") && !has("--history") &&
+      !has("--replay")) {
+    return "staylit: --json goes with --status, --holds, --history or --replay\n";
+  }
+  if ((has("--since") || has("--until")) && !has("--history")) {
+    return "staylit: --since and --until go with --history\n";
   }
   if (has("--set") && !has("--replay")) return "staylit: --set goes with --replay\n";
   if (has("--anonymous") && !has("--record")) return "staylit: --anonymous goes with --record\n";

@@ -22,12 +22,14 @@
 #include "Staylit/Desktop/DesktopUserInterface.h"
 #include "Staylit/Desktop/Display/DisplayTrial.h"
 #include "Staylit/Desktop/Doctor/Examination.h"
+#include "Staylit/Desktop/History/KeptHistory.h"
 #include "Staylit/Desktop/Holds/HoldsReader.h"
 #include "Staylit/Desktop/Machine/MachineApplication.h"
 #include "Staylit/Desktop/Machine/MachineUserInterface.h"
 #include "Staylit/Desktop/Replay/Recordings.h"
 #include "Staylit/Desktop/Status/StatusQuery.h"
 #include "Staylit/DoctorReport.h"
+#include "Staylit/History/HistoryPrinter.h"
 #include "Staylit/HoldsPrinter.h"
 
 namespace {
@@ -77,6 +79,18 @@ int tellHolds(const staylit::HoldsRequest& request) {
   const bool isForPeople = request.form == staylit::HoldsRequest::Form::text;
   const int status = staylit::HoldsPrinter::print(
       report, request, isForPeople ? readable(console, plain) : console, clock.wallTime());
+  return exitStatus(console, status);
+}
+
+int tellHistory(const staylit::HistoryRequest& request) {
+  platform::PosixConsole console;
+  platform::PlainConsole plain(console);
+  const auto source = staylit::readHistory();
+  const bool isUnicode = signs() == staylit::DoctorReport::Signs::drawn;
+  const bool isForPeople = request.form == staylit::HistoryRequest::Form::text;
+  const int status = staylit::HistoryPrinter::print(
+      source, request, isForPeople ? readable(console, plain) : console,
+      {isUnicode, staylit::mayBeColoured(console)});
   return exitStatus(console, status);
 }
 
@@ -131,6 +145,7 @@ int main(int argc, char** argv) {
   }
   if (const auto request = staylit::StatusRequest::in(arguments)) return tellStatus(*request);
   if (const auto request = staylit::HoldsRequest::in(arguments)) return tellHolds(*request);
+  if (const auto request = staylit::HistoryRequest::in(arguments)) return tellHistory(*request);
   if (staylit::DoctorReport::isAskedFor(arguments)) return examine();
   if (staylit::MachineApplication::isAskedFor(arguments)) return serveMachine(arguments);
   if (const auto request = staylit::ReplayRequest::in(arguments)) {

@@ -35,12 +35,12 @@ WorkFigures figuresOf(const BusyApp& app) {
   return {app.cpuPercent, app.diskKBps, app.netKBps};
 }
 
-WorkFigures highest(const WorkFigures& left, const WorkFigures& right) {
+WorkFigures highestFigures(const WorkFigures& left, const WorkFigures& right) {
   return {std::max(left.cpuPercent, right.cpuPercent), std::max(left.diskKBps, right.diskKBps),
           std::max(left.netKBps, right.netKBps)};
 }
 
-WorkFigures sumOf(const WorkFigures& left, const WorkFigures& right) {
+WorkFigures addedFigures(const WorkFigures& left, const WorkFigures& right) {
   return {left.cpuPercent + right.cpuPercent, left.diskKBps + right.diskKBps,
           left.netKBps + right.netKBps};
 }
@@ -54,7 +54,7 @@ PropertyValue storedValue(std::string_view key, const PropertyValue& ofSameKind)
 }
 
 /// A setting's value for people to read.
-std::string described(const PropertyValue& value) {
+std::string settingText(const PropertyValue& value) {
   if (const bool* flag = std::get_if<bool>(&value)) return *flag ? "true" : "false";
   if (const auto* number = std::get_if<std::int64_t>(&value)) return std::to_string(*number);
   if (const double* real = std::get_if<double>(&value)) return jsonDecimal(*real);
@@ -66,7 +66,7 @@ std::string described(const PropertyValue& value) {
   return text;
 }
 
-bool isPaused(const EngineStatus& status) {
+bool tellsOfAPause(const EngineStatus& status) {
   return std::holds_alternative<EngineStatus::Paused>(status.value);
 }
 
@@ -121,11 +121,11 @@ void HistoryRecorder::look(const EngineStatus& next) {
   if (isStopped_) return;
   if (++ticks_ >= kTicksOfAMinute) everyMinute();
   if (!isRecording_ || !isAwake()) return;
-  if (isPaused(next)) {
+  if (tellsOfAPause(next)) {
     // While the engine is paused there are no ticks, and nothing is looked at.
     endAllWork();
     last_.reset();
-  } else if (!told_ || !isPaused(*told_)) {  // What is published on resuming is from before.
+  } else if (!told_ || !tellsOfAPause(*told_)) {  // What is published on resuming is from before.
     lookForSleepThatNobodyAnnounced(ports_.clock->now());
     recordPower();
     recordLid();
@@ -186,8 +186,8 @@ void HistoryRecorder::recordWork(const std::vector<BusyApp>& busy) {
       work = works_.end() - 1;
     }
     work->isSeen = true;
-    work->peak = highest(work->peak, figuresOf(app));
-    work->sum = sumOf(work->sum, figuresOf(app));
+    work->peak = highestFigures(work->peak, figuresOf(app));
+    work->sum = addedFigures(work->sum, figuresOf(app));
     work->ticks += 1;
   }
   std::erase_if(works_, [this](const Work& work) {
@@ -249,7 +249,7 @@ void HistoryRecorder::lookAtSettings() {
   for (auto& [key, value] : settings_) {
     PropertyValue now = storedValue(key, value);
     if (now == value) continue;
-    add(HistoryEvent::SettingChanged{key, described(value), described(now)});
+    add(HistoryEvent::SettingChanged{key, settingText(value), settingText(now)});
     value = std::move(now);
   }
 }

@@ -80,6 +80,10 @@ TEST(CommandLine, RefusesWhatDoesNotGoTogether) {
   EXPECT_NE(complaint({"staylit", "--follow"}), "");
   EXPECT_NE(complaint({"staylit", "--json", "--doctor"}), "");
   EXPECT_EQ(complaint({"staylit", "--json", "--holds"}), "");
+  EXPECT_EQ(complaint({"staylit", "--json", "--history", "--since", "7d", "--until", "now"}), "");
+  EXPECT_EQ(complaint({"staylit", "--history", "--since"}), "staylit: --since wants a value\n");
+  EXPECT_EQ(complaint({"staylit", "--since", "7d"}),
+            "staylit: --since and --until go with --history\n");
   EXPECT_EQ(complaint({"staylit", "--follow", "--status", "--json"}), "");
   EXPECT_EQ(complaint({"staylit", "--background", "--settings"}), "");
   EXPECT_EQ(complaint({"staylit", "--quit", "--quit"}), "");

@@ -42,6 +42,16 @@ TEST_F(AppDelegateTest, MakesTheMenuBarThenStartsTheEngineAndThenLogsThatStaylit
   EXPECT_EQ(fakes.log.lines().back(), "info: Staylit started");
 }
 
+TEST_F(AppDelegateTest, KeepsAHistoryFromTheFirstTickToTheEnd) {
+  fakes.keepHistory();
+  delegate.applicationDidFinishLaunching();
+  ASSERT_EQ(fakes.historyLines.lines.size(), 3U);
+  EXPECT_NE(fakes.historyLines.lines[0].find("\"kind\":\"started\""), std::string::npos);
+  EXPECT_NE(fakes.historyLines.lines[2].find("\"kind\":\"state\""), std::string::npos);
+  delegate.applicationWillTerminate();
+  EXPECT_NE(fakes.historyLines.lines.back().find("\"kind\":\"stopped\""), std::string::npos);
+}
+
 TEST_F(AppDelegateTest, OffersTheStatusBeforeTheFirstTick) {
   const Texts inOrder = {"offer status", "list processes"};
   delegate.applicationDidFinishLaunching();

@@ -1,6 +1,6 @@
 # Completion of staylit's options in bash.
 _staylit() {
-  local options='--anonymous --background --choose-apps --diagnose --doctor --follow --help --holds --json --pause --quit --record --replay --resume --ring --set --settings --status --system --toggle-pause --version'
+  local options='--anonymous --background --choose-apps --diagnose --doctor --follow --help --history --holds --json --pause --quit --record --replay --resume --ring --set --settings --since --status --system --toggle-pause --until --version'
   if [[ ${COMP_WORDS[COMP_CWORD - 1]} == --@(record|replay) && ${COMP_WORDS[COMP_CWORD]} != -* ]]; then
     mapfile -t COMPREPLY < <(compgen -f -- "${COMP_WORDS[COMP_CWORD]}")
     return

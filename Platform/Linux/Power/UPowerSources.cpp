@@ -32,8 +32,8 @@ std::int64_t wholePercent(double percentage) {
 
 UPowerSources::UPowerSources(Bus& systemBus, std::filesystem::path supplies)
     : supplies_(std::move(supplies)),
-      daemon_(systemBus, kUPower, "/org/freedesktop/UPower", kUPower, {"OnBattery"},
-              BusActivation::ifNeeded),
+      daemon_(systemBus, kUPower, "/org/freedesktop/UPower", kUPower,
+              {"OnBattery", "LidIsPresent", "LidIsClosed"}, BusActivation::ifNeeded),
       displayDevice_(systemBus, kUPower, "/org/freedesktop/UPower/devices/DisplayDevice",
                      "org.freedesktop.UPower.Device", {"Type", "IsPresent", "Percentage"}),
       profiles_(systemBus, "org.freedesktop.UPower.PowerProfiles",
@@ -54,6 +54,12 @@ std::optional<tidewell::PowerSource> UPowerSources::source() {
   tidewell::PowerSource source{!now->onBattery, std::nullopt};
   if (now->percentage) source.percentage = wholePercent(*now->percentage);
   return source;
+}
+
+std::optional<bool> UPowerSources::isLidClosed() {
+  const PropertyDictionary* daemon = daemon_.read();
+  if (daemon == nullptr || valueOf<bool>(*daemon, "LidIsPresent") != true) return std::nullopt;
+  return valueOf<bool>(*daemon, "LidIsClosed");
 }
 
 std::optional<PowerSituation> UPowerSources::situation() {

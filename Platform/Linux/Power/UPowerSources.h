@@ -25,6 +25,8 @@ class UPowerSources : public tidewell::PowerSources {
   bool isLowPowerModeEnabled() override;
   /// All batteries together, as one source.
   std::optional<tidewell::PowerSource> source() override;
+  /// Only UPower tells.
+  std::optional<bool> isLidClosed() override;
 
  private:
   std::optional<PowerSituation> situation();

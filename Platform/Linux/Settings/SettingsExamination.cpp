@@ -6,6 +6,7 @@
 #include <variant>
 
 #include "Platform/Linux/Settings/MendedText.h"
+#include "Platform/Linux/Settings/SettingsTables.h"
 #include "Platform/Linux/Settings/TomlLibrary.h"
 #include "Platform/Linux/Settings/TomlValues.h"
 #include "Tidewell/ForeignText.h"
@@ -64,15 +65,24 @@ std::vector<SettingsProblem> examineSettings(std::string_view text,
                                              const tidewell::SettingMeanings& meanings) {
   const MendedText mended(text);
   std::vector<SettingsProblem> problems;
+  const auto examineKey = [&](const toml::key& key, std::string_view name, const toml::node& node) {
+    const std::size_t line = key.source().begin.line;
+    const auto setting = known.find(name);
+    const std::string problem =
+        setting == known.end() ? describeUnknown(name, known)
+                               : describeValue(setting->first, setting->second, node, meanings);
+    if (!problem.empty()) problems.push_back({line, problem});
+  };
   for (const TomlStatement& statement : mended.unread())
     problems.push_back({statement.line, "it cannot be read, and does not count"});
   for (const auto& [key, node] : mended.table()) {
-    const std::size_t line = key.source().begin.line;
-    const auto setting = known.find(key.str());
-    const std::string problem =
-        setting == known.end() ? describeUnknown(key.str(), known)
-                               : describeValue(setting->first, setting->second, node, meanings);
-    if (!problem.empty()) problems.push_back({line, problem});
+    const toml::table* table = key.str() == kHistoryTable ? node.as_table() : nullptr;
+    if (!table) {
+      examineKey(key, key.str(), node);
+      continue;
+    }
+    for (const auto& [inner, value] : *table)
+      examineKey(inner, nameInTable(kHistoryTable, inner.str()), value);
   }
   std::ranges::sort(problems, {}, &SettingsProblem::line);
   return problems;

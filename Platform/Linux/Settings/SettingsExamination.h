@@ -18,8 +18,9 @@ struct SettingsProblem {
 
 /// What is wrong with a settings file, in the order of its lines: what cannot be read, keys that
 /// nobody knows, values of a kind that their setting has not, and values beyond its limits; and
-/// what counts instead. `known` has each setting with a value of its kind; `std::monostate` stands
-/// for a table. `meanings` tells what counts for a value.
+/// what counts instead. `known` has each setting with a value of its kind, those of the table
+/// `history` as "history.enabled"; `std::monostate` stands for a table. `meanings` tells what
+/// counts for a value.
 [[nodiscard]] std::vector<SettingsProblem> examineSettings(
     std::string_view text, const tidewell::PropertyDictionary& known,
     const tidewell::SettingMeanings& meanings);

@@ -7,6 +7,7 @@
 
 #include "Platform/Linux/Settings/ListEdit.h"
 #include "Platform/Linux/Settings/MendedText.h"
+#include "Platform/Linux/Settings/SettingsTables.h"
 #include "Platform/Linux/Settings/TextEdits.h"
 #include "Platform/Linux/Settings/TomlLibrary.h"
 #include "Platform/Linux/Settings/TomlLiteral.h"
@@ -177,6 +178,10 @@ SettingsValues parseSettings(std::string_view text) {
   settings.damage = mended.damage();
   for (const auto& [key, node] : mended.table())
     settings.values.insert_or_assign(std::string(key.str()), valueOf(node));
+  if (const toml::table* history = mended.table().get_as<toml::table>(kHistoryTable)) {
+    for (const auto& [key, node] : *history)
+      settings.values.insert_or_assign(nameInTable(kHistoryTable, key.str()), valueOf(node));
+  }
   return settings;
 }
 

@@ -8,7 +8,8 @@
 
 namespace platform {
 
-/// The content of a settings file: its top-level keys. A value of a type that no setting has (a
+/// The content of a settings file: its top-level keys, and those of the table `history` under names
+/// such as "history.enabled". A value of a type that no setting has (a
 /// date, a table, a list with members other than texts) becomes `std::monostate`.
 struct SettingsValues {
   tidewell::PropertyDictionary values;

@@ -184,8 +184,10 @@ void Examination::lookAtSettings(DoctorFacts& facts) {
   facts.settingsError = file.error;
   facts.hasSettingsFile = file.exists;
   if (!file.error.empty()) return;
-  for (const auto& problem :
-       platform::examineSettings(file.text, registeredSettings(), meaningOfSetting))
+  tidewell::PropertyDictionary known = registeredSettings();
+  known.merge(registeredHistorySettings());
+  known.emplace("history", std::monostate());
+  for (const auto& problem : platform::examineSettings(file.text, known, meaningOfSetting))
     facts.settingsProblems.push_back({problem.line, problem.text});
 }
 

@@ -69,6 +69,20 @@ TEST_F(UPowerSourcesTest, TellOfABatteryOnTheWallAdapter) {
   EXPECT_EQ(source(), "AC Power 99");
 }
 
+TEST_F(UPowerSourcesTest, TellOfTheLidWhereThereIsOne) {
+  const auto service = upower(false, 80.0);
+  EXPECT_EQ(sources->isLidClosed(), std::nullopt);
+  service->change(kUPowerPath, kUPower, "LidIsPresent", true);
+  service->change(kUPowerPath, kUPower, "LidIsClosed", false);
+  EXPECT_TRUE(eventually([&] { return sources->isLidClosed() == false; }));
+  service->change(kUPowerPath, kUPower, "LidIsClosed", true);
+  EXPECT_TRUE(eventually([&] { return sources->isLidClosed() == true; }));
+}
+
+TEST_F(UPowerSourcesTest, TellOfNoLidWithoutUPower) {
+  EXPECT_EQ(sources->isLidClosed(), std::nullopt);
+}
+
 TEST_F(UPowerSourcesTest, KeepEveryWholePercentWhole) {
   const auto service = upower(false, 0.0);
   for (int percent = 0; percent <= 100; ++percent) {

@@ -16,7 +16,7 @@ using Lines = std::vector<std::string>;
 
 /// Grace is 30 to 600, and everything else means what it says.
 tidewell::SettingMeaning meaning(std::string_view key, const tidewell::PropertyValue& value) {
-  if (key != "graceSeconds") return {key == "history" ? "" : "nothing", "", ""};
+  if (key != "graceSeconds") return {key.starts_with("history") ? "" : "nothing", "", ""};
   const std::int64_t seconds = tidewell::integerValue(value);
   if (seconds < 30) return {"30", "a number from 30 to 600", "it is short"};
   return {std::to_string(seconds), "", ""};
@@ -27,7 +27,8 @@ Lines problems(const std::string& text) {
                                            {"cpuThresholdPercent", 15.0},
                                            {"keepScreenOn", false},
                                            {"ignoredApps", std::vector<std::string>()},
-                                           {"history", std::monostate()}};
+                                           {"history", std::monostate()},
+                                           {"history.enabled", true}};
   Lines result;
   for (const SettingsProblem& problem : examineSettings(text, known, meaning))
     result.push_back(std::to_string(problem.line) + ": " + problem.text);
@@ -37,8 +38,14 @@ Lines problems(const std::string& text) {
 TEST(SettingsExamination, FindsNothingInASoundFile) {
   EXPECT_EQ(problems(""), Lines{});
   EXPECT_EQ(problems("# mine\ngraceSeconds = 60\ncpuThresholdPercent = 20\n"
-                     "keepScreenOn = true\nignoredApps = [\"a\"]\n[history]\ndays = 3\n"),
+                     "keepScreenOn = true\nignoredApps = [\"a\"]\n[history]\nenabled = false\n"),
             Lines{});
+}
+
+TEST(SettingsExamination, LooksIntoTheTableOfTheHistory) {
+  EXPECT_EQ(problems("graceSeconds = 60\n\n[history]\nenabled = 1\ndays = 3\n"),
+            (Lines{"4: \"history.enabled\" wants true or false",
+                   "5: nobody knows the key \"history.days\", and it does not count"}));
 }
 
 TEST(SettingsExamination, NamesEachLineThatCannotBeRead) {

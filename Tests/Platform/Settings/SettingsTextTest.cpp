@@ -41,6 +41,21 @@ TEST(SettingsText, ReadsEachTypeOfSetting) {
                                 {"empty", Texts{}}}));
 }
 
+TEST(SettingsText, ReadsTheKeysOfTheHistorysTableUnderTheirFullNames) {
+  const PropertyDictionary values{
+      {"graceSeconds", integer(60)}, {"history", std::monostate()}, {"history.enabled", false}};
+  EXPECT_EQ(valuesOf("graceSeconds = 60\n[history]\nenabled = false\n"), values);
+  EXPECT_EQ(valuesOf("graceSeconds = 60\nhistory = {enabled = false}\n"), values);
+  EXPECT_EQ(valuesOf("graceSeconds = 60\nhistory.enabled = false\n"), values);
+}
+
+TEST(SettingsText, KeepsTheHistorysTableWhenItWritesSettings) {
+  EXPECT_EQ(edited("a = 1\n\n[history]  # mine\nenabled = false\n", "b", integer(2)),
+            "a = 1\nb = 2\n\n[history]  # mine\nenabled = false\n");
+  EXPECT_EQ(edited("[history]\nenabled = false\n", "b", integer(2)),
+            "b = 2\n[history]\nenabled = false\n");
+}
+
 TEST(SettingsText, ReadsAnEmptyValueForTypesThatNoSettingHas) {
   for (const char* other : {"k = 1979-05-27", "k = 07:32:00", "k = [1, 2]", "k = ['a', 1]",
                             "k = [['a']]", "k = {a = 1}", "[k]\na = 1", "[[k]]", "k.a = 1"}) {
