@@ -82,6 +82,10 @@ std::span<const Campaign> campaigns() {
        "the state is right within two ticks", stopsOfTheSessionBus},
       {"settings-file", "a writer is killed, two writers write at once, a person edits meanwhile",
        "no stored value is lost, the file is whole", settingsFiles},
+      {"history",
+       "a writer of the history is killed at random moments, one in four of them where the disk is "
+       "full now and then",
+       "no line is lost that was written, and none but the last is torn by a kill", historyKills},
       {"failing-calls", "one system call fails: the 1st to the 50th of each kind",
        "no crash, the settings are whole, there is no false hold", failingCalls},
   };

@@ -29,6 +29,7 @@ Outcome stopsOfLogind(Effort effort);
 Outcome stopsOfTheSystemBus(Effort effort);
 Outcome stopsOfTheSessionBus(Effort effort);
 Outcome settingsFiles(Effort effort);
+Outcome historyKills(Effort effort);
 Outcome failingCalls(Effort effort);
 
 }  // namespace staylit::campaign
