@@ -84,9 +84,11 @@ class RangeCutter {
   }
 
   static void cutParts(HistoryTimeline::Hold& hold) {
-    std::erase_if(hold.parts, [&hold](const auto& part) {
-      const bool isEmptyHold = hold.span.from == hold.span.to && part.from == part.to;
-      return !isEmptyHold && (part.to <= hold.span.from || part.from >= hold.span.to);
+    // The last change may have come at the very end, as before a crash. Its part is empty and
+    // stays.
+    std::erase_if(hold.parts, [&span = hold.span](const auto& part) {
+      return (part.to <= span.from && part.from < span.from) ||
+             (part.from >= span.to && part.to > span.to);
     });
     for (auto& part : hold.parts) {
       part.from = std::max(part.from, hold.span.from);

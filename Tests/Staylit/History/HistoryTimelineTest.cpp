@@ -181,6 +181,15 @@ TEST_F(HistoryTimelineTest, EndsALostRunWhenItWasLastSeen) {
   EXPECT_EQ(written(timeline.holds.at(0).span), "10-31 lost");
 }
 
+TEST_F(HistoryTimelineTest, KeepsTheLastReasonOfAHoldThatWasLostAtThatMoment) {
+  script.start(0).wind(0).hold(10, "make").start(60);
+  const auto parts = day(script).holds.at(0).parts;
+  ASSERT_EQ(parts.size(), 2U);
+  EXPECT_EQ(parts[1].reason, "make is working");
+  EXPECT_EQ(minute(parts[1].from), 10);
+  EXPECT_EQ(minute(parts[1].to), 10);
+}
+
 TEST_F(HistoryTimelineTest, LearnsFromTheNextStartWhenALostRunWasLastSeen) {
   script.start(0).hold(10, "make").start(60, HistoryScript::at(45));
   script.add(70, HistoryEvent::Stopped{});
