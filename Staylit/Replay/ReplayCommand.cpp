@@ -94,6 +94,7 @@ std::optional<std::vector<std::string>> ReplayCommand::read(const std::vector<st
         content ? std::optional<TapeReader>(std::in_place, *content) : std::nullopt;
     if (!reader || !reader->isTape()) {
       fail(path + (!reader                      ? " cannot be read"
+                   : content->empty()           ? " has nothing yet"
                    : reader->isOfLaterVersion() ? " was recorded by a later version of Staylit"
                                                 : " is no recording of Staylit"));
       return std::nullopt;

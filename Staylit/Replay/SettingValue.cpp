@@ -2,16 +2,15 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cmath>
 #include <cstdint>
 #include <limits>
-#include <system_error>
 #include <utility>
 #include <variant>
 #include <vector>
 
 #include "Staylit/Prefs.h"
+#include "Tidewell/PropertyConversion.h"
 #include "Tidewell/TextReading.h"
 
 namespace staylit {
@@ -36,11 +35,26 @@ constexpr std::array<Range, 6> kRanges = {{
     {keys::batteryThreshold, 0, 100},
 }};
 
+/// Takes digits off the front of `text`. False when there is none.
+bool takeDigits(std::string_view& text) {
+  const std::size_t count = std::min(text.find_first_not_of("0123456789"), text.size());
+  text.remove_prefix(count);
+  return count > 0;
+}
+
+/// Whether all of `text` is a decimal number, with or without a fraction.
+bool isDecimal(std::string_view text) {
+  if (text.starts_with('-')) text.remove_prefix(1);
+  if (!takeDigits(text)) return false;
+  if (text.empty()) return true;
+  if (text.front() != '.') return false;
+  text.remove_prefix(1);
+  return takeDigits(text) && text.empty();
+}
+
 std::optional<double> realNumber(std::string_view text) {
-  double value = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-  const bool isWhole = error == std::errc() && end == text.data() + text.size();
-  return isWhole && std::isfinite(value) ? std::optional(value) : std::nullopt;
+  if (!isDecimal(text)) return std::nullopt;
+  return tidewell::realValue(PropertyValue(std::string(text)));
 }
 
 /// Takes a text in quotes off the front of `text`: literal in single ones; in double ones, a
