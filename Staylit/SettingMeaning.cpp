@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cstdint>
+#include <cstdio>
 #include <string>
 
 #include "Staylit/Prefs.h"
@@ -15,10 +15,10 @@ namespace {
 using tidewell::PropertyValue;
 using tidewell::SettingMeaning;
 
-std::string shortest(double number) {
+std::string inWords(double number) {
   std::array<char, 32> text{};
-  const auto result = std::to_chars(text.data(), text.data() + text.size(), number);
-  return {text.data(), result.ptr};
+  std::snprintf(text.data(), text.size(), "%g", number);
+  return text.data();
 }
 
 SettingMeaning meaningOfGrace(std::int64_t seconds) {
@@ -43,7 +43,7 @@ SettingMeaning meaningOfBattery(std::int64_t percent) {
 }
 
 SettingMeaning meaningOfThreshold(double threshold) {
-  const std::string counts = shortest(threshold);
+  const std::string counts = inWords(threshold);
   if (threshold > 0) return {counts, "", ""};
   return {counts, "a number above 0", "every application counts as working"};
 }
