@@ -6,7 +6,6 @@
 #include <charconv>
 #include <cstdint>
 #include <fstream>
-#include <iterator>
 #include <string>
 
 namespace platform {
@@ -32,7 +31,10 @@ bool mayReadAllProcesses(std::string_view status) {
 
 bool mayReadAllProcesses() {
   std::ifstream file("/proc/self/status");
-  const std::string status(std::istreambuf_iterator<char>(file), {});
+  // An iterator over the file would throw when the file cannot be read.
+  std::string status;
+  for (std::string line; std::getline(file, line);)
+    status += line + '\n';
   return mayReadAllProcesses(std::string_view(status));
 }
 
