@@ -65,6 +65,7 @@ std::string holdSaid(const HoldMark& mark) {
 
 std::vector<Span> workSpans(const std::vector<HistoryTimeline::Work>& works) {
   std::vector<Span> spans;
+  spans.reserve(works.size());
   for (const HistoryTimeline::Work& work : works)
     spans.push_back(work.span);
   return spans;
@@ -114,8 +115,8 @@ std::string DayDrawing::mark(std::string_view look, const Span& span, const std:
 
 std::string DayDrawing::background() const {
   std::string text = "<g" + svgAttribute("id", day_.id + "g") + ">";
-  text += "<rect class=\"bg\" width=\"" + percentText(fraction(day_.knownUntil())) +
-          "\" height=\"100%\"/>";
+  text += R"(<rect class="bg" width=")" + percentText(fraction(day_.knownUntil())) +
+          R"(" height="100%"/>)";
   constexpr int kEvery = 3;
   for (const Hour& hour : hoursOfDay(day_.timeline)) {
     if (hour.number % kEvery != 0 || hour.at == day_.timeline.from) continue;
@@ -138,8 +139,7 @@ std::string DayDrawing::background() const {
 std::string DayDrawing::hours() const {
   constexpr int kEvery = 3;
   constexpr int kMain = 6;
-  std::string text =
-      "<svg class=\"hours\" height=\"14\" role=\"img\" aria-label=\"Hours of the day\">";
+  std::string text = R"(<svg class="hours" height="14" role="img" aria-label="Hours of the day">)";
   int last = -1;
   for (const Hour& hour : hoursOfDay(day_.timeline)) {
     if (hour.number % kEvery != 0 || hour.number == last) continue;
@@ -149,16 +149,16 @@ std::string DayDrawing::hours() const {
             (hour.at == day_.timeline.from ? "" : " text-anchor=\"middle\"") + ">" +
             hourAndMinute(hour.at).substr(0, 2) + "</text>";
   }
-  return text + "<text x=\"100%\" y=\"11\" text-anchor=\"end\">24</text></svg>";
+  return text + R"(<text x="100%" y="11" text-anchor="end">24</text></svg>)";
 }
 
 std::string DayDrawing::laneRow(const Lane& lane) const {
   return std::string("<tr role=\"row\"") + (lane.beginsGroup ? " class=\"rule\"" : "") +
-         "><th scope=\"row\" role=\"rowheader\">" + lane.name +
-         "</th><td class=\"when\" role=\"cell\"><svg" +
+         R"(><th scope="row" role="rowheader">)" + lane.name +
+         R"(</th><td class="when" role="cell"><svg)" +
          svgAttribute("height", std::to_string(kLaneHeight)) + " class=\"lane\"><use" +
          svgAttribute("href", "#" + day_.id + "g") + "/>" + lane.marks +
-         "</svg></td><td class=\"sum\" role=\"cell\">" + lane.sum + "</td></tr>\n";
+         R"(</svg></td><td class="sum" role="cell">)" + lane.sum + "</td></tr>\n";
 }
 
 DayDrawing::Lane DayDrawing::holds() const {
@@ -331,10 +331,10 @@ std::string DayDrawing::chargeRow() const {
          svgAttribute("height", height) + " role=\"img\"" +
          svgAttribute("aria-label", "Charge, " + range + said) + "><use" +
          svgAttribute("href", "#" + day_.id + "g") + "/><svg viewBox=\"0 0 1000 " + height +
-         "\" preserveAspectRatio=\"none\"" + svgAttribute("height", height) +
+         R"(" preserveAspectRatio="none")" + svgAttribute("height", height) +
          "><path class=\"area\"" + svgAttribute("d", chargePath(true)) + "/><path class=\"curve\"" +
          svgAttribute("d", chargePath(false)) +
-         "/></svg></svg></td><td class=\"sum\" role=\"cell\">" + range + "</td></tr>\n";
+         R"(/></svg></svg></td><td class="sum" role="cell">)" + range + "</td></tr>\n";
 }
 
 std::string DayDrawing::lanes() const {
@@ -366,7 +366,7 @@ std::string DayDrawing::strip() const {
   constexpr int kHeight = 14;
   constexpr int kSleepTop = 8;
   constexpr int kSleepHeight = 4;
-  std::string text = "<svg height=\"20\" aria-hidden=\"true\"><use" +
+  std::string text = R"(<svg height="20" aria-hidden="true"><use)" +
                      svgAttribute("href", "#" + day_.id + "g") + "/>";
   for (const Span& sleep : joined(day_.timeline.sleeps))
     text += box("sleep", sleep, kSleepTop, kSleepHeight);

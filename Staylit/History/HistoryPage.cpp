@@ -93,13 +93,13 @@ std::string sumRow(const HistorySums::Work& sum, std::chrono::nanoseconds longes
     return percentText(longest.count() > 0 ? Length(length) / Length(longest) : 0);
   };
   const auto onMains = sum.length - sum.onBattery;
-  std::string bars = "<rect class=\"work\" y=\"1\" height=\"12\" width=\"" + part(onMains) + "\"/>";
+  std::string bars = R"(<rect class="work" y="1" height="12" width=")" + part(onMains) + "\"/>";
   if (sum.onBattery.count() > 0) {
-    bars += "<rect class=\"batt\" y=\"1\" height=\"12\" x=\"" + part(onMains) + "\" width=\"" +
+    bars += R"(<rect class="batt" y="1" height="12" x=")" + part(onMains) + "\" width=\"" +
             part(sum.onBattery) + "\"/>";
   }
   return "<tr><th scope=\"row\">" + htmlName(sum.display) +
-         "</th><td class=\"bar\"><svg height=\"14\" aria-hidden=\"true\">" + bars +
+         R"(</th><td class="bar"><svg height="14" aria-hidden="true">)" + bars +
          "</svg></td><td class=\"n\">" + lengthText(sum.length) + "</td><td class=\"n\">" +
          (sum.onBattery.count() > 0 ? lengthText(sum.onBattery) : "none") + "</td></tr>\n";
 }
@@ -121,12 +121,25 @@ std::string overviewKey(bool hasGaps) {
     return std::string("<li><svg aria-hidden=\"true\">") + box + "</svg>" + name + "</li>";
   };
   std::string text = "<ul class=\"key\">";
-  text += entry("<rect class=\"held\" width=\"24\" height=\"12\"/>", "held");
-  text += entry("<rect class=\"sleep\" width=\"24\" y=\"4\" height=\"4\"/>", "asleep");
+  text += entry(R"(<rect class="held" width="24" height="12"/>)", "held");
+  text += entry(R"(<rect class="sleep" width="24" y="4" height="4"/>)", "asleep");
   if (hasGaps) {
-    text += entry("<rect class=\"gap\" width=\"24\" height=\"12\"/>", "Staylit did not run");
+    text += entry(R"(<rect class="gap" width="24" height="12"/>)", "Staylit did not run");
   }
   return text + "</ul>\n";
+}
+
+std::string weekRow(const PageDay& day) {
+  const LocalTime date = LocalTime::of(day.timeline.from);
+  const bool isKnown = day.isKnown();
+  const std::string nothing = R"(<td class="n">not known</td><td class="n">not known</td>)";
+  return R"(<tr><th scope="row" class="day"><a href="#)" + localDate(day.timeline.from) + "\">" +
+         date.weekdayName() + " " + std::to_string(date.day) + "</a></th><td class=\"when\">" +
+         DayDrawing(day).strip() + "</td>" +
+         (isKnown ? "<td class=\"n\">" + lengthText(day.sums.held) + "</td><td class=\"n\">" +
+                        lengthText(day.sums.asleep) + "</td>"
+                  : nothing) +
+         "</tr>\n";
 }
 
 }  // namespace
@@ -216,19 +229,6 @@ std::string HistoryPage::header() const {
          more(all) + "</p></header>\n<main id=\"main\">\n";
 }
 
-std::string HistoryPage::weekRow(const PageDay& day) const {
-  const LocalTime date = LocalTime::of(day.timeline.from);
-  const bool isKnown = day.isKnown();
-  const std::string nothing = "<td class=\"n\">not known</td><td class=\"n\">not known</td>";
-  return "<tr><th scope=\"row\" class=\"day\"><a href=\"#" + localDate(day.timeline.from) + "\">" +
-         date.weekdayName() + " " + std::to_string(date.day) + "</a></th><td class=\"when\">" +
-         DayDrawing(day).strip() + "</td>" +
-         (isKnown ? "<td class=\"n\">" + lengthText(day.sums.held) + "</td><td class=\"n\">" +
-                        lengthText(day.sums.asleep) + "</td>"
-                  : nothing) +
-         "</tr>\n";
-}
-
 std::string HistoryPage::weekSection(const Week& week) const {
   const CalendarWeek named = CalendarWeek::of(LocalTime::of(days_[week.begin].timeline.from));
   const std::string id = "w" + std::to_string(week.begin);
@@ -253,7 +253,7 @@ std::string HistoryPage::weekSection(const Week& week) const {
 std::string HistoryPage::daySection(const PageDay& day) const {
   const LocalTime date = LocalTime::of(day.timeline.from);
   const std::string level = isOneDay() ? "h2" : "h3";
-  std::string text = "<section class=\"day\"><div class=\"top\"><" + level + " id=\"" +
+  std::string text = R"(<section class="day"><div class="top"><)" + level + " id=\"" +
                      localDate(day.timeline.from) + "\">" + date.weekdayName() + " " + date.date() +
                      "</" + level + ">\n<p>" + daySentence(day, isOneDay()) + "</p>\n";
   if (!day.isKnown()) return text + "</div></section>\n";
@@ -275,7 +275,7 @@ std::string HistoryPage::text() const {
   if (days_.empty()) return "";
   std::string text = header();
   // All drawings use them, in whichever order they stand.
-  text += "<svg class=\"hide\" aria-hidden=\"true\"><defs>";
+  text += R"(<svg class="hide" aria-hidden="true"><defs>)";
   for (const PageDay& day : days_)
     text += DayDrawing(day).background();
   text += "</defs></svg>\n";

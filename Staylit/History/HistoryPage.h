@@ -41,7 +41,6 @@ class HistoryPage {
   [[nodiscard]] std::string answer(const HistorySums& sums) const;
   [[nodiscard]] std::string more(const HistorySums& sums) const;
   [[nodiscard]] std::string weekSection(const Week& week) const;
-  [[nodiscard]] std::string weekRow(const PageDay& day) const;
   [[nodiscard]] std::string daySection(const PageDay& day) const;
   [[nodiscard]] std::string footer() const;
   [[nodiscard]] bool isOneDay() const { return days_.size() == 1; }

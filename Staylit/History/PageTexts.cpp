@@ -85,16 +85,8 @@ std::string lengthText(std::chrono::nanoseconds length) {
 std::string spanText(const HistoryTimeline::Span& span) {
   using Ending = HistoryTimeline::Ending;
   const std::string text = hourAndMinute(span.from) + " to " + endClock(span);
-  switch (span.ending) {
-    case Ending::open:
-      return text + " and on";
-    case Ending::lost:
-      return text + " at least";
-    case Ending::ended:
-    case Ending::later:
-      return text;
-  }
-  return text;
+  if (span.ending == Ending::open) return text + " and on";
+  return span.ending == Ending::lost ? text + " at least" : text;
 }
 
 std::string percentText(double fraction) {
