@@ -26,6 +26,8 @@ constexpr const char* kHelp =
     "  --history           say what happened today: what was held, and why\n"
     "    --since WHEN      from then on: 2026-11-21, \"2026-11-21 14:30\", yesterday, 7d, 12h ...\n"
     "    --until WHEN      until then\n"
+    "    --html FILE       write it as a web page, of a week unless --since says otherwise\n"
+    "    --open            show that page in the browser\n"
     "  --doctor            check this machine, and say what to do\n"
     "  --record FILE       record what it sees and decides, holding nothing, until it is "
     "interrupted\n"
@@ -75,7 +77,8 @@ constexpr std::array kOptions = {
     Option{"--record", Role::withWord},      Option{"--anonymous", Role::modifier},
     Option{"--ring", Role::modifier},        Option{"--replay", Role::withWord},
     Option{"--set", Role::modifierOfWord},   Option{"--history", Role::command},
-    Option{"--since", Role::modifierOfWord}, Option{"--until", Role::modifierOfWord}};
+    Option{"--since", Role::modifierOfWord}, Option{"--until", Role::modifierOfWord},
+    Option{"--html", Role::modifierOfWord},  Option{"--open", Role::modifier}};
 
 std::string withoutDashes(std::string_view argument) {
   return std::string(argument.substr(std::min(argument.find_first_not_of('-'), argument.size())));
@@ -185,6 +188,16 @@ std::optional<std::string> CommandLine::complaint() const {
   if (has("--ring") && !has("--record") && !has("--replay")) {
     return "staylit: --ring goes with --record or --replay\n";
   }
+  if ((has("--html") || has("--open")) && !has("--history")) {
+    return "staylit: --html and --open go with --history\n";
+  }
+  if ((has("--html") || has("--open")) && has("--json")) {
+    return "staylit: --json is no web page\n";
+  }
+  const auto html = std::ranges::find(arguments_, "--html");
+  const bool hasFile =
+      html == arguments_.end() || (html + 1 != arguments_.end() && !(html + 1)->starts_with("--"));
+  if (!hasFile) return "staylit: --html wants a file, or - for standard output\n";
   return std::nullopt;
 }
 

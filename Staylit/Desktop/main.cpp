@@ -23,6 +23,7 @@
 #include "Staylit/Desktop/Display/DisplayTrial.h"
 #include "Staylit/Desktop/Doctor/Examination.h"
 #include "Staylit/Desktop/History/KeptHistory.h"
+#include "Staylit/Desktop/History/PageWriter.h"
 #include "Staylit/Desktop/Holds/HoldsReader.h"
 #include "Staylit/Desktop/Machine/MachineApplication.h"
 #include "Staylit/Desktop/Machine/MachineUserInterface.h"
@@ -80,6 +81,11 @@ int tellHolds(const staylit::HoldsRequest& request) {
   const int status = staylit::HoldsPrinter::print(
       report, request, isForPeople ? readable(console, plain) : console, clock.wallTime());
   return exitStatus(console, status);
+}
+
+int makePage(const staylit::PageRequest& request) {
+  platform::PosixConsole console;
+  return exitStatus(console, staylit::writeHistoryPage(request, console));
 }
 
 int tellHistory(const staylit::HistoryRequest& request) {
@@ -145,6 +151,7 @@ int main(int argc, char** argv) {
   }
   if (const auto request = staylit::StatusRequest::in(arguments)) return tellStatus(*request);
   if (const auto request = staylit::HoldsRequest::in(arguments)) return tellHolds(*request);
+  if (const auto request = staylit::PageRequest::in(arguments)) return makePage(*request);
   if (const auto request = staylit::HistoryRequest::in(arguments)) return tellHistory(*request);
   if (staylit::DoctorReport::isAskedFor(arguments)) return examine();
   if (staylit::MachineApplication::isAskedFor(arguments)) return serveMachine(arguments);

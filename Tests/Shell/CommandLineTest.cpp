@@ -134,5 +134,17 @@ TEST(CommandLine, AsksForNothingInTheBackgroundUnlessAnActionIsNamed) {
   EXPECT_FALSE(CommandLine(both).request().isBackground);
 }
 
+TEST(CommandLine, MakesAPageOfTheHistoryOnly) {
+  EXPECT_EQ(complaint({"staylit", "--history", "--html", "-"}), "");
+  EXPECT_EQ(complaint({"staylit", "--history", "--open", "--since", "7d"}), "");
+  EXPECT_EQ(complaint({"staylit", "--open"}), "staylit: --html and --open go with --history\n");
+  EXPECT_EQ(complaint({"staylit", "--history", "--json", "--open"}),
+            "staylit: --json is no web page\n");
+  EXPECT_EQ(complaint({"staylit", "--history", "--html"}),
+            "staylit: --html wants a file, or - for standard output\n");
+  EXPECT_EQ(complaint({"staylit", "--history", "--html", "--open"}),
+            "staylit: --html wants a file, or - for standard output\n");
+}
+
 }  // namespace
 }  // namespace staylit

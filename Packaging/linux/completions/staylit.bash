@@ -1,7 +1,7 @@
 # Completion of staylit's options in bash.
 _staylit() {
-  local options='--anonymous --background --choose-apps --diagnose --doctor --follow --help --history --holds --json --pause --quit --record --replay --resume --ring --set --settings --since --status --system --toggle-pause --until --version'
-  if [[ ${COMP_WORDS[COMP_CWORD - 1]} == --@(record|replay) && ${COMP_WORDS[COMP_CWORD]} != -* ]]; then
+  local options='--anonymous --background --choose-apps --diagnose --doctor --follow --help --history --holds --html --json --open --pause --quit --record --replay --resume --ring --set --settings --since --status --system --toggle-pause --until --version'
+  if [[ ${COMP_WORDS[COMP_CWORD - 1]} == --@(html|record|replay) && ${COMP_WORDS[COMP_CWORD]} != -* ]]; then
     mapfile -t COMPREPLY < <(compgen -f -- "${COMP_WORDS[COMP_CWORD]}")
     return
   fi

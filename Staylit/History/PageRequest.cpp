@@ -1,0 +1,40 @@
+#include "Staylit/History/PageRequest.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <utility>
+
+#include "Staylit/History/HistoryPage.h"
+#include "Staylit/History/LocalTimes.h"
+
+namespace staylit {
+
+std::optional<PageRequest> PageRequest::in(const std::vector<std::string>& arguments) {
+  const auto has = [&arguments](const char* option) {
+    return std::ranges::find(arguments, option) != arguments.end();
+  };
+  const auto named = HistoryRequest::in(arguments);
+  if (!named || !(has("--html") || has("--open"))) return std::nullopt;
+  PageRequest request;
+  request.opens = has("--open");
+  if (has("--since")) request.days.since = named->since;
+  request.days.until = named->until;
+  for (std::size_t index = 0; index + 1 < arguments.size(); ++index) {
+    if (arguments[index] == "--html") request.file = arguments[index + 1];
+  }
+  return request;
+}
+
+PageRequest::Page PageRequest::make(const History& history, const std::string& version) const {
+  const auto range = days.range(history.now);
+  if (const auto* why = std::get_if<std::string>(&range)) return {"", *why};
+  const auto& [from, to] = std::get<HistoryRequest::Range>(range);
+  std::vector<HistoryTimeline> timelines;
+  for (const LocalDay& day : localDaysBetween(from, to)) {
+    if (day.from <= history.now) timelines.push_back(timelineOf(history, day.from, day.to));
+  }
+  if (timelines.empty()) return {"", "the days that are asked for are still to come"};
+  return {HistoryPage(std::move(timelines), history.now, version).text(), ""};
+}
+
+}  // namespace staylit
