@@ -114,7 +114,7 @@ void AppDelegate::tellOfSettings(const std::vector<std::string>& remarks) {
   for (const std::string& remark : std::span(remarks).first(std::min(kMostLines, remarks.size())))
     body += remark + ". ";
   if (remarks.size() > kMostLines) {
-    body += "There are " + std::to_string(remarks.size() - kMostLines) + " more. ";
+    body += "And " + std::to_string(remarks.size() - kMostLines) + " more. ";
   }
   body += "The log and staylit --doctor have them all.";
   userInterface_.tell("Some settings do not count as they are written", body);

@@ -123,6 +123,15 @@ TEST_F(StatusItemTest, NothingIsStartedByACommandForOneThatDoesNotRun) {
   EXPECT_TRUE(watcher->items().empty());
 }
 
+TEST_F(StatusItemTest, ALauncherWithoutATerminalIsToldThatNoneRuns) {
+  std::atomic<int> notified = 0;
+  const platform::testing::BusService notifications(sessionDaemon->address(),
+                                                    {"org.freedesktop.Notifications"},
+                                                    [&notified](sd_bus_message*) { ++notified; });
+  EXPECT_EQ(wait(start({"--toggle-pause"})), 3);
+  EXPECT_TRUE(eventually([&] { return notified == 1; }, 20s));
+}
+
 TEST_F(StatusItemTest, NothingIsStartedByATypingError) {
   EXPECT_EQ(wait(start({"status"})), 2);
   EXPECT_TRUE(output("err").starts_with("staylit: there is no option 'status'; --status may be "))

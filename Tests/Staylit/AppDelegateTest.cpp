@@ -220,7 +220,7 @@ TEST_F(AppDelegateTest, TellsOnceOfSettingsThatDoNotCountAsTheyAreWritten) {
   fakes.defaults.remarks = {"a", "b", "c", "d"};
   delegate.applicationDidFinishLaunching();
   EXPECT_EQ(userInterface.told,
-            Texts{"a. b. c. There are 1 more. The log and staylit --doctor have them all."});
+            Texts{"a. b. c. And 1 more. The log and staylit --doctor have them all."});
   EXPECT_NE(fakes.console.output.find("  d\n"), std::string::npos) << fakes.console.output;
   const Texts logged = {"log a", "log b", "log c", "log d"};
   EXPECT_EQ(fakes.calls->only(logged), logged);

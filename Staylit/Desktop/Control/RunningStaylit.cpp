@@ -9,6 +9,7 @@
 
 #include "Staylit/Desktop/Control/ControlObject.h"
 #include "Staylit/Desktop/Session/ApplicationService.h"
+#include "Staylit/Desktop/Session/DesktopNotification.h"
 #include "Staylit/PauseTexts.h"
 
 namespace staylit {
@@ -80,14 +81,14 @@ RunningStaylit::RunningStaylit(platform::EventLoop& loop, platform::Bus& session
 int RunningStaylit::obey(const ControlRequest& request) {
   using State = platform::NameStatus::State;
   const int connected = bus_.connect();
-  if (connected < 0) return foundNone();
+  if (connected < 0) return foundNone(request);
   const platform::NameStatus status = bus_.nameStatus(ApplicationService::kName);
   if (status.state == State::unknown) return fail("the session bus does not answer");
-  if (status.state == State::free) return foundNone();
+  if (status.state == State::free) return foundNone(request);
   return request.kind == Command::quit ? quit() : tell(request, ask(request));
 }
 
-int RunningStaylit::foundNone() {
+int RunningStaylit::foundNone(const ControlRequest& request) {
   const bool hasBus = bus_.handle() != nullptr;
   if (const auto holder = lock_.holder()) {
     return fail(outOfReach(*holder, hasBus));
@@ -96,6 +97,10 @@ int RunningStaylit::foundNone() {
     return fail("there is no session bus here on which one could be asked");
   }
   console_.writeError("staylit: Staylit does not run\n");
+  // The menu of a launcher and a key of one's own have no terminal.
+  if (request.kind == Command::togglePause && !console_.errorIsTerminal()) {
+    showNotification(bus_, {"Staylit does not run", "There is nothing to pause or resume."});
+  }
   return noneRuns;
 }
 

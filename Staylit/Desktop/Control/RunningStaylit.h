@@ -30,7 +30,7 @@ class RunningStaylit {
   int obey(const ControlRequest& request);
 
  private:
-  int foundNone();
+  int foundNone(const ControlRequest& request);
   platform::BusReply ask(const ControlRequest& request);
   int tell(const ControlRequest& request, const platform::BusReply& reply);
   std::string whatWasDone(const ControlRequest& request, sd_bus_message* reply);
