@@ -22,7 +22,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr const char* kNoRing =
-    "the ring has nothing; \"ring = true\" below \"[history]\" in settings.toml switches it on";
+    R"(the ring has nothing; "ring = true" below "[history]" in settings.toml switches it on)";
 
 /// The whole file; absent when it cannot be read, is no file or is larger than any recording.
 std::optional<std::string> fileContent(const std::string& path) {

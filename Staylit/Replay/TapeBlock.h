@@ -5,11 +5,9 @@
 #include <string>
 #include <string_view>
 
-namespace staylit {
-
 /// A piece of a tape, compressed and with a checksum, so that damage is noticed and what was
 /// written before it is not lost.
-namespace tapeBlock {
+namespace staylit::tapeBlock {
 
 /// The most bytes that one block can hold before compression.
 inline constexpr std::size_t kCapacity = std::size_t{1} << 24;
@@ -22,5 +20,4 @@ inline constexpr std::size_t kCapacity = std::size_t{1} << 24;
 /// was, when there is no whole and undamaged block.
 [[nodiscard]] std::optional<std::string> takeUnpacked(std::string_view& bytes);
 
-}  // namespace tapeBlock
-}  // namespace staylit
+}  // namespace staylit::tapeBlock

@@ -81,6 +81,7 @@ void TapeCopy::takeNames(const TapeReader& reader) {
 
 std::vector<std::string> TapeCopy::replaced(const std::vector<std::string>& names) {
   std::vector<std::string> result;
+  result.reserve(names.size());
   for (const std::string& name : names)
     result.push_back(names_->of(name));
   // Who asks is always told in the order of the names.

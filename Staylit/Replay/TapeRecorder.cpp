@@ -151,6 +151,7 @@ std::string TapeRecorder::nameOf(const tidewell::BusyApp& app) const {
 std::vector<std::string> TapeRecorder::namesOf(const std::vector<std::string>& asserting) {
   if (!madeUp_) return asserting;
   std::vector<std::string> names;
+  names.reserve(asserting.size());
   for (const std::string& name : asserting)
     names.push_back(madeUp_->of(name));
   // Who asks is always told in the order of the names.

@@ -53,7 +53,7 @@ struct TapeRing::Shared {
 
   void write(const std::string& piece);
   void beginFile();
-  void makeRoom(std::vector<Entry> entries);
+  void makeRoom(const std::vector<Entry>& entries);
   void fail(const std::string& why);
 
   std::shared_ptr<tidewell::PrivateFolder> folder;
@@ -116,13 +116,13 @@ void TapeRing::Shared::beginFile() {
   std::erase_if(entries, [](const Entry& entry) { return !ringNumberOf(entry.name); });
   std::ranges::sort(entries, {}, &Entry::name);
   const std::uint64_t last = entries.empty() ? 0 : ringNumberOf(entries.back().name).value_or(0);
-  makeRoom(std::move(entries));
+  makeRoom(entries);
   tidewell::PrivateFolder::Creation creation = folder->create(ringNameOf(last + 1));
   if (!creation.file) return fail(creation.error);
   file = std::move(creation.file);
 }
 
-void TapeRing::Shared::makeRoom(std::vector<Entry> entries) {
+void TapeRing::Shared::makeRoom(const std::vector<Entry>& entries) {
   std::uint64_t size = kLargestFile;
   for (const Entry& entry : entries)
     size += entry.size;
