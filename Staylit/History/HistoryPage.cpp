@@ -87,6 +87,10 @@ std::string daySentence(const PageDay& day, bool isAnswered) {
   return text + clockSentence(day.timeline);
 }
 
+std::string lengthOrNone(std::chrono::nanoseconds length) {
+  return length.count() > 0 ? lengthText(length) : "none";
+}
+
 std::string sumRow(const HistorySums::Work& sum, std::chrono::nanoseconds longest) {
   using Length = std::chrono::duration<double>;
   const auto part = [longest](std::chrono::nanoseconds length) {
@@ -101,7 +105,7 @@ std::string sumRow(const HistorySums::Work& sum, std::chrono::nanoseconds longes
   return "<tr><th scope=\"row\">" + htmlName(sum.display) +
          R"(</th><td class="bar"><svg height="14" aria-hidden="true">)" + bars +
          "</svg></td><td class=\"n\">" + lengthText(sum.length) + "</td><td class=\"n\">" +
-         (sum.onBattery.count() > 0 ? lengthText(sum.onBattery) : "none") + "</td></tr>\n";
+         lengthOrNone(sum.onBattery) + "</td></tr>\n";
 }
 
 std::string sumsTable(const HistorySums& sums) {
@@ -136,8 +140,8 @@ std::string weekRow(const PageDay& day) {
   return R"(<tr><th scope="row" class="day"><a href="#)" + localDate(day.timeline.from) + "\">" +
          date.weekdayName() + " " + std::to_string(date.day) + "</a></th><td class=\"when\">" +
          DayDrawing(day).strip() + "</td>" +
-         (isKnown ? "<td class=\"n\">" + lengthText(day.sums.held) + "</td><td class=\"n\">" +
-                        lengthText(day.sums.asleep) + "</td>"
+         (isKnown ? "<td class=\"n\">" + lengthOrNone(day.sums.held) + "</td><td class=\"n\">" +
+                        lengthOrNone(day.sums.asleep) + "</td>"
                   : nothing) +
          "</tr>\n";
 }

@@ -2,7 +2,7 @@
 
 namespace staylit {
 
-const char* const PageParts::kStyleHash = "J9PS64lSbk0EihczwacLLdCt4tOjXYsXt/QDHymye5Y=";
+const char* const PageParts::kStyleHash = "PP/o3GUToilh+ElsSJAhxfcb/rzkdePmB5h5wHoy2Gk=";
 const char* const PageParts::kStyle = R"css(
 :root{color-scheme:light dark;
 --paper:#fbfaf8;--card:#fff;--ink:#1e1b2e;--soft:#5c5870;--line:#dcd8e4;--grid:#dfdbe7;--track:#f4f2f7;--gap:#8b8699;
@@ -93,7 +93,7 @@ footer p{max-width:52rem}
 .lanes td.sum{text-align:right}
 .lanes tr.rule{padding-top:.7rem}
 .hours .odd{display:none}
-.sums .bar{display:none}.sums .name{width:auto}.sums .n{width:6.4rem}
+.sums .bar{display:none}.sums .name{width:auto}.sums .n{width:6.4rem}.sums thead .n{white-space:normal}
 .log,.log tbody{display:block}
 .log tr{display:grid;grid-template-columns:1fr auto;padding:.35rem 0}
 .log thead{display:none}

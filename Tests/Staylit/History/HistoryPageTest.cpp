@@ -124,6 +124,7 @@ TEST_F(HistoryPageTest, SumsEachWeekAndItsWorkOnBattery) {
   EXPECT_TRUE(has("<p class=\"answer\">Held for 3 h 2 min in 2 days: <bdi>ffmpeg</bdi> 3 h.</p>"))
       << text;
   EXPECT_TRUE(has("Most on Sunday 22 November (3 h 2 min).")) << text;
+  EXPECT_TRUE(has("<td class=\"n\">3 h 2 min</td><td class=\"n\">none</td>")) << text;
 }
 
 TEST_F(HistoryPageTest, BeginsANewWeekOnMonday) {
