@@ -86,6 +86,9 @@ std::span<const Campaign> campaigns() {
        "a writer of the history is killed at random moments, one in four of them where the disk is "
        "full now and then",
        "no line is lost that was written, and none but the last is torn by a kill", historyKills},
+      {"history-of-a-day",
+       "work comes and goes, the program is paused and killed, logind is asked ten times a second",
+       "the history has the holds that logind had, to half a second", historyDay},
       {"failing-calls", "one system call fails: the 1st to the 50th of each kind",
        "no crash, the settings are whole, there is no false hold", failingCalls},
   };

@@ -30,6 +30,7 @@ Outcome stopsOfTheSystemBus(Effort effort);
 Outcome stopsOfTheSessionBus(Effort effort);
 Outcome settingsFiles(Effort effort);
 Outcome historyKills(Effort effort);
+Outcome historyDay(Effort effort);
 Outcome failingCalls(Effort effort);
 
 }  // namespace staylit::campaign
