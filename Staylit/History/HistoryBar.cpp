@@ -57,12 +57,13 @@ tidewell::WallTime beginningOf(const LocalDay& day, std::int64_t cell) {
 /// In eighths; at least one where anything is in the cell.
 std::size_t heightOf(const BarSpans& spans, tidewell::WallTime from, tidewell::WallTime to) {
   constexpr std::int64_t kEighths = 8;
-  std::chrono::nanoseconds covered{};
+  using Length = std::chrono::nanoseconds;
+  Length covered{};
   bool hasAny = false;
   for (const auto& [begin, end] : spans) {
-    const auto common = std::min(end, to) - std::max(begin, from);
-    hasAny = hasAny || common > common.zero() || (begin == end && begin >= from && begin < to);
-    covered += std::max(common, common.zero());
+    const Length common = std::min(end, to) - std::max(begin, from);
+    hasAny = hasAny || common > Length::zero() || (begin == end && begin >= from && begin < to);
+    covered += std::max(common, Length::zero());
   }
   if (!hasAny) return 0;
   const auto rounded = (kEighths * covered.count() + (to - from).count() / 2) / (to - from).count();

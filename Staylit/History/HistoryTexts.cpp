@@ -227,7 +227,8 @@ class DayEntries {
         to = std::to_string(charge.power.percentage) + "%";
         if (from.empty()) from = to;
       }
-      add(span, "battery", from == to ? from : from + " to " + to);
+      if (from != to) from.append(" to ").append(to);
+      add(span, "battery", from);
     }
   }
 
@@ -263,11 +264,11 @@ class DayEntries {
 std::string HistoryTexts::summary(const HistoryTimeline& timeline, WallTime now) {
   const HistorySums sums = sumsOf(timeline);
   const std::string when = whenOf(timeline, now);
-  const bool isHeld = sums.held > sums.held.zero();
+  const bool isHeld = sums.held > HistorySums::Length::zero();
   std::string text =
       isHeld ? "Held for " + writtenLength(sums.held) + " " + when + ": " + whoWorked(sums) + "."
              : capital("not held " + when + ".");
-  if (sums.notGranted > sums.notGranted.zero()) {
+  if (sums.notGranted > HistorySums::Length::zero()) {
     text += " For " + writtenLength(sums.notGranted) + " no service granted the hold.";
   }
   text += blockSentence(timeline, sums);
