@@ -9,6 +9,8 @@ namespace platform {
 namespace {
 
 constexpr std::chrono::seconds kLookAgain{10};
+/// Longer than two attempts of the engine are apart.
+constexpr std::chrono::seconds kKeepUnanswered{5};
 constexpr tidewell::Seconds kLeastDelay{0.1};
 constexpr tidewell::Seconds kTolerance{0.25};
 
@@ -31,10 +33,13 @@ SleepInhibitors::~SleepInhibitors() = default;
 SleepInhibitors::Creation SleepInhibitors::createAssertion(tidewell::AssertionKind kind,
                                                            const std::string& name) {
   const SleepServices::Row wanted = row(kind);
-  Live live{std::make_shared<SleepAssertion>(kind, name, now_, [this] { attend(); })};
+  Live live{assertionOf(kind, name)};
   if (!wanted.mechanisms.empty()) {
-    lastError_ = live.assertion->hold(wanted.mechanisms);
-    if (lastError_ < 0) return {lastError_, 0};
+    const int error = live.assertion->hold(wanted.mechanisms);
+    // One that was not answered before may not be due to be asked for again.
+    const bool isWaiting = error == 0 && !live.assertion->isHeld();
+    lastError_ = isWaiting ? -ETIMEDOUT : error;
+    if (lastError_ < 0) return failed(std::move(live.assertion), lastError_);
   } else if (wanted.error < 0) {
     lastError_ = wanted.error;
     return {wanted.error, 0};
@@ -45,6 +50,28 @@ SleepInhibitors::Creation SleepInhibitors::createAssertion(tidewell::AssertionKi
   const Creation creation{0, add(std::move(live))};
   attendLater();
   return creation;
+}
+
+/// The one that nobody has answered yet, else a new one.
+std::shared_ptr<SleepAssertion> SleepInhibitors::assertionOf(tidewell::AssertionKind kind,
+                                                             const std::string& name) {
+  const auto found = unanswered_.find(kind);
+  if (found == unanswered_.end())
+    return std::make_shared<SleepAssertion>(kind, name, now_, [this] { attend(); });
+  auto assertion = std::move(found->second.assertion);
+  unanswered_.erase(found);
+  assertion->rename(name);
+  return assertion;
+}
+
+SleepInhibitors::Creation SleepInhibitors::failed(std::shared_ptr<SleepAssertion> assertion,
+                                                  std::int32_t error) {
+  if (error == -ETIMEDOUT) {
+    const tidewell::AssertionKind kind = assertion->kind();
+    unanswered_[kind] = {std::move(assertion), now_()};
+    attendLater();
+  }
+  return {error, 0};
 }
 
 std::uint32_t SleepInhibitors::add(Live live) {
@@ -122,6 +149,10 @@ void SleepInhibitors::serviceChanged(InhibitMechanism* mechanism, bool present) 
     if (mechanism != nullptr && !present) live.assertion->lost(*mechanism);
     hold(live);
   }
+  for (auto& [kind, unanswered] : unanswered_) {
+    if (mechanism != nullptr && present) unanswered.assertion->returned(*mechanism);
+    if (mechanism != nullptr && !present) unanswered.assertion->lost(*mechanism);
+  }
   attendLater();
 }
 
@@ -188,6 +219,8 @@ void SleepInhibitors::attendLater() {
     consider(live.assertion->nextDue());
   for (const InhibitMechanism* mechanism : services_.all())
     consider(readBackDue(*mechanism));
+  for (const auto& [kind, unanswered] : unanswered_)
+    consider(unanswered.askedAt + kKeepUnanswered);
   if (!live_.empty()) consider(lookAgain_);
   attention_.reset();
   if (!next) return;
@@ -198,6 +231,9 @@ void SleepInhibitors::attendLater() {
 
 void SleepInhibitors::attend() {
   if (lookAgain_ && *lookAgain_ <= now_()) lookAgain_.reset();
+  std::erase_if(unanswered_, [now = now_()](const auto& entry) {
+    return entry.second.askedAt + kKeepUnanswered <= now;
+  });
   for (auto& [id, live] : live_)
     hold(live);
   readBack();

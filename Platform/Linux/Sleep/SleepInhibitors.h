@@ -25,6 +25,10 @@ namespace platform {
 /// for again, and a better service that appears later is used. When no service can be asked, an
 /// assertion is only recorded until one can be asked. Now and then the services are asked for their
 /// lists, and what is missing there is taken again.
+///
+/// A service may need longer than a call waits. Then the creation fails, but whoever creates the
+/// same kind again within some seconds gets what the service has granted meanwhile. When nobody
+/// does, the late grant is given back.
 class SleepInhibitors : public tidewell::PowerManagement {
  public:
   /// The buses and `loop` must outlive this object. `now` is the clock of the pauses and retries.
@@ -50,6 +54,15 @@ class SleepInhibitors : public tidewell::PowerManagement {
     std::uint32_t recordedId = 0;
   };
 
+  /// An assertion whose creation failed because no service answered in time.
+  struct Unanswered {
+    std::shared_ptr<SleepAssertion> assertion;
+    Moment askedAt;
+  };
+
+  std::shared_ptr<SleepAssertion> assertionOf(tidewell::AssertionKind kind,
+                                              const std::string& name);
+  Creation failed(std::shared_ptr<SleepAssertion> assertion, std::int32_t error);
   std::uint32_t add(Live live);
   void serviceChanged(InhibitMechanism* mechanism, bool present);
   SleepServices::Row row(tidewell::AssertionKind kind);
@@ -68,6 +81,7 @@ class SleepInhibitors : public tidewell::PowerManagement {
   SleepServices services_;
   ReadBack readBack_;
   std::map<std::uint32_t, Live> live_;
+  std::map<tidewell::AssertionKind, Unanswered> unanswered_;
   std::uint32_t lastId_ = 0;
   std::int32_t lastError_ = 0;  ///< Of the last attempt to take a hold; 0 for want of a service.
   /// When to find out again which services to ask; absent while that is known.

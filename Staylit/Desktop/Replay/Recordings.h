@@ -21,7 +21,7 @@ class Recordings {
   int record(const RecordRequest& request);
 
  private:
-  int recordInto(std::unique_ptr<tidewell::PrivateFile> file, const RecordRequest& request);
+  static int recordInto(std::unique_ptr<tidewell::PrivateFile> file, const RecordRequest& request);
 
   tidewell::Console& console_;
 };

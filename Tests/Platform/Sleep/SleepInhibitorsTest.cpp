@@ -14,6 +14,7 @@ namespace platform {
 namespace {
 
 using namespace testing;  // NOLINT: the fixture's names
+using namespace std::chrono_literals;
 
 TEST_F(SleepTest, AsksGnomeToKeepTheSystemAwakeWhileTheScreenMayGoBlank) {
   const auto gnome = sessionService(kGnome);
@@ -288,8 +289,39 @@ TEST_F(SleepTest, GivesBackAGrantThatComesTooLateForAFailedHold) {
   const auto gnome = sessionService(kGnome);
   gnome->isSilent = true;
   ASSERT_EQ(create(kSystem, "a").code, -ETIMEDOUT);
+  now += 5s;
   gnome->answerLate();
   EXPECT_TRUE(eventually([&] { return gnome->log().size() == 2 && gnome->held().empty(); }));
+}
+
+TEST_F(SleepTest, AHoldThatIsTriedAgainGetsWhatWasGrantedTooLate) {
+  const auto logind = fakeLogind();
+  logind->isSilent = true;
+  ASSERT_EQ(create(kSystem, "a").code, -ETIMEDOUT);
+  now += 2s;
+  EXPECT_EQ(create(kSystem, "a").code, -ETIMEDOUT);
+  EXPECT_EQ(logind->waiting(), 1U) << "logind is not asked twice";
+  logind->answerLate();
+  ASSERT_TRUE(eventually([&] { return logind->granted().size() == 1; }));
+  runBriefly(*loop);
+  EXPECT_EQ(logind->held(), Lines{"idle|Staylit|a|block"});
+  now += 2s;
+  const auto creation = create(kSystem, "b");
+  EXPECT_EQ(creation.code, 0);
+  EXPECT_TRUE(inhibitors->isGranted());
+  EXPECT_EQ(logind->held(), Lines{"idle|Staylit|a|block"}) << "the new name comes a little later";
+  inhibitors->releaseAssertion(creation.id);
+  EXPECT_TRUE(eventually([&] { return logind->held().empty(); }));
+}
+
+TEST_F(SleepTest, AHoldOfAnotherKindDoesNotGetWhatWasGrantedTooLate) {
+  const auto gnome = sessionService(kGnome);
+  gnome->isSilent = true;
+  ASSERT_EQ(create(kDisplay, "a").code, -ETIMEDOUT);
+  gnome->answerLate();
+  runBriefly(*loop);
+  EXPECT_EQ(create(kSystem, "b").code, 0);
+  EXPECT_EQ(gnome->log(), (Lines{"Inhibit com.staylit.app|a|12", "Inhibit com.staylit.app|b|4"}));
 }
 
 TEST_F(SleepTest, KeepsALateGrantForALiveHold) {
@@ -309,6 +341,7 @@ TEST_F(SleepTest, GivesBackALockThatLogindGrantsTooLate) {
   const auto logind = fakeLogind();
   logind->isSilent = true;
   ASSERT_EQ(create(kSystem, "a").code, -ETIMEDOUT);
+  now += 5s;
   logind->answerLate();
   EXPECT_TRUE(eventually([&] { return logind->granted().size() == 1 && logind->held().empty(); }));
 }
