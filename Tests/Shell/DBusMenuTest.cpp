@@ -17,6 +17,7 @@ namespace {
 using testing::appItem;
 using testing::command;
 using testing::FakeMenu;
+using testing::HastyPanel;
 using testing::header;
 using testing::Host;
 using testing::separator;
@@ -345,6 +346,21 @@ TEST_F(DBusMenuTest, TellsTheLayoutThatItHeldBackOnceSomethingIsChosen) {
   ASSERT_FALSE(host->hasSignal("LayoutUpdated 2 0"));
   host->event(pause, "clicked");
   EXPECT_TRUE(eventually([this] { return host->hasSignal("LayoutUpdated 2 0"); }));
+}
+
+TEST_F(DBusMenuTest, HasRoomForItemsThatCameAfterAHastyPanelClosedTheMenu) {
+  HastyPanel panel(*loop, service);
+  const std::size_t before = panel.items();
+  panel.showMenu();
+  delegate.menu.insert(delegate.menu.begin() + 2, appItem("Codex — 7% CPU", "codex", true));
+  menu->refresh();
+  platform::testing::runBriefly(*loop);
+  EXPECT_EQ(panel.items(), before) << "somebody may still look at a menu that cannot grow";
+  // The menu is closed now, of which the panel says nothing.
+  EXPECT_TRUE(eventually([&] { return panel.items() == before + 1; }));
+  panel.showMenu();
+  EXPECT_EQ(panel.height(), before + 1);
+  EXPECT_EQ(panel.items(), before + 1);
 }
 
 TEST_F(DBusMenuTest, StaysOpenUntilTheLastHostClosesIt) {

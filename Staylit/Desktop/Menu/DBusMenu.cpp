@@ -110,7 +110,7 @@ void DBusMenu::announce(const MenuLayout::Change& change) {
   announceItems(change);
   isLayoutUntold_ = isLayoutUntold_ || change.isLayout;
   // The menus of some hosts cannot grow while they are open, so these hosts are told later.
-  if (isLayoutUntold_ && !hosts_.isOnlyGuessed()) announceLayout();
+  if (isLayoutUntold_ && !hosts_.mustKeepLayout()) announceLayout();
 }
 
 void DBusMenu::announceItems(const MenuLayout::Change& change) {

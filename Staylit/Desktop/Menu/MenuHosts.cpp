@@ -11,6 +11,9 @@ namespace {
 constexpr int kTrackedTicks = 150;
 /// For half a minute.
 constexpr int kGuessedTicks = 15;
+/// For ten seconds. Few people look at a menu for longer. A layout that is kept back after the menu
+/// was closed is missing when the menu is shown again, which then has the height of the old one.
+constexpr int kKeptTicks = 5;
 
 }  // namespace
 
@@ -26,6 +29,7 @@ void MenuHosts::opened(sd_bus_message* message) {
   if (!track_ || sd_bus_track_add_sender(track_, message) < 0) return;
   trackedTicks_ = kTrackedTicks;
   guessedTicks_ = 0;
+  keptTicks_ = 0;
   startClock();
 }
 
@@ -38,12 +42,18 @@ void MenuHosts::closed(sd_bus_message* message) {
 void MenuHosts::mayHaveOpened() {
   if (isTracking()) return;
   guessedTicks_ = kGuessedTicks;
+  keptTicks_ = kKeptTicks;
   startClock();
 }
 
 void MenuHosts::surelyClosed() {
   guessedTicks_ = 0;
+  keptTicks_ = 0;
   stopClockIfIdle();
+}
+
+bool MenuHosts::mustKeepLayout() const {
+  return keptTicks_ > 0 && !isTracking();
 }
 
 void MenuHosts::startClock() {
@@ -58,6 +68,7 @@ void MenuHosts::stopClockIfIdle() {
 
 void MenuHosts::tick() {
   if (guessedTicks_ > 0) --guessedTicks_;
+  if (keptTicks_ > 0) --keptTicks_;
   if (track_ && --trackedTicks_ <= 0) forget();
   stopClockIfIdle();
   refresh_();

@@ -35,9 +35,10 @@ class MenuHosts {
   void surelyClosed();
 
   [[nodiscard]] bool isOpen() const { return timer_ != nullptr; }
-  /// Whether the menu is open only with hosts that do not tell. Such hosts also cannot make room
-  /// for another layout.
-  [[nodiscard]] bool isOnlyGuessed() const { return guessedTicks_ > 0 && !isTracking(); }
+  /// Whether the menu was shown a moment ago by a host that does not tell when it closes it. Such a
+  /// host gives the menu its height before it asks, and cannot make room for another layout until
+  /// it shows the menu again.
+  [[nodiscard]] bool mustKeepLayout() const;
 
  private:
   static int allLeft(sd_bus_track* track, void* data);
@@ -55,6 +56,7 @@ class MenuHosts {
   std::unique_ptr<tidewell::RepeatingTimer> timer_;
   int trackedTicks_ = 0;  ///< For how long those that said "opened" still count as open.
   int guessedTicks_ = 0;  ///< For how long the others still may have the menu open.
+  int keptTicks_ = 0;     ///< For how long the others must keep their layout.
 };
 
 }  // namespace staylit

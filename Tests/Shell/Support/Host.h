@@ -129,4 +129,45 @@ class Host {
   std::vector<platform::BusListening> listening_;
 };
 
+/// A panel that behaves as XFCE's does: it shows the items that it knows at once, in a menu whose
+/// height then stays, and only afterwards asks whether they are right. It reads the layout whenever
+/// it is told of another, and never says that it has opened or closed the menu.
+class HastyPanel {
+ public:
+  HastyPanel(platform::EventLoop& loop, const std::string& service) : host_(loop, service) {
+    host_.listenToMenu();
+    items_ = countItems();
+  }
+
+  void showMenu() {
+    readIfTold();
+    height_ = items_;
+    host_.menuCall("AboutToShowGroup",
+                   [](sd_bus_message* message) { return Host::appendNumbers(message, {0}); });
+    readIfTold();
+  }
+  /// How many items the menu has, and for how many there was room when it was shown last.
+  std::size_t items() {
+    readIfTold();
+    return items_;
+  }
+  [[nodiscard]] std::size_t height() const { return height_; }
+
+ private:
+  std::size_t countItems() {
+    const std::string layout = host_.layout(0, -1, {"none"});
+    return static_cast<std::size_t>(std::ranges::count(layout, '(')) - 1;  // Without the root.
+  }
+  void readIfTold() {
+    const auto isLayout = [](const std::string& one) { return one.starts_with("LayoutUpdated"); };
+    if (std::ranges::none_of(host_.signals, isLayout)) return;
+    host_.signals.clear();
+    items_ = countItems();
+  }
+
+  Host host_;
+  std::size_t items_ = 0;
+  std::size_t height_ = 0;
+};
+
 }  // namespace staylit::testing
