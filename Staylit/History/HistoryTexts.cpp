@@ -259,6 +259,18 @@ class DayEntries {
   std::vector<HistoryEntry> entries_;
 };
 
+/// The days in which the program ran; the others have nothing, and may be very many.
+std::vector<LocalDay> daysWithRuns(const HistoryTimeline& timeline, WallTime now) {
+  std::vector<LocalDay> days;
+  for (const auto& run : timeline.runs) {
+    const WallTime end = std::min(run.span.to, now) + std::chrono::nanoseconds(1);
+    for (const LocalDay& day : localDaysBetween(run.span.from, end)) {
+      if (days.empty() || day.from > days.back().from) days.push_back(day);
+    }
+  }
+  return days;
+}
+
 }  // namespace
 
 std::string HistoryTexts::summary(const HistoryTimeline& timeline, WallTime now) {
@@ -279,7 +291,7 @@ std::string HistoryTexts::summary(const HistoryTimeline& timeline, WallTime now)
 std::vector<std::string> HistoryTexts::lines(const HistoryTimeline& timeline, WallTime now,
                                              Style style) {
   std::vector<std::string> lines{summary(timeline, now)};
-  for (const LocalDay& day : localDaysBetween(timeline.from, std::min(timeline.to, now))) {
+  for (const LocalDay& day : daysWithRuns(timeline, now)) {
     const std::vector<std::string> entries = DayEntries(timeline, day, style).lines();
     if (entries.empty()) continue;
     lines.emplace_back();
