@@ -58,6 +58,11 @@ tidewell::Console& readable(platform::PosixConsole& console, platform::PlainCons
                                                         : console;
 }
 
+/// How a history is drawn on this console.
+staylit::HistoryTexts::Style drawing(tidewell::Console& console) {
+  return {signs() == staylit::DoctorReport::Signs::drawn, staylit::mayBeColoured(console)};
+}
+
 int tellStatus(const staylit::StatusRequest& request) {
   platform::EventLoop loop;
   platform::Buses buses(loop);
@@ -92,11 +97,9 @@ int tellHistory(const staylit::HistoryRequest& request) {
   platform::PosixConsole console;
   platform::PlainConsole plain(console);
   const auto source = staylit::readHistory();
-  const bool isUnicode = signs() == staylit::DoctorReport::Signs::drawn;
   const bool isForPeople = request.form == staylit::HistoryRequest::Form::text;
   const int status = staylit::HistoryPrinter::print(
-      source, request, isForPeople ? readable(console, plain) : console,
-      {isUnicode, staylit::mayBeColoured(console)});
+      source, request, isForPeople ? readable(console, plain) : console, drawing(console));
   return exitStatus(console, status);
 }
 
@@ -160,7 +163,7 @@ int main(int argc, char** argv) {
     platform::PlainConsole plain(console);
     const bool isForPeople = request->form == staylit::ReplayRequest::Form::text;
     staylit::Recordings recordings(isForPeople ? readable(console, plain) : console);
-    return exitStatus(console, recordings.replay(*request));
+    return exitStatus(console, recordings.replay(*request, drawing(console)));
   }
   if (const auto request = staylit::RecordRequest::in(arguments)) {
     platform::PosixConsole console;

@@ -20,9 +20,6 @@ namespace {
 constexpr int kTicksOfAMinute = 30;
 /// The system seldom forgets to tell that it has woken, but a dark wake of a Mac is none.
 constexpr int kTicksUntilCertainlyAwake = 5;
-/// Nothing but sleep keeps a program from its ticks for so long. The monitor forgets its samples
-/// after the same time.
-constexpr std::chrono::seconds kLongestWait{120};
 constexpr std::int64_t kStepOfCharge = 5;
 
 bool isTheSamePower(const tidewell::PowerState& left, const tidewell::PowerState& right) {

@@ -30,6 +30,10 @@ namespace staylit {
 /// outlive it, and the ports must be the installed ones.
 class HistoryRecorder {
  public:
+  /// Nothing but sleep keeps a program from its ticks for so long. The monitor forgets its samples
+  /// after the same time.
+  static constexpr std::chrono::seconds kLongestWait{120};
+
   HistoryRecorder(StaylitEngine& engine, tidewell::Ports& ports, HistoryLog& log);
 
   /// The program ends in order; nothing is recorded after that. Without this call the run counts as

@@ -3,17 +3,21 @@
 #include <cstdint>
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "Tidewell/Ports/PowerManagement.h"
 
 namespace staylit {
 
-/// Keeps account of assertions and holds nothing, for an engine that only looks.
+/// Keeps account of assertions and holds nothing, for an engine that only looks. Each assertion
+/// counts as granted by one service of the given name.
 class AccountedHolds : public tidewell::PowerManagement {
  public:
+  explicit AccountedHolds(std::string service) : service_(std::move(service)) {}
+
   Creation createAssertion(tidewell::AssertionKind kind, const std::string& name) override {
-    live_.emplace(++lastId_, LiveAssertion{kind, name, {}});
+    live_.emplace(++lastId_, LiveAssertion{kind, name, {{service_, {}}}});
     return {0, lastId_};
   }
   void setAssertionName(std::uint32_t id, const std::string& name) override {
@@ -29,6 +33,7 @@ class AccountedHolds : public tidewell::PowerManagement {
   }
 
  private:
+  std::string service_;
   std::map<std::uint32_t, LiveAssertion> live_;
   std::uint32_t lastId_ = 0;
 };

@@ -45,7 +45,7 @@ int RecordSession::finish() {
 }
 
 tidewell::Ports& RecordSession::withoutHolds(tidewell::Ports& ports) {
-  ports.powerManagement = std::make_shared<AccountedHolds>();
+  ports.powerManagement = std::make_shared<AccountedHolds>("recording");
   ports.log = std::make_shared<SilentLog>();
   return ports;
 }

@@ -5,6 +5,8 @@
 #include <utility>
 #include <variant>
 
+#include "Staylit/History/HistoryLog.h"
+#include "Staylit/History/HistoryRecorder.h"
 #include "Staylit/Prefs.h"
 #include "Staylit/Replay/ReplayPorts.h"
 #include "Staylit/StaylitEngine.h"
@@ -39,13 +41,10 @@ std::chrono::seconds timeToSettle() {
 /// How one side stands after `status`, when it stood as `before` until then.
 ReplayStretch::Side sideAfter(const EngineStatus& status, const ReplayStretch::Side& before) {
   ReplayStretch::Side side;
-  side.status = withoutSeconds(status);
   if (const auto* holding = std::get_if<EngineStatus::Holding>(&status.value)) {
     side.isHeld = true;
     side.names = holding->names;
     std::ranges::sort(side.names);
-    // The order of the names is no news.
-    side.status = EngineStatus::holding(side.names);
   } else if (std::holds_alternative<EngineStatus::Winding>(status.value)) {
     side.isHeld = true;
     side.names = before.names;
@@ -55,11 +54,34 @@ ReplayStretch::Side sideAfter(const EngineStatus& status, const ReplayStretch::S
 
 }  // namespace
 
+/// Keeps the events of all runs. A tick decides some milliseconds after its samples; here its
+/// events are of the time of the samples, as is the comparison.
+class Replay::Events : public HistoryLog {
+ public:
+  /// `tick` is when the present tick was, and changes with each.
+  Events(History& history, const tidewell::Moment& tick) : history_(history), tick_(tick) {}
+
+  void append(const HistoryEvent& event) override {
+    HistoryEvent& kept = history_.events.emplace_back(event);
+    const auto late = std::max(kept.moment - tick_, std::chrono::nanoseconds(0));
+    kept.moment -= late;
+    kept.at -= late;
+    auto* started = std::get_if<HistoryEvent::Started>(&kept.what);
+    if (started) started->lastSeen = history_.lastSeen;
+  }
+  void refresh() override {}
+
+ private:
+  History& history_;
+  const tidewell::Moment& tick_;
+};
+
 /// One run of the recorded program, and the engine that repeats it.
 struct Replay::Run {
   Run(std::shared_ptr<tidewell::Text> text, const tidewell::PropertyDictionary& settings,
-      const TapeBegan& began)
+      const TapeBegan& began, History& history)
       : ports(std::move(text), settings),
+        events(history, now),
         number(began.run),
         isWhole(began.isFirst),
         first(began.at),
@@ -67,10 +89,14 @@ struct Replay::Run {
 
   ReplayPorts ports;
   StaylitEngine engine{ports.ports()};
+  Events events;
+  /// Absent until the first tick, which tells the settings.
+  std::optional<HistoryRecorder> recorder;
   std::uint64_t number;
   bool isWhole;
   tidewell::Moment first;
   tidewell::Moment now;  ///< Of the last event.
+  tidewell::Moment countsFrom;
   tidewell::Moment clockSetAt;
   tidewell::WallTime clockSetTo{};
   std::chrono::nanoseconds warmUp{};
@@ -101,15 +127,17 @@ void Replay::play(std::string_view file) {
 }
 
 ReplayResult Replay::finish() {
-  endRun();
+  endRun(Ending::unknown);
+  // What goes on at the end of the recording is not over, and what is known of it ends there.
+  result_.history.now = result_.to + std::chrono::nanoseconds(1);
   return std::move(result_);
 }
 
 void Replay::happen(const TapeBegan& began) {
   const bool goesOn = run_ && !began.isFirst && began.run == run_->number && began.at >= run_->now;
   if (!goesOn) {
-    endRun();
-    run_ = std::make_unique<Run>(text_, settings_, began);
+    endRun(Ending::unknown);
+    run_ = std::make_unique<Run>(text_, settings_, began, result_.history);
     ++result_.runs;
   }
   result_.program = began.program;
@@ -135,7 +163,7 @@ void Replay::happen(const TapeMark& mark) {
   switch (mark.kind) {
     case TapeMark::Kind::paused:
       run_->engine.setPaused(true);
-      run_->was = run_->would = {EngineStatus::paused(), {}, false};
+      run_->was = run_->would = {};
       return;
     case TapeMark::Kind::resumed:
       run_->isResumed = true;
@@ -143,13 +171,15 @@ void Replay::happen(const TapeMark& mark) {
     case TapeMark::Kind::willSleep:
       run_->ports.sleep();
       run_->isAsleep = true;
+      // Before sleep the hold is let go, and the next one comes with a tick.
+      run_->was.isHeld = run_->would.isHeld = false;
       return;
     case TapeMark::Kind::didWake:
       run_->ports.wake();
       run_->isAsleep = false;
       return;
     case TapeMark::Kind::ended:
-      endRun();
+      endRun(Ending::inOrder);
       return;
   }
 }
@@ -165,6 +195,8 @@ void Replay::happen(const TapeClockSet& clockSet) {
 void Replay::decide() {
   Run& run = *run_;
   if (!std::exchange(run.isStarted, true)) {
+    run.countsFrom = run.now;
+    run.recorder.emplace(run.engine, run.ports.ports(), run.events);
     run.engine.start();
     if (!run.isWhole) run.warmUp = timeToSettle();
   } else if (std::exchange(run.isResumed, false)) {
@@ -191,16 +223,16 @@ void Replay::advance(tidewell::Moment to) {
   const tidewell::Moment from = std::exchange(run_->now, to);
   if (isWarmingUp(to)) {
     result_.warmUp += to - from;
+    run_->countsFrom = to;
     return;
   }
   if (to == from || !run_->isStarted) return;
-  ReplayStretch next{wallTimeOf(from), to - from, run_->isAsleep, run_->was, run_->would};
-  if (next.isAsleep) next.was = next.would = {};
+  ReplayStretch next{to - from, run_->was, run_->would};
+  const bool isAsleep = run_->isAsleep || next.length >= HistoryRecorder::kLongestWait;
+  if (isAsleep) next.was = next.would = {};
   if (!result_.stretches.empty()) {
     ReplayStretch& last = result_.stretches.back();
-    const bool isSame = last.isAsleep == next.isAsleep && last.was == next.was &&
-                        last.would == next.would && last.from + last.length == next.from;
-    if (isSame) {
+    if (last.was == next.was && last.would == next.would) {
       last.length += next.length;
       return;
     }
@@ -208,8 +240,27 @@ void Replay::advance(tidewell::Moment to) {
   result_.stretches.push_back(std::move(next));
 }
 
-void Replay::endRun() {
+void Replay::endRun(Ending ending) {
+  if (run_ && run_->recorder) {
+    const bool isInOrder = ending == Ending::inOrder;
+    if (isInOrder) run_->recorder->stop();
+    noteRange();
+    result_.history.isRunning = !isInOrder;
+    if (isInOrder) result_.history.lastSeen.reset();
+  }
   run_.reset();
+}
+
+void Replay::noteRange() {
+  // As in a timeline, the last event of the run tells when all others were.
+  const HistoryEvent& last = result_.history.events.back();
+  const auto wallTime = [&last](tidewell::Moment at) { return last.at + (at - last.moment); };
+  const tidewell::WallTime from = wallTime(run_->countsFrom);
+  const tidewell::WallTime to = wallTime(run_->now);
+  const bool isFirst = !std::exchange(hasRange_, true);
+  result_.from = isFirst ? from : std::min(result_.from, from);
+  result_.to = isFirst ? to : std::max(result_.to, to);
+  result_.history.lastSeen = to;
 }
 
 bool Replay::isWarmingUp(tidewell::Moment at) const {

@@ -8,28 +8,25 @@
 #include <string_view>
 #include <vector>
 
-#include "Staylit/EngineStatus.h"
+#include "Staylit/History/HistoryTimeline.h"
 #include "Staylit/Replay/Tape.h"
 #include "Staylit/Replay/TapeReader.h"
 #include "Tidewell/Ports/Text.h"
 
 namespace staylit {
 
-/// A time in which neither what was decided nor what a replay decides changed.
+/// A time in which neither what was held nor what a replay holds changed.
 struct ReplayStretch {
   /// What one of the two made of this time.
   struct Side {
-    EngineStatus status{EngineStatus::Idle()};  ///< Without the seconds of a countdown.
-    /// What a hold is for; after the work, what it was for. Sorted; empty when there is no hold,
-    /// and in a hold that no work came before.
-    std::vector<std::string> names;
     bool isHeld = false;
+    /// What a hold is for; after the work, what it was for. Sorted; empty in a hold that no work
+    /// came before.
+    std::vector<std::string> names;
     friend bool operator==(const Side&, const Side&) = default;
   };
 
-  tidewell::WallTime from{};
   std::chrono::nanoseconds length{};
-  bool isAsleep = false;  ///< The machine slept, and neither held it.
   Side was;
   Side would;
 };
@@ -42,7 +39,14 @@ struct ReplayedDifference {
 };
 
 struct ReplayResult {
-  std::vector<ReplayStretch> stretches;  ///< One after the other, with gaps between two runs.
+  /// What the replay did, as the program itself keeps it. All times are by the wall clock of the
+  /// recording, of which `now` is the end. It is "running" if the last run goes on there.
+  History history;
+  /// What of the history counts: from the first tick, or the end of the warm-up, to the last event.
+  /// The warm-up of a later run is part of it.
+  tidewell::WallTime from{};
+  tidewell::WallTime to{};
+  std::vector<ReplayStretch> stretches;  ///< For comparison; one after the other.
   std::uint64_t ticks = 0;
   std::uint64_t differingTicks = 0;
   std::vector<ReplayedDifference> differences;  ///< The first ones.
@@ -57,9 +61,10 @@ struct ReplayResult {
 
 /// Runs the engine over a tape in virtual time, with other settings where some are given.
 ///
-/// The engine, the activity monitor and the catalogue are those of the program, so that the same
-/// tape gives the same decisions. While this object lives, its ports are the installed ones. Main
-/// thread only. Nothing here fails: a tape that cannot be read gives nothing.
+/// The engine, the activity monitor, the catalogue and the recorder of the history are those of the
+/// program, so that the same tape gives the same decisions. While this object lives, its ports are
+/// the installed ones. Main thread only. Nothing here fails: a tape that cannot be read gives
+/// nothing.
 class Replay {
  public:
   /// `settings` count in place of those on the tape.
@@ -76,6 +81,8 @@ class Replay {
 
  private:
   struct Run;
+  class Events;
+  enum class Ending { inOrder, unknown };
 
   void happen(const TapeBegan& began);
   void happen(const TapedTick& tick);
@@ -84,13 +91,15 @@ class Replay {
   void decide();
   void compare(const TapedTick& tick);
   void advance(tidewell::Moment to);
-  void endRun();
+  void endRun(Ending ending);
+  void noteRange();
   [[nodiscard]] bool isWarmingUp(tidewell::Moment at) const;
   [[nodiscard]] tidewell::WallTime wallTimeOf(tidewell::Moment moment) const;
 
   std::shared_ptr<tidewell::Text> text_;
   tidewell::PropertyDictionary settings_;
   ReplayResult result_;
+  bool hasRange_ = false;  ///< Whether the result has one.
   std::unique_ptr<TapeReader> reader_;
   std::uint32_t version_ = 0;  ///< Of the names that the ports have.
   std::uint32_t readersVersion_ = 0;

@@ -41,7 +41,7 @@ ReplayCommand::ReplayCommand(tidewell::Console& console, std::shared_ptr<tidewel
                              std::string ring)
     : console_(console), text_(std::move(text)), ring_(std::move(ring)) {}
 
-ReplayCommand::Exit ReplayCommand::replay(const ReplayRequest& request) {
+ReplayCommand::Exit ReplayCommand::replay(const ReplayRequest& request, HistoryTexts::Style style) {
   if (!request.error.empty()) return fail(request.error);
   const auto files = request.file ? read({*request.file}) : ringFiles();
   if (!files) return trouble;
@@ -63,7 +63,7 @@ ReplayCommand::Exit ReplayCommand::replay(const ReplayRequest& request) {
   if (request.form == ReplayRequest::Form::json) {
     console_.printLine(report.json());
   } else {
-    for (const std::string& line : report.lines(*text_))
+    for (const std::string& line : report.lines(*text_, style))
       console_.printLine(line);
   }
   if (report.isEmpty()) return trouble;

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "Staylit/History/HistoryTexts.h"
 #include "Staylit/Replay/ReplayRequest.h"
 #include "Tidewell/Ports/Console.h"
 #include "Tidewell/Ports/PrivateFolder.h"
@@ -26,7 +27,7 @@ class ReplayCommand {
   /// `ring` is the folder of the ring; empty where there is none.
   ReplayCommand(tidewell::Console& console, std::shared_ptr<tidewell::Text> text, std::string ring);
 
-  Exit replay(const ReplayRequest& request);
+  Exit replay(const ReplayRequest& request, HistoryTexts::Style style);
   Exit copyRing(const RecordRequest& request, std::unique_ptr<tidewell::PrivateFile> file);
 
  private:

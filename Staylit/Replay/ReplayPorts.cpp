@@ -348,7 +348,7 @@ ReplayPorts::ReplayPorts(std::shared_ptr<tidewell::Text> text,
   ports_.serialQueues = std::make_shared<Queues>();
   ports_.networkMeter = meter_;
   ports_.powerSources = power_;
-  ports_.powerManagement = std::make_shared<AccountedHolds>();
+  ports_.powerManagement = std::make_shared<AccountedHolds>("replay");
   ports_.assertionTable = assertions_;
   ports_.sleepNotifications = sleepNotifications_;
   ports_.loginItem = std::make_shared<NoLoginItem>();

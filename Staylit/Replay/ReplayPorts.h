@@ -18,7 +18,8 @@ namespace staylit {
 /// lives. All that is made on its ports must be destroyed before it. Main thread only.
 ///
 /// Each application of the tape is one process. The network is measured at once, so that a tick
-/// gets the totals that the recorded tick had. Nothing is held, logged or stored.
+/// gets the totals that the recorded tick had. Nothing is held, logged or stored; a hold
+/// counts as granted by "replay". A history is wanted (`keys::historyEnabled`).
 class ReplayPorts {
  public:
   /// `settings` count in place of those of the tape.

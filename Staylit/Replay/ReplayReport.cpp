@@ -1,9 +1,10 @@
 #include "Staylit/Replay/ReplayReport.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
-#include <variant>
 
+#include "Staylit/History/HistoryJson.h"
 #include "Staylit/JsonText.h"
 #include "Staylit/TimeTexts.h"
 
@@ -45,47 +46,12 @@ Texts namesOf(const ReplayStretch::Side& side) {
   return side.names.empty() ? Texts{kBeginning} : side.names;
 }
 
-/// "Awake for ffmpeg", with all names.
-std::string reasonOf(const ReplayStretch::Side& side) {
-  const Texts names = namesOf(side);
-  const bool works = std::holds_alternative<EngineStatus::Holding>(side.status.value);
-  if (works || side.names.empty()) return joinedTexts(names, ", ");
-  return "grace period after " + joinedTexts(names, ", ");
-}
-
-std::string stretchLine(const ReplayStretch& stretch, const std::string& what) {
-  return "  " + timeOfDay(stretch.from) + " \u2013 " + timeOfDay(stretch.from + stretch.length) +
-         "  " + what + "  (" + lengthOfTime(stretch.length) + ")";
-}
-
 std::string jsonOfSum(const ReplayReport::Sum& sum, const std::string* name) {
   JsonObject object;
   if (name) object.addText("name", *name);
   object.addNumber("wasSeconds", flooredSeconds(sum.was));
   object.addNumber("wouldBeSeconds", flooredSeconds(sum.would));
   return object.text();
-}
-
-std::string jsonOfSide(const ReplayStretch::Side& side) {
-  JsonObject object;
-  object.addText("state", side.status.name()).addFlag("held", side.isHeld);
-  Texts names;
-  for (const std::string& name : side.names)
-    names.push_back(jsonText(name));
-  if (const auto* blocked = std::get_if<EngineStatus::Blocked>(&side.status.value)) {
-    object.addText("reason", blocked->reason);
-  }
-  return object.add("names", jsonList(names)).text();
-}
-
-std::string jsonOfStretch(const ReplayStretch& stretch) {
-  return JsonObject()
-      .addText("from", inUniversalTime(stretch.from))
-      .addText("to", inUniversalTime(stretch.from + stretch.length))
-      .addFlag("asleep", stretch.isAsleep)
-      .add("was", jsonOfSide(stretch.was))
-      .add("wouldBe", jsonOfSide(stretch.would))
-      .text();
 }
 
 }  // namespace
@@ -117,25 +83,46 @@ ReplayReport::Sum& ReplayReport::sumOf(const std::string& name) {
   return names_.emplace_back(NamedSum{name, {}}).sum;
 }
 
-Texts ReplayReport::lines(tidewell::Text& text) const {
-  if (isEmpty()) return {aboutRecording()};
-  Texts all{aboutRecording(), aboutWhatWas()};
-  if (changed_) all.push_back(aboutDifference());
-  for (std::string& sentence : aboutFaithfulness())
-    all.push_back(std::move(sentence));
-  for (std::string& row : table(text))
-    all.push_back(std::move(row));
-  for (std::string& hold : holds())
-    all.push_back(std::move(hold));
+HistoryTimeline ReplayReport::timeline() const {
+  return timelineOf(result().history, result().from, result().to);
+}
+
+Texts ReplayReport::lines(tidewell::Text& text, HistoryTexts::Style style) const {
+  Texts all{aboutRecording()};
+  if (isEmpty()) return all;
+  const auto add = [&all](Texts more) { std::ranges::move(more, std::back_inserter(all)); };
+  add(aboutFaithfulness());
+  all.emplace_back();
+  add(history(style));
+  add(comparison(text));
+  return all;
+}
+
+Texts ReplayReport::history(HistoryTexts::Style style) const {
+  Texts all;
+  if (changed_) {
+    all.push_back("With " + joinedTexts(settings_, " and ") + ":");
+  } else if (!isFaithful()) {
+    all.emplace_back("Replayed by this version:");
+  }
+  for (std::string& line : HistoryTexts::lines(timeline(), result().history.now, style))
+    all.push_back(std::move(line));
+  return all;
+}
+
+Texts ReplayReport::comparison(tidewell::Text& text) const {
+  const bool hasNothingToCompare = !changed_ && isFaithful();
+  if (hasNothingToCompare) return {};
+  Texts all{"", aboutWhatWas(), aboutDifference()};
+  std::ranges::move(table(text), std::back_inserter(all));
   return all;
 }
 
 std::string ReplayReport::aboutRecording() const {
   if (isEmpty()) return "The recording has nothing that can be judged.";
-  const ReplayStretch* first = plain_.stretches.empty() ? nullptr : &plain_.stretches.front();
   std::string sentence = "The recording has " + ticksText(plain_.ticks) + " in " +
-                         lengthOfTime(length_) + " by " + plain_.program;
-  if (first) sentence += ", from " + inUniversalTime(first->from);
+                         lengthOfTime(length_) + " by " + plain_.program + ", from " +
+                         inUniversalTime(plain_.from);
   if (plain_.runs > 1) sentence += ", in " + std::to_string(plain_.runs) + " runs";
   if (plain_.warmUp.count() > 0) {
     sentence += ", and " + lengthOfTime(plain_.warmUp) + " before them that only warm up";
@@ -156,8 +143,9 @@ std::string ReplayReport::aboutWhatWas() const {
 }
 
 std::string ReplayReport::aboutDifference() const {
-  const std::string begin = "With " + joinedTexts(settings_, " and ") +
-                            " it would have been held for " + lengthOfTime(total_.would);
+  const std::string how =
+      changed_ ? "With " + joinedTexts(settings_, " and ") : std::string("By this version");
+  const std::string begin = how + " it would have been held for " + lengthOfTime(total_.would);
   const auto difference = total_.difference();
   if (lost_.empty() && gained_.empty()) return begin + ": no difference.";
   if (gained_.empty()) {
@@ -207,7 +195,7 @@ Texts ReplayReport::aboutFaithfulness() const {
 }
 
 Texts ReplayReport::table(tidewell::Text& text) const {
-  if (!changed_ || names_.empty()) return {};
+  if (names_.empty()) return {};
   const auto row = [&text](const std::string& name, const std::string& was,
                            const std::string& would, const std::string& difference) {
     return "  " + text.padded(name, kReplayNameWidth) + text.padded(was, kTimeWidth) +
@@ -223,20 +211,6 @@ Texts ReplayReport::table(tidewell::Text& text) const {
   return rows;
 }
 
-Texts ReplayReport::holds() const {
-  Texts rows;
-  for (const ReplayStretch& stretch : result().stretches) {
-    if (stretch.isAsleep) {
-      rows.push_back(stretchLine(stretch, "asleep"));
-    } else if (stretch.would.isHeld) {
-      rows.push_back(stretchLine(stretch, reasonOf(stretch.would)));
-    }
-  }
-  const char* title = changed_ ? "It would have been held:" : "It was held:";
-  if (!rows.empty()) rows.insert(rows.begin(), {"", title});
-  return rows;
-}
-
 std::string ReplayReport::json() const {
   Texts settings;
   for (const std::string& setting : settings_)
@@ -244,9 +218,6 @@ std::string ReplayReport::json() const {
   Texts names;
   for (const auto& [name, sum] : names_)
     names.push_back(jsonOfSum(sum, &name));
-  Texts stretches;
-  for (const ReplayStretch& stretch : result().stretches)
-    stretches.push_back(jsonOfStretch(stretch));
   return JsonObject()
       .addNumber("version", kJsonVersion)
       .addText("program", plain_.program)
@@ -259,7 +230,7 @@ std::string ReplayReport::json() const {
       .add("settings", jsonList(settings))
       .add("held", jsonOfSum(total_, nullptr))
       .add("names", jsonList(names))
-      .add("stretches", jsonList(stretches))
+      .add("history", historyJson(timeline(), result().history))
       .text();
 }
 

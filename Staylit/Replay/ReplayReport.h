@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "Staylit/History/HistoryTexts.h"
 #include "Staylit/Replay/Replay.h"
 #include "Tidewell/Ports/Clock.h"
 #include "Tidewell/Ports/Text.h"
@@ -16,7 +17,7 @@ namespace staylit {
 class ReplayReport {
  public:
   /// Of the JSON form. Grows when a member goes or means something else; not when one is added.
-  static constexpr std::int64_t kJsonVersion = 1;
+  static constexpr std::int64_t kJsonVersion = 2;
 
   /// For how long something kept the machine awake: what was, and what would have been.
   struct Sum {
@@ -44,22 +45,26 @@ class ReplayReport {
   [[nodiscard]] bool isFaithful() const { return plain_.differingTicks == 0; }
   [[nodiscard]] bool isEmpty() const { return plain_.ticks == 0; }
 
-  /// The answer in sentences, a table of the differences, and the holds.
-  [[nodiscard]] std::vector<std::string> lines(tidewell::Text& text) const;
-  /// One line.
+  /// What would have been held, as the history says it, then the difference in sentences and as a
+  /// table. Main thread only, because times are local.
+  [[nodiscard]] std::vector<std::string> lines(tidewell::Text& text,
+                                               HistoryTexts::Style style) const;
+  /// One line. Main thread only.
   [[nodiscard]] std::string json() const;
 
  private:
   [[nodiscard]] const ReplayResult& result() const { return changed_ ? *changed_ : plain_; }
+  [[nodiscard]] HistoryTimeline timeline() const;
   void add(const ReplayStretch& stretch);
   Sum& sumOf(const std::string& name);
   [[nodiscard]] std::string aboutRecording() const;
   [[nodiscard]] std::vector<std::string> aboutFaithfulness() const;
+  [[nodiscard]] std::vector<std::string> history(HistoryTexts::Style style) const;
+  [[nodiscard]] std::vector<std::string> comparison(tidewell::Text& text) const;
   [[nodiscard]] std::string aboutWhatWas() const;
   [[nodiscard]] std::string aboutDifference() const;
   [[nodiscard]] std::string whoseIs(const std::vector<std::vector<std::string>>& changes) const;
   [[nodiscard]] std::vector<std::string> table(tidewell::Text& text) const;
-  [[nodiscard]] std::vector<std::string> holds() const;
 
   ReplayResult plain_;
   std::optional<ReplayResult> changed_;

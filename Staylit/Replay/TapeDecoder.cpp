@@ -13,8 +13,8 @@ namespace part = tapeFormat::part;
 
 namespace {
 
-/// Within these limits (73 and 146 years) times can be added and subtracted without a thought.
-constexpr std::int64_t kLatestMoment = std::int64_t{1} << 61;
+/// Within these limits (36 and 146 years) times can be added and subtracted without a thought.
+constexpr std::int64_t kLatestMoment = std::int64_t{1} << 60;
 constexpr std::int64_t kLatestWallTime = std::int64_t{1} << 62;
 
 /// The engine reads its clock twice in a tick, and never as far apart as this.

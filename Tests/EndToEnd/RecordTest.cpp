@@ -55,7 +55,12 @@ TEST_F(RecordTest, RecordsLiveWorkAndDecidesTheSameAgain) {
   const std::string report = replayed({tape()});
   EXPECT_NE(report.find("As recorded, a replay decides the same at each of "), std::string::npos)
       << report;
+  EXPECT_NE(report.find("\nHeld for "), std::string::npos) << report;
+  EXPECT_NE(report.find("Aider is working"), std::string::npos) << report;
+  EXPECT_NE(report.find("  Staylit ended\n"), std::string::npos) << report;
   const std::string other = replayed({tape(), "--set", "ignoredApps=[\"aider\"]"});
+  EXPECT_NE(other.find("With ignoredApps = [\"aider\"]:\nHeld for "), std::string::npos) << other;
+  EXPECT_EQ(other.find("Aider is working"), std::string::npos) << other;
   EXPECT_NE(other.find("With ignoredApps = [\"aider\"] it would have been held for "),
             std::string::npos)
       << other;
@@ -70,8 +75,9 @@ TEST_F(RecordTest, WritesAFileOfTheUsersOwnAndNeverOverAnother) {
   EXPECT_EQ(status.st_mode & 07777U, 0600U);
   EXPECT_EQ(wait(start({"--record", tape()})), 2);
   EXPECT_EQ(output("err"), "staylit: " + tape() + ": File exists\n");
-  EXPECT_EQ(replayed({tape(), "--set", "sustainSeconds=1", "--json"}).find("ecret"),
-            std::string::npos);
+  const std::string object = replayed({tape(), "--set", "sustainSeconds=1", "--json"});
+  EXPECT_EQ(object.find("ecret"), std::string::npos) << object;
+  EXPECT_NE(object.find(R"("reason":"app-)"), std::string::npos) << object;
 }
 
 TEST_F(RecordTest, KeepsTheLastDayAndLosesOnlyALittleWhenItIsKilled) {
@@ -91,7 +97,8 @@ TEST_F(RecordTest, KeepsTheLastDayAndLosesOnlyALittleWhenItIsKilled) {
   const std::string report = replayed({});
   EXPECT_NE(report.find("As recorded, a replay decides the same at each of "), std::string::npos)
       << report;
-  EXPECT_NE(report.find("Aider"), std::string::npos) << report;
+  EXPECT_NE(report.find("Aider is working"), std::string::npos) << report;
+  EXPECT_EQ(report.find("Staylit ended"), std::string::npos) << "nobody knows it\n" << report;
   EXPECT_EQ(wait(start({"--record", tape(), "--ring", "--anonymous"})), 0) << output("err");
   EXPECT_NE(replayed({tape()}).find("; names are made up"), std::string::npos);
 }

@@ -18,7 +18,7 @@ void replay(std::string_view file) {
   staylit::Replay replay(text, {});
   replay.play(file);
   const staylit::ReplayReport report(replay.finish(), std::nullopt, {});
-  for (const std::string& line : report.lines(*text))
+  for (const std::string& line : report.lines(*text, {true, false}))
     fuzz::require(tidewell::isValidUtf8(line));
   fuzz::require(tidewell::isValidUtf8(report.json()));
 }

@@ -19,11 +19,15 @@ int tellHistory(const HistoryRequest& request, tidewell::Ports& ports) {
   const HistoryPrinter::Source source{
       historyIn({content.text, content.lastWritten, content.isInUse}, ports.clock->wallTime()),
       folder.string(), std::move(content.error), ports.defaults->boolean(keys::historyEnabled)};
+  return HistoryPrinter::print(source, request, *ports.console, terminalStyle(ports));
+}
+
+HistoryTexts::Style terminalStyle(tidewell::Ports& ports) {
   const char* noColour = std::getenv("NO_COLOR");
   const bool isColoured =
       ports.console->outputIsTerminal() && std::string_view(noColour ? noColour : "").empty();
   // A Mac's terminal shows all characters.
-  return HistoryPrinter::print(source, request, *ports.console, {true, isColoured});
+  return {true, isColoured};
 }
 
 }  // namespace staylit

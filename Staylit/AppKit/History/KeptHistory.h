@@ -9,4 +9,7 @@ namespace staylit {
 /// end. Main thread only.
 int tellHistory(const HistoryRequest& request, tidewell::Ports& ports);
 
+/// How a history is drawn on the terminal, if there is one.
+[[nodiscard]] HistoryTexts::Style terminalStyle(tidewell::Ports& ports);
+
 }  // namespace staylit

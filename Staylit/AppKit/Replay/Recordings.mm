@@ -10,6 +10,7 @@
 
 #include "Platform/MacOS/Settings/RingFolder.h"
 #include "Platform/Posix/Files/PosixPrivateFolder.h"
+#include "Staylit/AppKit/History/KeptHistory.h"
 #include "Staylit/Replay/RecordSession.h"
 #include "Staylit/Replay/ReplayCommand.h"
 #include "Staylit/Version.h"
@@ -48,7 +49,8 @@ class RunLoopEndings {
 }  // namespace
 
 int Recordings::replay(const ReplayRequest& request) {
-  return ReplayCommand(*ports_.console, ports_.text, platform::ringFolder()).replay(request);
+  return ReplayCommand(*ports_.console, ports_.text, platform::ringFolder())
+      .replay(request, terminalStyle(ports_));
 }
 
 int Recordings::record(const RecordRequest& request) {

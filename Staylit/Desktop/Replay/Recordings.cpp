@@ -15,8 +15,9 @@ namespace staylit {
 
 namespace fs = std::filesystem;
 
-int Recordings::replay(const ReplayRequest& request) {
-  return ReplayCommand(console_, platform::makeLinuxText(), platform::ringFolder()).replay(request);
+int Recordings::replay(const ReplayRequest& request, HistoryTexts::Style style) {
+  return ReplayCommand(console_, platform::makeLinuxText(), platform::ringFolder())
+      .replay(request, style);
 }
 
 int Recordings::record(const RecordRequest& request) {

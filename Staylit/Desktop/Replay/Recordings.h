@@ -3,6 +3,7 @@
 #include <memory>
 #include <string>
 
+#include "Staylit/History/HistoryTexts.h"
 #include "Staylit/Replay/ReplayRequest.h"
 #include "Tidewell/Ports/Console.h"
 #include "Tidewell/Ports/PrivateFolder.h"
@@ -15,7 +16,7 @@ class Recordings {
  public:
   explicit Recordings(tidewell::Console& console) : console_(console) {}
 
-  int replay(const ReplayRequest& request);
+  int replay(const ReplayRequest& request, HistoryTexts::Style style);
 
   /// Returns when SIGINT, SIGTERM or SIGHUP ends the recording, or the file takes nothing more.
   int record(const RecordRequest& request);

@@ -3,13 +3,13 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <fstream>
 #include <memory>
 #include <sstream>
 #include <string>
-#include <variant>
 #include <vector>
 
 #include "Staylit/Replay/Replay.h"
@@ -41,19 +41,19 @@ ReplayResult replayOf(const std::string& name, tidewell::PropertyDictionary sett
 /// "54-92 ffmpeg", in seconds since the beginning, for each time in which the machine is held for
 /// work, and "92-122 grace" for each grace period.
 Texts holdsIn(const ReplayResult& result) {
+  const auto second = [&result](tidewell::WallTime at) {
+    return std::to_string(std::lround(tidewell::Seconds(at - result.from).count()));
+  };
   Texts holds;
-  for (const ReplayStretch& stretch : result.stretches) {
-    if (!stretch.would.isHeld) continue;
-    const auto second = [&result](tidewell::WallTime at) {
-      const tidewell::Seconds since = at - result.stretches.front().from;
-      return std::to_string(std::lround(since.count()));
-    };
-    std::string hold = second(stretch.from) + "-" + second(stretch.from + stretch.length);
-    const bool works = std::holds_alternative<EngineStatus::Holding>(stretch.would.status.value);
-    if (!works) hold += " grace";
-    for (const std::string& name : works ? stretch.would.names : Texts())
-      hold += (name == stretch.would.names.front() ? " " : " + ") + name;
-    holds.push_back(hold);
+  for (const auto& hold : timelineOf(result.history, result.from, result.to).holds) {
+    for (auto part : hold.parts) {
+      std::string text = second(part.from) + "-" + second(part.to);
+      if (part.state == StatusReport::State::winding) text += " grace";
+      std::ranges::sort(part.names);
+      for (const std::string& name : part.names)
+        text += (name == part.names.front() ? " " : " + ") + name;
+      holds.push_back(text);
+    }
   }
   return holds;
 }

@@ -2,11 +2,15 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
+#include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "Staylit/JsonValue.h"
 #include "Staylit/Replay/ReplayReport.h"
 #include "Staylit/Replay/TapeCopy.h"
 #include "Staylit/Replay/TapeRecorder.h"
@@ -77,6 +81,33 @@ class ReplayTest : public testing::Test {
         names.push_back(stretch.would.names);
     }
     return names;
+  }
+
+  /// What there was of holds, blocks, pauses and sleep, one after the other.
+  static Texts spansOf(const HistoryTimeline& timeline) {
+    std::multimap<tidewell::WallTime, std::string> spans;
+    for (const auto& hold : timeline.holds) {
+      for (const auto& part : hold.parts)
+        spans.emplace(part.from, nameOf(part.state));
+    }
+    for (const auto& block : timeline.blocks)
+      spans.emplace(block.span.from, "blocked");
+    for (const auto& pause : timeline.pauses)
+      spans.emplace(pause.from, "paused");
+    for (const auto& sleep : timeline.sleeps)
+      spans.emplace(sleep.from, "asleep");
+    Texts names;
+    for (const auto& [from, name] : spans)
+      names.push_back(name);
+    return names;
+  }
+
+  /// How long the history says that the machine was held.
+  static double secondsHeld(const ReplayResult& result) {
+    Seconds held{};
+    for (const auto& hold : timelineOf(result.history, result.from, result.to).holds)
+      held += hold.span.length();
+    return held.count();
   }
 
   Seconds late() {
@@ -155,15 +186,16 @@ TEST_F(ReplayTest, FollowsPausesSleepsThePowerAndSettings) {
   end();
   const ReplayResult result = replayed();
   EXPECT_EQ(result.differingTicks, 0U);
-  Texts states;
-  for (const ReplayStretch& stretch : result.stretches) {
-    const std::string state =
-        stretch.isAsleep ? "asleep" : std::string(stretch.would.status.name());
-    if (states.empty() || states.back() != state) states.push_back(state);
-  }
-  EXPECT_EQ(states,
-            (Texts{"winding", "holding", "paused", "winding", "holding", "asleep", "holding",
-                   "winding", "holding", "blocked", "holding", "winding", "idle"}));
+  const HistoryTimeline timeline = timelineOf(result.history, result.from, result.to);
+  EXPECT_EQ(spansOf(timeline),
+            (Texts{"winding", "holding", "paused", "winding", "holding", "asleep", "winding",
+                   "holding", "blocked", "holding", "winding"}));
+  EXPECT_EQ(timeline.charges.size(), 2U);
+  ASSERT_EQ(timeline.settings.size(), 2U) << "what the tape begins with is no change";
+  EXPECT_EQ(timeline.settings[0].key, "batteryThreshold");
+  EXPECT_EQ(timeline.settings[1].to, "ffmpeg");
+  ASSERT_EQ(timeline.sleeps.size(), 1U);
+  EXPECT_NEAR(Seconds(timeline.sleeps[0].length()).count(), 3600, 1);
 }
 
 TEST_F(ReplayTest, SaysWhatAnotherThresholdWouldHaveDone) {
@@ -182,10 +214,117 @@ TEST_F(ReplayTest, SaysWhatAnotherThresholdWouldHaveDone) {
   // Held from the first tick on: 30 s of grace until then and firefox from the 12th second on; with
   // the other threshold nothing holds from 30 s until ffmpeg has worked for 10 s at 72 s.
   EXPECT_NEAR(Seconds(report.total().difference()).count(), -42, 2.1);
-  const auto lines = report.lines(fakes.text);
-  ASSERT_GE(lines.size(), 3U);
-  EXPECT_TRUE(lines[2].starts_with("With cpuThresholdPercent = 25 it would have been held for "));
-  EXPECT_NE(lines[2].find(" less, all of it firefox."), std::string::npos) << lines[2];
+  const auto lines = report.lines(fakes.text, {true, false});
+  ASSERT_GE(lines.size(), 6U);
+  EXPECT_TRUE(lines[1].starts_with("As recorded, a replay decides the same at each of "));
+  EXPECT_EQ(lines[3], "With cpuThresholdPercent = 25:");
+  // Until 30 s after the start, and from 72 s to 150 s with the grace period after ffmpeg.
+  EXPECT_TRUE(lines[4].starts_with("Held for 1 min 48 s from 2024-05-17 ")) << lines[4];
+  EXPECT_TRUE(lines[4].ends_with(": ffmpeg 48 s.")) << lines[4];
+  const auto difference = std::ranges::find_if(lines, [](const std::string& line) {
+    return line.starts_with("With cpuThresholdPercent = 25 it would have been held for ");
+  });
+  ASSERT_NE(difference, lines.end());
+  EXPECT_NE(difference->find(" less, all of it firefox."), std::string::npos) << *difference;
+  ASSERT_NE(difference, lines.begin());
+  EXPECT_TRUE((difference - 1)->starts_with("The machine was held for ")) << *(difference - 1);
+}
+
+TEST_F(ReplayTest, SaysWhatWasHeldAsTheHistoryDoes) {
+  start();
+  work(10, "ffmpeg", 80);
+  pass(60s);
+  workers.clear();
+  pass(40s);
+  end();
+  const ReplayReport report(replayed(), std::nullopt, {});
+  const auto lines = report.lines(fakes.text, {true, false});
+  const auto has = [&lines](const std::string& begin, const std::string& end) {
+    return std::ranges::any_of(lines, [&](const std::string& line) {
+      return line.starts_with(begin) && line.ends_with(end);
+    });
+  };
+  // The first quiet tick is at 62 s, 30 s before the hold ends.
+  EXPECT_TRUE(has("Held for 1 min 32 s from ", ": ffmpeg 48 s.")) << lines[3];
+  EXPECT_TRUE(has("held    ", "")) << "the bar of the day";
+  EXPECT_TRUE(has("", "waiting for work to resume; ffmpeg is working"));
+  EXPECT_TRUE(has("", "ffmpeg: mean 80% CPU, peak 80% CPU"));
+  EXPECT_FALSE(has("The machine was held for ", "")) << "there is nothing to compare with";
+  const auto json = JsonValue::read(report.json());
+  ASSERT_TRUE(json);
+  const JsonValue* history = json->member("history");
+  ASSERT_TRUE(history);
+  const JsonValue* holds = history->member("holds");
+  ASSERT_TRUE(holds && holds->list());
+  EXPECT_EQ(holds->list()->size(), 1U);
+}
+
+TEST_F(ReplayTest, HoldsAsLongInTheHistoryAsInTheComparison) {
+  start();
+  work(10, "ffmpeg", 80);
+  pass(60s);
+  fakes.sleepNotifications.tellWillSleep();
+  fakes.mainLoop.runPosted();
+  fakes.clock.advance(10min);
+  fakes.sleepNotifications.tellDidWake();
+  fakes.mainLoop.runPosted();
+  pass(60s);
+  fakes.clock.advance(10min);  // Nobody announces this sleep.
+  pass(60s);
+  workers.clear();
+  pass(60s);
+  end();
+  const ReplayResult result = replayed();
+  const double held = secondsHeld(result);
+  EXPECT_NEAR(held, 210, 6);
+  EXPECT_NEAR(Seconds(ReplayReport(result, std::nullopt, {}).total().would).count(), held, 0.001);
+}
+
+TEST_F(ReplayTest, PlacesTheHistoryByTheClockOfTheRecording) {
+  start();
+  work(10, "ffmpeg", 80);
+  pass(30s);
+  const auto end = fakes.clock.wallTime();
+  recorder.reset();
+  engine.reset();
+  fakes.clock.advance(1000h);
+  const ReplayResult result = replayed();
+  EXPECT_NEAR(Seconds(end - result.to).count(), 0, 0.1);
+  EXPECT_NEAR(Seconds(result.to - result.from).count(), 30, 0.1);
+  EXPECT_FALSE(result.history.isRunning);
+}
+
+TEST_F(ReplayTest, DoesNotSayHowARunEndedWhoseEndIsNotRecorded) {
+  start();
+  work(10, "ffmpeg", 80);
+  pass(30s);
+  recorder->flush();
+  const ReplayResult result = replayed();
+  end();
+  const auto timeline = timelineOf(result.history, result.from, result.to);
+  ASSERT_EQ(timeline.holds.size(), 1U);
+  EXPECT_EQ(timeline.holds[0].span.ending, HistoryTimeline::Ending::later);
+  EXPECT_EQ(timeline.holds[0].span.to, result.to);
+}
+
+TEST_F(ReplayTest, SaysUntilWhenARunWasAliveThatAnotherFollows) {
+  start();
+  work(10, "ffmpeg", 80);
+  pass(60s);
+  recorder->flush();
+  const std::string killed = tape.files.front();
+  end();
+  tape.files.front() = killed;
+  fakes.clock.advance(1h);
+  start();
+  pass(10s);
+  end();
+  const ReplayResult result = replayed();
+  const auto timeline = timelineOf(result.history, result.from, result.to);
+  ASSERT_EQ(timeline.runs.size(), 2U);
+  EXPECT_EQ(timeline.runs[0].span.ending, HistoryTimeline::Ending::lost);
+  EXPECT_NEAR(Seconds(timeline.runs[0].span.length()).count(), 60, 0.1);
+  EXPECT_EQ(timeline.runs[1].span.ending, HistoryTimeline::Ending::ended);
 }
 
 TEST_F(ReplayTest, AsksWhoHoldsAssertionsEvenWhereTheyDoNotCount) {
@@ -234,6 +373,11 @@ TEST_F(ReplayTest, WarmsUpWhereTheBeginningIsGone) {
   EXPECT_EQ(result.differingTicks, 0U);
   EXPECT_GT(result.ticks, 30U);
   EXPECT_EQ(heldFor(result), std::vector<Texts>{{"ffmpeg"}});
+  const ReplayReport report(result, std::nullopt, {});
+  EXPECT_NEAR(secondsHeld(result), Seconds(report.total().would).count(), 0.001);
+  const auto timeline = timelineOf(result.history, result.from, result.to);
+  ASSERT_FALSE(timeline.runs.empty());
+  EXPECT_TRUE(timeline.runs[0].span.beganEarlier);
 }
 
 TEST_F(ReplayTest, TellsTwoRunsApart) {
@@ -248,7 +392,10 @@ TEST_F(ReplayTest, TellsTwoRunsApart) {
   const ReplayResult result = replayed();
   EXPECT_EQ(result.runs, 2U);
   EXPECT_EQ(result.differingTicks, 0U);
-  EXPECT_EQ(result.stretches.size(), 2U) << "nobody knows what was between them";
+  const auto timeline = timelineOf(result.history, result.from, result.to);
+  ASSERT_EQ(timeline.runs.size(), 2U) << "nobody knows what was between them";
+  EXPECT_NEAR(Seconds(timeline.runs[1].span.from - timeline.runs[0].span.to).count(), 3600, 1);
+  EXPECT_NEAR(secondsHeld(result), 20, 0.1);
 }
 
 TEST_F(ReplayTest, ReplacesNamesThatTheCatalogueDoesNotKnow) {
