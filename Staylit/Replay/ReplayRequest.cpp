@@ -18,7 +18,7 @@ bool has(const Arguments& arguments, std::string_view option) {
 
 /// What follows an option, unless that is another option.
 std::optional<std::string> valueAfter(const Arguments& arguments, std::size_t option) {
-  if (option + 1 >= arguments.size() || arguments[option + 1].starts_with("--")) {
+  if (option + 1 >= arguments.size() || arguments[option + 1].starts_with('-')) {
     return std::nullopt;
   }
   return arguments[option + 1];
@@ -43,6 +43,11 @@ void addSetting(ReplayRequest& request, const std::optional<std::string>& text) 
   }
   auto setting = settingValue(*text, request.error);
   if (!setting) return;
+  if (std::ranges::find(request.settings, setting->key, &SettingValue::key) !=
+      request.settings.end()) {
+    request.error = setting->key + " is set twice";
+    return;
+  }
   request.settingTexts.push_back(asWritten(*text));
   request.settings.push_back(std::move(*setting));
 }

@@ -14,7 +14,7 @@ class PrivateFile {
   virtual ~PrivateFile() = default;
 
   /// Returns why not all of `bytes` was written, for people to read; empty on success. After a
-  /// failure a part of `bytes` may be there.
+  /// failure a part of `bytes` may be there. Fails when somebody has removed the file.
   virtual std::string append(std::string_view bytes) = 0;
 };
 
@@ -37,7 +37,8 @@ class PrivateFolder {
 
   /// The plain files in the folder, by name; none where the folder does not exist.
   virtual std::vector<Entry> list() = 0;
-  /// Makes a file, and the folder too if it is missing. A file of this name must not exist.
+  /// Makes a file, and the folder too if it is missing and the program's own. A file of this name
+  /// must not exist.
   virtual Creation create(const std::string& name) = 0;
   virtual void remove(const std::string& name) = 0;
 };

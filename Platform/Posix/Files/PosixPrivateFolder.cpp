@@ -30,6 +30,7 @@ class AppendedFile : public tidewell::PrivateFile {
   explicit AppendedFile(Descriptor file) : file_(std::move(file)) {}
 
   std::string append(std::string_view bytes) override {
+    if (isRemoved()) return "it was removed";
     while (!bytes.empty()) {
       const ssize_t written = ::write(file_.get(), bytes.data(), bytes.size());
       if (written < 0 && errno == EINTR) continue;
@@ -40,6 +41,11 @@ class AppendedFile : public tidewell::PrivateFile {
   }
 
  private:
+  [[nodiscard]] bool isRemoved() const {
+    struct stat status {};
+    return ::fstat(file_.get(), &status) == 0 && status.st_nlink == 0;
+  }
+
   Descriptor file_;
 };
 
@@ -80,7 +86,8 @@ std::vector<PosixPrivateFolder::Entry> PosixPrivateFolder::list() {
 PosixPrivateFolder::Creation PosixPrivateFolder::create(const std::string& name) {
   std::error_code error;
   if (path_.empty()) return {nullptr, "there is no folder for it"};
-  if (!fs::exists(path_, error)) {
+  // A folder that the user names is there, or was misspelt.
+  if (trust_ == Trust::own && !fs::exists(path_, error)) {
     fs::create_directories(path_.parent_path(), error);
     ::mkdir(path_.c_str(), kOwnFolder);
   }

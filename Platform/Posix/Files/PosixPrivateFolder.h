@@ -11,8 +11,9 @@ namespace platform {
 class PosixPrivateFolder : public tidewell::PrivateFolder {
  public:
   enum class Trust {
-    any,  ///< The user has chosen the folder.
-    own,  ///< The folder must be the user's, and nobody else may write there.
+    any,  ///< The user has chosen the folder, which must be there.
+    own,  ///< The folder must be the user's, and nobody else may write there. It is made if
+          ///< missing.
   };
 
   /// Nothing can be made where `path` is empty.

@@ -27,14 +27,18 @@ int Recordings::record(const RecordRequest& request) {
     return ReplayCommand::trouble;
   }
   const fs::path path = fs::absolute(request.file);
-  auto creation = Folder(path.parent_path(), Folder::Trust::any).create(path.filename());
+  Folder folder(path.parent_path(), Folder::Trust::any);
+  auto creation = folder.create(path.filename());
   if (!creation.file) {
     console_.writeError("staylit: " + request.file + ": " + creation.error + "\n");
     return ReplayCommand::trouble;
   }
   if (!request.isOfRing) return recordInto(std::move(creation.file), request);
-  return ReplayCommand(console_, platform::makeLinuxText(), platform::ringFolder())
-      .copyRing(request, std::move(creation.file));
+  const int status = ReplayCommand(console_, platform::makeLinuxText(), platform::ringFolder())
+                         .copyRing(request, std::move(creation.file));
+  // What has no recording in it would only be in the way of the next attempt.
+  if (status == ReplayCommand::trouble) folder.remove(path.filename());
+  return status;
 }
 
 int Recordings::recordInto(std::unique_ptr<tidewell::PrivateFile> file,

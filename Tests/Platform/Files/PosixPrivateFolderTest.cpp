@@ -80,5 +80,19 @@ TEST_F(PosixPrivateFolderTest, SaysWhyNothingCanBeMade) {
             "Not a directory");
 }
 
+TEST_F(PosixPrivateFolderTest, MakesNoFolderThatTheUserHasMisspelt) {
+  EXPECT_EQ(PosixPrivateFolder(path, Trust::any).create("a").error, "No such file or directory");
+  EXPECT_FALSE(fs::exists(path.parent_path()));
+}
+
+TEST_F(PosixPrivateFolderTest, SaysWhenAFileWasRemovedWhileItGrows) {
+  PosixPrivateFolder folder(path, Trust::own);
+  const auto creation = folder.create("a");
+  EXPECT_EQ(creation.file->append("one"), "");
+  fs::remove_all(path);
+  EXPECT_EQ(creation.file->append("two"), "it was removed");
+  EXPECT_TRUE(folder.create("b").file);
+}
+
 }  // namespace
 }  // namespace platform

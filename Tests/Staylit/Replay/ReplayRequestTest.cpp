@@ -38,6 +38,8 @@ TEST(ReplayRequestTest, SaysWhatIsWrong) {
   EXPECT_EQ(error({"--replay", "a", "--set", "x=1"}), "there is no setting \"x\"");
   EXPECT_EQ(error({"--replay", "a", "--ring"}), "--ring needs no file");
   EXPECT_EQ(error({"--replay", "--ring"}), "");
+  EXPECT_EQ(error({"--replay", "a", "--set", "verbose=true", "--set", "verbose=false"}),
+            "verbose is set twice");
 }
 
 TEST(RecordRequestTest, NeedsAFile) {
@@ -45,6 +47,7 @@ TEST(RecordRequestTest, NeedsAFile) {
   EXPECT_EQ(RecordRequest::in({"staylit", "--record"})->error, "--record needs a file");
   EXPECT_EQ(RecordRequest::in({"staylit", "--record", "--anonymous"})->error,
             "--record needs a file");
+  EXPECT_EQ(RecordRequest::in({"staylit", "--record", "-"})->error, "--record needs a file");
   const auto request = RecordRequest::in({"staylit", "--record", "a.tape", "--anonymous"});
   EXPECT_EQ(request->error, "");
   EXPECT_EQ(request->file, "a.tape");
