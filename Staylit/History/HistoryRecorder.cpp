@@ -18,6 +18,8 @@ using tidewell::PropertyValue;
 namespace {
 
 constexpr int kTicksOfAMinute = 30;
+/// Between two traces while nothing is held.
+constexpr int kMinutesOfATrace = 10;
 /// The system seldom forgets to tell that it has woken, but a dark wake of a Mac is none.
 constexpr int kTicksUntilCertainlyAwake = 5;
 constexpr std::int64_t kStepOfCharge = 5;
@@ -99,6 +101,7 @@ void HistoryRecorder::start() {
 void HistoryRecorder::stop() {
   if (isRecording_) end();
   isStopped_ = true;
+  pauseTimer_.reset();
 }
 
 void HistoryRecorder::end() {
@@ -116,6 +119,7 @@ void HistoryRecorder::end() {
 
 void HistoryRecorder::look(const EngineStatus& next) {
   if (isStopped_) return;
+  followPause(next);
   if (++ticks_ >= kTicksOfAMinute) everyMinute();
   if (!isRecording_ || !isAwake()) return;
   if (tellsOfAPause(next)) {
@@ -232,14 +236,38 @@ void HistoryRecorder::endAllWork() {
   recordAsking({});
 }
 
+void HistoryRecorder::followPause(const EngineStatus& next) {
+  if (!tellsOfAPause(next)) return pauseTimer_.reset();
+  if (pauseTimer_) return;
+  constexpr std::chrono::minutes interval(kMinutesOfATrace);
+  pauseTimer_ = ports_.mainLoop->scheduleRepeating(interval, [this] { whilePaused(); });
+  pauseTimer_->setTolerance(std::chrono::minutes(1));
+}
+
 void HistoryRecorder::everyMinute() {
   ticks_ = 0;
+  lookAround();
+  if (++minutes_ >= kMinutesOfATrace || engine_.isHolding()) leaveTrace();
+}
+
+void HistoryRecorder::whilePaused() {
+  lookAround();
+  // A history that begins only now, or a sleep, makes the pause news.
+  if (isRecording_ && !ticksAsleep_ && !told_) recordState(engine_.status().get());
+  leaveTrace();
+}
+
+void HistoryRecorder::leaveTrace() {
+  minutes_ = 0;
+  if (isRecording_) log_.refresh();
+}
+
+void HistoryRecorder::lookAround() {
   const bool isWanted = Prefs::shared().defaults().boolean(keys::historyEnabled);
   if (isWanted && !isRecording_) start();
   if (!isRecording_) return;
   lookAtSettings();
-  if (!isWanted) return end();
-  if (engine_.isHolding()) log_.refresh();
+  if (!isWanted) end();
 }
 
 void HistoryRecorder::lookAtSettings() {

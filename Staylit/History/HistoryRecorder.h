@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -24,7 +25,10 @@ namespace staylit {
 ///
 /// From tick to tick it only compares; on a tick that brings nothing new it allocates nothing. It
 /// looks at the settings once a minute, and whether a history is wanted at all
-/// (`keys::historyEnabled`). A switch of that setting ends or begins a run of the history.
+/// (`keys::historyEnabled`). A switch of that setting ends or begins a run of the history. During a
+/// pause there are no ticks; a timer of the main loop looks every ten minutes.
+///
+/// It leaves a trace in the log each minute while the engine holds, else each ten minutes.
 ///
 /// Main thread only. Make it before the engine's first tick; the engine, the ports and the log must
 /// outlive it, and the ports must be the installed ones.
@@ -64,7 +68,11 @@ class HistoryRecorder {
   void recordState(const EngineStatus& next);
   void endAllWork();
   void lookAtSettings();
+  void followPause(const EngineStatus& next);
   void everyMinute();
+  void whilePaused();
+  void lookAround();
+  void leaveTrace();
   void observeSystemSleep();
   void fallAsleep();
   void wakeUp();
@@ -77,6 +85,7 @@ class HistoryRecorder {
   bool isRecording_ = false;
   bool isStopped_ = false;
   int ticks_ = 0;                         ///< Of the minute.
+  int minutes_ = 0;                       ///< Since the last trace.
   std::optional<tidewell::Moment> last_;  ///< When the last tick was.
   std::chrono::nanoseconds before_{};     ///< How long ago that happened which is being told.
   std::optional<int> ticksAsleep_;        ///< Absent while awake.
@@ -88,6 +97,7 @@ class HistoryRecorder {
   bool toldLidHold_ = false;
   std::vector<Work> works_;
   std::vector<Setting> settings_;
+  std::unique_ptr<tidewell::RepeatingTimer> pauseTimer_;  ///< While the engine is paused.
   Subscription subscription_;
   tidewell::WeakReferenceSource<HistoryRecorder> self_{*this};  ///< For the observers.
 };

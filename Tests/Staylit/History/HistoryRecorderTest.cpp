@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -317,8 +318,75 @@ TEST_F(HistoryRecorderTest, LeavesATraceOnceAMinuteWhileItHolds) {
   tickFor(91);
   EXPECT_FALSE(engine.isHolding());
   const int before = log.refreshed;
-  tickFor(60);
+  tickFor(30 * 6);
   EXPECT_EQ(log.refreshed, before);
+}
+
+TEST_F(HistoryRecorderTest, LeavesATraceEveryTenMinutesWhileItDoesNotHold) {
+  fakes.powerSources.setBattery(10);
+  record();
+  tick();
+  tickFor(30 * 10 - 2);
+  EXPECT_EQ(log.refreshed, 0);
+  tickWith(0);
+  EXPECT_EQ(log.refreshed, 1);
+  tickFor(30 * 10 - 1);
+  EXPECT_EQ(log.refreshed, 1);
+  tickWith(0);
+  EXPECT_EQ(log.refreshed, 2);
+}
+
+TEST_F(HistoryRecorderTest, LeavesATraceDuringAPauseAndHasATimerOnlyThen) {
+  record();
+  tick();
+  EXPECT_TRUE(fakes.mainLoop.timers.empty());
+  engine.setPaused(true);
+  const auto timer = fakes.mainLoop.timers.back();
+  EXPECT_EQ(timer->interval, 10min);
+  news();
+  fakes.mainLoop.fireTimers();
+  fakes.mainLoop.fireTimers();
+  EXPECT_EQ(log.refreshed, 2);
+  EXPECT_EQ(news(), "") << "the pause is no news";
+  engine.setPaused(false);
+  EXPECT_FALSE(timer->valid);
+  engine.setPaused(true);
+  recorder->stop();
+  for (const auto& each : fakes.mainLoop.timers)
+    EXPECT_FALSE(each->valid);
+}
+
+TEST_F(HistoryRecorderTest, FollowsTheSwitchOfTheHistoryDuringAPause) {
+  record();
+  tick();
+  engine.setPaused(true);
+  fakes.defaults.stored["history.enabled"] = false;
+  fakes.mainLoop.fireTimers();
+  EXPECT_TRUE(std::holds_alternative<HistoryEvent::Stopped>(log.events.back().what));
+  EXPECT_EQ(log.refreshed, 0);
+  news();
+  fakes.mainLoop.fireTimers();
+  EXPECT_EQ(news(), "");
+  fakes.defaults.stored["history.enabled"] = true;
+  fakes.mainLoop.fireTimers();
+  EXPECT_EQ(news(),
+            "\"started\",\"version\":\"0.1.0\"\n"
+            "\"state\",\"state\":\"paused\"\n");
+}
+
+TEST_F(HistoryRecorderTest, KnowsAfterACrashToTenMinutesHowLongItIdled) {
+  record();
+  tick();
+  const auto start = log.events.front().at;
+  std::optional<tidewell::WallTime> trace;
+  for (int count = 0; count < 30 * 25; ++count) {
+    const int before = log.refreshed;
+    tickWith(0);
+    if (log.refreshed != before) trace = fakes.clock.wallTime();
+  }
+  const History history{log.events, trace, false, fakes.clock.wallTime() + 5h};
+  const HistoryTimeline timeline = timelineOf(history, start, start + 24h);
+  EXPECT_LE(fakes.clock.wallTime() - timeline.runs.at(0).span.to, 10min);
 }
 
 TEST_F(HistoryRecorderTest, RecordsAnOrderlyEndAndNothingAfterIt) {
