@@ -155,6 +155,8 @@ void addPointLines(TableLines& lines, const HistoryTimeline& timeline) {
                                    htmlName(setting.to) + ". <span class=\"s\">It was " +
                                    htmlName(setting.from) + ".</span>");
   }
+  for (const HistoryTimeline::ClockSet& set : timeline.clockSets)
+    lines.addPoint(set.at, "The clock was set");
 }
 
 /// The charge that was known last at `at`; absent where there is none.

@@ -101,12 +101,13 @@ struct MembersOf {
   void operator()(const HistoryEvent::Stopped&) const {}
   void operator()(const HistoryEvent::FellAsleep&) const {}
   void operator()(const HistoryEvent::WokeUp&) const {}
+  void operator()(const HistoryEvent::ClockSet&) const {}
 };
 
 /// In the order of `HistoryEvent::What`.
 constexpr std::array<std::string_view, std::variant_size_v<HistoryEvent::What>> kHistoryKinds = {
-    "started", "stopped", "state", "workBegan", "workEnded", "asking",
-    "power",   "slept",   "woke",  "lid",       "lidHold",   "setting"};
+    "started", "stopped", "state", "workBegan", "workEnded", "asking",  "power",
+    "slept",   "woke",    "lid",   "lidHold",   "setting",   "clockSet"};
 
 // Reading.
 
@@ -258,6 +259,7 @@ EventContent contentOf(std::string_view kind, const EventMembers& members) {
   if (kind == "lid") return lidIn(members);
   if (kind == "lidHold") return lidHoldIn(members);
   if (kind == "setting") return settingIn(members);
+  if (kind == "clockSet") return HistoryEvent::ClockSet{};
   return std::nullopt;
 }
 

@@ -92,9 +92,15 @@ struct HistoryEvent {
     friend bool operator==(const SettingChanged&, const SettingChanged&) = default;
   };
 
-  using What =
-      std::variant<Started, Stopped, StateChanged, WorkBegan, WorkEnded, AskingChanged,
-                   PowerChanged, FellAsleep, WokeUp, LidMoved, LidHoldChanged, SettingChanged>;
+  /// Somebody set the wall clock, by a second or more, at some time of the minutes before. The time
+  /// of the event is by the new wall clock.
+  struct ClockSet {
+    friend bool operator==(const ClockSet&, const ClockSet&) = default;
+  };
+
+  using What = std::variant<Started, Stopped, StateChanged, WorkBegan, WorkEnded, AskingChanged,
+                            PowerChanged, FellAsleep, WokeUp, LidMoved, LidHoldChanged,
+                            SettingChanged, ClockSet>;
 
   tidewell::WallTime at{};    ///< Places the event in the day. People may have set this clock.
   tidewell::Moment moment{};  ///< Orders and measures the events of one run.

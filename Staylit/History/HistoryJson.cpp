@@ -194,6 +194,11 @@ std::string historyJson(const HistoryTimeline& timeline, const History& history)
       .add("lidHolds", jsonSpans(timeline.lidHolds))
       .add("settings",
            jsonEach(timeline.settings, [](const auto& setting) { return jsonSetting(setting); }))
+      .add("clockSets",
+           jsonEach(timeline.clockSets,
+                    [](const auto& set) {
+                      return JsonObject().addText("at", inUniversalTime(set.at)).text();
+                    }))
       .add("events", jsonEvents(timeline, history))
       .text();
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdlib>
+#include <utility>
 #include <variant>
 
 #include "Staylit/JsonText.h"
@@ -22,6 +23,8 @@ constexpr int kTicksOfAMinute = 30;
 constexpr int kMinutesOfATrace = 10;
 /// The system seldom forgets to tell that it has woken, but a dark wake of a Mac is none.
 constexpr int kTicksUntilCertainlyAwake = 5;
+/// The clocks run apart by less than this in a minute while nobody sets the wall clock.
+constexpr std::chrono::seconds kNoStepOfClock{1};
 constexpr std::int64_t kStepOfCharge = 5;
 
 bool isTheSamePower(const tidewell::PowerState& left, const tidewell::PowerState& right) {
@@ -92,6 +95,7 @@ void HistoryRecorder::start() {
   using std::chrono::milliseconds;
   const auto now = ports_.clock->wallTime().time_since_epoch();
   run_ = std::chrono::floor<milliseconds>(now).count();
+  wallOffset_ = wallOffset();
   settings_.clear();
   for (const auto& [key, value] : registeredSettings())
     settings_.emplace_back(key, storedValue(key, value));
@@ -267,6 +271,7 @@ void HistoryRecorder::lookAround() {
   if (isWanted && !isRecording_) start();
   if (!isRecording_) return;
   lookAtSettings();
+  lookAtWallTime();
   if (!isWanted) end();
 }
 
@@ -277,6 +282,17 @@ void HistoryRecorder::lookAtSettings() {
     add(HistoryEvent::SettingChanged{key, settingText(value), settingText(now)});
     value = std::move(now);
   }
+}
+
+void HistoryRecorder::lookAtWallTime() {
+  const std::chrono::nanoseconds before = std::exchange(wallOffset_, wallOffset());
+  const std::chrono::nanoseconds step = wallOffset_ - before;
+  if (std::chrono::abs(step) >= kNoStepOfClock) add(HistoryEvent::ClockSet{});
+}
+
+std::chrono::nanoseconds HistoryRecorder::wallOffset() const {
+  const auto wallTime = ports_.clock->wallTime().time_since_epoch();
+  return wallTime - ports_.clock->now().time_since_epoch();
 }
 
 void HistoryRecorder::observeSystemSleep() {

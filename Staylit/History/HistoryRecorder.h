@@ -72,6 +72,8 @@ class HistoryRecorder {
   void everyMinute();
   void whilePaused();
   void lookAround();
+  void lookAtWallTime();
+  [[nodiscard]] std::chrono::nanoseconds wallOffset() const;
   void leaveTrace();
   void observeSystemSleep();
   void fallAsleep();
@@ -84,12 +86,13 @@ class HistoryRecorder {
   std::int64_t run_ = 0;
   bool isRecording_ = false;
   bool isStopped_ = false;
-  int ticks_ = 0;                         ///< Of the minute.
-  int minutes_ = 0;                       ///< Since the last trace.
-  std::optional<tidewell::Moment> last_;  ///< When the last tick was.
-  std::chrono::nanoseconds before_{};     ///< How long ago that happened which is being told.
-  std::optional<int> ticksAsleep_;        ///< Absent while awake.
-  std::optional<EngineStatus> told_;      ///< What was told last, as are those that follow.
+  std::chrono::nanoseconds wallOffset_{};  ///< Of wall time to moments, a minute ago.
+  int ticks_ = 0;                          ///< Of the minute.
+  int minutes_ = 0;                        ///< Since the last trace.
+  std::optional<tidewell::Moment> last_;   ///< When the last tick was.
+  std::chrono::nanoseconds before_{};      ///< How long ago that happened which is being told.
+  std::optional<int> ticksAsleep_;         ///< Absent while awake.
+  std::optional<EngineStatus> told_;       ///< What was told last, as are those that follow.
   bool toldGranted_ = false;
   std::optional<tidewell::PowerState> toldPower_;
   std::vector<std::string> toldAsking_;

@@ -128,6 +128,10 @@ void HistoryRun::take(const HistoryEvent::SettingChanged& changed) {
   timeline_.settings.push_back({now_, changed.key, changed.from, changed.to});
 }
 
+void HistoryRun::take(const HistoryEvent::ClockSet&) {
+  timeline_.clockSets.push_back({now_});
+}
+
 void HistoryRun::endHold(Ending ending) {
   if (!hold_) return;
   hold_->parts.back().to = now_;

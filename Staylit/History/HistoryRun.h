@@ -12,8 +12,9 @@ namespace staylit {
 
 /// Makes spans of the events of one run of the program. Used by `timelineOf` only.
 ///
-/// What people did to the wall clock during a run does not show: the last event tells how wall time
-/// and the clock of a `Moment` belong together, and places all events of the run.
+/// What people did to the wall clock during a run changes no length: the last event tells how wall
+/// time and the clock of a `Moment` belong together, and places all events of the run. Each setting
+/// of the wall clock is an event, within minutes of it.
 class HistoryRun {
  public:
   /// `last` is the last event of the run, which is still to be added as all others are.
@@ -47,6 +48,7 @@ class HistoryRun {
   void take(const HistoryEvent::LidMoved& moved);
   void take(const HistoryEvent::LidHoldChanged& changed);
   void take(const HistoryEvent::SettingChanged& changed);
+  void take(const HistoryEvent::ClockSet& set);
 
   bool endWork(const std::string& key);
   void endHold(Ending ending);

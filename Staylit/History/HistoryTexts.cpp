@@ -193,6 +193,8 @@ class DayEntries {
       addPoint(setting.at, "setting " + setting.key + ": " + quoted(setting.from) + " became " +
                                quoted(setting.to));
     }
+    for (const auto& set : timeline.clockSets)
+      addPoint(set.at, "the clock was set");
     std::ranges::stable_sort(entries_, {}, &HistoryEntry::at);
   }
 

@@ -134,6 +134,7 @@ void cutTo(HistoryTimeline& timeline, WallTime from, WallTime to) {
   cutter.cutAll(timeline.lidHolds);
   cutter.cutPoints(timeline.charges);
   cutter.cutPoints(timeline.settings);
+  cutter.cutPoints(timeline.clockSets);
 }
 
 void measureOnBattery(HistoryTimeline& timeline) {
@@ -164,6 +165,7 @@ void append(HistoryTimeline& all, HistoryTimeline run) {
   append(all.lidClosed, run.lidClosed);
   append(all.lidHolds, run.lidHolds);
   append(all.settings, run.settings);
+  append(all.clockSets, run.clockSets);
 }
 
 template <typename Element>
@@ -192,6 +194,7 @@ void sortByTime(HistoryTimeline& timeline) {
   sortByTime(timeline.lidClosed);
   sortByTime(timeline.lidHolds);
   sortByTime(timeline.settings);
+  sortByTime(timeline.clockSets);
 }
 
 }  // namespace

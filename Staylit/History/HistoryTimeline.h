@@ -24,8 +24,11 @@ struct History {
 
 /// What went on between two points in time, derived from the events. A value.
 ///
-/// All times are wall time by the clock that was on the wall at the end of each run of the program,
-/// so a span is as long as it was measured, however often somebody set the clock. Spans of one kind
+/// All times are wall time by the clock that was on the wall at the last event of each run of the
+/// program, so what ended with an event is as long as it was measured, however often somebody set
+/// the clock. A span that is open or lost ends by the wall clock: its length is wrong when somebody
+/// set the clock after the last event, until the program notices that within a minute (during a
+/// pause, within about ten). Spans of one kind
 /// stand in the order in which they began. Spans of two programs that ran at once may overlap.
 struct HistoryTimeline {
   enum class Ending {
@@ -104,6 +107,11 @@ struct HistoryTimeline {
     std::string to;
   };
 
+  /// Somebody set the wall clock.
+  struct ClockSet {
+    tidewell::WallTime at{};  ///< By the new wall clock, when that was noticed.
+  };
+
   tidewell::WallTime from{};
   tidewell::WallTime to{};
   std::vector<Run> runs;
@@ -119,6 +127,7 @@ struct HistoryTimeline {
   std::vector<Span> lidClosed;
   std::vector<Span> lidHolds;
   std::vector<Setting> settings;
+  std::vector<ClockSet> clockSets;
 };
 
 /// What `history` has between `from` and `to`. A span that began before or goes on after is cut.

@@ -55,6 +55,7 @@ std::vector<Pair> allKinds() {
       {HistoryEvent::LidHoldChanged{false}, R"("kind":"lidHold","held":false)"},
       {HistoryEvent::SettingChanged{"graceSeconds", "120", "60"},
        R"("kind":"setting","key":"graceSeconds","from":"120","to":"60")"},
+      {HistoryEvent::ClockSet{}, R"("kind":"clockSet")"},
   };
 }
 

@@ -307,6 +307,35 @@ TEST_F(HistoryRecorderTest, RecordsChangedSettingsWithinAMinute) {
   EXPECT_EQ(newsOf("setting"), "");
 }
 
+TEST_F(HistoryRecorderTest, NotesWithinAMinuteThatTheClockWasSet) {
+  fakes.defaults.stored["graceSeconds"] = std::int64_t{3'600};
+  record();
+  tick();
+  news();
+  fakes.clock.stepWallTime(-5h);
+  tickFor(29);
+  EXPECT_EQ(news(), "\"clockSet\"\n");
+  fakes.clock.stepWallTime(0.9s);
+  tickFor(30);
+  EXPECT_EQ(news(), "") << "no more than the clocks may run apart";
+  fakes.clock.stepWallTime(1s);
+  tickFor(30);
+  EXPECT_EQ(news(), "\"clockSet\"\n");
+  const History history{log.events, std::nullopt, true, fakes.clock.wallTime()};
+  const HistoryTimeline timeline = timelineOf(history, history.now - 24h, history.now + 24h);
+  EXPECT_EQ(timeline.holds.at(0).span.length(), 2s * 89);
+}
+
+TEST_F(HistoryRecorderTest, NotesDuringAPauseThatTheClockWasSet) {
+  record();
+  tick();
+  engine.setPaused(true);
+  news();
+  fakes.clock.stepWallTime(3h);
+  fakes.mainLoop.fireTimers();
+  EXPECT_EQ(news(), "\"clockSet\"\n");
+}
+
 TEST_F(HistoryRecorderTest, LeavesATraceOnceAMinuteWhileItHolds) {
   fakes.defaults.stored["graceSeconds"] = std::int64_t{300};
   record();

@@ -116,6 +116,7 @@ TEST_F(HistoryTextsTest, HasALineForEachThing) {
   script.battery(100, 80).battery(150, 60).finish(170, "ffmpeg").wind(170);
   script.battery(171, 59, true).state(172, EngineState::idle);
   script.add(180, HistoryEvent::SettingChanged{"ignoredApps", "", "vlc"});
+  script.add(190, HistoryEvent::ClockSet{});
   script.add(300, HistoryEvent::FellAsleep{}).add(465, HistoryEvent::WokeUp{});
   script.add(500, HistoryEvent::Stopped{});
   EXPECT_EQ(entries(),
@@ -125,6 +126,7 @@ TEST_F(HistoryTextsTest, HasALineForEachThing) {
             "battery\n"
             "01:40–02:51  battery  1 h 11 min  80% to 59%\n"
             "03:00        setting ignoredApps: nothing became vlc\n"
+            "03:10        the clock was set\n"
             "05:00–07:45  asleep   2 h 45 min\n"
             "08:20        Staylit ended\n");
 }

@@ -246,6 +246,18 @@ TEST_F(HistoryTimelineTest, PlacesARunByTheClockThatWasOnTheWallAtItsEnd) {
   EXPECT_EQ(written(day(script).holds.at(0).span), "10-30");
 }
 
+TEST_F(HistoryTimelineTest, MeasuresWhatIsOpenByTheClockThatWasSet) {
+  script.history.isRunning = true;
+  script.wallTimeError = -5h;
+  script.start(0).hold(10, "make");
+  script.wallTimeError = 0h;
+  script.add(40, HistoryEvent::ClockSet{});
+  script.history.now = HistoryScript::at(50);
+  const HistoryTimeline timeline = day(script);
+  EXPECT_EQ(written(timeline.holds.at(0).span), "10-50 open");
+  EXPECT_EQ(minute(timeline.clockSets.at(0).at), 40);
+}
+
 TEST_F(HistoryTimelineTest, CutsWhatReachesBeyondTheRange) {
   script.start(0).hold(10, "make").begin(10, "make").battery(5, 80);
   script.wind(50).finish(50, "make").state(52, EngineState::idle).add(60, HistoryEvent::Stopped{});
