@@ -57,18 +57,17 @@ HistoryPrinter::Exit HistoryPrinter::print(const Source& source, const HistoryRe
     return trouble;
   }
   const auto& [from, to] = std::get<HistoryRequest::Range>(range);
-  const HistoryTimeline timeline = timelineOf(source.history, from, to);
   const std::string howToSwitchOn =
       source.isSwitchedOn ? ""
                           : "The history is switched off: set enabled = true in the table "
                             "[history] of the settings file.";
   if (request.form == HistoryRequest::Form::json) {
-    console.printLine(historyJson(timeline, source.history));
+    console.printLine(historyJson(timelineOf(source.history, from, to), source.history));
   } else if (source.history.events.empty()) {
     console.printLine("There is no history in " + source.place +
                       (source.isSwitchedOn ? ". Staylit keeps one while it runs." : "."));
   } else {
-    for (const std::string& line : HistoryTexts::lines(timeline, source.history.now, style))
+    for (const std::string& line : HistoryTexts::lines(source.history, from, to, style))
       console.printLine(line);
   }
   if (!howToSwitchOn.empty()) console.writeError(howToSwitchOn + "\n");

@@ -173,6 +173,7 @@ std::string reasonsOf(const HistoryTimeline::Hold& hold) {
 /// Makes the entries of one day, in the order in which things began.
 class DayEntries {
  public:
+  /// `timeline` has nothing of other days: what it measures would stand on this day's lines.
   DayEntries(const HistoryTimeline& timeline, const LocalDay& day, HistoryTexts::Style style)
       : day_(day), style_(style) {
     addRuns(timeline);
@@ -224,9 +225,10 @@ class DayEntries {
     for (const TimelineSpan& span : timeline.onBattery) {
       std::string from;
       std::string to;
-      for (const auto& charge : timeline.charges) {
-        if (charge.at < span.from || charge.at > span.to) continue;
-        to = std::to_string(charge.power.percentage) + "%";
+      using Charge = HistoryTimeline::Charge;
+      auto charge = std::ranges::lower_bound(timeline.charges, span.from, {}, &Charge::at);
+      for (; charge != timeline.charges.end() && charge->at <= span.to; ++charge) {
+        to = std::to_string(charge->power.percentage) + "%";
         if (from.empty()) from = to;
       }
       if (from != to) from.append(" to ").append(to);
@@ -240,15 +242,7 @@ class DayEntries {
       add(span, what, more);
   }
 
-  /// A thing that began on another day stands there too, with that day's part of it.
-  void add(TimelineSpan span, const std::string& what, const std::string& more) {
-    const bool isOfDay = span.from < day_.to && (span.to > day_.from || span.from >= day_.from);
-    if (!isOfDay) return;
-    span.from = std::max(span.from, day_.from);
-    if (span.to > day_.to) {
-      span.to = day_.to;
-      span.ending = TextEnding::later;
-    }
+  void add(const TimelineSpan& span, const std::string& what, const std::string& more) {
     entries_.push_back({span.from, rowText(span, day_, what, more, style_)});
   }
 
@@ -273,9 +267,18 @@ std::vector<LocalDay> daysWithRuns(const HistoryTimeline& timeline, WallTime now
   return days;
 }
 
+/// The part of `day` that lies between `from` and `to`.
+HistoryTimeline partOf(const LocalDay& day, const History& history, WallTime from, WallTime to) {
+  return timelineOf(history, std::max(day.from, from), std::min(day.to, to));
+}
+
 }  // namespace
 
 std::string HistoryTexts::summary(const HistoryTimeline& timeline, WallTime now) {
+  if (timeline.from >= now && timeline.runs.empty()) {
+    return "The time from " + localDate(timeline.from) + " " + hourAndMinute(timeline.from) +
+           " on is still to come.";
+  }
   const HistorySums sums = sumsOf(timeline);
   const std::string when = whenOf(timeline, now);
   const bool isHeld = sums.held > HistorySums::Length::zero();
@@ -290,10 +293,12 @@ std::string HistoryTexts::summary(const HistoryTimeline& timeline, WallTime now)
   return text + sleepSentence(timeline, sums) + gapSentence(timeline, sums, now);
 }
 
-std::vector<std::string> HistoryTexts::lines(const HistoryTimeline& timeline, WallTime now,
+std::vector<std::string> HistoryTexts::lines(const History& history, WallTime from, WallTime to,
                                              Style style) {
-  std::vector<std::string> lines{summary(timeline, now)};
-  for (const LocalDay& day : daysWithRuns(timeline, now)) {
+  const HistoryTimeline whole = timelineOf(history, from, to);
+  std::vector<std::string> lines{summary(whole, history.now)};
+  for (const LocalDay& day : daysWithRuns(whole, history.now)) {
+    const HistoryTimeline timeline = partOf(day, history, from, to);
     const std::vector<std::string> entries = DayEntries(timeline, day, style).lines();
     if (entries.empty()) continue;
     lines.emplace_back();

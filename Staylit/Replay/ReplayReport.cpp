@@ -105,7 +105,8 @@ Texts ReplayReport::history(HistoryTexts::Style style) const {
   } else if (!isFaithful()) {
     all.emplace_back("Replayed by this version:");
   }
-  for (std::string& line : HistoryTexts::lines(timeline(), result().history.now, style))
+  const ReplayResult& shown = result();
+  for (std::string& line : HistoryTexts::lines(shown.history, shown.from, shown.to, style))
     all.push_back(std::move(line));
   return all;
 }

@@ -34,7 +34,8 @@ class HistoryTextsTest : public testing::Test {
     return HistoryTexts::summary(day(), script.history.now);
   }
   [[nodiscard]] std::vector<std::string> lines(HistoryTexts::Style style = {true, false}) const {
-    return HistoryTexts::lines(day(), script.history.now, style);
+    return HistoryTexts::lines(script.history, HistoryScript::at(0), HistoryScript::at(1'440),
+                               style);
   }
   /// The lines below the bar of the only day.
   [[nodiscard]] std::string entries() const {
@@ -155,8 +156,9 @@ TEST_F(HistoryTextsTest, SaysThatSomethingGoesOn) {
 TEST_F(HistoryTextsTest, DividesWhatLastsOverMidnight) {
   script.start(0).hold(1'400, "make").state(1'500, EngineState::idle);
   script.add(1'600, HistoryEvent::Stopped{});
-  const auto timeline = timelineOf(script.history, HistoryScript::at(0), HistoryScript::at(2'880));
-  const auto all = HistoryTexts::lines(timeline, HistoryScript::at(2'880), {});
+  script.history.now = HistoryScript::at(2'880);
+  const auto all =
+      HistoryTexts::lines(script.history, HistoryScript::at(0), HistoryScript::at(2'880), {});
   const auto find = [&all](const std::string& line) {
     return std::find(all.begin(), all.end(), line) - all.begin();
   };
@@ -166,6 +168,49 @@ TEST_F(HistoryTextsTest, DividesWhatLastsOverMidnight) {
   EXPECT_LT(find("Monday, 23 November 2026"),
             find("00:00-01:00  held     1 h 0 min   make is working"));
   EXPECT_LT(find("00:00-01:00  held     1 h 0 min   make is working"), end);
+}
+
+TEST_F(HistoryTextsTest, TellsOnADayOfThatDayOnly) {
+  script.start(0).battery(1'200, 90).begin(1'380, "ffmpeg").hold(1'380, "ffmpeg");
+  script.battery(1'400, 80).battery(1'560, 40).finish(1'620, "ffmpeg").hold(1'620, "cc", {});
+  script.state(1'740, EngineState::idle).add(1'800, HistoryEvent::Stopped{});
+  script.history.now = HistoryScript::at(2'880);
+  const auto all =
+      HistoryTexts::lines(script.history, HistoryScript::at(600), HistoryScript::at(2'880), {});
+  const auto has = [&all](const std::string& line) {
+    return std::find(all.begin(), all.end(), line) != all.end();
+  };
+  const std::string figures = "ffmpeg: mean 120% CPU, peak 150% CPU; ";
+  EXPECT_TRUE(has("20:00-24:00  battery  4 h 0 min   90% to 80%"));
+  EXPECT_TRUE(has("23:00-24:00  held     1 h 0 min   ffmpeg is working"));
+  EXPECT_TRUE(has("23:00-24:00  work     1 h 0 min   " + figures + "1 h 0 min on battery"));
+  EXPECT_TRUE(has("00:00-03:00  work     3 h 0 min   " + figures + "3 h 0 min on battery"));
+  EXPECT_TRUE(has("00:00-06:00  battery  6 h 0 min   80% to 40%"));
+  EXPECT_TRUE(
+      has("00:00-05:00  held     5 h 0 min   ffmpeg is working; cc is working (for a "
+          "time, no service granted it)"));
+}
+
+TEST_F(HistoryTextsTest, BeginsAndEndsWhereTheRangeDoes) {
+  script.start(0).hold(60, "make").state(2'000, EngineState::idle);
+  script.add(2'100, HistoryEvent::Stopped{});
+  script.history.now = HistoryScript::at(2'880);
+  const auto all =
+      HistoryTexts::lines(script.history, HistoryScript::at(120), HistoryScript::at(1'500), {});
+  const auto count = [&all](const std::string& line) {
+    return std::count(all.begin(), all.end(), line);
+  };
+  EXPECT_EQ(count("02:00-24:00  held     22 h 0 min  make is working"), 1);
+  EXPECT_EQ(count("00:00-01:00  held     1 h 0 min   make is working"), 1);
+}
+
+TEST_F(HistoryTextsTest, SaysThatATimeIsStillToCome) {
+  script.start(0).hold(10, "make");
+  script.history.isRunning = true;
+  script.history.now = HistoryScript::at(900);
+  const auto all =
+      HistoryTexts::lines(script.history, HistoryScript::at(1'320), HistoryScript::at(1'440), {});
+  EXPECT_EQ(all, std::vector<std::string>{"The time from 2026-11-22 22:00 on is still to come."});
 }
 
 TEST_F(HistoryTextsTest, DrawsTheDay) {
