@@ -87,6 +87,11 @@ std::string daySentence(const PageDay& day, bool isAnswered) {
   return text + clockSentence(day.timeline);
 }
 
+/// "22 November 2026"
+std::string dateAndYear(const LocalTime& time) {
+  return time.date() + " " + std::to_string(time.year);
+}
+
 std::string lengthOrNone(std::chrono::nanoseconds length) {
   return length.count() > 0 ? lengthText(length) : "none";
 }
@@ -185,6 +190,7 @@ std::string HistoryPage::range(std::size_t begin, std::size_t end) const {
   const LocalTime first = LocalTime::of(days_[begin].timeline.from);
   const LocalTime last = LocalTime::of(days_[end - 1].timeline.from);
   if (begin + 1 == end) return first.date();
+  if (first.year != last.year) return dateAndYear(first) + " to " + dateAndYear(last);
   if (first.month == last.month) return std::to_string(first.day) + " to " + last.date();
   return first.date() + " to " + last.date();
 }
@@ -223,9 +229,11 @@ std::string HistoryPage::more(const HistorySums& sums) const {
 
 std::string HistoryPage::header() const {
   const HistorySums all = sums({0, days_.size()});
+  const LocalTime first = LocalTime::of(days_.front().timeline.from);
   const LocalTime last = LocalTime::of(days_.back().timeline.from);
-  const std::string when = (isOneDay() ? last.weekdayName() + " " : "") + range(0, days_.size()) +
-                           " " + std::to_string(last.year);
+  const std::string year = first.year == last.year ? " " + std::to_string(last.year) : "";
+  const std::string when =
+      (isOneDay() ? last.weekdayName() + " " : "") + range(0, days_.size()) + year;
   return pageHead("Staylit: what kept this computer awake, " + when) +
          "<a class=\"skip\" href=\"#main\">Skip to the history</a>\n<header><h1>" +
          PageParts::kCup + "<span>What kept this computer awake · " + when +
@@ -269,8 +277,8 @@ std::string HistoryPage::daySection(const PageDay& day) const {
 
 std::string HistoryPage::footer() const {
   const LocalTime made = LocalTime::of(now_);
-  return "</main>\n<footer><p>Written by " + htmlText(version_) + " on " + made.date() + " " +
-         std::to_string(made.year) + " at " + hourAndMinute(now_) +
+  return "</main>\n<footer><p>Written by " + htmlText(version_) + " on " + dateAndYear(made) +
+         " at " + hourAndMinute(now_) +
          ". All times are this computer’s. In a drawing, the arrow keys go from mark to mark, and "
          "Return goes to its line. This page loads nothing and sends nothing.</p></footer>\n";
 }

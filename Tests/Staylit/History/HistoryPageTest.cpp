@@ -136,6 +136,15 @@ TEST_F(HistoryPageTest, BeginsANewWeekOnMonday) {
   EXPECT_LT(text.find(">Week 48"), text.find(">Week 47"));
 }
 
+TEST_F(HistoryPageTest, NamesBothYearsWhereThereAreTwo) {
+  workThreeHours();
+  make(HistoryScript::at(-367 * 1'440), HistoryScript::at(1'440));
+  EXPECT_TRUE(has("awake, 20 November 2025 to 22 November 2026</title>"));
+  EXPECT_TRUE(has("<span class=\"s\">29 December 2025 to 4 January 2026</span>"));
+  make(HistoryScript::at(-1'440), HistoryScript::at(1'440));
+  EXPECT_TRUE(has("awake, 21 to 22 November 2026</title>")) << text;
+}
+
 TEST_F(HistoryPageTest, EscapesWhateverNamesSay) {
   const std::string name = "</title><script>alert(\"x\")</script>&'\n\u202eevil\u2066";
   script.start(0).begin(60, name).hold(60, name, {name});
