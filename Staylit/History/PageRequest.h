@@ -21,8 +21,10 @@ struct PageRequest {
 
   [[nodiscard]] bool isForStandardOutput() const { return file == "-"; }
 
-  /// The page that `history` gives, of all days that have a part in the range; else why there is
-  /// none, for people. `version` is the program's name and version. Main thread only.
+  /// The page that `history` gives, of all days that have a part in the range, from the first day
+  /// of which something was kept; else why there is none, for people. Where nothing was kept, the
+  /// page says so of the last week of the range. `version` is the program's name and version. Main
+  /// thread only.
   struct Page {
     std::string text;
     std::string error;

@@ -61,6 +61,25 @@ TEST_F(PageRequestTest, HasTheWholeDayOfAnHour) {
   EXPECT_TRUE(has("make worked 02:00 to 03:00"));
 }
 
+TEST_F(PageRequestTest, BeginsAtTheFirstDayOfWhichSomethingWasKept) {
+  script.start(-2'000).add(-1'900, HistoryEvent::Stopped{}).start(60).begin(120, "make");
+  script.history.now = HistoryScript::at(720);
+  request.days.since = "1970-01-01";
+  EXPECT_FALSE(has("id=\"2026-11-19\""));
+  EXPECT_TRUE(has("id=\"2026-11-20\""));
+  EXPECT_TRUE(has("id=\"2026-11-21\""));
+  EXPECT_TRUE(has("id=\"2026-11-22\""));
+}
+
+TEST_F(PageRequestTest, SaysOfAWeekThatNothingWasKept) {
+  script.history.now = HistoryScript::at(720);
+  request.days.since = "1970-01-01";
+  EXPECT_TRUE(has("Nothing was kept"));
+  EXPECT_FALSE(has("id=\"2026-11-15\""));
+  EXPECT_TRUE(has("id=\"2026-11-16\""));
+  EXPECT_TRUE(has("id=\"2026-11-22\""));
+}
+
 TEST_F(PageRequestTest, SaysWhatIsNoTime) {
   request.days.since = "never";
   EXPECT_EQ(made().text, "");
