@@ -84,6 +84,19 @@ Lines candidateRows(const std::vector<BusyApp>& candidates, std::int64_t sustain
   return rows;
 }
 
+Lines askingRows(const Lines& asking, const std::vector<tidewell::AskingProgram>& words) {
+  Lines rows;
+  for (const std::string& name : asking) {
+    const auto own = std::ranges::find(words, name, &tidewell::AskingProgram::name);
+    rows.push_back(own == words.end() ? name : name + " (" + own->words + ")");
+  }
+  return rows;
+}
+
+std::string jsonOf(const tidewell::AskingProgram& program) {
+  return JsonObject().addText("name", program.name).addText("words", program.words).text();
+}
+
 std::string jsonOf(const std::optional<WallTime>& time) {
   return time ? jsonText(inUniversalTime(*time)) : "null";
 }
@@ -150,7 +163,7 @@ Lines StatusReport::lines(WallTime now) const {
              busyRows(busy));
   addSection(lines, "Over a threshold, not for long enough yet" + past,
              candidateRows(candidates, sustainSeconds));
-  addSection(lines, kAskedToStayAwake + past, asking);
+  addSection(lines, kAskedToStayAwake + past, askingRows(asking, askingWords));
   return lines;
 }
 
@@ -188,6 +201,7 @@ std::string StatusReport::json(WallTime now) const {
                                           .text();
                                     }))
       .add("asking", jsonOfEach(asking, [](const auto& name) { return jsonText(name); }))
+      .add("askingWords", jsonOfEach(askingWords, [](const auto& each) { return jsonOf(each); }))
       .addText("serves", servesMachine ? "machine" : "session")
       .add("power", jsonOf(power))
       .text();

@@ -9,6 +9,7 @@
 #include "Tidewell/BatteryMonitor.h"
 #include "Tidewell/BusyApp.h"
 #include "Tidewell/Ports/Clock.h"
+#include "Tidewell/PowerAssertionReader.h"
 
 namespace staylit {
 
@@ -43,6 +44,8 @@ struct StatusReport {
   std::vector<tidewell::BusyApp> candidates;  ///< Over a threshold, and not for long enough yet.
   std::int64_t sustainSeconds = 0;            ///< How long is long enough.
   std::vector<std::string> asking;            ///< Other programs that ask to stay awake.
+  /// The same programs' own words, where they have any.
+  std::vector<tidewell::AskingProgram> askingWords;
   tidewell::PowerState power{};
   /// Whether the program serves the whole machine, and no session. Whoever asks knows it, so it
   /// does not cross with the rest.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <iterator>
 #include <utility>
 #include <variant>
 
@@ -49,6 +50,8 @@ void addWork(StatusReport& report, StaylitEngine& engine) {
   });
   report.sustainSeconds = Prefs::shared().activityThresholds().sustainSeconds;
   report.asking = engine.assertingApps().get();
+  std::ranges::copy_if(engine.monitor().askingPrograms(), std::back_inserter(report.askingWords),
+                       [](const auto& program) { return !program.words.empty(); });
 }
 
 }  // namespace

@@ -135,12 +135,14 @@ std::optional<BusyApp> ActivityMonitor::overThreshold(const std::string& key,
 
 void ActivityMonitor::updateAssertingApps(const ActivityThresholds& thresholds) {
   assertingApps_.clear();
+  asking_.clear();
   if (!thresholds.honorAppAssertions && !listener_) return;
-  std::vector<std::string> names = PowerAssertionReader::appsPreventingSleep();
-  if (listener_) everyAsserting_ = names;
-  if (!thresholds.honorAppAssertions) return;
-  for (std::string& name : names) {
-    if (!thresholds.ignored.contains(name)) assertingApps_.push_back(std::move(name));
+  everyAsserting_.clear();
+  for (AskingProgram& program : PowerAssertionReader::programsPreventingSleep()) {
+    if (listener_) everyAsserting_.push_back(program.name);
+    if (!thresholds.honorAppAssertions || thresholds.ignored.contains(program.name)) continue;
+    assertingApps_.push_back(program.name);
+    asking_.push_back(std::move(program));
   }
 }
 

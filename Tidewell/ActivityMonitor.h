@@ -9,6 +9,7 @@
 #include "Tidewell/BusyApp.h"
 #include "Tidewell/NetworkSampler.h"
 #include "Tidewell/Ports/Ports.h"
+#include "Tidewell/PowerAssertionReader.h"
 #include "Tidewell/ProcessSampler.h"
 #include "Tidewell/TextMap.h"
 #include "Tidewell/Thresholds.h"
@@ -61,6 +62,8 @@ class ActivityMonitor {
   [[nodiscard]] const std::vector<BusyApp>& lastCandidates() const { return lastCandidates_; }
   /// The programs that hold a sleep assertion of their own, without the ignored ones.
   [[nodiscard]] const std::vector<std::string>& assertingApps() const { return assertingApps_; }
+  /// The same programs with their own words.
+  [[nodiscard]] const std::vector<AskingProgram>& askingPrograms() const { return asking_; }
 
  private:
   /// One application's processes taken together.
@@ -93,6 +96,7 @@ class ActivityMonitor {
   std::vector<BusyApp> lastBusy_;
   std::vector<BusyApp> lastCandidates_;
   std::vector<std::string> assertingApps_;
+  std::vector<AskingProgram> asking_;
   TickListener* listener_ = nullptr;
   std::vector<std::string> everyAsserting_;  ///< With the ignored ones; kept for the listener only.
 };

@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <cstdlib>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -140,6 +141,19 @@ TEST_F(StatusReportTest, SaysInOneLineWhatWorks) {
   EXPECT_EQ(blocked().line(), "Not holding — battery below 20%");
 }
 
+TEST_F(StatusReportTest, SaysTheOwnWordsOfWhoAsks) {
+  StatusReport report = holding();
+  report.asking = {"mpv", "systemd-inhibit"};
+  report.askingWords = {{"systemd-inhibit", "Backup tool: Nightly backup"}};
+  const std::vector<std::string> lines = report.lines(kNine);
+  EXPECT_EQ(*std::prev(lines.end(), 2), "  mpv");
+  EXPECT_EQ(lines.back(), "  systemd-inhibit (Backup tool: Nightly backup)");
+  EXPECT_NE(report.json(kNine).find(
+                R"("asking":["mpv","systemd-inhibit"],"askingWords":[{"name":"systemd-inhibit",)"
+                R"("words":"Backup tool: Nightly backup"}],)"),
+            std::string::npos);
+}
+
 TEST_F(StatusReportTest, TellsProgramsAllAboutAHold) {
   EXPECT_EQ(
       holding().json(kNine + 7'805s + 999ms),
@@ -153,7 +167,7 @@ TEST_F(StatusReportTest, TellsProgramsAllAboutAHold) {
       R"("diskKBps":0.0,"netKBps":0.0,"busyForSeconds":14.9}],)"
       R"("candidates":[{"id":"rsync","name":"rsync","doing":"2% CPU · 700 KB/s disk",)"
       R"("cpuPercent":2.0,"diskKBps":700.0,"netKBps":0.0,"overForSeconds":6.5,)"
-      R"("neededSeconds":10}],"asking":["mpv"],"serves":"session",)"
+      R"("neededSeconds":10}],"asking":["mpv"],"askingWords":[],"serves":"session",)"
       R"("power":{"onAC":false,"hasBattery":true,"batteryPercent":80,"lowPowerMode":false}})");
 }
 
@@ -163,7 +177,7 @@ TEST_F(StatusReportTest, TellsProgramsOfAQuietMachine) {
       R"({"version":1,"state":"idle","held":false,"summary":"Idle — your Mac can sleep",)"
       R"("since":"2026-11-22T09:00:00Z","forSeconds":0,"reason":"",)"
       R"("releasesInSeconds":null,"resumesAt":null,"names":[],"services":[],"busy":[],"candidates":[],)"
-      R"("asking":[],"serves":"session",)"
+      R"("asking":[],"askingWords":[],"serves":"session",)"
       R"("power":{"onAC":true,"hasBattery":false,"batteryPercent":null,)"
       R"("lowPowerMode":false}})");
 }

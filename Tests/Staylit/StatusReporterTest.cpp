@@ -115,6 +115,20 @@ TEST_F(StatusReporterTest, ReportsWhoElseAsks) {
   EXPECT_EQ(reporter.report().asking, std::vector<std::string>{"com.example.player"});
 }
 
+TEST_F(StatusReporterTest, ReportsTheOwnWordsOfWhoAsks) {
+  fakes.assertions.holders = {{500, {{"PreventSystemSleep", 255, "Nightly backup", "Backup tool"}}},
+                              {501, {{"PreventSystemSleep", 255, ""}}}};
+  fakes.applications.add(500, std::nullopt, "systemd-inhibit");
+  fakes.applications.add(501, std::nullopt, "quiet");
+  tick();
+  tickWith(0);
+  const StatusReport report = reporter.report();
+  EXPECT_EQ(report.asking, (std::vector<std::string>{"quiet", "systemd-inhibit"}));
+  EXPECT_EQ(
+      report.askingWords,
+      (std::vector<tidewell::AskingProgram>{{"systemd-inhibit", "Backup tool: Nightly backup"}}));
+}
+
 TEST_F(StatusReporterTest, ReportsWhyAHoldIsForbidden) {
   fakes.powerSources.setBattery(10);
   tick();

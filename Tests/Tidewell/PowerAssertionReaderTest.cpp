@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "Tests/Fakes/FakePorts.h"
+#include "Tidewell/ForeignText.h"
 
 namespace tidewell {
 namespace {
@@ -30,6 +31,26 @@ TEST_F(PowerAssertionReaderTest, ListsNobodyWhenNobodyHoldsAnything) {
 
 TEST_F(PowerAssertionReaderTest, ListsAHolderAtLevel255) {
   EXPECT_EQ(readWith({{"PreventUserIdleSystemSleep", 255, ""}}), Texts{"pid 412"});
+}
+
+TEST_F(PowerAssertionReaderTest, TellsTheFirstDifferentWordsOfAProgram) {
+  const auto asks = [](const char* owner, const char* reason) {
+    return ListedAssertion{"PreventSystemSleep", 255, reason, owner};
+  };
+  fakes.assertions.holders = {{412,
+                               {asks("Backup tool", "Nightly\nbackup"),
+                                asks("Backup tool", "Nightly\nbackup"),
+                                {"PreventSystemSleep", 0, "Switched off", "Backup tool"},
+                                asks("pid 412", "A reason"),
+                                asks("", ""),
+                                asks("An owner", ""),
+                                asks("One", "too many")}},
+                              {413, {asks("", "")}}};
+  EXPECT_EQ(PowerAssertionReader::programsPreventingSleep(),
+            (std::vector<AskingProgram>{
+                {"pid 412", cleaned("Backup tool: Nightly\nbackup") + ", A reason, An owner"},
+                {"pid 413", ""}}));
+  EXPECT_EQ(cleaned("Nightly\nbackup").find('\n'), std::string::npos);
 }
 
 TEST_F(PowerAssertionReaderTest, LeavesOutAHolderAtLevel0) {

@@ -12,6 +12,7 @@ struct ListedAssertion {
   std::string type;                   ///< For example "PreventSystemSleep"; empty when not told.
   std::optional<std::int64_t> level;  ///< 0: switched off. Absent when no integer is told.
   std::string reason;                 ///< For people to read; empty when not told.
+  std::string owner = {};             ///< What the holder calls itself; empty when not told.
 
   friend bool operator==(const ListedAssertion&, const ListedAssertion&) = default;
 };

@@ -23,7 +23,7 @@ void append(std::vector<AssertionHolder>& holders, std::int64_t identifier,
   auto found = std::ranges::find(holders, identifier, &AssertionHolder::process);
   if (found == holders.end()) found = holders.insert(holders.end(), {identifier, {}});
   for (const std::string& type : inhibitor.types) {
-    found->assertions.push_back({type, inhibitor.level, inhibitor.why});
+    found->assertions.push_back({type, inhibitor.level, inhibitor.why, inhibitor.holder});
   }
 }
 

@@ -19,6 +19,7 @@ using tidewell::cleaned;
 using tidewell::WallTime;
 
 constexpr const char* kServiceType = "(sx)";
+constexpr const char* kAskingType = "(ss)";
 constexpr const char* kAppType = "(sssdddd)";
 
 std::int64_t toSeconds(WallTime time) {
@@ -66,6 +67,13 @@ int writeApps(sd_bus_message* reply, const std::vector<BusyApp>& apps) {
     return sd_bus_message_append(reply, kAppType, cleaned(app.id).c_str(),
                                  cleaned(app.display).c_str(), app.reason().c_str(), app.cpuPercent,
                                  app.diskKBps, app.netKBps, app.busyFor);
+  });
+}
+
+int writeAsking(sd_bus_message* reply, const std::vector<tidewell::AskingProgram>& programs) {
+  return writeEach(reply, kAskingType, programs, [reply](const auto& program) {
+    return sd_bus_message_append(reply, kAskingType, cleaned(program.name).c_str(),
+                                 cleaned(program.words).c_str());
   });
 }
 
@@ -126,6 +134,18 @@ int readServices(sd_bus_message* message, std::vector<StatusReport::Service>& se
   });
 }
 
+int readAsking(sd_bus_message* message, std::vector<tidewell::AskingProgram>& programs) {
+  return readVariant(message, "a(ss)", [&] {
+    int result = sd_bus_message_enter_container(message, 'a', kAskingType);
+    const char* name = nullptr;
+    const char* words = nullptr;
+    while (result >= 0 && (result = sd_bus_message_read(message, kAskingType, &name, &words)) > 0) {
+      programs.push_back({cleaned(name), cleaned(words)});
+    }
+    return result < 0 ? result : sd_bus_message_exit_container(message);
+  });
+}
+
 int readApps(sd_bus_message* message, std::vector<BusyApp>& apps) {
   return readVariant(message, "a(sssdddd)", [&] {
     int result = sd_bus_message_enter_container(message, 'a', kAppType);
@@ -169,6 +189,7 @@ int appendStatusProperty(sd_bus_message* reply, std::string_view name, const Sta
   if (name == "Candidates") return writeApps(reply, report.candidates);
   if (name == "SustainSeconds") return sd_bus_message_append(reply, "x", report.sustainSeconds);
   if (name == "Asking") return writeTexts(reply, report.asking);
+  if (name == "AskingWords") return writeAsking(reply, report.askingWords);
   if (name == "OnAC") return writeFlag(reply, report.power.onAC);
   if (name == "HasBattery") return writeFlag(reply, report.power.hasBattery);
   if (name == "BatteryPercent") return sd_bus_message_append(reply, "x", report.power.percentage);
@@ -193,6 +214,7 @@ bool readStatus(sd_bus_message* message, StatusReport& report) {
     if (key == "Candidates") return readApps(message, report.candidates);
     if (key == "SustainSeconds") return readNumber(message, report.sustainSeconds);
     if (key == "Asking") return readCleanTexts(message, report.asking);
+    if (key == "AskingWords") return readAsking(message, report.askingWords);
     if (key == "OnAC") return readFlag(message, report.power.onAC);
     if (key == "HasBattery") return readFlag(message, report.power.hasBattery);
     if (key == "BatteryPercent") return readNumber(message, report.power.percentage);

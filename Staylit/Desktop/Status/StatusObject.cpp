@@ -35,6 +35,7 @@ const sd_bus_vtable StatusObject::kTable[] = {
     SD_BUS_PROPERTY("Candidates", "a(sssdddd)", property, 0, 0),
     SD_BUS_PROPERTY("SustainSeconds", "x", property, 0, 0),
     SD_BUS_PROPERTY("Asking", "as", property, 0, 0),
+    SD_BUS_PROPERTY("AskingWords", "a(ss)", property, 0, 0),
     SD_BUS_PROPERTY("BatteryPercent", "x", property, 0, 0),
     SD_BUS_SIGNAL_WITH_NAMES("Changed", "ss", SD_BUS_PARAM(state) SD_BUS_PARAM(summary), 0),
     SD_BUS_VTABLE_END};
