@@ -2,13 +2,24 @@
 
 #include <condition_variable>
 #include <cstdint>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "Tidewell/Log.h"
 
 namespace platform {
+namespace {
+
+/// Keeps a queue until the process ends, because its destructor would wait for its thread.
+void leaveBehind(std::unique_ptr<tidewell::SerialQueue> queue) {
+  static auto* const left = new std::vector<std::unique_ptr<tidewell::SerialQueue>>();
+  left->push_back(std::move(queue));
+}
+
+}  // namespace
 
 /// The store and its queue own it together, because either may end first.
 struct QueuedLineStore::State {
@@ -45,7 +56,7 @@ QueuedLineStore::~QueuedLineStore() {
   // In this thread's table of descriptors the numbers may belong to other files.
   submit([](State& state) { state.files.close(); });
   // Destroying the queue would wait for work that may never end.
-  if (!waitForWriting()) static_cast<void>(queue_.release());
+  if (!waitForWriting()) leaveBehind(std::move(queue_));
 }
 
 void QueuedLineStore::append(Line line) {
