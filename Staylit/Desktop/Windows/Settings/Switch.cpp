@@ -5,8 +5,6 @@
 #include <QPainter>
 #include <QStyle>
 
-#include "Staylit/Desktop/Windows/Parts/Shades.h"
-
 namespace staylit::windows {
 namespace {
 

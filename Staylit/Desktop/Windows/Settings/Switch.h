@@ -3,6 +3,8 @@
 #include <QCheckBox>
 #include <QVariantAnimation>
 
+#include "Staylit/Desktop/Windows/Parts/Shades.h"
+
 namespace staylit::windows {
 
 /// A toggle switch: a check box in everything but its looks.
