@@ -32,21 +32,26 @@ std::string accessibleDescription(const MenuItem& item) {
          tidewell::cleaned(item.toolTip, kLongestLabel);
 }
 
+/// GCC 12 warns, without reason, of a value that is moved from where it was just written.
+void add(MenuProperties& properties, const char* name, const MenuPropertyValue& value) {
+  properties.push_back({name, value});
+}
+
 }  // namespace
 
 MenuProperties menuProperties(const MenuItem& item) {
   if (item.isSeparator) return {{"type", std::string("separator")}};
   MenuProperties properties{{"label", label(item.title)}};
-  if (!item.isEnabled) properties.push_back({"enabled", false});
+  if (!item.isEnabled) add(properties, "enabled", false);
   if (!item.toolTip.empty()) {
-    properties.push_back({"accessible-desc", accessibleDescription(item)});
+    add(properties, "accessible-desc", accessibleDescription(item));
   }
   if (item.isToggle) {
-    properties.push_back({"toggle-type", std::string("checkmark")});
-    properties.push_back({"toggle-state", std::int32_t{item.isOn ? 1 : 0}});
+    add(properties, "toggle-type", std::string("checkmark"));
+    add(properties, "toggle-state", std::int32_t{item.isOn ? 1 : 0});
   }
   if (!item.keyEquivalent.empty()) {
-    properties.push_back({"shortcut", MenuShortcut{"Control", keyName(item.keyEquivalent)}});
+    add(properties, "shortcut", MenuShortcut{"Control", keyName(item.keyEquivalent)});
   }
   return properties;
 }
