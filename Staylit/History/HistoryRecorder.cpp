@@ -149,12 +149,16 @@ bool HistoryRecorder::isAwake() {
 }
 
 void HistoryRecorder::lookForSleepThatNobodyAnnounced(Moment now) {
-  if (last_ && now - *last_ >= kLongestWait) {
+  // A program that somebody stopped for a while has no ticks either.
+  const bool hasSlept = last_ && now - *last_ >= kLongestWait &&
+                        ports_.clock->timeAsleep() - asleepBefore_ > (now - *last_) / 2;
+  if (hasSlept) {
     before_ = now - *last_;
     fallAsleep();
     before_ = {};
     wakeUp();
   }
+  if (!last_ || ticks_ == 0) asleepBefore_ = ports_.clock->timeAsleep();
   last_ = now;
 }
 

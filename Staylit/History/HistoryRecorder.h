@@ -34,8 +34,8 @@ namespace staylit {
 /// outlive it, and the ports must be the installed ones.
 class HistoryRecorder {
  public:
-  /// Nothing but sleep keeps a program from its ticks for so long. The monitor forgets its samples
-  /// after the same time.
+  /// A gap between two ticks that is as long as this, and most of which the machine slept, is a
+  /// sleep that nobody announced. The monitor forgets its samples after the same time.
   static constexpr std::chrono::seconds kLongestWait{120};
 
   HistoryRecorder(StaylitEngine& engine, tidewell::Ports& ports, HistoryLog& log);
@@ -86,13 +86,14 @@ class HistoryRecorder {
   std::int64_t run_ = 0;
   bool isRecording_ = false;
   bool isStopped_ = false;
-  std::chrono::nanoseconds wallOffset_{};  ///< Of wall time to moments, a minute ago.
-  int ticks_ = 0;                          ///< Of the minute.
-  int minutes_ = 0;                        ///< Since the last trace.
-  std::optional<tidewell::Moment> last_;   ///< When the last tick was.
-  std::chrono::nanoseconds before_{};      ///< How long ago that happened which is being told.
-  std::optional<int> ticksAsleep_;         ///< Absent while awake.
-  std::optional<EngineStatus> told_;       ///< What was told last, as are those that follow.
+  std::chrono::nanoseconds wallOffset_{};    ///< Of wall time to moments, a minute ago.
+  int ticks_ = 0;                            ///< Of the minute.
+  int minutes_ = 0;                          ///< Since the last trace.
+  std::optional<tidewell::Moment> last_;     ///< When the last tick was.
+  std::chrono::nanoseconds asleepBefore_{};  ///< At a tick of the last minute.
+  std::chrono::nanoseconds before_{};        ///< How long ago that happened which is being told.
+  std::optional<int> ticksAsleep_;           ///< Absent while awake.
+  std::optional<EngineStatus> told_;         ///< What was told last, as are those that follow.
   bool toldGranted_ = false;
   std::optional<tidewell::PowerState> toldPower_;
   std::vector<std::string> toldAsking_;

@@ -72,6 +72,8 @@ class ReplayPorts::Clock : public tidewell::Clock {
     return now;
   }
   tidewell::WallTime wallTime() override { return wallTime_ + (moment_ - setAt_); }
+  /// A tape does not tell why there were no ticks for long. It is taken for sleep.
+  std::chrono::nanoseconds timeAsleep() override { return moment_.time_since_epoch(); }
   void sleepFor(tidewell::Seconds /*duration*/) override {}
 
   void set(tidewell::Moment moment, tidewell::WallTime wallTime) {

@@ -14,6 +14,8 @@ class FakeClock : public Clock {
   Moment now() override { return now_; }
   WallTime wallTime() override { return wallTime_; }
 
+  std::chrono::nanoseconds timeAsleep() override { return asleep_; }
+
   void sleepFor(Seconds duration) override {
     sleeps.push_back(duration);
     advance(duration);
@@ -24,6 +26,12 @@ class FakeClock : public Clock {
   void advance(Seconds duration) {
     now_ += nanoseconds(duration);
     wallTime_ += nanoseconds(duration);
+  }
+
+  /// As `advance`, while the machine sleeps.
+  void advanceAsleep(Seconds duration) {
+    advance(duration);
+    asleep_ += nanoseconds(duration);
   }
 
   /// Somebody sets the wall clock, forward or back.
@@ -37,6 +45,7 @@ class FakeClock : public Clock {
     return std::chrono::round<std::chrono::nanoseconds>(duration);
   }
 
+  std::chrono::nanoseconds asleep_{};
   Moment now_{std::chrono::hours(3)};
   WallTime wallTime_ =
       std::chrono::sys_days(std::chrono::year(2024) / 5 / 17) + std::chrono::hours(9);

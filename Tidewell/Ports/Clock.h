@@ -26,6 +26,9 @@ class Clock {
   virtual Moment now() = 0;
   /// Only to be shown.
   virtual WallTime wallTime() = 0;
+  /// For how much of the time that `now` counts the machine slept. Only differences between two
+  /// answers mean something.
+  virtual std::chrono::nanoseconds timeAsleep() = 0;
   /// Blocks the calling thread.
   virtual void sleepFor(Seconds duration) = 0;
 };

@@ -16,6 +16,12 @@ tidewell::WallTime SystemClock::wallTime() {
   return std::chrono::time_point_cast<std::chrono::nanoseconds>(std::chrono::system_clock::now());
 }
 
+std::chrono::nanoseconds SystemClock::timeAsleep() {
+  // The steady clock stands still while the machine sleeps.
+  const auto all = BootTime::now().time_since_epoch();
+  return all - std::chrono::steady_clock::now().time_since_epoch();
+}
+
 void SystemClock::sleepFor(tidewell::Seconds duration) {
   constexpr tidewell::Seconds longest(1e9);
   // A duration that is not a number means no sleep either.

@@ -9,6 +9,7 @@ class FoundationClock final : public tidewell::Clock {
  public:
   tidewell::Moment now() override;
   tidewell::WallTime wallTime() override;
+  std::chrono::nanoseconds timeAsleep() override;
   void sleepFor(tidewell::Seconds duration) override;
 };
 

@@ -32,6 +32,13 @@ tidewell::WallTime FoundationClock::wallTime() {
   }
 }
 
+std::chrono::nanoseconds FoundationClock::timeAsleep() {
+  const std::uint64_t all = mach_continuous_time();
+  const std::uint64_t awake = mach_absolute_time();
+  const double asleep = static_cast<double>(all) - static_cast<double>(awake);
+  return std::chrono::nanoseconds(static_cast<std::int64_t>(asleep * nanosecondsPerUnit()));
+}
+
 void FoundationClock::sleepFor(tidewell::Seconds duration) {
   [NSThread sleepForTimeInterval:duration.count()];
 }

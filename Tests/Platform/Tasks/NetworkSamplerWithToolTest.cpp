@@ -44,6 +44,7 @@ class SystemClock : public tidewell::Clock {
     return tidewell::Moment(std::chrono::steady_clock::now().time_since_epoch());
   }
   tidewell::WallTime wallTime() override { return std::chrono::system_clock::now(); }
+  std::chrono::nanoseconds timeAsleep() override { return {}; }
   void sleepFor(tidewell::Seconds duration) override { std::this_thread::sleep_for(duration); }
 };
 

@@ -34,17 +34,13 @@ bool enterMachineThatSlept(std::chrono::seconds asleep) {
   return offsets.good();
 }
 
-/// The time for which the machine has slept: the time that its steady clock has not counted.
-tidewell::Seconds timeAsleep() {
-  return SystemClock().now().time_since_epoch() - steady_clock::now().time_since_epoch();
-}
-
 TEST(SystemClock, CountsTheTimeThatTheMachineSleeps) {
-  const tidewell::Seconds before = timeAsleep();
+  const tidewell::Seconds before = SystemClock().timeAsleep();
   const std::string seconds = inChild([]() -> std::string {
     if (!enterMachineThatSlept(std::chrono::seconds(86'400))) return "not allowed";
     // The clocks change only for processes that are started now.
-    return inChild([] { return std::to_string(timeAsleep().count()); });
+    return inChild(
+        [] { return std::to_string(tidewell::Seconds(SystemClock().timeAsleep()).count()); });
   });
   if (seconds == "not allowed") GTEST_SKIP() << "no time namespaces here";
   EXPECT_NEAR(std::stod(seconds), before.count() + 86'400, 60);

@@ -274,19 +274,36 @@ TEST_F(HistoryRecorderTest, TakesTicksThatGoOnForAWakeThatNobodyTold) {
   EXPECT_EQ(newsOf("woke"), "\"woke\"\n");
 }
 
-TEST_F(HistoryRecorderTest, TakesALongGapBetweenTwoTicksForSleep) {
+TEST_F(HistoryRecorderTest, TakesALongGapBetweenTwoTicksForSleepIfTheMachineSlept) {
   record();
   tick();
   tickWith(0);
   const auto lastTick = log.events.back().moment + 2s;
   news();
-  fakes.clock.advance(2h);
+  fakes.clock.advanceAsleep(2h);
   tick();
   ASSERT_EQ(log.events.size(), told + 3);
   EXPECT_TRUE(std::holds_alternative<HistoryEvent::FellAsleep>(log.events[told].what));
   EXPECT_EQ(log.events[told].moment, lastTick);
   EXPECT_TRUE(std::holds_alternative<HistoryEvent::WokeUp>(log.events[told + 1].what));
   EXPECT_EQ(log.events[told + 1].moment, lastTick + 2h);
+}
+
+TEST_F(HistoryRecorderTest, DoesNotTakeAProgramThatWasStoppedForAMachineThatSlept) {
+  record();
+  tick();
+  // Sleep that was told of before does not count for the gap.
+  fakes.sleepNotifications.tellWillSleep();
+  fakes.mainLoop.runPosted();
+  fakes.clock.advanceAsleep(8h);
+  fakes.sleepNotifications.tellDidWake();
+  fakes.mainLoop.runPosted();
+  tick();
+  news();
+  fakes.clock.advance(2h);
+  tick();
+  EXPECT_EQ(newsOf("slept"), "");
+  EXPECT_EQ(newsOf("woke"), "");
 }
 
 TEST_F(HistoryRecorderTest, RecordsChangedSettingsWithinAMinute) {
