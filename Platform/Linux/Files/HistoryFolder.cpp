@@ -1,7 +1,6 @@
 #include "Platform/Linux/Files/HistoryFolder.h"
 
 #include <cstdlib>
-#include <system_error>
 
 #include "Platform/Linux/Files/XdgFolders.h"
 
@@ -13,10 +12,6 @@ std::filesystem::path historyFolder() {
   if (!given.empty()) return given.front() / "history";
   const std::filesystem::path folder = xdgStateHome();
   return folder.empty() ? folder : folder / "staylit" / "history";
-}
-
-std::string describeError(int errorNumber) {
-  return std::generic_category().message(errorNumber);
 }
 
 }  // namespace platform

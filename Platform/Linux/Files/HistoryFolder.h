@@ -1,7 +1,6 @@
 #pragma once
 
 #include <filesystem>
-#include <string>
 
 namespace platform {
 
@@ -9,8 +8,5 @@ namespace platform {
 /// `~/.local/state`; in a unit that has a folder for its state (`STATE_DIRECTORY`), `history` in
 /// that folder. Empty for a user without a home, who has no history.
 [[nodiscard]] std::filesystem::path historyFolder();
-
-/// What the system calls an error. Any thread.
-[[nodiscard]] std::string describeError(int errorNumber);
 
 }  // namespace platform

@@ -13,6 +13,7 @@
 #include <memory>
 #include <utility>
 
+#include "Platform/Posix/Files/OwnFolder.h"
 #include "Tidewell/TextReading.h"
 
 namespace platform {
@@ -22,9 +23,7 @@ using std::chrono::sys_days;
 
 namespace {
 
-constexpr mode_t kFolderMode = 0700;
 constexpr mode_t kFileMode = 0600;
-constexpr mode_t kWritableByOthers = S_IWGRP | S_IWOTH;
 constexpr std::string_view kNameEnd = ".jsonl";
 /// More than the program ever writes: somebody else did.
 constexpr std::size_t kMostFilesRead = 64;
@@ -34,22 +33,10 @@ std::chrono::sys_seconds systemNow() {
   return std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
 }
 
-bool isOurs(const struct stat& status) {
-  return status.st_uid == geteuid() && (status.st_mode & kWritableByOthers) == 0;
-}
-
 bool isOurFile(int file) {
   struct stat status {};
-  return fstat(file, &status) == 0 && S_ISREG(status.st_mode) && isOurs(status) &&
-         status.st_nlink <= 1;
-}
-
-/// Makes the missing folders down to `path`.
-bool makeFolders(const fs::path& path) {
-  if (mkdir(path.c_str(), kFolderMode) == 0 || errno == EEXIST) return true;
-  if (errno != ENOENT || !path.has_parent_path() || path.parent_path() == path) return false;
-  return makeFolders(path.parent_path()) &&
-         (mkdir(path.c_str(), kFolderMode) == 0 || errno == EEXIST);
+  return fstat(file, &status) == 0 && S_ISREG(status.st_mode) && status.st_nlink <= 1 &&
+         isOwn(file);
 }
 
 tidewell::WallTime modificationTime(const struct stat& status) {
@@ -140,19 +127,18 @@ LineFiles::Content LineFiles::read(const fs::path& folder, ErrorDescription desc
   Content content;
   struct stat status {};
   if (lstat(folder.c_str(), &status) != 0 && errno == ENOENT) return content;
-  Descriptor opened;
-  if (auto why = openFolder(folder, opened, describe)) {
-    content.error = *std::move(why);
-    return content;
-  }
-  content.isInUse = isLockedByAnother(opened.get());
-  Files files = list(opened.get());
-  content.lastWritten = writtenAt(opened.get(), files);
+  OwnFolder opened = OwnFolder::open(folder, describe);
+  content.error = std::move(opened.error);
+  if (!opened.descriptor) return content;
+  const int descriptor = opened.descriptor.get();
+  content.isInUse = isLockedByAnother(descriptor);
+  Files files = list(descriptor);
+  content.lastWritten = writtenAt(descriptor, files);
   const std::size_t surplus = files.size() > kMostFilesRead ? files.size() - kMostFilesRead : 0;
   files.erase(files.begin(), files.begin() + static_cast<std::ptrdiff_t>(surplus));
   for (const File& file : files) {
     const Descriptor reading(
-        openat(opened.get(), file.name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+        openat(descriptor, file.name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
     if (!reading || !isOurFile(reading.get())) continue;
     content.text += readAll(reading.get());
     if (!content.text.empty() && content.text.back() != '\n') content.text += '\n';
@@ -187,16 +173,6 @@ LineFiles::Files LineFiles::list(int folder) {
   return files;
 }
 
-std::optional<std::string> LineFiles::openFolder(const fs::path& path, Descriptor& folder,
-                                                 ErrorDescription describe) {
-  folder = Descriptor(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
-  if (!folder) return describe(errno);
-  struct stat status {};
-  if (fstat(folder.get(), &status) == 0 && isOurs(status)) return std::nullopt;
-  folder.reset();
-  return "the folder belongs to another user, or others may write to it";
-}
-
 std::optional<tidewell::WallTime> LineFiles::writtenAt(int folder, const Files& files) {
   struct stat status {};
   if (files.empty() ||
@@ -220,11 +196,11 @@ std::optional<std::string> LineFiles::prepare(std::size_t bytes) {
 }
 
 std::optional<std::string> LineFiles::prepareFolder() {
-  if (path_.empty()) return "there is no folder for it";
   if (!folder_) {
     isLocked_ = false;
-    if (!makeFolders(path_)) return failure(errno);
-    if (auto why = openFolder(path_, folder_, describe_)) return why;
+    OwnFolder made = OwnFolder::makeAll(path_, describe_);
+    if (!made) return std::move(made.error);
+    folder_ = std::move(made.descriptor);
   }
   // While somebody reads, the lock is not to be had. Then it is taken with a later line.
   if (!isLocked_) {

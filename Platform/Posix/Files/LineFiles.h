@@ -75,8 +75,6 @@ class LineFiles {
 
   static std::optional<File> fileNamed(std::string_view name);
   static Files list(int folder);
-  static std::optional<std::string> openFolder(const std::filesystem::path& path,
-                                               Descriptor& folder, ErrorDescription describe);
   static std::optional<tidewell::WallTime> writtenAt(int folder, const Files& files);
 
   std::optional<std::string> prepare(std::size_t bytes);

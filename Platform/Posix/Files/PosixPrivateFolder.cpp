@@ -11,6 +11,7 @@
 #include <system_error>
 #include <utility>
 
+#include "Platform/Posix/ErrorDescription.h"
 #include "Platform/Posix/Files/Descriptor.h"
 
 namespace platform {
@@ -18,12 +19,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr mode_t kOwnFolder = 0700;
-constexpr mode_t kOwnFile = 0600;
-
-std::string lastFolderError() {
-  return std::generic_category().message(errno);
-}
+constexpr mode_t kModeOfOwnFile = 0600;
 
 class AppendedFile : public tidewell::PrivateFile {
  public:
@@ -34,7 +30,7 @@ class AppendedFile : public tidewell::PrivateFile {
     while (!bytes.empty()) {
       const ssize_t written = ::write(file_.get(), bytes.data(), bytes.size());
       if (written < 0 && errno == EINTR) continue;
-      if (written < 0) return lastFolderError();
+      if (written < 0) return describeError(errno);
       bytes.remove_prefix(static_cast<std::size_t>(written));
     }
     return {};
@@ -48,13 +44,6 @@ class AppendedFile : public tidewell::PrivateFile {
 
   Descriptor file_;
 };
-
-/// Whether nobody else may put anything into the folder.
-bool isOwn(int folder) {
-  struct stat status {};
-  return ::fstat(folder, &status) == 0 && status.st_uid == ::geteuid() &&
-         (status.st_mode & (S_IWGRP | S_IWOTH)) == 0;
-}
 
 std::int64_t ageOf(const fs::directory_entry& entry) {
   std::error_code error;
@@ -84,23 +73,20 @@ std::vector<PosixPrivateFolder::Entry> PosixPrivateFolder::list() {
 }
 
 PosixPrivateFolder::Creation PosixPrivateFolder::create(const std::string& name) {
-  std::error_code error;
-  if (path_.empty()) return {nullptr, "there is no folder for it"};
-  // A folder that the user names is there, or was misspelt.
-  if (trust_ == Trust::own && !fs::exists(path_, error)) {
-    fs::create_directories(path_.parent_path(), error);
-    ::mkdir(path_.c_str(), kOwnFolder);
-  }
-  const Descriptor folder(::open(path_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  if (!folder) return {nullptr, lastFolderError()};
-  if (trust_ == Trust::own && !isOwn(folder.get())) {
-    return {nullptr, "others may write in " + path_.string()};
-  }
-  Descriptor file(::openat(folder.get(), name.c_str(),
+  OwnFolder folder =
+      trust_ == Trust::own ? OwnFolder::makeAll(path_, describeError) : chosenFolder();
+  if (!folder) return {nullptr, std::move(folder.error)};
+  Descriptor file(::openat(folder.descriptor.get(), name.c_str(),
                            O_WRONLY | O_APPEND | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC,
-                           kOwnFile));
-  if (!file) return {nullptr, lastFolderError()};
+                           kModeOfOwnFile));
+  if (!file) return {nullptr, describeError(errno)};
   return {std::make_unique<AppendedFile>(std::move(file)), ""};
+}
+
+OwnFolder PosixPrivateFolder::chosenFolder() const {
+  Descriptor folder(::open(path_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  std::string error = folder ? "" : describeError(errno);
+  return {std::move(folder), std::move(error)};
 }
 
 void PosixPrivateFolder::remove(const std::string& name) {

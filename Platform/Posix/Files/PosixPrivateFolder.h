@@ -2,6 +2,7 @@
 
 #include <filesystem>
 
+#include "Platform/Posix/Files/OwnFolder.h"
 #include "Tidewell/Ports/PrivateFolder.h"
 
 namespace platform {
@@ -24,6 +25,8 @@ class PosixPrivateFolder : public tidewell::PrivateFolder {
   void remove(const std::string& name) override;
 
  private:
+  [[nodiscard]] OwnFolder chosenFolder() const;
+
   std::filesystem::path path_;
   Trust trust_;
 };

@@ -15,7 +15,7 @@
 
 #include "Platform/Linux/Files/XdgFolders.h"
 #include "Platform/Posix/Files/Descriptor.h"
-#include "Platform/Posix/Files/PrivateFile.h"
+#include "Platform/Posix/Files/OwnFolder.h"
 #include "Staylit/Desktop/Session/DesktopNotification.h"
 
 namespace staylit {
@@ -113,9 +113,8 @@ PageOpener::Place PageOpener::place() {
   }
   if (parent.empty()) return {{}, "there is no folder for it: this user has no home"};
   const std::filesystem::path folder = parent / "staylit";
-  if (std::string why = platform::makePrivateFolder(folder); !why.empty()) {
-    return {{}, folder.string() + ": " + why};
-  }
+  const auto made = platform::OwnFolder::make(folder, platform::describeError);
+  if (!made) return {{}, folder.string() + ": " + made.error};
   return {folder / "history.html", ""};
 }
 

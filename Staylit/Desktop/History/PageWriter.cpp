@@ -5,7 +5,7 @@
 
 #include "Platform/Linux/Bus/Bus.h"
 #include "Platform/Linux/Loop/EventLoop.h"
-#include "Platform/Posix/Files/PrivateFile.h"
+#include "Platform/Posix/Files/OwnFile.h"
 #include "Staylit/Desktop/CommandLine.h"
 #include "Staylit/Desktop/History/KeptHistory.h"
 #include "Staylit/Desktop/History/PageOpener.h"
@@ -40,7 +40,7 @@ int show(const PageRequest& request, std::string_view page, tidewell::Console& c
   const PageOpener::Place place = placeOf(request);
   if (!place.error.empty()) return notShown(opener, console, place.error);
   const std::string file = place.file.string();
-  if (const std::string why = platform::writePrivateFile(place.file, page); !why.empty()) {
+  if (const std::string why = platform::writeOwnFile(place.file, page); !why.empty()) {
     return notShown(opener, console, file + " cannot be written: " + why);
   }
   const std::string why = opener.open(place.file);
@@ -68,7 +68,7 @@ int writeHistoryPage(const PageRequest& request, tidewell::Console& console) {
     console.printLine(std::string_view(page.text).substr(0, page.text.size() - 1));
     return kDone;
   }
-  const std::string why = platform::writePrivateFile(request.file, page.text);
+  const std::string why = platform::writeOwnFile(request.file, page.text);
   return why.empty() ? kDone : failed(console, request.file + " cannot be written: " + why);
 }
 

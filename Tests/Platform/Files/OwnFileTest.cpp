@@ -1,4 +1,4 @@
-#include "Platform/Posix/Files/PrivateFile.h"
+#include "Platform/Posix/Files/OwnFile.h"
 
 #include <gtest/gtest.h>
 #include <sys/resource.h>
@@ -18,7 +18,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-class PrivateFileTest : public ::testing::Test {
+class OwnFileTest : public ::testing::Test {
  protected:
   static std::string content(const fs::path& file) {
     std::ifstream stream(file);
@@ -36,83 +36,62 @@ class PrivateFileTest : public ::testing::Test {
   fs::path file = folder.path() / "page.html";
 };
 
-TEST_F(PrivateFileTest, IsForItsOwnerAlone) {
-  EXPECT_EQ(writePrivateFile(file, "new"), "");
+TEST_F(OwnFileTest, IsForItsOwnerAlone) {
+  EXPECT_EQ(writeOwnFile(file, "new"), "");
   EXPECT_EQ(content(file), "new");
   EXPECT_EQ(mode(file), 0600U);
   EXPECT_EQ(files(), 1);
 }
 
-TEST_F(PrivateFileTest, ReplacesAFileThatOthersCouldRead) {
+TEST_F(OwnFileTest, ReplacesAFileThatOthersCouldRead) {
   folder.write("page.html", "old");
   ::chmod(file.c_str(), 0644);
-  EXPECT_EQ(writePrivateFile(file, "new"), "");
+  EXPECT_EQ(writeOwnFile(file, "new"), "");
   EXPECT_EQ(content(file), "new");
   EXPECT_EQ(mode(file), 0600U);
 }
 
-TEST_F(PrivateFileTest, LeavesAnotherNameOfTheOldFileAlone) {
+TEST_F(OwnFileTest, LeavesAnotherNameOfTheOldFileAlone) {
   folder.write("page.html", "old");
   fs::create_hard_link(file, folder.path("other"));
-  EXPECT_EQ(writePrivateFile(file, "new"), "");
+  EXPECT_EQ(writeOwnFile(file, "new"), "");
   EXPECT_EQ(content(folder.path("other")), "old");
 }
 
-TEST_F(PrivateFileTest, DoesNotFollowASymbolicLink) {
+TEST_F(OwnFileTest, DoesNotFollowASymbolicLink) {
   folder.write("victim", "old");
   fs::create_symlink("victim", file);
-  EXPECT_EQ(writePrivateFile(file, "new"), "there is a symbolic link in its place");
+  EXPECT_EQ(writeOwnFile(file, "new"), "there is a symbolic link in its place");
   EXPECT_EQ(content(folder.path("victim")), "old");
   EXPECT_TRUE(fs::is_symlink(file));
   EXPECT_EQ(files(), 2);
 }
 
-TEST_F(PrivateFileTest, ReplacesNeitherAFolderNorAPipe) {
+TEST_F(OwnFileTest, ReplacesNeitherAFolderNorAPipe) {
   fs::create_directory(file);
-  EXPECT_EQ(writePrivateFile(file, "new"), "there is a folder in its place");
+  EXPECT_EQ(writeOwnFile(file, "new"), "there is a folder in its place");
   fs::remove(file);
   ASSERT_EQ(::mkfifo(file.c_str(), 0600), 0);
-  EXPECT_EQ(writePrivateFile(file, "new"), "there is something else than a file in its place");
+  EXPECT_EQ(writeOwnFile(file, "new"), "there is something else than a file in its place");
 }
 
-TEST_F(PrivateFileTest, SaysThatItsFolderIsMissing) {
-  EXPECT_EQ(writePrivateFile(folder.path("none/page.html"), "new"), "No such file or directory");
+TEST_F(OwnFileTest, SaysThatItsFolderIsMissing) {
+  EXPECT_EQ(writeOwnFile(folder.path("none/page.html"), "new"), "No such file or directory");
 }
 
-TEST_F(PrivateFileTest, KeepsTheOldFileWhereTheNewOneDoesNotFit) {
+TEST_F(OwnFileTest, KeepsTheOldFileWhereTheNewOneDoesNotFit) {
   folder.write("page.html", "old");
   rlimit former{};
   ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &former), 0);
   const auto formerAction = std::signal(SIGXFSZ, SIG_IGN);
   const rlimit limited{4, former.rlim_max};
   ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &limited), 0);
-  const std::string why = writePrivateFile(file, "far too long");
+  const std::string why = writeOwnFile(file, "far too long");
   ::setrlimit(RLIMIT_FSIZE, &former);
   std::signal(SIGXFSZ, formerAction);
   EXPECT_EQ(why, "File too large");
   EXPECT_EQ(content(file), "old");
   EXPECT_EQ(files(), 1);
-}
-
-TEST_F(PrivateFileTest, HasAFolderForItsOwnerAlone) {
-  const fs::path own = folder.path() / "own";
-  EXPECT_EQ(makePrivateFolder(own), "");
-  EXPECT_EQ(mode(own), 0700U);
-  EXPECT_EQ(makePrivateFolder(own), "");
-}
-
-TEST_F(PrivateFileTest, RefusesAFolderToWhichOthersMayWrite) {
-  const fs::path own = folder.path() / "own";
-  fs::create_directory(own);
-  ::chmod(own.c_str(), 0777);
-  EXPECT_EQ(makePrivateFolder(own), "others may write to it");
-}
-
-TEST_F(PrivateFileTest, RefusesALinkToAFolder) {
-  fs::create_directory(folder.path("real"));
-  fs::create_symlink("real", folder.path("own"));
-  EXPECT_EQ(makePrivateFolder(folder.path("own")),
-            "there is something else than a folder in its place");
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-#include "Platform/Posix/Files/PrivateFile.h"
+#include "Platform/Posix/Files/OwnFile.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -7,15 +7,15 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
-#include <system_error>
 
+#include "Platform/Posix/ErrorDescription.h"
 #include "Platform/Posix/Files/Descriptor.h"
 
 namespace platform {
 namespace {
 
 std::string lastError() {
-  return std::generic_category().message(errno);
+  return describeError(errno);
 }
 
 /// Why a new file must not take the place of what is at `path`.
@@ -40,7 +40,7 @@ bool writeWhole(int file, std::string_view content) {
 
 }  // namespace
 
-std::string writePrivateFile(const std::filesystem::path& path, std::string_view content) {
+std::string writeOwnFile(const std::filesystem::path& path, std::string_view content) {
   if (std::string why = whyNotReplaced(path); !why.empty()) return why;
   // The mode of a file with such a name is 0600. The name is short, so that it is allowed wherever
   // that of `path` is.
@@ -51,16 +51,6 @@ std::string writePrivateFile(const std::filesystem::path& path, std::string_view
   std::string why = lastError();
   unlink(temporary.c_str());
   return why;
-}
-
-std::string makePrivateFolder(const std::filesystem::path& path) {
-  if (mkdir(path.c_str(), S_IRWXU) == 0) return "";
-  if (errno != EEXIST) return lastError();
-  struct stat status {};
-  if (lstat(path.c_str(), &status) != 0) return lastError();
-  if (!S_ISDIR(status.st_mode)) return "there is something else than a folder in its place";
-  if (status.st_uid != geteuid()) return "it is another user's";
-  return (status.st_mode & (S_IWGRP | S_IWOTH)) == 0 ? "" : "others may write to it";
 }
 
 }  // namespace platform
