@@ -1,12 +1,8 @@
 #include "Staylit/Desktop/CommandLine.h"
 
 #include <algorithm>
-#include <array>
-#include <cctype>
-#include <cstddef>
-#include <string_view>
 
-#include "Staylit/NearestWord.h"
+#include "Staylit/Desktop/ArgumentCheck.h"
 #include "Staylit/PauseTexts.h"
 
 namespace staylit {
@@ -50,77 +46,6 @@ constexpr const char* kHelp =
     "staylit(1) says more.\n";
 
 constexpr const char* kVersion = "Staylit " STAYLIT_VERSION;
-constexpr const char* kSeeHelp = "staylit: staylit --help lists all options";
-
-enum class Role {
-  command,        ///< What the program is to do; one at a time.
-  modifier,       ///< Says how.
-  withLength,     ///< A command that a length of time may follow.
-  withWord,       ///< A command that a word of any kind may follow.
-  modifierOfWord  ///< Says how, by the word that follows.
-};
-
-struct Option {
-  std::string_view name;
-  Role role;
-};
-
-constexpr std::array kOptions = {
-    Option{"--diagnose", Role::command},     Option{"--status", Role::command},
-    Option{"--follow", Role::modifier},      Option{"--holds", Role::command},
-    Option{"--json", Role::modifier},        Option{"--doctor", Role::command},
-    Option{"--pause", Role::withLength},     Option{"--resume", Role::command},
-    Option{"--toggle-pause", Role::command}, Option{"--choose-apps", Role::command},
-    Option{"--settings", Role::command},     Option{"--background", Role::modifier},
-    Option{"--quit", Role::command},         Option{"--help", Role::command},
-    Option{"--system", Role::modifier},      Option{"--version", Role::command},
-    Option{"--record", Role::withWord},      Option{"--anonymous", Role::modifier},
-    Option{"--ring", Role::modifier},        Option{"--replay", Role::withWord},
-    Option{"--set", Role::modifierOfWord},   Option{"--history", Role::command},
-    Option{"--since", Role::modifierOfWord}, Option{"--until", Role::modifierOfWord},
-    Option{"--html", Role::modifierOfWord},  Option{"--open", Role::modifier}};
-
-std::string withoutDashes(std::string_view argument) {
-  return std::string(argument.substr(std::min(argument.find_first_not_of('-'), argument.size())));
-}
-
-std::string inSmallLetters(std::string text) {
-  std::ranges::transform(text, text.begin(), [](unsigned char letter) {
-    return static_cast<char>(std::tolower(letter));
-  });
-  return text;
-}
-
-const Option* optionNamed(std::string_view name) {
-  const auto* found = std::ranges::find(kOptions, name == "-h" ? "--help" : name, &Option::name);
-  return found == kOptions.end() ? nullptr : found;
-}
-
-/// The option that was probably meant, also by a bare word; empty when none is near.
-std::string nearestOption(std::string_view argument) {
-  std::array<std::string_view, kOptions.size()> names;
-  std::ranges::transform(kOptions, names.begin(), [](const Option& option) {
-    return option.name.substr(option.name.find_first_not_of('-'));
-  });
-  const std::string written = inSmallLetters(withoutDashes(argument.substr(0, argument.find('='))));
-  const auto nearest = nearestWord(written, names);
-  return nearest ? "--" + *nearest : "";
-}
-
-/// Whether the argument is one that must not ask for the report, and yet is almost "--diagnose": it
-/// goes on after that, has one dash, or other letters are capital.
-bool isAlmostDiagnose(std::string_view argument) {
-  return argument.starts_with("-") &&
-         inSmallLetters(withoutDashes(argument)).starts_with("diagnose");
-}
-
-std::string unknown(std::string_view argument) {
-  const std::string nearest = nearestOption(argument);
-  const std::string hint = nearest.empty() ? "" : "; " + nearest + " may be meant";
-  return "staylit: there is no option '" + std::string(argument) + "'" + hint + "\n" + kSeeHelp +
-         "\n";
-}
-
 }  // namespace
 
 std::string CommandLine::version() {
@@ -140,65 +65,7 @@ std::optional<std::string> CommandLine::information() const {
 
 std::optional<std::string> CommandLine::complaint() const {
   if (has("--diagnose")) return std::nullopt;
-  std::string_view command;
-  bool mayHaveLength = false;
-  bool mayHaveWord = false;
-  // The first argument is the program's name.
-  for (std::size_t i = 1; i < arguments_.size(); ++i) {
-    const std::string& argument = arguments_[i];
-    const bool isWord = mayHaveWord && !argument.starts_with("--");
-    mayHaveWord = false;
-    if (isWord) continue;
-    const bool isLength = mayHaveLength && !argument.starts_with("-");
-    mayHaveLength = false;
-    if (isLength && pauseLengthIn(argument)) continue;
-    if (isLength) {
-      return "staylit: '" + argument + "' is no length of time; 45m, 2h or 1h30m would be one\n";
-    }
-    const Option* option = optionNamed(argument);
-    if (!option && isAlmostDiagnose(argument)) continue;
-    if (!option) return unknown(argument);
-    mayHaveWord = option->role == Role::withWord || option->role == Role::modifierOfWord;
-    if (option->role == Role::modifier || option->role == Role::modifierOfWord) continue;
-    if (!command.empty() && command != option->name) {
-      return "staylit: " + std::string(command) + " and " + argument + " cannot be done at once\n" +
-             kSeeHelp + "\n";
-    }
-    command = option->name;
-    mayHaveLength = option->role == Role::withLength;
-  }
-  if (has("--history") && (arguments_.back() == "--since" || arguments_.back() == "--until")) {
-    return "staylit: " + arguments_.back() + " wants a value\n";
-  }
-  const bool fitsMachine =
-      command.empty() || command == "--status" || command == "--help" || command == "--version";
-  if (has("--system") && !fitsMachine) {
-    return "staylit: --system goes alone, or with --diagnose or --status\n";
-  }
-  if (has("--follow") && !has("--status")) return "staylit: --follow goes with --status\n";
-  if (has("--json") && !has("--status") && !has("--holds") && !has("--history") &&
-      !has("--replay")) {
-    return "staylit: --json goes with --status, --holds, --history or --replay\n";
-  }
-  if ((has("--since") || has("--until")) && !has("--history")) {
-    return "staylit: --since and --until go with --history\n";
-  }
-  if (has("--set") && !has("--replay")) return "staylit: --set goes with --replay\n";
-  if (has("--anonymous") && !has("--record")) return "staylit: --anonymous goes with --record\n";
-  if (has("--ring") && !has("--record") && !has("--replay")) {
-    return "staylit: --ring goes with --record or --replay\n";
-  }
-  if ((has("--html") || has("--open")) && !has("--history")) {
-    return "staylit: --html and --open go with --history\n";
-  }
-  if ((has("--html") || has("--open")) && has("--json")) {
-    return "staylit: --json is no web page\n";
-  }
-  const auto html = std::ranges::find(arguments_, "--html");
-  const bool hasFile =
-      html == arguments_.end() || (html + 1 != arguments_.end() && !(html + 1)->starts_with("--"));
-  if (!hasFile) return "staylit: --html wants a file, or - for standard output\n";
-  return std::nullopt;
+  return complaintAbout(arguments_);
 }
 
 std::optional<std::string> CommandLine::warning() const {
