@@ -27,6 +27,14 @@ std::string joinedTexts(const Texts& texts, const char* separator) {
   return result;
 }
 
+/// As many as a sentence bears, and how many more there are.
+std::string firstTexts(const Texts& texts) {
+  const std::size_t count = std::min(texts.size(), kMostNamesInSentence);
+  const Texts first(texts.begin(), texts.begin() + static_cast<std::ptrdiff_t>(count));
+  const std::size_t others = texts.size() - count;
+  return joinedTexts(first, ", ") + (others > 0 ? " and " + std::to_string(others) + " more" : "");
+}
+
 std::string ticksText(std::uint64_t count) {
   return std::to_string(count) + (count == 1 ? " tick" : " ticks");
 }
@@ -120,6 +128,9 @@ Texts ReplayReport::comparison(tidewell::Text& text) const {
 }
 
 std::string ReplayReport::aboutRecording() const {
+  if (isEmpty() && plain_.hasUnreadableRest) {
+    return "Nothing of the recording can be read: it was cut off or damaged at its beginning.";
+  }
   if (isEmpty()) return "The recording has nothing that can be judged.";
   std::string sentence = "The recording has " + ticksText(plain_.ticks) + " in " +
                          lengthOfTime(length_) + " by " + plain_.program + ", from " +
@@ -134,13 +145,14 @@ std::string ReplayReport::aboutRecording() const {
 
 std::string ReplayReport::aboutWhatWas() const {
   if (total_.was.count() == 0) return "The machine was never held.";
+  std::vector<NamedSum> held = names_;
+  std::erase_if(held, [](const NamedSum& named) { return named.sum.was.count() == 0; });
+  std::ranges::stable_sort(held, std::ranges::greater(),
+                           [](const NamedSum& named) { return named.sum.was; });
   Texts parts;
-  for (const NamedSum& named : names_) {
-    if (named.sum.was.count() == 0 || parts.size() == kMostNamesInSentence) continue;
+  for (const NamedSum& named : held)
     parts.push_back(named.name + " " + lengthOfTime(named.sum.was));
-  }
-  return "The machine was held for " + lengthOfTime(total_.was) + ": " + joinedTexts(parts, ", ") +
-         ".";
+  return "The machine was held for " + lengthOfTime(total_.was) + ": " + firstTexts(parts) + ".";
 }
 
 std::string ReplayReport::aboutDifference() const {
@@ -159,20 +171,20 @@ std::string ReplayReport::aboutDifference() const {
 }
 
 std::string ReplayReport::whoseIs(const std::vector<Texts>& changes) const {
-  for (const NamedSum& named : names_) {
-    const bool isAll = std::ranges::all_of(changes, [&named](const Texts& names) {
-      return names.size() == 1 && names.front() == named.name;
-    });
-    if (isAll) return "all of it " + named.name;
-  }
+  const auto isIn = [](const std::string& name) {
+    return [&name](const Texts& names) { return std::ranges::find(names, name) != names.end(); };
+  };
+  std::vector<NamedSum> changed;
+  std::ranges::copy_if(names_, std::back_inserter(changed), [&](const NamedSum& named) {
+    return std::ranges::any_of(changes, isIn(named.name));
+  });
+  std::ranges::stable_sort(changed, std::ranges::greater(), [](const NamedSum& named) {
+    return std::chrono::abs(named.sum.difference());
+  });
   Texts names;
-  for (const Texts& change : changes) {
-    for (const std::string& name : change) {
-      if (std::ranges::find(names, name) == names.end()) names.push_back(name);
-    }
-  }
-  if (names.size() > kMostNamesInSentence) return "of " + std::to_string(names.size()) + " names";
-  return "of " + joinedTexts(names, ", ");
+  for (const NamedSum& named : changed)
+    names.push_back(named.name);
+  return (names.size() == 1 ? "all of it " : "of ") + firstTexts(names);
 }
 
 Texts ReplayReport::aboutFaithfulness() const {
