@@ -260,9 +260,9 @@ void DayDrawing::addAskings(std::vector<Lane>& lanes) const {
   Lane lane{"Others asking", "", ""};
   for (std::size_t index = 0; index < askings.size(); ++index) {
     spans.push_back(askings[index].span);
-    lane.marks += mark(
-        "ask", askings[index].span, DayTable::row(day_.id, 'a', index),
-        htmlText(askings[index].name) + " asked to stay awake " + spanText(askings[index].span));
+    lane.marks += mark("ask", askings[index].span, DayTable::row(day_.id, 'a', index),
+                       htmlText(askings[index].name + askings[index].wordsInBrackets()) +
+                           " asked to stay awake " + spanText(askings[index].span));
   }
   lane.sum = lengthText(lengthOf(spans));
   lanes.push_back(lane);

@@ -127,7 +127,9 @@ void addSpanLines(TableLines& lines, const std::vector<Span>& spans, char kind,
 void addOtherLines(TableLines& lines, const HistoryTimeline& timeline) {
   for (std::size_t index = 0; index < timeline.askings.size(); ++index) {
     const HistoryTimeline::Asking& asking = timeline.askings[index];
-    lines.addSpan('a', index, asking.span, htmlName(asking.name) + " asked to stay awake");
+    lines.addSpan(
+        'a', index, asking.span,
+        htmlName(asking.name) + htmlText(asking.wordsInBrackets()) + " asked to stay awake");
   }
   for (std::size_t index = 0; index < timeline.blocks.size(); ++index) {
     const HistoryTimeline::Block& block = timeline.blocks[index];

@@ -82,6 +82,7 @@ struct MembersOf {
   }
   void operator()(const HistoryEvent::AskingChanged& changed) const {
     object.add("names", textList(changed.names));
+    if (!changed.words.empty()) object.add("words", textList(changed.words));
   }
   void operator()(const HistoryEvent::PowerChanged& changed) const {
     object.addFlag("onAC", changed.power.onAC)
@@ -222,6 +223,12 @@ EventContent workEndedIn(const EventMembers& members) {
   return HistoryEvent::WorkEnded{key, members.figures("peak"), members.figures("mean")};
 }
 
+EventContent askingIn(const EventMembers& members) {
+  HistoryEvent::AskingChanged changed{members.names("names"), members.names("words")};
+  if (changed.words.size() != changed.names.size()) changed.words.clear();
+  return changed;
+}
+
 EventContent powerIn(const EventMembers& members) {
   const auto onAC = members.flag("onAC");
   const auto percent = members.wholeNumber("percent");
@@ -252,7 +259,7 @@ EventContent contentOf(std::string_view kind, const EventMembers& members) {
   if (kind == "state") return stateIn(members);
   if (kind == "workBegan") return workBeganIn(members);
   if (kind == "workEnded") return workEndedIn(members);
-  if (kind == "asking") return HistoryEvent::AskingChanged{members.names("names")};
+  if (kind == "asking") return askingIn(members);
   if (kind == "power") return powerIn(members);
   if (kind == "slept") return HistoryEvent::FellAsleep{};
   if (kind == "woke") return HistoryEvent::WokeUp{};

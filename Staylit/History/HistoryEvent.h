@@ -64,6 +64,8 @@ struct HistoryEvent {
   /// Other programs that ask to stay awake from now on; none where it is empty.
   struct AskingChanged {
     std::vector<std::string> names;
+    /// What each of them says about itself; of equal length, or empty when none says anything.
+    std::vector<std::string> words = {};
     friend bool operator==(const AskingChanged&, const AskingChanged&) = default;
   };
   struct PowerChanged {

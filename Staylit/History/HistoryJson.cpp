@@ -179,7 +179,10 @@ std::string historyJson(const HistoryTimeline& timeline, const History& history)
       .add("works", jsonEach(timeline.works, [](const auto& work) { return jsonWork(work); }))
       .add("askings", jsonEach(timeline.askings,
                                [](const auto& asking) {
-                                 return jsonSpan(asking.span).addText("name", asking.name).text();
+                                 return jsonSpan(asking.span)
+                                     .addText("name", asking.name)
+                                     .addText("words", asking.words)
+                                     .text();
                                }))
       .add("blocks", jsonEach(timeline.blocks,
                               [](const auto& block) {

@@ -72,6 +72,18 @@ bool tellsOfAPause(const EngineStatus& status) {
   return std::holds_alternative<EngineStatus::Paused>(status.value);
 }
 
+/// Of each name in turn; empty when none says anything.
+std::vector<std::string> wordsOf(const std::vector<std::string>& names,
+                                 const std::vector<tidewell::AskingProgram>& programs) {
+  std::vector<std::string> words;
+  for (const std::string& name : names) {
+    const auto program = std::ranges::find(programs, name, &tidewell::AskingProgram::name);
+    words.push_back(program == programs.end() ? "" : program->words);
+  }
+  const bool areAllEmpty = std::ranges::all_of(words, &std::string::empty);
+  return areAllEmpty ? std::vector<std::string>() : words;
+}
+
 std::string blockReason(const EngineStatus& status) {
   const auto* blocked = std::get_if<EngineStatus::Blocked>(&status.value);
   return blocked ? blocked->reason : std::string();
@@ -116,7 +128,7 @@ void HistoryRecorder::end() {
   ticksAsleep_.reset();
   told_.reset();
   toldPower_.reset();
-  toldAsking_.clear();
+  toldAsking_ = {};
   toldLid_.reset();
   toldLidHold_ = false;
 }
@@ -210,14 +222,16 @@ void HistoryRecorder::recordWork(const std::vector<BusyApp>& busy) {
   });
 }
 
-void HistoryRecorder::recordAsking(const std::vector<std::string>& asking) {
-  if (asking == toldAsking_) return;
-  const bool isOnlyInAnotherOrder =
-      asking.size() == toldAsking_.size() &&
-      std::is_permutation(asking.begin(), asking.end(), toldAsking_.begin());
-  if (isOnlyInAnotherOrder) return;
-  toldAsking_ = asking;
-  add(HistoryEvent::AskingChanged{asking});
+void HistoryRecorder::recordAsking(const std::vector<std::string>& names) {
+  HistoryEvent::AskingChanged next{names, wordsOf(names, engine_.monitor().askingPrograms())};
+  const bool areTheSame =
+      next.names.size() == toldAsking_.names.size() &&
+      std::is_permutation(next.names.begin(), next.names.end(), toldAsking_.names.begin());
+  // Some programs say at each tick how far they are.
+  const bool areWordsNews = next.words != toldAsking_.words && ticks_ == 0;
+  if (areTheSame && !areWordsNews) return;
+  toldAsking_ = std::move(next);
+  add(toldAsking_);
 }
 
 void HistoryRecorder::recordState(const EngineStatus& next) {

@@ -64,7 +64,7 @@ class HistoryRecorder {
   void recordLid();
   void recordLidHold();
   void recordWork(const std::vector<tidewell::BusyApp>& busy);
-  void recordAsking(const std::vector<std::string>& asking);
+  void recordAsking(const std::vector<std::string>& names);
   void recordState(const EngineStatus& next);
   void endAllWork();
   void lookAtSettings();
@@ -96,7 +96,7 @@ class HistoryRecorder {
   std::optional<EngineStatus> told_;         ///< What was told last, as are those that follow.
   bool toldGranted_ = false;
   std::optional<tidewell::PowerState> toldPower_;
-  std::vector<std::string> toldAsking_;
+  HistoryEvent::AskingChanged toldAsking_;
   std::optional<bool> toldLid_;
   bool toldLidHold_ = false;
   std::vector<Work> works_;

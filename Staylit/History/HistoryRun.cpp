@@ -87,16 +87,23 @@ bool HistoryRun::endWork(const std::string& key) {
 }
 
 void HistoryRun::take(const HistoryEvent::AskingChanged& changed) {
+  std::vector<HistoryTimeline::Asking> next;
+  for (std::size_t index = 0; index < changed.names.size(); ++index) {
+    const std::string words = changed.words.empty() ? "" : changed.words[index];
+    if (!changed.names[index].empty()) next.push_back({{now_, now_}, changed.names[index], words});
+  }
   for (HistoryTimeline::Asking& asking : askings_) {
-    if (std::ranges::find(changed.names, asking.name) != changed.names.end()) continue;
-    asking.span.to = now_;
-    timeline_.askings.push_back(std::exchange(asking, {}));
+    const auto goesOn = std::ranges::find_if(next, [&asking](const auto& other) {
+      return other.name == asking.name && other.words == asking.words;
+    });
+    if (goesOn != next.end()) {
+      goesOn->span = asking.span;
+    } else {
+      asking.span.to = now_;
+      timeline_.askings.push_back(std::move(asking));
+    }
   }
-  std::erase_if(askings_, [](const auto& asking) { return asking.name.empty(); });
-  for (const std::string& name : changed.names) {
-    const auto known = std::ranges::find(askings_, name, &HistoryTimeline::Asking::name);
-    if (known == askings_.end() && !name.empty()) askings_.push_back({{now_, now_}, name});
-  }
+  askings_ = std::move(next);
 }
 
 void HistoryRun::take(const HistoryEvent::PowerChanged& changed) {

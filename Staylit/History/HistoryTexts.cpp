@@ -182,7 +182,7 @@ class DayEntries {
     for (const auto& work : timeline.works)
       add(work.span, "work", work.display + ": " + workText(work));
     for (const auto& asking : timeline.askings)
-      add(asking.span, "asked", asking.name);
+      add(asking.span, "asked", asking.name + asking.wordsInBrackets());
     for (const auto& block : timeline.blocks)
       add(block.span, "blocked", block.reason);
     addAll(timeline.pauses, "paused");

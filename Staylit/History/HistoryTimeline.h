@@ -89,10 +89,14 @@ struct HistoryTimeline {
     std::chrono::nanoseconds onBattery{};  ///< How much of `span`.
   };
 
-  /// Another program that asked to stay awake.
+  /// Another program that asked to stay awake, with the same words all the time.
   struct Asking {
     Span span;
     std::string name;
+    std::string words = {};  ///< What it said about itself; empty when it said nothing.
+    [[nodiscard]] std::string wordsInBrackets() const {
+      return words.empty() ? "" : " (" + words + ")";
+    }
   };
 
   struct Charge {

@@ -47,6 +47,8 @@ std::vector<Pair> allKinds() {
        R"("kind":"workEnded","key":"org.a","peak":[200.0,5.0,1.0],"mean":[100.5,2.0,0.5])"},
       {HistoryEvent::AskingChanged{{"mpv"}}, R"("kind":"asking","names":["mpv"])"},
       {HistoryEvent::AskingChanged{}, R"("kind":"asking","names":[])"},
+      {HistoryEvent::AskingChanged{{"a", "b"}, {"", "Backup tool: Nightly"}},
+       R"("kind":"asking","names":["a","b"],"words":["","Backup tool: Nightly"])"},
       {HistoryEvent::PowerChanged{{false, 85, true, true}},
        R"("kind":"power","onAC":false,"hasBattery":true,"percent":85,"lowPowerMode":true)"},
       {HistoryEvent::FellAsleep{}, R"("kind":"slept")"},

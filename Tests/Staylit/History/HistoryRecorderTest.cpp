@@ -193,6 +193,25 @@ TEST_F(HistoryRecorderTest, RecordsWhoElseAsks) {
   EXPECT_EQ(news(), "");
 }
 
+TEST_F(HistoryRecorderTest, RecordsWhatThoseWhoAskSayAboutThemselves) {
+  const auto say = [this](const char* reason) {
+    fakes.assertions.holders = {{500, {{"PreventSystemSleep", 255, reason, "Backup tool"}}}};
+  };
+  fakes.applications.add(500, std::nullopt, "inhibit");
+  record();
+  say("Nightly, 1 %");
+  tick();
+  tickWith(0);
+  EXPECT_EQ(newsOf("asking"),
+            "\"asking\",\"names\":[\"inhibit\"],\"words\":[\"Backup tool: Nightly, 1 %\"]\n");
+  for (int number = 2; number < 62; ++number) {
+    say(("Nightly, " + std::to_string(number) + " %").c_str());
+    tickWith(0);
+  }
+  const std::string news = newsOf("asking");
+  EXPECT_EQ(std::ranges::count(news, '\n'), 2) << "once a minute: " << news;
+}
+
 TEST_F(HistoryRecorderTest, RecordsTheLidWhereThereIsOne) {
   record();
   tick();

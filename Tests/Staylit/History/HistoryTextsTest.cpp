@@ -112,6 +112,15 @@ TEST_F(HistoryTextsTest, SaysThatAHoldWasForWhoAskedOrForNothing) {
   EXPECT_EQ(summary(), "Held for 1 h 0 min yesterday: mpv, which asked, 1 h 0 min.");
 }
 
+TEST_F(HistoryTextsTest, SaysTheOwnWordsOfWhoAsked) {
+  script.start(1).add(10, HistoryEvent::AskingChanged{{"inhibit"}, {"Backup tool: Nightly"}});
+  script.add(20, HistoryEvent::Stopped{});
+  EXPECT_EQ(entries(),
+            "00:01        Staylit 0.1.0 started\n"
+            "00:10–00:20  asked    10 min 0 s  inhibit (Backup tool: Nightly)\n"
+            "00:20        Staylit ended\n");
+}
+
 TEST_F(HistoryTextsTest, HasALineForEachThing) {
   script.start(1).battery(1, 90, true).hold(10, "ffmpeg").begin(10, "ffmpeg");
   script.battery(100, 80).battery(150, 60).finish(170, "ffmpeg").wind(170);

@@ -144,6 +144,19 @@ TEST_F(HistoryTimelineTest, HasEachProgramThatAsked) {
   EXPECT_EQ(written(timeline.askings[1].span), "10-30");
 }
 
+TEST_F(HistoryTimelineTest, HasWhatEachProgramThatAskedSaidAboutItself) {
+  script.start(0).add(10, HistoryEvent::AskingChanged{{"inhibit", "mpv"}, {"Backup", "Film"}});
+  script.add(20, HistoryEvent::AskingChanged{{"inhibit", "mpv"}, {"Upload", "Film"}});
+  script.add(30, HistoryEvent::AskingChanged{});
+  const HistoryTimeline timeline = day(script);
+  ASSERT_EQ(timeline.askings.size(), 3U);
+  EXPECT_EQ(timeline.askings[0].words, "Backup");
+  EXPECT_EQ(written(timeline.askings[0].span), "10-20");
+  EXPECT_EQ(timeline.askings[1].words, "Film");
+  EXPECT_EQ(written(timeline.askings[1].span), "10-30");
+  EXPECT_EQ(timeline.askings[2].words, "Upload");
+}
+
 TEST_F(HistoryTimelineTest, HasTheLidAndItsLock) {
   script.start(0).add(5, HistoryEvent::LidHoldChanged{true}).add(10, HistoryEvent::LidMoved{true});
   script.add(20, HistoryEvent::LidMoved{false}).add(30, HistoryEvent::LidHoldChanged{false});
