@@ -11,8 +11,9 @@ namespace tidewell {
 /// Lines of text that stay after the program has ended, however it ends. The oldest lines go when
 /// there are too many, or when they are too old.
 ///
-/// Main thread only. Only `finishWriting` waits. A line that cannot be written is lost; the log
-/// says so, once until a line can be written again.
+/// Main thread only. Only `finishWriting` waits. A line that cannot be written is written
+/// with a later one, if that is not too far away. The log says that lines cannot be written, once
+/// until they can again.
 class LineStore {
  public:
   /// Makes a line, which must have no line feed, on another thread. `lastWritten` is when the store

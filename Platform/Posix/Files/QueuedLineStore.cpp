@@ -1,9 +1,12 @@
 #include "Platform/Posix/Files/QueuedLineStore.h"
 
 #include <condition_variable>
+#include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -12,6 +15,9 @@
 
 namespace platform {
 namespace {
+
+/// Lines that a full disk has refused, for example. They take some tens of kilobytes.
+constexpr std::size_t kMostUnwrittenLines = 256;
 
 /// Keeps a queue until the process ends, because its destructor would wait for its thread.
 void leaveBehind(std::unique_ptr<tidewell::SerialQueue> queue) {
@@ -29,6 +35,7 @@ struct QueuedLineStore::State {
   // For the queue.
   LineFiles files;
   const std::string what;
+  std::deque<std::string> unwritten;  ///< The oldest first.
   bool hasComplained = false;
 
   std::mutex mutex;  ///< Guards what follows.
@@ -37,11 +44,21 @@ struct QueuedLineStore::State {
   std::uint64_t done = 0;
 
   void append(const Line& line) {
-    const auto why = files.append(line(files.lastWritten()));
+    unwritten.push_back(line(files.lastWritten()));
+    if (unwritten.size() > kMostUnwrittenLines) unwritten.pop_front();
+    const auto why = write();
     if (why && !std::exchange(hasComplained, true)) {
       tidewell::Log::error(what + " cannot be written to " + files.folder().string() + ": " + *why);
     }
     if (!why) hasComplained = false;
+  }
+
+  std::optional<std::string> write() {
+    while (!unwritten.empty()) {
+      if (auto why = files.append(unwritten.front())) return why;
+      unwritten.pop_front();
+    }
+    return std::nullopt;
   }
 };
 

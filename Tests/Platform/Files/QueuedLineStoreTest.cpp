@@ -82,21 +82,35 @@ TEST_F(QueuedLineStoreTest, TellsALineWhenTheStoreWasWrittenBefore) {
 TEST_F(QueuedLineStoreTest, ComplainsOnceUntilALineIsWrittenAgain) {
   temporary.write("history", "a file is in the way");
   const auto store = make();
-  store->append(line("lost"));
-  store->append(line("lost too"));
+  store->append(line("one"));
+  store->append(line("two"));
   store->finishWriting();
   const std::string complaint =
       "error: lines cannot be written to " + folder.string() + ": Not a directory";
   EXPECT_EQ(fakes.log.lines(), std::vector<std::string>{complaint});
   std::filesystem::remove(folder);
-  store->append(line("kept"));
+  store->append(line("three"));
   store->finishWriting();
-  EXPECT_EQ(text(), "kept\n");
+  EXPECT_EQ(text(), "one\ntwo\nthree\n") << "what could not be written is not lost";
   std::filesystem::remove_all(folder);
   temporary.write("history", "again");
-  store->append(line("lost"));
+  store->append(line("four"));
   store->finishWriting();
   EXPECT_EQ(fakes.log.lines().size(), 2U);
+}
+
+TEST_F(QueuedLineStoreTest, KeepsTheNewestLinesUntilTheyCanBeWritten) {
+  temporary.write("history", "a file is in the way");
+  const auto store = make();
+  for (int number = 1; number <= 300; ++number)
+    store->append(line(std::to_string(number)));
+  store->finishWriting();
+  std::filesystem::remove(folder);
+  store->append(line("301"));
+  store->finishWriting();
+  const std::string all = text();
+  EXPECT_TRUE(all.starts_with("46\n47\n")) << all;
+  EXPECT_TRUE(all.ends_with("300\n301\n"));
 }
 
 TEST_F(QueuedLineStoreTest, NeitherWaitsNorEndsWithADiskThatNeverAnswers) {
