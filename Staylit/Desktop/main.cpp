@@ -115,6 +115,19 @@ int examine() {
   return exitStatus(console, report.exitStatus());
 }
 
+int replay(const staylit::ReplayRequest& request) {
+  platform::PosixConsole console;
+  platform::PlainConsole plain(console);
+  const bool isForPeople = request.form == staylit::ReplayRequest::Form::text;
+  staylit::Recordings recordings(isForPeople ? readable(console, plain) : console);
+  return exitStatus(console, recordings.replay(request, drawing(console)));
+}
+
+int record(const staylit::RecordRequest& request) {
+  platform::PosixConsole console;
+  return exitStatus(console, staylit::Recordings(console).record(request));
+}
+
 int command(const staylit::ControlRequest& request) {
   platform::EventLoop loop;
   platform::Buses buses(loop);
@@ -132,6 +145,18 @@ int serveMachine(const std::vector<std::string>& arguments) {
   staylit::MachineUserInterface userInterface(*loop, buses->system);
   staylit::MachineApplication application(*loop, buses->system);
   return staylit::AppMain(*ports, application, userInterface).run(arguments);
+}
+
+int serveSession(const staylit::CommandLine& commandLine,
+                 const std::vector<std::string>& arguments) {
+  const auto loop = std::make_shared<platform::EventLoop>();
+  const auto buses = std::make_shared<platform::Buses>(*loop);
+  const std::unique_ptr<tidewell::Ports> ports = platform::makeLinuxPorts(loop, buses);
+  staylit::DesktopUserInterface userInterface(*loop, buses->session);
+  staylit::DesktopApplication application(*loop, buses->session, userInterface, *ports->console,
+                                          commandLine.request());
+  const int status = staylit::AppMain(*ports, application, userInterface).run(arguments);
+  return status != 0 ? status : application.exitStatus();
 }
 
 }  // namespace
@@ -158,25 +183,9 @@ int main(int argc, char** argv) {
   if (const auto request = staylit::HistoryRequest::in(arguments)) return tellHistory(*request);
   if (staylit::DoctorReport::isAskedFor(arguments)) return examine();
   if (staylit::MachineApplication::isAskedFor(arguments)) return serveMachine(arguments);
-  if (const auto request = staylit::ReplayRequest::in(arguments)) {
-    platform::PosixConsole console;
-    platform::PlainConsole plain(console);
-    const bool isForPeople = request->form == staylit::ReplayRequest::Form::text;
-    staylit::Recordings recordings(isForPeople ? readable(console, plain) : console);
-    return exitStatus(console, recordings.replay(*request, drawing(console)));
-  }
-  if (const auto request = staylit::RecordRequest::in(arguments)) {
-    platform::PosixConsole console;
-    return exitStatus(console, staylit::Recordings(console).record(*request));
-  }
+  if (const auto request = staylit::ReplayRequest::in(arguments)) return replay(*request);
+  if (const auto request = staylit::RecordRequest::in(arguments)) return record(*request);
   if (const auto request = commandLine.control()) return command(*request);
   std::cerr << commandLine.warning().value_or("");
-  const auto loop = std::make_shared<platform::EventLoop>();
-  const auto buses = std::make_shared<platform::Buses>(*loop);
-  const std::unique_ptr<tidewell::Ports> ports = platform::makeLinuxPorts(loop, buses);
-  staylit::DesktopUserInterface userInterface(*loop, buses->session);
-  staylit::DesktopApplication application(*loop, buses->session, userInterface, *ports->console,
-                                          commandLine.request());
-  const int status = staylit::AppMain(*ports, application, userInterface).run(arguments);
-  return status != 0 ? status : application.exitStatus();
+  return serveSession(commandLine, arguments);
 }
