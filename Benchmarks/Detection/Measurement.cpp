@@ -71,7 +71,6 @@ bool Measurement::run() {
 
 void Measurement::step() {
   const SteadyTime now = std::chrono::steady_clock::now();
-  workload_.reap();
   if (!workBegin_) {
     if (now - begin_ >= options_.baseline) startWorkload(now);
   } else if (!workEnd_) {
@@ -129,7 +128,7 @@ std::string Measurement::document() const {
   return json.document() + "\n";
 }
 
-void Measurement::writeSettings(JsonWriter& json) const {
+void Measurement::writeSettings(JsonWriter& json) {
   tidewell::Defaults& defaults = staylit::Prefs::shared().defaults();
   json.key("settings").beginObject();
   for (const std::string_view key :

@@ -40,18 +40,18 @@ class Measurement {
   void watchWork(SteadyTime now);
   void watchRelease(SteadyTime now);
   [[nodiscard]] tidewell::Seconds longestWait() const;
-  void writeSettings(JsonWriter& json) const;
+  static void writeSettings(JsonWriter& json);
   void writeWorkload(JsonWriter& json) const;
 
   // The ports come before what is made with them.
   Options options_;
+  Workload workload_;  ///< Before there is any thread.
   std::shared_ptr<platform::EventLoop> loop_;
   std::unique_ptr<tidewell::Ports> wholePorts_;
   std::unique_ptr<tidewell::Ports> plainPorts_;
   tidewell::InstalledPorts installed_;  ///< Those of "whole"; what is static uses them for both.
   WatchedEngine whole_;
   WatchedEngine plain_;
-  Workload workload_;
   MachineCpu machineCpu_;
   SteadyTime begin_;
   std::optional<SteadyTime> workBegin_;

@@ -1,119 +1,73 @@
 #include "Benchmarks/Detection/Workload.h"
 
-#include <fcntl.h>
-#include <signal.h>
-#include <spawn.h>
-#include <sys/prctl.h>
+#include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <chrono>
-#include <cstdio>
+#include <array>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <map>
-#include <set>
-#include <string>
-#include <thread>
+#include <stdexcept>
+#include <utility>
 
-namespace {
-
-using namespace std::chrono_literals;
-
-std::optional<pid_t> parentOf(pid_t pid) {
-  std::ifstream file("/proc/" + std::to_string(pid) + "/stat");
-  std::string line;
-  if (!std::getline(file, line)) return std::nullopt;
-  // The name before it may contain anything.
-  const std::size_t nameEnd = line.rfind(')');
-  int parent = 0;
-  if (nameEnd == std::string::npos ||
-      std::sscanf(line.c_str() + nameEnd + 1, " %*c %d", &parent) != 1) {
-    return std::nullopt;
-  }
-  return parent;
-}
-
-std::multimap<pid_t, pid_t> childrenByParent() {
-  std::multimap<pid_t, pid_t> children;
-  std::error_code ignored;
-  for (const auto& entry : std::filesystem::directory_iterator("/proc", ignored)) {
-    const pid_t pid = std::atoi(entry.path().filename().c_str());
-    if (pid <= 0) continue;
-    if (const auto parent = parentOf(pid)) children.emplace(*parent, pid);
-  }
-  return children;
-}
-
-std::set<pid_t> descendants() {
-  const auto children = childrenByParent();
-  std::set<pid_t> found;
-  std::vector<pid_t> open{getpid()};
-  while (!open.empty()) {
-    const auto [first, last] = children.equal_range(open.back());
-    open.pop_back();
-    for (auto child = first; child != last; ++child) {
-      if (found.insert(child->second).second) open.push_back(child->second);
-    }
-  }
-  return found;
-}
-
-int shellStatus(int status) {
-  return WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
-}
-
-}  // namespace
+#include "Benchmarks/Detection/WorkloadKeeper.h"
 
 Workload::Workload() {
-  prctl(PR_SET_CHILD_SUBREAPER, 1);
+  std::array<int, 2> ends{};
+  if (socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends.data()) != 0) {
+    throw std::runtime_error("cannot make a socket");
+  }
+  socket_ = platform::Descriptor(ends[0]);
+  platform::Descriptor other(ends[1]);
+  keeper_ = fork();
+  if (keeper_ < 0) throw std::runtime_error("cannot fork");
+  if (keeper_ > 0) return;
+  socket_ = platform::Descriptor();
+  // An interrupt from the terminal is for the harness, which then closes its end.
+  setsid();
+  WorkloadKeeper(std::move(other)).run();
+  _exit(0);
 }
 
 Workload::~Workload() {
-  endAll();
+  socket_ = platform::Descriptor();
+  waitpid(keeper_, nullptr, 0);
 }
 
 bool Workload::start(const std::vector<std::string>& command) {
-  std::vector<std::string> words = command;
-  std::vector<char*> arguments;
-  for (std::string& word : words)
-    arguments.push_back(word.data());
-  arguments.push_back(nullptr);
-
-  posix_spawn_file_actions_t actions;
-  posix_spawn_file_actions_init(&actions);
-  for (int stream = 0; stream < 3; ++stream) {
-    posix_spawn_file_actions_addopen(&actions, stream, "/dev/null", O_RDWR, 0);
-  }
-  posix_spawnattr_t attributes;
-  posix_spawnattr_init(&attributes);
-  sigset_t none;
-  sigemptyset(&none);
-  posix_spawnattr_setsigmask(&attributes, &none);
-  posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSID);
-  const int result =
-      posix_spawnp(&pid_, arguments[0], &actions, &attributes, arguments.data(), environ);
-  posix_spawnattr_destroy(&attributes);
-  posix_spawn_file_actions_destroy(&actions);
-  if (result != 0) pid_ = 0;
-  return result == 0;
+  std::string message(1, WorkloadKeeper::kStart);
+  for (const std::string& word : command)
+    message += word + '\0';
+  isStarted_ = message.size() <= WorkloadKeeper::kLongestMessage && order(message);
+  return isStarted_;
 }
 
-bool Workload::reap() {
-  int status = 0;
-  pid_t pid = 0;
-  while ((pid = waitpid(-1, &status, WNOHANG)) > 0) {
-    if (pid == pid_) status_ = shellStatus(status);
+bool Workload::isRunning() {
+  while (hear(MSG_DONTWAIT)) {
   }
-  return pid == 0;
+  return isStarted_ && !status_;
 }
 
 void Workload::endAll() {
-  // What is born while the others are killed falls to us and is met on the next round.
-  while (reap()) {
-    for (const pid_t pid : descendants())
-      kill(pid, SIGKILL);
-    std::this_thread::sleep_for(5ms);
+  order(std::string(1, WorkloadKeeper::kEnd));
+}
+
+/// Waits for the answer.
+bool Workload::order(const std::string& message) {
+  send(socket_.get(), message.data(), message.size(), MSG_NOSIGNAL);
+  while (const auto answer = hear(0)) {
+    if (answer->front() != WorkloadKeeper::kExit) {
+      return answer->front() == WorkloadKeeper::kDone;
+    }
   }
+  return false;
+}
+
+/// The next message; absent when there is none, or nobody who could send one.
+std::optional<std::string> Workload::hear(int flags) {
+  std::array<char, 64> buffer{};
+  const ssize_t length = recv(socket_.get(), buffer.data(), buffer.size(), flags);
+  if (length <= 0) return std::nullopt;
+  std::string message(buffer.data(), static_cast<std::size_t>(length));
+  if (message.front() == WorkloadKeeper::kExit) status_ = std::atoi(message.c_str() + 1);
+  return message;
 }
