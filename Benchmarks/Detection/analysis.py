@@ -99,6 +99,13 @@ def is_met(finding, measured, workload):
         round(finding.first, 1) <= latest_first(measured) and finding.gaps == 0
 
 
+def is_expected(finding, measured, workload):
+    """Whether the outcome is the one that follows from the rules of the program."""
+    if workload.missed_because:
+        return finding.first is None
+    return is_met(finding, measured, workload)
+
+
 def doubts(measured, workload):
     """Why the measurement may say less than it seems to."""
     found = []

@@ -11,6 +11,7 @@ import subprocess
 import tarfile
 
 HERE = pathlib.Path(__file__).resolve().parent
+PYTHON = "/usr/bin/python3"
 COMPILE = {".c": "cc -O1 -c", ".cpp": "g++ -O2 -c"}
 
 SUITE_TEST = """
@@ -177,6 +178,13 @@ class Materials:
         copy = self.folder / "programs" / name
         copy.parent.mkdir(exist_ok=True)
         shutil.copy(self.tools[program], copy)
+        return str(copy)
+
+    def python_named(self, name):
+        """A copy of the interpreter. It must be told the home of its library. Returns its path."""
+        copy = self.folder / "programs" / name
+        copy.parent.mkdir(exist_ok=True)
+        shutil.copy(os.path.realpath(PYTHON), copy)
         return str(copy)
 
     def script(self, folder, text):

@@ -30,10 +30,18 @@ def names_text(finding):
     return shown or "–"
 
 
-def row(workload, side, finding, met):
+def verdict_text(side, finding, measured, workload):
+    met = analysis.is_met(finding, measured, workload)
+    # What the rules lead to is known for the program as it is.
+    if side == "plain" or analysis.is_expected(finding, measured, workload):
+        return "yes" if met else "**no**" if side == "plain" else "no, as the rules say"
+    return "yes, against the rules" if met else "**no**"
+
+
+def row(workload, side, finding, verdict):
     cells = [workload.title if side == "plain" else "", side, first_text(finding),
              share_text(finding), gaps_text(finding), released_text(finding), names_text(finding),
-             "yes" if met else "**no**"]
+             verdict]
     return "| " + " | ".join(cells) + " |"
 
 
@@ -46,7 +54,7 @@ def table(results):
         for side in ("plain", "whole"):
             finding = analysis.find(measured, side, workload)
             lines.append(row(workload, side, finding,
-                             analysis.is_met(finding, measured, workload)))
+                             verdict_text(side, finding, measured, workload)))
         notes += [f"* {workload.title}: {doubt}." for doubt in analysis.doubts(measured, workload)]
         others = analysis.find(measured, "whole", workload).others
         if others and workload.is_work:
@@ -63,7 +71,16 @@ def verdict(results):
             met = sum(analysis.is_met(analysis.find(measured, side, workload), measured, workload)
                       for workload, measured in chosen)
             lines.append(f"* {side}: {met} of {len(chosen)} {what}.")
+    expected = sum(analysis.is_expected(analysis.find(measured, "whole", workload), measured,
+                                        workload) for workload, measured in results)
+    lines.append(f"* whole: {expected} of {len(results)} as the rules say.")
     return "\n".join(lines)
+
+
+def reasons(results):
+    """Why work is missed, one line for each workload for which the rules say so."""
+    return "\n".join(f"* {workload.title}: {workload.missed_because}." for workload, _ in results
+                     if workload.missed_because)
 
 
 def write_into(document, text):

@@ -2,14 +2,16 @@
 
 Each lasts longer than it is watched, unless its end is the point. `names` are the applications
 that a hold may rightly be due to; whatever else is found at the same time is reported, and does not
-count.
+count. `missed_because` is for work that the rules cannot find.
 """
 import dataclasses
 import pathlib
 import typing
 
+from materials import PYTHON
+
 PROGRAMS = pathlib.Path(__file__).resolve().parent / "programs"
-PYTHON = "/usr/bin/python3"
+SERVICE_MANAGER = pathlib.Path("/lib/systemd/systemd")
 # A hold for a compilation may bear the name of any program that takes part.
 COMPILER = ["cc1", "cc1plus", "as", "*-as", "collect2", "ld", "*-ld*", "cc", "gcc", "g++", "c++",
             "*-gcc*", "*-g++*"]
@@ -26,7 +28,8 @@ class Workload:
     seconds: int = 36
     baseline: int = 7
     is_work: bool = True
-    needs_control_groups: bool = False
+    missed_because: str = ""
+    needs: tuple = ()  # Of "control groups", "service manager".
 
 
 def ninja(name, length, count, title, **more):
@@ -48,6 +51,13 @@ def make(materials):
     folder = materials.new_folder("make")
     materials.make_build(folder, [0.05, 0.05, 0.5, 0.5, 2, 6], 180)
     return ["make", "-j2", "-C", str(folder)]
+
+
+def xargs(materials):
+    folder = materials.new_folder("xargs")
+    source, compiler = materials.unit(folder, "unit", 0.05, 1)
+    return materials.script(
+        folder, f"cd '{folder}'; seq 6000 | exec xargs -P2 -I{{}} {compiler} {source} -o unit{{}}.o")
 
 
 def test_suite(materials):
@@ -80,6 +90,13 @@ def backup(materials):
         folder, f"cd '{folder}'; while :; do tar -c data | zstd -q -10 -T2 -c >/dev/null; done")
 
 
+def checksums(materials):
+    folder = materials.new_folder("checksums")
+    materials.large_files(folder / "data", 64)
+    return materials.script(
+        folder, f"cd '{folder}'; while :; do find data -type f -exec sha256sum {{}} ';' >sums; done")
+
+
 def clone(materials):
     folder = materials.new_folder("served/clone")
     materials.repository(folder)
@@ -97,6 +114,22 @@ def install(materials):
 
 def workers(_):
     return [PYTHON, str(PROGRAMS / "workers.py")]
+
+
+def unwaited(seconds):
+    return lambda _: [PYTHON, str(PROGRAMS / "unwaited.py"), str(seconds)]
+
+
+def adopted(materials):
+    # Under a name of its own, so that it can be told from the program whose orphans it adopts.
+    manager = materials.python_named("service-manager")
+    return ["env", "PYTHONHOME=/usr", manager, str(PROGRAMS / "adopter.py"), "env", "-u",
+            "PYTHONHOME", PYTHON, str(PROGRAMS / "orphans.py")]
+
+
+def service(materials):
+    return [PYTHON, str(PROGRAMS / "service.py"), str(materials.control_group / "manager"),
+            str(materials.new_folder("service")), f"{PYTHON} {PROGRAMS / 'orphans.py'}"]
 
 
 def terminal(materials):
@@ -124,6 +157,14 @@ def typist(_):
     return [PYTHON, str(PROGRAMS / "typist.py")]
 
 
+def turns(name, first_rest):
+    def prepare(materials):
+        one, other = (materials.named("pulse", f"{name}-{which}") for which in ("one", "other"))
+        return materials.script(materials.new_folder(name), f"sleep {first_rest}; while :; do "
+                                f"'{one}' 2000 0 1; '{other}' 2000 0 1; done")
+    return prepare
+
+
 def scheduled(materials):
     folder = materials.new_folder("scheduled")
     job = materials.named("pulse", "scheduled-job")
@@ -137,6 +178,7 @@ ALL = [
     ninja("ninja-long", 6, 60, "ninja, 6 s a unit"),
     ninja("ninja-very-long", 30, 12, "ninja, 30 s a unit", seconds=65),
     Workload("shell-loop", "short compilations in a shell loop", COMPILER + SHELL, shell_loop),
+    Workload("xargs", "xargs -P2, 0.05 s a unit", COMPILER + SHELL + ["xargs"], xargs),
     Workload("make", "make -j2, 0.05 to 6 s a unit", COMPILER + SHELL + ["make"], make),
     Workload("test-suite", "ctest, tests that fork", ["ctest", "suite-test"],
              test_suite),
@@ -144,16 +186,41 @@ ALL = [
     Workload("download", "curl, from a line of 150 KB/s", ["curl"],
              lambda materials: download(materials, "slow")),
     Workload("download-limited", "curl, limiting itself to 150 KB/s", ["curl"],
-             lambda materials: download(materials, "endless", "--limit-rate", "150K")),
+             lambda materials: download(materials, "endless", "--limit-rate", "150K"),
+             missed_because="over loopback, curl takes megabytes at once and then pauses"),
+    Workload("download-bursts", "curl, from a line of 150 KB/s, in bursts of 1 s", ["curl"],
+             lambda materials: download(materials, "bursts")),
+    Workload("download-gaps", "curl, from a line of 150 KB/s, in bursts of 5 s", ["curl"],
+             lambda materials: download(materials, "gaps"),
+             missed_because="there are ticks without a byte, and each begins the sustain time anew"),
     Workload("download-fast", "curl at full speed", ["curl"],
              lambda materials: download(materials, "endless")),
     Workload("rsync", "rsync, 20,000 small files", ["rsync"] + SHELL, many_files),
     Workload("backup", "tar into zstd", ["tar", "zstd"] + SHELL, backup),
+    Workload("checksums", "sha256sum, a process for each file", ["find", "sha256sum"] + SHELL,
+             checksums),
     Workload("clone", "git clone over HTTP", ["git", "git-*", "rm"] + SHELL, clone),
     Workload("install", "npm ci, 100 packages", ["npm*", "node"] + SHELL, install),
     Workload("workers", "Python, a pool of processes", ["python*"], workers),
+    Workload("unwaited", "workers of 3 s that nobody waits for", ["python*"], unwaited(3)),
+    Workload("unwaited-short", "workers of 0.1 s that nobody waits for", ["python*"],
+             unwaited(0.1), missed_because="the kernel tells nobody what they used, and a tick sees "
+             "too little of those that live just then"),
+    Workload("adopted", "orphans of 0.1 s, a stand-in for a service manager", ["python*",
+             "service-manager"], adopted),
+    Workload("service", "orphans of 0.1 s in a service of systemd", ["python*", "systemd"], service,
+             needs=("control groups", "service manager")),
+    Workload("agent", "an AI agent, 4 % of a core", ["codex"], pulse("codex", 4, 96)),
+    Workload("agent-bursts", "an AI agent, 1 s of full load, 5 s of waiting", ["gemini"],
+             pulse("gemini", 1000, 5000), missed_because="there are ticks without any use, and each "
+             "begins the sustain time anew"),
+    Workload("turns", "two programs in turn, 2 s each, between the ticks", ["turn-*"],
+             turns("turn", 0)),
+    Workload("turns-on-ticks", "two programs in turn, 2 s each, on the ticks", ["step-*"],
+             turns("step", 0.95), missed_because="every second tick finds nothing of either program, "
+             "and each counts for itself"),
     Workload("terminal", "ninja in a terminal's scope", COMPILER + SHELL + ["ninja"], terminal,
-             needs_control_groups=True),
+             needs=("control groups",)),
     Workload("desktop", "an idle desktop, 65 processes", [], desktop, 40, is_work=False),
     Workload("chat", "wakes every second for 5 ms", [], pulse("chat", 5, 995), 40, is_work=False),
     Workload("bursts", "6 s of full load every minute", [], pulse("bursts", 6000, 54000), 75,

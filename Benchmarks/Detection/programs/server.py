@@ -1,5 +1,6 @@
-"""Serves a folder over loopback, "/endless" without end as fast as it is taken, and "/slow" without
-end at 150 KB/s, like a slow line. Prints its port.
+"""Serves a folder over loopback, "/endless" without end as fast as it is taken, and without end at
+150 KB/s, like a slow line: "/slow" evenly, "/bursts" once a second, "/gaps" once in five seconds.
+Prints its port.
 
     server.py FOLDER
 """
@@ -9,15 +10,14 @@ import sys
 import time
 
 CHUNK = bytes(1 << 20)
-PIECE = bytes(15 << 10)  # Ten a second.
+STREAMS = {"/endless": (CHUNK, 0), "/slow": (bytes(15 << 10), 0.1), "/bursts": (bytes(150 << 10), 1),
+           "/gaps": (bytes(750 << 10), 5)}  # What is sent at once, and the pause after it.
 
 
 class Handler(http.server.SimpleHTTPRequestHandler):
     def do_GET(self):
-        if self.path == "/endless":
-            self.send_endlessly(CHUNK, 0)
-        elif self.path == "/slow":
-            self.send_endlessly(PIECE, 0.1)
+        if self.path in STREAMS:
+            self.send_endlessly(*STREAMS[self.path])
         else:
             super().do_GET()
 
