@@ -8,8 +8,11 @@
 #include "Staylit/Version.h"
 #include "Tidewell/ClamshellController.h"
 #include "Tidewell/Log.h"
+#include "Tidewell/Words.h"
 
 namespace staylit {
+
+using tidewell::Words;
 
 AppDelegate::AppDelegate(tidewell::Ports& ports, UserInterface& userInterface)
     : ports_(ports), userInterface_(userInterface) {}
@@ -69,17 +72,21 @@ void AppDelegate::resumeLidClosed() {
   const auto isWanted = [] { return Prefs::shared().defaults().boolean(keys::allowLidClosed); };
   if (ports_.lidSwitch) {
     lidChanges_ = ports_.lidSwitch->observe([this, isWanted](bool holds) {
-      if (!holds && isWanted()) tellAboutLid("\"Work with the lid closed\" is not in effect.");
+      if (!holds && isWanted()) {
+        tellAboutLid(Words::shown().phrase("\"Work with the lid closed\" is not in effect."));
+      }
     });
   }
   if (!isWanted() || tidewell::ClamshellController::resume()) return;
   // The setting comes from an earlier run, so nobody looks at the Settings window, which would show
   // the failure.
-  tellAboutLid("\"Work with the lid closed\" could not be switched on again.");
+  tellAboutLid(
+      Words::shown().phrase("\"Work with the lid closed\" could not be switched on again."));
 }
 
 void AppDelegate::tellAboutLid(const std::string& why) {
-  userInterface_.tell("With its lid closed the computer will sleep", why);
+  // TRANSLATORS: the title of a notification.
+  userInterface_.tell(Words::shown().phrase("With its lid closed the computer will sleep"), why);
 }
 
 /// The person who looks at a terminal sees "releasing in 120s" there, and should see at once that
@@ -94,10 +101,15 @@ void AppDelegate::tellTerminalThatNothingCanBeHeld() {
 }
 
 void AppDelegate::tellThatNothingHolds() {
-  const std::string why = ports_.powerManagement->whyNotGranted();
-  userInterface_.tell(
-      "The computer may fall asleep during the work",
-      "No service of the system grants Staylit's hold" + (why.empty() ? "." : ": " + why + "."));
+  const Words& words = Words::shown();
+  const std::string why = words.knownPhrase(ports_.powerManagement->whyNotGranted());
+  const std::string body =
+      // TRANSLATORS: a notification. A hold is what keeps the computer awake.
+      why.empty() ? words.phrase("No service of the system grants Staylit's hold.")
+                  : words.phrase("No service of the system grants Staylit's hold: {reason}.",
+                                 {{"reason", why}});
+  // TRANSLATORS: the title of a notification.
+  userInterface_.tell(words.phrase("The computer may fall asleep during the work"), body);
   if (terminalReporter_) {
     terminalReporter_->tell(kNothingGrantsTheHold);
   }
@@ -113,11 +125,18 @@ void AppDelegate::tellOfSettings(const std::vector<std::string>& remarks) {
   std::string body;
   for (const std::string& remark : std::span(remarks).first(std::min(kMostLines, remarks.size())))
     body += remark + ". ";
+  const Words& words = Words::shown();
   if (remarks.size() > kMostLines) {
-    body += "And " + std::to_string(remarks.size() - kMostLines) + " more. ";
+    body += words.phraseFor(
+                static_cast<std::int64_t>(remarks.size() - kMostLines),
+                // TRANSLATORS: follows sentences about mistakes in the file of the settings.
+                "And {count} more.", "And {count} more.") +
+            " ";
   }
-  body += "The log and staylit --doctor have them all.";
-  userInterface_.tell("Some settings do not count as they are written", body);
+  // TRANSLATORS: "them" are remarks about mistakes in the file of the settings.
+  body += words.phrase("The log and staylit --doctor have them all.");
+  // TRANSLATORS: the title of a notification.
+  userInterface_.tell(words.phrase("Some settings do not count as they are written"), body);
 }
 
 void AppDelegate::applicationWillTerminate() {

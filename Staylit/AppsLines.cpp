@@ -4,6 +4,7 @@
 #include <iterator>
 
 #include "Tidewell/ForeignText.h"
+#include "Tidewell/Words.h"
 
 namespace staylit {
 namespace {
@@ -71,7 +72,8 @@ bool AppsLine::standsForSameAs(const AppsLine& other) const {
 }
 
 std::string AppsLine::spokenName() const {
-  return isWorking ? text + ", working now" : text;
+  // TRANSLATORS: what a screen reader says of an application that works at the moment.
+  return isWorking ? tidewell::Words::shown().phrase("{app}, working now", {{"app", text}}) : text;
 }
 
 std::string AppsLine::spoken() const {

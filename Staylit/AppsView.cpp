@@ -8,11 +8,13 @@
 #include "Tidewell/AppCatalog.h"
 #include "Tidewell/TextMap.h"
 #include "Tidewell/TextReading.h"
+#include "Tidewell/Words.h"
 
 namespace staylit {
 
 using tidewell::AppCatalog;
 using tidewell::AppCategory;
+using tidewell::Words;
 using Entry = AppsView::Entry;
 
 namespace {
@@ -59,7 +61,7 @@ void addCatalogued(EntryTable& table) {
 void addBusy(EntryTable& table, const std::vector<tidewell::BusyApp>& busyApps) {
   for (const tidewell::BusyApp& app : busyApps) {
     Entry entry = makeEntry(app.id, app.display, app.category);
-    entry.detail = app.reason();
+    entry.detail = app.reason(Words::shown());
     entry.isWorking = true;
     table.put(std::move(entry));
   }
@@ -70,7 +72,8 @@ Entry ignoredEntry(const std::string& id, tidewell::Text& text) {
     return makeEntry(id, known->display, known->category);
   }
   Entry entry = makeEntry(id, id, AppCategory::other);
-  entry.detail = "not in catalogue";
+  // TRANSLATORS: below the name of an application that Staylit's list of applications lacks.
+  entry.detail = Words::shown().phrase("not in catalogue");
   return entry;
 }
 
@@ -109,22 +112,42 @@ AppsView::AppsView(StaylitEngine& engine, tidewell::Ports& ports)
 AppsView::~AppsView() = default;
 
 AppsView::Header AppsView::header() const {
-  return {"Choose Apps", "Click any app to move it between the two lists.", "magnifyingglass",
-          "Search", "xmark.circle.fill"};
+  const Words& words = Words::shown();
+  // TRANSLATORS: the title of the window.
+  return {words.phrase("Choose Apps"),
+          words.phrase("Click any app to move it between the two lists."), "magnifyingglass",
+          // TRANSLATORS: stands in the empty field for the search.
+          words.phrase("Search"), "xmark.circle.fill"};
 }
 
 std::vector<AppsView::Section> AppsView::sections() const {
-  return {{"Staying awake for", "These can hold your Mac awake", "cup.and.saucer.fill",
-           "Nothing is being watched — your Mac will sleep normally.", "arrow.down.circle",
-           "Stop staying awake for this", watched()},
-          {"Not watching", "Ignored, however busy they get", "moon.zzz", "Nothing ignored.",
-           "arrow.up.circle", "Stay awake for this again", ignored()}};
+  const Words& words = Words::shown();
+  return {
+      {words.phrase("Staying awake for"),
+       // TRANSLATORS: below the heading "Staying awake for"; "these" are applications.
+       words.phrase("These can hold your Mac awake"), "cup.and.saucer.fill",
+       words.phrase("Nothing is being watched — your Mac will sleep normally."),
+       "arrow.down.circle",
+       // TRANSLATORS: the tool tip of an application: what a click does.
+       words.phrase("Stop staying awake for this"), watched()},
+      {// TRANSLATORS: a heading; below it stand the applications that Staylit ignores.
+       words.phrase("Not watching"),
+       // TRANSLATORS: below the heading "Not watching"; "they" are applications.
+       words.phrase("Ignored, however busy they get"), "moon.zzz", words.phrase("Nothing ignored."),
+       "arrow.up.circle", words.phrase("Stay awake for this again"), ignored()}};
 }
 
 AppsView::Footer AppsView::footer() const {
   const std::size_t count = Prefs::shared().ignoredApps().size();
-  const std::string text = count == 0 ? "Watching everything" : std::to_string(count) + " ignored";
-  return {text, "Watch everything", count != 0};
+  const Words& words = Words::shown();
+  const std::string ignored = words.phraseFor(
+      static_cast<std::int64_t>(count),
+      // TRANSLATORS: so many applications are not watched. Beside it stands "Watch everything".
+      "{count} ignored", "{count} ignored");
+  // TRANSLATORS: what the window says while no application is ignored.
+  return {count == 0 ? words.phrase("Watching everything") : ignored,
+          // TRANSLATORS: a button that takes back all applications that are not watched.
+          words.phrase("Watch everything"), count != 0};
 }
 
 void AppsView::setSearch(std::string search) {

@@ -2,31 +2,56 @@
 
 #include <algorithm>
 
+#include "Tidewell/Words.h"
+
 namespace staylit {
+
+using tidewell::Words;
+
 namespace {
 
-std::string summaryOf(const EngineStatus::Holding& holding) {
-  if (holding.names.empty()) return "Holding sleep";
-  std::string first = "Awake for " + holding.names.front();
-  if (holding.names.size() == 1) return first;
-  return first + " +" + std::to_string(holding.names.size() - 1) + " more";
-}
+/// The status in the words of one language.
+struct Summary {
+  const Words& words;
+  bool isShown;
 
-std::string summaryOf(const EngineStatus::Winding& winding) {
-  return "Work stopped — releasing in " + std::to_string(winding.secondsLeft) + "s";
-}
+  std::string operator()(const EngineStatus::Holding& holding) const {
+    // TRANSLATORS: the texts of this file are the menu's first line and the tool tip of the symbol
+    // in the panel. This one means: keeping the computer from sleeping.
+    if (holding.names.empty()) return words.phrase("Holding sleep");
+    const std::string& first = holding.names.front();
+    // TRANSLATORS: the computer is kept awake because {app} works.
+    if (holding.names.size() == 1) return words.phrase("Awake for {app}", {{"app", first}});
+    return words.phraseFor(static_cast<std::int64_t>(holding.names.size()) - 1,
+                           // TRANSLATORS: {count} further applications work beside {app}.
+                           "Awake for {app} +{count} more", "Awake for {app} +{count} more",
+                           {{"app", first}});
+  }
 
-std::string summaryOf(const EngineStatus::Blocked& blocked) {
-  return "Not holding — " + blocked.reason;
-}
+  std::string operator()(const EngineStatus::Winding& winding) const {
+    return words.phraseFor(winding.secondsLeft,
+                           // TRANSLATORS: in {count} seconds the computer may sleep again.
+                           "Work stopped — releasing in {count}s",
+                           "Work stopped — releasing in {count}s");
+  }
 
-std::string summaryOf(const EngineStatus::Idle&) {
-  return "Idle — your Mac can sleep";
-}
+  std::string operator()(const EngineStatus::Blocked& blocked) const {
+    // TRANSLATORS: the computer may sleep although something works. The reason is
+    // "battery below 20%" or "Low Power Mode is on".
+    return words.phrase("Not holding — {reason}",
+                        {{"reason", isShown ? blocked.shownReason : blocked.reason}});
+  }
 
-std::string summaryOf(const EngineStatus::Paused&) {
-  return "Paused";
-}
+  std::string operator()(const EngineStatus::Idle&) const {
+    // TRANSLATORS: nothing works. For "Mac" use your word for any computer.
+    return words.phrase("Idle — your Mac can sleep");
+  }
+
+  std::string operator()(const EngineStatus::Paused&) const {
+    // TRANSLATORS: the user has paused Staylit.
+    return words.phrase("Paused");
+  }
+};
 
 struct CaseName {
   std::string_view operator()(const EngineStatus::Holding&) const { return "holding"; }
@@ -52,7 +77,11 @@ std::string_view EngineStatus::name() const {
 }
 
 std::string EngineStatus::summary() const {
-  return std::visit([](const auto& status) { return summaryOf(status); }, value);
+  return std::visit(Summary{Words::source(), false}, value);
+}
+
+std::string EngineStatus::shownSummary() const {
+  return std::visit(Summary{Words::shown(), true}, value);
 }
 
 }  // namespace staylit

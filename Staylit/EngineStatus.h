@@ -24,7 +24,10 @@ struct EngineStatus {
   /// The power policy forbids a hold, for this reason.
   struct Blocked {
     std::string reason;
-    friend bool operator==(const Blocked&, const Blocked&) = default;
+    std::string shownReason;  ///< The same in the language of the user.
+    friend bool operator==(const Blocked& left, const Blocked& right) {
+      return left.reason == right.reason;
+    }
   };
   /// Nothing to do; the machine may sleep.
   struct Idle {
@@ -41,14 +44,20 @@ struct EngineStatus {
     return {Holding{std::move(names)}};
   }
   static EngineStatus winding(std::int64_t secondsLeft) { return {Winding{secondsLeft}}; }
-  static EngineStatus blocked(std::string reason) { return {Blocked{std::move(reason)}}; }
+  static EngineStatus blocked(std::string reason) { return blocked(reason, reason); }
+  static EngineStatus blocked(std::string reason, std::string shownReason) {
+    return {Blocked{std::move(reason), std::move(shownReason)}};
+  }
   static EngineStatus idle() { return {Idle{}}; }
   static EngineStatus paused() { return {Paused{}}; }
 
   /// The case as programs read it: "holding", "winding", "blocked", "idle" or "paused".
   [[nodiscard]] std::string_view name() const;
-  /// The status in one line for people: "Awake for Xcode +2 more".
+  /// The status in one line for people: "Awake for Xcode +2 more". In the source's English, for
+  /// terminals and other programs.
   [[nodiscard]] std::string summary() const;
+  /// The same in the language of the user.
+  [[nodiscard]] std::string shownSummary() const;
 
   /// Whether `other` tells people nothing new: equal but for a countdown and the order of names.
   [[nodiscard]] bool isSameState(const EngineStatus& other) const;

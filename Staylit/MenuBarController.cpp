@@ -13,8 +13,12 @@
 #include "Staylit/WatchList.h"
 #include "Tidewell/AppCatalog.h"
 #include "Tidewell/TextReading.h"
+#include "Tidewell/Words.h"
 
 namespace staylit {
+
+using tidewell::Words;
+
 namespace {
 
 constexpr Size kWindowSize{460, 560};
@@ -88,10 +92,12 @@ MenuItem appToggle(std::string title, std::string id) {
 }
 
 MenuItem busyItem(const tidewell::BusyApp& app, bool isIgnored) {
-  MenuItem item = appToggle(rowOf(app), app.id);
+  MenuItem item = appToggle(rowOf(app, Words::shown()), app.id);
   item.isOn = !isIgnored;
-  item.toolTip = isIgnored ? "Stay awake for " + app.display + " again"
-                           : "Stop staying awake for " + app.display;
+  item.toolTip =
+      // TRANSLATORS: tool tips of an application's row in the menu: what a click does.
+      isIgnored ? Words::shown().phrase("Stay awake for {app} again", {{"app", app.display}})
+                : Words::shown().phrase("Stop staying awake for {app}", {{"app", app.display}});
   return item;
 }
 
@@ -99,7 +105,7 @@ void addBusy(Menu& menu, const std::vector<tidewell::BusyApp>& busyApps,
              const tidewell::TextSet& ignored) {
   if (busyApps.empty()) return;
   menu.push_back(separator());
-  menu.push_back(header(kStayingAwakeFor));
+  menu.push_back(header(Words::shown().phrase(kStayingAwakeFor)));
   for (const tidewell::BusyApp& app : upTo(kBusyLimit, busyApps)) {
     menu.push_back(busyItem(app, ignored.contains(app.id)));
   }
@@ -108,7 +114,7 @@ void addBusy(Menu& menu, const std::vector<tidewell::BusyApp>& busyApps,
 void addIgnored(Menu& menu, const tidewell::TextSet& ignored, tidewell::Text& text) {
   if (ignored.empty()) return;
   menu.push_back(separator());
-  menu.push_back(header("Not watching"));
+  menu.push_back(header(Words::shown().phrase("Not watching")));
   std::vector<std::string> ids(ignored.begin(), ignored.end());
   std::ranges::sort(ids);
   for (const std::string& id : upTo(kIgnoredLimit, ids)) {
@@ -116,8 +122,13 @@ void addIgnored(Menu& menu, const tidewell::TextSet& ignored, tidewell::Text& te
     menu.push_back(appToggle(known ? known->display : id, id));
   }
   if (ids.size() <= kIgnoredLimit) return;
-  const std::string more = std::to_string(ids.size() - kIgnoredLimit);
-  menu.push_back(header("  …and " + more + " more — see Choose Apps"));
+  const auto more = static_cast<std::int64_t>(ids.size() - kIgnoredLimit);
+  menu.push_back(
+      header("  " + Words::shown().phraseFor(more,
+                                             // TRANSLATORS: below six applications that are not
+                                             // watched; "Choose Apps" is an item of the menu.
+                                             "…and {count} more — see Choose Apps",
+                                             "…and {count} more — see Choose Apps")));
 }
 
 /// The program of a process that is named by its number, for want of an application's name; empty
@@ -133,7 +144,7 @@ void addAsserting(Menu& menu, const std::vector<std::string>& names,
                   tidewell::ProcessTable& processes) {
   if (names.empty()) return;
   menu.push_back(separator());
-  menu.push_back(header(kAskedToStayAwake));
+  menu.push_back(header(Words::shown().phrase(kAskedToStayAwake)));
   for (const std::string& name : upTo(kAssertingLimit, names)) {
     menu.push_back(header("  " + name));
     menu.back().toolTip = programOf(name, processes);
@@ -141,14 +152,18 @@ void addAsserting(Menu& menu, const std::vector<std::string>& names,
 }
 
 void addCommands(Menu& menu, bool isPaused) {
+  const Words& words = Words::shown();
   menu.push_back(separator());
-  menu.push_back(command(isPaused ? "Resume" : "Pause", "p", MenuItem::Action::togglePause));
-  MenuItem chooseApps = command("Choose Apps…", "a", MenuItem::Action::openApps);
-  chooseApps.toolTip = "Pick which apps may keep your Mac awake";
+  // TRANSLATORS: commands of the menu: Staylit goes on after a pause, or makes one.
+  menu.push_back(command(isPaused ? words.phrase("Resume") : words.phrase("Pause"), "p",
+                         MenuItem::Action::togglePause));
+  MenuItem chooseApps = command(words.phrase("Choose Apps…"), "a", MenuItem::Action::openApps);
+  // TRANSLATORS: the tool tip of "Choose Apps…".
+  chooseApps.toolTip = words.phrase("Pick which apps may keep your Mac awake");
   menu.push_back(std::move(chooseApps));
-  menu.push_back(command("Settings…", ",", MenuItem::Action::openSettings));
+  menu.push_back(command(words.phrase("Settings…"), ",", MenuItem::Action::openSettings));
   menu.push_back(separator());
-  menu.push_back(command("Quit Staylit", "q", MenuItem::Action::terminate));
+  menu.push_back(command(words.phrase("Quit Staylit"), "q", MenuItem::Action::terminate));
 }
 
 }  // namespace
@@ -205,7 +220,7 @@ StatusItemAppearance MenuBarController::appearance(const EngineStatus& status) {
 }
 
 std::string MenuBarController::summary(const EngineStatus& status) {
-  return status.summary();
+  return status.shownSummary();
 }
 
 Menu MenuBarController::menuNeedsUpdate() {
@@ -259,7 +274,8 @@ void MenuBarController::openSettings() {
 
 void MenuBarController::makeAppsWindow() {
   auto view = std::make_unique<AppsView>(engine_, ports_);
-  auto window = userInterface_.makeAppsWindow({"Choose Apps", kWindowSize}, *view);
+  auto window =
+      userInterface_.makeAppsWindow({Words::shown().phrase("Choose Apps"), kWindowSize}, *view);
   if (!window) return;
   centerOnMainScreen(*window);
   appsView_ = std::move(view);
@@ -269,7 +285,8 @@ void MenuBarController::makeAppsWindow() {
 void MenuBarController::makeSettingsWindow() {
   // The view is made with its window, because it reads the settings only once.
   auto view = std::make_unique<SettingsView>(engine_, ports_);
-  auto window = userInterface_.makeSettingsWindow({"Staylit Settings", kWindowSize}, *view);
+  auto window = userInterface_.makeSettingsWindow(
+      {Words::shown().phrase("Staylit Settings"), kWindowSize}, *view);
   if (!window) return;
   window->center();
   settingsView_ = std::move(view);

@@ -6,8 +6,12 @@
 #include "Staylit/Prefs.h"
 #include "Tidewell/ClamshellController.h"
 #include "Tidewell/Log.h"
+#include "Tidewell/Words.h"
 
 namespace staylit {
+
+using tidewell::Words;
+
 namespace {
 
 using Slider = SettingsView::Slider;
@@ -23,7 +27,21 @@ Slider slider(std::int64_t stored, std::int64_t minimum, std::int64_t maximum, s
 }
 
 std::string percent(std::int64_t value) {
-  return std::to_string(value) + "%";
+  // TRANSLATORS: a charge of the battery.
+  return Words::shown().phrase("{percent}%", {{"percent", std::to_string(value)}});
+}
+
+std::string graceLabel(std::int64_t seconds) {
+  const Words& words = Words::shown();
+  if (seconds < 60) {
+    return words.phraseFor(seconds,
+                           // TRANSLATORS: the label of a slider, from 30 seconds to 10 minutes.
+                           "Wait {count} seconds after work stops",
+                           "Wait {count} seconds after work stops");
+  }
+  if (seconds == 60) return words.phrase("Wait 1 minute after work stops");
+  return words.phraseFor(seconds / 60, "Wait {count} minutes after work stops",
+                         "Wait {count} minutes after work stops");
 }
 
 /// The value nearest to `value` of all that the slider offers.
@@ -40,7 +58,12 @@ bool lidIsAllowed(const tidewell::Ports& ports) {
 
 std::string watching() {
   const std::size_t ignored = Prefs::shared().ignoredApps().size();
-  return ignored == 0 ? "everything" : "all but " + std::to_string(ignored);
+  // TRANSLATORS: stands after the label "Watching", and speaks of applications.
+  if (ignored == 0) return Words::shown().phrase("everything");
+  return Words::shown().phraseFor(static_cast<std::int64_t>(ignored),
+                                  // TRANSLATORS: stands after the label "Watching": all
+                                  // applications but so many.
+                                  "all but {count}", "all but {count}");
 }
 
 }  // namespace
@@ -74,41 +97,67 @@ void SettingsView::addSavingProblem(std::vector<Section>& form) const {
   for (Section& section : form) {
     for (Row& row : section.rows) {
       if (row.control == lastChanged_ && row.error.empty()) {
-        row.error = "Cannot be saved: " + problem + ". It counts until Staylit ends.";
+        row.error = Words::shown().phrase(
+            // TRANSLATORS: "it" is the change of a setting. The reason is in English.
+            "Cannot be saved: {reason}. It counts until Staylit ends.", {{"reason", problem}});
       }
     }
   }
 }
 
 std::vector<SettingsView::Section> SettingsView::sections() const {
+  const Words& words = Words::shown();
   return {
       sleepSection(),
       batterySection(),
-      {"Detection",
-       {{Control::honorAssertions, "Trust apps that ask to stay awake", Toggle{honorAssertions_},
-         "", "Browsers raise this during downloads; editors during exports."}}},
-      {"Apps",
-       {{Control::watching, "Watching", Value{watching()}, "",
-         "Choose which apps may keep your Mac awake from the menu bar icon → Choose Apps."}}},
-      {"", {{Control::launchAtLogin, "Open at login", Toggle{launchAtLogin_.isOn()}, "", ""}}},
+      // TRANSLATORS: the title of a group of settings: how work is found.
+      {words.phrase("Detection"),
+       {{Control::honorAssertions, words.phrase("Trust apps that ask to stay awake"),
+         Toggle{honorAssertions_}, "",
+         // TRANSLATORS: "this" is the request to stay awake.
+         words.phrase("Browsers raise this during downloads; editors during exports.")}}},
+      // TRANSLATORS: the title of a group of settings.
+      {words.phrase("Apps"),
+       {// TRANSLATORS: a label; after it stands "everything" or "all but 3".
+        {Control::watching, words.phrase("Watching"), Value{watching()}, "",
+         words.phrase(
+             "Choose which apps may keep your Mac awake from the menu bar icon → Choose Apps.")}}},
+      {"",
+       {{Control::launchAtLogin, words.phrase("Open at login"), Toggle{launchAtLogin_.isOn()}, "",
+         ""}}},
   };
 }
 
 SettingsView::Section SettingsView::sleepSection() const {
-  return {"Sleep",
-          {{Control::grace, "Wait " + formatted(grace_) + " after work stops", graceSlider(), "",
-            "A short pause between build steps won't drop the hold."},
-           {Control::keepScreenOn, "Keep the screen on too", Toggle{keepScreenOn_}, "",
-            "Off by default — the display sleeps on its own while work continues."},
-           {Control::lidClosed, "Work with the lid closed", Toggle{lidClosed_.isOn()}, lidError(),
-            "Needs your admin password once. Restored automatically if Staylit stops."}}};
+  const Words& words = Words::shown();
+  return {
+      // TRANSLATORS: the title of a group of settings: the sleep of the computer.
+      words.phrase("Sleep"),
+      {{Control::grace, graceLabel(grace_), graceSlider(), "",
+        // TRANSLATORS: a build is the making of a program; the hold keeps the computer awake.
+        words.phrase("A short pause between build steps won't drop the hold.")},
+       {Control::keepScreenOn, words.phrase("Keep the screen on too"), Toggle{keepScreenOn_}, "",
+        // TRANSLATORS: the screen sleeps, not the computer.
+        words.phrase("Off by default — the display sleeps on its own while work continues.")},
+       {Control::lidClosed, words.phrase("Work with the lid closed"), Toggle{lidClosed_.isOn()},
+        lidError(),
+        words.phrase(
+            // TRANSLATORS: below "Work with the lid closed".
+            "Needs your admin password once. Restored automatically if Staylit stops.")}}};
 }
 
 SettingsView::Section SettingsView::batterySection() const {
-  return {"Battery",
-          {{Control::battery, "Stop holding below " + percent(battery_), batterySlider(), "", ""},
-           {Control::respectLowPower, "Respect Low Power Mode", Toggle{respectLowPower_}, "", ""},
-           {Control::rightNow, "Right now", Value{rightNow()}, "", ""}}};
+  const Words& words = Words::shown();
+  const std::string label = words.phrase(
+      // TRANSLATORS: the label of a slider: a charge of the battery below which the computer may
+      // sleep.
+      "Stop holding below {percent}%", {{"percent", std::to_string(battery_)}});
+  return {words.phrase("Battery"),
+          {{Control::battery, label, batterySlider(), "", ""},
+           {Control::respectLowPower, words.phrase("Respect Low Power Mode"),
+            Toggle{respectLowPower_}, "", ""},
+           // TRANSLATORS: a label; after it stands "64% · on battery" or "plugged in".
+           {Control::rightNow, words.phrase("Right now"), Value{rightNow()}, "", ""}}};
 }
 
 Slider SettingsView::graceSlider() const {
@@ -129,13 +178,22 @@ Slider SettingsView::batterySlider() const {
 
 std::string SettingsView::rightNow() const {
   const tidewell::PowerState& power = engine_.powerState().get();
-  if (!power.hasBattery) return "plugged in";
-  return percent(power.percentage) + " · " + (power.onAC ? "plugged in" : "on battery");
+  const Words& words = Words::shown();
+  // TRANSLATORS: stands after the label "Right now": the computer gets power from a socket.
+  if (!power.hasBattery) return words.phrase("plugged in");
+  const std::string charge = std::to_string(power.percentage);
+  return power.onAC ? words.phrase("{percent}% · plugged in", {{"percent", charge}})
+                    : words.phrase("{percent}% · on battery", {{"percent", charge}});
 }
 
 std::string SettingsView::formatted(std::int64_t seconds) {
-  if (seconds < 60) return std::to_string(seconds) + " seconds";
-  return std::to_string(seconds / 60) + (seconds == 60 ? " minute" : " minutes");
+  const Words& words = Words::shown();
+  if (seconds < 60) {
+    // TRANSLATORS: what a slider stands at.
+    return words.phraseFor(seconds, "{count} seconds", "{count} seconds");
+  }
+  if (seconds == 60) return words.phrase("1 minute");
+  return words.phraseFor(seconds / 60, "{count} minutes", "{count} minutes");
 }
 
 void SettingsView::setValue(Control control, std::int64_t value) {
@@ -210,10 +268,14 @@ void SettingsView::followLid() {
 std::string SettingsView::lidError() const {
   if (lidError_) {
     const std::string reason = ports_.lidSwitch ? ports_.lidSwitch->lastFailure() : "";
-    return *lidError_ + (reason.empty() ? "" : " In fact: " + reason + ".");
+    if (reason.empty()) return *lidError_;
+    return Words::shown().phrase(
+        // TRANSLATORS: {error} is "Administrator approval was declined." The reason is in English.
+        "{error} In fact: {reason}.", {{"error", *lidError_}, {"reason", reason}});
   }
   const bool isTriedAgain = ports_.lidSwitch && ports_.lidSwitch->isTriedAgain();
-  return isTriedAgain ? "Not in effect now. Staylit goes on trying." : "";
+  // TRANSLATORS: below the switch "Work with the lid closed".
+  return isTriedAgain ? Words::shown().phrase("Not in effect now. Staylit goes on trying.") : "";
 }
 
 void SettingsView::applyLidSetting(bool on) {
@@ -237,7 +299,8 @@ void SettingsView::lidApplied(bool on, bool isDone) {
     changes_.viewChanged();
   } else {
     flipBack(lidClosed_, on, keys::allowLidClosed);
-    lidError_ = "Administrator approval was declined.";
+    // TRANSLATORS: below a switch that went back by itself.
+    lidError_ = Words::shown().phrase("Administrator approval was declined.");
   }
 }
 

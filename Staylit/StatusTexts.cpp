@@ -2,8 +2,9 @@
 
 namespace staylit {
 
-std::string rowOf(const tidewell::BusyApp& app) {
-  return app.display + " — " + app.reason();
+std::string rowOf(const tidewell::BusyApp& app, const tidewell::Words& words) {
+  // TRANSLATORS: a row of the menu: an application and what it does: "ffmpeg — 187% CPU".
+  return words.phrase("{app} — {work}", {{"app", app.display}, {"work", app.reason(words)}});
 }
 
 std::string whatWorks(const std::vector<tidewell::BusyApp>& busy,

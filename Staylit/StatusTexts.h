@@ -5,19 +5,23 @@
 
 #include "Tidewell/BatteryMonitor.h"
 #include "Tidewell/BusyApp.h"
+#include "Tidewell/Words.h"
 
 namespace staylit {
 
 /// Texts that the menu, the terminal and the report of the status have in common. Safe from any
 /// thread.
 
-inline constexpr const char* kStayingAwakeFor = "Staying awake for";
-inline constexpr const char* kAskedToStayAwake = "Asked to stay awake";
+// TRANSLATORS: a heading; below it stand the applications that keep the computer awake.
+inline constexpr const char* kStayingAwakeFor = tidewell::toBePhrased("Staying awake for");
+// TRANSLATORS: a heading; below it stand applications that asked the system not to sleep.
+inline constexpr const char* kAskedToStayAwake = tidewell::toBePhrased("Asked to stay awake");
 inline constexpr const char* kNothingGrantsTheHold =
     "No service of the system grants the hold — your Mac can sleep";
 
 /// An application and what it does: "ffmpeg — 187% CPU".
-[[nodiscard]] std::string rowOf(const tidewell::BusyApp& app);
+[[nodiscard]] std::string rowOf(const tidewell::BusyApp& app,
+                                const tidewell::Words& words = tidewell::Words::source());
 
 /// What works and who asks, to follow a summary in one line:
 /// "  |  ffmpeg: 182% CPU  |  mpv: asked to stay awake".

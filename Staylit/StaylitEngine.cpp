@@ -53,8 +53,9 @@ void StaylitEngine::tick() {
   powerState_.set(tidewell::BatteryMonitor::current());
   busyApps_.set(monitor_.tick(Prefs::shared().activityThresholds()));
   assertingApps_.set(monitor_.assertingApps());
-  if (auto reason = powerState_.get().blockedReason(Prefs::shared().powerPolicy())) {
-    passBlocked(std::move(*reason));
+  const tidewell::PowerPolicy policy = Prefs::shared().powerPolicy();
+  if (powerState_.get().blockedReason(policy)) {
+    passBlocked(policy);
   } else if (busyApps_.get().empty() && assertingApps_.get().empty()) {
     passQuiet();
   } else {
@@ -100,10 +101,12 @@ void StaylitEngine::observeSystemSleep() {
                                      }));
 }
 
-void StaylitEngine::passBlocked(std::string reason) {
+void StaylitEngine::passBlocked(const tidewell::PowerPolicy& policy) {
   sleep_.release();
   quietSince_.reset();
-  status_.set(EngineStatus::blocked(std::move(reason)));
+  const tidewell::PowerState& power = powerState_.get();
+  status_.set(EngineStatus::blocked(power.blockedReason(policy).value_or(""),
+                                    power.blockedReason(policy, Words::shown()).value_or("")));
 }
 
 void StaylitEngine::passQuiet() {

@@ -83,7 +83,7 @@ class StaylitEngine {
 
  private:
   void observeSystemSleep();
-  void passBlocked(std::string reason);
+  void passBlocked(const tidewell::PowerPolicy& policy);
   void passQuiet();
   void passWorking();
   static std::string holdReason(const std::vector<std::string>& names);

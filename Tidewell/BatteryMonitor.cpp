@@ -4,10 +4,14 @@
 
 namespace tidewell {
 
-std::optional<std::string> PowerState::blockedReason(const PowerPolicy& policy) const {
-  if (policy.respectLowPowerMode && lowPowerMode) return "Low Power Mode is on";
+std::optional<std::string> PowerState::blockedReason(const PowerPolicy& policy,
+                                                     const Words& words) const {
+  // TRANSLATORS: stands after "Not holding — ". It is the system's saving of power.
+  if (policy.respectLowPowerMode && lowPowerMode) return words.phrase("Low Power Mode is on");
   if (!batteryTooLow(policy.batteryFloor)) return std::nullopt;
-  return "battery below " + std::to_string(policy.batteryFloor) + "%";
+  // TRANSLATORS: stands after "Not holding — ".
+  return words.phrase("battery below {percent}%",
+                      {{"percent", std::to_string(policy.batteryFloor)}});
 }
 
 bool PowerState::batteryTooLow(std::int64_t floor) const {

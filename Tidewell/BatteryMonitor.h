@@ -5,6 +5,7 @@
 #include <string>
 
 #include "Tidewell/Thresholds.h"
+#include "Tidewell/Words.h"
 
 namespace tidewell {
 
@@ -16,7 +17,8 @@ struct PowerState {
   bool hasBattery;  ///< A power source that describes itself was found.
 
   /// Why `policy` forbids a hold now, for people to read; absent when it allows one.
-  [[nodiscard]] std::optional<std::string> blockedReason(const PowerPolicy& policy) const;
+  [[nodiscard]] std::optional<std::string> blockedReason(
+      const PowerPolicy& policy, const Words& words = Words::source()) const;
 
   /// Whether the machine runs on a battery below `floor` percent. Low Power Mode does not matter.
   [[nodiscard]] bool batteryTooLow(std::int64_t floor) const;

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "Tidewell/AppCategory.h"
+#include "Tidewell/Words.h"
 
 namespace tidewell {
 
@@ -20,7 +21,7 @@ struct BusyApp {
   double busyFor = 0;
 
   /// Why the application counts as working, in one line: "112% CPU · 2048 KB/s net".
-  [[nodiscard]] std::string reason() const;
+  [[nodiscard]] std::string reason(const Words& words = Words::source()) const;
 
   /// Whether both are the same application, whatever it does at the moment.
   friend bool operator==(const BusyApp& left, const BusyApp& right) { return left.id == right.id; }

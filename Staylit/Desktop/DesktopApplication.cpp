@@ -8,15 +8,27 @@
 #include "Staylit/Desktop/Session/LoginSession.h"
 #include "Staylit/Desktop/Session/SessionClient.h"
 #include "Tidewell/Log.h"
+#include "Tidewell/Words.h"
 
 namespace staylit {
 namespace {
 
 using Claim = ApplicationService::Claim;
+using tidewell::Words;
 
 /// One that ends may still write its settings, which takes five seconds at most.
 constexpr int kMostTries = 60;
 constexpr tidewell::Seconds kBetweenTries{0.1};
+
+/// One that runs has the lock, and cannot be asked for anything.
+std::string outOfReach(std::optional<pid_t> holder, const Words& words) {
+  if (holder.value_or(0) <= 0) {
+    // TRANSLATORS: no full stop. The session bus is what the programs of a desktop talk by.
+    return words.phrase("Staylit runs already, out of reach of this session bus");
+  }
+  return words.phrase("Staylit runs already as process {process}, out of reach of this session bus",
+                      {{"process", std::to_string(*holder)}});
+}
 
 }  // namespace
 
@@ -94,11 +106,11 @@ bool DesktopApplication::takeLock() {
 }
 
 void DesktopApplication::tellThatOneRuns(std::optional<pid_t> holder) {
-  const std::string process =
-      holder.value_or(0) > 0 ? " as process " + std::to_string(*holder) : "";
-  const std::string text = "Staylit runs already" + process + ", out of reach of this session bus";
+  const std::string text = outOfReach(holder, Words::source());
   if (request_.isBackground) return console_.printLine(text);
-  showNotification(sessionBus_, {"Staylit runs already", text + "."});
+  // TRANSLATORS: the title of a notification.
+  showNotification(sessionBus_, {Words::shown().phrase("Staylit runs already"),
+                                 outOfReach(holder, Words::shown()) + "."});
   fail(text);
 }
 

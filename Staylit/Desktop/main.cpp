@@ -11,6 +11,7 @@
 #include "Platform/Linux/Bus/Bus.h"
 #include "Platform/Linux/LinuxPorts.h"
 #include "Platform/Linux/Loop/EventLoop.h"
+#include "Platform/Linux/Text/GettextTranslator.h"
 #include "Platform/Linux/Time/SystemClock.h"
 #include "Platform/Posix/PlainConsole.h"
 #include "Platform/Posix/PosixConsole.h"
@@ -32,6 +33,7 @@
 #include "Staylit/DoctorReport.h"
 #include "Staylit/History/HistoryPrinter.h"
 #include "Staylit/HoldsPrinter.h"
+#include "Tidewell/Words.h"
 
 namespace {
 
@@ -176,6 +178,10 @@ int main(int argc, char** argv) {
   if (const auto information = commandLine.information()) {
     std::cout << *information;
     return 0;
+  }
+  // A service of the whole machine shows nothing; what would be shown goes to its log.
+  if (!staylit::MachineApplication::isAskedFor(arguments)) {
+    tidewell::Words::setTranslator(platform::GettextTranslator::ofThisProgram());
   }
   if (const auto request = staylit::StatusRequest::in(arguments)) return tellStatus(*request);
   if (const auto request = staylit::HoldsRequest::in(arguments)) return tellHolds(*request);

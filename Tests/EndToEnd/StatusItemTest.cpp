@@ -6,11 +6,14 @@
 
 #include "Tests/EndToEnd/Machine.h"
 #include "Tests/Platform/Support/BusService.h"
+#include "Tests/Platform/Support/MadeUpLocale.h"
 #include "Tests/Shell/Support/FakeWatcher.h"
 #include "Tests/Shell/Support/Host.h"
 
 namespace staylit::testing {
 namespace {
+
+using platform::testing::MadeUpLocale;
 
 using namespace std::chrono_literals;
 
@@ -233,6 +236,20 @@ TEST_F(StatusItemTest, TheOneWithoutASessionBusMayComeFirst) {
                                ", but not on this session bus; kill " +
                                std::to_string(staylit.pid()) + " ends it in order\n");
   EXPECT_EQ(holdReasons().size(), 1U);
+}
+
+TEST_F(StatusItemTest, SpeaksTheLanguageOfTheUserAndTheSourceToProgramsAndTerminals) {
+  if (const auto obstacle = MadeUpLocale::obstacle()) GTEST_SKIP() << *obstacle;
+  const MadeUpLocale locale("en_GB.UTF-8");
+  const ChildProgram staylit = start();
+  showItem();
+  ASSERT_TRUE(host);
+  const std::string tip = "Pick which apps may keep your computer awake";
+  EXPECT_NE(host->layout().find(tip), std::string::npos) << host->layout();
+  EXPECT_TRUE(eventually([this] { return !holdReason().empty(); }, 20s));
+  EXPECT_EQ(holdReason(), "waiting for work to resume");
+  EXPECT_EQ(wait(start({"--status"})), 0);
+  EXPECT_TRUE(output().starts_with("Work stopped — releasing in ")) << output();
 }
 
 TEST_F(StatusItemTest, AKilledOneLeavesNoLock) {

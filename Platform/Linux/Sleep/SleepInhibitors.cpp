@@ -5,7 +5,12 @@
 #include <optional>
 #include <utility>
 
+#include "Tidewell/Words.h"
+
 namespace platform {
+
+using tidewell::toBePhrased;
+
 namespace {
 
 constexpr std::chrono::seconds kLookAgain{10};
@@ -111,15 +116,17 @@ std::string SleepInhibitors::whyNotGranted() {
   if (!live_.empty() && isGranted()) return "";
   switch (lastError_) {
     case 0:
-      return "neither a login service nor a desktop's power service is here";
+      // TRANSLATORS: the reasons follow "No service of the system grants Staylit's hold: ".
+      return toBePhrased("neither a login service nor a desktop's power service is here");
     case -EACCES:
     case -EPERM:
-      return "the service that would have to grant it refuses; without polkit the login service "
-             "grants it to root alone";
+      return toBePhrased(
+          "the service that would have to grant it refuses; without polkit the login service "
+          "grants it to root alone");
     case -ETIMEDOUT:
-      return "the service that would have to grant it does not answer";
+      return toBePhrased("the service that would have to grant it does not answer");
     default:
-      return "no service can be reached that would grant it";
+      return toBePhrased("no service can be reached that would grant it");
   }
 }
 

@@ -11,6 +11,7 @@
 #include "Staylit/Desktop/Session/ApplicationService.h"
 #include "Staylit/Desktop/Session/DesktopNotification.h"
 #include "Staylit/PauseTexts.h"
+#include "Tidewell/Words.h"
 
 namespace staylit {
 namespace {
@@ -99,7 +100,9 @@ int RunningStaylit::foundNone(const ControlRequest& request) {
   console_.writeError("staylit: Staylit does not run\n");
   // The menu of a launcher and a key of one's own have no terminal.
   if (request.kind == Command::togglePause && !console_.errorIsTerminal()) {
-    showNotification(bus_, {"Staylit does not run", "There is nothing to pause or resume."});
+    showNotification(bus_,
+                     {tidewell::Words::shown().phrase("Staylit does not run"),
+                      tidewell::Words::shown().phrase("There is nothing to pause or resume.")});
   }
   return noneRuns;
 }

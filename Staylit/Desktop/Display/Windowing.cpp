@@ -7,15 +7,23 @@
 #include "Staylit/Desktop/Session/DesktopNotification.h"
 #include "Staylit/Desktop/Session/LoginSession.h"
 #include "Tidewell/Log.h"
+#include "Tidewell/Words.h"
 
 namespace staylit {
 namespace {
 
 using Kind = DisplayTrial::Verdict::Kind;
+using tidewell::toBePhrased;
+using tidewell::Words;
 
-constexpr const char* kInstall = "Please install the package staylit-desktop.";
-const std::string kCannotShow = "Staylit cannot show a window: ";
-constexpr const char* kInstallAnew = "Please install the package staylit-desktop anew.";
+constexpr const char* kInstall = toBePhrased("Please install the package staylit-desktop.");
+constexpr const char* kInstallAnew =
+    toBePhrased("Please install the package staylit-desktop anew.");
+
+std::string cannotShowBecause(const char* why, const Words& words) {
+  // TRANSLATORS: the title of a notification. The reason begins in lower case.
+  return words.phrase("Staylit cannot show a window: {reason}", {{"reason", words.phrase(why)}});
+}
 
 }  // namespace
 
@@ -32,16 +40,19 @@ WindowKit* Windowing::kit(std::function<void()> again) {
 std::string Windowing::obstacle() {
   if (kit_) return "";
   const auto obstacle = findObstacle();
-  return obstacle ? kCannotShow + obstacle->why : "";
+  return obstacle ? cannotShowBecause(obstacle->why, Words::source()) : "";
 }
 
 std::optional<Windowing::Obstacle> Windowing::findObstacle() {
   if (!Display::isKnown()) Display::learnFromServiceManager(sessionBus_);
   if (!Display::isKnown()) {
-    return Obstacle{"there is no display", "Start Staylit within a desktop session."};
+    // TRANSLATORS: the reasons follow "Staylit cannot show a window: "; the sentences after them
+    // are the text of the same notification.
+    return Obstacle{toBePhrased("there is no display"),
+                    toBePhrased("Start Staylit within a desktop session.")};
   }
   if (platform::moduleFile(kWindowsModule).empty()) {
-    return Obstacle{"its windows are not installed", kInstall};
+    return Obstacle{toBePhrased("its windows are not installed"), kInstall};
   }
   return std::nullopt;
 }
@@ -61,10 +72,11 @@ void Windowing::tried(const DisplayTrial::Verdict& verdict) {
     lastReason_ = verdict.reason;
   }
   if (verdict.kind == Kind::ofAnotherBuild) {
-    return cannotShow("its windows are of another version", "End Staylit and start it again.");
+    return cannotShow(toBePhrased("its windows are of another version"),
+                      toBePhrased("End Staylit and start it again."));
   }
   if (verdict.kind == Kind::notLoadable) {
-    return cannotShow("its windows do not fit this system", kInstallAnew);
+    return cannotShow(toBePhrased("its windows do not fit this system"), kInstallAnew);
   }
   // The display may belong to a desktop that has ended meanwhile.
   if (LoginSession::outlivesSessions()) {
@@ -73,9 +85,11 @@ void Windowing::tried(const DisplayTrial::Verdict& verdict) {
     Display::forget();
   }
   if (verdict.kind == Kind::silent) {
-    return cannotShow("the display does not answer", "Try again when it does.");
+    return cannotShow(toBePhrased("the display does not answer"),
+                      // TRANSLATORS: "it" is the display.
+                      toBePhrased("Try again when it does."));
   }
-  cannotShow("the display cannot be used", "See the log for the reason.");
+  cannotShow(toBePhrased("the display cannot be used"), toBePhrased("See the log for the reason."));
 }
 
 void Windowing::makeKit(const std::string& platform) {
@@ -86,7 +100,8 @@ void Windowing::makeKit(const std::string& platform) {
                           [this] { return loop_.isStopping(); }};
   // From here on a display may block the main thread.
   guard_.emplace(loop_);
-  kit_.reset(reinterpret_cast<MakeWindowKit>(function.address)(driven, platform));
+  kit_.reset(
+      reinterpret_cast<MakeWindowKit>(function.address)(driven, platform, Words::translator()));
   if (!kit_) {
     guard_.reset();
     return tried({});
@@ -96,12 +111,14 @@ void Windowing::makeKit(const std::string& platform) {
     again();
 }
 
-void Windowing::cannotShow(const std::string& why, const std::string& remedy) {
-  const std::string text = kCannotShow + why;
-  if (lastLogged_ != why) tidewell::Log::error(text + ". " + remedy);
+void Windowing::cannotShow(const char* why, const char* remedy) {
+  if (lastLogged_ != why) {
+    tidewell::Log::error(cannotShowBecause(why, Words::source()) + ". " + remedy);
+  }
   lastLogged_ = why;
   waiting_.clear();
-  showNotification(sessionBus_, {text, remedy});
+  showNotification(sessionBus_,
+                   {cannotShowBecause(why, Words::shown()), Words::shown().phrase(remedy)});
 }
 
 }  // namespace staylit

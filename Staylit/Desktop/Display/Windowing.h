@@ -39,15 +39,16 @@ class Windowing {
   std::string obstacle();
 
  private:
+  /// In the source's English.
   struct Obstacle {
-    std::string why;
-    std::string remedy;
+    const char* why;
+    const char* remedy;
   };
   std::optional<Obstacle> findObstacle();
   void tryDisplay();
   void tried(const DisplayTrial::Verdict& verdict);
   void makeKit(const std::string& platform);
-  void cannotShow(const std::string& why, const std::string& remedy);
+  void cannotShow(const char* why, const char* remedy);
 
   platform::EventLoop& loop_;
   platform::Bus& sessionBus_;

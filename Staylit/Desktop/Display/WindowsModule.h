@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "Staylit/UserInterface.h"
+#include "Tidewell/Words.h"
 
 namespace staylit {
 
@@ -45,9 +46,11 @@ class WindowKit {
 /// use. If it does not call `found`, no display can be used, and standard error says why.
 using TryDisplay = void (*)(const std::function<void(const std::string& platform)>& found);
 
-/// Makes a kit on such a platform, which the caller is to destroy. Null when the display belongs to
-/// somebody else. There is one kit in a process, and its windows are destroyed before it.
-using MakeWindowKit = WindowKit* (*)(const DrivenLoop& loop, const std::string& platform);
+/// Makes a kit on such a platform, which the caller is to destroy. Its own texts are translated by
+/// `translator`, which may be null. Null when the display belongs to somebody else. There is one
+/// kit in a process, and its windows are destroyed before it.
+using MakeWindowKit = WindowKit* (*)(const DrivenLoop& loop, const std::string& platform,
+                                     std::shared_ptr<const tidewell::Translator> translator);
 
 inline constexpr const char* kWindowsModule = "libstaylit-windows.so";
 inline constexpr const char* kTryDisplay = "staylitTryDisplay";

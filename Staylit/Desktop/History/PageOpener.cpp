@@ -17,6 +17,7 @@
 #include "Platform/Posix/Files/Descriptor.h"
 #include "Platform/Posix/Files/OwnFolder.h"
 #include "Staylit/Desktop/Session/DesktopNotification.h"
+#include "Tidewell/Words.h"
 
 namespace staylit {
 namespace {
@@ -111,7 +112,10 @@ PageOpener::Place PageOpener::place() {
     std::error_code ignored;
     std::filesystem::create_directories(parent, ignored);
   }
-  if (parent.empty()) return {{}, "there is no folder for it: this user has no home"};
+  if (parent.empty()) {
+    // TRANSLATORS: the text of the notification "The history cannot be shown"; "it" is the page.
+    return {{}, tidewell::toBePhrased("there is no folder for it: this user has no home")};
+  }
   const std::filesystem::path folder = parent / "staylit";
   const auto made = platform::OwnFolder::make(folder, platform::describeError);
   if (!made) return {{}, folder.string() + ": " + made.error};
@@ -123,7 +127,7 @@ std::string PageOpener::open(const std::filesystem::path& file) {
   const std::string path = std::filesystem::absolute(file).string();
   if (OpeningTool({"xdg-open", path}).shows()) return "";
   if (OpeningTool({"gio", "open", path}).shows()) return "";
-  return "no program here shows web pages";
+  return tidewell::toBePhrased("no program here shows web pages");
 }
 
 PageOpener::Portal PageOpener::askPortal(const std::filesystem::path& file) {
@@ -165,7 +169,10 @@ void PageOpener::portalDecided(Portal outcome) {
 }
 
 void PageOpener::notify(const std::string& why) {
-  showNotification(sessionBus_, {"The history cannot be shown", why});
+  const tidewell::Words& words = tidewell::Words::shown();
+  // TRANSLATORS: the title of a notification.
+  showNotification(sessionBus_,
+                   {words.phrase("The history cannot be shown"), words.knownPhrase(why)});
   const auto limit = loop_.scheduleRepeating(kNotification, [this] { loop_.handOver(); });
   loop_.run();
 }

@@ -6,11 +6,13 @@
 #include <QSessionManager>
 #include <QSocketNotifier>
 #include <clocale>
+#include <string_view>
 #include <utility>
 
 #include "Staylit/Desktop/Windows/Apps/AppsContent.h"
 #include "Staylit/Desktop/Windows/QtWindow.h"
 #include "Staylit/Desktop/Windows/Settings/SettingsContent.h"
+#include "Tidewell/Words.h"
 
 namespace staylit::windows {
 namespace {
@@ -32,6 +34,13 @@ std::unique_ptr<QApplication> makeApplication(int& argumentCount, char** argumen
   return application;
 }
 
+bool runsToTheLeft() {
+  // TRANSLATORS: "direction:right-to-left" for a script that runs to the left, such as Arabic, else
+  // this text as it is. It is not shown.
+  return std::string_view(tidewell::Words::shown().phrase("direction:left-to-right")) ==
+         "direction:right-to-left";
+}
+
 }  // namespace
 
 QtWindowKit::QtWindowKit(DrivenLoop loop, std::string platform)
@@ -42,6 +51,7 @@ QtWindowKit::QtWindowKit(DrivenLoop loop, std::string platform)
       application_(makeApplication(argumentCount_, arguments_.data())) {
   // The application gets no display name, because Qt would append it to every title.
   QCoreApplication::setApplicationName(QStringLiteral("Staylit"));
+  if (runsToTheLeft()) QGuiApplication::setLayoutDirection(Qt::RightToLeft);
   QGuiApplication::setDesktopFileName(QStringLiteral("com.staylit.app"));
   // Qt must not end the program when the last window closes.
   QGuiApplication::setQuitOnLastWindowClosed(false);

@@ -6,7 +6,9 @@
 #include "StaylitBuildIdentity.h"
 
 extern "C" __attribute__((visibility("default"))) staylit::WindowKit* STAYLIT_OF_THIS_BUILD(
-    staylitMakeWindowKit)(const staylit::DrivenLoop& loop, const std::string& platform) {
+    staylitMakeWindowKit)(const staylit::DrivenLoop& loop, const std::string& platform,
+                          std::shared_ptr<const tidewell::Translator> translator) {
+  tidewell::Words::setTranslator(std::move(translator));
   auto kit = std::make_unique<staylit::windows::QtWindowKit>(loop, platform);
   // Somebody else may have taken the display's address since the trial.
   return staylit::windows::isServedByStrangers() ? nullptr : kit.release();

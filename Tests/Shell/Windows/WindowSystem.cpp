@@ -11,7 +11,8 @@
 #include "StaylitBuildIdentity.h"
 
 extern "C" staylit::WindowKit* STAYLIT_OF_THIS_BUILD(staylitMakeWindowKit)(
-    const staylit::DrivenLoop& loop, const std::string& platform);
+    const staylit::DrivenLoop& loop, const std::string& platform,
+    std::shared_ptr<const tidewell::Translator> translator);
 
 namespace staylit {
 
@@ -24,7 +25,7 @@ WindowSystem& WindowSystem::shared() {
 WindowSystem::WindowSystem() : descriptor_(eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC)) {
   kit_.reset(STAYLIT_OF_THIS_BUILD(staylitMakeWindowKit)(
       {descriptor_, [this] { pump(); }, [this] { return isStopping; }},
-      qEnvironmentVariable("QT_QPA_PLATFORM").toStdString()));
+      qEnvironmentVariable("QT_QPA_PLATFORM").toStdString(), tidewell::Words::translator()));
   if (kit_) return;
   qCritical("no window kit");
   std::abort();

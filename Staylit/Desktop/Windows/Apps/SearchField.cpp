@@ -8,9 +8,12 @@
 #include "Staylit/Desktop/Windows/Parts/QtText.h"
 #include "Staylit/Desktop/Windows/Parts/Shades.h"
 #include "Staylit/Desktop/Windows/Parts/Symbols.h"
+#include "Tidewell/Words.h"
 
 namespace staylit::windows {
 namespace {
+
+using tidewell::Words;
 
 constexpr int kFieldPadding = 7;
 constexpr int kSpacing = 6;
@@ -23,7 +26,9 @@ SearchField::SearchField(const AppsView::Header& texts, QWidget* parent)
     : QWidget(parent),
       symbol_(qt(texts.searchSymbol)),
       edit_(new QLineEdit(this)),
-      clear_(new SymbolButton(qt(texts.clearSymbol), QStringLiteral("Clear search"), this)) {
+      // TRANSLATORS: the tool tip of the button that empties the search.
+      clear_(new SymbolButton(qt(texts.clearSymbol), qt(Words::shown().phrase("Clear search")),
+                              this)) {
   auto* layout = new QHBoxLayout(this);
   layout->setContentsMargins(kFieldPadding, kFieldPadding, kFieldPadding, kFieldPadding);
   layout->setSpacing(kSpacing);

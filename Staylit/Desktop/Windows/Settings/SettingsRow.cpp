@@ -6,9 +6,12 @@
 
 #include "Staylit/Desktop/Windows/Parts/QtText.h"
 #include "Staylit/Desktop/Windows/Settings/RowKinds.h"
+#include "Tidewell/Words.h"
 
 namespace staylit::windows {
 namespace {
+
+using tidewell::Words;
 
 constexpr int kRowSide = 12;
 constexpr int kRowMargin = 9;
@@ -35,7 +38,10 @@ QString described(const SettingsView::Row& row) {
   QStringList parts;
   if (!row.error.empty()) parts += qt(row.error);
   if (const auto* slider = std::get_if<SettingsView::Slider>(&row.content)) {
-    parts += QStringLiteral("From %1 to %2.").arg(qt(slider->minimumText), qt(slider->maximumText));
+    parts += qt(Words::shown().phrase(
+        // TRANSLATORS: what a screen reader says of a slider: "From 30 seconds to 10 minutes."
+        "From {lowest} to {highest}.",
+        {{"lowest", slider->minimumText}, {"highest", slider->maximumText}}));
   }
   if (!row.caption.empty()) parts += qt(row.caption);
   return parts.join(QChar(' '));
