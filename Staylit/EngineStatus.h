@@ -44,7 +44,7 @@ struct EngineStatus {
     return {Holding{std::move(names)}};
   }
   static EngineStatus winding(std::int64_t secondsLeft) { return {Winding{secondsLeft}}; }
-  static EngineStatus blocked(std::string reason) { return blocked(reason, reason); }
+  static EngineStatus blocked(const std::string& reason) { return blocked(reason, reason); }
   static EngineStatus blocked(std::string reason, std::string shownReason) {
     return {Blocked{std::move(reason), std::move(shownReason)}};
   }

@@ -108,9 +108,11 @@ bool DesktopApplication::takeLock() {
 void DesktopApplication::tellThatOneRuns(std::optional<pid_t> holder) {
   const std::string text = outOfReach(holder, Words::source());
   if (request_.isBackground) return console_.printLine(text);
+  const Words& words = Words::shown();
+  // TRANSLATORS: the full stop of your language, after a sentence that is also used without one.
+  const std::string body = words.phrase("{sentence}.", {{"sentence", outOfReach(holder, words)}});
   // TRANSLATORS: the title of a notification.
-  showNotification(sessionBus_, {Words::shown().phrase("Staylit runs already"),
-                                 outOfReach(holder, Words::shown()) + "."});
+  showNotification(sessionBus_, {words.phrase("Staylit runs already"), body});
   fail(text);
 }
 

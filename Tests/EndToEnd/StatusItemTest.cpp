@@ -240,16 +240,19 @@ TEST_F(StatusItemTest, TheOneWithoutASessionBusMayComeFirst) {
 
 TEST_F(StatusItemTest, SpeaksTheLanguageOfTheUserAndTheSourceToProgramsAndTerminals) {
   if (const auto obstacle = MadeUpLocale::obstacle()) GTEST_SKIP() << *obstacle;
-  const MadeUpLocale locale("en_GB.UTF-8");
+  const MadeUpLocale locale("de_DE.UTF-8");
   const ChildProgram staylit = start();
   showItem();
   ASSERT_TRUE(host);
-  const std::string tip = "Pick which apps may keep your computer awake";
-  EXPECT_NE(host->layout().find(tip), std::string::npos) << host->layout();
+  EXPECT_NE(host->idOf("Staylit beenden"), -1) << host->layout();
+  EXPECT_EQ(host->idOf("Quit Staylit"), -1);
   EXPECT_TRUE(eventually([this] { return !holdReason().empty(); }, 20s));
   EXPECT_EQ(holdReason(), "waiting for work to resume");
   EXPECT_EQ(wait(start({"--status"})), 0);
   EXPECT_TRUE(output().starts_with("Work stopped — releasing in ")) << output();
+  EXPECT_EQ(wait(start({"--status", "--json"})), 0);
+  EXPECT_NE(output().find("\"reason\":\"waiting for work to resume\""), std::string::npos)
+      << output();
 }
 
 TEST_F(StatusItemTest, AKilledOneLeavesNoLock) {

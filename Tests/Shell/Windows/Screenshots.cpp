@@ -2,6 +2,8 @@
 // afternoon.
 //
 //   staylit-screenshots FOLDER [light|dark] [SCALE]
+//
+// In another language by the locale of the environment.
 
 #include <QApplication>
 #include <QLineEdit>
@@ -13,6 +15,7 @@
 #include <cstdio>
 #include <string>
 
+#include "Platform/Linux/Text/GettextTranslator.h"
 #include "Staylit/AppsView.h"
 #include "Staylit/Desktop/Windows/Apps/AppsList.h"
 #include "Staylit/Desktop/Windows/Settings/Switch.h"
@@ -20,6 +23,7 @@
 #include "Tests/Fakes/FakePorts.h"
 #include "Tests/Shell/Windows/Children.h"
 #include "Tests/Shell/Windows/WindowSystem.h"
+#include "Tidewell/Words.h"
 
 namespace staylit {
 namespace {
@@ -145,6 +149,7 @@ int main(int argumentCount, char** arguments) {
   const std::string scale = argumentCount > 3 ? arguments[3] : "1";
   if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
   qputenv("QT_SCALE_FACTOR", scale.c_str());
+  tidewell::Words::setTranslator(platform::GettextTranslator::from(STAYLIT_CATALOGUES));
   staylit::WindowSystem::shared();
   QApplication::setStyle(QStyleFactory::create("Fusion"));
   QApplication::setPalette(look == "dark" ? staylit::darkPalette()
