@@ -2,6 +2,8 @@
 
 #include <QAbstractEventDispatcher>
 #include <QIcon>
+#include <QLibraryInfo>
+#include <QLocale>
 #include <QScreen>
 #include <QSessionManager>
 #include <QSocketNotifier>
@@ -24,14 +26,27 @@ Rect toRect(const QRect& rect) {
   return {{double(rect.x()), double(rect.y())}, {double(rect.width()), double(rect.height())}};
 }
 
+/// Keeps a part of the process's locale as it is, for a scope.
+class KeptLocale {
+ public:
+  explicit KeptLocale(int category) : category_(category) {
+    if (const char* current = std::setlocale(category, nullptr)) former_ = current;
+  }
+  ~KeptLocale() { std::setlocale(category_, former_.c_str()); }
+  KeptLocale(const KeptLocale&) = delete;
+  KeptLocale& operator=(const KeptLocale&) = delete;
+
+ private:
+  int category_;
+  std::string former_ = "C";
+};
+
 /// Qt sets the user's locale for the whole process. The program itself decides how numbers are read
-/// and written.
+/// and written, and the messages of the C library go to the log, which is in English.
 std::unique_ptr<QApplication> makeApplication(int& argumentCount, char** arguments) {
-  const char* current = std::setlocale(LC_NUMERIC, nullptr);
-  const std::string numbers = current ? current : "C";
-  auto application = std::make_unique<QApplication>(argumentCount, arguments);
-  std::setlocale(LC_NUMERIC, numbers.c_str());
-  return application;
+  const KeptLocale numbers(LC_NUMERIC);
+  const KeptLocale messages(LC_MESSAGES);
+  return std::make_unique<QApplication>(argumentCount, arguments);
 }
 
 bool runsToTheLeft() {
@@ -51,7 +66,7 @@ QtWindowKit::QtWindowKit(DrivenLoop loop, std::string platform)
       application_(makeApplication(argumentCount_, arguments_.data())) {
   // The application gets no display name, because Qt would append it to every title.
   QCoreApplication::setApplicationName(QStringLiteral("Staylit"));
-  if (runsToTheLeft()) QGuiApplication::setLayoutDirection(Qt::RightToLeft);
+  speakTheUsersLanguage();
   QGuiApplication::setDesktopFileName(QStringLiteral("com.staylit.app"));
   // Qt must not end the program when the last window closes.
   QGuiApplication::setQuitOnLastWindowClosed(false);
@@ -67,6 +82,17 @@ QtWindowKit::QtWindowKit(DrivenLoop loop, std::string platform)
   QGuiApplication::setWindowIcon(
       QIcon::fromTheme(QStringLiteral("com.staylit.app"),
                        QIcon(QStringLiteral(":/staylit/symbols/com.staylit.app.svg"))));
+}
+
+void QtWindowKit::speakTheUsersLanguage() {
+  // Qt has texts of its own, such as those of the search field's menu.
+  const QString folder = QLibraryInfo::path(QLibraryInfo::TranslationsPath);
+  const bool isTranslated = tidewell::Words::translator() != nullptr;
+  if (isTranslated &&
+      textsOfQt_.load(QLocale(), QStringLiteral("qtbase"), QStringLiteral("_"), folder)) {
+    QCoreApplication::installTranslator(&textsOfQt_);
+  }
+  QGuiApplication::setLayoutDirection(runsToTheLeft() ? Qt::RightToLeft : Qt::LeftToRight);
 }
 
 void QtWindowKit::run() {

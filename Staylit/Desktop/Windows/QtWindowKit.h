@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QPointer>
+#include <QTranslator>
 #include <memory>
 #include <string>
 #include <vector>
@@ -30,6 +31,7 @@ class QtWindowKit : public WindowKit {
   void activate() override;
 
  private:
+  void speakTheUsersLanguage();
   void pump() const;
 
   DrivenLoop loop_;
@@ -38,6 +40,7 @@ class QtWindowKit : public WindowKit {
   std::vector<char*> arguments_;
   int argumentCount_;
   std::unique_ptr<QApplication> application_;
+  QTranslator textsOfQt_;
   QPointer<FixedWindow> key_;
 };
 

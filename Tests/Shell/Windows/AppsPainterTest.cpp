@@ -150,6 +150,31 @@ TEST_F(AppsPainterTest, DrawsTheMoveSymbolOnTheRight) {
   EXPECT_LT(symbol->right(), kWide - kMoveRight);
 }
 
+TEST_F(AppsPainterTest, MirrorsALineWhereTheScriptRunsToTheLeft) {
+  option.direction = Qt::RightToLeft;
+  const QImage plain = drawnEntry(entry("make"));
+  AppsView::Entry build = entry("make");
+  build.symbol = "hammer";
+  const auto symbol = difference(drawnEntry(build), plain);
+  ASSERT_TRUE(symbol);
+  EXPECT_GE(symbol->left(), kWide - kTextsLeft);
+  AppsView::Section ignored = section({entry("make")});
+  ignored.moveSymbol = "arrow.up.circle";
+  const auto move = difference(drawn({ignored}, 1), plain);
+  ASSERT_TRUE(move);
+  EXPECT_LT(move->right(), kMoveRight + kMoveWide);
+  AppsView::Entry working = entry("make");
+  working.isWorking = true;
+  const auto dot = difference(drawnEntry(working), plain);
+  ASSERT_TRUE(dot);
+  EXPECT_LT(dot->right(), kWide - kTextsLeft);
+  EXPECT_GT(dot->left(), kWide / 2) << "beside the name, which begins on the right";
+  const auto badge = difference(drawnHeading(0), drawnHeading(1));
+  ASSERT_TRUE(badge);
+  EXPECT_LT(badge->right(), kWide - kTextsLeft);
+  EXPECT_GT(badge->left(), kWide / 4);
+}
+
 TEST_F(AppsPainterTest, TellsTheMoveSymbolFromTheSymbolOfDownloads) {
   AppsView::Entry download = entry("curl");
   download.symbol = "arrow.down.circle";

@@ -3,6 +3,7 @@
 #include <QScrollBar>
 #include <QWheelEvent>
 #include <algorithm>
+#include <set>
 
 #include "Staylit/Desktop/Windows/Parts/Card.h"
 #include "Staylit/Desktop/Windows/Parts/TextLabel.h"
@@ -66,6 +67,11 @@ class SettingsWindowTest : public WindowsTest {
     fakes.scripts.nextOutcomes.push_back(approved ? FakePrivilegedScripts::Outcome{}
                                                   : FakePrivilegedScripts::declined());
   }
+  /// Where the first letter of a line stands.
+  int startOf(const QWidget& label) const {
+    const bool isOnTheRight = label.layoutDirection() == Qt::RightToLeft;
+    return label.mapTo(widget, QPoint(isOnTheRight ? label.width() : 0, 0)).x();
+  }
   static std::string spoken(QWidget& control, QAccessible::Text kind) {
     return QAccessible::queryAccessibleInterface(&control)->text(kind).toStdString();
   }
@@ -92,6 +98,21 @@ TEST_F(SettingsWindowTest, LeavesRoomBetweenTheCardsAndTheScrollBar) {
       EXPECT_LE(right, bar->mapTo(widget, QPoint(0, 0)).x());
     }
   }
+}
+
+TEST_F(SettingsWindowTest, BeginsAllTextsOnOneEdgeAlsoWhereTheScriptRunsToTheLeft) {
+  for (const Qt::LayoutDirection direction : {Qt::LeftToRight, Qt::RightToLeft}) {
+    QGuiApplication::setLayoutDirection(direction);
+    open();
+    std::set<int> edges;
+    for (const Control control : {Control::grace, Control::keepScreenOn}) {
+      for (const auto* label : childrenOf<windows::TextLabel>(*form().row(control))) {
+        if (label->isVisible()) edges.insert(startOf(*label));
+      }
+    }
+    EXPECT_EQ(edges.size(), 1U) << "in direction " << direction;
+  }
+  QGuiApplication::setLayoutDirection(Qt::LeftToRight);
 }
 
 TEST_F(SettingsWindowTest, EscapeAndControlWCloseIt) {

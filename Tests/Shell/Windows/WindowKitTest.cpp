@@ -133,8 +133,9 @@ TEST_F(WindowKitTest, ActivatesNothingWhenTheWindowIsGone) {
 
 // The process.
 
-TEST_F(WindowKitTest, LeavesAloneHowTheProgramReadsNumbers) {
+TEST_F(WindowKitTest, LeavesAloneHowTheProgramReadsNumbersAndWordsErrors) {
   EXPECT_STREQ(std::setlocale(LC_NUMERIC, nullptr), "C");
+  EXPECT_STREQ(std::setlocale(LC_MESSAGES, nullptr), "C");
 }
 
 TEST_F(WindowKitTest, NamesTheApplicationAsTheDesktopKnowsIt) {

@@ -41,7 +41,10 @@ ToggleRow::ToggleRow(const SettingsView::Row& row, SetOn setOn, QWidget* parent)
 void ToggleRow::reachIntoMargins(bool hasNotes) {
   // The margins give room to the switch's ring, so that rows of all kinds have the same
   // spacing.
-  QMargins margins = column().contentsMargins() - QMargins(0, Switch::kRing, Switch::kRing, 0);
+  const bool isSwitchOnTheLeft = layoutDirection() == Qt::RightToLeft;
+  const QMargins ring(isSwitchOnTheLeft ? Switch::kRing : 0, Switch::kRing,
+                      isSwitchOnTheLeft ? 0 : Switch::kRing, 0);
+  QMargins margins = column().contentsMargins() - ring;
   if (!hasNotes) margins.setBottom(margins.bottom() - Switch::kRing);
   column().setContentsMargins(margins);
   column().setSpacing(column().spacing() - Switch::kRing);
