@@ -41,6 +41,7 @@ AppsLine entryLineOf(const AppsView::Section& section, std::size_t number,
   line.isWorking = entry.isWorking;
   line.moveSymbol = section.moveSymbol;
   line.moveHint = section.moveHint;
+  line.spokenState = section.spokenState;
   return line;
 }
 
@@ -72,8 +73,9 @@ bool AppsLine::standsForSameAs(const AppsLine& other) const {
 }
 
 std::string AppsLine::spokenName() const {
+  const std::string name = spokenState.empty() ? text : text + ", " + spokenState;
   // TRANSLATORS: what a screen reader says of an application that works at the moment.
-  return isWorking ? tidewell::Words::shown().phrase("{app}, working now", {{"app", text}}) : text;
+  return isWorking ? tidewell::Words::shown().phrase("{app}, working now", {{"app", name}}) : name;
 }
 
 std::string AppsLine::spoken() const {

@@ -27,12 +27,13 @@ struct AppsLine {
   bool isWorking = false;
   std::string moveSymbol;
   std::string moveHint;
+  std::string spokenState;  ///< What its list means, for a screen reader.
 
   /// Whether both lines stand for the same application, heading or empty text, even where they read
   /// differently.
   [[nodiscard]] bool standsForSameAs(const AppsLine& other) const;
 
-  /// An application's name and whether it works, for a screen reader.
+  /// An application's name, its list and whether it works, for a screen reader.
   [[nodiscard]] std::string spokenName() const;
 
   /// All that an application's line shows, for a screen reader.

@@ -129,12 +129,16 @@ std::vector<AppsView::Section> AppsView::sections() const {
        words.phrase("Nothing is being watched — your Mac will sleep normally."),
        "arrow.down.circle",
        // TRANSLATORS: the tool tip of an application: what a click does.
-       words.phrase("Stop staying awake for this"), watched()},
+       words.phrase("Stop staying awake for this"), watched(),
+       // TRANSLATORS: a screen reader says this after the name of one application.
+       words.phrase("watching")},
       {// TRANSLATORS: a heading; below it stand the applications that Staylit ignores.
        words.phrase("Not watching"),
        // TRANSLATORS: below the heading "Not watching"; "they" are applications.
        words.phrase("Ignored, however busy they get"), "moon.zzz", words.phrase("Nothing ignored."),
-       "arrow.up.circle", words.phrase("Stay awake for this again"), ignored()}};
+       "arrow.up.circle", words.phrase("Stay awake for this again"), ignored(),
+       // TRANSLATORS: a screen reader says this after the name of one application.
+       words.phrase("not watching")}};
 }
 
 AppsView::Footer AppsView::footer() const {

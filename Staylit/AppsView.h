@@ -44,6 +44,7 @@ class AppsView {
     std::string_view moveSymbol;
     std::string_view moveHint;
     std::vector<Entry> entries;
+    std::string_view spokenState{};  ///< What a screen reader says of each application.
   };
 
   struct Footer {

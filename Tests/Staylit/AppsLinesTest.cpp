@@ -150,6 +150,16 @@ TEST(AppsLines, AreSpokenWithEverythingThatTheyShow) {
   EXPECT_EQ(table.rows[2].spoken(), "The b");
 }
 
+TEST(AppsLines, AreSpokenWithTheirList) {
+  auto sections = lists({working("a")}, {app("b")});
+  sections[0].spokenState = "awake";
+  sections[1].spokenState = "asleep";
+  Table table;
+  table.show(sections);
+  EXPECT_EQ(table.rows[1].spokenName(), "The a, awake, working now");
+  EXPECT_EQ(table.rows[3].spoken(), "The b, asleep");
+}
+
 // Steps.
 
 TEST(AppsLines, TakeNoStepWhenNothingChanged) {

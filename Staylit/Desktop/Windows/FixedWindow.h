@@ -3,6 +3,7 @@
 #include <QWidget>
 #include <functional>
 
+#include "Staylit/Desktop/Windows/Parts/Spoken.h"
 #include "Staylit/UserInterface.h"
 
 namespace staylit::windows {
@@ -13,7 +14,7 @@ QSize fittingSize(QSize wanted, QSize room);
 
 /// A window with a title and a close button, of one size. Escape and Ctrl+W close it; closing only
 /// hides it.
-class FixedWindow : public QWidget {
+class FixedWindow : public QWidget, public Spoken {
  public:
   explicit FixedWindow(const WindowStyle& style);
 
@@ -23,6 +24,8 @@ class FixedWindow : public QWidget {
   /// `onEscape` is called when the user presses Escape. When it returns true, it has undone
   /// something smaller, and the window stays open.
   void setOnEscape(std::function<bool()> onEscape) { onEscape_ = std::move(onEscape); }
+
+  [[nodiscard]] QAccessible::Role spokenRole() const override { return QAccessible::Window; }
 
  protected:
   void keyPressEvent(QKeyEvent* event) override;

@@ -64,6 +64,7 @@ QtWindowKit::QtWindowKit(DrivenLoop loop, std::string platform)
       arguments_{programName, platformOption, platform_.data(), nullptr},
       argumentCount_(static_cast<int>(arguments_.size()) - 1),
       application_(makeApplication(argumentCount_, arguments_.data())) {
+  Spoken::install();
   // The application gets no display name, because Qt would append it to every title.
   QCoreApplication::setApplicationName(QStringLiteral("Staylit"));
   speakTheUsersLanguage();

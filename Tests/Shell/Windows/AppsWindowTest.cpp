@@ -414,7 +414,7 @@ TEST_F(AppsWindowTest, ReturnPressesTheButtonThatHasTheKeyboard) {
 TEST_F(AppsWindowTest, ShowsWhatWorksAtTheTopAsItHappens) {
   work({busy("com.apple.dt.Xcode", "Xcode", 320)});
   EXPECT_EQ(rows().front(), "com.apple.dt.Xcode");
-  EXPECT_EQ(spoken(1), "Xcode, working now");
+  EXPECT_EQ(spoken(1), "Xcode, watching, working now");
   EXPECT_EQ(spoken(1, Qt::AccessibleDescriptionRole), "320% CPU. Stop staying awake for this");
   work({});
   EXPECT_EQ(rows().back(), "com.apple.dt.Xcode");
@@ -552,7 +552,7 @@ TEST_F(AppsWindowTest, AScreenReaderReadsTheRowsThroughTheList) {
   QAccessibleInterface* interface = QAccessible::queryAccessibleInterface(&list());
   ASSERT_NE(interface, nullptr);
   ASSERT_GT(interface->childCount(), 1);
-  EXPECT_EQ(interface->child(1)->text(QAccessible::Name), "make, working now");
+  EXPECT_EQ(interface->child(1)->text(QAccessible::Name), "make, watching, working now");
 }
 
 }  // namespace

@@ -44,7 +44,11 @@ AppsContent::AppsContent(AppsView& view, QWidget* parent)
   layout->addWidget(new Divider(this));
   layout->addWidget(list_, 1);
   layout->addWidget(new Divider(this));
-  layout->addWidget(makeFooter());
+  QWidget* footer = makeFooter();
+  layout->addWidget(footer);
+  // Screen readers meet the widgets in the order in which they were raised.
+  list_->raise();
+  footer->raise();
   setTabOrder(&search_->edit(), list_);
   setTabOrder(list_, footerButton_);
   search_->edit().setText(qt(view_.search()));
@@ -56,7 +60,7 @@ AppsContent::AppsContent(AppsView& view, QWidget* parent)
 QWidget* AppsContent::makeHeader() {
   const AppsView::Header texts = view_.header();
   auto* header = new QWidget(this);
-  auto* title = new TextLabel(TextStyle::headline, Tone::primary, Ground::window, header);
+  auto* title = new Heading(header);
   title->setText(qt(texts.title));
   auto* subtitle = new TextLabel(TextStyle::caption, Tone::secondary, Ground::window, header);
   subtitle->setText(qt(texts.subtitle));
@@ -90,15 +94,14 @@ void AppsContent::connectControls() {
   connect(&edit, &QLineEdit::textChanged, this, [this](const QString& text) {
     view_.setSearch(text.toStdString());
     refresh();
+    Announcer::of(*this).sayLater(list_->apps().spokenCounts());
   });
   edit.installEventFilter(this);
-  list_->setOnChoose([this](const std::string& id) {
-    view_.move(id);
-    refresh();
-  });
+  list_->setOnChoose([this](const std::string& id) { move(id); });
   connect(footerButton_, &QPushButton::clicked, this, [this] {
     view_.watchEverything();
     refresh();
+    Announcer::of(*this).say(footerText_->text());
   });
   connect(new QShortcut(QKeySequence::Find, this), &QShortcut::activated, this, [this] {
     search_->edit().setFocus(Qt::ShortcutFocusReason);
@@ -107,6 +110,22 @@ void AppsContent::connectControls() {
   subscription_ = view_.observe([this] {
     if (isVisible()) refresh();
   });
+}
+
+/// The row goes, and the keyboard goes on from where it was. So a screen reader is told where the
+/// row is now.
+void AppsContent::move(const std::string& id) {
+  AppsLine line = list_->apps().line(list_->apps().indexOf(id));
+  view_.move(id);
+  refresh();
+  const QModelIndex now = list_->apps().indexOf(id);
+  if (now.isValid()) {
+    line = list_->apps().line(now);
+  } else {
+    // It is watched again, but nothing is known of it.
+    line.spokenState = view_.sections().front().spokenState;
+  }
+  Announcer::of(*this).say(qt(line.spokenName()));
 }
 
 bool AppsContent::clearSearch() {

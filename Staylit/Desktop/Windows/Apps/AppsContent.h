@@ -28,6 +28,7 @@ class AppsContent : public QWidget {
   QWidget* makeFooter();
   void connectControls();
   void refresh();
+  void move(const std::string& id);
 
   AppsView& view_;
   SearchField* search_;

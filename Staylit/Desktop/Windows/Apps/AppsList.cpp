@@ -1,9 +1,11 @@
 #include "Staylit/Desktop/Windows/Apps/AppsList.h"
 
+#include <QAccessible>
 #include <QFocusEvent>
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QScrollBar>
+#include <QTimer>
 #include <algorithm>
 
 namespace staylit::windows {
@@ -210,6 +212,15 @@ void AppsList::focusInEvent(QFocusEvent* event) {
       usesKeyboard_ = true;
   }
   if (usesKeyboard_ && !model_->isEntry(currentIndex())) putKeyboardOnFirst();
+  // Qt tells screen readers of the list after this event, so they are told of the row later.
+  QTimer::singleShot(0, this, [this] { tellOfKeyboard(); });
+}
+
+void AppsList::tellOfKeyboard() {
+  if (!hasFocus() || !model_->isEntry(currentIndex())) return;
+  QAccessibleEvent event(this, QAccessible::Focus);
+  event.setChild(currentIndex().row());
+  QAccessible::updateAccessibility(&event);
 }
 
 void AppsList::paintEvent(QPaintEvent* event) {

@@ -60,6 +60,8 @@ class AppsList : public QListView {
   [[nodiscard]] AppsAnchors visibleApplications() const;
   void scrollBackTo(const AppsAnchors& anchors);
   void takeKeyboardOffHeading();
+  /// Screen readers are told on which application the keyboard is.
+  void tellOfKeyboard();
   /// The application about one page below the keyboard's; above it for a `direction` of -1.
   [[nodiscard]] QModelIndex entryOnePageAway(int direction) const;
   void choose(const QModelIndex& index);

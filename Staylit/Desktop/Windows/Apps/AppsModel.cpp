@@ -1,5 +1,7 @@
 #include "Staylit/Desktop/Windows/Apps/AppsModel.h"
 
+#include <QStringList>
+
 #include "Staylit/Desktop/Windows/Parts/QtText.h"
 
 namespace staylit::windows {
@@ -71,6 +73,14 @@ bool AppsModel::isEntry(const QModelIndex& index) const {
 QModelIndex AppsModel::indexOf(const std::string& id) const {
   const auto row = lines_.rowOf(id);
   return row ? index(static_cast<int>(*row)) : QModelIndex();
+}
+
+QString AppsModel::spokenCounts() const {
+  QStringList counts;
+  for (const AppsLine& line : lines_.lines()) {
+    if (line.kind == Kind::heading) counts.append(spoken(line));
+  }
+  return counts.join(QStringLiteral(". "));
 }
 
 QModelIndex AppsModel::nextEntry(int row, int step) const {

@@ -26,6 +26,9 @@ class AppsModel : public QAbstractListModel {
   [[nodiscard]] QModelIndex indexOf(const std::string& id) const;
   [[nodiscard]] const AppsLines& lines() const { return lines_; }
 
+  /// How many applications each list has, for screen readers.
+  [[nodiscard]] QString spokenCounts() const;
+
   /// The first application from `row` on, in steps of 1 or -1; invalid when there is none.
   [[nodiscard]] QModelIndex nextEntry(int row, int step) const;
 

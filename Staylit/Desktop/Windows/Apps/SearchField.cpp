@@ -7,6 +7,7 @@
 
 #include "Staylit/Desktop/Windows/Parts/QtText.h"
 #include "Staylit/Desktop/Windows/Parts/Shades.h"
+#include "Staylit/Desktop/Windows/Parts/Spoken.h"
 #include "Staylit/Desktop/Windows/Parts/Symbols.h"
 #include "Tidewell/Words.h"
 
@@ -40,7 +41,8 @@ SearchField::SearchField(const AppsView::Header& texts, QWidget* parent)
   edit_->setFrame(false);
   // The line edit draws its caret on the first letter; the thin space keeps them apart.
   edit_->setPlaceholderText(QChar(0x2009) + qt(texts.searchPlaceholder));
-  edit_->setAccessibleName(qt(texts.searchPlaceholder));
+  // Without a description, screen readers would be told of the placeholder, which is the name.
+  describe(*edit_, qt(texts.searchPlaceholder), qt(texts.subtitle));
   edit_->installEventFilter(this);
   followPalette();
   setCursor(Qt::IBeamCursor);

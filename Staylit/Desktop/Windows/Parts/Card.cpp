@@ -22,6 +22,10 @@ void Card::add(QWidget* row) {
   column_->addWidget(row);
 }
 
+QAccessible::Role Card::spokenRole() const {
+  return accessibleName().isEmpty() ? QAccessible::Client : QAccessible::Grouping;
+}
+
 void Card::paintEvent(QPaintEvent*) {
   QPainter painter(this);
   painter.setRenderHint(QPainter::Antialiasing);

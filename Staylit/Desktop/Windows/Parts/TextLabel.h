@@ -3,6 +3,7 @@
 #include <QLabel>
 
 #include "Staylit/Desktop/Windows/Parts/Shades.h"
+#include "Staylit/Desktop/Windows/Parts/Spoken.h"
 
 namespace staylit::windows {
 
@@ -30,6 +31,16 @@ class TextLabel : public QLabel {
   TextStyle style_;
   Tone tone_;
   Ground ground_;
+};
+
+/// The title of a window or of a group, which screen readers know as a heading.
+class Heading : public TextLabel, public Spoken {
+ public:
+  explicit Heading(QWidget* parent)
+      : TextLabel(TextStyle::headline, Tone::primary, Ground::window, parent) {}
+
+  [[nodiscard]] QAccessible::Role spokenRole() const override { return QAccessible::Heading; }
+  [[nodiscard]] QString spokenName() const override { return text(); }
 };
 
 }  // namespace staylit::windows

@@ -9,27 +9,26 @@
 namespace staylit::windows {
 
 SliderRow::SliderRow(const SettingsView::Row& row, SetValue setValue, QWidget* parent)
-    : SettingsRow(row, parent),
-      label_(new TextLabel(TextStyle::body, Tone::primary, Ground::card, this)),
-      slider_(new StepSlider(this)) {
-  column().addWidget(label_);
+    : SettingsRow(row, parent), slider_(new StepSlider(this)) {
+  column().addWidget(label());
   column().addWidget(slider_);
   addNotes();
-  slider_->setOnChange(
-      [control = row.control, set = std::move(setValue)](int value) { set(control, value); });
+  slider_->setOnChange([this, control = row.control, set = std::move(setValue)](int value) {
+    set(control, value);
+    Announcer::of(*this).sayLater(words_);
+  });
 }
 
 void SliderRow::showContent(const SettingsView::Row& row) {
-  label_->setText(qt(row.label));
-  slider_->show(std::get<SettingsView::Slider>(row.content));
+  const auto& slider = std::get<SettingsView::Slider>(row.content);
+  words_ = qt(slider.text);
+  slider_->show(slider);
 }
 
 ToggleRow::ToggleRow(const SettingsView::Row& row, SetOn setOn, QWidget* parent)
-    : SettingsRow(row, parent),
-      label_(new TextLabel(TextStyle::body, Tone::primary, Ground::card, this)),
-      switch_(new Switch(this)) {
+    : SettingsRow(row, parent), switch_(new Switch(this)) {
   auto* line = new QHBoxLayout;
-  line->addWidget(label_, 1);
+  line->addWidget(label(), 1);
   line->addWidget(switch_);
   column().addLayout(line);
   addNotes();
@@ -51,7 +50,6 @@ void ToggleRow::reachIntoMargins(bool hasNotes) {
 }
 
 void ToggleRow::showContent(const SettingsView::Row& row) {
-  label_->setText(qt(row.label));
   switch_->setChecked(std::get<SettingsView::Toggle>(row.content).isOn);
 }
 
@@ -67,10 +65,9 @@ void ToggleRow::mouseReleaseEvent(QMouseEvent* event) {
 
 ValueRow::ValueRow(const SettingsView::Row& row, QWidget* parent)
     : SettingsRow(row, parent),
-      label_(new TextLabel(TextStyle::body, Tone::primary, Ground::card, this)),
       value_(new TextLabel(TextStyle::body, Tone::secondary, Ground::card, this)) {
   auto* line = new QHBoxLayout;
-  line->addWidget(label_);
+  line->addWidget(label());
   line->addStretch();
   line->addWidget(value_);
   column().addLayout(line);
@@ -78,11 +75,20 @@ ValueRow::ValueRow(const SettingsView::Row& row, QWidget* parent)
 }
 
 void ValueRow::showContent(const SettingsView::Row& row) {
-  label_->setText(qt(row.label));
-  const QString value = qt(std::get<SettingsView::Value>(row.content).text);
-  value_->setText(value);
+  value_->setText(qt(std::get<SettingsView::Value>(row.content).text));
+}
+
+bool ValueRow::speaksOf(const QWidget& child) const {
+  return &child == caption() || SettingsRow::speaksOf(child);
+}
+
+QString ValueRow::focusDescription(const SettingsView::Row&) const {
+  return {};
+}
+
+QString ValueRow::focusName(const SettingsView::Row& row) const {
   // A screen reader reads each label alone, and a value means nothing without its name.
-  value_->setAccessibleName(QStringLiteral("%1: %2").arg(qt(row.label), value));
+  return QStringLiteral("%1: %2").arg(qt(row.label), value_->text());
 }
 
 }  // namespace staylit::windows

@@ -18,8 +18,8 @@ class SliderRow : public SettingsRow {
   QWidget* focus() override { return slider_; }
 
  private:
-  TextLabel* label_;
   StepSlider* slider_;
+  QString words_;  ///< The value.
 };
 
 /// A label and a switch; a click on either flips it.
@@ -38,7 +38,6 @@ class ToggleRow : public SettingsRow {
  private:
   void reachIntoMargins(bool hasNotes);
 
-  TextLabel* label_;
   Switch* switch_;
 };
 
@@ -47,12 +46,16 @@ class ValueRow : public SettingsRow {
  public:
   ValueRow(const SettingsView::Row& row, QWidget* parent);
 
+  /// Also of the caption: nothing here gets the keyboard, so no description would be read.
+  [[nodiscard]] bool speaksOf(const QWidget& child) const override;
+
  protected:
   void showContent(const SettingsView::Row& row) override;
-  QWidget* focus() override { return this; }
+  QWidget* focus() override { return value_; }
+  [[nodiscard]] QString focusName(const SettingsView::Row& row) const override;
+  [[nodiscard]] QString focusDescription(const SettingsView::Row& row) const override;
 
  private:
-  TextLabel* label_;
   TextLabel* value_;
 };
 

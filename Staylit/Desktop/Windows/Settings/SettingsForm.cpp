@@ -61,7 +61,7 @@ void SettingsForm::build(const std::vector<SettingsView::Section>& sections) {
 void SettingsForm::addSection(const SettingsView::Section& section) {
   if (column_->count() > 0) column_->addSpacing(kSectionGap);
   if (!section.title.empty()) {
-    auto* title = new TextLabel(TextStyle::headline, Tone::primary, Ground::window, this);
+    auto* title = new Heading(this);
     title->setText(qt(section.title));
     column_->addWidget(title);
     column_->addSpacing(kTitleGap);

@@ -1,6 +1,5 @@
 #include "Staylit/Desktop/Windows/Settings/SettingsRow.h"
 
-#include <QAccessible>
 #include <QStringList>
 #include <utility>
 
@@ -32,21 +31,6 @@ void showNote(TextLabel& note, const QString& text) {
   note.setVisible(!text.isEmpty());
 }
 
-/// What a screen reader says of a row after its label: the error, how far a slider goes, the
-/// caption.
-QString described(const SettingsView::Row& row) {
-  QStringList parts;
-  if (!row.error.empty()) parts += qt(row.error);
-  if (const auto* slider = std::get_if<SettingsView::Slider>(&row.content)) {
-    parts += qt(Words::shown().phrase(
-        // TRANSLATORS: what a screen reader says of a slider: "From 30 seconds to 10 minutes."
-        "From {lowest} to {highest}.",
-        {{"lowest", slider->minimumText}, {"highest", slider->maximumText}}));
-  }
-  if (!row.caption.empty()) parts += qt(row.caption);
-  return parts.join(QChar(' '));
-}
-
 }  // namespace
 
 SettingsRow* SettingsRow::make(const SettingsView::Row& row, Actions actions, QWidget* parent) {
@@ -66,6 +50,7 @@ SettingsRow::SettingsRow(const SettingsView::Row& row, QWidget* parent)
     : QWidget(parent),
       control_(row.control),
       column_(new QVBoxLayout(this)),
+      label_(new TextLabel(TextStyle::body, Tone::primary, Ground::card, this)),
       error_(makeNote(Tone::error, this)),
       caption_(makeNote(Tone::secondary, this)) {
   column_->setContentsMargins(kRowSide, kRowMargin, kRowSide, kRowMargin);
@@ -75,23 +60,45 @@ SettingsRow::SettingsRow(const SettingsView::Row& row, QWidget* parent)
 void SettingsRow::addNotes() {
   column_->addWidget(error_);
   column_->addWidget(caption_);
+  // Screen readers meet the widgets in the order in which they were raised.
+  caption_->raise();
 }
 
 void SettingsRow::show(const SettingsView::Row& row) {
+  label_->setText(qt(row.label));
   showContent(row);
   showNote(*caption_, qt(row.caption));
   showError(qt(row.error));
-  focus()->setAccessibleName(qt(row.label));
-  focus()->setAccessibleDescription(described(row));
+  describe(*focus(), focusName(row), focusDescription(row));
+}
+
+bool SettingsRow::speaksOf(const QWidget& child) const {
+  return &child != label_ && &child != error_ && &child != caption_;
+}
+
+QString SettingsRow::focusName(const SettingsView::Row& row) const {
+  return qt(row.label);
+}
+
+/// The error, how far a slider goes, the caption.
+QString SettingsRow::focusDescription(const SettingsView::Row& row) const {
+  QStringList parts;
+  if (!row.error.empty()) parts += qt(row.error);
+  if (const auto* slider = std::get_if<SettingsView::Slider>(&row.content)) {
+    parts += qt(Words::shown().phrase(
+        // TRANSLATORS: what a screen reader says of a slider: "From 30 seconds to 10 minutes."
+        "From {lowest} to {highest}.",
+        {{"lowest", slider->minimumText}, {"highest", slider->maximumText}}));
+  }
+  if (!row.caption.empty()) parts += qt(row.caption);
+  return parts.join(QChar(' '));
 }
 
 void SettingsRow::showError(const QString& text) {
   const bool isNew = !text.isEmpty() && text != error_->text();
   showNote(*error_, text);
   if (!isNew) return;
-  // The keyboard is elsewhere, so without this event a screen reader would not read the error.
-  QAccessibleEvent alert(error_, QAccessible::Alert);
-  QAccessible::updateAccessibility(&alert);
+  Announcer::of(*this).say(text);
 }
 
 }  // namespace staylit::windows

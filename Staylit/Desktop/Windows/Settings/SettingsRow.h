@@ -10,7 +10,7 @@
 namespace staylit::windows {
 
 /// One row of the Settings window: a labelled control, an error if there is one, and a caption.
-class SettingsRow : public QWidget {
+class SettingsRow : public QWidget, public Spoken {
  public:
   /// The functions through which a row hands the user's actions back.
   struct Actions {
@@ -26,14 +26,22 @@ class SettingsRow : public QWidget {
 
   [[nodiscard]] SettingsView::Control control() const { return control_; }
 
+  [[nodiscard]] QAccessible::Role spokenRole() const override { return QAccessible::Client; }
+  /// Of the control alone, whose name and description say what the texts say.
+  [[nodiscard]] bool speaksOf(const QWidget& child) const override;
+
  protected:
   SettingsRow(const SettingsView::Row& row, QWidget* parent);
 
   virtual void showContent(const SettingsView::Row& row) = 0;
-  /// The widget that a screen reader reads for the row.
+  /// The widget that a screen reader reads for the row, and how it is named and described.
   virtual QWidget* focus() = 0;
+  [[nodiscard]] virtual QString focusName(const SettingsView::Row& row) const;
+  [[nodiscard]] virtual QString focusDescription(const SettingsView::Row& row) const;
 
   QVBoxLayout& column() { return *column_; }
+  [[nodiscard]] TextLabel* label() const { return label_; }
+  [[nodiscard]] const TextLabel* caption() const { return caption_; }
   /// Adds the error and the caption, which are the last two lines of the column.
   void addNotes();
 
@@ -42,6 +50,7 @@ class SettingsRow : public QWidget {
 
   SettingsView::Control control_;
   QVBoxLayout* column_;
+  TextLabel* label_;
   TextLabel* error_;
   TextLabel* caption_;
 };
