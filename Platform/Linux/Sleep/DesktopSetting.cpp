@@ -84,4 +84,9 @@ std::optional<std::int64_t> readXfceSetting(Bus& sessionBus, const std::string& 
   return std::nullopt;
 }
 
+bool isNeverForXfce(std::int64_t minutes) {
+  // Older versions write 14, newer ones 0; so is one that was never set.
+  return minutes == 0 || minutes == 14;
+}
+
 }  // namespace platform

@@ -40,5 +40,7 @@ std::optional<std::string> parseSettingText(std::string_view printed);
 /// A number or a truth value of XFCE's power manager, from the service that keeps XFCE's settings;
 /// 0 for one that was never set. Absent when that service cannot be asked. One bounded call.
 std::optional<std::int64_t> readXfceSetting(Bus& sessionBus, const std::string& key);
+/// Whether such a number of minutes means "never".
+bool isNeverForXfce(std::int64_t minutes);
 
 }  // namespace platform

@@ -28,6 +28,9 @@ inline constexpr std::uint32_t kInhibitsIdle = 8;
 inline constexpr const char* kPowerManagement = "org.freedesktop.PowerManagement";
 inline constexpr const char* kScreenSaver = "org.freedesktop.ScreenSaver";
 
+/// XFCE alone.
+inline constexpr const char* kXfcePowerManager = "org.xfce.PowerManager";
+
 /// KDE alone.
 inline constexpr const char* kSolid = "org.kde.Solid.PowerManagement";
 inline constexpr const char* kPolicyAgent = "org.kde.Solid.PowerManagement.PolicyAgent";

@@ -113,8 +113,7 @@ SleepDecider xfceDecider(Bus& sessionBus, bool isOnAC) {
   const std::string key = isOnAC ? "inactivity-on-ac" : "inactivity-on-battery";
   const auto minutes = readXfceSetting(sessionBus, key);
   if (!minutes) return decider;
-  // Older versions write 14 for "never", newer ones 0; so is one that was never set.
-  const bool isNever = *minutes == 0 || *minutes == 14;
+  const bool isNever = isNeverForXfce(*minutes);
   decider.action = isNever ? Action::nothing : Action::sleeps;
   decider.setting = key + (isNever ? " is \"never\"" : " is " + std::to_string(*minutes));
   if (!isNever) decider.after = Seconds(60.0 * static_cast<double>(*minutes));
@@ -159,7 +158,8 @@ MachineSleep findSleepDeciders(Bus& systemBus, Bus& sessionBus, tidewell::TaskLa
     machine.deciders.push_back(settingsDecider(manager, isOnAC, settings));
   }
   if (isThere(services::kSolid)) machine.deciders.push_back(kdeDecider());
-  if (isThere("org.xfce.PowerManager")) machine.deciders.push_back(xfceDecider(sessionBus, isOnAC));
+  if (isThere(services::kXfcePowerManager))
+    machine.deciders.push_back(xfceDecider(sessionBus, isOnAC));
   // LXQt's watcher asks nobody, and has no name.
   if (desktopName().find("LXQt") != std::string::npos) {
     machine.deciders.push_back({"LXQt's idleness watcher", Action::unknown, std::nullopt, "", {}});

@@ -22,9 +22,11 @@ constexpr tidewell::Seconds kTolerance{0.25};
 }  // namespace
 
 SleepInhibitors::SleepInhibitors(Bus& systemBus, Bus& sessionBus, tidewell::MainLoop& loop,
-                                 SleepAssertion::Now now)
-    : loop_(loop),
+                                 SleepAssertion::Now now, FindXServer findXServer)
+    : sessionBus_(sessionBus),
+      loop_(loop),
       now_(std::move(now)),
+      findXServer_(std::move(findXServer)),
       services_(systemBus, sessionBus,
                 [this](InhibitMechanism* mechanism, bool present) {
                   serviceChanged(mechanism, present);
@@ -102,6 +104,7 @@ void SleepInhibitors::releaseAssertion(std::uint32_t id) {
   if (found == live_.end()) return;
   if (found->second.recordedId != 0) recorded_.releaseAssertion(found->second.recordedId);
   live_.erase(found);
+  if (live_.empty()) restartXfceIdleTime(sessionBus_, findXServer_);
   attendLater();
 }
 

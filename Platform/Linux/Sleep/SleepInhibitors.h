@@ -12,6 +12,7 @@
 #include "Platform/Linux/Sleep/ReadBack.h"
 #include "Platform/Linux/Sleep/SleepAssertion.h"
 #include "Platform/Linux/Sleep/SleepServices.h"
+#include "Platform/Linux/Sleep/XfceIdleTime.h"
 #include "Platform/Linux/Time/BootTime.h"
 #include "Platform/Recorded/RecordedPowerManagement.h"
 #include "Tidewell/Ports/MainLoop.h"
@@ -32,8 +33,10 @@ namespace platform {
 class SleepInhibitors : public tidewell::PowerManagement {
  public:
   /// The buses and `loop` must outlive this object. `now` is the clock of the pauses and retries.
+  /// `findXServer` serves the end of the last hold on XFCE, see `restartXfceIdleTime`.
   SleepInhibitors(Bus& systemBus, Bus& sessionBus, tidewell::MainLoop& loop,
-                  SleepAssertion::Now now = BootTime::now);
+                  SleepAssertion::Now now = BootTime::now,
+                  FindXServer findXServer = XAddress::ofEnvironment);
   ~SleepInhibitors() override;
   SleepInhibitors(const SleepInhibitors&) = delete;
   SleepInhibitors& operator=(const SleepInhibitors&) = delete;
@@ -75,8 +78,10 @@ class SleepInhibitors : public tidewell::PowerManagement {
   void attendLater();
   void attend();
 
+  Bus& sessionBus_;
   tidewell::MainLoop& loop_;
   SleepAssertion::Now now_;
+  FindXServer findXServer_;
   RecordedPowerManagement recorded_;
   SleepServices services_;
   ReadBack readBack_;

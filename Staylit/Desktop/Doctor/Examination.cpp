@@ -223,8 +223,8 @@ bool Examination::isOwned(platform::Bus& bus, const char* name) {
 
 void Examination::addParticulars(DoctorFacts& facts) {
   constexpr std::array<const char*, 7> kOfSession = {
-      services::kSessionManager,       services::kPolicyAgent,  services::kPowerManagement,
-      services::kScreenSaver,          "org.xfce.PowerManager", kTrayWatcher,
+      services::kSessionManager,       services::kPolicyAgent,      services::kPowerManagement,
+      services::kScreenSaver,          services::kXfcePowerManager, kTrayWatcher,
       "org.gnome.SettingsDaemon.Power"};
   std::string present = facts.hasLogind ? std::string(services::kLogind) : "";
   for (const char* name : kOfSession) {

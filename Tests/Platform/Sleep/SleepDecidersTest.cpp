@@ -18,6 +18,7 @@
 #include "Tests/Platform/Support/BusService.h"
 #include "Tests/Platform/Support/BusTest.h"
 #include "Tests/Platform/Support/FakeLogind.h"
+#include "Tests/Platform/Support/FakeXfconf.h"
 #include "Tests/Platform/Support/ScopedEnvironment.h"
 #include "Tests/Platform/Support/TemporaryFolder.h"
 
@@ -160,42 +161,21 @@ TEST_F(SleepDecidersTest, DoNotWaitForAToolThatHangs) {
   EXPECT_EQ(lines(find(gsettings)), Lines{"MATE's power management unknown - "});
 }
 
-/// The service that keeps XFCE's settings: those that it has, by their names.
-std::unique_ptr<BusService> xfconf(
-    const std::string& address,
-    std::map<std::string, std::variant<bool, std::uint32_t>, std::less<>> settings) {
-  return std::make_unique<BusService>(
-      address, std::vector<std::string>{"org.xfce.Xfconf", "org.xfce.PowerManager"},
-      [settings = std::move(settings)](sd_bus_message* call) {
-        const char* channel = nullptr;
-        const char* property = nullptr;
-        sd_bus_message_read(call, "ss", &channel, &property);
-        const auto found = settings.find(std::string_view(property));
-        if (found == settings.end()) {
-          sd_bus_reply_method_errorf(call, "org.xfce.Xfconf.Error.PropertyNotFound", "none");
-        } else if (const auto* flag = std::get_if<bool>(&found->second)) {
-          sd_bus_reply_method_return(call, "v", "b", *flag ? 1 : 0);
-        } else {
-          sd_bus_reply_method_return(call, "v", "u", std::get<std::uint32_t>(found->second));
-        }
-      });
-}
-
 TEST_F(SleepDecidersTest, ReadXfcesSettings) {
   const std::string address = sessionDaemon->address();
-  auto settings = xfconf(address, {{"/xfce4-power-manager/inactivity-on-ac", 30U}});
+  auto settings = fakeXfconf(address, {{"/xfce4-power-manager/inactivity-on-ac", 30U}});
   EXPECT_EQ(lines(find()), Lines{"XFCE's power management sleeps 1800 inactivity-on-ac is 30"});
   settings = nullptr;
-  settings = xfconf(address, {{"/xfce4-power-manager/inactivity-on-ac", 14U}});
+  settings = fakeXfconf(address, {{"/xfce4-power-manager/inactivity-on-ac", 14U}});
   EXPECT_EQ(lines(find()),
             Lines{"XFCE's power management nothing - inactivity-on-ac is \"never\""});
   settings = nullptr;
-  settings = xfconf(address, {});
+  settings = fakeXfconf(address, {});
   EXPECT_EQ(lines(find()),
             Lines{"XFCE's power management nothing - inactivity-on-ac is \"never\""});
   settings = nullptr;
-  settings = xfconf(address, {{"/xfce4-power-manager/inactivity-on-ac", 30U},
-                              {"/xfce4-power-manager/presentation-mode", true}});
+  settings = fakeXfconf(address, {{"/xfce4-power-manager/inactivity-on-ac", 30U},
+                                  {"/xfce4-power-manager/presentation-mode", true}});
   EXPECT_EQ(lines(find()), Lines{"XFCE's power management nothing - its presentation mode is on"});
 }
 
