@@ -10,17 +10,29 @@ from gi.repository import Atspi, Gio, GLib  # noqa: E402
 
 from session import eventually  # noqa: E402
 
+# Other versions of the library and of Qt have other names for some of these.
+ROLES = {"frame": "window", "entry": "text", "button": "push button"}
 # What only groups, and has no name of its own to be said.
 SILENT = {"filler", "application"}
+PUSH_BUTTON = getattr(Atspi.Role, "PUSH_BUTTON", None) or Atspi.Role.BUTTON
 
 
 def switch_on():
-    """Says on the session's bus that there is a screen reader, as one does when it starts."""
-    Gio.bus_get_sync(Gio.BusType.SESSION).call_sync(
-        "org.a11y.Bus", "/org/a11y/bus", "org.freedesktop.DBus.Properties", "Set",
-        GLib.Variant("(ssv)", ("org.a11y.Status", "IsEnabled", GLib.Variant("b", True))), None, 0,
-        -1, None)
+    """Says on the session's bus that there is a screen reader, as one does when it starts. Returns
+    whether the bus for screen readers is there then."""
+    call("org.freedesktop.DBus.Properties", "Set",
+         GLib.Variant("(ssv)", ("org.a11y.Status", "IsEnabled", GLib.Variant("b", True))))
+    try:
+        call("org.a11y.Bus", "GetAddress", None)
+    except GLib.GError:
+        return False
     Atspi.init()
+    return True
+
+
+def call(interface, method, arguments):
+    Gio.bus_get_sync(Gio.BusType.SESSION).call_sync(
+        "org.a11y.Bus", "/org/a11y/bus", interface, method, arguments, None, 0, 10_000, None)
 
 
 def handle_events():
@@ -53,16 +65,21 @@ def windows():
     return found
 
 
+def role(accessible):
+    name = accessible.get_role_name()
+    return ROLES.get(name, name)
+
+
 def said(accessible):
     """Role, name, value and states of one thing, and its description after a dash."""
-    words = [accessible.get_role_name(), f'"{accessible.get_name()}"']
+    words = [role(accessible), f'"{accessible.get_name()}"']
     if "Value" in accessible.get_interfaces():
         words.append(f"{Atspi.Value.get_current_value(accessible):g}")
     if accessible.get_role() == Atspi.Role.CHECK_BOX:
         words.append("checked" if has(accessible, Atspi.StateType.CHECKED) else "not checked")
     if has(accessible, Atspi.StateType.FOCUSED):
         words.append("focused")
-    is_control = accessible.get_role() in (Atspi.Role.PUSH_BUTTON, Atspi.Role.CHECK_BOX, Atspi.Role.SLIDER)
+    is_control = accessible.get_role() in (PUSH_BUTTON, Atspi.Role.CHECK_BOX, Atspi.Role.SLIDER)
     if is_control and not has(accessible, Atspi.StateType.SENSITIVE):
         words.append("disabled")
     description = accessible.get_description()
@@ -94,7 +111,8 @@ def find(accessible, name):
 class Ear:
     """Hears where the keyboard is, and what is said in passing, from when it is made."""
 
-    EVENTS = ("object:state-changed:focused", "object:state-changed:showing", "object:announcement")
+    EVENTS = ("object:state-changed:focused", "object:state-changed:checked",
+              "object:state-changed:showing", "object:announcement")
 
     def __init__(self):
         self.heard = []
@@ -112,8 +130,10 @@ class Ear:
     def _note(self, event, source):
         if event.type.startswith("object:announcement"):
             self.heard.append(f"says {event.any_data}")
+        elif event.type.endswith("checked"):
+            self.heard.append("checked" if event.detail1 else "not checked")
         elif event.detail1 and event.type.endswith("focused"):
-            self.heard.append(f"{source.get_role_name()} {source.get_name()}")
+            self.heard.append(f"{role(source)} {source.get_name()}")
         elif event.detail1 and source.get_role() == Atspi.Role.NOTIFICATION:
             self.heard.append(f"says {source.get_name()}")
 

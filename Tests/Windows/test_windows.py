@@ -13,7 +13,12 @@ sys.dont_write_bytecode = True
 import session as sessions  # noqa: E402
 
 PROGRAM = ""
+NO_READER = 75
 DOWN_LEADS_TO = "list item Adobe Media Encoder, watching"
+
+
+class NoReader(Exception):
+    """The service that starts the bus for screen readers hung, which it does now and then."""
 
 
 class WindowTest(unittest.TestCase):
@@ -26,7 +31,8 @@ class WindowTest(unittest.TestCase):
         self.addCleanup(self.session.end)
         global reader
         import reader  # connects to the buses of the first session
-        reader.switch_on()
+        if not reader.switch_on():
+            raise NoReader
         self.ear = reader.Ear()
         self.session.start_program()
         self.open()
@@ -65,7 +71,7 @@ class ChooseApps(WindowTest):
         lines = reader.everything(self.window)
         hint = "Click any app to move it between the two lists."
         self.assertEqual(lines[:6], [
-            'frame "Choose Apps"',
+            'window "Choose Apps"',
             'heading "Choose Apps"',
             f'label "{hint}"',
             f'text "Search" focused — {hint}',
@@ -107,7 +113,10 @@ class ChooseApps(WindowTest):
     def test_the_search_is_used_and_left_by_keys(self):
         self.press("Down", DOWN_LEADS_TO)
         self.press("ctrl+f", "text Search")
-        self.ear.after(lambda: self.session.type("xco"), "says Staying awake for, 1. Not watching, 0")
+        heard = self.ear.after(lambda: self.session.type("xco"),
+                               "says Staying awake for, 1. Not watching, 0")
+        # Whoever types must not be led into the list.
+        self.assertEqual([text for text in heard if text.startswith("list")], [])
         self.press("Down", "list item Xcode, watching")
         self.ear.after(lambda: self.session.press("Escape"),
                        "says Staying awake for, 37. Not watching, 1")
@@ -143,7 +152,7 @@ class Settings(WindowTest):
 
     def test_everything_is_read_once_and_in_order(self):
         self.assertEqual(reader.everything(self.window), [
-            'frame "Staylit Settings"',
+            'window "Staylit Settings"',
             'heading "Sleep"',
             'panel "Sleep"',
             'slider "Wait 2 minutes after work stops" 120 focused — From 30 seconds to 10 minutes. '
@@ -186,9 +195,10 @@ class Settings(WindowTest):
             if not key:
                 continue
             before = key in ("respectLowPower", "honorAppAssertions")
-            self.session.press("space")
+            said = ("not checked", "checked")
+            self.ear.after(lambda: self.session.press("space"), said[not before])
             self.wait_for_stored(key, not before)
-            self.session.press("Return")
+            self.ear.after(lambda: self.session.press("Return"), said[before])
             self.wait_for_stored(key, before)
 
     def test_the_keys_move_the_sliders_and_say_the_values_in_words(self):
@@ -251,12 +261,17 @@ def each_of(suite):
 
 def passes(test):
     """Runs it in a process of its own: the screen reader's library connects once in a process."""
-    child = os.fork()
-    if child == 0:
-        result = unittest.TextTestRunner(verbosity=2).run(test)
-        sys.stdout.flush()
-        os._exit(0 if result.wasSuccessful() else 1)
-    return os.waitpid(child, 0)[1] == 0
+    for attempt in range(3):
+        child = os.fork()
+        if child == 0:
+            result = unittest.TextTestRunner(verbosity=2).run(test)
+            sys.stdout.flush()
+            had_no_reader = any("NoReader" in text for _, text in result.errors)
+            os._exit(NO_READER if had_no_reader else 0 if result.wasSuccessful() else 1)
+        status = os.waitstatus_to_exitcode(os.waitpid(child, 0)[1])
+        if status != NO_READER:
+            break
+    return status == 0
 
 
 if __name__ == "__main__":

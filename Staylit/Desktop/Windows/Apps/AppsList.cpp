@@ -5,7 +5,6 @@
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QScrollBar>
-#include <QTimer>
 #include <algorithm>
 
 namespace staylit::windows {
@@ -42,6 +41,9 @@ AppsList::AppsList(QWidget* parent)
   // Rows come and go by themselves. The list scrolls to the keyboard's row only when the user
   // presses a key.
   setAutoScroll(false);
+  telling_.setSingleShot(true);
+  telling_.setInterval(0);
+  connect(&telling_, &QTimer::timeout, this, [this] { tellOfKeyboard(); });
   connect(upperHead_, &QAbstractButton::clicked, this, [this] { jumpTo(upperHeading_); });
   connect(lowerHead_, &QAbstractButton::clicked, this, [this] { jumpTo(lowerHeading_); });
 }
@@ -212,8 +214,20 @@ void AppsList::focusInEvent(QFocusEvent* event) {
       usesKeyboard_ = true;
   }
   if (usesKeyboard_ && !model_->isEntry(currentIndex())) putKeyboardOnFirst();
-  // Qt tells screen readers of the list after this event, so they are told of the row later.
-  QTimer::singleShot(0, this, [this] { tellOfKeyboard(); });
+  tellOfKeyboardSoon();
+}
+
+/// Not QListView's, which tells screen readers of each row that the keyboard passes while rows come
+/// and go, even when the keyboard is elsewhere.
+void AppsList::currentChanged(const QModelIndex& current, const QModelIndex& previous) {
+  // NOLINTNEXTLINE(bugprone-parent-virtual-call)
+  QAbstractItemView::currentChanged(current, previous);
+  tellOfKeyboardSoon();
+}
+
+void AppsList::tellOfKeyboardSoon() {
+  // Qt tells screen readers of the list itself after it has got the keyboard.
+  if (hasFocus()) telling_.start();
 }
 
 void AppsList::tellOfKeyboard() {

@@ -2,6 +2,7 @@
 
 #include <QListView>
 #include <QPersistentModelIndex>
+#include <QTimer>
 #include <functional>
 #include <optional>
 #include <string>
@@ -40,6 +41,7 @@ class AppsList : public QListView {
   [[nodiscard]] QModelIndex hovered() const;
 
  protected:
+  void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;
   QModelIndex moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) override;
   void initViewItemOption(QStyleOptionViewItem* option) const override;
   void keyPressEvent(QKeyEvent* event) override;
@@ -60,7 +62,9 @@ class AppsList : public QListView {
   [[nodiscard]] AppsAnchors visibleApplications() const;
   void scrollBackTo(const AppsAnchors& anchors);
   void takeKeyboardOffHeading();
-  /// Screen readers are told on which application the keyboard is.
+  /// Screen readers are told on which application the keyboard is, once all has happened that
+  /// happens now.
+  void tellOfKeyboardSoon();
   void tellOfKeyboard();
   /// The application about one page below the keyboard's; above it for a `direction` of -1.
   [[nodiscard]] QModelIndex entryOnePageAway(int direction) const;
@@ -78,7 +82,8 @@ class AppsList : public QListView {
   std::function<void(const std::string& id)> onChoose_;
   std::optional<QPoint> mousePosition_;  ///< Absent while the mouse is elsewhere.
   QPersistentModelIndex pressed_;  ///< Where the mouse button went down; invalid while it is up.
-  bool usesKeyboard_ = false;      ///< Whether the user used the keyboard last and not the mouse.
+  QTimer telling_;
+  bool usesKeyboard_ = false;  ///< Whether the user used the keyboard last and not the mouse.
 };
 
 }  // namespace staylit::windows
