@@ -11,6 +11,7 @@
 #include "Staylit/Desktop/Windows/Settings/SettingsRow.h"
 #include "Staylit/Desktop/Windows/Settings/StepSlider.h"
 #include "Staylit/Desktop/Windows/Settings/Switch.h"
+#include "Tests/Fakes/FakeTranslator.h"
 #include "Tests/Shell/Windows/WindowsTest.h"
 
 namespace staylit {
@@ -113,6 +114,20 @@ TEST_F(SettingsWindowTest, BeginsAllTextsOnOneEdgeAlsoWhereTheScriptRunsToTheLef
     EXPECT_EQ(edges.size(), 1U) << "in direction " << direction;
   }
   QGuiApplication::setLayoutDirection(Qt::LeftToRight);
+}
+
+TEST_F(SettingsWindowTest, ShowsTheWholeOfALongLabel) {
+  tidewell::FakeTranslator translator;
+  const std::string longLabel =
+      "Se fier aux applications qui demandent que l'ordinateur soit maintenu en \u00e9veil";
+  translator.translate("Keep the screen on too", longLabel);
+  translator.translate("Wait {count} minutes after work stops", longLabel + " {count}");
+  open();
+  for (const Control control : {Control::grace, Control::keepScreenOn}) {
+    const auto& shown = childOf<windows::TextLabel>(*form().row(control));
+    EXPECT_GT(shown.height(), shown.fontMetrics().height() * 3 / 2) << "in two lines";
+    EXPECT_LE(shown.heightForWidth(shown.width()), shown.height());
+  }
 }
 
 TEST_F(SettingsWindowTest, EscapeAndControlWCloseIt) {

@@ -10,6 +10,8 @@ namespace staylit::windows {
 
 SliderRow::SliderRow(const SettingsView::Row& row, SetValue setValue, QWidget* parent)
     : SettingsRow(row, parent), slider_(new StepSlider(this)) {
+  // Some languages need more than a line.
+  label()->setWordWrap(true);
   column().addWidget(label());
   column().addWidget(slider_);
   addNotes();
@@ -27,6 +29,7 @@ void SliderRow::showContent(const SettingsView::Row& row) {
 
 ToggleRow::ToggleRow(const SettingsView::Row& row, SetOn setOn, QWidget* parent)
     : SettingsRow(row, parent), switch_(new Switch(this)) {
+  label()->setWordWrap(true);
   auto* line = new QHBoxLayout;
   line->addWidget(label(), 1);
   line->addWidget(switch_);
