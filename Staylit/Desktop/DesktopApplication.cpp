@@ -49,8 +49,13 @@ void DesktopApplication::run(ApplicationDelegate& delegate) {
   ApplicationService service(loop_, sessionBus_,
                              [this](MenuItem::Action action) { return perform(action); });
   if (!isTheOne(service)) return;
-  if (!request_.action.empty() && console_.outputIsTerminal()) {
-    console_.printLine("Staylit did not run, so it starts here; Ctrl-C ends it");
+  if (!request_.action.empty()) {
+    // Whoever wants a window wants no program that runs without one.
+    const std::string obstacle = userInterface_.obstacleToWindows();
+    if (!obstacle.empty()) return fail(obstacle);
+    if (console_.outputIsTerminal()) {
+      console_.printLine("Staylit did not run, so it starts here; Ctrl-C ends it");
+    }
   }
 
   std::optional<LoginSession> session;

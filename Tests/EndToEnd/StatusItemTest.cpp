@@ -163,6 +163,15 @@ TEST_F(StatusItemTest, StaysWhenASecondStartAsksForAWindowThatCannotBeShown) {
   EXPECT_EQ(host->itemProperty("Title"), "'Staylit'");
 }
 
+TEST_F(StatusItemTest, DoesNotStartForAWindowThatCannotBeShown) {
+  for (const char* window : {"--settings", "--choose-apps"}) {
+    EXPECT_EQ(wait(start({window})), 1) << window;
+    EXPECT_TRUE(
+        output("err").ends_with("staylit: Staylit cannot show a window: there is no display\n"))
+        << output("err");
+  }
+}
+
 TEST_F(StatusItemTest, TheDiagnosticsReportRunsBesideIt) {
   const ChildProgram staylit = start();
   showItem();
