@@ -198,13 +198,18 @@ void addSettings(const Facts& facts, std::vector<Check>& checks) {
   }
   for (const Facts::SettingsProblem& problem : facts.settingsProblems) {
     checks.push_back({"settings",
-                      "Settings, line " + std::to_string(problem.line) + ": " + problem.text,
+                      (problem.file.empty() ? "Settings" : problem.file) + ", line " +
+                          std::to_string(problem.line) + ": " + problem.text,
                       "Mend that line; README.md and staylit(1) list the keys."});
   }
 }
 
 Check runningCheck(const Facts& facts) {
   if (facts.isRunning) return fine("running", "Staylit runs.");
+  if (!facts.outOfReach.empty()) {
+    return {"running", "Staylit cannot be asked: " + facts.outOfReach + ".",
+            "Nothing, if it shall run there. Else end it, and start it in this session."};
+  }
   return {"running", "No Staylit runs in this session.",
           "Start it from the menu of applications, or without a desktop by systemctl --user "
           "enable --now staylit."};

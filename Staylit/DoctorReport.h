@@ -22,6 +22,7 @@ struct DoctorFacts {
   struct SettingsProblem {
     std::size_t line = 0;
     std::string text;
+    std::string file = {};  ///< Empty for the user's own.
   };
 
   HoldsReport sleep;  ///< Who puts the machine to sleep, and which services are there.
@@ -39,6 +40,8 @@ struct DoctorFacts {
   std::string settingsError;  ///< Why the settings file cannot be read; may be empty.
   std::vector<SettingsProblem> settingsProblems;
   bool isRunning = false;
+  /// Why one that runs cannot be asked, and what helps; empty when none is out of reach.
+  std::string outOfReach;
   bool hasJournal = false;
 
   /// For a report, each "name: value", without names of the user's files or programs.

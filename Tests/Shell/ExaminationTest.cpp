@@ -3,9 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <filesystem>
 #include <string>
 #include <vector>
 
+#include "Staylit/Desktop/Session/UserLock.h"
 #include "Tests/Fakes/FakeClock.h"
 #include "Tests/Platform/Support/BusService.h"
 #include "Tests/Platform/Support/BusTest.h"
@@ -125,6 +127,26 @@ TEST_F(ExaminationTest, ReadsTheSettingsAndChangesNothing) {
   EXPECT_EQ(facts.settingsProblems[1].line, 2U);
   folder.write("staylit/settings.toml", "");
   EXPECT_TRUE(examine().settingsProblems.empty());
+}
+
+TEST_F(ExaminationTest, ReadsTheSettingsOfTheProgramThatServesTheMachine) {
+  folder.write("machine.toml", "\nsustainSeconds = \"x\"\n");
+  platform::Buses buses(*loop);
+  const DoctorFacts facts =
+      Examination(*loop, buses, clock, {}, folder.path() / "machine.toml").run();
+  ASSERT_EQ(facts.settingsProblems.size(), 1U);
+  EXPECT_EQ(facts.settingsProblems[0].line, 2U);
+  EXPECT_EQ(facts.settingsProblems[0].file, folder.path("machine.toml"));
+}
+
+TEST_F(ExaminationTest, SeesOneThatRunsOutOfReach) {
+  const ScopedEnvironment runtime("XDG_RUNTIME_DIR", folder.path("run"));
+  std::filesystem::create_directories(folder.path() / "run");
+  std::filesystem::permissions(folder.path() / "run", std::filesystem::perms::owner_all);
+  EXPECT_EQ(examine().outOfReach, "");
+  UserLock lock;
+  ASSERT_EQ(lock.take(), UserLock::Outcome::taken);
+  EXPECT_TRUE(examine().outOfReach.starts_with("one runs as process "));
 }
 
 TEST_F(ExaminationTest, SaysWhyTheSettingsCannotBeRead) {

@@ -92,6 +92,23 @@ TEST(DoctorReport, SaysWhatToDoBelowWhatIsWrong) {
   EXPECT_EQ(exitOf(facts), DoctorReport::somethingToDo);
 }
 
+TEST(DoctorReport, DoesNotStartAnotherWhereOneIsOutOfReach) {
+  DoctorFacts facts = healthy();
+  facts.isRunning = false;
+  facts.outOfReach = "one runs as process 160, but not on this session bus";
+  EXPECT_TRUE(has(linesOf(facts),
+                  "✗ Staylit cannot be asked: one runs as process 160, but not on this session "
+                  "bus."));
+}
+
+TEST(DoctorReport, NamesTheFileOfTheMachinesSettings) {
+  DoctorFacts facts = healthy();
+  facts.settingsProblems = {{3, "it is wrong", "/etc/staylit/settings.toml"}, {4, "it is too"}};
+  const Lines lines = linesOf(facts);
+  EXPECT_TRUE(has(lines, "✗ /etc/staylit/settings.toml, line 3: it is wrong"));
+  EXPECT_TRUE(has(lines, "✗ Settings, line 4: it is too"));
+}
+
 TEST(DoctorReport, DoesWithoutDrawnSigns) {
   DoctorFacts facts = healthy();
   facts.hasJournal = false;

@@ -26,6 +26,7 @@
 #include "Staylit/Desktop/CommandLine.h"
 #include "Staylit/Desktop/Display/Display.h"
 #include "Staylit/Desktop/Display/WindowsModule.h"
+#include "Staylit/Desktop/Session/UserLock.h"
 #include "Staylit/Prefs.h"
 #include "Staylit/SettingMeaning.h"
 #include "Tidewell/ForeignText.h"
@@ -113,14 +114,23 @@ std::string systemdVersion(platform::Bus& systemBus) {
   return version ? tidewell::cleaned(*version, 64) : "none";
 }
 
+void addProblems(DoctorFacts& facts, const std::string& text, const std::string& file) {
+  tidewell::PropertyDictionary known = registeredSettings();
+  known.merge(registeredHistorySettings());
+  known.emplace("history", std::monostate());
+  for (const auto& problem : platform::examineSettings(text, known, meaningOfSetting))
+    facts.settingsProblems.push_back({problem.line, problem.text, file});
+}
+
 }  // namespace
 
 Examination::Examination(platform::EventLoop& loop, platform::Buses& buses, tidewell::Clock& clock,
-                         HoldsReader::Places places)
+                         HoldsReader::Places places, std::filesystem::path machineSettings)
     : loop_(loop),
       buses_(buses),
       clock_(clock),
-      reader_(buses.system, buses.session, clock, std::move(places)) {}
+      reader_(buses.system, buses.session, clock, std::move(places)),
+      machineSettings_(std::move(machineSettings)) {}
 
 DoctorFacts Examination::run() {
   DoctorFacts facts;
@@ -135,8 +145,7 @@ DoctorFacts Examination::run() {
   facts.seesOthers = ::access("/proc/1/stat", R_OK) == 0;
   facts.hasProcessorClocks = platform::KernelCpuClock().isAvailable();
   lookAtSettings(facts);
-  facts.isRunning = isOwned(buses_.session, services::kApplicationId) ||
-                    isOwned(buses_.system, services::kApplicationId);
+  lookForStaylit(facts);
   facts.hasJournal = platform::JournalLog::isListening();
   addParticulars(facts);
   return facts;
@@ -178,17 +187,24 @@ void Examination::tryAHold(DoctorFacts& facts) {
 }
 
 void Examination::lookAtSettings(DoctorFacts& facts) {
-  const auto path = platform::TomlDefaults::defaultPath();
-  if (path.empty()) return;
-  const platform::RegularFile file = platform::SettingsFile(path).read();
-  facts.settingsError = file.error;
-  facts.hasSettingsFile = file.exists;
-  if (!file.error.empty()) return;
-  tidewell::PropertyDictionary known = registeredSettings();
-  known.merge(registeredHistorySettings());
-  known.emplace("history", std::monostate());
-  for (const auto& problem : platform::examineSettings(file.text, known, meaningOfSetting))
-    facts.settingsProblems.push_back({problem.line, problem.text});
+  if (const auto path = platform::TomlDefaults::defaultPath(); !path.empty()) {
+    const platform::RegularFile file = platform::SettingsFile(path).read();
+    facts.settingsError = file.error;
+    facts.hasSettingsFile = file.exists;
+    if (file.error.empty()) addProblems(facts, file.text, "");
+  }
+  // The program that serves the machine has a file of its own.
+  const platform::RegularFile machines = platform::SettingsFile(machineSettings_).read();
+  if (machines.error.empty()) addProblems(facts, machines.text, machineSettings_.string());
+}
+
+void Examination::lookForStaylit(DoctorFacts& facts) {
+  facts.isRunning = isOwned(buses_.session, services::kApplicationId) ||
+                    isOwned(buses_.system, services::kApplicationId);
+  const auto holder = UserLock().holder();
+  if (!facts.isRunning && holder) {
+    facts.outOfReach = outOfReach(*holder, buses_.session.handle() != nullptr);
+  }
 }
 
 Tray Examination::tray() {

@@ -1,10 +1,12 @@
 #pragma once
 
+#include <filesystem>
 #include <string>
 
 #include "Platform/Linux/Bus/Bus.h"
 #include "Platform/Linux/Loop/EventLoop.h"
 #include "Staylit/Desktop/Holds/HoldsReader.h"
+#include "Staylit/Desktop/Machine/MachineApplication.h"
 #include "Staylit/DoctorReport.h"
 #include "Tidewell/Ports/Clock.h"
 
@@ -15,14 +17,16 @@ namespace staylit {
 class Examination {
  public:
   Examination(platform::EventLoop& loop, platform::Buses& buses, tidewell::Clock& clock,
-              HoldsReader::Places places = HoldsReader::Places());
+              HoldsReader::Places places = HoldsReader::Places(),
+              std::filesystem::path machineSettings = MachineApplication::settings());
 
   /// Some seconds where a service takes its time with a hold.
   DoctorFacts run();
 
  private:
   void tryAHold(DoctorFacts& facts);
-  static void lookAtSettings(DoctorFacts& facts);
+  void lookAtSettings(DoctorFacts& facts);
+  void lookForStaylit(DoctorFacts& facts);
   void addParticulars(DoctorFacts& facts);
   DoctorFacts::Tray tray();
   bool hasPolkit();
@@ -32,6 +36,7 @@ class Examination {
   platform::Buses& buses_;
   tidewell::Clock& clock_;
   HoldsReader reader_;
+  std::filesystem::path machineSettings_;
 };
 
 }  // namespace staylit
