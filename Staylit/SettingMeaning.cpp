@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <string>
+#include <variant>
 
 #include "Staylit/Prefs.h"
 #include "Tidewell/PropertyConversion.h"
@@ -42,9 +44,19 @@ SettingMeaning meaningOfBattery(std::int64_t percent) {
   return {counts, "", ""};
 }
 
+/// A fraction is cut off.
+SettingMeaning ofWhole(const PropertyValue& value, SettingMeaning (*meaningOf)(std::int64_t)) {
+  SettingMeaning meaning = meaningOf(tidewell::integerValue(value));
+  const double* real = std::get_if<double>(&value);
+  const bool hasFraction = real && std::trunc(*real) != *real;
+  if (hasFraction && meaning.wants.empty()) meaning.wants = "a whole number";
+  return meaning;
+}
+
 SettingMeaning meaningOfThreshold(double threshold) {
   const std::string counts = inWords(threshold);
   if (threshold > 0) return {counts, "", ""};
+  if (std::isnan(threshold)) return {counts, "a number above 0", "nothing ever counts as working"};
   return {counts, "a number above 0", "every application counts as working"};
 }
 
@@ -60,15 +72,15 @@ std::string inWords(const PropertyValue& list) {
 }  // namespace
 
 tidewell::SettingMeaning meaningOfSetting(std::string_view key, const PropertyValue& value) {
-  if (key == keys::graceSeconds) return meaningOfGrace(tidewell::integerValue(value));
-  if (key == keys::sustainSeconds) return meaningOfSustain(tidewell::integerValue(value));
-  if (key == keys::batteryThreshold) return meaningOfBattery(tidewell::integerValue(value));
+  if (key == keys::graceSeconds) return ofWhole(value, meaningOfGrace);
+  if (key == keys::sustainSeconds) return ofWhole(value, meaningOfSustain);
+  if (key == keys::batteryThreshold) return ofWhole(value, meaningOfBattery);
   if (key == keys::ignoredApps) return {inWords(value), "", ""};
   for (const std::string_view threshold :
        {keys::cpuThresholdPercent, keys::diskThresholdKBps, keys::netThresholdKBps}) {
     if (key == threshold) return meaningOfThreshold(tidewell::realValue(value));
   }
-  if (registeredSettings().contains(key)) {
+  if (registeredSettings().contains(key) || registeredHistorySettings().contains(key)) {
     return {inWords(tidewell::booleanValue(value)), "", ""};
   }
   return {};

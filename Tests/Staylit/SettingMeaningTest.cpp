@@ -33,6 +33,11 @@ TEST(SettingMeaning, IsTheValueWithinTheLimits) {
 
 TEST(SettingMeaning, IsWhatTheEngineMakesOfAValueBeyondThem) {
   EXPECT_EQ(meaning("graceSeconds", Integer{5}), "a number from 30 to 600: 30");
+  EXPECT_EQ(meaning("graceSeconds", 99.9), "a whole number: 99");
+  EXPECT_EQ(meaning("graceSeconds", 99.0), "99");
+  EXPECT_EQ(meaning("netThresholdKBps", std::nan("")),
+            "a number above 0: nan, nothing ever counts as working");
+  EXPECT_EQ(meaning("history.enabled", std::string("nope")), "false");
   EXPECT_EQ(meaning("graceSeconds", Integer{601}), "a number from 30 to 600: 600");
   EXPECT_EQ(meaning("sustainSeconds", Integer{0}), "a number of at least 1: 1");
   EXPECT_EQ(meaning("batteryThreshold", Integer{101}),
