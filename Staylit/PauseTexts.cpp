@@ -15,6 +15,8 @@ constexpr std::int64_t kDay = 86'400;
 constexpr std::int64_t kLongestPause = 366 * kDay;
 
 constexpr std::chrono::seconds kRounding{30};
+/// The end of a pause that is not longer is told to the second.
+constexpr std::chrono::minutes kShortPause{2};
 
 /// "min" goes before "m", which it begins with.
 constexpr std::array<std::pair<std::string_view, std::int64_t>, 5> kUnits = {
@@ -47,10 +49,11 @@ std::optional<tidewell::Seconds> pauseLengthIn(std::string_view text) {
 
 std::string describePause(std::optional<tidewell::WallTime> until, tidewell::WallTime now) {
   if (!until) return "Paused";
-  constexpr std::size_t kHoursAndMinutes = 5;
-  const std::string time = timeOfDay(*until).substr(0, kHoursAndMinutes);
   // The answer comes a moment after the pause began.
   const tidewell::Seconds length = *until - now + kRounding;
+  std::string time = timeOfDay(*until, now);
+  constexpr std::string_view kSeconds = ":00";
+  if (length > kShortPause) time.resize(time.size() - kSeconds.size());
   if (length < std::chrono::seconds(kDay)) return "Paused until " + time;
   return "Paused for " + lengthOfTime(length) + ", until " + time;
 }

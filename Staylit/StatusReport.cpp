@@ -151,8 +151,9 @@ bool StatusReport::saysTheSameAs(const StatusReport& later) const {
 }
 
 Lines StatusReport::lines(WallTime now) const {
-  Lines lines{summary, "Since:      " + timeOfDay(since) + " (" + lengthOfTime(now - since) + ")"};
-  if (resumesAt) lines.push_back("Until:      " + timeOfDay(*resumesAt));
+  Lines lines{summary,
+              "Since:      " + timeOfDay(since, now) + " (" + lengthOfTime(now - since) + ")"};
+  if (resumesAt) lines.push_back("Until:      " + timeOfDay(*resumesAt, now));
   if (!reason.empty()) lines.push_back("Reason:     " + reason);
   addHolders(lines, *this);
   if (servesMachine) lines.emplace_back("Serves:     the whole machine");

@@ -14,18 +14,34 @@ std::time_t wholeSecond(tidewell::WallTime time) {
   return system_clock::to_time_t(std::chrono::floor<std::chrono::seconds>(time));
 }
 
+std::tm localTime(tidewell::WallTime time) {
+  const std::time_t second = wholeSecond(time);
+  // `localtime` is safe here, because only the main thread asks for local time.
+  const std::tm* local = std::localtime(&second);
+  return local ? *local : std::tm();
+}
+
+std::string dateOf(const std::tm& local) {
+  std::array<char, 32> text{};
+  std::strftime(text.data(), text.size(), "%Y-%m-%d", &local);
+  return text.data();
+}
+
 /// A longer time is as good as this one, and fits every integer.
 constexpr double kLongest = 1e15;
 
 }  // namespace
 
 std::string timeOfDay(tidewell::WallTime time) {
-  const std::time_t second = wholeSecond(time);
+  const std::tm local = localTime(time);
   std::array<char, 16> text{};
-  // `localtime` is safe here, because only the main thread asks for local time.
-  const std::tm* local = std::localtime(&second);
-  if (local) std::strftime(text.data(), text.size(), "%H:%M:%S", local);
+  std::strftime(text.data(), text.size(), "%H:%M:%S", &local);
   return text.data();
+}
+
+std::string timeOfDay(tidewell::WallTime time, tidewell::WallTime now) {
+  const std::string date = dateOf(localTime(time));
+  return (date == dateOf(localTime(now)) ? "" : date + " ") + timeOfDay(time);
 }
 
 std::string inUniversalTime(tidewell::WallTime time) {

@@ -12,6 +12,9 @@ namespace staylit {
 /// The time of day where the computer is: "09:31:04".
 [[nodiscard]] std::string timeOfDay(tidewell::WallTime time);
 
+/// The same with the date before it where that is not the date of `now`: "2026-11-24 09:31:04".
+[[nodiscard]] std::string timeOfDay(tidewell::WallTime time, tidewell::WallTime now);
+
 /// The whole second in universal time, as ISO 8601 writes it: "2026-11-22T09:31:04Z".
 [[nodiscard]] std::string inUniversalTime(tidewell::WallTime time);
 

@@ -36,6 +36,9 @@ TEST(PauseTexts, TellWhenAPauseEnds) {
   EXPECT_TRUE(longer.starts_with("Paused for 2 d 1 h, until ")) << longer;
   EXPECT_TRUE(describePause(nine + 72h, nine + 1s).starts_with("Paused for 3 d 0 h, until "))
       << "the answer takes a moment";
+  EXPECT_EQ(longer.size(), std::string("Paused for 2 d 1 h, until 2024-05-19 10:00").size());
+  const std::string shorter = describePause(nine + 10s, nine);
+  EXPECT_EQ(shorter.size(), std::string("Paused until 09:00:10").size()) << shorter;
   EXPECT_EQ(describePause(std::nullopt, nine), "Paused");
 }
 
