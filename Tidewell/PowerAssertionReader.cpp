@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <iterator>
 #include <map>
+#include <span>
+#include <string>
 #include <string_view>
 #include <utility>
 
@@ -44,7 +46,6 @@ std::string wordsOf(const ListedAssertion& assertion, const std::string& name) {
 void addWords(std::vector<std::string>& words, const std::vector<ListedAssertion>& assertions,
               const std::string& name) {
   for (const ListedAssertion& assertion : assertions) {
-    if (words.size() == kMostWords) return;
     if (!preventsSleep(assertion)) continue;
     std::string own = wordsOf(assertion, name);
     const bool isNew = std::ranges::find(words, own) == words.end();
@@ -52,10 +53,12 @@ void addWords(std::vector<std::string>& words, const std::vector<ListedAssertion
   }
 }
 
+/// A reason may well have commas.
 std::string joined(const std::vector<std::string>& words) {
   std::string all;
-  for (const std::string& one : words)
-    all += (all.empty() ? "" : ", ") + one;
+  for (const std::string& one : std::span(words).first(std::min(words.size(), kMostWords)))
+    all += (all.empty() ? "" : "; ") + one;
+  if (words.size() > kMostWords) all += "; " + std::to_string(words.size() - kMostWords) + " more";
   return all;
 }
 

@@ -47,9 +47,9 @@ TEST_F(PowerAssertionReaderTest, TellsTheFirstDifferentWordsOfAProgram) {
                                 asks("One", "too many")}},
                               {413, {asks("", "")}}};
   EXPECT_EQ(PowerAssertionReader::programsPreventingSleep(),
-            (std::vector<AskingProgram>{
-                {"pid 412", cleaned("Backup tool: Nightly\nbackup") + ", A reason, An owner"},
-                {"pid 413", ""}}));
+            (std::vector<AskingProgram>{{"pid 412", cleaned("Backup tool: Nightly\nbackup") +
+                                                        "; A reason; An owner; 1 more"},
+                                        {"pid 413", ""}}));
   EXPECT_EQ(cleaned("Nightly\nbackup").find('\n'), std::string::npos);
 }
 
