@@ -214,11 +214,15 @@ std::string_view nameOf(Decider::Action action) {
   return "unknown";
 }
 
+/// Programs at work rest now and then.
+constexpr tidewell::Seconds kDoubtfulQuiet{30};
+
 /// Whether somebody may want to look whether the hold is still meant.
 bool isDoubtful(const Hold& hold) {
-  const Activity::State state = hold.activity.state;
-  return (state == Activity::State::gone || state == Activity::State::quiet) &&
-         hold.staylitSees.empty();
+  const Activity& activity = hold.activity;
+  const bool isQuiet = activity.state == Activity::State::quiet &&
+                       activity.quietFor.value_or(kDoubtfulQuiet) >= kDoubtfulQuiet;
+  return (activity.state == Activity::State::gone || isQuiet) && hold.staylitSees.empty();
 }
 
 std::string activityOf(const Hold& hold) {
