@@ -151,7 +151,7 @@ class Images:
         """What each machine has: the agent, the work and a user who may not log in."""
         agent = root / "usr/local/lib/machine"
         agent.mkdir(parents=True)
-        for name in ("agent.py", "lid.py", "work"):
+        for name in ("agent.py", "lid.py", "within", "work"):
             shutil.copy(HERE / "guest" / name, agent / name)
             (agent / name).chmod(0o755)
         units = root / "etc/systemd/system"
@@ -159,10 +159,12 @@ class Images:
         for errand in ERRANDS:
             (units / errand).unlink(missing_ok=True)
             (units / errand).symlink_to("/dev/null")
+        shutil.copy(HERE / "guest/outside.network", root / "etc/systemd/network")
         (root / "etc/fstab").write_text("/dev/vda / ext4 defaults 0 1\n")
         (root / "etc/hostname").write_text("machine\n")
         run(self._log, CLEAN_ROOT, "run", root, "sh", "-c",
-            "systemctl enable machine-agent.service && "
+            "systemctl enable machine-agent.service systemd-networkd.service && "
+            "systemctl mask systemd-networkd-wait-online.service && "
             f"useradd --create-home --shell /bin/bash {USER}")
 
     def _pack(self, root, image):

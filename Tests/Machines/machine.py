@@ -9,6 +9,7 @@ import threading
 import time
 
 from image import HERE
+from picture import Picture
 
 BOOT_SECONDS = 900
 WAKE_SECONDS = 300
@@ -19,6 +20,8 @@ KERNEL_OPTIONS = ("root=/dev/vda rw console=ttyS0 mem_sleep_default=deep "
                   "no_timer_check panic=-1")
 #: The address at which the machine's one connection to the outside answers. There is nothing else.
 SERVER = "10.0.2.100"
+#: What QEMU takes for the other end of the screen.
+POINTER_RANGE = 0x7FFF
 
 
 class Lost(Exception):
@@ -71,7 +74,7 @@ class Machine:
     """Use it in a `with`: at its end QEMU is ended, by its number. `said` gets a line of text for
     each thing that happens. All waiting is the caller's, on its own thread."""
 
-    def __init__(self, image, folder, said, memory="1G", screen=False):
+    def __init__(self, image, folder, said, memory="1G", screen=""):
         self._folder = folder
         self._said = said
         self._number = 0
@@ -102,7 +105,7 @@ class Machine:
             f"guestfwd=tcp:{SERVER}:80-cmd:{sys.executable} {HERE / 'server.py'}",
             "-device", "virtio-net-pci,netdev=outside,romfile=",
             "-rtc", "base=utc", "-display", "none", "-no-reboot"]
-        command += ["-device", "VGA", "-device", "virtio-keyboard-pci",
+        command += ["-device", screen, "-device", "virtio-keyboard-pci",
                     "-device", "virtio-tablet-pci"] if screen else ["-vga", "none"]
         with open(self._folder / "qemu.log", "wb") as log:
             self._process = subprocess.Popen(list(map(str, command)), stdin=subprocess.DEVNULL,
@@ -140,6 +143,8 @@ class Machine:
             elif "locks" in message:
                 self.locks = message["locks"]
                 self._said("locks: " + ("; ".join(map(text_of, self.locks)) or "none"))
+            elif "damaged" in message:
+                self._said(f"a message came to the machine damaged: {message['damaged'][:200]}")
             elif message.get("id") in self._answers:
                 self._answers[message["id"]].put(message)
             self._changed.notify_all()
@@ -221,9 +226,30 @@ class Machine:
         self.run("true")
 
     def picture(self, name):
-        path = self._folder / f"{name}.png"
-        self.command("screendump", filename=str(path), format="png")
-        return path
+        """What the screen shows now, which is also kept as NAME.png."""
+        path = self._folder / f"{name}.ppm"
+        self.command("screendump", filename=str(path))
+        shown = Picture.of_ppm(path.read_bytes())
+        path.unlink()
+        shown.save(path.with_suffix(".png"))
+        return shown
+
+    def click(self, x, y, shown, button="left"):
+        """Clicks on that pixel of the screen, which is as large as the picture `shown`."""
+        places = ((axis, round((at + 0.5) * POINTER_RANGE / size))
+                  for axis, at, size in (("x", x, shown.width), ("y", y, shown.height)))
+        self.command("input-send-event", events=[
+            {"type": "abs", "data": {"axis": axis, "value": value}} for axis, value in places])
+        for down in (True, False):
+            # A real finger takes its time, too.
+            time.sleep(0.3)
+            self.command("input-send-event", events=[
+                {"type": "btn", "data": {"down": down, "button": button}}])
+
+    def write(self, path, text, owner="root"):
+        """A file in the machine."""
+        self.shell(f"install -d -o {owner} -g {owner} $(dirname {path})")
+        self.run("sh", "-c", 'printf %s "$1" >"$2" && chown "$3:" "$2"', "sh", text, path, owner)
 
     def press(self, *keys):
         """Presses these keys at once, by QEMU's names."""

@@ -19,7 +19,7 @@ class Machine:
     packages: tuple = ()
     own_packages: tuple = ("staylit",)
     memory: str = "1G"
-    screen: bool = False
+    screen: str = ""  #: The graphics card, by QEMU's name.
 
 
 @dataclasses.dataclass(frozen=True)

@@ -4,9 +4,11 @@ import pathlib
 import sys
 import tempfile
 import unittest
+import zlib
 
 sys.dont_write_bytecode = True
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent))
+from picture import Picture  # noqa: E402
 import results  # noqa: E402
 import scenario  # noqa: E402
 
@@ -38,6 +40,35 @@ class Scenarios(unittest.TestCase):
         with self.assertRaises(KeyError) as raised:
             names("lid", "lig")
         self.assertEqual(raised.exception.args[0], "lig")
+
+
+class Pictures(unittest.TestCase):
+    def test_a_dump_is_read_though_its_pixels_look_like_its_head(self):
+        shown = Picture.of_ppm(b"P6\n2 1\n255\n\n 2551")
+        self.assertEqual((shown.width, shown.height, shown.pixels), (2, 1, b"\n 2551"))
+        with self.assertRaises(ValueError):
+            Picture.of_ppm(b"P5\n2 1\n255\n12")
+
+    def test_what_changed_is_in_the_least_box(self):
+        before = Picture(4, 3, bytes(36))
+        pixels = bytearray(36)
+        pixels[(1 * 4 + 2) * 3 + 1] = pixels[(2 * 4 + 1) * 3] = 9
+        self.assertEqual(Picture(4, 3, bytes(pixels)).changed(before), (1, 1, 3, 3))
+        self.assertIsNone(before.changed(Picture(4, 3, bytes(36))))
+        self.assertEqual(Picture(1, 1, bytes(3)).changed(before), (0, 0, 1, 1))
+
+    def test_brightness(self):
+        self.assertEqual(Picture(1, 1, bytes(3)).brightness(), 0)
+        self.assertEqual(Picture(1, 1, b"\xff\xff\0").brightness(), 170)
+
+    def test_what_is_saved_is_a_png_of_these_rows(self):
+        with tempfile.TemporaryDirectory() as folder:
+            path = pathlib.Path(folder) / "a.png"
+            Picture(1, 2, b"abcdef").save(path)
+            data = path.read_bytes()
+        self.assertEqual(data[:8], b"\x89PNG\r\n\x1a\n")
+        begin = data.index(b"IDAT") + 4
+        self.assertEqual(zlib.decompress(data[begin:data.index(b"IEND") - 8]), b"\0abc\0def")
 
 
 class Results(unittest.TestCase):

@@ -30,6 +30,8 @@ class Trial:
         self.skipped = []
         self.figures = {}  #: Lists of seconds, by what they measure.
         self.holder = None  #: The number of the user whose Staylit is tried; any when absent.
+        self.work_seconds = WORK_SECONDS
+        self.programs = ""  #: What besides the system is tried, with versions.
         self._works = 0
 
     def check(self, holds, what):
@@ -60,6 +62,12 @@ class Trial:
     def systemd(self):
         return self.machine.shell("systemctl --version | head -n 1").split()[1]
 
+    def versions(self, *packages):
+        """Which programs these are, for the table."""
+        listed = self.machine.run("dpkg-query", "-W", "-f", "${Package} ${Version}, ", *packages)
+        self.programs = listed.strip(", ")
+        self.say(self.programs)
+
     def let_it_sleep(self, seconds=IDLE_SECONDS):
         """From now on logind sends the idle machine to sleep."""
         self.machine.shell(
@@ -85,6 +93,12 @@ class Trial:
                 and "idle" in lock["what"].split(":")
                 and self.holder in (None, lock["uid"])]
 
+    def wait_for_hold(self, since):
+        """Until there is one for work, or until the machine sleeps without."""
+        self.machine.wait_until(
+            lambda: self.is_held_for_work() or self.machine.times("SUSPEND", since),
+            PATIENCE_SECONDS)
+
     def is_held_for_work(self):
         return any("waiting for work to resume" not in lock["why"] for lock in self.holds())
 
@@ -94,17 +108,19 @@ class Trial:
 
     # What every scenario does
 
-    def cycle(self, kind, user=USER):
-        """Work of that kind and user, sleep, and waking."""
+    def cycle(self, kind, user=USER, late=lambda: None):
+        """Work of that kind and user, sleep, and waking. `late` is called near the end of the work."""
         machine, begin = self.machine, time.monotonic()
         self.say(f"-- {kind}, {user}")
         with self.work(kind, user):
-            if self.check(machine.wait_until(self.is_held_for_work, PATIENCE_SECONDS),
-                          f"there is a hold for {kind}"):
+            self.wait_for_hold(begin)
+            if self.check(self.is_held_for_work(), f"there is a hold for {kind}"):
                 self.figure("held after", time.monotonic() - begin)
-            slept = machine.wait_until(lambda: machine.times("SUSPEND", begin), WORK_SECONDS)
+            slept = machine.wait_until(lambda: machine.times("SUSPEND", begin),
+                                       self.work_seconds)
             if not self.check(not slept, f"the machine stays awake for {kind}"):
                 machine.wake()
+            late()
             self.check(self.is_held_for_work(), f"the hold for {kind} lasts as long as the work")
         end = time.monotonic()
         if self.check(machine.wait_until(lambda: not self.holds(), PATIENCE_SECONDS),
@@ -130,9 +146,8 @@ class Trial:
             machine.shell(kill)
             self.check(machine.wait_until(lambda: not self.holds(), PATIENCE_SECONDS),
                        "the hold ends with Staylit")
-            back = machine.wait_until(
-                lambda: self.is_held_for_work() or machine.times("SUSPEND", begin),
-                PATIENCE_SECONDS)
+            self.wait_for_hold(begin)
+            back = self.is_held_for_work()
             if machine.times("SUSPEND", begin):
                 # Nothing holds until the next Staylit has seen the work for the sustain time.
                 self.say("the machine fell asleep before there was a hold again")
