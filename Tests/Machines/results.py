@@ -4,7 +4,7 @@ import datetime
 import json
 
 BEGIN, END = "<!-- machines: begin -->", "<!-- machines: end -->"
-HEAD = ("| scenario | machine | held after | released after | asleep after work | runs | "
+HEAD = ("| scenario | machine | held after | released after | asleep after work | sleeps | "
         "did not hold | on |")
 COLUMNS = ("held after", "released after", "asleep after work")
 
@@ -23,10 +23,11 @@ class Result:
         path.write_text(json.dumps(dataclasses.asdict(self), indent=1) + "\n")
 
     def row(self):
-        runs = len(self.figures.get("asleep after work", []))
+        sleeps = sum(len(seconds) for name, seconds in self.figures.items()
+                     if name.startswith("asleep"))
         cells = [f"`{self.scenario}`: {self.title}", self.machine,
                  *(span(self.figures.get(column, [])) for column in COLUMNS),
-                 str(runs), str(len(self.findings)), self.on]
+                 str(sleeps), str(len(self.findings)), self.on]
         return f"| {' | '.join(cells)} |"
 
 

@@ -54,6 +54,8 @@ class Session:
         end, shown = time.monotonic() + MOST_SETTLING_SECONDS, None
         came_by = time.monotonic() + (MOST_OPENING_SECONDS if after else 0)
         while time.monotonic() < end:
+            # Else the desktop may switch the display off, and nothing of all this would show.
+            self.machine.press("shift")
             before, shown = shown, self.machine.picture(name)
             awaited = time.monotonic() < came_by and not is_large(shown.changed(after))
             if before and not awaited and not shown.changed(before):
@@ -86,6 +88,8 @@ class Session:
 
     def look(self, before):
         """At the icon, the menu and both windows, from a desktop that looks like `before`."""
+        self.machine.press("shift")
+        time.sleep(MOST_OPENING_SECONDS / 3)
         icon = self.settled("icon")
         box = icon.changed(before)
         self.trial.check(box, "the panel shows the icon")

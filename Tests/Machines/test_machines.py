@@ -78,7 +78,8 @@ class Results(unittest.TestCase):
         self.assertEqual(results.span([]), "–")
 
     def test_a_row_has_what_was_measured(self):
-        row = result(figures={"held after": [13, 14], "asleep after work": [50, 60, 55]},
+        row = result(figures={"held after": [13, 14], "asleep after work": [50, 60],
+                              "asleep by its lid": [1]},
                      findings=["it slept"]).row()
         self.assertEqual(row, "| `a-12`: A | bookworm | 13 to 14 s | – | 50 to 60 s | 3 | 1 | "
                               "2026-11-22 |")
