@@ -6,11 +6,13 @@
 
 #include "Staylit/Prefs.h"
 #include "Tidewell/BatteryMonitor.h"
+#include "Tidewell/Words.h"
 
 namespace staylit {
 
 using tidewell::Moment;
 using tidewell::Seconds;
+using tidewell::Words;
 
 namespace {
 
