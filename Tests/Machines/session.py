@@ -127,7 +127,7 @@ class Session:
         return shown
 
     def replace_panel(self):
-        """The panel crashes, and the session starts it anew or is told to."""
+        """The panel crashes, and the session starts it anew."""
         self.trial.say("-- the panel crashes")
         before = self.settled("panel-before")
         self.machine.shell(f"kill -SEGV $(pgrep -u {USER} -o -x {self.desktop.panel})")

@@ -14,9 +14,10 @@ CONFIGURATION = f"/home/{USER}/.config"
 #: logind waits then.
 AWAY_SECONDS, IDLE_SECONDS = 20, 40
 
+# sway does not start a bar anew that has crashed.
 SWAY = f"""
 output * bg #32465a solid_color
-exec waybar
+exec sh -c 'while :; do waybar; sleep 1; done'
 exec swayidle -w timeout {AWAY_SECONDS} 'swaymsg "output * dpms off"' \\
   resume 'swaymsg "output * dpms on"'
 include /etc/sway/config.d/*
