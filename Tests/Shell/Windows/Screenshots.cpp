@@ -1,9 +1,10 @@
 // Draws both windows into PNG files that a person can look at. The windows are filled as on a busy
 // afternoon.
 //
-//   staylit-screenshots FOLDER [light|dark] [SCALE]
+//   staylit-screenshots FOLDER [light|dark|contrast] [SCALE] [STYLE, Fusion]
 //
-// In another language by the locale of the environment.
+// The style "desktop" leaves style and colours to the desktop's theme for Qt. In another language
+// by the locale of the environment.
 
 #include <QApplication>
 #include <QLineEdit>
@@ -34,6 +35,15 @@ QPalette darkPalette() {
   palette.setColor(QPalette::ToolTipBase, QColor(0x24, 0x24, 0x26));
   palette.setColor(QPalette::Highlight, QColor(0x3d, 0x8b, 0xe8));
   palette.setColor(QPalette::HighlightedText, Qt::white);
+  return palette;
+}
+
+/// White and yellow on black, as desktops for weak eyes have it.
+QPalette contrastPalette() {
+  QPalette palette(Qt::white, Qt::black, Qt::white, Qt::black, Qt::darkGray, Qt::white, Qt::white,
+                   Qt::black, Qt::black);
+  palette.setColor(QPalette::Highlight, Qt::yellow);
+  palette.setColor(QPalette::HighlightedText, Qt::black);
   return palette;
 }
 
@@ -94,6 +104,11 @@ class Studio {
     fakes_.mainLoop.runPosted();
     edit->setText("zzzz");
     save("apps-empty", *widget);
+    edit->clear();
+    fakes_.defaults.stored["ignoredApps"] = allIdentifiers(view);
+    fakes_.mainLoop.runPosted();
+    QTest::qWait(50);
+    save("apps-all-ignored", *widget);
   }
 
   void shootSettings() {
@@ -114,9 +129,20 @@ class Studio {
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
     QTest::qWait(200);
     save("settings-error", *widget);
+    fakes_.defaults.problem = "/home/kim/.config/staylit/settings.toml: No space left on device";
+    switches.at(3)->click();
+    QTest::qWait(200);
+    save("settings-unsaved", *widget);
   }
 
  private:
+  static std::vector<std::string> allIdentifiers(const AppsView& view) {
+    std::vector<std::string> identifiers;
+    for (const AppsView::Entry& entry : view.allEntries())
+      identifiers.push_back(entry.id);
+    return identifiers;
+  }
+
   static QWidget* show(Window& window, const char* title) {
     window.makeKeyAndOrderFront();
     QWidget* widget = findWindow(QString::fromUtf8(title));
@@ -137,12 +163,20 @@ class Studio {
   StaylitEngine engine_{fakes_.ports};
 };
 
+void dress(const std::string& look, const char* style) {
+  if (QString::fromUtf8(style) == "desktop") return;
+  QApplication::setStyle(QStyleFactory::create(style));
+  if (look == "dark") return QApplication::setPalette(darkPalette());
+  if (look == "contrast") return QApplication::setPalette(contrastPalette());
+  QApplication::setPalette(QApplication::style()->standardPalette());
+}
+
 }  // namespace
 }  // namespace staylit
 
 int main(int argumentCount, char** arguments) {
   if (argumentCount < 2) {
-    std::fprintf(stderr, "usage: %s FOLDER [light|dark] [SCALE]\n", arguments[0]);
+    std::fprintf(stderr, "usage: %s FOLDER [light|dark|contrast] [SCALE] [STYLE]\n", arguments[0]);
     return 2;
   }
   const std::string look = argumentCount > 2 ? arguments[2] : "light";
@@ -151,9 +185,7 @@ int main(int argumentCount, char** arguments) {
   qputenv("QT_SCALE_FACTOR", scale.c_str());
   tidewell::Words::setTranslator(platform::GettextTranslator::from(STAYLIT_CATALOGUES));
   staylit::WindowSystem::shared();
-  QApplication::setStyle(QStyleFactory::create("Fusion"));
-  QApplication::setPalette(look == "dark" ? staylit::darkPalette()
-                                          : QApplication::style()->standardPalette());
+  staylit::dress(look, argumentCount > 4 ? arguments[4] : "Fusion");
   staylit::Studio studio(arguments[1], "-" + look + "-" + scale);
   studio.shootApps();
   studio.shootSettings();
