@@ -2,7 +2,7 @@
 
 namespace staylit {
 
-const char* const PageParts::kStyleHash = "PP/o3GUToilh+ElsSJAhxfcb/rzkdePmB5h5wHoy2Gk=";
+const char* const PageParts::kStyleHash = "j7ijMSoOprRxUasp/7yFK03LzQrcoau3gmKSAgwmSQ8=";
 const char* const PageParts::kStyle = R"css(
 :root{color-scheme:light dark;
 --paper:#fbfaf8;--card:#fff;--ink:#1e1b2e;--soft:#5c5870;--line:#dcd8e4;--grid:#dfdbe7;--track:#f4f2f7;--gap:#8b8699;
@@ -19,7 +19,7 @@ html{scroll-padding-top:1rem}
 body{margin:0 auto;padding:1.5rem clamp(.9rem,3vw,2.5rem) 3rem;max-width:74rem;background:var(--paper);color:var(--ink);
 font:1rem/1.5 system-ui,"Segoe UI",Roboto,"Noto Sans","DejaVu Sans",sans-serif;font-variant-numeric:tabular-nums;overflow-wrap:anywhere}
 h1,h2,h3,p{margin:0}
-h1{display:flex;align-items:center;gap:.7rem;font-size:1.05rem;font-weight:600;color:var(--soft)}
+h1{display:flex;align-items:center;gap:.7rem;font-size:1.05rem;font-weight:600;color:var(--soft);text-wrap:balance}
 h1 svg{flex:none;width:1.9rem;height:1.9rem;fill:var(--held)}
 h2,.day h3{font-size:1.3rem;font-weight:700;line-height:1.3;margin:0}
 h3{font-size:1.05rem;margin:1.6rem 0 .4rem}
@@ -28,6 +28,7 @@ a{color:var(--link)}
 .skip:focus{left:1rem;top:.5rem;padding:.4rem .8rem;background:var(--card);z-index:2}
 :focus-visible{outline:3px solid var(--focus);outline-offset:2px;border-radius:3px}
 .answer{margin:.9rem 0 .3rem;font-size:clamp(1.35rem,1rem + 1.7vw,2rem);line-height:1.25;font-weight:600;letter-spacing:-.01em;text-wrap:balance;max-width:60rem}
+.more,section p{text-wrap:pretty}
 .more{color:var(--soft);max-width:50rem}
 section{margin-top:2rem;padding:1.1rem clamp(.8rem,2vw,1.5rem) 1.3rem;background:var(--card);border:1px solid var(--line);border-radius:14px}
 section p{margin-top:.15rem;color:var(--soft);max-width:52rem}
@@ -93,7 +94,7 @@ footer p{max-width:52rem}
 .lanes td.sum{text-align:right}
 .lanes tr.rule{padding-top:.7rem}
 .hours .odd{display:none}
-.sums .bar{display:none}.sums .name{width:auto}.sums .n{width:6.4rem}.sums thead .n{white-space:normal}
+.sums .bar{display:none}.sums .name{width:auto}.sums .n{width:6.3rem}.sums tbody .n{font-size:.88rem}.sums thead .n{white-space:normal}
 .log,.log tbody{display:block}
 .log tr{display:grid;grid-template-columns:1fr auto;padding:.35rem 0}
 .log thead{display:none}
