@@ -28,10 +28,10 @@ QSize fittingSize(QSize wanted, QSize room) {
           std::min(wanted.height(), std::max(room.height() - kFrame, kFrame))};
 }
 
-FixedWindow::FixedWindow(const WindowStyle& style) : QWidget(nullptr, kFlags) {
+FixedWindow::FixedWindow(const WindowStyle& style)
+    : QWidget(nullptr, kFlags), wanted_(rounded(style.contentSize)) {
   setWindowTitle(qt(style.title));
-  const QSize wanted = rounded(style.contentSize);
-  setFixedSize(screen() ? fittingSize(wanted, screen()->availableSize()) : wanted);
+  growTo(0);
   connect(new QShortcut(QKeySequence::Close, this), &QShortcut::activated, this, &QWidget::close);
 }
 
@@ -39,6 +39,11 @@ void FixedWindow::setContent(QWidget* content) {
   auto* layout = new QVBoxLayout(this);
   layout->setContentsMargins(0, 0, 0, 0);
   layout->addWidget(content);
+}
+
+void FixedWindow::growTo(int contentHeight) {
+  wanted_.setHeight(std::max(wanted_.height(), contentHeight));
+  setFixedSize(screen() ? fittingSize(wanted_, screen()->availableSize()) : wanted_);
 }
 
 void FixedWindow::keyPressEvent(QKeyEvent* event) {

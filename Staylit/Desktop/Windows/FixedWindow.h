@@ -12,14 +12,17 @@ namespace staylit::windows {
 /// so that the title bar stays in sight.
 QSize fittingSize(QSize wanted, QSize room);
 
-/// A window with a title and a close button, of one size. Escape and Ctrl+W close it; closing only
-/// hides it.
+/// A window with a title and a close button, of a size that the user cannot change. Escape and
+/// Ctrl+W close it; closing only hides it.
 class FixedWindow : public QWidget, public Spoken {
  public:
   explicit FixedWindow(const WindowStyle& style);
 
   /// Fills the window with the widget, and takes the widget over.
   void setContent(QWidget* content);
+  /// Makes the window higher where the content needs more than its height, as far as the screen
+  /// has room.
+  void growTo(int contentHeight);
 
   /// `onEscape` is called when the user presses Escape. When it returns true, it has undone
   /// something smaller, and the window stays open.
@@ -31,6 +34,7 @@ class FixedWindow : public QWidget, public Spoken {
   void keyPressEvent(QKeyEvent* event) override;
 
  private:
+  QSize wanted_;
   std::function<bool()> onEscape_;
 };
 

@@ -123,7 +123,11 @@ std::unique_ptr<Window> QtWindowKit::makeAppsWindow(const WindowStyle& style, Ap
 std::unique_ptr<Window> QtWindowKit::makeSettingsWindow(const WindowStyle& style,
                                                         SettingsView& view) {
   auto window = std::make_unique<FixedWindow>(style);
-  window->setContent(new SettingsContent(view, window.get()));
+  auto* content = new SettingsContent(view, window.get());
+  window->setContent(content);
+  // The form is higher than the window was asked to be. Scrolling it for a few points would only
+  // hide its last switch.
+  window->growTo(content->formHeight());
   return std::make_unique<QtWindow>(std::move(window), key_);
 }
 

@@ -84,14 +84,33 @@ class SettingsWindowTest : public WindowsTest {
 
 // The window.
 
-TEST_F(SettingsWindowTest, HasAFixedSizeAndScrollsAHigherForm) {
-  EXPECT_EQ(widget->size(), QSize(460, 560));
+TEST_F(SettingsWindowTest, HasAFixedSizeAndIsAsHighAsItsForm) {
   EXPECT_EQ(form().width(), 460);
   EXPECT_GE(form().height(), 620);
-  EXPECT_EQ(area().verticalScrollBar()->maximum(), form().height() - 560);
+  EXPECT_EQ(widget->size(), form().size());
+  EXPECT_EQ(widget->minimumSize(), widget->maximumSize());
+  EXPECT_EQ(area().verticalScrollBar()->maximum(), 0);
+}
+
+TEST_F(SettingsWindowTest, ScrollsTheFormWhereTheScreenHasNoRoomForIt) {
+  widget->setFixedSize(460, 400);
+  turn();
+  EXPECT_EQ(area().verticalScrollBar()->maximum(), form().height() - 400);
+}
+
+TEST_F(SettingsWindowTest, CutsNoSwitchOffWhereTheScreenIsNarrow) {
+  const int high = form().height();
+  widget->setFixedSize(340, 560);
+  turn();
+  EXPECT_EQ(form().width(), 340);
+  EXPECT_GT(form().height(), high) << "the captions have more lines";
+  const QWidget& control = toggle(Control::keepScreenOn);
+  EXPECT_LE(control.mapTo(widget, QPoint(control.width(), 0)).x(), 340);
 }
 
 TEST_F(SettingsWindowTest, LeavesRoomBetweenTheCardsAndTheScrollBar) {
+  widget->setFixedSize(460, 400);
+  turn();
   const auto& card = childOf<windows::Card>(form());
   const int right = card.mapTo(widget, QPoint(card.width(), 0)).x();
   for (const auto* bar : area().findChildren<QScrollBar*>()) {
@@ -262,6 +281,8 @@ TEST_F(SettingsWindowTest, TabGoesThroughAllControlsInTheirOrder) {
 }
 
 TEST_F(SettingsWindowTest, TabAndShiftTabShowTheWholeRowWithItsCaption) {
+  widget->setFixedSize(460, 400);
+  turn();
   slider(Control::grace).setFocus(Qt::TabFocusReason);
   for (int step = 0; step < 14; ++step) {
     const bool isBack = step >= 7;
@@ -353,6 +374,8 @@ TEST_F(SettingsWindowTest, FollowsPowerStateAndWatchList) {
 
 TEST_F(SettingsWindowTest, KeepsTheKeyboardAndTheScrollPositionThroughChanges) {
   toggle(Control::honorAssertions).setFocus(Qt::TabFocusReason);
+  widget->setFixedSize(460, 400);
+  turn();
   area().verticalScrollBar()->setValue(40);
   Switch* before = &toggle(Control::honorAssertions);
   engine->powerState().set({true, 81, false, true});

@@ -36,6 +36,11 @@ void SettingsContent::showEvent(QShowEvent* event) {
   OverlayScrollArea::showEvent(event);
 }
 
+void SettingsContent::resizeEvent(QResizeEvent* event) {
+  OverlayScrollArea::resizeEvent(event);
+  form_->fitInto(viewport()->width());
+}
+
 /// Brings the whole row into sight, with its caption: the area by itself looks only after the
 /// control.
 bool SettingsContent::focusNextPrevChild(bool next) {

@@ -12,7 +12,11 @@ class SettingsContent : public OverlayScrollArea {
  public:
   SettingsContent(SettingsView& view, QWidget* parent);
 
+  /// What the whole form needs, in points.
+  [[nodiscard]] int formHeight() const { return form_->height(); }
+
  protected:
+  void resizeEvent(QResizeEvent* event) override;
   void showEvent(QShowEvent* event) override;
   bool focusNextPrevChild(bool next) override;
 

@@ -9,7 +9,6 @@
 namespace staylit::windows {
 namespace {
 
-constexpr int kWidth = 460;
 constexpr int kHeight = 620;
 constexpr int kSide = 20;
 constexpr int kMargin = 16;
@@ -33,7 +32,12 @@ void SettingsForm::show(const std::vector<SettingsView::Section>& sections) {
       rows_[next++]->show(row);
   }
   shown_ = sections;
-  fitHeight();
+  fit();
+}
+
+void SettingsForm::fitInto(int width) {
+  width_ = std::min(kWidth, width);
+  fit();
 }
 
 bool SettingsForm::fits(const std::vector<SettingsView::Section>& sections) const {
@@ -82,12 +86,12 @@ SettingsRow* SettingsForm::row(SettingsView::Control control) const {
   return found == rows_.end() ? nullptr : *found;
 }
 
-void SettingsForm::fitHeight() {
+void SettingsForm::fit() {
   column_->activate();
   // A large font, or an error, needs more room than the form's own height.
-  const int needed = column_->hasHeightForWidth() ? column_->totalHeightForWidth(kWidth)
+  const int needed = column_->hasHeightForWidth() ? column_->totalHeightForWidth(width_)
                                                   : column_->totalSizeHint().height();
-  setFixedSize(kWidth, std::max(kHeight, needed));
+  setFixedSize(width_, std::max(kHeight, needed));
 }
 
 }  // namespace staylit::windows
