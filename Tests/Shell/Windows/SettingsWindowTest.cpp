@@ -188,6 +188,31 @@ TEST_F(SettingsWindowTest, NoTextIsCutOff) {
 
 // Sliders.
 
+TEST_F(SettingsWindowTest, ASliderShowsItsValueAndItsFocusOnABlackGround) {
+  QPalette black(Qt::white, Qt::black, Qt::white, Qt::black, Qt::gray, Qt::white, Qt::black);
+  black.setColor(QPalette::Highlight, QColor(40, 60, 90));
+  StepSlider& shown = slider(Control::battery);
+  shown.setPalette(black);
+  const QColor ground = windows::Surface::card(black).background;
+  const auto signs = [&] {
+    const QImage image = shown.grab().toImage();
+    int count = 0;
+    for (int y = 0; y < image.height(); ++y) {
+      for (int x = 0; x < image.width(); ++x)
+        count += windows::contrast(image.pixelColor(x, y), ground) >= 2.9 ? 1 : 0;
+    }
+    return count;
+  };
+  shown.setValue(0);
+  const int handle = signs();
+  EXPECT_GE(handle, 100) << "the handle alone";
+  shown.setValue(50);
+  EXPECT_GT(signs(), 2 * handle) << "all of the groove is filled";
+  const int withoutRing = signs();
+  shown.setFocus(Qt::TabFocusReason);
+  EXPECT_GT(signs(), withoutRing + 20);
+}
+
 TEST_F(SettingsWindowTest, ArrowKeysMoveASliderByItsStepAndStoreIt) {
   slider(Control::grace).setFocus(Qt::TabFocusReason);
   press(Qt::Key_Right);
