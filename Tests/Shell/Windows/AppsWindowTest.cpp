@@ -1,5 +1,7 @@
 #include <QAccessible>
 #include <QHelpEvent>
+#include <QImage>
+#include <QProxyStyle>
 #include <QPushButton>
 #include <QScrollBar>
 #include <QToolTip>
@@ -27,6 +29,16 @@ BusyApp busy(std::string id, std::string display, double cpuPercent) {
   app.cpuPercent = cpuPercent;
   return app;
 }
+
+/// Wants far more room for a line edit than its text needs.
+class RoomyStyle : public QProxyStyle {
+ public:
+  QSize sizeFromContents(ContentsType type, const QStyleOption* option, const QSize& size,
+                         const QWidget* widget) const override {
+    const QSize wanted = QProxyStyle::sizeFromContents(type, option, size, widget);
+    return type == CT_LineEdit ? wanted + QSize(0, 30) : wanted;
+  }
+};
 
 class AppsWindowTest : public WindowsTest {
  protected:
@@ -250,6 +262,28 @@ TEST_F(AppsWindowTest, AHeadingThatIsNotInSightStandsAtTheEdgeAndLeadsToItsSecti
   heads[0]->click();
   turn();
   EXPECT_EQ(list().verticalScrollBar()->value(), 0);
+}
+
+TEST_F(AppsWindowTest, AHeadAtTheEdgeRespondsToTheMouse) {
+  auto& head = *childrenOf<windows::SectionHead>(list())[1];
+  ASSERT_TRUE(head.isVisible());
+  const auto ground = [&head] { return head.grab().toImage().pixelColor(head.width() - 3, 10); };
+  const QColor resting = ground();
+  head.setAttribute(Qt::WA_UnderMouse);
+  const QColor hovered = ground();
+  head.setDown(true);
+  EXPECT_LT(hovered.lightness(), resting.lightness());
+  EXPECT_LT(ground().lightness(), hovered.lightness());
+}
+
+TEST_F(AppsWindowTest, TheSearchFieldIsAsHighAsItsTextInEveryStyle) {
+  auto& field = childOf<windows::SearchField>(*widget);
+  const int high = field.height();
+  RoomyStyle roomy;
+  search().setStyle(&roomy);
+  turn();
+  EXPECT_EQ(field.height(), high);
+  search().setStyle(nullptr);
 }
 
 TEST_F(AppsWindowTest, TheHeadsAtTheEdgesDoNotCoverTheRowOfTheKeyboard) {

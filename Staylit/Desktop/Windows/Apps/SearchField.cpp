@@ -20,6 +20,7 @@ constexpr int kFieldPadding = 7;
 constexpr int kSpacing = 6;
 constexpr int kFieldRadius = 7;
 constexpr int kSymbol = 16;
+constexpr int kEditMargin = 1;  ///< Above and below the text.
 
 }  // namespace
 
@@ -45,6 +46,7 @@ SearchField::SearchField(const AppsView::Header& texts, QWidget* parent)
   describe(*edit_, qt(texts.searchPlaceholder), qt(texts.subtitle));
   edit_->installEventFilter(this);
   followPalette();
+  followFont();
   setCursor(Qt::IBeamCursor);
 
   clear_->hide();
@@ -81,11 +83,17 @@ void SearchField::changeEvent(QEvent* event) {
 
 bool SearchField::eventFilter(QObject* watched, QEvent* event) {
   if (event->type() == QEvent::FocusIn || event->type() == QEvent::FocusOut) update();
+  if (event->type() == QEvent::FontChange) followFont();
   return QWidget::eventFilter(watched, event);
 }
 
 void SearchField::mousePressEvent(QMouseEvent*) {
   edit_->setFocus(Qt::MouseFocusReason);
+}
+
+/// Some styles give a line edit room for a frame that this one does not have.
+void SearchField::followFont() {
+  edit_->setFixedHeight(edit_->fontMetrics().height() + 2 * kEditMargin);
 }
 
 void SearchField::followPalette() {

@@ -22,6 +22,7 @@ class SearchField : public QWidget {
 
  private:
   void followPalette();
+  void followFont();
 
   QString symbol_;
   QLineEdit* edit_;

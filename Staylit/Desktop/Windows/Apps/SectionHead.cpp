@@ -10,12 +10,15 @@ namespace staylit::windows {
 namespace {
 
 constexpr int kHeadMargin = 7;  ///< Above and below the title.
+constexpr double kHeadHoverShare = 0.07;
+constexpr double kHeadPressedShare = 0.14;
 
 }  // namespace
 
 SectionHead::SectionHead(Edge edge, QWidget* list) : QAbstractButton(list), edge_(edge) {
   setFocusPolicy(Qt::NoFocus);
   setCursor(Qt::PointingHandCursor);
+  setAttribute(Qt::WA_Hover);
   hide();
 }
 
@@ -39,7 +42,8 @@ void SectionHead::paintEvent(QPaintEvent*) {
   QPainter painter(this);
   painter.setRenderHint(QPainter::Antialiasing);
   const Surface surface = Surface::base(palette());
-  painter.fillRect(rect(), surface.background);
+  const double share = isDown() ? kHeadPressedShare : underMouse() ? kHeadHoverShare : 0;
+  painter.fillRect(rect(), mixed(surface.text, surface.background, share));
   const int line = edge_ == Edge::upper ? height() - 1 : 0;
   painter.fillRect(QRect(0, line, width(), 1), lineColor(surface));
   QStyleOptionViewItem option;
