@@ -109,6 +109,7 @@ class Studio {
     fakes_.mainLoop.runPosted();
     QTest::qWait(50);
     save("apps-all-ignored", *widget);
+    fakes_.defaults.stored["ignoredApps"] = std::vector<std::string>{"com.spotify.client", "rsync"};
   }
 
   void shootSettings() {
