@@ -214,8 +214,8 @@ std::string_view nameOf(Decider::Action action) {
   return "unknown";
 }
 
-/// Programs at work rest now and then.
-constexpr tidewell::Seconds kDoubtfulQuiet{30};
+/// Programs at work rest for some seconds now and then.
+constexpr tidewell::Seconds kDoubtfulQuiet{10};
 
 /// Whether somebody may want to look whether the hold is still meant.
 bool isDoubtful(const Hold& hold) {

@@ -196,9 +196,10 @@ TEST_F(StatusQueryTest, SkipsWhatItDoesNotKnowAndCleansTheRest) {
                                INT64_MAX, "Services", "a(sx)", 1, "\x07", INT64_MIN);
   });
   EXPECT_EQ(ask(), 0);
-  EXPECT_EQ(console.output,
-            "a\uFFFD[2Jb\uFFFDc\nSince:      11:33:20 (0 s)\nHeld by:    \uFFFD (not read back "
-            "yet)\nPower:      no battery \u00B7 battery \u00B7 lowPower=false\n");
+  EXPECT_EQ(
+      console.output,
+      "a\uFFFD[2Jb\uFFFDc\nSince:      2261-07-15 11:33:20 (0 s)\nHeld by:    \uFFFD (not read "
+      "back yet)\nPower:      no battery \u00B7 battery \u00B7 lowPower=false\n");
 }
 
 TEST_F(StatusQueryTest, FollowsTheChanges) {

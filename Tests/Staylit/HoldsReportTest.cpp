@@ -217,8 +217,8 @@ TEST(HoldsReport, SaysWhatAnOwnerDoes) {
   using State = Activity::State;
   EXPECT_EQ(doing({State::gone, 0, std::nullopt}), "!its process is gone");
   EXPECT_EQ(doing({State::quiet, 0, std::nullopt}), "!quiet as long as it was watched");
-  EXPECT_EQ(doing({State::quiet, 0, 30s}), "!quiet for 30 s");
-  EXPECT_EQ(doing({State::quiet, 0, 29s}), " quiet for 29 s") << "work has its pauses";
+  EXPECT_EQ(doing({State::quiet, 0, 10s}), "!quiet for 10 s");
+  EXPECT_EQ(doing({State::quiet, 0, 9s}), " quiet for 9 s") << "work has its pauses";
   EXPECT_EQ(doing({State::active, 0.4, std::nullopt}), " less than 1% CPU");
   EXPECT_EQ(doing({State::active, 1.0, std::nullopt}), " 1% CPU");
   EXPECT_EQ(doing({State::active, 187.6, std::nullopt}), " 188% CPU");
