@@ -66,6 +66,11 @@ std::string watching() {
                                   "all but {count}", "all but {count}");
 }
 
+std::string inSeconds(std::int64_t seconds) {
+  // TRANSLATORS: what a slider stands at.
+  return Words::shown().phraseFor(seconds, "{count} seconds", "{count} seconds");
+}
+
 }  // namespace
 
 SettingsView::SettingsView(StaylitEngine& engine, tidewell::Ports& ports)
@@ -162,7 +167,8 @@ SettingsView::Section SettingsView::batterySection() const {
 
 Slider SettingsView::graceSlider() const {
   Slider made = slider(grace_, kShortestGraceSeconds, kLongestGraceSeconds, 30);
-  made.text = formatted(grace_);
+  // The label leaves half a minute out. Who hears each step must hear that it is another.
+  made.text = grace_ % 60 == 0 ? formatted(grace_) : inSeconds(grace_);
   made.minimumText = formatted(made.minimum);
   made.maximumText = formatted(made.maximum);
   return made;
@@ -188,10 +194,7 @@ std::string SettingsView::rightNow() const {
 
 std::string SettingsView::formatted(std::int64_t seconds) {
   const Words& words = Words::shown();
-  if (seconds < 60) {
-    // TRANSLATORS: what a slider stands at.
-    return words.phraseFor(seconds, "{count} seconds", "{count} seconds");
-  }
+  if (seconds < 60) return inSeconds(seconds);
   if (seconds == 60) return words.phrase("1 minute");
   return words.phraseFor(seconds / 60, "{count} minutes", "{count} minutes");
 }

@@ -82,7 +82,7 @@ class ChooseApps(WindowTest):
             'list item "Not watching, 1" — Ignored, however busy they get',
             'list item "rsync, not watching" — Stay awake for this again',
             'label "1 ignored"',
-            'push button "Watch everything"'])
+            'push button "Watch everything" — 1 ignored'])
         self.assertEqual(len(lines), 6 + 37 + 4)
 
     def test_the_keys_reach_everything_and_move_applications(self):
@@ -202,7 +202,7 @@ class Settings(WindowTest):
             self.wait_for_stored(key, before)
 
     def test_the_keys_move_the_sliders_and_say_the_values_in_words(self):
-        self.say_after("Right", "2 minutes")
+        self.say_after("Right", "150 seconds")
         self.wait_for_stored("graceSeconds", 150)
         self.say_after("End", "10 minutes")
         self.wait_for_stored("graceSeconds", 600)

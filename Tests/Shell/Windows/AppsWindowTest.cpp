@@ -276,6 +276,15 @@ TEST_F(AppsWindowTest, AHeadAtTheEdgeRespondsToTheMouse) {
   EXPECT_LT(ground().lightness(), hovered.lightness());
 }
 
+TEST_F(AppsWindowTest, TheWheelOverAHeadAtTheEdgeMovesTheList) {
+  auto& head = *childrenOf<windows::SectionHead>(list())[1];
+  const QPointF middle(head.rect().center());
+  QWheelEvent event(middle, head.mapToGlobal(middle), QPoint(), QPoint(0, -120), Qt::NoButton,
+                    Qt::NoModifier, Qt::NoScrollPhase, false);
+  QCoreApplication::sendEvent(&head, &event);
+  EXPECT_GT(list().verticalScrollBar()->value(), 0);
+}
+
 TEST_F(AppsWindowTest, TheSearchFieldIsAsHighAsItsTextInEveryStyle) {
   auto& field = childOf<windows::SearchField>(*widget);
   const int high = field.height();

@@ -213,6 +213,23 @@ TEST_F(SettingsWindowTest, ASliderShowsItsValueAndItsFocusOnABlackGround) {
   EXPECT_GT(signs(), withoutRing + 20);
 }
 
+TEST_F(SettingsWindowTest, TheRingOfASliderIsWholeAtBothEnds) {
+  StepSlider& shown = slider(Control::battery);
+  shown.setFocus(Qt::TabFocusReason);
+  const QColor ground = windows::Surface::card(shown.palette()).background;
+  const auto touches = [&](int x) {
+    const QImage image = shown.grab().toImage();
+    for (int y = 0; y < image.height(); ++y) {
+      if (windows::contrast(image.pixelColor(x, y), ground) >= 2) return true;
+    }
+    return false;
+  };
+  shown.setValue(shown.minimum());
+  EXPECT_FALSE(touches(0));
+  shown.setValue(shown.maximum());
+  EXPECT_FALSE(touches(shown.width() - 1));
+}
+
 TEST_F(SettingsWindowTest, ArrowKeysMoveASliderByItsStepAndStoreIt) {
   slider(Control::grace).setFocus(Qt::TabFocusReason);
   press(Qt::Key_Right);

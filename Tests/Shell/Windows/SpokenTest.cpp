@@ -181,6 +181,33 @@ TEST_F(SpokenTest, AnErrorOfTheLidSwitchIsSaid) {
   control<Switch>(Control::lidClosed).setFocus(Qt::TabFocusReason);
   press(Qt::Key_Space);
   EXPECT_EQ(said(), "Administrator approval was declined.");
+  windows::Announcer::of(*widget).say("something else");
+  fakes.scripts.nextOutcomes.push_back(tidewell::FakePrivilegedScripts::declined());
+  press(Qt::Key_Space);
+  EXPECT_EQ(said(), "Administrator approval was declined.") << "each time";
+}
+
+TEST_F(SpokenTest, ASliderSaysEachStepOtherwise) {
+  openSettings();
+  control<StepSlider>(Control::grace).setFocus(Qt::TabFocusReason);
+  press(Qt::Key_Right);
+  EXPECT_TRUE(QTest::qWaitFor([this] { return !said().empty(); }, 10'000));
+  EXPECT_EQ(said(), "150 seconds");
+}
+
+TEST_F(SpokenTest, ASearchWithoutAHitKeepsTheKeyboardAndSaysSo) {
+  openApps();
+  type("no such application");
+  press(Qt::Key_Down);
+  EXPECT_EQ(said(), "Staying awake for, 0. Not watching, 0");
+  EXPECT_FALSE(list().hasFocus());
+}
+
+TEST_F(SpokenTest, TheButtonThatTakesAllBackSaysHowManyThereAre) {
+  ignore({"make", "rsync"});
+  openApps();
+  EXPECT_EQ(spoken(childOf<QPushButton>(*widget)).text(QAccessible::Description).toStdString(),
+            "2 ignored");
 }
 
 }  // namespace

@@ -143,6 +143,10 @@ bool AppsContent::eventFilter(QObject* watched, QEvent* event) {
   // The Down key leads from the search to the first application.
   if (watched == &search_->edit() && event->type() == QEvent::KeyPress &&
       static_cast<QKeyEvent*>(event)->key() == Qt::Key_Down) {
+    if (!list_->apps().nextEntry(0, 1).isValid()) {
+      Announcer::of(*this).say(list_->apps().spokenCounts());
+      return true;
+    }
     list_->putKeyboardOnFirst();
     list_->setFocus(Qt::OtherFocusReason);
     return true;
@@ -156,6 +160,7 @@ void AppsContent::refresh() {
   footerText_->setText(qt(footer.text));
   footerButton_->setText(qt(footer.button));
   footerButton_->setEnabled(footer.buttonEnabled);
+  describe(*footerButton_, qt(footer.button), qt(footer.text));
 }
 
 }  // namespace staylit::windows

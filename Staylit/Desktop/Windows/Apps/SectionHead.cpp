@@ -1,7 +1,10 @@
 #include "Staylit/Desktop/Windows/Apps/SectionHead.h"
 
+#include <QAbstractScrollArea>
+#include <QCoreApplication>
 #include <QPainter>
 #include <QStyleOptionViewItem>
+#include <QWheelEvent>
 
 #include "Staylit/Desktop/Windows/Parts/QtText.h"
 #include "Staylit/Desktop/Windows/Parts/Shades.h"
@@ -51,6 +54,11 @@ void SectionHead::paintEvent(QPaintEvent*) {
   option.font = font();
   option.rect = rect().adjusted(0, kHeadMargin, 0, -kHeadMargin);
   AppsPainter::paintHeadingTitle(painter, option, heading_);
+}
+
+void SectionHead::wheelEvent(QWheelEvent* event) {
+  auto* list = qobject_cast<QAbstractScrollArea*>(parentWidget());
+  if (list) QCoreApplication::sendEvent(list->viewport(), event);
 }
 
 }  // namespace staylit::windows

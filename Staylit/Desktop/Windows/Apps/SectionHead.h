@@ -25,6 +25,8 @@ class SectionHead : public QAbstractButton {
 
  protected:
   void paintEvent(QPaintEvent* event) override;
+  /// Moves the list, which would not get the event of a widget that lies on it.
+  void wheelEvent(QWheelEvent* event) override;
 
  private:
   const Edge edge_;

@@ -53,7 +53,9 @@ void ToggleRow::reachIntoMargins(bool hasNotes) {
 }
 
 void ToggleRow::showContent(const SettingsView::Row& row) {
-  switch_->setChecked(std::get<SettingsView::Toggle>(row.content).isOn);
+  const bool isOn = std::get<SettingsView::Toggle>(row.content).isOn;
+  if (switch_->isChecked() != isOn) sayErrorAgain();
+  switch_->setChecked(isOn);
 }
 
 void ToggleRow::mousePressEvent(QMouseEvent* event) {

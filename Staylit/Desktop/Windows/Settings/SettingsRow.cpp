@@ -95,7 +95,8 @@ QString SettingsRow::focusDescription(const SettingsView::Row& row) const {
 }
 
 void SettingsRow::showError(const QString& text) {
-  const bool isNew = !text.isEmpty() && text != error_->text();
+  const bool isAgain = std::exchange(saysErrorAgain_, false);
+  const bool isNew = !text.isEmpty() && (isAgain || text != error_->text());
   showNote(*error_, text);
   if (!isNew) return;
   Announcer::of(*this).say(text);

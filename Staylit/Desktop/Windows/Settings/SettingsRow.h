@@ -42,6 +42,9 @@ class SettingsRow : public QWidget, public Spoken {
   QVBoxLayout& column() { return *column_; }
   [[nodiscard]] TextLabel* label() const { return label_; }
   [[nodiscard]] const TextLabel* caption() const { return caption_; }
+  /// What the user has just chosen did not come about: its error is said, even if it is the last
+  /// one once more.
+  void sayErrorAgain() { saysErrorAgain_ = true; }
   /// Adds the error and the caption, which are the last two lines of the column.
   void addNotes();
 
@@ -53,6 +56,7 @@ class SettingsRow : public QWidget, public Spoken {
   TextLabel* label_;
   TextLabel* error_;
   TextLabel* caption_;
+  bool saysErrorAgain_ = false;
 };
 
 }  // namespace staylit::windows

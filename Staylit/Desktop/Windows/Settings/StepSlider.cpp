@@ -14,7 +14,8 @@ constexpr double kGroove = 4;
 constexpr double kGrooveShare = 0.22;
 constexpr double kHandle = 14;
 constexpr double kHandleHoverShare = 0.12;
-constexpr int kRoomForRing = 3;  ///< On every side of the handle.
+constexpr int kRoomForRing = 3;   ///< On every side of the handle.
+constexpr double kToRing = 1.75;  ///< From the edge of the handle to the middle of the ring.
 
 QColor accentOf(const QPalette& palette, const Surface& card) {
   return legible(palette.color(QPalette::Highlight), card.background, kSignContrast);
@@ -87,21 +88,22 @@ void StepSlider::paintEvent(QPaintEvent*) {
   paintThumb(painter, card);
 }
 
-/// The centre of the handle, where the style too has it when it looks what the mouse has hit.
+/// The centre of the handle: where the style has it, too, when it looks what the mouse has hit; at
+/// the ends a little further in, so that the ring has room.
 QPointF StepSlider::thumb() const {
   QStyleOptionSlider option;
   initStyleOption(&option);
   const QRectF place =
       style()->subControlRect(QStyle::CC_Slider, &option, QStyle::SC_SliderHandle, this);
-  const double room = kHandle / 2;
+  const double room = kHandle / 2 + kRoomForRing;
   return {std::clamp(place.center().x(), room, std::max(room, width() - room)), height() / 2.0};
 }
 
 void StepSlider::paintGroove(QPainter& painter, const Surface& card) const {
   const double top = (height() - kGroove) / 2;
   const double middle = thumb().x();
-  const QRectF left(0, top, middle, kGroove);
-  const QRectF right(middle, top, width() - middle, kGroove);
+  const QRectF left(kRoomForRing, top, middle - kRoomForRing, kGroove);
+  const QRectF right(middle, top, width() - kRoomForRing - middle, kGroove);
   const bool toTheLeft = layoutDirection() == Qt::RightToLeft;
   painter.setPen(Qt::NoPen);
   painter.setBrush(mixed(card.text, card.background, kGrooveShare));
@@ -119,7 +121,7 @@ void StepSlider::paintThumb(QPainter& painter, const Surface& card) const {
   if (!hasFocus() || !byKeyboard_) return;
   painter.setPen(QPen(accent, 1.5));
   painter.setBrush(Qt::NoBrush);
-  painter.drawEllipse(thumb(), kHandle / 2 + 2, kHandle / 2 + 2);
+  painter.drawEllipse(thumb(), kHandle / 2 + kToRing, kHandle / 2 + kToRing);
 }
 
 }  // namespace staylit::windows
