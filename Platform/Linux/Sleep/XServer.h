@@ -26,6 +26,9 @@ std::string xCookie(std::string_view authority, std::string_view displayNumber);
 
 /// A short conversation with an X server about how long nobody has used keyboard or mouse. Waits
 /// for at most a second for each answer. After an answer that does not come, nothing more is asked.
+///
+/// It speaks the few requests of the protocol itself: the library for it waits without a limit for
+/// a server that is silent, and a machine without a desktop shall not have to have it.
 class XServer {
  public:
   /// Absent when the server cannot be reached, or does not let this program in.
