@@ -7,8 +7,8 @@
 #include <bit>
 #include <cstdlib>
 #include <cstring>
-#include <fstream>
-#include <iterator>
+
+#include "Platform/Linux/Files/RegularFile.h"
 
 namespace platform {
 namespace {
@@ -114,12 +114,6 @@ std::optional<std::string_view> takePart(std::string_view& rest) {
   return part;
 }
 
-std::string contents(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  std::string bytes(std::istreambuf_iterator<char>(file), {});
-  return bytes.size() > kMostAuthority ? "" : bytes;
-}
-
 std::string variable(const char* name) {
   const char* value = std::getenv(name);
   return value ? value : "";
@@ -149,7 +143,8 @@ std::optional<XAddress> XAddress::ofEnvironment() {
     return std::nullopt;
   std::string file = variable("XAUTHORITY");
   if (file.empty()) file = variable("HOME") + "/.Xauthority";
-  return XAddress{"/tmp/.X11-unix/X" + number, xCookie(contents(file), number)};
+  return XAddress{"/tmp/.X11-unix/X" + number,
+                  xCookie(readRegularFile(file, kMostAuthority).text, number)};
 }
 
 std::optional<XServer> XServer::connect(const XAddress& address) {

@@ -1,6 +1,7 @@
 #include "Platform/Linux/Sleep/XServer.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <chrono>
 #include <string>
@@ -90,6 +91,17 @@ TEST(XServerTest, TheEnvironmentNamesTheServer) {
   ASSERT_TRUE(address);
   EXPECT_EQ(address->socket, "/tmp/.X11-unix/X3");
   EXPECT_EQ(address->cookie, "of 3");
+}
+
+TEST(XServerTest, AnAuthorityFileThatIsAPipeIsNotWaitedFor) {
+  const TemporaryFolder folder;
+  const std::string pipe = folder.path("authority");
+  ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+  const ScopedEnvironment file("XAUTHORITY", pipe);
+  const ScopedEnvironment display("DISPLAY", ":3");
+  const auto address = XAddress::ofEnvironment();
+  ASSERT_TRUE(address);
+  EXPECT_EQ(address->cookie, "");
 }
 
 TEST(XServerTest, AServerOfAnotherMachineIsNotAsked) {
