@@ -20,6 +20,8 @@ KERNEL_OPTIONS = ("root=/dev/vda rw console=ttyS0 mem_sleep_default=deep "
                   "no_timer_check panic=-1")
 #: The address at which the machine's one connection to the outside answers. There is nothing else.
 SERVER = "10.0.2.100"
+#: Cinnamon switches nothing off on a machine that looks virtual.
+LOOKS_REAL = ("-cpu", "qemu64,-hypervisor", "-smbios", "type=1,manufacturer=Staylit,product=Machine")
 #: What QEMU takes for the other end of the screen.
 POINTER_RANGE = 0x7FFF
 
@@ -94,7 +96,7 @@ class Machine:
         command = [
             "qemu-system-x86_64", "-name", "staylit-machine", "-nodefaults", "-no-user-config",
             "-machine", "pc", "-global", "PIIX4_PM.disable_s3=0",
-            "-accel", "tcg,thread=multi", "-cpu", "qemu64", "-smp", "2", "-m", memory,
+            "-accel", "tcg,thread=multi", *LOOKS_REAL, "-smp", "2", "-m", memory,
             "-kernel", image.kernel, "-initrd", image.initrd,
             "-append", KERNEL_OPTIONS,
             "-drive", f"file={image.disk},if=virtio,format=raw,snapshot=on",
