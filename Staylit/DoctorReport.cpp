@@ -113,6 +113,7 @@ Check holdCheck(const Facts& facts) {
 Check heedCheck(const Facts& facts) {
   const auto isAsked = [&facts](const HoldsReport::Decider& decider) {
     if (decider.action == HoldsReport::Decider::Action::nothing) return true;
+    if (decider.isKeptOff) return true;
     return std::ranges::any_of(facts.trials, [&decider](const Facts::Trial& trial) {
       return trial.listing != Listing::refused &&
              std::ranges::find(decider.heeds, trial.lister) != decider.heeds.end();

@@ -31,6 +31,9 @@ std::string enumeration(const Texts& texts) {
   return result;
 }
 
+/// As Staylit calls itself where it takes a hold.
+constexpr std::string_view kStaylit = "Staylit";
+
 bool heeds(const Decider& decider, const Hold& hold) {
   switch (hold.effect) {
     case Effect::everySleep:
@@ -41,6 +44,7 @@ bool heeds(const Decider& decider, const Hold& hold) {
     case Effect::idleness:
       break;
   }
+  if (decider.isKeptOff && hold.owner == kStaylit) return true;
   return std::ranges::find(decider.heeds, hold.service) != decider.heeds.end();
 }
 

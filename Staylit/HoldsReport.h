@@ -61,6 +61,8 @@ struct HoldsReport {
     std::optional<tidewell::Seconds> after;
     std::string setting;             ///< What says so; may be empty.
     std::vector<std::string> heeds;  ///< Services whose holds it heeds.
+    /// Whether a hold of Staylit's keeps it off without a service.
+    bool isKeptOff = false;
   };
 
   enum class Verdict { sleeps, held, never, unknown };

@@ -211,6 +211,9 @@ TEST(DoctorReport, TellsWhoDoesNotHeedTheHold) {
             (Lines{"LXQt's idleness watcher may put the machine to sleep, and heeds no hold of "
                    "Staylit.",
                    "Let another do it: docs/Desktops.md says how for each desktop."}));
+  facts.sleep.deciders.back().isKeptOff = true;
+  EXPECT_EQ(toDo(facts), Lines{});
+  facts.sleep.deciders.back().isKeptOff = false;
   facts.sleep.deciders.back().action = Decides::nothing;
   EXPECT_EQ(toDo(facts), Lines{});
 }

@@ -125,6 +125,19 @@ TEST(HoldsReport, SeesThatAHoldIsNotOneThatWhoPutsTheMachineToSleepHeeds) {
             "the holds.");
 }
 
+TEST(HoldsReport, KnowsWhomStaylitKeepsOffWithoutAService) {
+  HoldsReport report;
+  report.deciders = {{"LXQt's idleness watcher", Decides::sleeps, 900s, "", {}, true}};
+  report.holds = {atLogind("mpv")};
+  EXPECT_EQ(report.verdict(), Verdict::sleeps);
+  report.holds = {atLogind("Staylit", Effect::lidSleep)};
+  EXPECT_EQ(report.verdict(), Verdict::sleeps);
+  report.holds = {atLogind("Staylit")};
+  EXPECT_EQ(report.summary(),
+            "This machine would not go to sleep now: Staylit holds it awake; else LXQt's idleness "
+            "watcher would after 15 min.");
+}
+
 TEST(HoldsReport, TakesALockOnEverySleepForOneThatAllHeed) {
   HoldsReport report;
   report.deciders = {gnomeThat(Decides::sleeps), logindThat(Decides::sleeps)};

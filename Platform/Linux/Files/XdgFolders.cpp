@@ -23,6 +23,18 @@ fs::path belowHome(const char* variable, const char* folder) {
   return home.empty() ? fs::path() : home / folder;
 }
 
+/// A user's own folder, if there is one, and then those that the variable lists.
+std::vector<fs::path> ownAndShared(const fs::path& own, const char* variable,
+                                   const std::vector<fs::path>& usual) {
+  std::vector<fs::path> folders;
+  if (!own.empty()) folders.push_back(own);
+  const char* shared = std::getenv(variable);
+  auto more = absolutePaths(shared == nullptr ? "" : shared);
+  if (more.empty()) more = usual;
+  folders.insert(folders.end(), more.begin(), more.end());
+  return folders;
+}
+
 }  // namespace
 
 fs::path xdgConfigHome() {
@@ -47,14 +59,12 @@ fs::path ringFolder() {
 }
 
 std::vector<fs::path> xdgDataFolders() {
-  std::vector<fs::path> folders;
-  const fs::path own = belowHome("XDG_DATA_HOME", ".local/share");
-  if (!own.empty()) folders.push_back(own);
-  const char* shared = std::getenv("XDG_DATA_DIRS");
-  auto more = absolutePaths(shared == nullptr ? "" : shared);
-  if (more.empty()) more = {"/usr/local/share", "/usr/share"};
-  folders.insert(folders.end(), more.begin(), more.end());
-  return folders;
+  return ownAndShared(belowHome("XDG_DATA_HOME", ".local/share"), "XDG_DATA_DIRS",
+                      {"/usr/local/share", "/usr/share"});
+}
+
+std::vector<fs::path> xdgConfigFolders() {
+  return ownAndShared(xdgConfigHome(), "XDG_CONFIG_DIRS", {"/etc/xdg"});
 }
 
 std::vector<fs::path> absolutePaths(std::string_view list) {

@@ -25,6 +25,10 @@ namespace platform {
 /// is.
 [[nodiscard]] std::filesystem::path ringFolder();
 
+/// `xdgConfigHome`; then the folders of `XDG_CONFIG_DIRS`, else `/etc/xdg`. The most important
+/// folder comes first.
+[[nodiscard]] std::vector<std::filesystem::path> xdgConfigFolders();
+
 /// `XDG_DATA_HOME`, else `~/.local/share`; then the folders of `XDG_DATA_DIRS`, else
 /// `/usr/local/share` and `/usr/share`. The most important folder comes first.
 [[nodiscard]] std::vector<std::filesystem::path> xdgDataFolders();

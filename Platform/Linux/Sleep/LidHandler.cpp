@@ -10,8 +10,11 @@
 namespace platform {
 namespace {
 
-/// The user of this power manager may have left the keys, but not the lid, to logind.
-constexpr std::string_view kXfce = "xfce4-power-manager";
+/// The user of XFCE's power manager may have left the keys, but not the lid, to logind. LXQt's
+/// takes each with a lock of its own; so it spells its name there.
+bool takesTheLidAlone(std::string_view holder) {
+  return holder == "xfce4-power-manager" || holder == "lxqt-powermanagment";
+}
 
 bool takesKeys(std::string_view locks) {
   constexpr std::array<std::string_view, 4> kKeys = {"handle-power-key", "handle-suspend-key",
@@ -24,7 +27,7 @@ bool takesKeys(std::string_view locks) {
 std::optional<std::string> lidHandler(const ListedInhibitor& inhibitor) {
   const bool blocksLid = inhibitor.level > 0 && namesLock(inhibitor.locks, services::kLidLock);
   if (!blocksLid) return std::nullopt;
-  if (!takesKeys(inhibitor.locks) && inhibitor.holder != kXfce) return std::nullopt;
+  if (!takesKeys(inhibitor.locks) && !takesTheLidAlone(inhibitor.holder)) return std::nullopt;
   return inhibitor.holder;
 }
 

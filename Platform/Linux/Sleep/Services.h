@@ -31,6 +31,9 @@ inline constexpr const char* kScreenSaver = "org.freedesktop.ScreenSaver";
 /// XFCE alone.
 inline constexpr const char* kXfcePowerManager = "org.xfce.PowerManager";
 
+/// LXQt alone. It has this name and answers nothing.
+inline constexpr const char* kLxqtPowerManager = "org.lxqt.lxqt-powermanagement";
+
 /// KDE alone.
 inline constexpr const char* kSolid = "org.kde.Solid.PowerManagement";
 inline constexpr const char* kPolicyAgent = "org.kde.Solid.PowerManagement.PolicyAgent";

@@ -3,13 +3,15 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
-#include <cstdlib>
 #include <string_view>
 #include <utility>
 #include <variant>
 
 #include "Platform/Linux/Bus/RemoteProperties.h"
+#include "Platform/Linux/Files/XdgFolders.h"
 #include "Platform/Linux/Sleep/DesktopSetting.h"
+#include "Platform/Linux/Sleep/LxqtIdleTime.h"
+#include "Platform/Linux/Sleep/LxqtSettings.h"
 #include "Platform/Linux/Sleep/Services.h"
 #include "Tidewell/ForeignText.h"
 
@@ -128,9 +130,15 @@ SleepDecider kdeDecider() {
           {services::kPolicyAgent, services::kLogind}};
 }
 
-std::string desktopName() {
-  const char* name = std::getenv("XDG_CURRENT_DESKTOP");
-  return name ? tidewell::cleaned(name, 64) : "";
+SleepDecider lxqtDecider(Bus& sessionBus, bool isOnAC) {
+  const LxqtSettings settings = LxqtSettings::read(xdgConfigFolders());
+  SleepDecider decider{
+      "LXQt's idleness watcher", Action::nothing, std::nullopt, settings.setting(isOnAC), {}};
+  decider.isKeptOff = countsLxqtIdleTime(sessionBus);
+  if (settings.deed(isOnAC) != LxqtSettings::Deed::endsWork) return decider;
+  decider.action = Action::sleeps;
+  decider.after = settings.after(isOnAC);
+  return decider;
 }
 
 }  // namespace
@@ -160,10 +168,8 @@ MachineSleep findSleepDeciders(Bus& systemBus, Bus& sessionBus, tidewell::TaskLa
   if (isThere(services::kSolid)) machine.deciders.push_back(kdeDecider());
   if (isThere(services::kXfcePowerManager))
     machine.deciders.push_back(xfceDecider(sessionBus, isOnAC));
-  // LXQt's watcher asks nobody, and has no name.
-  if (desktopName().find("LXQt") != std::string::npos) {
-    machine.deciders.push_back({"LXQt's idleness watcher", Action::unknown, std::nullopt, "", {}});
-  }
+  if (isThere(services::kLxqtPowerManager))
+    machine.deciders.push_back(lxqtDecider(sessionBus, isOnAC));
   if (machine.deciders.size() == ofMachine && isThere(services::kSessionManager)) {
     machine.deciders.push_back({"the desktop's power management",
                                 Action::unknown,

@@ -22,6 +22,8 @@ struct SleepDecider {
   std::string setting;
   /// The services whose lists it heeds, by their names on the bus.
   std::vector<std::string> heeds;
+  /// Whether Staylit keeps it off during a hold without a service, see `keepOffLxqt`.
+  bool isKeptOff = false;
 };
 
 /// The machine's own say in sleep.

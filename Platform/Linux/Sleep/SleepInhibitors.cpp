@@ -5,6 +5,7 @@
 #include <optional>
 #include <utility>
 
+#include "Platform/Linux/Sleep/LxqtIdleTime.h"
 #include "Tidewell/Words.h"
 
 namespace platform {
@@ -55,6 +56,7 @@ SleepInhibitors::Creation SleepInhibitors::createAssertion(tidewell::AssertionKi
     live.recordedId = recorded_.createAssertion(kind, name).id;
   }
   const Creation creation{0, add(std::move(live))};
+  keepOff();
   attendLater();
   return creation;
 }
@@ -163,6 +165,7 @@ void SleepInhibitors::serviceChanged(InhibitMechanism* mechanism, bool present) 
     if (mechanism != nullptr && present) unanswered.assertion->returned(*mechanism);
     if (mechanism != nullptr && !present) unanswered.assertion->lost(*mechanism);
   }
+  keepOff();
   attendLater();
 }
 
@@ -220,6 +223,18 @@ void SleepInhibitors::readBack() {
   }
 }
 
+void SleepInhibitors::keepOff() {
+  keepOffAgain_.reset();
+  if (live_.empty()) return;
+  const bool isOfDisplay = std::any_of(live_.begin(), live_.end(), [](const auto& entry) {
+    return entry.second.assertion->kind() == tidewell::AssertionKind::display;
+  });
+  const auto pause =
+      keepOffLxqt(sessionBus_, findXServer_,
+                  isOfDisplay ? tidewell::AssertionKind::display : tidewell::AssertionKind::system);
+  if (pause) keepOffAgain_ = now_() + std::chrono::duration_cast<Moment::duration>(*pause);
+}
+
 void SleepInhibitors::attendLater() {
   std::optional<Moment> next;
   const auto consider = [&next](std::optional<Moment> due) {
@@ -232,6 +247,7 @@ void SleepInhibitors::attendLater() {
   for (const auto& [kind, unanswered] : unanswered_)
     consider(unanswered.askedAt + kKeepUnanswered);
   if (!live_.empty()) consider(lookAgain_);
+  if (!live_.empty()) consider(keepOffAgain_);
   attention_.reset();
   if (!next) return;
   const tidewell::Seconds delay = std::max(tidewell::Seconds(*next - now_()), kLeastDelay);
@@ -246,6 +262,7 @@ void SleepInhibitors::attend() {
   });
   for (auto& [id, live] : live_)
     hold(live);
+  if (keepOffAgain_ && *keepOffAgain_ <= now_()) keepOff();
   readBack();
   attendLater();
 }

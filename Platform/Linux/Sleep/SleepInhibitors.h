@@ -33,7 +33,8 @@ namespace platform {
 class SleepInhibitors : public tidewell::PowerManagement {
  public:
   /// The buses and `loop` must outlive this object. `now` is the clock of the pauses and retries.
-  /// `findXServer` serves the end of the last hold on XFCE, see `restartXfceIdleTime`.
+  /// `findXServer` serves the end of the last hold on XFCE and the holds on LXQt, see
+  /// `restartXfceIdleTime` and `keepOffLxqt`.
   SleepInhibitors(Bus& systemBus, Bus& sessionBus, tidewell::MainLoop& loop,
                   SleepAssertion::Now now = BootTime::now,
                   FindXServer findXServer = XAddress::ofEnvironment);
@@ -73,6 +74,7 @@ class SleepInhibitors : public tidewell::PowerManagement {
   std::vector<Grant> grants(const Live& live);
   bool compare(InhibitMechanism& mechanism, Moment askedAt, const ReadBack::Reasons& listed);
   void readBack();
+  void keepOff();
   [[nodiscard]] std::optional<Moment> readBackDue(const InhibitMechanism& mechanism) const;
   /// Sets the timer that calls `attend` when the next work is due.
   void attendLater();
@@ -91,6 +93,8 @@ class SleepInhibitors : public tidewell::PowerManagement {
   std::int32_t lastError_ = 0;  ///< Of the last attempt to take a hold; 0 for want of a service.
   /// When to find out again which services to ask; absent while that is known.
   std::optional<Moment> lookAgain_;
+  /// When to keep off again a desktop that asks no service; absent where there is none.
+  std::optional<Moment> keepOffAgain_;
   std::unique_ptr<tidewell::RepeatingTimer> attention_;
 };
 

@@ -39,6 +39,7 @@ SleepServices::SleepServices(Bus& systemBus, Bus& sessionBus, Changed changed)
   // This service is watched before those that it decides about, so that KDE is recognised when all
   // of them appear together.
   watch(sessionBus, services::kSolid, nullptr);
+  watch(sessionBus, services::kLxqtPowerManager, nullptr);
   watch(sessionBus, sessionManager_.serviceName(), &sessionManager_);
   watch(sessionBus, powerManagement_.serviceName(), &powerManagement_);
   watch(sessionBus, screenSaver_.serviceName(), &screenSaver_);

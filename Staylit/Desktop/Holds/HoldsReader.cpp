@@ -113,7 +113,7 @@ HoldsReport::Decider deciderOf(const platform::SleepDecider& decider) {
   const Action action = decider.action == Found::nothing  ? Action::nothing
                         : decider.action == Found::sleeps ? Action::sleeps
                                                           : Action::unknown;
-  return {decider.name, action, decider.after, decider.setting, decider.heeds};
+  return {decider.name, action, decider.after, decider.setting, decider.heeds, decider.isKeptOff};
 }
 
 }  // namespace

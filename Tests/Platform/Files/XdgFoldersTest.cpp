@@ -33,5 +33,14 @@ TEST(XdgFolders, IgnoresListsWithoutAnAbsolutePath) {
   }
 }
 
+TEST(XdgFolders, LooksForSettingsInTheUsersFolderFirst) {
+  const testing::ScopedEnvironment home("HOME", "/home/user");
+  const testing::ScopedEnvironment own("XDG_CONFIG_HOME", nullptr);
+  const testing::ScopedEnvironment none("XDG_CONFIG_DIRS", nullptr);
+  EXPECT_EQ(xdgConfigFolders(), (Paths{"/home/user/.config", "/etc/xdg"}));
+  const testing::ScopedEnvironment shared("XDG_CONFIG_DIRS", "/a:/b");
+  EXPECT_EQ(xdgConfigFolders(), (Paths{"/home/user/.config", "/a", "/b"}));
+}
+
 }  // namespace
 }  // namespace platform

@@ -224,6 +224,20 @@ TEST_F(LidInhibitorTest, LeavesTheLidToXfceEvenIfLogindHandlesItsKeys) {
             "what closing the lid does");
 }
 
+TEST_F(LidInhibitorTest, LeavesTheLidToLxqtWhichLocksEachKeyByItself) {
+  logind->list({{"handle-power-key", "lxqt-powermanager", "", "block", 1000, 4711},
+                {"handle-lid-switch", "lxqt-powermanagment", "", "block", 1000, 4711}});
+  EXPECT_EQ(failure(),
+            "the desktop (lxqt-powermanagment) handles the lid itself: choose in its own settings "
+            "what closing the lid does");
+}
+
+TEST_F(LidInhibitorTest, LeavesItToLogindWhereLxqtLocksItsKeysAlone) {
+  logind->list({{"handle-power-key", "lxqt-powermanager", "", "block", 1000, 4711}});
+  EXPECT_EQ(failure(), "");
+  EXPECT_EQ(logind->held(), Lines{kLock});
+}
+
 TEST_F(LidInhibitorTest, IsTakenAgainWhenLogindRestarts) {
   EXPECT_EQ(failure(), "");
   logind.reset();

@@ -84,7 +84,6 @@ class SleepDecidersTest : public BusTest {
   }
 
   TemporaryFolder folder;
-  ScopedEnvironment desktop{"XDG_CURRENT_DESKTOP", std::nullopt};
 };
 
 TEST_F(SleepDecidersTest, AreNoneWhereThereIsNoService) {
@@ -192,11 +191,21 @@ TEST_F(SleepDecidersTest, NameThoseWhoseSettingsNobodyTells) {
             (Lines{"org.kde.Solid.PowerManagement.PolicyAgent", "org.freedesktop.login1"}));
 }
 
-TEST_F(SleepDecidersTest, KnowThatLxqtAsksNobody) {
-  const ScopedEnvironment lxqt("XDG_CURRENT_DESKTOP", "LXQt");
+TEST_F(SleepDecidersTest, ReadLxqtsSettingsAndKnowThatItsWatcherAsksNobody) {
+  const auto power = named(sessionDaemon->address(), "org.lxqt.lxqt-powermanagement");
+  const ScopedEnvironment own("XDG_CONFIG_HOME", folder.path().string());
+  const ScopedEnvironment shared("XDG_CONFIG_DIRS", "/nonexistent");
+  const ScopedEnvironment x11("WAYLAND_DISPLAY", nullptr);
+  EXPECT_EQ(lines(find()),
+            Lines{"LXQt's idleness watcher nothing - enableIdlenessWatcher is false"});
+  folder.write("lxqt/lxqt-powermanagement.conf",
+               "[General]\nenableIdlenessWatcher=true\nidlenessACAction=4\n");
   const MachineSleep machine = find();
-  EXPECT_EQ(lines(machine), Lines{"LXQt's idleness watcher unknown - "});
+  EXPECT_EQ(lines(machine), Lines{"LXQt's idleness watcher sleeps 900 idlenessACAction is 4"});
   EXPECT_TRUE(machine.deciders.front().heeds.empty());
+  EXPECT_TRUE(machine.deciders.front().isKeptOff);
+  const ScopedEnvironment wayland("WAYLAND_DISPLAY", "wayland-0");
+  EXPECT_FALSE(find().deciders.front().isKeptOff);
 }
 
 TEST_F(SleepDecidersTest, ExpectADesktopBehindAServiceOfADesktop) {

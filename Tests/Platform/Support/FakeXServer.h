@@ -3,6 +3,7 @@
 #include <sys/socket.h>
 #include <sys/un.h>
 
+#include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <cstdlib>
@@ -43,6 +44,9 @@ class FakeXServer {
   FakeXServer& operator=(const FakeXServer&) = delete;
 
   [[nodiscard]] XAddress address(const std::string& cookie = "") const { return {path_, cookie}; }
+
+  /// From now on nobody has been there for so long.
+  void setIdle(std::chrono::milliseconds idle) { idle_ = idle; }
 
   /// How often it was told that somebody is there. It serves nobody afterwards.
   int restarts() {
@@ -111,7 +115,7 @@ class FakeXServer {
       put(reply, 8, isSaver && knowsSaver_ ? 1 : 0, 1);
       put(reply, 9, kSaver, 1);
     } else if (code == kSaver && detail == 1 && rest == rootBytes()) {
-      put(reply, 16, static_cast<std::uint32_t>(idle_.count()), 4);
+      put(reply, 16, static_cast<std::uint32_t>(idle_.load().count()), 4);
     } else if (code == 115 && detail == 0) {  // ForceScreenSaver, Reset: it has no answer.
       idle_ = std::chrono::milliseconds(0);
       ++restarts_;
@@ -131,7 +135,7 @@ class FakeXServer {
   TemporaryFolder folder_;
   std::string path_ = folder_.path("X");
   Descriptor listening_{::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)};
-  std::chrono::milliseconds idle_;
+  std::atomic<std::chrono::milliseconds> idle_;
   const std::string cookie_;
   const bool knowsSaver_;
   int restarts_ = 0;

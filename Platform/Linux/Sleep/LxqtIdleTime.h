@@ -1,0 +1,29 @@
+#pragma once
+
+#include <optional>
+
+#include "Platform/Linux/Bus/Bus.h"
+#include "Platform/Linux/Sleep/LxqtSettings.h"
+#include "Platform/Linux/Sleep/XfceIdleTime.h"
+#include "Tidewell/Ports/Clock.h"
+#include "Tidewell/Ports/PowerManagement.h"
+
+namespace platform {
+
+/// Whether LXQt's idleness watcher runs in this session, by the X server's count.
+bool countsLxqtIdleTime(Bus& sessionBus);
+
+/// Keeps LXQt's idleness watcher from its deed while there is a hold.
+///
+/// The watcher asks nobody. It looks at how long nobody has used keyboard or mouse, and then does
+/// what it is set to do. So the X server counts anew, as after a key, before that time is over: for
+/// a hold of the system only if the watcher would end the work, and for a hold of the display
+/// whatever it would do. After the hold the watcher waits for what is left of its time, at least a
+/// quarter of it.
+///
+/// Returns when this is to be done again at the latest; absent where there is no such watcher that
+/// would do something. Waits for some bounded calls. Main thread only.
+std::optional<tidewell::Seconds> keepOffLxqt(Bus& sessionBus, const FindXServer& find,
+                                             tidewell::AssertionKind kind);
+
+}  // namespace platform
