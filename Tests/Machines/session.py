@@ -7,6 +7,7 @@ import dataclasses
 import time
 import typing
 
+import again
 from image import USER
 from trial import PATIENCE_SECONDS, SETTINGS
 
@@ -31,6 +32,8 @@ class Desktop:
     is_dark: typing.Callable  #: is_dark(session): whether the display is switched off.
     #: Whether the display stays on during a plain hold, and during one of keepScreenOn.
     lit: tuple = (False, True)
+    log_out: tuple = ()  #: The command that ends the session; without it nobody logs out.
+    login_unit: str = "display-manager"  #: What logs the user in when it starts.
 
 
 def is_large(box):
@@ -189,3 +192,5 @@ def run(trial, desktop):
     session.sleeps()
     session.desktop.sleep(session, False)
     session.replace_panel()
+    if desktop.log_out:
+        again.run(session)

@@ -66,5 +66,6 @@ def prepare(machine):
 def run(trial):
     prepare(trial.machine)
     session.run(trial, session.Desktop("waybar", (16, 15), "left", AWAY_SECONDS + IDLE_SECONDS,
-                                       sleep, is_dark, lit=(False, False)))
+                                       sleep, is_dark, lit=(False, False),
+                                       log_out=("swaymsg", "exit"), login_unit="getty@tty1"))
     trial.versions("sway", "waybar", "swayidle")

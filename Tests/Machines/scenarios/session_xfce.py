@@ -8,13 +8,15 @@ PACKAGES = ("lightdm", "lightdm-gtk-greeter", "xserver-xorg-core", "xserver-xorg
             "x11-xserver-utils", "xfce4-session", "xfce4-panel", "xfce4-settings", "xfwm4",
             "xfdesktop4", "xfce4-power-manager", "xfconf", "adwaita-icon-theme", "fonts-dejavu-core",
             "librsvg2-common", "dbus-x11", "upower")
-MACHINES = [Machine("bookworm", PACKAGES, ("staylit", "staylit-desktop"), "2G", screen="VGA")]
+MACHINES = [Machine(release, PACKAGES, ("staylit", "staylit-desktop"), "2G", screen="VGA")
+            for release in ("bookworm", "trixie")]
 CHANNELS = f"/home/{USER}/.config/xfce4/xfconf/xfce-perchannel-xml"
 POWER = "xfce4-power-manager"
 #: The panel's usual parts, with the icons at its left end, so that their place is known.
 PARTS = ("systray", "applicationsmenu", "tasklist", "separator", "clock")
 #: The power manager counts in minutes; its window offers 15 and more. 14 means never.
 NEVER, SHORTEST = 14, 1
+LOG_OUT = ("xfce4-session-logout", "--logout", "--fast")
 
 
 def property_xml(name, kind, value):
@@ -75,5 +77,5 @@ def prepare(machine):
 def run(trial):
     prepare(trial.machine)
     session.run(trial, session.Desktop("xfce4-panel", (14, 14), "left", SHORTEST * 60, sleep,
-                                       is_dark, lit=(True, True)))
+                                       is_dark, lit=(True, True), log_out=LOG_OUT))
     trial.versions("xfce4-panel", "xfce4-power-manager", "xfce4-session")

@@ -1,0 +1,116 @@
+"""A whole session of LXQt, logged in by lightdm."""
+import struct
+import time
+
+import session
+from image import USER
+from scenario import Machine
+
+TITLE = "LXQt, a whole session"
+PACKAGES = ("lightdm", "lightdm-gtk-greeter", "xserver-xorg-core", "xserver-xorg-input-libinput",
+            "x11-xserver-utils", "lxqt-session", "lxqt-panel", "lxqt-powermanagement",
+            "lxqt-globalkeys", "pcmanfm-qt", "openbox", "adwaita-icon-theme", "fonts-dejavu-core",
+            "librsvg2-common", "qt6-svg-plugins", "dbus-x11", "upower")
+MACHINES = [Machine("trixie", PACKAGES, ("staylit", "staylit-desktop"), "2G", screen="VGA")]
+FOLDER = f"/home/{USER}/.config/lxqt"
+#: What the power manager does when nobody is there, by its own numbers.
+NOTHING, SUSPEND, DARKEN = -1, 4, 5
+#: After how long. Its settings' window offers no less than the first.
+SHORTEST_SECONDS, DARK_SECONDS = 30, 60
+
+LOG_OUT = ("busctl", "--user", "call", "org.lxqt.session", "/LXQtSession", "org.lxqt.session",
+           "logout")
+SESSION = "[General]\n__userfile__=true\nwindow_manager=openbox\n"
+#: The icons are at the panel's left end, so that their place is known.
+PANEL = """[General]
+__userfile__=true
+panels=panel1
+
+[panel1]
+alignment=-1
+animation-duration=0
+iconSize=22
+panelSize=32
+plugins=statusnotifier, taskbar, worldclock
+position=Top
+width=100
+width-percent=true
+
+[statusnotifier]
+alignment=Left
+type=statusnotifier
+
+[taskbar]
+alignment=Left
+type=taskbar
+
+[worldclock]
+alignment=Right
+type=worldclock
+"""
+
+
+def time_text(seconds):
+    """As Qt writes a time of the day: the number of the kind, and milliseconds."""
+    parts = "".join(f"\\x{byte:x}" for byte in struct.pack(">II", 15, seconds * 1000))
+    return f"@Variant({parts})"
+
+
+def power(action, seconds):
+    lines = ["[General]", "__userfile__=true", "runCheckLevel=1", "enableBatteryWatcher=false",
+             "enableLidWatcher=false", "enableIdlenessWatcher=true"]
+    for source in ("AC", "Battery"):
+        lines += [f"idleness{source}Action={action}",
+                  f"idleness{source}Time={time_text(seconds)}"]
+    return "\n".join(lines) + "\n"
+
+
+def use(machine, action, seconds=SHORTEST_SECONDS):
+    """From now on the power manager does that; it reads its file anew when that changes."""
+    machine.write(f"{FOLDER}/lxqt-powermanagement.conf", power(action, seconds), USER)
+
+
+def sleep(here, may):
+    use(here.machine, SUSPEND if may else NOTHING)
+
+
+def is_dark(here):
+    return "Monitor is Off" in here.run("xset", "q")
+
+
+def prepare(machine):
+    for name, text in (("session", SESSION), ("panel", PANEL)):
+        machine.write(f"{FOLDER}/{name}.conf", text, USER)
+    use(machine, DARKEN, DARK_SECONDS)
+    machine.shell(f"chown -R {USER}: /home/{USER}")
+    machine.write("/etc/lightdm/lightdm.conf",
+                  f"[Seat:*]\nautologin-user={USER}\nautologin-session=lxqt\n")
+    # What draws in software is quicker without the detour by a graphics card's way.
+    machine.write("/etc/X11/xorg.conf.d/10-software.conf",
+                  'Section "Device"\nIdentifier "screen"\nDriver "modesetting"\n'
+                  'Option "AccelMethod" "none"\nEndSection\n')
+    machine.run("systemctl", "restart", "display-manager", seconds=300)
+
+
+def displays(here):
+    """The watcher does one thing only: here it is the display that is switched off."""
+    use(here.machine, DARKEN)
+    for lit, settings, when in ((False, "", "while only the machine is held"),
+                                (True, "keepScreenOn = true\n", "while it is held itself")):
+        here.trial.say(f"-- the display {when}")
+        here.set(settings)
+        here.machine.press("shift")
+        begin = time.monotonic()
+        with here.trial.work("cpu"):
+            here.trial.wait_for_hold(begin)
+            time.sleep(2 * SHORTEST_SECONDS)
+            here.display_is(lit, when)
+
+
+def run(trial):
+    prepare(trial.machine)
+    desktop = session.Desktop("lxqt-panel", (14, 16), "right", SHORTEST_SECONDS, sleep, is_dark,
+                              lit=(True, True), log_out=LOG_OUT)
+    session.run(trial, desktop)
+    displays(session.Session(trial, desktop))
+    trial.versions("lxqt-panel", "lxqt-powermanagement", "lxqt-session")
