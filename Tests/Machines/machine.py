@@ -85,7 +85,8 @@ class Machine:
         self._hello = threading.Event()
         self._changed = threading.Condition()
         self.kernel = ""
-        self.locks = []
+        self.locks = []  #: What logind has.
+        self.desktop_locks = []  #: What a desktop's own service has, in the same form.
         #: Pairs of a time (monotonic) and a name: SUSPEND, WAKEUP, SHUTDOWN, ...
         self.events = []
         self._start(image, memory, screen)
@@ -144,7 +145,7 @@ class Machine:
                 self.events.append((time.monotonic(), "AWAKE"))
             elif "locks" in message:
                 self.locks = message["locks"]
-                self._said("locks: " + ("; ".join(map(text_of, self.locks)) or "none"))
+                self._say_locks("locks", self.locks)
             elif "damaged" in message:
                 self._said(f"a message came to the machine damaged: {message['damaged'][:200]}")
             elif message.get("id") in self._answers:
@@ -161,7 +162,17 @@ class Machine:
         elif "return" in message or "error" in message:
             self._replies.put(message)
 
+    def _say_locks(self, name, locks):
+        self._said(f"{name}: " + ("; ".join(map(text_of, locks)) or "none"))
+
     # What the caller does.
+
+    def desktop_lists(self, locks):
+        """To be called when a desktop's own service lists others, on any thread."""
+        with self._changed:
+            self.desktop_locks = locks
+            self._say_locks("the desktop's list", locks)
+            self._changed.notify_all()
 
     def command(self, name, **arguments):
         """A command of QEMU's own."""

@@ -88,7 +88,7 @@ class Trial:
 
     def holds(self):
         """The locks by which Staylit keeps the machine awake now."""
-        return [lock for lock in self.machine.locks
+        return [lock for lock in (*self.machine.locks, *self.machine.desktop_locks)
                 if lock["who"] == "Staylit" and lock["mode"] == "block"
                 and "idle" in lock["what"].split(":")
                 and self.holder in (None, lock["uid"])]
