@@ -35,6 +35,12 @@ class Picture:
         columns = [x for y in rows for x in ends(self.row(y), before.row(y))]
         return min(columns), rows[0], max(columns) + 1, rows[-1] + 1
 
+    def same_rows(self, other):
+        """How many of the rows are the same: from 0, none, to 1, all."""
+        if (self.width, self.height) != (other.width, other.height):
+            return 0.0
+        return sum(self.row(y) == other.row(y) for y in range(self.height)) / self.height
+
     def brightness(self):
         """From 0, all black, to 255, all white."""
         return sum(self.pixels) / len(self.pixels)

@@ -137,10 +137,18 @@ class Session:
         time.sleep(5)
         self.machine.shell(f"until pgrep -u {USER} -x {self.desktop.panel}; do sleep 2; done",
                            seconds=MOST_SETTLING_SECONDS)
+        # A program that also draws the desktop leaves the screen black until it does so again.
+        back = self.wait_for(lambda: self.looks_like(before), MOST_SETTLING_SECONDS)
+        self.trial.check(back, "the desktop looks as before the crash")
         after = self.settled("panel-after")
         self.machine.click(*self.desktop.icon, after, self.desktop.button)
         self.opened("panel-menu", after, "the menu of the next panel")
         self.shut_menu(after)
+
+    def looks_like(self, before):
+        """But for a panel and a pointer."""
+        self.machine.press("shift")
+        return self.machine.picture("panel-next").same_rows(before) > 0.85
 
     # Display and sleep
 

@@ -57,6 +57,12 @@ class Pictures(unittest.TestCase):
         self.assertIsNone(before.changed(Picture(4, 3, bytes(36))))
         self.assertEqual(Picture(1, 1, bytes(3)).changed(before), (0, 0, 1, 1))
 
+    def test_how_many_rows_are_the_same(self):
+        shown = Picture(1, 4, b"abcdefghijkl")
+        self.assertEqual(shown.same_rows(Picture(1, 4, b"abcdefghijkm")), 0.75)
+        self.assertEqual(shown.same_rows(shown), 1)
+        self.assertEqual(shown.same_rows(Picture(4, 1, b"abcdefghijkl")), 0)
+
     def test_brightness(self):
         self.assertEqual(Picture(1, 1, bytes(3)).brightness(), 0)
         self.assertEqual(Picture(1, 1, b"\xff\xff\0").brightness(), 170)
