@@ -5,11 +5,13 @@
 #include <signal.h>
 #include <spawn.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <chrono>
 #include <cstdlib>
+#include <fstream>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -56,9 +58,13 @@ Crowd::Crowd(int processes, int sockets) {
   platform::Pipe input = platform::Pipe::make();
   if (!input) throw std::runtime_error("cannot make a pipe");
   membersInput_ = std::move(input.writing);
+  makeGroups();
   for (int index = 0; index < processes; ++index) {
     const std::string program = folder_ / ("member-" + std::to_string(index % kNames));
     members_.push_back(start(program, index % 10 == 0 ? "awake" : "quiet", input.reading));
+    if (groups_.empty()) continue;
+    std::ofstream(groups_[static_cast<std::size_t>(index % kNames)] / "cgroup.procs")
+        << members_.back();
   }
   connectPairs(sockets / 2);
   // A process that is still starting is none of the quiet ones.
@@ -71,6 +77,17 @@ Crowd::~Crowd() {
   for (const pid_t pid : members_)
     waitpid(pid, nullptr, 0);
   std::filesystem::remove_all(folder_);
+  for (const std::filesystem::path& group : groups_)
+    rmdir(group.c_str());
+}
+
+void Crowd::makeGroups() {
+  const char* folder = std::getenv("CROWD_GROUPS");
+  if (!folder) return;
+  for (int name = 0; name < kNames; ++name) {
+    groups_.push_back(std::filesystem::path(folder) / ("crowd-" + std::to_string(name)));
+    if (mkdir(groups_.back().c_str(), 0755) != 0) throw std::runtime_error("cannot make a group");
+  }
 }
 
 void Crowd::connectPairs(int pairs) {

@@ -120,6 +120,11 @@ def unwaited(seconds):
     return lambda _: [PYTHON, str(PROGRAMS / "unwaited.py"), str(seconds)]
 
 
+def unwaited_in_scope(materials):
+    return [PYTHON, str(PROGRAMS / "terminal.py"), str(materials.control_group),
+            f"{PYTHON} {PROGRAMS / 'unwaited.py'} 0.1"]
+
+
 def adopted(materials):
     # Under a name of its own, so that it can be told from the program whose orphans it adopts.
     manager = materials.python_named("service-manager")
@@ -203,9 +208,8 @@ ALL = [
     Workload("install", "npm ci, 100 packages", ["npm*", "node"] + SHELL, install),
     Workload("workers", "Python, a pool of processes", ["python*"], workers),
     Workload("unwaited", "workers of 3 s that nobody waits for", ["python*"], unwaited(3)),
-    Workload("unwaited-short", "workers of 0.1 s that nobody waits for", ["python*"],
-             unwaited(0.1), missed_because="the kernel tells nobody what they used, and a tick sees "
-             "too little of those that live just then"),
+    Workload("unwaited-short", "workers of 0.1 s that nobody waits for, in a scope", ["python*"],
+             unwaited_in_scope, needs=("control groups",)),
     Workload("adopted", "orphans of 0.1 s, a stand-in for a service manager", ["python*",
              "service-manager"], adopted),
     Workload("service", "orphans of 0.1 s in a service of systemd", ["python*", "systemd"], service,

@@ -24,6 +24,7 @@
 #include "Platform/Linux/Power/UPowerSources.h"
 #include "Platform/Linux/Proc/CpuClock.h"
 #include "Platform/Linux/Proc/ProcFileSystem.h"
+#include "Platform/Linux/Processes/LinuxProcessGroups.h"
 #include "Platform/Linux/Processes/LinuxProcessTable.h"
 #include "Platform/Linux/Processes/ProcessTracker.h"
 #include "Platform/Linux/Settings/AutostartEntry.h"
@@ -79,12 +80,13 @@ struct LinuxSystem {
   DesktopApplications applications{desktopFiles};
   ProcessTracker tracker{ProcessTracker::Sources{proc, cpuClock, applications, text}};
   LinuxProcessTable processTable{tracker};
+  LinuxProcessGroups processGroups{tracker};
   std::shared_ptr<NamedHolders> namedHolders = std::make_shared<NamedHolders>();
   LinuxRunningApplications runningApplications{tracker, namedHolders};
   tidewell::AccountDirectory accountDirectory;
   tidewell::ConservedProcesses conserved{{processTable, clock, accountDirectory,
                                           std::max(1U, std::thread::hardware_concurrency()),
-                                          ::getpid()}};
+                                          ::getpid(), &processGroups}};
 
   ThreadQueues serialQueues{loop.get()};
   SocketMeter socketMeter{&accountDirectory};

@@ -64,12 +64,17 @@ void ChargeSettlement::settle(FollowedProcess& reaper) {
     Usage stretch = unseen.part(std::min(rest.time, static_cast<std::uint64_t>(most * share)));
     stretch.disk = std::min(rest.disk, stretch.disk);
     ended.counted += stretch;
+    ended.passTime += stretch.time;
+    ended.passReaped += stretch.time;
     rest.time -= stretch.time;
     rest.disk -= stretch.disk;
   }
   // The rest is the work of tools that came and went unseen.
   const bool reapedTools = reaper.relation == Relation::self && rest.time > 0;
-  if (!reapedTools) reaper.counted += rest;
+  if (reapedTools) return;
+  reaper.counted += rest;
+  reaper.passTime += rest.time;
+  reaper.passReaped += rest.time;
 }
 
 /// Claims from the first ancestor that has the charge; null if none has. A process whose parent has

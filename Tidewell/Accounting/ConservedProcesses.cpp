@@ -25,7 +25,9 @@ std::uint64_t timeUnits(double nanos, Timebase timebase) {
 ConservedProcesses::ConservedProcesses(Sources sources)
     : sources_(sources),
       usage_(sources.table, accounts_, sources.accounts),
-      processes_(sources.table, usage_, sources.self) {}
+      processes_(sources.table, usage_, sources.self) {
+  if (sources.groups) groups_.emplace(*sources.groups);
+}
 
 ConservedProcesses::~ConservedProcesses() = default;
 
@@ -80,6 +82,10 @@ void ConservedProcesses::pass(const ProcessSnapshot& system) {
   noteUses();
   processes_.read(system.processes, applications_, terms.most);
   settleCharges(terms);
+  if (groups_) {
+    groups_->settle(processes_.living(), processes_.gone(),
+                    {terms.most.time, static_cast<std::int64_t>(terms.tolerance)});
+  }
   closeGone();
   processes_.updateParents();
   processes_.forgetGone();

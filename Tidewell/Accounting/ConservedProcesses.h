@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string_view>
 #include <vector>
 
@@ -9,6 +10,7 @@
 #include "Tidewell/Accounting/AccountDirectory.h"
 #include "Tidewell/Accounting/ChargeSettlement.h"
 #include "Tidewell/Accounting/FollowedProcesses.h"
+#include "Tidewell/Accounting/GroupBalance.h"
 #include "Tidewell/Accounting/UsageByName.h"
 #include "Tidewell/Ports/Clock.h"
 #include "Tidewell/Ports/ProcessTable.h"
@@ -42,6 +44,10 @@ namespace tidewell {
 ///   growth of the reaped children's time, less what had been seen of these children
 ///   (`ChargeSettlement`). Without that, 2 % of the work of a shell that runs short compilations is
 ///   counted.
+/// * Some usage is told to no parent, or to one that does not belong to the work, such as a service
+///   manager that reaps orphans. It is found in what the whole group of processes has used
+///   (`GroupBalance`). Without that, workers of a tenth of a second are never busy if their parent
+///   ignores their end, and orphans of that length are busy under the name of the manager.
 /// * Of this growth, a child that had been seen gets at most as much again as was seen of it. So a
 ///   loop of commands of some seconds each goes on under one name. The reaper gets the rest.
 ///
@@ -60,9 +66,9 @@ namespace tidewell {
 /// The sum, with the 5 of the dropped account: 4, 6, 10, 12, which is what the kernel charged.
 ///
 /// The table leaves out:
-/// * Usage that the kernel charges to nobody. On Linux that is the usage of children whose parent
-///   ignores their end. On macOS it is the usage of a process that waits to be reaped when its
-///   parent ends.
+/// * Usage that the kernel charges to nobody, unless it is found in the time of a control group. On
+///   Linux that is the usage of children whose parent ignores their end. On macOS it is the usage
+///   of a process that waits to be reaped when its parent ends.
 /// * Usage of the tools that this program itself runs. They are not listed, and the program is
 ///   credited with nothing for having reaped them. Otherwise it would take its own measurements for
 ///   work.
@@ -80,6 +86,9 @@ namespace tidewell {
 ///   When it ends itself, nobody knows which part of its charge is there twice.
 /// * A process that cannot be read is the parent of one that can. As long as the parent lives, it
 ///   is taken for the reaper of its children.
+/// * A process that reaps orphans of other groups is in no group that can be read, or the group of
+/// an
+///   orphan cannot be. Then a credit for one group may be taken back from the charge for another.
 /// * On Linux, a child is reaped in the 5 µs between two readings of its parent: that of the bytes
 ///   and that of the reaped time. The bytes of the child are then counted twice.
 ///
@@ -89,9 +98,10 @@ class ConservedProcesses : public ProcessTable {
   struct Sources {
     ProcessTable& table;
     Clock& clock;
-    AccountDirectory& accounts;  ///< Is told the account of every process.
-    unsigned processors;         ///< How many can work at once; at least 1.
-    std::int32_t self = 0;       ///< The process that counts; 0 for none.
+    AccountDirectory& accounts;       ///< Is told the account of every process.
+    unsigned processors;              ///< How many can work at once; at least 1.
+    std::int32_t self = 0;            ///< The process that counts; 0 for none.
+    ProcessGroups* groups = nullptr;  ///< Null where the system has none.
   };
 
   explicit ConservedProcesses(Sources sources);
@@ -121,6 +131,7 @@ class ConservedProcesses : public ProcessTable {
   AccountBook accounts_;
   UsageByName usage_;
   FollowedProcesses processes_;
+  std::optional<GroupBalance> groups_;
   Moment lastPass_{};
   std::vector<std::int32_t> lastUses_;     ///< The accounts that other measurements used.
   std::vector<Application> applications_;  ///< Those of the system, and those of the accounts.

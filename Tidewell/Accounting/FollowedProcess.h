@@ -21,6 +21,8 @@ enum class Relation : std::uint8_t {
 
 /// A process as it was last read, and what is counted for it. Times are in the table's units.
 struct FollowedProcess {
+  static constexpr std::int32_t kUnknownGroup = -1;
+
   std::int32_t pid = 0;
   std::int32_t parent = 0;
   std::uint64_t startTime = 0;  ///< 0 for a hidden process if the table cannot tell it.
@@ -29,6 +31,9 @@ struct FollowedProcess {
   std::uint64_t disk = 0;  ///< Read and written.
   std::uint32_t programVersion = 0;
   std::int32_t account = 0;  ///< The account of its name and application; 0 without a name.
+  std::int32_t group = kUnknownGroup;  ///< As `ProcessGroups` has it, when it last ran.
+  std::uint64_t passTime = 0;          ///< What this pass counted for it.
+  std::uint64_t passReaped = 0;        ///< The part that is due to a reaper's charge.
   Relation relation = Relation::stranger;
   bool ended = false;
   bool unread = false;      ///< It is there, but this pass could not read it.

@@ -45,6 +45,7 @@ void UsageByName::beginWithMost(FollowedProcess& process, const ResourceUsage& u
   begin(process, usage, application);
   process.reapedSome = process.reapedTime > 0;
   process.counted.time = std::min(process.ownTime, most.time);
+  process.passTime = process.counted.time;
   const std::uint64_t reaped = chargedOnce(process.pid, process.reapedTime);
   if (table_.diskIncludesReaped()) {
     process.reaped.begin(reaped, process.disk);
@@ -65,7 +66,8 @@ void UsageByName::count(FollowedProcess& process, const ResourceUsage& usage,
   const std::uint64_t disk = increase(diskOf(usage), process.disk);
   // If the bytes of reaped children are among them, they must be sorted out first.
   const bool isMixed = table_.diskIncludesReaped();
-  process.counted += {increase(ownTimeOf(usage), process.ownTime), isMixed ? 0 : disk};
+  process.passTime = increase(ownTimeOf(usage), process.ownTime);
+  process.counted += {process.passTime, isMixed ? 0 : disk};
   const std::uint64_t reaped = increase(usage.reapedTime, process.reapedTime);
   process.reapedSome = reaped > 0;
   process.reaped.grow(chargedOnce(process.pid, reaped), isMixed ? disk : 0);

@@ -45,8 +45,12 @@ void startOver(TrackedProcess& process, std::uint64_t startTicks) {
 }  // namespace
 
 ProcessReader::ProcessReader(ProcFileSystem& proc, ApplicationResolver& applications,
-                             tidewell::Text& text, Lookup known)
-    : proc_(proc), applications_(applications), text_(text), known_(std::move(known)) {}
+                             tidewell::Text& text, ControlGroups& groups, Lookup known)
+    : proc_(proc),
+      applications_(applications),
+      text_(text),
+      groups_(groups),
+      known_(std::move(known)) {}
 
 bool ProcessReader::readAll(TrackedProcess& process) {
   const std::optional<ProcStat> stat = this->stat(process.pid);
@@ -84,6 +88,10 @@ bool ProcessReader::readProgram(TrackedProcess& process, const ProcStat& stat) {
   return true;
 }
 
+void ProcessReader::readGroup(TrackedProcess& process) {
+  process.group = groups_.number(proc_.read(process.pid, "cgroup").value_or(""));
+}
+
 /// The path by which a person knows the process.
 ///
 /// A shell goes by the script that it runs. A shell that only runs a command for its parent, as for
@@ -105,6 +113,7 @@ std::string ProcessReader::readPath(const TrackedProcess& process, const std::st
 void ProcessReader::readApplication(TrackedProcess& process, const ProcStat& stat,
                                     std::string_view program) {
   const auto cgroup = proc_.read(process.pid, "cgroup");
+  process.group = groups_.number(cgroup.value_or(""));
   const auto identity = applications_.applicationOf({.pid = process.pid,
                                                      .startTicks = stat.startTicks,
                                                      .session = stat.session,

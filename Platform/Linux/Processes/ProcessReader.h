@@ -10,6 +10,7 @@
 #include "Platform/Linux/Proc/ProcFileSystem.h"
 #include "Platform/Linux/Proc/ProcStat.h"
 #include "Platform/Linux/Processes/ApplicationResolver.h"
+#include "Platform/Linux/Processes/ControlGroups.h"
 #include "Platform/Linux/Processes/TrackedProcess.h"
 #include "Tidewell/Ports/Text.h"
 #include "Tidewell/SharedText.h"
@@ -24,7 +25,7 @@ class ProcessReader {
   using Lookup = std::function<const TrackedProcess*(std::int32_t pid)>;
 
   ProcessReader(ProcFileSystem& proc, ApplicationResolver& applications, tidewell::Text& text,
-                Lookup known);
+                ControlGroups& groups, Lookup known);
 
   /// Limits for how many processes files are kept open, two for each.
   void setMostKeptOpen(std::size_t processes) { mostKeptOpen_ = processes; }
@@ -45,6 +46,9 @@ class ProcessReader {
 
   std::optional<ProcStat> stat(std::int32_t pid);
 
+  /// Reads the control group of a process anew.
+  void readGroup(TrackedProcess& process);
+
   /// Notes that a process has children. From now on `readAfterRun` reads the time of those that it
   /// has reaped.
   static void noteChildren(TrackedProcess& process);
@@ -64,6 +68,7 @@ class ProcessReader {
   ProcFileSystem& proc_;
   ApplicationResolver& applications_;
   tidewell::Text& text_;
+  ControlGroups& groups_;
   Lookup known_;
   tidewell::SharedTexts paths_;
   std::size_t mostKeptOpen_ = 128;

@@ -23,6 +23,7 @@ constexpr auto kTimeToSettle = 10s;
 constexpr std::size_t kMostSweeps = 64;
 /// Descriptors that are left to the rest of the program.
 constexpr std::size_t kSpareDescriptors = 128;
+constexpr std::int32_t kParentOfKernelThreads = 2;
 
 using Access = TrackedProcess::Access;
 using Reading = TrackedProcess::Reading;
@@ -39,7 +40,8 @@ std::size_t descriptorBudget() {
 
 ProcessTracker::ProcessTracker(Sources sources)
     : sources_(std::move(sources)),
-      reader_(sources_.proc, sources_.applications, sources_.text,
+      groups_(sources_.controlGroups),
+      reader_(sources_.proc, sources_.applications, sources_.text, groups_,
               [this](std::int32_t pid) { return findKnown(pid); }),
       clocksWork_(sources_.clock.isAvailable()),
       ticksPerSecond_(sysconf(_SC_CLK_TCK)) {
@@ -68,12 +70,12 @@ void ProcessTracker::findNew() {
   } else {
     probeNew();
   }
-  hadStrangers_ = hadStrangers(processes_.size() - std::min(known, processes_.size()));
+  hadStrangers_ = countsStrangers(processes_.size() - std::min(known, processes_.size()));
 }
 
 /// Whether more identifiers were given out than the `found` new processes have. Threads get
 /// identifiers as well, so this only says that a process may have come and gone.
-bool ProcessTracker::hadStrangers(std::size_t found) const {
+bool ProcessTracker::countsStrangers(std::size_t found) const {
   if (!newest_ || !formerNewest_ || *newest_ < *formerNewest_) return true;
   return static_cast<std::size_t>(*newest_ - *formerNewest_) > found;
 }
@@ -117,6 +119,52 @@ std::int32_t ProcessTracker::parent(std::int32_t pid) {
     if (TrackedProcess* heir = findKnown(stat->parentPid)) ProcessReader::noteChildren(*heir);
   }
   return process->parentPid;
+}
+
+std::int32_t ProcessTracker::readGroup(std::int32_t pid) {
+  TrackedProcess* process = findKnown(pid);
+  if (!process) return 0;
+  reader_.readGroup(*process);
+  return process->group;
+}
+
+std::optional<std::uint64_t> ProcessTracker::groupTime(std::int32_t group) {
+  if (!clocksWork_) return std::nullopt;
+  const auto microseconds = groups_.microseconds(group);
+  return microseconds ? std::optional(*microseconds * 1000) : std::nullopt;
+}
+
+bool ProcessTracker::hasOnlyKnownMembers(std::int32_t group) {
+  const auto members = groups_.members(group);
+  if (!members) return false;
+  const auto known = std::ranges::count_if(
+      *members, [this, group](std::int32_t pid) { return isKnownMember(pid, group); });
+  return static_cast<std::size_t>(known) == members->size();
+}
+
+/// The time of a group is also that of the processes that are hidden from us, in other process
+/// namespaces (they have no number here) and of the kernel's threads, as those that carry the
+/// network of a virtual machine.
+bool ProcessTracker::isKnownMember(std::int32_t pid, std::int32_t group) {
+  TrackedProcess* process = findKnown(pid);
+  if (!process) return newest_ && pid > *newest_;
+  // Some kernels list a process that has ended, and whose program nobody knows.
+  if (process->access == Access::withoutProgram)
+    return process->parentPid != kParentOfKernelThreads;
+  if (process->access == Access::refused) return false;
+  if (process->group == group) return true;
+  reader_.readGroup(*process);
+  return false;
+}
+
+/// A group of a process that is found meanwhile is numbered anew.
+void ProcessTracker::forgetUnusedGroups() {
+  std::vector<std::int32_t> used;
+  for (const TrackedProcess& process : processes_)
+    used.push_back(process.group);
+  std::ranges::sort(used);
+  groups_.keepOnly(
+      [&used](std::int32_t number) { return std::ranges::binary_search(used, number); });
 }
 
 bool ProcessTracker::isAlive(std::int32_t pid) {
@@ -218,6 +266,7 @@ void ProcessTracker::scan() {
     if (!isAmongFirst(known, pid)) add(pid);
   }
   mergeNew(known);
+  forgetUnusedGroups();
 }
 
 void ProcessTracker::probeNew() {

@@ -4,11 +4,13 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "Platform/Linux/Proc/CpuClock.h"
 #include "Platform/Linux/Proc/ProcFileSystem.h"
 #include "Platform/Linux/Processes/ApplicationResolver.h"
+#include "Platform/Linux/Processes/ControlGroups.h"
 #include "Platform/Linux/Processes/ProcessReader.h"
 #include "Platform/Linux/Processes/TrackedProcess.h"
 #include "Platform/Linux/Time/BootTime.h"
@@ -41,6 +43,8 @@ class ProcessTracker {
     /// Clock ticks since the machine was started. The kernel counts the start of a process in the
     /// same way.
     std::function<std::uint64_t()> uptimeTicks = clockTicksSinceBoot;
+    /// Where the control groups are; empty for nowhere.
+    std::string controlGroups = ControlGroups::mountPoint();
   };
 
   static std::uint64_t clockTicksSinceBoot();
@@ -66,6 +70,20 @@ class ProcessTracker {
   /// Whether there is such a process at this moment. An ended process counts until it is reaped.
   bool isAlive(std::int32_t pid);
 
+  /// Whether a process may have come and gone between the last two passes.
+  [[nodiscard]] bool hadStrangers() const { return hadStrangers_; }
+
+  /// Reads the control group of a process anew; 0 for none.
+  std::int32_t readGroup(std::int32_t pid);
+
+  /// What the processes of a control group have used since it was made, in the unit of
+  /// `TrackedProcess::cpuTime`. Absent when it cannot be told.
+  std::optional<std::uint64_t> groupTime(std::int32_t group);
+
+  /// Whether all processes that a control group has now may be read and were found in it, or were
+  /// born since the last pass. Reads the groups of those anew that were found in another.
+  bool hasOnlyKnownMembers(std::int32_t group);
+
   /// The unit of `TrackedProcess::cpuTime` in nanoseconds.
   [[nodiscard]] tidewell::Timebase timebase() const;
   /// Converts clock ticks into that unit.
@@ -77,7 +95,7 @@ class ProcessTracker {
   bool readClock(TrackedProcess& process);
   void findNew();
   void readThoseThatRan();
-  [[nodiscard]] bool hadStrangers(std::size_t found) const;
+  [[nodiscard]] bool countsStrangers(std::size_t found) const;
   [[nodiscard]] bool wasGivenOutAgain(std::int32_t pid) const;
   [[nodiscard]] bool needsScan(std::optional<std::int32_t> newest) const;
   void scan();
@@ -88,7 +106,11 @@ class ProcessTracker {
   void mergeNew(std::size_t known);
   TrackedProcess* findKnown(std::int32_t pid);
 
+  bool isKnownMember(std::int32_t pid, std::int32_t group);
+  void forgetUnusedGroups();
+
   Sources sources_;
+  ControlGroups groups_;
   ProcessReader reader_;
   bool clocksWork_;
   long ticksPerSecond_;

@@ -29,6 +29,7 @@ struct TrackedProcess {
   std::int32_t pid;
   std::int32_t parentPid = 0;
   std::int32_t session = 0;
+  std::int32_t group = 0;  ///< Its control group, by `ControlGroups`; 0 unless readable.
   std::uint64_t startTicks = 0;
   std::uint64_t cpuTime = 0;  ///< In the tracker's unit of CPU time.
   /// CPU time of the children that it has reaped, and of those that they have reaped.

@@ -5,9 +5,12 @@
 #include <algorithm>
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <random>
 #include <set>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 #include "Tests/Tidewell/Accounting/ConservedTable.h"
@@ -19,10 +22,16 @@ double asDouble(std::uint64_t number) {
   return static_cast<double>(number);
 }
 
+/// Groups tell nothing about bytes.
+constexpr double kAnything = 1;
+/// A program that nothing happens to.
+constexpr std::string_view kLastsForEver = "/bin/lasts";
+
 /// How frequent processes of some kinds are: 4 means that one of 4 is. With 0 there is none.
 struct OneOf {
   unsigned hidden = 0;       ///< It may not be read.
   unsigned reapsNobody = 0;  ///< It ignores the end of its children.
+  unsigned grouped = 0;      ///< It begins in one of five groups, and not in that of its parent.
 };
 
 /// Lets the processes of a random tree do everything that processes can do.
@@ -59,28 +68,36 @@ class RandomLife {
     }
   }
   void endAll() {
-    while (kernel_.processes.size() > 1) {
+    while (std::ranges::any_of(kernel_.processes, &RandomLife::mayEnd)) {
       const auto processes = kernel_.processes;
-      for (const auto& [pid, process] : processes) {
-        if (pid != 1 && !process.zombie) kernel_.end(pid);
+      for (const auto& entry : processes) {
+        if (mayEnd(entry) && !entry.second.zombie) kernel_.end(entry.first);
       }
       reapOne();
     }
   }
 
  private:
+  using Entry = std::pair<const std::int32_t, SimulatedKernel::Process>;
+
+  static bool mayEnd(const Entry& entry) {
+    return entry.first != 1 && entry.second.path != kLastsForEver;
+  }
   unsigned pick(unsigned count) { return static_cast<unsigned>(random_() % count); }
   void spawn(std::int32_t parent) {
     const std::int32_t pid = kernel_.spawn(parent, name());
     kernel_.processes.at(pid).hidden = isOneOf(oneOf_.hidden);
     kernel_.processes.at(pid).reapsNobody = isOneOf(oneOf_.reapsNobody);
+    if (isOneOf(oneOf_.grouped)) {
+      kernel_.processes.at(pid).group = static_cast<std::int32_t>(1 + pick(5));
+    }
   }
   bool isOneOf(unsigned many) { return many > 0 && pick(many) == 0; }
   std::string name() { return "/bin/" + std::string(1, static_cast<char>('a' + pick(6))); }
   std::int32_t any() {
     std::vector<std::int32_t> running;
     for (const auto& [pid, process] : kernel_.processes) {
-      if (!process.zombie) running.push_back(pid);
+      if (!process.zombie && process.path != kLastsForEver) running.push_back(pid);
     }
     return running[pick(static_cast<unsigned>(running.size()))];
   }
@@ -120,10 +137,24 @@ class ConservationTest : public ConservedTable, public testing::WithParamInterfa
     });
   }
 
+  /// Puts a process that lasts into each group. So the groups are known from the first pass, and
+  /// there is always somebody to credit.
+  void fillGroups() {
+    for (int group = 1; group <= 6; ++group)
+      kernel.processes.at(kernel.spawn(1, std::string(kLastsForEver))).group = group;
+  }
+
+  /// Allows as much too much as is counted without groups. The claims of children that nobody was
+  /// charged for are guesses, and groups neither mend nor add to what these count twice.
+  void alsoCountWithoutGroups() {
+    withoutGroups_.emplace(ConservedProcesses::Sources{kernel, clock, others_, 1'000'000});
+  }
+
   /// Lets the processes live and end, and checks after each pass what it counts.
   void runLife(const Guessed& guessed, const OneOf& oneOf = {});
 
  private:
+  void passWithBoth();
   void expectNotTooMuch(const Guessed& guessed) const;
   void expectNotTooLittle(const Guessed& guessed) const;
   /// No name has less than on the pass before, unless it ended.
@@ -131,11 +162,24 @@ class ConservationTest : public ConservedTable, public testing::WithParamInterfa
 
   std::map<std::string, Usage> former_;  ///< What was counted on the pass before.
   std::set<std::string> formerlyEnded_;
+  AccountDirectory others_;
+  std::optional<ConservedProcesses> withoutGroups_;
+  Tally countedWithoutGroups_;
+  std::uint64_t tooMuchWithoutGroups_ = 0;  ///< At most, on any pass so far.
 };
 
+void ConservationTest::passWithBoth() {
+  pass();
+  if (!withoutGroups_) return;
+  countedWithoutGroups_.pass(*withoutGroups_);
+  const std::uint64_t time = countedWithoutGroups_.total.time;
+  tooMuchWithoutGroups_ = std::max(tooMuchWithoutGroups_, time - std::min(time, kernel.charged));
+}
+
 void ConservationTest::expectNotTooMuch(const Guessed& guessed) const {
-  EXPECT_LE(asDouble(total.time),
-            asDouble(kernel.charged) * (1 + guessed.time) + asDouble(kernel.handedOnTwice));
+  EXPECT_LE(asDouble(total.time), asDouble(kernel.charged) * (1 + guessed.time) +
+                                      asDouble(kernel.handedOnTwice) +
+                                      asDouble(tooMuchWithoutGroups_));
   EXPECT_LE(asDouble(total.disk), asDouble(kernel.chargedDisk) * (1 + guessed.disk));
 }
 
@@ -166,21 +210,21 @@ void ConservationTest::expectNothingTakenBack() {
 
 void ConservationTest::runLife(const Guessed& guessed, const OneOf& oneOf) {
   RandomLife life(kernel, static_cast<unsigned>(GetParam()), oneOf);
-  pass();
+  passWithBoth();
   expectNothingTakenBack();
   for (int tick = 0; tick < 60; ++tick) {
     SCOPED_TRACE("tick " + std::to_string(tick));
     for (int count = 0; count < 25; ++count)
       life.step();
-    pass();
+    passWithBoth();
     expectNotTooMuch(guessed);
     expectNothingTakenBack();
   }
   SCOPED_TRACE("all have ended");
   life.endAll();
-  pass();
+  passWithBoth();
   expectNotTooMuch(guessed);
-  pass();
+  passWithBoth();
   ASSERT_GT(kernel.charged, 0U);
   ASSERT_GT(kernel.chargedDisk, 0U);
   expectNotTooMuch(guessed);
@@ -189,6 +233,25 @@ void ConservationTest::runLife(const Guessed& guessed, const OneOf& oneOf) {
 
 TEST_P(ConservationTest, CountsWhatTheKernelChargedOnceAndNeverLess) {
   runLife({});
+}
+
+TEST_P(ConservationTest, CountsOnceWhatIsReapedInOtherGroups) {
+  kernel.processes.at(1).group = 6;
+  fillGroups();
+  runLife({}, {.grouped = 3});
+}
+
+TEST_P(ConservationTest, CountsOnceWhatIsReapedByOneInNoGroup) {
+  fillGroups();
+  alsoCountWithoutGroups();
+  runLife({.disk = kAnything}, {.grouped = 1});
+}
+
+TEST_P(ConservationTest, CountsWhatGroupsUsedThatNobodyWasCharged) {
+  kernel.processes.at(1).group = 6;
+  fillGroups();
+  alsoCountWithoutGroups();
+  runLife({.disk = kAnything}, {.reapsNobody = 4, .grouped = 3});
 }
 
 TEST_P(ConservationTest, StaysNearTheChargeOnAMac) {

@@ -10,29 +10,17 @@
 #include <vector>
 
 #include "Tests/Fakes/FakeClock.h"
+#include "Tests/Tidewell/Accounting/SimulatedGroups.h"
 #include "Tests/Tidewell/Accounting/SimulatedKernel.h"
 #include "Tidewell/Accounting/ConservedProcesses.h"
 #include "Tidewell/ProcessSampler.h"
 
 namespace tidewell {
 
-/// A conserved table over a simulated kernel, and what the table counts.
-class ConservedTable : public testing::Test {
- protected:
-  /// The number of the process that counts.
-  struct ProcessItself {
-    std::int32_t pid;
-  };
-
-  /// By default there are so many processors that they could have given any time.
-  explicit ConservedTable(unsigned processors = 1'000'000)
-      : table({kernel, clock, accounts, processors}) {}
-  explicit ConservedTable(ProcessItself self)
-      : table({kernel, clock, accounts, 1'000'000, self.pid}) {}
-
-  /// Makes one pass.
-  void pass() {
-    clock.advance(std::chrono::seconds(2));
+/// What a conserved table counts, over all its passes.
+struct Tally {
+  /// Makes one pass of `table`.
+  void pass(ConservedProcesses& table) {
     const ProcessSnapshot snapshot = table.snapshot();
     listed.assign(snapshot.processes.begin(), snapshot.processes.end());
     std::map<std::string, Usage> present;
@@ -53,6 +41,33 @@ class ConservedTable : public testing::Test {
       counted[name] = usage;
       ended.erase(name);
     }
+  }
+
+  std::vector<std::int32_t> listed;      ///< What the last pass listed.
+  std::map<std::string, Usage> counted;  ///< By name: what the last pass with this name had.
+  std::set<std::string> ended;           ///< The names that the last pass did not have any more.
+  Usage usedByEnded;                     ///< What all names had when they ended.
+  Usage total;                           ///< What the last pass had, and `usedByEnded`.
+};
+
+/// A conserved table over a simulated kernel, and what the table counts.
+class ConservedTable : public testing::Test, protected Tally {
+ protected:
+  /// The number of the process that counts.
+  struct ProcessItself {
+    std::int32_t pid;
+  };
+
+  /// By default there are so many processors that they could have given any time.
+  explicit ConservedTable(unsigned processors = 1'000'000)
+      : table({kernel, clock, accounts, processors, 0, &groups}) {}
+  explicit ConservedTable(ProcessItself self)
+      : table({kernel, clock, accounts, 1'000'000, self.pid, &groups}) {}
+
+  /// Makes one pass.
+  void pass() {
+    clock.advance(std::chrono::seconds(2));
+    Tally::pass(table);
   }
 
   /// What the last pass had with this name. Fails if the last pass did not have the name.
@@ -80,14 +95,10 @@ class ConservedTable : public testing::Test {
   }
 
   SimulatedKernel kernel;
+  SimulatedGroups groups{kernel};
   FakeClock clock;
   AccountDirectory accounts;
   ConservedProcesses table;
-  std::vector<std::int32_t> listed;      ///< What the last pass listed.
-  std::map<std::string, Usage> counted;  ///< By name: what the last pass with this name had.
-  std::set<std::string> ended;           ///< The names that the last pass did not have any more.
-  Usage usedByEnded;                     ///< What all names had when they ended.
-  Usage total;                           ///< What the last pass had, and `usedByEnded`.
 };
 
 }  // namespace tidewell

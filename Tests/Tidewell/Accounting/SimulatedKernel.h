@@ -48,6 +48,7 @@ class SimulatedKernel : public ProcessTable {
     bool zombie = false;
     bool reapsNobody = false;  ///< Its children vanish by themselves when they end.
     bool hidden = false;       ///< Its counters may not be read, because it is another user's.
+    std::int32_t group = 0;
   };
 
   SimulatedKernel() { processes[1] = {.path = "/sbin/init"}; }
@@ -61,11 +62,13 @@ class SimulatedKernel : public ProcessTable {
       pid = ++latest;
     }
     processes[pid] = {.parent = parent, .start = ++clock, .path = path};
+    processes[pid].group = processes.at(parent).group;
     return pid;
   }
   void work(std::int32_t pid, std::uint64_t time, std::uint64_t disk = 0) {
     processes.at(pid).own += time;
     processes.at(pid).disk += disk;
+    groupTimes[processes.at(pid).group] += time;
     charged += time;
     chargedDisk += disk;
   }
@@ -140,6 +143,7 @@ class SimulatedKernel : public ProcessTable {
   Timebase timebase() override { return {1'000'000'000, 1}; }
 
   std::map<std::int32_t, Process> processes;
+  std::map<std::int32_t, std::uint64_t> groupTimes;  ///< By group, with all that ended.
   std::vector<std::shared_ptr<const RunningApplication>> applications;
   std::int32_t latest = 1;
   std::uint64_t clock = 0;
