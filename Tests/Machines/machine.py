@@ -20,7 +20,7 @@ KERNEL_OPTIONS = ("root=/dev/vda rw console=ttyS0 mem_sleep_default=deep "
                   "no_timer_check panic=-1")
 #: The address at which the machine's one connection to the outside answers. There is nothing else.
 SERVER = "10.0.2.100"
-#: Cinnamon switches nothing off on a machine that looks virtual.
+#: Cinnamon switches nothing off on a machine that looks virtual, and GNOME never sends it to sleep.
 LOOKS_REAL = ("-cpu", "qemu64,-hypervisor", "-smbios", "type=1,manufacturer=Staylit,product=Machine")
 #: What QEMU takes for the other end of the screen.
 POINTER_RANGE = 0x7FFF

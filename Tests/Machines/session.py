@@ -4,6 +4,7 @@ display, and the sleep that the desktop itself decides on.
 A scenario says with a Desktop what differs. The user is logged in by the machine's own login screen.
 """
 import dataclasses
+import json
 import time
 import typing
 
@@ -34,6 +35,12 @@ class Desktop:
     lit: tuple = (False, True)
     log_out: tuple = ()  #: The command that ends the session; without it nobody logs out.
     login_unit: str = "display-manager"  #: What logs the user in when it starts.
+    #: What never counts as work: a shell that computes all it draws works for many seconds.
+    ignored: tuple = ()
+    #: begun(session): does what a session needs that has just been logged in.
+    begun: typing.Callable = lambda session: None
+    #: Whether the session ends with the panel, so that the login screen logs in once more.
+    ends_with_panel: bool = False
 
 
 def is_large(box):
@@ -71,13 +78,15 @@ class Session:
         begin = time.monotonic()
         self.machine.shell(f"until pgrep -u {USER} -x {self.desktop.panel}; do sleep 2; done",
                            seconds=MOST_SETTLING_SECONDS * 2)
+        self.desktop.begun(self)
         shown = self.settled("desktop")
         self.trial.say(f"the desktop is there after {time.monotonic() - begin:.0f} s")
         return shown
 
     def set(self, settings=""):
         """Staylit's settings; a change counts some seconds later."""
-        self.machine.write(SETTINGS_FILE, SETTINGS + settings, USER)
+        ignored = f"ignoredApps = {json.dumps(self.desktop.ignored)}\n"
+        self.machine.write(SETTINGS_FILE, SETTINGS + ignored + settings, USER)
         time.sleep(10)
 
     # The icon, its menu and the windows
@@ -130,13 +139,18 @@ class Session:
         return shown
 
     def replace_panel(self):
-        """The panel crashes, and the session starts it anew."""
+        """The panel crashes, and comes anew: by its session, or with the next one."""
         self.trial.say("-- the panel crashes")
         before = self.settled("panel-before")
-        self.machine.shell(f"kill -SEGV $(pgrep -u {USER} -o -x {self.desktop.panel})")
-        time.sleep(5)
-        self.machine.shell(f"until pgrep -u {USER} -x {self.desktop.panel}; do sleep 2; done",
-                           seconds=MOST_SETTLING_SECONDS)
+        process = self.machine.run("pgrep", "-u", USER, "-o", "-x", self.desktop.panel).strip()
+        # Some catch the first one, to say where they were.
+        self.machine.shell(f"while kill -SEGV {process}; do sleep 1; done 2>/dev/null; "
+                           f"until pgrep -u {USER} -x {self.desktop.panel}; do sleep 2; done",
+                           seconds=MOST_SETTLING_SECONDS * 2)
+        if self.desktop.ends_with_panel:
+            self.log_in()
+            self.start_staylit()
+            time.sleep(MOST_OPENING_SECONDS / 3)
         # A program that also draws the desktop leaves the screen black until it does so again.
         back = self.wait_for(lambda: self.looks_like(before), MOST_SETTLING_SECONDS)
         self.trial.check(back, "the desktop looks as before the crash")
