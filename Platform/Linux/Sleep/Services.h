@@ -31,6 +31,9 @@ inline constexpr const char* kScreenSaver = "org.freedesktop.ScreenSaver";
 /// XFCE alone.
 inline constexpr const char* kXfcePowerManager = "org.xfce.PowerManager";
 
+/// MATE alone.
+inline constexpr const char* kMatePowerManager = "org.mate.PowerManager";
+
 /// LXQt alone. It has this name and answers nothing.
 inline constexpr const char* kLxqtPowerManager = "org.lxqt.lxqt-powermanagement";
 

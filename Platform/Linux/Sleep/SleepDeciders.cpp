@@ -41,7 +41,7 @@ constexpr std::array<SettingsPowerManager, 3> kPowerManagers = {
       "org.gnome.settings-daemon.plugins.power", kInactiveType, kInactiveTimeout},
      {"org.cinnamon.SettingsDaemon.Power", "Cinnamon's power management",
       "org.cinnamon.settings-daemon.plugins.power", kInactiveType, kInactiveTimeout},
-     {"org.mate.PowerManager",
+     {services::kMatePowerManager,
       "MATE's power management",
       "org.mate.power-manager",
       {"action-sleep-type-ac", "action-sleep-type-battery"},

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "Platform/Linux/Sleep/LxqtIdleTime.h"
+#include "Platform/Linux/Sleep/MateIdleTime.h"
 #include "Tidewell/Words.h"
 
 namespace platform {
@@ -105,8 +106,10 @@ void SleepInhibitors::releaseAssertion(std::uint32_t id) {
   const auto found = live_.find(id);
   if (found == live_.end()) return;
   if (found->second.recordedId != 0) recorded_.releaseAssertion(found->second.recordedId);
+  const bool wasOfDisplay = isOfDisplay();
   live_.erase(found);
   if (live_.empty()) restartXfceIdleTime(sessionBus_, findXServer_);
+  if (wasOfDisplay && !isOfDisplay()) restartMateIdleTime(sessionBus_, findXServer_);
   attendLater();
 }
 
@@ -223,15 +226,18 @@ void SleepInhibitors::readBack() {
   }
 }
 
+bool SleepInhibitors::isOfDisplay() const {
+  return std::any_of(live_.begin(), live_.end(), [](const auto& entry) {
+    return entry.second.assertion->kind() == tidewell::AssertionKind::display;
+  });
+}
+
 void SleepInhibitors::keepOff() {
   keepOffAgain_.reset();
   if (live_.empty()) return;
-  const bool isOfDisplay = std::any_of(live_.begin(), live_.end(), [](const auto& entry) {
-    return entry.second.assertion->kind() == tidewell::AssertionKind::display;
-  });
-  const auto pause =
-      keepOffLxqt(sessionBus_, findXServer_,
-                  isOfDisplay ? tidewell::AssertionKind::display : tidewell::AssertionKind::system);
+  const auto kind =
+      isOfDisplay() ? tidewell::AssertionKind::display : tidewell::AssertionKind::system;
+  const auto pause = keepOffLxqt(sessionBus_, findXServer_, kind);
   if (pause) keepOffAgain_ = now_() + std::chrono::duration_cast<Moment::duration>(*pause);
 }
 

@@ -33,8 +33,8 @@ namespace platform {
 class SleepInhibitors : public tidewell::PowerManagement {
  public:
   /// The buses and `loop` must outlive this object. `now` is the clock of the pauses and retries.
-  /// `findXServer` serves the end of the last hold on XFCE and the holds on LXQt, see
-  /// `restartXfceIdleTime` and `keepOffLxqt`.
+  /// `findXServer` serves the end of the last hold on XFCE and MATE and the holds on LXQt, see
+  /// `restartXfceIdleTime`, `restartMateIdleTime` and `keepOffLxqt`.
   SleepInhibitors(Bus& systemBus, Bus& sessionBus, tidewell::MainLoop& loop,
                   SleepAssertion::Now now = BootTime::now,
                   FindXServer findXServer = XAddress::ofEnvironment);
@@ -74,6 +74,8 @@ class SleepInhibitors : public tidewell::PowerManagement {
   std::vector<Grant> grants(const Live& live);
   bool compare(InhibitMechanism& mechanism, Moment askedAt, const ReadBack::Reasons& listed);
   void readBack();
+  /// Whether a hold of the display is among them.
+  [[nodiscard]] bool isOfDisplay() const;
   void keepOff();
   [[nodiscard]] std::optional<Moment> readBackDue(const InhibitMechanism& mechanism) const;
   /// Sets the timer that calls `attend` when the next work is due.
