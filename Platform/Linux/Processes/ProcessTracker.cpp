@@ -147,7 +147,7 @@ bool ProcessTracker::hasOnlyKnownMembers(std::int32_t group) {
 /// network of a virtual machine.
 bool ProcessTracker::isKnownMember(std::int32_t pid, std::int32_t group) {
   TrackedProcess* process = findKnown(pid);
-  if (!process) return newest_ && pid > *newest_;
+  if (!process) return pid > 0 && (!isAlive(pid) || mayBeRead(pid));
   // Some kernels list a process that has ended, and whose program nobody knows.
   if (process->access == Access::withoutProgram)
     return process->parentPid != kParentOfKernelThreads;
@@ -155,6 +155,12 @@ bool ProcessTracker::isKnownMember(std::int32_t pid, std::int32_t group) {
   if (process->group == group) return true;
   reader_.readGroup(*process);
   return false;
+}
+
+/// Whether a process that the last pass did not find is one that the next will find.
+bool ProcessTracker::mayBeRead(std::int32_t pid) {
+  const auto process = readNow(pid);
+  return process && process->access != Access::refused;
 }
 
 /// A group of a process that is found meanwhile is numbered anew.

@@ -107,6 +107,7 @@ class ProcessTracker {
   TrackedProcess* findKnown(std::int32_t pid);
 
   bool isKnownMember(std::int32_t pid, std::int32_t group);
+  bool mayBeRead(std::int32_t pid);
   void forgetUnusedGroups();
 
   Sources sources_;

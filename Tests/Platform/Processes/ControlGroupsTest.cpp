@@ -139,10 +139,16 @@ TEST_F(TrackedGroupsTest, TheTrackerKnowsTheGroupsOfItsProcesses) {
 
 TEST_F(TrackedGroupsTest, ReadableMembersAndThoseBornSinceAreKnown) {
   EXPECT_TRUE(areKnown("10\n"));
+  EXPECT_TRUE(areKnown("10\n13\n")) << "it has ended since";
+  tree.put({.pid = 13, .exe = "/bin/program", .cgroup = "0::/one\n"});
   EXPECT_TRUE(areKnown("10\n13\n"));
+  tree.put({.pid = 9, .exe = "/bin/program", .cgroup = "0::/one\n"});
+  EXPECT_TRUE(areKnown("10\n9\n")) << "it was being born when the newest number was read";
 }
 
 TEST_F(TrackedGroupsTest, OthersThatUseTheTimeOfAGroupAreNotKnown) {
+  tree.put({.pid = 9, .exe = "/bin/program", .cgroup = "0::/one\n"});
+  std::filesystem::remove_all(std::filesystem::path(tree.root()) / "9");
   EXPECT_FALSE(areKnown("10\n9\n")) << "it is hidden from us";
   EXPECT_FALSE(areKnown("10\n0\n")) << "it is in another process namespace";
   EXPECT_FALSE(areKnown("10\n12\n")) << "it is a thread of the kernel";
