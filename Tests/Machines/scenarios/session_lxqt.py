@@ -20,7 +20,9 @@ SHORTEST_SECONDS, DARK_SECONDS = 30, 60
 
 LOG_OUT = ("busctl", "--user", "call", "org.lxqt.session", "/LXQtSession", "org.lxqt.session",
            "logout")
-SESSION = "[General]\n__userfile__=true\nwindow_manager=openbox\n"
+#: No locker is installed, and the session says so where it cannot lock before a sleep.
+SESSION = ("[General]\n__userfile__=true\nwindow_manager=openbox\n"
+           "lock_screen_before_power_actions=false\n")
 #: The icons are at the panel's left end, so that their place is known.
 PANEL = """[General]
 __userfile__=true
