@@ -11,6 +11,7 @@
 
 #include "Platform/Linux/Files/ReadLease.h"
 #include "Platform/Posix/Files/Descriptor.h"
+#include "Platform/Posix/Files/WholeWrite.h"
 
 namespace platform {
 namespace {
@@ -18,16 +19,6 @@ namespace {
 constexpr mode_t kPermissions = 07777;
 /// Tells `fchown` to leave the owner, or the group, as it is.
 constexpr uid_t kSame = static_cast<uid_t>(-1);
-
-bool writeAll(int file, std::string_view content) {
-  while (!content.empty()) {
-    const ssize_t written = write(file, content.data(), content.size());
-    if (written < 0 && errno == EINTR) continue;
-    if (written < 0) return false;
-    content.remove_prefix(static_cast<std::size_t>(written));
-  }
-  return true;
-}
 
 /// Gives the file the owner, the group and the mode of `target`, as far as this user may. Only root
 /// may give a file to another owner, and a user may give it only to the user's own groups. When the
@@ -80,7 +71,7 @@ FileReplacement::FileReplacement(const std::filesystem::path& target, std::strin
     return;
   }
   temporary_ = std::move(path);
-  const bool isWritten = copyOwnerAndMode(file.get(), target) && writeAll(file.get(), content) &&
+  const bool isWritten = copyOwnerAndMode(file.get(), target) && writeWhole(file.get(), content) &&
                          fsync(file.get()) == 0;
   if (!isWritten) error_ = std::strerror(errno);
   own_ = stampOf(file.get());

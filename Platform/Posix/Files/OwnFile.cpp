@@ -10,6 +10,7 @@
 
 #include "Platform/Posix/ErrorDescription.h"
 #include "Platform/Posix/Files/Descriptor.h"
+#include "Platform/Posix/Files/WholeWrite.h"
 
 namespace platform {
 namespace {
@@ -28,16 +29,6 @@ std::string whyNotReplaced(const std::filesystem::path& path) {
   return "there is something else than a file in its place";
 }
 
-bool writeWhole(int file, std::string_view content) {
-  while (!content.empty()) {
-    const ssize_t written = write(file, content.data(), content.size());
-    if (written < 0 && errno == EINTR) continue;
-    if (written < 0) return false;
-    content.remove_prefix(static_cast<std::size_t>(written));
-  }
-  return fsync(file) == 0;
-}
-
 }  // namespace
 
 std::string writeOwnFile(const std::filesystem::path& path, std::string_view content) {
@@ -47,7 +38,9 @@ std::string writeOwnFile(const std::filesystem::path& path, std::string_view con
   std::string temporary = (path.parent_path() / ".staylit-XXXXXX").string();
   const Descriptor file(mkostemp(temporary.data(), O_CLOEXEC));
   if (!file) return lastError();
-  if (writeWhole(file.get(), content) && rename(temporary.c_str(), path.c_str()) == 0) return "";
+  if (writeWhole(file.get(), content) && fsync(file.get()) == 0 &&
+      rename(temporary.c_str(), path.c_str()) == 0)
+    return "";
   std::string why = lastError();
   unlink(temporary.c_str());
   return why;

@@ -13,6 +13,7 @@
 
 #include "Platform/Posix/ErrorDescription.h"
 #include "Platform/Posix/Files/Descriptor.h"
+#include "Platform/Posix/Files/WholeWrite.h"
 
 namespace platform {
 namespace {
@@ -27,13 +28,7 @@ class AppendedFile : public tidewell::PrivateFile {
 
   std::string append(std::string_view bytes) override {
     if (isRemoved()) return "it was removed";
-    while (!bytes.empty()) {
-      const ssize_t written = ::write(file_.get(), bytes.data(), bytes.size());
-      if (written < 0 && errno == EINTR) continue;
-      if (written < 0) return describeError(errno);
-      bytes.remove_prefix(static_cast<std::size_t>(written));
-    }
-    return {};
+    return writeWhole(file_.get(), bytes) ? "" : describeError(errno);
   }
 
  private:

@@ -10,6 +10,7 @@
 #include <system_error>
 
 #include "Platform/Posix/Files/Descriptor.h"
+#include "Platform/Posix/Files/WholeWrite.h"
 
 namespace platform {
 namespace {
@@ -47,13 +48,7 @@ class Replacement {
   }
 
   bool write(std::string_view text) {
-    while (!text.empty()) {
-      const ssize_t written = ::write(file_.get(), text.data(), text.size());
-      if (written < 0 && errno == EINTR) continue;
-      if (written < 0) return false;
-      text.remove_prefix(static_cast<std::size_t>(written));
-    }
-    return fsync(file_.get()) == 0;
+    return writeWhole(file_.get(), text) && fsync(file_.get()) == 0;
   }
 
   bool takePlace() {
