@@ -151,7 +151,7 @@ class Images:
         """What each machine has: the agent, the work and a user who may not log in."""
         agent = root / "usr/local/lib/machine"
         agent.mkdir(parents=True)
-        for name in ("agent.py", "lid.py", "within", "work"):
+        for name in ("agent.py", "day.py", "lid.py", "within", "work"):
             shutil.copy(HERE / "guest" / name, agent / name)
             (agent / name).chmod(0o755)
         units = root / "etc/systemd/system"

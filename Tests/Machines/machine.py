@@ -18,6 +18,13 @@ WAKE_SECONDS = 300
 KERNEL_OPTIONS = ("root=/dev/vda rw console=ttyS0 mem_sleep_default=deep "
                   "mitigations=off cryptomgr.notests "
                   "no_timer_check panic=-1")
+#: The machine's clock is the one of this machine.
+HERE_TIME = ("-accel", "tcg,thread=multi", "-smp", "2", "-rtc", "base=utc")
+#: The machine's clock counts what its one processor does: four nanoseconds for each instruction. While
+#: there is nothing to do the clock jumps to the next timer, so that an idle hour takes seconds. Other
+#: work here slows this down, and the machine does not see it; only its disk answers by our clock.
+OWN_TIME = ("-accel", "tcg,thread=single", "-smp", "1", "-icount", "shift=2,sleep=off",
+            "-rtc", "base=utc,clock=vm")
 #: The address at which the machine's one connection to the outside answers. There is nothing else.
 SERVER = "10.0.2.100"
 #: Cinnamon switches nothing off on a machine that looks virtual, and GNOME never sends it to sleep.
@@ -76,7 +83,7 @@ class Machine:
     """Use it in a `with`: at its end QEMU is ended, by its number. `said` gets a line of text for
     each thing that happens. All waiting is the caller's, on its own thread."""
 
-    def __init__(self, image, folder, said, memory="1G", screen=""):
+    def __init__(self, image, folder, said, memory="1G", screen="", own_time=False):
         self._folder = folder
         self._said = said
         self._number = 0
@@ -89,15 +96,15 @@ class Machine:
         self.desktop_locks = []  #: What a desktop's own service has, in the same form.
         #: Pairs of a time (monotonic) and a name: SUSPEND, WAKEUP, SHUTDOWN, ...
         self.events = []
-        self._start(image, memory, screen)
+        self._start(image, memory, screen, OWN_TIME if own_time else HERE_TIME)
 
-    def _start(self, image, memory, screen):
+    def _start(self, image, memory, screen, time_options):
         for name in ("qmp", "agent"):
             (self._folder / name).unlink(missing_ok=True)
         command = [
             "qemu-system-x86_64", "-name", "staylit-machine", "-nodefaults", "-no-user-config",
             "-machine", "pc", "-global", "PIIX4_PM.disable_s3=0",
-            "-accel", "tcg,thread=multi", *LOOKS_REAL, "-smp", "2", "-m", memory,
+            *LOOKS_REAL, "-m", memory, *time_options,
             "-kernel", image.kernel, "-initrd", image.initrd,
             "-append", KERNEL_OPTIONS,
             "-drive", f"file={image.disk},if=virtio,format=raw,snapshot=on",
@@ -107,7 +114,7 @@ class Machine:
             "-netdev", f"user,id=outside,restrict=on,"
             f"guestfwd=tcp:{SERVER}:80-cmd:{sys.executable} {HERE / 'server.py'}",
             "-device", "virtio-net-pci,netdev=outside,romfile=",
-            "-rtc", "base=utc", "-display", "none", "-no-reboot"]
+            "-display", "none", "-no-reboot"]
         command += ["-device", screen, "-device", "virtio-keyboard-pci",
                     "-device", "virtio-tablet-pci"] if screen else ["-vga", "none"]
         with open(self._folder / "qemu.log", "wb") as log:

@@ -20,6 +20,7 @@ class Machine:
     own_packages: tuple = ("staylit",)
     memory: str = "1G"
     screen: str = ""  #: The graphics card, by QEMU's name.
+    own_time: bool = False  #: Whether its clock counts what it does (machine.OWN_TIME).
 
 
 @dataclasses.dataclass(frozen=True)

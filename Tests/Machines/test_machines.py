@@ -8,6 +8,8 @@ import zlib
 
 sys.dont_write_bytecode = True
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent))
+sys.path.append(str(pathlib.Path(__file__).resolve().parent / "guest"))
+import day  # noqa: E402
 from picture import Picture  # noqa: E402
 import results  # noqa: E402
 import scenario  # noqa: E402
@@ -75,6 +77,27 @@ class Pictures(unittest.TestCase):
         self.assertEqual(data[:8], b"\x89PNG\r\n\x1a\n")
         begin = data.index(b"IDAT") + 4
         self.assertEqual(zlib.decompress(data[begin:data.index(b"IEND") - 8]), b"\0abc\0def")
+
+
+class Day(unittest.TestCase):
+    def test_numbers_have_names(self):
+        with tempfile.TemporaryDirectory() as folder:
+            path = pathlib.Path(folder) / "status"
+            path.write_text("55d0-7ffd ---p 00000000 [rollup]\nRss:  12 kB\nusage_usec 7\nName: a\n")
+            self.assertEqual(day.fields(path), {"Rss": 12, "usage_usec": 7})
+
+    def test_a_hold_is_a_lock_of_staylit_on_the_idle_machine(self):
+        with tempfile.TemporaryDirectory() as folder:
+            locks = pathlib.Path(folder)
+            (locks / "1").write_text("WHO=Staylit\nWHAT=sleep\nMODE=delay\n")
+            (locks / "2").write_text("WHO=Exporter\nWHAT=idle\nMODE=block\n")
+            self.assertFalse(day.is_held(locks))
+            (locks / "3").write_text("WHO=Staylit\nWHAT=idle\nMODE=block\n")
+            self.assertTrue(day.is_held(locks))
+
+    def test_each_work_ends_within_its_hour(self):
+        self.assertTrue(all(hour < day.HOURS and seconds + 60 < day.HOUR
+                            for hour, (_, seconds) in day.WORK.items()))
 
 
 class Results(unittest.TestCase):
