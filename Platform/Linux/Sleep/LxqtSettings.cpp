@@ -18,7 +18,9 @@ constexpr const char* kIsOn = "enableIdlenessWatcher";
 
 /// The watcher's numbers of what it does.
 constexpr long kNothing = -1;
+constexpr long kLogOut = 0;
 constexpr long kHibernate = 1;
+constexpr long kReboot = 2;
 constexpr long kTurnOff = 3;
 constexpr long kSuspend = 4;
 
@@ -62,7 +64,9 @@ LxqtSettings::Deed LxqtSettings::deed(bool isOnAC) const {
   switch (action(isOnAC)) {
     case kNothing:
       return Deed::none;
+    case kLogOut:
     case kHibernate:
+    case kReboot:
     case kTurnOff:
     case kSuspend:
       return Deed::endsWork;

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Platform/Linux/Bus/Bus.h"
-#include "Platform/Linux/Sleep/XfceIdleTime.h"
+#include "Platform/Linux/Sleep/XServer.h"
 
 namespace platform {
 

@@ -130,11 +130,11 @@ SleepDecider kdeDecider() {
           {services::kPolicyAgent, services::kLogind}};
 }
 
-SleepDecider lxqtDecider(Bus& sessionBus, bool isOnAC) {
+SleepDecider lxqtDecider(Bus& sessionBus, const FindXServer& findXServer, bool isOnAC) {
   const LxqtSettings settings = LxqtSettings::read(xdgConfigFolders());
   SleepDecider decider{
       "LXQt's idleness watcher", Action::nothing, std::nullopt, settings.setting(isOnAC), {}};
-  decider.isKeptOff = countsLxqtIdleTime(sessionBus);
+  decider.isKeptOff = canKeepOffLxqt(sessionBus, findXServer);
   if (settings.deed(isOnAC) != LxqtSettings::Deed::endsWork) return decider;
   decider.action = Action::sleeps;
   decider.after = settings.after(isOnAC);
@@ -144,7 +144,7 @@ SleepDecider lxqtDecider(Bus& sessionBus, bool isOnAC) {
 }  // namespace
 
 MachineSleep findSleepDeciders(Bus& systemBus, Bus& sessionBus, tidewell::TaskLauncher& launcher,
-                               const std::string& settingsTool) {
+                               const FindXServer& findXServer, const std::string& settingsTool) {
   MachineSleep machine;
   bool isOnAC = true;
   RemoteProperties logind(systemBus, services::kLogind, services::kLogindPath,
@@ -169,7 +169,7 @@ MachineSleep findSleepDeciders(Bus& systemBus, Bus& sessionBus, tidewell::TaskLa
   if (isThere(services::kXfcePowerManager))
     machine.deciders.push_back(xfceDecider(sessionBus, isOnAC));
   if (isThere(services::kLxqtPowerManager))
-    machine.deciders.push_back(lxqtDecider(sessionBus, isOnAC));
+    machine.deciders.push_back(lxqtDecider(sessionBus, findXServer, isOnAC));
   if (machine.deciders.size() == ofMachine && isThere(services::kSessionManager)) {
     machine.deciders.push_back({"the desktop's power management",
                                 Action::unknown,

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "Platform/Linux/Bus/Bus.h"
+#include "Platform/Linux/Sleep/XServer.h"
 #include "Tidewell/Ports/Clock.h"
 #include "Tidewell/Ports/TaskLauncher.h"
 
@@ -37,9 +38,10 @@ struct MachineSleep {
 };
 
 /// Finds out who puts the machine to sleep here, on the buses and by the desktop's settings tool
-/// where there is one. Some bounded calls; the tool gets two seconds for each of two questions.
-/// Main thread only.
+/// where there is one, and by the X server. Some bounded calls; the tool gets two seconds for each
+/// of two questions. Main thread only.
 MachineSleep findSleepDeciders(Bus& systemBus, Bus& sessionBus, tidewell::TaskLauncher& launcher,
+                               const FindXServer& findXServer,
                                const std::string& settingsTool = "/usr/bin/gsettings");
 
 }  // namespace platform

@@ -25,6 +25,9 @@ constexpr std::uint8_t kQueryExtension = 98;
 constexpr std::uint8_t kForceScreenSaver = 115;
 constexpr std::uint8_t kGetInputFocus = 43;
 constexpr std::uint8_t kQuerySaver = 1;
+constexpr std::uint8_t kReset = 0;
+constexpr std::uint8_t kActivate = 1;
+constexpr char kSaverIsOn = 1;
 
 std::size_t padded(std::size_t bytes) {
   return (bytes + 3) / 4 * 4;
@@ -168,7 +171,7 @@ std::optional<std::string> XServer::ask(std::string_view request) {
   return std::nullopt;
 }
 
-std::optional<std::chrono::milliseconds> XServer::idleTime() {
+std::optional<std::string> XServer::askSaver() {
   const std::size_t length = 2 + padded(kSaver.size()) / 4;
   const auto extension = ask(Message()
                                  .byte(kQueryExtension)
@@ -180,15 +183,33 @@ std::optional<std::chrono::milliseconds> XServer::idleTime() {
                                  .bytes());
   if (!extension || (*extension)[8] == 0) return std::nullopt;
   const auto number = static_cast<std::uint8_t>((*extension)[9]);
-  const auto saver = ask(Message().byte(number).byte(kQuerySaver).word(2).number32(root_).bytes());
+  return ask(Message().byte(number).byte(kQuerySaver).word(2).number32(root_).bytes());
+}
+
+std::optional<std::chrono::milliseconds> XServer::idleTime() {
+  const auto saver = askSaver();
   if (!saver) return std::nullopt;
   return std::chrono::milliseconds(*numberAt<std::uint32_t>(*saver, 16));
 }
 
 bool XServer::restartIdleTime() {
-  // The first has no answer, so something is asked that has one. The 0 means that nobody is away.
-  const std::string reset = Message().byte(kForceScreenSaver).byte(0).word(1).bytes();
-  return ask(reset + Message().byte(kGetInputFocus).byte(0).word(1).bytes()).has_value();
+  return force({kReset});
+}
+
+bool XServer::restartIdleTimeOnly() {
+  const auto saver = askSaver();
+  if (!saver) return false;
+  const bool isDark = (*saver)[1] == kSaverIsOn;
+  return isDark ? force({kReset, kActivate}) : force({kReset});
+}
+
+/// Tells the screen saver each of these in turn.
+bool XServer::force(std::initializer_list<std::uint8_t> modes) {
+  Message message;
+  for (const std::uint8_t mode : modes)
+    message.byte(kForceScreenSaver).byte(mode).word(1);
+  // Those have no answer, so something is asked that has one.
+  return ask(message.byte(kGetInputFocus).byte(0).word(1).bytes()).has_value();
 }
 
 }  // namespace platform

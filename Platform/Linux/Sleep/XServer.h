@@ -2,6 +2,8 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
+#include <initializer_list>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -21,6 +23,8 @@ struct XAddress {
   static std::optional<XAddress> ofEnvironment();
 };
 
+using FindXServer = std::function<std::optional<XAddress>()>;
+
 /// The cookie for the display with that number (`"0"`) in the bytes of an authority file.
 std::string xCookie(std::string_view authority, std::string_view displayNumber);
 
@@ -36,12 +40,17 @@ class XServer {
 
   /// For how long nobody has used keyboard or mouse; absent when the server cannot tell.
   std::optional<std::chrono::milliseconds> idleTime();
-  /// Makes the server count from now, as a key would. Returns whether the server has done it.
+  /// Makes the server count from now, as a key would, which also lights the screen. Returns whether
+  /// the server has done it.
   bool restartIdleTime();
+  /// The same, but a screen that the server's screen saver has darkened stays dark.
+  bool restartIdleTimeOnly();
 
  private:
   XServer(Descriptor socket, std::uint32_t root) : socket_(std::move(socket)), root_(root) {}
   std::optional<std::string> ask(std::string_view request);
+  std::optional<std::string> askSaver();
+  bool force(std::initializer_list<std::uint8_t> modes);
 
   Descriptor socket_;
   std::uint32_t root_;

@@ -1,14 +1,9 @@
 #pragma once
 
-#include <functional>
-#include <optional>
-
 #include "Platform/Linux/Bus/Bus.h"
 #include "Platform/Linux/Sleep/XServer.h"
 
 namespace platform {
-
-using FindXServer = std::function<std::optional<XAddress>()>;
 
 /// Lets XFCE's power manager look again after a hold.
 ///

@@ -177,8 +177,8 @@ void HoldsReader::addSession(HoldsReport& report) {
 
 void HoldsReader::addDeciders(HoldsReport& report) {
   platform::SpawnedTaskLauncher launcher([](int) { return std::string(); });
-  const platform::MachineSleep machine =
-      platform::findSleepDeciders(systemBus_, sessionBus_, launcher, places_.settingsTool);
+  const platform::MachineSleep machine = platform::findSleepDeciders(
+      systemBus_, sessionBus_, launcher, platform::XAddress::ofEnvironment, places_.settingsTool);
   std::ranges::transform(machine.deciders, std::back_inserter(report.deciders), deciderOf);
   if (!machine.canSuspend.empty()) report.canSleep = machine.canSuspend != "na";
 }

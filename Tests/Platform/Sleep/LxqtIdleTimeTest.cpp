@@ -25,14 +25,17 @@ using namespace std::chrono_literals;
 constexpr int kSuspendNumber = 4;
 constexpr int kDarkenNumber = 5;
 
+/// Times as Qt keeps them.
+constexpr const char* kMinute = R"(\0\0\0\xf\0\0\xea`)";
+constexpr const char* kQuarterOfAnHour = R"(\0\0\0\xf\0\r\xbb\xa0)";
+
 /// LXQt's watcher does something after a minute on AC power.
 class LxqtIdleTimeTest : public SleepTest {
  protected:
-  std::unique_ptr<BusService> lxqt(int action) {
+  std::unique_ptr<BusService> lxqt(int action, const std::string& time = kMinute) {
     std::filesystem::create_directories(folder.path() / "lxqt");
     folder.write("lxqt/lxqt-powermanagement.conf",
-                 "[General]\nenableIdlenessWatcher=true\nidlenessACTime=@Variant(" +
-                     std::string(R"(\0\0\0\xf\0\0\xea`)") +
+                 "[General]\nenableIdlenessWatcher=true\nidlenessACTime=@Variant(" + time +
                      ")\nidlenessACAction=" + std::to_string(action) + "\n");
     return std::make_unique<BusService>(
         sessionDaemon->address(), std::vector<std::string>{"org.lxqt.lxqt-powermanagement"},
@@ -69,6 +72,29 @@ TEST_F(LxqtIdleTimeTest, IsLookedAtAgainInTime) {
   const auto desktop = lxqt(kSuspendNumber);
   const FakeXServer server(0s);
   EXPECT_EQ(keepOffLxqt(*sessionBus, at(server), kSystem), tidewell::Seconds(15));
+}
+
+TEST_F(LxqtIdleTimeTest, LeavesTimeForWhateverDarkensTheScreenSooner) {
+  const auto desktop = lxqt(kSuspendNumber, kQuarterOfAnHour);
+  EXPECT_EQ(restartsAfter(15min - 30s - 1ms), 0);
+  EXPECT_EQ(restartsAfter(15min - 30s), 1);
+}
+
+TEST_F(LxqtIdleTimeTest, IsCountedAnewBehindADarkScreen) {
+  const auto desktop = lxqt(kSuspendNumber);
+  FakeXServer server(50s);
+  server.setDark(true);
+  keepOffLxqt(*sessionBus, at(server), kSystem);
+  EXPECT_TRUE(server.isDark());
+  EXPECT_EQ(idleAt(server), 0s);
+}
+
+TEST_F(LxqtIdleTimeTest, IsCountedAnewBeforeALitScreenDuringAHoldOfTheDisplay) {
+  const auto desktop = lxqt(kSuspendNumber);
+  FakeXServer server(50s);
+  server.setDark(true);
+  keepOffLxqt(*sessionBus, at(server), kDisplay);
+  EXPECT_FALSE(server.isDark());
 }
 
 TEST_F(LxqtIdleTimeTest, GoesOnToADarkScreenUnlessThatIsHeld) {

@@ -25,7 +25,7 @@ Deed deedOf(const std::string& action) {
 }
 
 TEST(LxqtSettings, KnowWhatEndsWorkAndWhatIsDoneToTheScreen) {
-  for (const char* action : {"1", "3", "4"})
+  for (const char* action : {"0", "1", "2", "3", "4"})
     EXPECT_EQ(deedOf(action), Deed::endsWork) << action;
   for (const char* action : {"-2", "5", "6"})
     EXPECT_EQ(deedOf(action), Deed::toTheScreen) << action;

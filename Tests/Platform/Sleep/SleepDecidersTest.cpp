@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <systemd/sd-bus.h>
 
+#include <chrono>
 #include <filesystem>
 #include <map>
 #include <memory>
@@ -17,7 +18,7 @@
 #include "Platform/Posix/Tasks/SpawnedTaskLauncher.h"
 #include "Tests/Platform/Support/BusService.h"
 #include "Tests/Platform/Support/BusTest.h"
-#include "Tests/Platform/Support/FakeLogind.h"
+#include "Tests/Platform/Support/FakeXServer.h"
 #include "Tests/Platform/Support/FakeXfconf.h"
 #include "Tests/Platform/Support/ScopedEnvironment.h"
 #include "Tests/Platform/Support/TemporaryFolder.h"
@@ -67,7 +68,8 @@ class SleepDecidersTest : public BusTest {
 
   MachineSleep find(const std::string& settingsTool = "/nonexistent/tool") {
     SpawnedTaskLauncher launcher([](int) { return std::string(); });
-    return findSleepDeciders(*systemBus, *sessionBus, launcher, settingsTool);
+    return findSleepDeciders(
+        *systemBus, *sessionBus, launcher, [this] { return xServer; }, settingsTool);
   }
   /// Each as "name action seconds setting".
   static Lines lines(const MachineSleep& machine) {
@@ -84,6 +86,7 @@ class SleepDecidersTest : public BusTest {
   }
 
   TemporaryFolder folder;
+  std::optional<XAddress> xServer;
 };
 
 TEST_F(SleepDecidersTest, AreNoneWhereThereIsNoService) {
@@ -203,7 +206,10 @@ TEST_F(SleepDecidersTest, ReadLxqtsSettingsAndKnowThatItsWatcherAsksNobody) {
   const MachineSleep machine = find();
   EXPECT_EQ(lines(machine), Lines{"LXQt's idleness watcher sleeps 900 idlenessACAction is 4"});
   EXPECT_TRUE(machine.deciders.front().heeds.empty());
-  EXPECT_TRUE(machine.deciders.front().isKeptOff);
+  EXPECT_FALSE(machine.deciders.front().isKeptOff);
+  const FakeXServer server(std::chrono::seconds(0));
+  xServer = server.address();
+  EXPECT_TRUE(find().deciders.front().isKeptOff);
   const ScopedEnvironment wayland("WAYLAND_DISPLAY", "wayland-0");
   EXPECT_FALSE(find().deciders.front().isKeptOff);
 }

@@ -48,6 +48,10 @@ class FakeXServer {
   /// From now on nobody has been there for so long.
   void setIdle(std::chrono::milliseconds idle) { idle_ = idle; }
 
+  /// From now on its screen saver is on, or not.
+  void setDark(bool isDark) { isDark_ = isDark; }
+  [[nodiscard]] bool isDark() const { return isDark_; }
+
   /// How often it was told that somebody is there. It serves nobody afterwards.
   int restarts() {
     stop();
@@ -115,10 +119,15 @@ class FakeXServer {
       put(reply, 8, isSaver && knowsSaver_ ? 1 : 0, 1);
       put(reply, 9, kSaver, 1);
     } else if (code == kSaver && detail == 1 && rest == rootBytes()) {
+      put(reply, 1, isDark_ ? 1 : 0, 1);
       put(reply, 16, static_cast<std::uint32_t>(idle_.load().count()), 4);
     } else if (code == 115 && detail == 0) {  // ForceScreenSaver, Reset: it has no answer.
       idle_ = std::chrono::milliseconds(0);
+      isDark_ = false;
       ++restarts_;
+      return;
+    } else if (code == 115 && detail == 1) {  // Activate: it does not touch the idle time.
+      isDark_ = true;
       return;
     } else if (code != 43) {  // GetInputFocus
       put(reply, 0, 0, 1);
@@ -136,6 +145,7 @@ class FakeXServer {
   std::string path_ = folder_.path("X");
   Descriptor listening_{::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)};
   std::atomic<std::chrono::milliseconds> idle_;
+  std::atomic<bool> isDark_ = false;
   const std::string cookie_;
   const bool knowsSaver_;
   int restarts_ = 0;
