@@ -18,6 +18,8 @@ DARK = 2
 #: A desktop that has just been started, and computes all in software, still draws for so long.
 MOST_SETTLING_SECONDS = 300
 STILL_SECONDS = 6
+#: A screen with a panel is brighter, on which all else is black; one with a pointer alone is not.
+BLACK = 0.5
 #: A window that has not begun to appear after so long does not open.
 MOST_OPENING_SECONDS = 60
 
@@ -79,6 +81,9 @@ class Session:
         self.machine.shell(f"until pgrep -u {USER} -x {self.desktop.panel}; do sleep 2; done",
                            seconds=MOST_SETTLING_SECONDS * 2)
         self.desktop.begun(self)
+        drawn = self.wait_for(lambda: self.machine.picture("drawn").brightness() > BLACK,
+                              MOST_SETTLING_SECONDS)
+        self.trial.check(drawn, "the desktop is drawn")
         shown = self.settled("desktop")
         self.trial.say(f"the desktop is there after {time.monotonic() - begin:.0f} s")
         return shown
