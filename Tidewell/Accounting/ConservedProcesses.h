@@ -87,8 +87,8 @@ namespace tidewell {
 /// * A process that cannot be read is the parent of one that can. As long as the parent lives, it
 ///   is taken for the reaper of its children.
 /// * A process that reaps orphans of other groups is in no group that can be read, or the group of
-/// an
-///   orphan cannot be. Then a credit for one group may be taken back from the charge for another.
+///   an orphan cannot be. Then a credit for one group may be taken back from the charge for
+///   another.
 /// * On Linux, a child is reaped in the 5 µs between two readings of its parent: that of the bytes
 ///   and that of the reaped time. The bytes of the child are then counted twice.
 ///

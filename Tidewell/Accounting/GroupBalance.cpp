@@ -10,6 +10,7 @@ namespace tidewell {
 
 void GroupBalance::settle(std::vector<FollowedProcess>& living, std::vector<FollowedProcess>& gone,
                           const Terms& terms) {
+  ++pass_;
   for (auto& [number, group] : byNumber_)
     group.reaped = 0;
   collect(living, true);
@@ -69,6 +70,7 @@ void GroupBalance::findGroup(FollowedProcess& process) {
 
 /// A member was moved. Nobody knows in which group it has used what was counted for it since.
 void GroupBalance::noteMove(std::int32_t number) {
+  perhapsLeft_.insert(number);
   const auto group = byNumber_.find(number);
   if (group != byNumber_.end()) group->second.hasMoved = true;
 }
@@ -76,7 +78,8 @@ void GroupBalance::noteMove(std::int32_t number) {
 void GroupBalance::read(Which which) {
   for (auto entry = byNumber_.begin(); entry != byNumber_.end();) {
     auto& [number, group] = *entry;
-    const bool isDue = std::exchange(group.ran, false) || which == Which::all;
+    const bool isUnread = which == Which::all && group.lastRead != pass_;
+    const bool isDue = std::exchange(group.ran, false) || isUnread;
     const auto time = isDue ? groups_.timeOf(number) : std::nullopt;
     if (time) read(group, *time);
     entry = isDue && !time ? byNumber_.erase(entry) : std::next(entry);
@@ -89,6 +92,10 @@ void GroupBalance::read(Group& group, std::uint64_t time) {
   const bool isFirst = !std::exchange(group.wasRead, true);
   const bool hasMoved = std::exchange(group.hasMoved, false);
   if (isFirst || hasMoved || group.isLeftOut) group.unseen = 0;
+  // A hidden process may have used it on the passes between, and have ended.
+  const bool isOld = std::exchange(group.lastRead, pass_) + 1 != pass_;
+  if (isOld) group.unseen = std::min<std::int64_t>(group.unseen, 0);
+  if (group.unseen <= 0) group.wasDenied = false;
 }
 
 void GroupBalance::creditAll(std::vector<FollowedProcess>& living, const Terms& terms) {
@@ -122,8 +129,11 @@ void GroupBalance::credit(std::int32_t number, Group& group, std::vector<Followe
     if (isMember && (!oldest || process.startTime < oldest->startTime)) oldest = &process;
   }
   const auto unseen = static_cast<std::uint64_t>(std::exchange(group.unseen, 0));
-  if (!oldest || !groups_.hasOnlyKnownMembers(number)) return;
-  const std::uint64_t time = std::min(unseen, most);
+  if (!oldest) return;
+  const bool isDenied = !groups_.hasOnlyKnownMembers(number);
+  const bool wasDenied = std::exchange(group.wasDenied, isDenied);
+  if (isDenied || wasDenied) return;
+  const std::uint64_t time = std::min(unseen, most - std::min(most, group.reaped));
   oldest->counted.time += time;
   credited_ = std::min(credited_ + time, most);
 }
@@ -179,6 +189,7 @@ bool GroupBalance::readMembersAnew(std::int32_t number, std::vector<FollowedProc
     process.group = groups_.readGroupOf(process.pid);
     if (process.group == number) continue;
     hasMoved = true;
+    perhapsLeft_.insert(number);
     noteMove(process.group);
   }
   return hasMoved;
@@ -187,7 +198,7 @@ bool GroupBalance::readMembersAnew(std::int32_t number, std::vector<FollowedProc
 /// A group in which nobody is any more is never read again.
 void GroupBalance::forgetThoseLeft(const std::vector<FollowedProcess>& living,
                                    const std::vector<FollowedProcess>& gone) {
-  std::set<std::int32_t> left;
+  std::set<std::int32_t> left = std::exchange(perhapsLeft_, {});
   for (const FollowedProcess& process : gone)
     left.insert(process.group);
   for (const FollowedProcess& process : living) {

@@ -148,11 +148,8 @@ bool ProcessTracker::hasOnlyKnownMembers(std::int32_t group) {
 bool ProcessTracker::isKnownMember(std::int32_t pid, std::int32_t group) {
   TrackedProcess* process = findKnown(pid);
   if (!process) return pid > 0 && (!isAlive(pid) || mayBeRead(pid));
-  // Some kernels list a process that has ended, and whose program nobody knows.
-  if (process->access == Access::withoutProgram)
-    return process->parentPid != kParentOfKernelThreads;
-  if (process->access == Access::refused) return false;
-  if (process->group == group) return true;
+  if (!mayBeRead(*process)) return false;
+  if (process->group == group || process->access == Access::withoutProgram) return true;
   reader_.readGroup(*process);
   return false;
 }
@@ -160,7 +157,13 @@ bool ProcessTracker::isKnownMember(std::int32_t pid, std::int32_t group) {
 /// Whether a process that the last pass did not find is one that the next will find.
 bool ProcessTracker::mayBeRead(std::int32_t pid) {
   const auto process = readNow(pid);
-  return process && process->access != Access::refused;
+  return process && mayBeRead(*process);
+}
+
+/// Some kernels list a process that has ended, and whose program nobody knows.
+bool ProcessTracker::mayBeRead(const TrackedProcess& process) {
+  if (process.access != Access::withoutProgram) return process.access == Access::readable;
+  return process.parentPid != kParentOfKernelThreads;
 }
 
 /// A group of a process that is found meanwhile is numbered anew.

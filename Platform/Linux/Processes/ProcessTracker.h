@@ -108,6 +108,7 @@ class ProcessTracker {
 
   bool isKnownMember(std::int32_t pid, std::int32_t group);
   bool mayBeRead(std::int32_t pid);
+  static bool mayBeRead(const TrackedProcess& process);
   void forgetUnusedGroups();
 
   Sources sources_;

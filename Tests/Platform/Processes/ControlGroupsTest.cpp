@@ -78,6 +78,9 @@ TEST_F(ControlGroupsTest, ListsTheMembersOfAGroupWithNoneBelow) {
   const auto number = groups.number("0::/a\n");
   EXPECT_EQ(groups.members(number), (std::vector<std::int32_t>{12, 0, 14}));
   setMembers("a/below", "15\n");
+  if (std::filesystem::hard_link_count(folder.path() / "a") <= 2) {
+    GTEST_SKIP() << "this file system does not count the folders in a folder";
+  }
   EXPECT_FALSE(groups.members(number));
 }
 
@@ -152,6 +155,8 @@ TEST_F(TrackedGroupsTest, OthersThatUseTheTimeOfAGroupAreNotKnown) {
   EXPECT_FALSE(areKnown("10\n9\n")) << "it is hidden from us";
   EXPECT_FALSE(areKnown("10\n0\n")) << "it is in another process namespace";
   EXPECT_FALSE(areKnown("10\n12\n")) << "it is a thread of the kernel";
+  tree.put({.pid = 13, .exe = "", .comm = "vhost-10", .cgroup = "0::/one\n", .parent = 2});
+  EXPECT_FALSE(areKnown("10\n13\n")) << "it is a thread of the kernel, made since";
 }
 
 TEST_F(TrackedGroupsTest, AMovedProcessIsKnownTheNextTime) {

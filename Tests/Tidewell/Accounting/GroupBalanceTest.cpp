@@ -140,10 +140,12 @@ TEST_F(GroupBalanceTest, ABuildInAGroupThatCannotBeReadKeepsItsCharge) {
   kernel.processes.at(careless).reapsNobody = true;
   groups.vanished = 3;
   const auto build = startIn(3, "/bin/build");
+  kernel.work(careless, 1);
+  pass();
   workUnseen(careless, 5);
   workUnseen(build, 4);
   pass();
-  EXPECT_EQ(used("careless").time, 7U);
+  EXPECT_EQ(used("careless").time, 8U);
   EXPECT_EQ(used("build").time, 6U);
 }
 
@@ -194,6 +196,113 @@ TEST_F(GroupBalanceTest, AGroupInWhichNothingRanIsNotRead) {
   groups.timesAsked = 0;
   pass();
   EXPECT_EQ(groups.timesAsked, 0);
+}
+
+TEST_F(GroupBalanceTest, TheFirstCreditAfterAHiddenProcessIsDropped) {
+  const auto parent = startIn(1, "/bin/parent");
+  kernel.processes.at(parent).reapsNobody = true;
+  const auto other = kernel.spawn(parent, "/bin/other");
+  kernel.processes.at(other).hidden = true;
+  kernel.work(other, 9);
+  kernel.work(parent, 1);
+  pass();
+  kernel.work(other, 9);
+  kernel.work(parent, 1);
+  kernel.endAndReap(other);
+  pass();
+  EXPECT_EQ(used("parent").time, 3U);
+  workUnseen(parent, 5);
+  pass();
+  EXPECT_EQ(used("parent").time, 9U);
+}
+
+TEST_F(GroupBalanceTest, AGroupThatTheLastMemberLeftByAMoveIsNotRead) {
+  kernel.processes.at(1).group = 3;
+  const auto moved = startIn(1, "/bin/moved");
+  kernel.processes.at(moved).group = 2;
+  for (int tick = 0; tick < 3; ++tick) {
+    kernel.work(1, 1);
+    kernel.work(moved, 1);
+    pass();
+  }
+  groups.timesAsked = 0;
+  const auto orphan = kernel.spawn(1, "/bin/worker");
+  kernel.processes.at(orphan).group = 2;
+  kernel.work(orphan, 5);
+  kernel.endAndReap(orphan);
+  pass();
+  EXPECT_EQ(groups.timesAsked, 2) << "that of the first process, and the new one";
+}
+
+/// Four processors can give ten seconds between two passes.
+class GroupWithAHiddenProcessTest : public ConservedTable {
+ protected:
+  GroupWithAHiddenProcessTest() : ConservedTable(4) {
+    kernel.processes.at(1).group = 2;
+    quiet = kernel.spawn(1, "/bin/quiet");
+    kernel.processes.at(quiet).group = 1;
+    for (int tick = 0; tick < 2; ++tick) {
+      kernel.work(1, 1);
+      kernel.work(quiet, 1);
+      pass();
+    }
+    hidden = kernel.spawn(quiet, "/bin/hidden");
+    kernel.processes.at(hidden).hidden = true;
+  }
+  void workHidden() {
+    for (int tick = 0; tick < 20; ++tick) {
+      kernel.work(hidden, 8);
+      pass();
+    }
+  }
+
+  std::int32_t quiet = 0;
+  std::int32_t hidden = 0;
+};
+
+TEST_F(GroupWithAHiddenProcessTest, ItsParentThatSleptGetsItsChargeOnly) {
+  workHidden();
+  kernel.endAndReap(hidden);
+  kernel.work(quiet, 1);
+  pass();
+  EXPECT_EQ(used("quiet").time, 2U + 1U + 10U);
+}
+
+TEST_F(GroupWithAHiddenProcessTest, AQuietProgramGetsNothingOfWhatTheFirstProcessReaps) {
+  kernel.processes.at(hidden).parent = 1;
+  workHidden();
+  kernel.endAndReap(hidden);
+  pass();
+  EXPECT_EQ(used("quiet").time, 2U);
+  EXPECT_EQ(used("init").time, 2U + 10U);
+}
+
+TEST_F(GroupWithAHiddenProcessTest, AQuietProgramThatRanGetsNothingEither) {
+  kernel.processes.at(hidden).parent = 1;
+  for (int tick = 0; tick < 20; ++tick) {
+    kernel.work(hidden, 8);
+    kernel.work(quiet, 1);
+    pass();
+  }
+  kernel.work(hidden, 8);
+  kernel.work(quiet, 1);
+  kernel.endAndReap(hidden);
+  pass();
+  EXPECT_EQ(used("quiet").time, 23U);
+  EXPECT_EQ(used("init").time, 2U + 10U);
+}
+
+TEST_F(GroupWithAHiddenProcessTest, ChargeAndCreditAreNotMoreThanTheProcessorsGave) {
+  kernel.endAndReap(hidden);
+  const auto child = kernel.spawn(quiet, "/bin/child");
+  kernel.work(child, 7);
+  kernel.endAndReap(child);
+  const auto orphan = kernel.spawn(1, "/bin/orphan");
+  kernel.processes.at(orphan).group = 1;
+  kernel.work(orphan, 6);
+  kernel.endAndReap(orphan);
+  pass();
+  EXPECT_EQ(used("quiet").time, 2U + 10U);
 }
 
 class OwnGroupTest : public ConservedTable {
