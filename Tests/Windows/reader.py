@@ -2,6 +2,8 @@
 
 Import it when the session's buses run: the library connects to them at once.
 """
+import time
+
 import gi
 
 gi.require_version("Atspi", "2.0")
@@ -14,25 +16,47 @@ from session import eventually  # noqa: E402
 ROLES = {"frame": "window", "entry": "text", "button": "push button"}
 # What only groups, and has no name of its own to be said.
 SILENT = {"filler", "application"}
+REGISTRY = "org.a11y.atspi.Registry"
+#: A registry that ends at once has ended by then.
+REGISTRY_SECONDS = 0.5
 PUSH_BUTTON = getattr(Atspi.Role, "PUSH_BUTTON", None) or Atspi.Role.BUTTON
 
 
 def switch_on():
     """Says on the session's bus that there is a screen reader, as one does when it starts. Returns
-    whether the bus for screen readers is there then."""
+    whether the bus for screen readers is there then, and its registry."""
     call("org.freedesktop.DBus.Properties", "Set",
          GLib.Variant("(ssv)", ("org.a11y.Status", "IsEnabled", GLib.Variant("b", True))))
     try:
-        call("org.a11y.Bus", "GetAddress", None)
+        address, = call("org.a11y.Bus", "GetAddress", None)
+        lives = has_registry(address)
     except GLib.GError:
         return False
-    Atspi.init()
-    return True
+    if lives:
+        Atspi.init()
+    return lives
 
 
 def call(interface, method, arguments):
-    Gio.bus_get_sync(Gio.BusType.SESSION).call_sync(
+    return Gio.bus_get_sync(Gio.BusType.SESSION).call_sync(
         "org.a11y.Bus", "/org/a11y/bus", interface, method, arguments, None, 0, 10_000, None)
+
+
+def has_registry(address):
+    """Whether the registry, which the bus starts, stays. On a busy machine it ends at once now and
+    then, whenever the bus starts it; then no program is ever found on this bus."""
+    kind = Gio.DBusConnectionFlags
+    bus = Gio.DBusConnection.new_for_address_sync(
+        address, kind.AUTHENTICATION_CLIENT | kind.MESSAGE_BUS_CONNECTION, None, None)
+
+    def ask(method, kinds, *arguments):
+        return bus.call_sync("org.freedesktop.DBus", "/", "org.freedesktop.DBus", method,
+                             GLib.Variant(kinds, arguments), None, 0, 10_000, None)[0]
+
+    ask("StartServiceByName", "(su)", REGISTRY, 0)
+    first = ask("GetNameOwner", "(s)", REGISTRY)
+    time.sleep(REGISTRY_SECONDS)
+    return ask("GetNameOwner", "(s)", REGISTRY) == first
 
 
 def handle_events():

@@ -14,11 +14,13 @@ import session as sessions  # noqa: E402
 
 PROGRAM = ""
 NO_READER = 75
+#: How often a session is made for one test until a screen reader can read in it.
+MOST_ATTEMPTS = 6
 DOWN_LEADS_TO = "list item Adobe Media Encoder, watching"
 
 
 class NoReader(Exception):
-    """The service that starts the bus for screen readers hung, which it does now and then."""
+    """The bus for screen readers hung, or its registry ended, as happens on a busy machine."""
 
 
 class WindowTest(unittest.TestCase):
@@ -261,7 +263,7 @@ def each_of(suite):
 
 def passes(test):
     """Runs it in a process of its own: the screen reader's library connects once in a process."""
-    for attempt in range(3):
+    for _ in range(MOST_ATTEMPTS):
         child = os.fork()
         if child == 0:
             result = unittest.TextTestRunner(verbosity=2).run(test)
