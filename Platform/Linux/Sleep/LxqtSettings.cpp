@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstddef>
 #include <functional>
-#include <ranges>
 
 #include "Platform/Linux/Files/RegularFile.h"
 #include "Platform/Linux/Sleep/QtTime.h"
@@ -39,8 +38,9 @@ std::string_view takeLine(std::string_view& text) {
 
 LxqtSettings LxqtSettings::read(const std::vector<std::filesystem::path>& folders) {
   LxqtSettings settings;
-  for (const auto& folder : std::views::reverse(folders)) {
-    const RegularFile file = readRegularFile(folder / kFile, kMostBytes);
+  // The most important one comes last. Clang 14 cannot read the library's reversed view.
+  for (auto folder = folders.rbegin(); folder != folders.rend(); ++folder) {
+    const RegularFile file = readRegularFile(*folder / kFile, kMostBytes);
     if (file.error.empty()) settings.add(file.text);
   }
   return settings;
