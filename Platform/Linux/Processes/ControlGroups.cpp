@@ -9,6 +9,7 @@
 #include <charconv>
 #include <fstream>
 #include <iterator>
+#include <string>
 
 #include "Platform/Posix/Files/Descriptor.h"
 
@@ -57,7 +58,10 @@ std::string ControlGroups::mountPoint(std::string_view mounts) {
 
 std::string ControlGroups::mountPoint() {
   std::ifstream file("/proc/self/mounts");
-  return mountPoint(std::string(std::istreambuf_iterator<char>(file), {}));
+  // Not by the stream's iterators, which throw when a reading fails.
+  std::string mounts;
+  std::getline(file, mounts, '\0');
+  return mountPoint(mounts);
 }
 
 std::int32_t ControlGroups::number(std::string_view file) {
