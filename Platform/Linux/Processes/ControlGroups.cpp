@@ -96,8 +96,9 @@ std::optional<std::vector<std::int32_t>> ControlGroups::members(std::int32_t num
   if (!isLeaf(folder)) return std::nullopt;
   std::ifstream file(folder + "/cgroup.procs");
   const std::vector<std::int32_t> all{std::istream_iterator<std::int32_t>(file), {}};
-  // A group of threads cannot be read, and one that has just been left has nobody to credit.
-  if (all.empty()) return std::nullopt;
+  // A group of threads cannot be read, and one that has just been left has nobody to credit. Of a
+  // list that ends too soon, the rest is not known.
+  if (all.empty() || !file.eof()) return std::nullopt;
   return all;
 }
 

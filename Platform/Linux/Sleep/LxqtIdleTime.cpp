@@ -5,6 +5,7 @@
 #include <cstdlib>
 
 #include "Platform/Linux/Files/XdgFolders.h"
+#include "Platform/Linux/Sleep/LxqtSettings.h"
 #include "Platform/Linux/Sleep/Services.h"
 #include "Platform/Linux/Sleep/XServer.h"
 

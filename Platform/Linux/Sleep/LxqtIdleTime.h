@@ -3,7 +3,6 @@
 #include <optional>
 
 #include "Platform/Linux/Bus/Bus.h"
-#include "Platform/Linux/Sleep/LxqtSettings.h"
 #include "Platform/Linux/Sleep/XServer.h"
 #include "Tidewell/Ports/Clock.h"
 #include "Tidewell/Ports/PowerManagement.h"

@@ -23,6 +23,7 @@ struct XAddress {
   static std::optional<XAddress> ofEnvironment();
 };
 
+/// How to reach the server of this session; absent where there is none.
 using FindXServer = std::function<std::optional<XAddress>()>;
 
 /// The cookie for the display with that number (`"0"`) in the bytes of an authority file.

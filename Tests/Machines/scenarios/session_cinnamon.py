@@ -1,6 +1,6 @@
 """A whole session of Cinnamon, logged in by lightdm."""
+import lightdm
 import session
-from image import USER
 from scenario import Machine
 
 TITLE = "Cinnamon, a whole session"
@@ -46,25 +46,16 @@ def sleep(here, may):
              str(IDLE_SECONDS if may else NEVER))
 
 
-def is_dark(here):
-    return "Monitor is Off" in here.run("xset", "q")
-
-
 def prepare(machine):
     machine.write("/etc/dconf/profile/user", "user-db:user\nsystem-db:site\n")
     machine.write("/etc/dconf/db/site.d/session", DEFAULTS)
     machine.run("dconf", "update")
     # The session that Cinnamon has for machines whose graphics card cannot draw for it.
-    machine.write("/etc/lightdm/lightdm.conf",
-                  f"[Seat:*]\nautologin-user={USER}\nautologin-session=cinnamon2d\n")
-    # What draws in software is quicker without the detour by a graphics card's way.
-    machine.write("/etc/X11/xorg.conf.d/10-software.conf",
-                  'Section "Device"\nIdentifier "screen"\nDriver "modesetting"\n'
-                  'Option "AccelMethod" "none"\nEndSection\n')
-    machine.run("systemctl", "restart", "display-manager", seconds=300)
+    lightdm.log_in(machine, "cinnamon2d")
 
 
 def run(trial):
     prepare(trial.machine)
-    session.run(trial, session.Desktop("cinnamon", (22, 14), "right", IDLE_SECONDS, sleep, is_dark))
+    session.run(trial, session.Desktop("cinnamon", (22, 14), "right", IDLE_SECONDS, sleep,
+                                       lightdm.is_dark))
     trial.versions("cinnamon", "cinnamon-session", "cinnamon-settings-daemon", "xapp-sn-watcher")

@@ -2,6 +2,7 @@
 import struct
 import time
 
+import lightdm
 import session
 from image import USER
 from scenario import Machine
@@ -76,22 +77,12 @@ def sleep(here, may):
     use(here.machine, SUSPEND if may else NOTHING)
 
 
-def is_dark(here):
-    return "Monitor is Off" in here.run("xset", "q")
-
-
 def prepare(machine):
     for name, text in (("session", SESSION), ("panel", PANEL)):
         machine.write(f"{FOLDER}/{name}.conf", text, USER)
     use(machine, DARKEN, DARK_SECONDS)
     machine.shell(f"chown -R {USER}: /home/{USER}")
-    machine.write("/etc/lightdm/lightdm.conf",
-                  f"[Seat:*]\nautologin-user={USER}\nautologin-session=lxqt\n")
-    # What draws in software is quicker without the detour by a graphics card's way.
-    machine.write("/etc/X11/xorg.conf.d/10-software.conf",
-                  'Section "Device"\nIdentifier "screen"\nDriver "modesetting"\n'
-                  'Option "AccelMethod" "none"\nEndSection\n')
-    machine.run("systemctl", "restart", "display-manager", seconds=300)
+    lightdm.log_in(machine, "lxqt")
 
 
 def displays(here):
@@ -111,8 +102,8 @@ def displays(here):
 
 def run(trial):
     prepare(trial.machine)
-    desktop = session.Desktop("lxqt-panel", (14, 16), "right", SHORTEST_SECONDS, sleep, is_dark,
-                              lit=(True, True), log_out=LOG_OUT)
+    desktop = session.Desktop("lxqt-panel", (14, 16), "right", SHORTEST_SECONDS, sleep,
+                              lightdm.is_dark, lit=(True, True), log_out=LOG_OUT)
     session.run(trial, desktop)
     displays(session.Session(trial, desktop))
     trial.versions("lxqt-panel", "lxqt-powermanagement", "lxqt-session")

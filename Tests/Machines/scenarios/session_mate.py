@@ -1,6 +1,6 @@
 """A whole session of MATE, logged in by lightdm."""
+import lightdm
 import session
-from image import USER
 from scenario import Machine
 
 TITLE = "MATE, a whole session"
@@ -59,26 +59,16 @@ def sleep(here, may):
     here.run("gsettings", "set", POWER, "sleep-computer-ac", str(IDLE_SECONDS if may else NEVER))
 
 
-def is_dark(here):
-    return "Monitor is Off" in here.run("xset", "q")
-
-
 def prepare(machine):
     machine.write(f"{LAYOUTS}/staylit-test.layout", LAYOUT)
     machine.write("/etc/dconf/profile/user", "user-db:user\nsystem-db:site\n")
     machine.write("/etc/dconf/db/site.d/session", DEFAULTS)
     machine.run("dconf", "update")
-    machine.write("/etc/lightdm/lightdm.conf",
-                  f"[Seat:*]\nautologin-user={USER}\nautologin-session=mate\n")
-    # What draws in software is quicker without the detour by a graphics card's way.
-    machine.write("/etc/X11/xorg.conf.d/10-software.conf",
-                  'Section "Device"\nIdentifier "screen"\nDriver "modesetting"\n'
-                  'Option "AccelMethod" "none"\nEndSection\n')
-    machine.run("systemctl", "restart", "display-manager", seconds=300)
+    lightdm.log_in(machine, "mate")
 
 
 def run(trial):
     prepare(trial.machine)
     session.run(trial, session.Desktop("mate-panel", (24, 14), "right",
-                                       AWAY_MINUTES * 60 + IDLE_SECONDS, sleep, is_dark))
+                                       AWAY_MINUTES * 60 + IDLE_SECONDS, sleep, lightdm.is_dark))
     trial.versions("mate-panel", "mate-power-manager", "mate-session-manager")

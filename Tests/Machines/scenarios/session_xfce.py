@@ -1,4 +1,5 @@
 """A whole session of XFCE, logged in by lightdm."""
+import lightdm
 import session
 from image import USER
 from scenario import Machine
@@ -57,25 +58,15 @@ def sleep(here, may):
              str(SHORTEST if may else NEVER))
 
 
-def is_dark(here):
-    return "Monitor is Off" in here.run("xset", "q")
-
-
 def prepare(machine):
     for name, text in (("xfce4-panel", panel()), (POWER, power())):
         machine.write(f"{CHANNELS}/{name}.xml", text, USER)
     machine.shell(f"chown -R {USER}: /home/{USER}")
-    machine.write("/etc/lightdm/lightdm.conf",
-                  f"[Seat:*]\nautologin-user={USER}\nautologin-session=xfce\n")
-    # What draws in software is quicker without the detour by a graphics card's way.
-    machine.write("/etc/X11/xorg.conf.d/10-software.conf",
-                  'Section "Device"\nIdentifier "screen"\nDriver "modesetting"\n'
-                  'Option "AccelMethod" "none"\nEndSection\n')
-    machine.run("systemctl", "restart", "display-manager", seconds=300)
+    lightdm.log_in(machine, "xfce")
 
 
 def run(trial):
     prepare(trial.machine)
     session.run(trial, session.Desktop("xfce4-panel", (14, 14), "left", SHORTEST * 60, sleep,
-                                       is_dark, lit=(True, True), log_out=LOG_OUT))
+                                       lightdm.is_dark, lit=(True, True), log_out=LOG_OUT))
     trial.versions("xfce4-panel", "xfce4-power-manager", "xfce4-session")

@@ -90,6 +90,8 @@ TEST_F(ControlGroupsTest, MembersThatCannotBeListedAreAbsent) {
   setMembers("a", "");
   EXPECT_FALSE(groups.members(groups.number("0::/a\n")));
   EXPECT_FALSE(groups.members(99));
+  setMembers("a", "12\n?\n14\n");
+  EXPECT_FALSE(groups.members(groups.number("0::/a\n"))) << "nobody knows who follows";
 }
 
 TEST_F(ControlGroupsTest, AGroupThatIsNotUsedIsForgotten) {

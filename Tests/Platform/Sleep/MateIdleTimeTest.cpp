@@ -44,7 +44,12 @@ TEST_F(MateIdleTimeTest, IsNothingToOtherDesktops) {
 
 TEST_F(MateIdleTimeTest, NeedsAServer) {
   const auto desktop = sessionService(kMate);
-  restartMateIdleTime(*sessionBus, [] { return std::optional<XAddress>(); });
+  bool isAskedFor = false;
+  restartMateIdleTime(*sessionBus, [&isAskedFor] {
+    isAskedFor = true;
+    return std::optional<XAddress>();
+  });
+  EXPECT_TRUE(isAskedFor);
 }
 
 TEST_F(MateIdleTimeTest, IsCountedAnewFromTheEndOfTheLastHoldOfTheDisplay) {
