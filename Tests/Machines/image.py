@@ -23,6 +23,8 @@ COMMON_PACKAGES = ("linux-image-amd64", "systemd-sysv", "dbus", "dbus-user-sessi
 ERRANDS = ("apt-daily.timer", "apt-daily-upgrade.timer", "dpkg-db-backup.timer", "man-db.timer",
            "e2scrub_all.timer", "fstrim.timer", "systemd-tmpfiles-clean.timer")
 USER = "staylit-test"
+#: As Debian's installer sets it for whoever reads English.
+LOCALE = "en_US.UTF-8"
 #: The disk is sparse, so its size costs nothing.
 DISK_SIZE = "6G"
 
@@ -139,7 +141,7 @@ class Images:
             shutil.copy2(path, inside)
         paths = " ".join(f"/packages/{path.name}" for path in debs)
         run(self._log, CLEAN_ROOT, "run", root, "sh", "-c",
-            self._with_lists(f"apt-get install -y --no-install-recommends {paths}"))
+            self._with_lists(f"apt-get install -y --no-install-recommends locales {paths}"))
         remove(inside)
 
     @staticmethod
@@ -162,7 +164,9 @@ class Images:
         shutil.copy(HERE / "guest/outside.network", root / "etc/systemd/network")
         (root / "etc/fstab").write_text("/dev/vda / ext4 defaults 0 1\n")
         (root / "etc/hostname").write_text("machine\n")
+        (root / "etc/default/locale").write_text(f"LANG={LOCALE}\n")
         run(self._log, CLEAN_ROOT, "run", root, "sh", "-c",
+            f"localedef -i {LOCALE.split('.')[0]} -f UTF-8 {LOCALE} && "
             "systemctl enable machine-agent.service systemd-networkd.service && "
             "systemctl mask systemd-networkd-wait-online.service && "
             f"useradd --create-home --shell /bin/bash {USER}")

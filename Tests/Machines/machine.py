@@ -14,10 +14,11 @@ from picture import Picture
 BOOT_SECONDS = 900
 WAKE_SECONDS = 300
 #: The second line spares work that means nothing in software. The third keeps the kernel from taking
-#: a late timer of a busy machine for a broken one, and ends QEMU when the kernel gives up.
+#: a late timer of a busy machine for a broken one, ends QEMU when the kernel gives up, and lets the
+#: console say how far a kernel came that does not wake.
 KERNEL_OPTIONS = ("root=/dev/vda rw console=ttyS0 mem_sleep_default=deep "
                   "mitigations=off cryptomgr.notests "
-                  "no_timer_check panic=-1")
+                  "no_timer_check panic=-1 no_console_suspend")
 #: The machine's clock is the one of this machine.
 HERE_TIME = ("-accel", "tcg,thread=multi", "-smp", "2", "-rtc", "base=utc")
 #: The machine's clock counts what its one processor does: four nanoseconds for each instruction. While

@@ -12,6 +12,7 @@ MACHINES = [Machine("trixie", PACKAGES, ("staylit", "staylit-desktop"), "3G", sc
 POWER = "org.cinnamon.settings-daemon.plugins.power"
 #: The settings' window offers 5 minutes and more. Nothing means never.
 IDLE_SECONDS, NEVER = 60, 0
+LOG_OUT = ("cinnamon-session-quit", "--logout", "--no-prompt")
 
 #: What the system's administrator sets for all users: one panel with the icons at its left end, so
 #: that their place is known; and neither a locker nor anything that moves.
@@ -57,5 +58,6 @@ def prepare(machine):
 def run(trial):
     prepare(trial.machine)
     session.run(trial, session.Desktop("cinnamon", (22, 14), "right", IDLE_SECONDS, sleep,
-                                       lightdm.is_dark))
+                                       lightdm.is_dark, log_out=LOG_OUT,
+                                       ignored=("cinnamon-wayland",)))
     trial.versions("cinnamon", "cinnamon-session", "cinnamon-settings-daemon", "xapp-sn-watcher")

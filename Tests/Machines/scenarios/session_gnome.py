@@ -17,6 +17,7 @@ EXTENSION = "ubuntu-appindicators@ubuntu.com"
 #: How long nobody is there before the screen goes dark, and before the machine sleeps.
 DARK_SECONDS, IDLE_SECONDS = 40, 60
 NEVER = 0
+LOG_OUT = ("gnome-session-quit", "--logout", "--no-prompt")
 
 # Nothing here decides about sleep; it only spares a machine in software what it would draw.
 SPARING = """
@@ -111,7 +112,8 @@ def prepare(machine):
 def run(trial):
     prepare(trial.machine)
     desktop = session.Desktop("gnome-shell", (952, 16), "left", IDLE_SECONDS, sleep, is_dark,
-                              ignored=("org.gnome.Shell",), begun=begun, ends_with_panel=True)
+                              ignored=("org.gnome.Shell",), begun=begun, ends_with_panel=True,
+                              log_out=LOG_OUT)
     session.run(trial, desktop)
     trial.versions("gnome-shell", "gnome-settings-daemon", "gdm3",
                    "gnome-shell-extension-appindicator")

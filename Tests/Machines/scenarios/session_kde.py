@@ -22,6 +22,8 @@ POWER = ("org.kde.Solid.PowerManagement", "/org/kde/Solid/PowerManagement",
 AGENT = ("org.kde.Solid.PowerManagement.PolicyAgent",
          "/org/kde/Solid/PowerManagement/PolicyAgent",
          "org.kde.Solid.PowerManagement.PolicyAgent")
+LOG_OUT = ("busctl", "--user", "call", "org.kde.Shutdown", "/Shutdown", "org.kde.Shutdown",
+           "logout")
 
 FILES = {
     "kdeglobals": "[KDE]\nAnimationDurationFactor=0\n",
@@ -120,7 +122,7 @@ def prepare(machine):
 def run(trial):
     prepare(trial.machine)
     desktop = session.Desktop("plasmashell", (24, 750), "left", IDLE_SECONDS, sleep, is_dark,
-                              lit=(False, True))
+                              lit=(False, True), log_out=LOG_OUT)
     Holds(session.Session(trial, desktop))
     session.run(trial, desktop)
     trial.versions("plasma-workspace", "kwin-wayland", "powerdevil")

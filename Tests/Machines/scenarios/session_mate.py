@@ -15,6 +15,7 @@ POWER = "org.mate.power-manager"
 #: The session manager takes nobody for there after whole minutes, and then the power manager counts
 #: its own seconds. Its window offers 10 minutes and more. Nothing means never.
 AWAY_MINUTES, IDLE_SECONDS, NEVER = 1, 30, 0
+LOG_OUT = ("mate-session-save", "--force-logout")
 
 #: One panel with the icons at its left end, so that their place is known, and nothing that moves.
 LAYOUT = """
@@ -70,5 +71,6 @@ def prepare(machine):
 def run(trial):
     prepare(trial.machine)
     session.run(trial, session.Desktop("mate-panel", (24, 14), "right",
-                                       AWAY_MINUTES * 60 + IDLE_SECONDS, sleep, lightdm.is_dark))
+                                       AWAY_MINUTES * 60 + IDLE_SECONDS, sleep, lightdm.is_dark,
+                                       log_out=LOG_OUT))
     trial.versions("mate-panel", "mate-power-manager", "mate-session-manager")
