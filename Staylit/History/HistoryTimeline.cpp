@@ -8,11 +8,10 @@
 
 namespace staylit {
 
+using Span = HistoryTimeline::Span;
 using tidewell::WallTime;
 
 namespace {
-
-using Span = HistoryTimeline::Span;
 
 /// The events of one run, in order, and what came after them.
 struct RunEvents {
