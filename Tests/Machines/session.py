@@ -41,6 +41,8 @@ class Desktop:
     ignored: tuple = ()
     #: begun(session): does what a session needs that has just been logged in.
     begun: typing.Callable = lambda session: None
+    #: Whether the desktop acts on the lid, so that logind does not.
+    has_lid: bool = False
     #: Whether the session ends with the panel, so that the login screen logs in once more.
     ends_with_panel: bool = False
 

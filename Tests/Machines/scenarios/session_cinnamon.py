@@ -55,9 +55,11 @@ def prepare(machine):
     lightdm.log_in(machine, "cinnamon2d")
 
 
+DESKTOP = session.Desktop("cinnamon", (22, 14), "right", IDLE_SECONDS, sleep, lightdm.is_dark,
+                          log_out=LOG_OUT, ignored=("cinnamon-wayland",))
+
+
 def run(trial):
     prepare(trial.machine)
-    session.run(trial, session.Desktop("cinnamon", (22, 14), "right", IDLE_SECONDS, sleep,
-                                       lightdm.is_dark, log_out=LOG_OUT,
-                                       ignored=("cinnamon-wayland",)))
+    session.run(trial, DESKTOP)
     trial.versions("cinnamon", "cinnamon-session", "cinnamon-settings-daemon", "xapp-sn-watcher")

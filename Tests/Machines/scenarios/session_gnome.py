@@ -10,8 +10,8 @@ PACKAGES = ("gdm3", "gnome-session", "gnome-shell", "gnome-settings-daemon",
             "gnome-shell-extension-appindicator", "adwaita-icon-theme", "fonts-dejavu-core",
             "librsvg2-common", "libgl1-mesa-dri", "libegl-mesa0", "dconf-cli", "qt6-wayland",
             "dbus-x11", "upower")
-MACHINES = [Machine("trixie", PACKAGES, ("staylit", "staylit-desktop"), "3G",
-                    screen="VGA,xres=1024,yres=768")]
+MACHINES = [Machine(release, PACKAGES, ("staylit", "staylit-desktop"), "3G",
+                    screen="VGA,xres=1024,yres=768") for release in ("bookworm", "trixie")]
 POWER = "org.gnome.settings-daemon.plugins.power"
 EXTENSION = "ubuntu-appindicators@ubuntu.com"
 #: How long nobody is there before the screen goes dark, and before the machine sleeps.
@@ -109,11 +109,13 @@ def prepare(machine):
     machine.run("systemctl", "start", "gdm", seconds=300)
 
 
+DESKTOP = session.Desktop("gnome-shell", (952, 16), "left", IDLE_SECONDS, sleep, is_dark,
+                          ignored=("org.gnome.Shell",), begun=begun, ends_with_panel=True,
+                          log_out=LOG_OUT)
+
+
 def run(trial):
     prepare(trial.machine)
-    desktop = session.Desktop("gnome-shell", (952, 16), "left", IDLE_SECONDS, sleep, is_dark,
-                              ignored=("org.gnome.Shell",), begun=begun, ends_with_panel=True,
-                              log_out=LOG_OUT)
-    session.run(trial, desktop)
+    session.run(trial, DESKTOP)
     trial.versions("gnome-shell", "gnome-settings-daemon", "gdm3",
                    "gnome-shell-extension-appindicator")

@@ -37,6 +37,7 @@ TurnOffDisplayIdleTimeoutSec={DARK_SECONDS}
 [AC][SuspendAndShutdown]
 AutoSuspendAction={NOTHING}
 AutoSuspendIdleTimeoutSec={IDLE_SECONDS}
+LidAction={SLEEP}
 """,
     # There is no driver for 3D.
     "plasma-workspace/env/software.sh": "export KWIN_COMPOSE=Q QT_QUICK_BACKEND=software\n",
@@ -119,10 +120,12 @@ def prepare(machine):
     machine.run("systemctl", "restart", "display-manager", seconds=300)
 
 
+DESKTOP = session.Desktop("plasmashell", (24, 750), "left", IDLE_SECONDS, sleep, is_dark,
+                          lit=(False, True), log_out=LOG_OUT, has_lid=True)
+
+
 def run(trial):
     prepare(trial.machine)
-    desktop = session.Desktop("plasmashell", (24, 750), "left", IDLE_SECONDS, sleep, is_dark,
-                              lit=(False, True), log_out=LOG_OUT)
-    Holds(session.Session(trial, desktop))
-    session.run(trial, desktop)
+    Holds(session.Session(trial, DESKTOP))
+    session.run(trial, DESKTOP)
     trial.versions("plasma-workspace", "kwin-wayland", "powerdevil")

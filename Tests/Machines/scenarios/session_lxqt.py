@@ -61,7 +61,7 @@ def time_text(seconds):
 
 def power(action, seconds):
     lines = ["[General]", "__userfile__=true", "runCheckLevel=1", "enableBatteryWatcher=false",
-             "enableLidWatcher=false", "enableIdlenessWatcher=true"]
+             "enableLidWatcher=true", f"lidClosedAction={SUSPEND}", "enableIdlenessWatcher=true"]
     for source in ("AC", "Battery"):
         lines += [f"idleness{source}Action={action}",
                   f"idleness{source}Time={time_text(seconds)}"]
@@ -100,10 +100,12 @@ def displays(here):
             here.display_is(lit, when)
 
 
+DESKTOP = session.Desktop("lxqt-panel", (14, 16), "right", SHORTEST_SECONDS, sleep, lightdm.is_dark,
+                          lit=(True, True), log_out=LOG_OUT, has_lid=True)
+
+
 def run(trial):
     prepare(trial.machine)
-    desktop = session.Desktop("lxqt-panel", (14, 16), "right", SHORTEST_SECONDS, sleep,
-                              lightdm.is_dark, lit=(True, True), log_out=LOG_OUT)
-    session.run(trial, desktop)
-    displays(session.Session(trial, desktop))
+    session.run(trial, DESKTOP)
+    displays(session.Session(trial, DESKTOP))
     trial.versions("lxqt-panel", "lxqt-powermanagement", "lxqt-session")

@@ -53,6 +53,7 @@ compositing-manager=false
 [org/mate/power-manager]
 sleep-computer-ac={NEVER}
 sleep-display-ac={IDLE_SECONDS}
+button-lid-ac='suspend'
 """
 
 
@@ -68,9 +69,11 @@ def prepare(machine):
     lightdm.log_in(machine, "mate")
 
 
+DESKTOP = session.Desktop("mate-panel", (24, 14), "right", AWAY_MINUTES * 60 + IDLE_SECONDS, sleep,
+                          lightdm.is_dark, log_out=LOG_OUT, has_lid=True)
+
+
 def run(trial):
     prepare(trial.machine)
-    session.run(trial, session.Desktop("mate-panel", (24, 14), "right",
-                                       AWAY_MINUTES * 60 + IDLE_SECONDS, sleep, lightdm.is_dark,
-                                       log_out=LOG_OUT))
+    session.run(trial, DESKTOP)
     trial.versions("mate-panel", "mate-power-manager", "mate-session-manager")

@@ -63,9 +63,11 @@ def prepare(machine):
     machine.shell("systemctl daemon-reload && systemctl restart getty@tty1")
 
 
+DESKTOP = session.Desktop("waybar", (16, 15), "left", AWAY_SECONDS + IDLE_SECONDS, sleep, is_dark,
+                          lit=(False, False), log_out=("swaymsg", "exit"), login_unit="getty@tty1")
+
+
 def run(trial):
     prepare(trial.machine)
-    session.run(trial, session.Desktop("waybar", (16, 15), "left", AWAY_SECONDS + IDLE_SECONDS,
-                                       sleep, is_dark, lit=(False, False),
-                                       log_out=("swaymsg", "exit"), login_unit="getty@tty1"))
+    session.run(trial, DESKTOP)
     trial.versions("sway", "waybar", "swayidle")

@@ -46,7 +46,7 @@ def panel():
 
 def power():
     values = {"inactivity-on-ac": NEVER, "inactivity-sleep-mode-on-ac": 1, "dpms-on-ac-sleep": 0,
-              "dpms-on-ac-off": 1}
+              "dpms-on-ac-off": 1, "lid-action-on-ac": 1}
     inside = "".join(property_xml(name, "uint", value) for name, value in values.items())
     # No locker is installed, and the power manager asks what to do where there is none.
     inside += property_xml("lock-screen-suspend-hibernate", "bool", "false")
@@ -65,8 +65,11 @@ def prepare(machine):
     lightdm.log_in(machine, "xfce")
 
 
+DESKTOP = session.Desktop("xfce4-panel", (14, 14), "left", SHORTEST * 60, sleep, lightdm.is_dark,
+                          lit=(True, True), log_out=LOG_OUT, has_lid=True)
+
+
 def run(trial):
     prepare(trial.machine)
-    session.run(trial, session.Desktop("xfce4-panel", (14, 14), "left", SHORTEST * 60, sleep,
-                                       lightdm.is_dark, lit=(True, True), log_out=LOG_OUT))
+    session.run(trial, DESKTOP)
     trial.versions("xfce4-panel", "xfce4-power-manager", "xfce4-session")
