@@ -201,9 +201,12 @@ class Session:
         self.desktop.sleep(self, True)
         trial.falls_asleep(begin, "without work")
         for kind in ("cpu", "download"):
+            # Who wakes a machine is there.
+            self.machine.press("shift")
             trial.cycle(kind, late=lambda: self.display_is(
                 self.desktop.lit[0], "during a plain hold"))
         self.set("keepScreenOn = true\n")
+        self.machine.press("shift")
         trial.cycle("cpu", late=lambda: self.display_is(
             self.desktop.lit[1], "with keepScreenOn"))
         trial.say(self.run("staylit", "--status", seconds=120, may_fail=True))

@@ -39,6 +39,7 @@ lock-enabled=false
 [org/cinnamon/settings-daemon/plugins/power]
 sleep-inactive-ac-timeout={NEVER}
 sleep-display-ac={IDLE_SECONDS // 2}
+lock-on-suspend=false
 """
 
 

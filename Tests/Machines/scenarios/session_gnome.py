@@ -6,7 +6,8 @@ from image import USER
 from scenario import Machine
 
 TITLE = "GNOME on Wayland, a whole session"
-PACKAGES = ("gdm3", "gnome-session", "gnome-shell", "gnome-settings-daemon",
+# gjs runs the service that tells the power management of a dark screen.
+PACKAGES = ("gdm3", "gjs", "gnome-session", "gnome-shell", "gnome-settings-daemon",
             "gnome-shell-extension-appindicator", "adwaita-icon-theme", "fonts-dejavu-core",
             "librsvg2-common", "libgl1-mesa-dri", "libegl-mesa0", "dconf-cli", "qt6-wayland",
             "dbus-x11", "upower")
