@@ -22,13 +22,18 @@ bool takesKeys(std::string_view locks) {
   return std::ranges::any_of(kKeys, [locks](auto key) { return namesLock(locks, key); });
 }
 
+/// MATE's power manager gives the user's name for its own.
+std::string nameOf(const ListedInhibitor& desktop) {
+  return desktop.why.starts_with("Mate power manager") ? "mate-power-manager" : desktop.holder;
+}
+
 }  // namespace
 
 std::optional<std::string> lidHandler(const ListedInhibitor& inhibitor) {
   const bool blocksLid = inhibitor.level > 0 && namesLock(inhibitor.locks, services::kLidLock);
   if (!blocksLid) return std::nullopt;
   if (!takesKeys(inhibitor.locks) && !takesTheLidAlone(inhibitor.holder)) return std::nullopt;
-  return inhibitor.holder;
+  return nameOf(inhibitor);
 }
 
 }  // namespace platform

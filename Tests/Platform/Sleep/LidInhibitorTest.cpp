@@ -203,6 +203,14 @@ TEST_F(LidInhibitorTest, LeavesTheLidToADesktopThatHandlesIt) {
   EXPECT_EQ(logind->granted(), Lines{});
 }
 
+TEST_F(LidInhibitorTest, NamesMateWhichLocksTheLidUnderTheUsersName) {
+  logind->list({{"handle-power-key:handle-suspend-key:handle-lid-switch", "somebody",
+                 "Mate power manager handles these events", "block", 1000, 4711}});
+  EXPECT_EQ(failure(),
+            "the desktop (mate-power-manager) handles the lid itself: choose in its own settings "
+            "what closing the lid does");
+}
+
 TEST_F(LidInhibitorTest, IgnoresLocksThatLeaveTheLidAlone) {
   logind->list({{"handle-power-key:handle-suspend-key", "gsd-media-keys", "keys", "block", 1, 1},
                 {"handle-power-key:handle-lid-switch", "a", "b", "delay", 1, 1},
