@@ -9,14 +9,19 @@ def set_lid(trial, closed):
     trial.say("the lid is closed" if closed else "the lid is open")
 
 
+def is_known(trial, closed):
+    """Whether logind knows it, on a machine that is awake."""
+    known = trial.machine.shell("busctl get-property org.freedesktop.login1 /org/freedesktop/login1 "
+                                "org.freedesktop.login1.Manager LidClosed").strip()
+    return trial.check(known == f"b {str(closed).lower()}", f"logind knows the lid: {known}")
+
+
 def make_lid(trial):
     machine = trial.machine
     machine.shell("modprobe uinput && mkfifo /run/lid && systemd-run --quiet --unit=lid "
                   "/usr/local/lib/machine/lid.py /run/lid && udevadm settle")
     set_lid(trial, False)
-    known = machine.shell("busctl get-property org.freedesktop.login1 /org/freedesktop/login1 "
-                          "org.freedesktop.login1.Manager LidClosed")
-    return trial.check(known.strip() == "b false", f"logind knows the lid: {known.strip()}")
+    return is_known(trial, False)
 
 
 def locks_the_lid(trial):

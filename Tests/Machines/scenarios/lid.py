@@ -9,6 +9,8 @@ from trial import PATIENCE_SECONDS, SETTINGS, WORK_SECONDS
 
 TITLE = "lid, mode on and off"
 MACHINES = bare("bookworm", "trixie")
+
+
 def use(trial, mode):
     """From now on the mode is on or off."""
     trial.machine.shell(f"printf '{SETTINGS}allowLidClosed = {str(mode).lower()}\\n' "
@@ -41,6 +43,7 @@ def run(trial):
         slept = machine.wait_until(lambda: machine.times("SUSPEND", begin), WORK_SECONDS)
         if not trial.check(not slept, "the machine stays awake with its lid closed"):
             machine.wake()
+        lids.is_known(trial, True)
         lids.set_lid(trial, False)
     trial.say("-- mode off again")
     use(trial, False)

@@ -56,6 +56,7 @@ def prepare(machine):
     lightdm.log_in(machine, "cinnamon2d")
 
 
+# What draws all sessions of Cinnamon has the name of the file for the one on Wayland.
 DESKTOP = session.Desktop("cinnamon", (22, 14), "right", IDLE_SECONDS, sleep, lightdm.is_dark,
                           log_out=LOG_OUT, ignored=("cinnamon-wayland",))
 

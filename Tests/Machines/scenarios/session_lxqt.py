@@ -98,6 +98,7 @@ def displays(here):
             here.trial.wait_for_hold(begin)
             time.sleep(2 * SHORTEST_SECONDS)
             here.display_is(lit, when)
+            here.trial.check(here.trial.is_held_for_work(), f"there is a hold {when}")
 
 
 DESKTOP = session.Desktop("lxqt-panel", (14, 16), "right", SHORTEST_SECONDS, sleep, lightdm.is_dark,
