@@ -64,7 +64,7 @@ def prepare(machine):
 
 
 DESKTOP = session.Desktop("waybar", (16, 15), "left", AWAY_SECONDS + IDLE_SECONDS, sleep, is_dark,
-                          lit=(False, False), log_out=("swaymsg", "exit"), login_unit="getty@tty1")
+                          lit=(True, True), log_out=("swaymsg", "exit"), login_unit="getty@tty1")
 
 
 def run(trial):
