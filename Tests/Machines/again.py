@@ -61,5 +61,5 @@ def log_out_and_in(here):
 
 def run(here):
     start_twice(here)
-    choose_autostart(here)
+    here.desktop.open_at_login(here)
     log_out_and_in(here)

@@ -39,6 +39,8 @@ class Desktop:
     login_unit: str = "display-manager"  #: What logs the user in when it starts.
     #: What never counts as work: a shell that computes all it draws works for many seconds.
     ignored: tuple = ()
+    #: open_at_login(session): how the user chooses that Staylit starts at log-in.
+    open_at_login: typing.Callable = again.choose_autostart
     #: begun(session): does what a session needs that has just been logged in.
     begun: typing.Callable = lambda session: None
     #: Whether the desktop acts on the lid, so that logind does not.

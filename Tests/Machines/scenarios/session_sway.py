@@ -11,8 +11,8 @@ PACKAGES = ("sway", "waybar", "swayidle", "foot", "fonts-dejavu-core", "adwaita-
 MACHINES = [Machine("bookworm", PACKAGES, ("staylit", "staylit-desktop"), "2G", screen="cirrus-vga")]
 CONFIGURATION = f"/home/{USER}/.config"
 #: How long nobody is there before swayidle tells so, or switches the display off, and how long
-#: logind waits then.
-AWAY_SECONDS, IDLE_SECONDS = 20, 40
+#: logind waits then. A hold for work that begins at once comes before the first.
+AWAY_SECONDS, IDLE_SECONDS = 40, 20
 
 # sway does not start a bar anew that has crashed.
 SWAY = f"""
@@ -45,6 +45,11 @@ def sleep(here, may):
         here.machine.run("pkill", "-f", "^swayidle -w idlehint")
 
 
+def open_at_login(here):
+    """sway starts nothing of the folder that "Open at login" writes to."""
+    here.machine.write(f"{CONFIGURATION}/sway/config", SWAY + "exec staylit\n", USER)
+
+
 def is_dark(here):
     outputs = json.loads(here.run("swaymsg", "--type", "get_outputs", "--raw"))
     return not any(output.get("power", output.get("dpms")) for output in outputs)
@@ -64,7 +69,8 @@ def prepare(machine):
 
 
 DESKTOP = session.Desktop("waybar", (16, 15), "left", AWAY_SECONDS + IDLE_SECONDS, sleep, is_dark,
-                          lit=(True, True), log_out=("swaymsg", "exit"), login_unit="getty@tty1")
+                          lit=(True, True), log_out=("swaymsg", "exit"), login_unit="getty@tty1",
+                          open_at_login=open_at_login)
 
 
 def run(trial):
