@@ -194,6 +194,15 @@ class Session:
         self.trial.check(dark != lit, f"the display is {'on' if lit else 'dark'} {when}")
         self.machine.picture(f"display {when}".replace(" ", "-"))
 
+    def come_back(self):
+        """Who wakes a machine is there, and presses a key until the display is on."""
+        def is_lit():
+            self.machine.press("shift")
+            time.sleep(1)
+            return not self.desktop.is_dark(self)
+        self.trial.check(self.wait_for(is_lit, MOST_OPENING_SECONDS),
+                         "a key switches the display on after waking")
+
     def sleeps(self):
         """Without work, during work, and after it; with and without keepScreenOn."""
         trial = self.trial
@@ -203,12 +212,11 @@ class Session:
         self.desktop.sleep(self, True)
         trial.falls_asleep(begin, "without work")
         for kind in ("cpu", "download"):
-            # Who wakes a machine is there.
-            self.machine.press("shift")
+            self.come_back()
             trial.cycle(kind, late=lambda: self.display_is(
                 self.desktop.lit[0], "during a plain hold"))
         self.set("keepScreenOn = true\n")
-        self.machine.press("shift")
+        self.come_back()
         trial.cycle("cpu", late=lambda: self.display_is(
             self.desktop.lit[1], "with keepScreenOn"))
         trial.say(self.run("staylit", "--status", seconds=120, may_fail=True))
