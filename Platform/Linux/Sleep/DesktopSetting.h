@@ -11,6 +11,9 @@
 
 namespace platform {
 
+/// GSettings' own command-line tool.
+inline constexpr const char* kSettingsTool = "/usr/bin/gsettings";
+
 /// The settings of desktops that keep them in GSettings, read by its own command-line tool, so that
 /// nothing is linked for it. Blocks for two seconds at most for each. Any one thread.
 class DesktopSettings {

@@ -34,13 +34,11 @@ struct SettingsPowerManager {
 
 constexpr std::array<const char*, 2> kInactiveType = {"sleep-inactive-ac-type",
                                                       "sleep-inactive-battery-type"};
-constexpr std::array<const char*, 2> kInactiveTimeout = {"sleep-inactive-ac-timeout",
-                                                         "sleep-inactive-battery-timeout"};
 constexpr std::array<SettingsPowerManager, 3> kPowerManagers = {
     {{"org.gnome.SettingsDaemon.Power", "GNOME's power management",
-      "org.gnome.settings-daemon.plugins.power", kInactiveType, kInactiveTimeout},
-     {"org.cinnamon.SettingsDaemon.Power", "Cinnamon's power management",
-      "org.cinnamon.settings-daemon.plugins.power", kInactiveType, kInactiveTimeout},
+      "org.gnome.settings-daemon.plugins.power", kInactiveType, services::kInactiveTimeouts},
+     {services::kCinnamonPowerManager, "Cinnamon's power management",
+      services::kCinnamonPowerSchema, kInactiveType, services::kInactiveTimeouts},
      {services::kMatePowerManager,
       "MATE's power management",
       "org.mate.power-manager",

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "Platform/Linux/Bus/Bus.h"
+#include "Platform/Linux/Sleep/DesktopSetting.h"
 #include "Platform/Linux/Sleep/XServer.h"
 #include "Tidewell/Ports/Clock.h"
 #include "Tidewell/Ports/TaskLauncher.h"
@@ -42,6 +43,6 @@ struct MachineSleep {
 /// of two questions. Main thread only.
 MachineSleep findSleepDeciders(Bus& systemBus, Bus& sessionBus, tidewell::TaskLauncher& launcher,
                                const FindXServer& findXServer,
-                               const std::string& settingsTool = "/usr/bin/gsettings");
+                               const std::string& settingsTool = kSettingsTool);
 
 }  // namespace platform

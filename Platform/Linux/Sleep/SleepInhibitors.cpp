@@ -5,8 +5,10 @@
 #include <optional>
 #include <utility>
 
+#include "Platform/Linux/Sleep/CinnamonIdleTime.h"
 #include "Platform/Linux/Sleep/LxqtIdleTime.h"
 #include "Platform/Linux/Sleep/MateIdleTime.h"
+#include "Platform/Linux/Sleep/XfceIdleTime.h"
 #include "Tidewell/Words.h"
 
 namespace platform {
@@ -24,11 +26,14 @@ constexpr tidewell::Seconds kTolerance{0.25};
 }  // namespace
 
 SleepInhibitors::SleepInhibitors(Bus& systemBus, Bus& sessionBus, tidewell::MainLoop& loop,
-                                 SleepAssertion::Now now, FindXServer findXServer)
+                                 SleepAssertion::Now now, FindXServer findXServer,
+                                 std::string settingsTool)
     : sessionBus_(sessionBus),
       loop_(loop),
       now_(std::move(now)),
       findXServer_(std::move(findXServer)),
+      launcher_([](int) { return std::string(); }),
+      desktopSettings_(launcher_, std::move(settingsTool)),
       services_(systemBus, sessionBus,
                 [this](InhibitMechanism* mechanism, bool present) {
                   serviceChanged(mechanism, present);
@@ -107,6 +112,7 @@ void SleepInhibitors::releaseAssertion(std::uint32_t id) {
   if (found == live_.end()) return;
   if (found->second.recordedId != 0) recorded_.releaseAssertion(found->second.recordedId);
   const bool wasOfDisplay = isOfDisplay();
+  if (live_.size() == 1) restartCinnamonIdleTime(sessionBus_, desktopSettings_, findXServer_);
   live_.erase(found);
   if (live_.empty()) restartXfceIdleTime(sessionBus_, findXServer_);
   if (wasOfDisplay && !isOfDisplay()) restartMateIdleTime(sessionBus_, findXServer_);

@@ -9,11 +9,13 @@
 #include <vector>
 
 #include "Platform/Linux/Bus/Bus.h"
+#include "Platform/Linux/Sleep/DesktopSetting.h"
 #include "Platform/Linux/Sleep/ReadBack.h"
 #include "Platform/Linux/Sleep/SleepAssertion.h"
 #include "Platform/Linux/Sleep/SleepServices.h"
-#include "Platform/Linux/Sleep/XfceIdleTime.h"
+#include "Platform/Linux/Sleep/XServer.h"
 #include "Platform/Linux/Time/BootTime.h"
+#include "Platform/Posix/Tasks/SpawnedTaskLauncher.h"
 #include "Platform/Recorded/RecordedPowerManagement.h"
 #include "Tidewell/Ports/MainLoop.h"
 #include "Tidewell/Ports/PowerManagement.h"
@@ -33,11 +35,13 @@ namespace platform {
 class SleepInhibitors : public tidewell::PowerManagement {
  public:
   /// The buses and `loop` must outlive this object. `now` is the clock of the pauses and retries.
-  /// `findXServer` serves the end of the last hold on XFCE and MATE and the holds on LXQt, see
-  /// `restartXfceIdleTime`, `restartMateIdleTime` and `keepOffLxqt`.
+  /// `findXServer` serves the end of the last hold on XFCE, MATE and Cinnamon and the holds on
+  /// LXQt, see `restartXfceIdleTime`, `restartMateIdleTime`, `restartCinnamonIdleTime` and
+  /// `keepOffLxqt`. `settingsTool` is the path of GSettings' tool.
   SleepInhibitors(Bus& systemBus, Bus& sessionBus, tidewell::MainLoop& loop,
                   SleepAssertion::Now now = BootTime::now,
-                  FindXServer findXServer = XAddress::ofEnvironment);
+                  FindXServer findXServer = XAddress::ofEnvironment,
+                  std::string settingsTool = kSettingsTool);
   ~SleepInhibitors() override;
   SleepInhibitors(const SleepInhibitors&) = delete;
   SleepInhibitors& operator=(const SleepInhibitors&) = delete;
@@ -86,6 +90,8 @@ class SleepInhibitors : public tidewell::PowerManagement {
   tidewell::MainLoop& loop_;
   SleepAssertion::Now now_;
   FindXServer findXServer_;
+  SpawnedTaskLauncher launcher_;
+  DesktopSettings desktopSettings_;
   RecordedPowerManagement recorded_;
   SleepServices services_;
   ReadBack readBack_;

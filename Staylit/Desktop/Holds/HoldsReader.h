@@ -7,6 +7,7 @@
 
 #include "Platform/Linux/Bus/Bus.h"
 #include "Platform/Linux/Proc/ProcFileSystem.h"
+#include "Platform/Linux/Sleep/DesktopSetting.h"
 #include "Staylit/HoldsReport.h"
 #include "Tidewell/Ports/Clock.h"
 
@@ -22,7 +23,7 @@ class HoldsReader {
   /// Where it looks. The defaults are the machine's own.
   struct Places {
     std::filesystem::path logindHolds = "/run/systemd/inhibit";
-    std::string settingsTool = "/usr/bin/gsettings";
+    std::string settingsTool = platform::kSettingsTool;
   };
 
   /// The buses and the clock must outlive this.

@@ -4,7 +4,6 @@
 #include <systemd/sd-bus.h>
 
 #include <chrono>
-#include <filesystem>
 #include <map>
 #include <memory>
 #include <optional>
@@ -18,6 +17,7 @@
 #include "Platform/Posix/Tasks/SpawnedTaskLauncher.h"
 #include "Tests/Platform/Support/BusService.h"
 #include "Tests/Platform/Support/BusTest.h"
+#include "Tests/Platform/Support/FakeSettingsTool.h"
 #include "Tests/Platform/Support/FakeXServer.h"
 #include "Tests/Platform/Support/FakeXfconf.h"
 #include "Tests/Platform/Support/ScopedEnvironment.h"
@@ -56,20 +56,15 @@ std::unique_ptr<BusService> named(const std::string& address, const std::string&
 
 class SleepDecidersTest : public BusTest {
  protected:
-  /// Writes a tool that prints `output` for each "schema key".
+  /// The path of a tool with these settings, until the next one.
   std::string tool(const std::map<std::string, std::string>& settings) {
-    std::string script = "#!/bin/sh\n[ \"$1\" = get ] || exit 1\ncase \"$2 $3\" in\n";
-    for (const auto& [key, output] : settings)
-      script += "'" + key + "') " + output + ";;\n";
-    folder.write("tool", script + "*) exit 1;;\nesac\n");
-    std::filesystem::permissions(folder.path() / "tool", std::filesystem::perms(0700));
-    return folder.path() / "tool";
+    return settingsTool.emplace(settings).path();
   }
 
-  MachineSleep find(const std::string& settingsTool = "/nonexistent/tool") {
+  MachineSleep find(const std::string& path = "/nonexistent/tool") {
     SpawnedTaskLauncher launcher([](int) { return std::string(); });
     return findSleepDeciders(
-        *systemBus, *sessionBus, launcher, [this] { return xServer; }, settingsTool);
+        *systemBus, *sessionBus, launcher, [this] { return xServer; }, path);
   }
   /// Each as "name action seconds setting".
   static Lines lines(const MachineSleep& machine) {
@@ -86,6 +81,7 @@ class SleepDecidersTest : public BusTest {
   }
 
   TemporaryFolder folder;
+  std::optional<FakeSettingsTool> settingsTool;
   std::optional<XAddress> xServer;
 };
 
