@@ -195,13 +195,13 @@ class Session:
         self.machine.picture(f"display {when}".replace(" ", "-"))
 
     def come_back(self):
-        """Who wakes a machine is there, and presses a key until the display is on."""
+        """Who wakes a machine is there, and presses keys until the display is on."""
         def is_lit():
             self.machine.press("shift")
             time.sleep(1)
             return not self.desktop.is_dark(self)
         self.trial.check(self.wait_for(is_lit, MOST_OPENING_SECONDS),
-                         "a key switches the display on after waking")
+                         "the display is on after waking")
 
     def sleeps(self):
         """Without work, during work, and after it; with and without keepScreenOn."""

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <array>
 #include <cstdint>
 
 /// The names of the services that decide on sleep, and the names by which they know this program.
@@ -37,12 +36,6 @@ inline constexpr const char* kMatePowerManager = "org.mate.PowerManager";
 
 /// Cinnamon alone.
 inline constexpr const char* kCinnamonPowerManager = "org.cinnamon.SettingsDaemon.Power";
-inline constexpr const char* kCinnamonPowerSchema = "org.cinnamon.settings-daemon.plugins.power";
-
-/// The settings of GNOME and Cinnamon for how long nobody must use the machine before it sleeps, on
-/// AC power and on battery. In seconds; 0 is never.
-inline constexpr std::array<const char*, 2> kInactiveTimeouts = {"sleep-inactive-ac-timeout",
-                                                                 "sleep-inactive-battery-timeout"};
 
 /// LXQt alone. It has this name and answers nothing.
 inline constexpr const char* kLxqtPowerManager = "org.lxqt.lxqt-powermanagement";

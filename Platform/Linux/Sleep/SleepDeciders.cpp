@@ -34,16 +34,22 @@ struct SettingsPowerManager {
 
 constexpr std::array<const char*, 2> kInactiveType = {"sleep-inactive-ac-type",
                                                       "sleep-inactive-battery-type"};
+constexpr std::array<const char*, 2> kInactiveTimeout = {"sleep-inactive-ac-timeout",
+                                                         "sleep-inactive-battery-timeout"};
+constexpr SettingsPowerManager kCinnamon = {
+    services::kCinnamonPowerManager, "Cinnamon's power management",
+    "org.cinnamon.settings-daemon.plugins.power", kInactiveType, kInactiveTimeout};
 constexpr std::array<SettingsPowerManager, 3> kPowerManagers = {
     {{"org.gnome.SettingsDaemon.Power", "GNOME's power management",
-      "org.gnome.settings-daemon.plugins.power", kInactiveType, services::kInactiveTimeouts},
-     {services::kCinnamonPowerManager, "Cinnamon's power management",
-      services::kCinnamonPowerSchema, kInactiveType, services::kInactiveTimeouts},
+      "org.gnome.settings-daemon.plugins.power", kInactiveType, kInactiveTimeout},
+     kCinnamon,
      {services::kMatePowerManager,
       "MATE's power management",
       "org.mate.power-manager",
       {"action-sleep-type-ac", "action-sleep-type-battery"},
       {"sleep-computer-ac", "sleep-computer-battery"}}}};
+
+constexpr const char* kOnExternalPower = "OnExternalPower";
 
 template <class Value>
 std::optional<Value> property(const PropertyDictionary& properties, std::string_view name) {
@@ -74,6 +80,10 @@ SleepDecider logindDecider(const PropertyDictionary& properties) {
   return decider;
 }
 
+bool isOnAC(const PropertyDictionary& properties) {
+  return property<bool>(properties, kOnExternalPower).value_or(true);
+}
+
 std::string suspendAbility(Bus& systemBus) {
   const BusReply reply = systemBus.call(
       {services::kLogind, services::kLogindPath, services::kLogindManager, "CanSuspend"});
@@ -88,13 +98,14 @@ SleepDecider settingsDecider(const SettingsPowerManager& manager, bool isOnAC,
       manager.name, Action::unknown, std::nullopt, "", {services::kSessionManager}};
   const std::size_t source = isOnAC ? 0 : 1;
   const auto seconds = settings.number(manager.schema, manager.timeout[source]);
-  if (seconds && *seconds <= 0) {
+  if (!seconds) return decider;
+  if (*seconds <= 0) {
     decider.action = Action::nothing;
     decider.setting = std::string(manager.timeout[source]) + " is 0";
     return decider;
   }
   const auto action = settings.text(manager.schema, manager.action[source]);
-  if (!seconds || !action) return decider;
+  if (!action) return decider;
   decider.action = isSleep(*action) ? Action::sleeps : Action::nothing;
   decider.after = Seconds(static_cast<double>(*seconds));
   decider.setting = is(manager.action[source], *action);
@@ -141,18 +152,25 @@ SleepDecider lxqtDecider(Bus& sessionBus, const FindXServer& findXServer, bool i
 
 }  // namespace
 
+SleepDecider findCinnamonDecider(Bus& systemBus, const DesktopSettings& settings) {
+  RemoteProperties logind(systemBus, services::kLogind, services::kLogindPath,
+                          services::kLogindManager, {kOnExternalPower});
+  const PropertyDictionary* properties = logind.read();
+  return settingsDecider(kCinnamon, properties == nullptr || isOnAC(*properties), settings);
+}
+
 MachineSleep findSleepDeciders(Bus& systemBus, Bus& sessionBus, tidewell::TaskLauncher& launcher,
                                const FindXServer& findXServer, const std::string& settingsTool) {
   MachineSleep machine;
-  bool isOnAC = true;
+  bool isMachineOnAC = true;
   RemoteProperties logind(systemBus, services::kLogind, services::kLogindPath,
                           services::kLogindManager,
-                          {"IdleAction", "IdleActionUSec", "OnExternalPower"});
+                          {"IdleAction", "IdleActionUSec", kOnExternalPower});
   if (const PropertyDictionary* properties = logind.read()) {
     machine.hasLogind = true;
     machine.canSuspend = suspendAbility(systemBus);
     machine.deciders.push_back(logindDecider(*properties));
-    isOnAC = property<bool>(*properties, "OnExternalPower").value_or(true);
+    isMachineOnAC = isOnAC(*properties);
   }
   const auto isThere = [&sessionBus](const char* name) {
     return sessionBus.nameStatus(name).isOwned();
@@ -161,13 +179,13 @@ MachineSleep findSleepDeciders(Bus& systemBus, Bus& sessionBus, tidewell::TaskLa
   const std::size_t ofMachine = machine.deciders.size();
   for (const SettingsPowerManager& manager : kPowerManagers) {
     if (!isThere(manager.service)) continue;
-    machine.deciders.push_back(settingsDecider(manager, isOnAC, settings));
+    machine.deciders.push_back(settingsDecider(manager, isMachineOnAC, settings));
   }
   if (isThere(services::kSolid)) machine.deciders.push_back(kdeDecider());
   if (isThere(services::kXfcePowerManager))
-    machine.deciders.push_back(xfceDecider(sessionBus, isOnAC));
+    machine.deciders.push_back(xfceDecider(sessionBus, isMachineOnAC));
   if (isThere(services::kLxqtPowerManager))
-    machine.deciders.push_back(lxqtDecider(sessionBus, findXServer, isOnAC));
+    machine.deciders.push_back(lxqtDecider(sessionBus, findXServer, isMachineOnAC));
   if (machine.deciders.size() == ofMachine && isThere(services::kSessionManager)) {
     machine.deciders.push_back({"the desktop's power management",
                                 Action::unknown,

@@ -45,4 +45,9 @@ MachineSleep findSleepDeciders(Bus& systemBus, Bus& sessionBus, tidewell::TaskLa
                                const FindXServer& findXServer,
                                const std::string& settingsTool = kSettingsTool);
 
+/// What Cinnamon's power management does with the present source of power, by its settings alone. A
+/// bounded call and two tasks of two seconds at most; one, where the first does not tell. Main
+/// thread only.
+SleepDecider findCinnamonDecider(Bus& systemBus, const DesktopSettings& settings);
+
 }  // namespace platform

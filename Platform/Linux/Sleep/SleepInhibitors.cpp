@@ -28,7 +28,8 @@ constexpr tidewell::Seconds kTolerance{0.25};
 SleepInhibitors::SleepInhibitors(Bus& systemBus, Bus& sessionBus, tidewell::MainLoop& loop,
                                  SleepAssertion::Now now, FindXServer findXServer,
                                  std::string settingsTool)
-    : sessionBus_(sessionBus),
+    : systemBus_(systemBus),
+      sessionBus_(sessionBus),
       loop_(loop),
       now_(std::move(now)),
       findXServer_(std::move(findXServer)),
@@ -112,7 +113,8 @@ void SleepInhibitors::releaseAssertion(std::uint32_t id) {
   if (found == live_.end()) return;
   if (found->second.recordedId != 0) recorded_.releaseAssertion(found->second.recordedId);
   const bool wasOfDisplay = isOfDisplay();
-  if (live_.size() == 1) restartCinnamonIdleTime(sessionBus_, desktopSettings_, findXServer_);
+  if (live_.size() == 1)
+    restartCinnamonIdleTime(systemBus_, sessionBus_, desktopSettings_, findXServer_);
   live_.erase(found);
   if (live_.empty()) restartXfceIdleTime(sessionBus_, findXServer_);
   if (wasOfDisplay && !isOfDisplay()) restartMateIdleTime(sessionBus_, findXServer_);

@@ -86,6 +86,7 @@ class SleepInhibitors : public tidewell::PowerManagement {
   void attendLater();
   void attend();
 
+  Bus& systemBus_;
   Bus& sessionBus_;
   tidewell::MainLoop& loop_;
   SleepAssertion::Now now_;

@@ -26,9 +26,21 @@ using namespace std::chrono_literals;
 using std::chrono::seconds;
 
 constexpr const char* kCinnamon = "org.cinnamon.SettingsDaemon.Power";
-const std::string kOnAC = "org.cinnamon.settings-daemon.plugins.power sleep-inactive-ac-timeout";
-const std::string kOnBattery =
-    "org.cinnamon.settings-daemon.plugins.power sleep-inactive-battery-timeout";
+const std::string kSchema = "org.cinnamon.settings-daemon.plugins.power ";
+const std::string kOnAC = kSchema + "sleep-inactive-ac-timeout";
+const std::string kActionOnAC = kSchema + "sleep-inactive-ac-type";
+const std::string kOnBattery = kSchema + "sleep-inactive-battery-timeout";
+const std::string kActionOnBattery = kSchema + "sleep-inactive-battery-type";
+
+using Settings = std::map<std::string, std::string>;
+
+/// Cinnamon lets the machine sleep after so many seconds on AC, and on battery.
+Settings timeouts(const std::string& onAC, const std::string& onBattery) {
+  return {{kOnAC, "echo " + onAC},
+          {kActionOnAC, "echo \"'suspend'\""},
+          {kOnBattery, "echo " + onBattery},
+          {kActionOnBattery, "echo \"'suspend'\""}};
+}
 
 /// Cinnamon's session manager and power management. The latter looks at the idle time when the
 /// last inhibitor is given back, and waits for its setting's time, doubled until it is longer.
@@ -39,8 +51,9 @@ class FakeCinnamon {
         timeout_(timeout),
         service_(address, {kGnome, kCinnamon}, [this](auto* call) { answer(call); }) {}
 
-  /// It wants the machine to sleep, and is refused. So it does nothing until somebody is there.
-  void refuse() { refusedAt_ = idle(); }
+  /// It has let the machine sleep, which a hold prevented. So it does nothing until somebody is
+  /// there.
+  void letItSleepInVain() { inVainAt_ = idle(); }
 
   [[nodiscard]] bool isHeld() const { return held_ > 0; }
   /// After how long the machine sleeps; absent when it does not.
@@ -63,7 +76,7 @@ class FakeCinnamon {
   }
   void look() {
     const auto idleNow = idle();
-    if (refusedAt_ && idleNow >= *refusedAt_) return;
+    if (inVainAt_ && idleNow >= *inVainAt_) return;
     seconds timeout = timeout_;
     while (timeout < idleNow + 2s)
       timeout *= 2;
@@ -73,7 +86,7 @@ class FakeCinnamon {
   const FakeXServer& server_;
   const seconds timeout_;
   std::atomic<int> held_ = 0;
-  std::optional<std::chrono::milliseconds> refusedAt_;
+  std::optional<std::chrono::milliseconds> inVainAt_;
   std::optional<seconds> asleepAfter_;  ///< Written while there is an inhibitor.
   BusService service_;
 };
@@ -81,24 +94,28 @@ class FakeCinnamon {
 class CinnamonIdleTimeTest : public SleepTest {
  protected:
   /// How often the server is told, where nobody has been there for so long.
-  int restartsAfter(std::chrono::milliseconds idle,
-                    const std::map<std::string, std::string>& settings) {
+  int restartsAfter(std::chrono::milliseconds idle, const Settings& settings) {
     const FakeSettingsTool tool(settings);
     return restartsAfter(idle, tool.path());
   }
   int restartsAfter(std::chrono::milliseconds idle, const std::string& tool) {
     FakeXServer server(idle);
     SpawnedTaskLauncher launcher([](int) { return std::string(); });
-    restartCinnamonIdleTime(*sessionBus, DesktopSettings(launcher, tool),
+    restartCinnamonIdleTime(*systemBus, *sessionBus, DesktopSettings(launcher, tool),
                             [&server] { return std::optional(server.address()); });
     return server.restarts();
   }
   /// Two holds at once, of which the second ends last. Cinnamon's time is 30 minutes.
-  void holdTwice(FakeXServer& server) {
-    const FakeSettingsTool tool({{kOnAC, "echo 1800"}});
+  void holdTwice(FakeXServer& server, const FakeCinnamon& desktop) {
+    const FakeSettingsTool tool(timeouts("1800", "900"));
+    const auto findServer = [&] {
+      // What was sent to Cinnamon before is received when it answers this.
+      sessionBus->call({kGnome, "/", kGnome, "IsSessionRunning"});
+      EXPECT_TRUE(desktop.isHeld());
+      return std::optional(server.address());
+    };
     SleepInhibitors holds(
-        *systemBus, *sessionBus, *loop, [this] { return now; },
-        [&server] { return std::optional(server.address()); }, tool.path());
+        *systemBus, *sessionBus, *loop, [this] { return now; }, findServer, tool.path());
     const auto first = holds.createAssertion(kSystem, "a");
     const auto second = holds.createAssertion(kDisplay, "b");
     const auto idle = XServer::connect(server.address())->idleTime();
@@ -110,70 +127,76 @@ class CinnamonIdleTimeTest : public SleepTest {
 
 TEST_F(CinnamonIdleTimeTest, IsCountedAnewWhenItHasPassedTheSettingsTime) {
   const auto desktop = sessionService(kCinnamon);
-  EXPECT_EQ(restartsAfter(20min, {{kOnAC, "echo 1200"}}), 1);
-  EXPECT_EQ(restartsAfter(5h, {{kOnAC, "echo 1200"}}), 1);
+  EXPECT_EQ(restartsAfter(20min, timeouts("1200", "600")), 1);
+  EXPECT_EQ(restartsAfter(5h, timeouts("1200", "600")), 1);
 }
 
 TEST_F(CinnamonIdleTimeTest, GoesOnBeforeTheSettingsTimeIsOver) {
   const auto desktop = sessionService(kCinnamon);
-  EXPECT_EQ(restartsAfter(19min, {{kOnAC, "echo 1200"}}), 0);
+  EXPECT_EQ(restartsAfter(19min, timeouts("1200", "600")), 0);
 }
 
 TEST_F(CinnamonIdleTimeTest, IsCountedAnewWhereItMayPassTheSettingsTimeBeforeCinnamonLooks) {
   const auto desktop = sessionService(kCinnamon);
-  EXPECT_EQ(restartsAfter(20min - 5s, {{kOnAC, "echo 1200"}}), 1);
-  EXPECT_EQ(restartsAfter(20min - 5001ms, {{kOnAC, "echo 1200"}}), 0);
+  EXPECT_EQ(restartsAfter(20min - 5s, timeouts("1200", "600")), 1);
+  EXPECT_EQ(restartsAfter(20min - 5001ms, timeouts("1200", "600")), 0);
 }
 
-TEST_F(CinnamonIdleTimeTest, IsComparedWithTheShorterTimeOfTheTwoSourcesOfPower) {
+TEST_F(CinnamonIdleTimeTest, IsComparedWithTheTimeForThePowerSourceOfNow) {
   const auto desktop = sessionService(kCinnamon);
-  EXPECT_EQ(restartsAfter(20min, {{kOnAC, "echo 3600"}, {kOnBattery, "echo 1200"}}), 1);
-  EXPECT_EQ(restartsAfter(20min, {{kOnAC, "echo 0"}, {kOnBattery, "echo 1200"}}), 1);
-  EXPECT_EQ(restartsAfter(20min, {{kOnAC, "echo 3600"}, {kOnBattery, "echo 0"}}), 0);
+  FakeLogind logind(systemDaemon->address());
+  logind.setMachine({"ignore", 0, true, "yes"});
+  EXPECT_EQ(restartsAfter(20min, timeouts("3600", "1200")), 0);
+  EXPECT_EQ(restartsAfter(20min, timeouts("0", "1200")), 0);
+  logind.setMachine({"ignore", 0, false, "yes"});
+  EXPECT_EQ(restartsAfter(20min, timeouts("3600", "1200")), 1);
 }
 
 TEST_F(CinnamonIdleTimeTest, GoesOnWhereTheMachineNeverSleeps) {
   const auto desktop = sessionService(kCinnamon);
-  EXPECT_EQ(restartsAfter(5h, {{kOnAC, "echo 0"}, {kOnBattery, "echo 0"}}), 0);
+  EXPECT_EQ(restartsAfter(5h, timeouts("0", "0")), 0);
+  EXPECT_EQ(restartsAfter(5h, {{kOnAC, "echo 1200"}, {kActionOnAC, "echo \"'nothing'\""}}), 0);
 }
 
 TEST_F(CinnamonIdleTimeTest, GoesOnWhereTheSettingIsNotKnown) {
   const auto desktop = sessionService(kCinnamon);
   EXPECT_EQ(restartsAfter(5h, "/nonexistent/tool"), 0);
-  EXPECT_EQ(restartsAfter(5h, {{kOnAC, "echo soon"}}), 0);
-  EXPECT_EQ(restartsAfter(5h, {{kOnAC, "echo 9223372036854775807"}}), 0);
+  EXPECT_EQ(restartsAfter(5h, timeouts("soon", "soon")), 0);
+  EXPECT_EQ(restartsAfter(5h, {{kOnAC, "echo 1200"}}), 0);
+  EXPECT_EQ(restartsAfter(5h, timeouts("9223372036854775807", "600")), 0);
 }
 
 TEST_F(CinnamonIdleTimeTest, IsNothingToOtherDesktops) {
-  EXPECT_EQ(restartsAfter(5h, {{kOnAC, "echo 1200"}}), 0);
+  EXPECT_EQ(restartsAfter(5h, timeouts("1200", "600")), 0);
 }
 
 TEST_F(CinnamonIdleTimeTest, NeedsAServer) {
   const auto desktop = sessionService(kCinnamon);
   SpawnedTaskLauncher launcher([](int) { return std::string(); });
-  const FakeSettingsTool tool({{kOnAC, "echo 1200"}});
+  const FakeSettingsTool tool(timeouts("1200", "600"));
   bool isAskedFor = false;
-  restartCinnamonIdleTime(*sessionBus, DesktopSettings(launcher, tool.path()), [&isAskedFor] {
-    isAskedFor = true;
-    return std::optional<XAddress>();
-  });
+  restartCinnamonIdleTime(*systemBus, *sessionBus, DesktopSettings(launcher, tool.path()),
+                          [&isAskedFor] {
+                            isAskedFor = true;
+                            return std::optional<XAddress>();
+                          });
   EXPECT_TRUE(isAskedFor);
 }
 
 TEST_F(CinnamonIdleTimeTest, LetsTheMachineSleepAfterTheLastHoldWhenItsTimeIsOver) {
   FakeXServer server(5h);
   const FakeCinnamon desktop(sessionDaemon->address(), server, 30min);
-  holdTwice(server);
+  holdTwice(server, desktop);
   ASSERT_TRUE(runUntil(*loop, [&desktop] { return !desktop.isHeld(); }));
   EXPECT_EQ(desktop.asleepAfter(), 30min);
   EXPECT_EQ(server.restarts(), 1);
 }
 
-TEST_F(CinnamonIdleTimeTest, LetsTheMachineSleepThatWasToSleepDuringTheHold) {
+TEST_F(CinnamonIdleTimeTest, LetsTheMachineSleepThatWasToSleepWhenTheHoldBegan) {
   FakeXServer server(31min);
   FakeCinnamon desktop(sessionDaemon->address(), server, 30min);
-  desktop.refuse();
-  holdTwice(server);
+  desktop.letItSleepInVain();
+  holdTwice(server, desktop);
   ASSERT_TRUE(runUntil(*loop, [&desktop] { return !desktop.isHeld(); }));
   EXPECT_EQ(desktop.asleepAfter(), 30min);
 }
