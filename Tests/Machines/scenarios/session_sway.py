@@ -14,13 +14,12 @@ CONFIGURATION = f"/home/{USER}/.config"
 #: logind waits then. A hold for work that begins at once comes before the first.
 AWAY_SECONDS, IDLE_SECONDS = 40, 20
 
-# sway does not start a bar anew that has crashed. A key that comes before the display is ready after
-# waking does not switch it on, so waking itself does, too.
+# sway does not start a bar anew that has crashed.
 SWAY = f"""
 output * bg #32465a solid_color
 exec sh -c 'while :; do waybar; sleep 1; done'
 exec swayidle -w timeout {AWAY_SECONDS} 'swaymsg "output * dpms off"' \\
-  resume 'swaymsg "output * dpms on"' after-resume 'swaymsg "output * dpms on"'
+  resume 'swaymsg "output * dpms on"'
 include /etc/sway/config.d/*
 """
 WAYBAR = json.dumps({"position": "top", "height": 30, "modules-left": ["tray"],
