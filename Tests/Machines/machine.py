@@ -16,8 +16,7 @@ WAKE_SECONDS = 300
 #: The second line spares work that means nothing in software. The third keeps the kernel from taking
 #: a late timer of a busy machine for a broken one, and ends QEMU when the kernel gives up. With
 #: no_console_suspend the console would say how far a kernel came that does not wake; but then the
-#: kernel switches consoles for each sleep, which machines with such screens do not do otherwise, and
-#: a desktop may take its session for one that is not used.
+#: kernel switches consoles for each sleep, and Cinnamon takes its session for one that nobody sees.
 KERNEL_OPTIONS = ("root=/dev/vda rw console=ttyS0 mem_sleep_default=deep "
                   "mitigations=off cryptomgr.notests "
                   "no_timer_check panic=-1")

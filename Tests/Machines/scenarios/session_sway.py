@@ -14,12 +14,13 @@ CONFIGURATION = f"/home/{USER}/.config"
 #: logind waits then. A hold for work that begins at once comes before the first.
 AWAY_SECONDS, IDLE_SECONDS = 40, 20
 
-# sway does not start a bar anew that has crashed.
+# sway does not start a bar anew that has crashed. A key right after waking does not always switch the
+# display on, and then the next ones do not, so waking itself does, too.
 SWAY = f"""
 output * bg #32465a solid_color
 exec sh -c 'while :; do waybar; sleep 1; done'
 exec swayidle -w timeout {AWAY_SECONDS} 'swaymsg "output * dpms off"' \\
-  resume 'swaymsg "output * dpms on"'
+  resume 'swaymsg "output * dpms on"' after-resume 'swaymsg "output * dpms on"'
 include /etc/sway/config.d/*
 """
 WAYBAR = json.dumps({"position": "top", "height": 30, "modules-left": ["tray"],
