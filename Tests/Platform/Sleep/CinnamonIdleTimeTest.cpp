@@ -76,7 +76,7 @@ class FakeCinnamon {
   }
   void look() {
     const auto idleNow = idle();
-    if (inVainAt_ && idleNow >= *inVainAt_) return;
+    if (idleNow >= inVainAt_.load()) return;
     seconds timeout = timeout_;
     while (timeout < idleNow + 2s)
       timeout *= 2;
@@ -86,7 +86,7 @@ class FakeCinnamon {
   const FakeXServer& server_;
   const seconds timeout_;
   std::atomic<int> held_ = 0;
-  std::optional<std::chrono::milliseconds> inVainAt_;
+  std::atomic<std::chrono::milliseconds> inVainAt_ = std::chrono::milliseconds::max();
   std::optional<seconds> asleepAfter_;  ///< Written while there is an inhibitor.
   BusService service_;
 };
