@@ -113,6 +113,7 @@ void SleepInhibitors::releaseAssertion(std::uint32_t id) {
   if (found == live_.end()) return;
   if (found->second.recordedId != 0) recorded_.releaseAssertion(found->second.recordedId);
   const bool wasOfDisplay = isOfDisplay();
+  // Cinnamon looks when the last hold ends, the others later.
   if (live_.size() == 1)
     restartCinnamonIdleTime(systemBus_, sessionBus_, desktopSettings_, findXServer_);
   live_.erase(found);
